@@ -1,0 +1,21 @@
+# SPDX-License-Identifier: MIT
+# How every target of this project is built: one place for warnings, sanitizers and the include root.
+
+function(vantle_target name)
+  target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR})
+  target_compile_options(${name} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor
+                                         -Wold-style-cast -Woverloaded-virtual -Werror)
+  if(VANTLE_SANITIZE)
+    target_compile_options(${name} PUBLIC -fsanitize=${VANTLE_SANITIZE} -fno-sanitize-recover=all
+                                          -fno-omit-frame-pointer)
+    target_link_options(${name} PUBLIC -fsanitize=${VANTLE_SANITIZE})
+  endif()
+endfunction()
+
+# A room: every source of this folder (and of its folders) in one static library.
+function(vantle_room name)
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+  add_library(${name} STATIC ${sources})
+  set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX)
+  vantle_target(${name})
+endfunction()

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: MIT
+#include "engine/AppUsage.h"
+
+#include "engine/Invariant.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdio>
+#include <limits>
+
+namespace vantle {
+
+std::uint64_t footprint(const ProcessTable& processes, Pid pid) {
+  return processes.footprint(pid).value_or(0);
+}
+
+std::uint64_t appFootprint(const ProcessTable& processes, const ProcessSnapshot& snapshot, Pid root) {
+  std::uint64_t sum = 0;
+  for (const Pid pid : snapshot.processTree(root)) {
+    const std::uint64_t bytes = footprint(processes, pid);
+    invariant(bytes <= std::numeric_limits<std::uint64_t>::max() - sum, "memory sum overflows");
+    sum += bytes;
+  }
+  return sum;
+}
+
+std::vector<AppUsage> usageList(const ProcessTable& processes, const std::map<Pid, ManagedApp>& managed) {
+  std::vector<AppUsage> rows;
+  if (managed.empty()) return rows;
+  const ProcessSnapshot snapshot(processes);
+  rows.reserve(managed.size());
+  for (const auto& [pid, app] : managed)
+    rows.push_back({pid, app.name, appFootprint(processes, snapshot, pid)});
+  std::stable_sort(rows.begin(), rows.end(),
+                   [](const AppUsage& left, const AppUsage& right) { return left.bytes > right.bytes; });
+  return rows;
+}
+
+std::string byteText(std::uint64_t count) {
+  invariant(count <= static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max()),
+            "byte count above the signed range");
+  constexpr std::array units{"bytes", "KB", "MB", "GB", "TB", "PB", "EB"};
+  constexpr std::array decimals{0, 0, 1, 2, 2, 2, 2};
+  constexpr double step = 1024;
+  if (count == 0) return "Zero KB";
+  if (count == 1) return "1 byte";
+
+  double amount = static_cast<double>(count);
+  std::size_t unit = 0;
+  std::array<char, 32> digits{};
+  const auto format = [&] {
+    std::snprintf(digits.data(), digits.size(), "%.*f", decimals.at(unit), amount);
+    return std::string(digits.data());
+  };
+  while (amount >= step && unit + 1 < units.size()) {
+    amount /= step;
+    ++unit;
+  }
+  std::string text = format();
+  // 1,023.97 MB would round up to 1024 MB, which is 1 GB.
+  if (text.rfind("1024", 0) == 0 && unit + 1 < units.size()) {
+    amount /= step;
+    ++unit;
+    text = format();
+  }
+  if (text.find('.') != std::string::npos) {
+    text.erase(text.find_last_not_of('0') + 1);
+    if (text.back() == '.') text.pop_back();
+  }
+  return text + " " + units.at(unit);
+}
+
+} // namespace vantle

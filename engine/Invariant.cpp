@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: MIT
+#include "engine/Invariant.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace vantle {
+
+void invariantBroken(const char* what) {
+  std::fprintf(stderr, "vantle: broken invariant: %s\n", what);
+  std::abort();
+}
+
+} // namespace vantle

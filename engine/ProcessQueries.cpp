@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: MIT
+#include "engine/ProcessQueries.h"
+
+#include "engine/Invariant.h"
+#include "engine/Utf8.h"
+
+#include <limits>
+#include <unordered_set>
+
+namespace vantle {
+
+namespace {
+
+constexpr Pid firstAppPid = 2; // 0 is the kernel, 1 the first process
+
+// The longest path that is read, in bytes (PATH_MAX on Linux, PROC_PIDPATHINFO_MAXSIZE on Darwin).
+constexpr std::size_t longestPath = 4096;
+
+} // namespace
+
+std::uint64_t startMicros(const ProcessIdentity& identity) {
+  constexpr std::uint64_t microsPerSecond = 1'000'000;
+  constexpr std::uint64_t most = std::numeric_limits<std::uint64_t>::max();
+  invariant(identity.startSec <= (most - identity.startUsec) / microsPerSecond, "start time overflows");
+  return identity.startSec * microsPerSecond + identity.startUsec;
+}
+
+std::optional<ProcessIdentity> readIdentity(const ProcessTable& table, Pid pid) {
+  const std::optional<ProcessRecord> record = table.record(pid);
+  if (!record) return std::nullopt;
+  return ProcessIdentity{pid, record->startSec, record->startUsec};
+}
+
+bool isSameLiveProcess(const ProcessTable& table, const ProcessIdentity& identity) {
+  return readIdentity(table, identity.pid) == identity;
+}
+
+ProcessSnapshot::ProcessSnapshot(const ProcessTable& table) {
+  for (const ProcessRecord& record : table.scan()) {
+    invariant(record.pid >= 0 && record.parent >= 0, "negative pid in the process table");
+    if (record.pid >= firstAppPid) m_children[record.parent].push_back(record.pid);
+  }
+}
+
+const std::vector<Pid>& ProcessSnapshot::childPIDs(Pid pid) const {
+  static const std::vector<Pid> none;
+  const auto found = m_children.find(pid);
+  return found == m_children.end() ? none : found->second;
+}
+
+std::vector<Pid> ProcessSnapshot::processTree(Pid root) const {
+  std::vector<Pid> tree;
+  std::vector<Pid> toVisit{root};
+  std::unordered_set<Pid> visited;
+  while (!toVisit.empty()) {
+    const Pid pid = toVisit.back();
+    toVisit.pop_back();
+    if (!visited.insert(pid).second) continue;
+    tree.push_back(pid);
+    const std::vector<Pid>& children = childPIDs(pid);
+    toVisit.insert(toVisit.end(), children.begin(), children.end());
+  }
+  return tree;
+}
+
+std::vector<Pid> childPIDs(const ProcessTable& table, Pid pid) {
+  return ProcessSnapshot(table).childPIDs(pid);
+}
+
+std::vector<Pid> processTree(const ProcessTable& table, Pid root) {
+  return ProcessSnapshot(table).processTree(root);
+}
+
+std::set<Pid> ancestorPIDs(const ProcessTable& table, Pid pid) {
+  std::set<Pid> ancestors;
+  Pid current = pid;
+  while (current >= firstAppPid) {
+    if (!ancestors.insert(current).second) break;
+    const std::optional<ProcessRecord> record = table.record(current);
+    if (!record) break;
+    invariant(record->parent >= 0, "negative parent pid");
+    current = record->parent;
+  }
+  return ancestors;
+}
+
+std::optional<std::string> executablePath(const ProcessTable& table, Pid pid) {
+  const std::optional<std::string> bytes = table.executablePathBytes(pid);
+  if (!bytes || bytes->empty()) return std::nullopt;
+  const std::string_view whole = std::string_view(*bytes).substr(0, longestPath);
+  return cleanUtf8(whole.substr(0, whole.find('\0')));
+}
+
+} // namespace vantle
+
+std::size_t
+std::hash<vantle::ProcessIdentity>::operator()(const vantle::ProcessIdentity& identity) const noexcept {
+  std::size_t seed = 0;
+  const auto combine = [&seed](std::size_t value) {
+    // Boost's mixing step widened to 64 bits; the constant is 2^64 divided by the golden ratio.
+    seed ^= value + 0x9E3779B97F4A7C15ULL + (seed << 6) + (seed >> 2);
+  };
+  combine(std::hash<vantle::Pid>{}(identity.pid));
+  combine(std::hash<std::uint64_t>{}(identity.startSec));
+  combine(std::hash<std::uint64_t>{}(identity.startUsec));
+  return seed;
+}

@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "engine/ports/Pid.h"
+
+namespace vantle {
+
+class Host {
+ public:
+  virtual ~Host() = default;
+
+  virtual Pid selfPID() const = 0;
+  virtual int activeProcessorCount() const = 0; // at least 1
+};
+
+} // namespace vantle

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "engine/ports/Pid.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vantle {
+
+// What the kernel says of one process at one moment. The start time is in seconds and microseconds since the
+// Unix epoch, on an axis that does not move when the wall clock is set: two reads of the same incarnation are
+// always equal, and two incarnations of one pid never are (down to the kernel's own resolution).
+struct ProcessRecord {
+  Pid pid = 0;
+  Pid parent = 0;
+  std::uint64_t startSec = 0;
+  std::uint64_t startUsec = 0;
+};
+
+// Reads the process table. Every call is a fresh, synchronous look; nothing is kept between calls and nothing
+// is changed. A process that is gone, or that may not be read, yields an absent value.
+class ProcessTable {
+ public:
+  virtual ~ProcessTable() = default;
+
+  virtual std::optional<ProcessRecord> record(Pid pid) const = 0;
+
+  // Every process that can be read, in the platform's listing order. One scan serves all trees of one pass.
+  virtual std::vector<ProcessRecord> scan() const = 0;
+
+  // The bytes of the executable's full path, at most 4,096 of them, undecoded.
+  virtual std::optional<std::string> executablePathBytes(Pid pid) const = 0;
+
+  // Memory charged to the process, in bytes: anonymous resident pages plus what was compressed or swapped
+  // out.
+  virtual std::optional<std::uint64_t> footprint(Pid pid) const = 0;
+
+  // User plus system time of all threads. Only ratios of it are used, so its unit is the platform's own.
+  virtual std::optional<std::uint64_t> cpuTime(Pid pid) const = 0;
+
+  // The scheduler's own priority number of the process, as its tools print it.
+  virtual std::optional<int> schedulerPriority(Pid pid) const = 0;
+};
+
+} // namespace vantle
