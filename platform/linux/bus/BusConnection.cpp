@@ -1,0 +1,213 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/bus/BusConnection.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
+#include <poll.h>
+#include <utility>
+
+namespace vantle {
+
+namespace {
+
+using SteadyClock = std::chrono::steady_clock;
+using std::chrono::microseconds;
+using std::chrono::milliseconds;
+
+// sd-bus reads 0 as "your own default", which is 25 s.
+std::uint64_t remainingMicros(BusDeadline deadline) {
+  const auto left = std::chrono::duration_cast<microseconds>(deadline - SteadyClock::now()).count();
+  return static_cast<std::uint64_t>(std::max<std::int64_t>(left, 1));
+}
+
+template <class Function> void destroyFunction(void* data) { delete static_cast<Function*>(data); }
+
+int deliverReply(sd_bus_message* message, void* data, sd_bus_error*) {
+  const bool failed = sd_bus_message_is_method_error(message, nullptr) > 0;
+  (*static_cast<BusConnection::Reply*>(data))(failed ? nullptr : message);
+  return 1;
+}
+
+int deliverSignal(sd_bus_message* message, void* data, sd_bus_error*) {
+  (*static_cast<BusConnection::Signal*>(data))(message);
+  return 0; // others may listen to the same signal
+}
+
+bool hungUp(sd_bus* bus) {
+  pollfd descriptor{sd_bus_get_fd(bus), 0, 0};
+  return descriptor.fd < 0 ||
+         (::poll(&descriptor, 1, 0) > 0 && (descriptor.revents & (POLLHUP | POLLERR)) != 0);
+}
+
+// The answer to the request for a match. Without it the signal just never comes.
+int ignoreReply(sd_bus_message*, void*, sd_bus_error*) { return 1; }
+
+} // namespace
+
+BusConnection::BusConnection(EventLoop& loop, Kind kind) : m_loop(loop), m_kind(kind) {}
+BusConnection::BusConnection(EventLoop& loop, std::string address)
+    : m_loop(loop), m_address(std::move(address)) {}
+BusConnection::~BusConnection() = default;
+
+sd_bus* BusConnection::open() {
+  // A daemon that died is noticed here as well: whoever asks before the loop ran again gets the new one.
+  if (m_bus && hungUp(m_bus.get())) process();
+  if (m_bus) return m_bus.get();
+  sd_bus* bus = nullptr;
+  int status = 0;
+  if (m_address.empty()) {
+    status = m_kind == Kind::session ? sd_bus_open_user(&bus) : sd_bus_open_system(&bus);
+    if (status < 0) return nullptr;
+    m_bus.reset(bus);
+  } else {
+    if (sd_bus_new(&bus) < 0) return nullptr;
+    m_bus.reset(bus);
+    status = sd_bus_set_address(bus, m_address.c_str());
+    if (status >= 0) status = sd_bus_set_bus_client(bus, 1);
+    if (status >= 0) status = sd_bus_start(bus);
+  }
+  if (status < 0) {
+    m_bus.reset();
+    return nullptr;
+  }
+  watch();
+  return bus;
+}
+
+BusMessage BusConnection::methodCall(const BusMethod& method) {
+  sd_bus* bus = open();
+  sd_bus_message* message = nullptr;
+  if (!bus || sd_bus_message_new_method_call(bus, &message, method.destination, method.path, method.interface,
+                                             method.member) < 0) {
+    return nullptr;
+  }
+  return BusMessage(message);
+}
+
+BusMessage BusConnection::call(BusMessage message, BusDeadline deadline) {
+  // sd_bus_call() would wait for the handshake without any limit.
+  if (!message || !m_bus || !waitUntilReady(deadline)) return nullptr;
+  sd_bus_message* reply = nullptr;
+  const int status = sd_bus_call(m_bus.get(), message.get(), remainingMicros(deadline), nullptr, &reply);
+  // Signals that came meanwhile wait in a queue, where the descriptor does not show them.
+  if (sd_bus_is_open(m_bus.get()) > 0) {
+    watch();
+  } else {
+    process();
+  }
+  return status < 0 ? nullptr : BusMessage(reply);
+}
+
+bool BusConnection::callAsync(BusMessage message, milliseconds timeout, Reply reply) {
+  if (!message || !m_bus) return false;
+  auto handler = std::make_unique<Reply>(std::move(reply));
+  sd_bus_slot* slot = nullptr;
+  const auto micros = static_cast<std::uint64_t>(microseconds(timeout).count());
+  if (sd_bus_call_async(m_bus.get(), &slot, message.get(), deliverReply, handler.get(), micros) < 0)
+    return false;
+  sd_bus_slot_set_destroy_callback(slot, destroyFunction<Reply>);
+  sd_bus_slot_set_floating(slot, 1);
+  sd_bus_slot_unref(slot);
+  static_cast<void>(handler.release()); // the slot owns it now
+  watch();
+  return true;
+}
+
+bool BusConnection::send(BusMessage message) {
+  if (!message || !m_bus) return false;
+  sd_bus_message_set_expect_reply(message.get(), 0);
+  const bool queued = sd_bus_send(m_bus.get(), message.get(), nullptr) >= 0;
+  watch();
+  return queued;
+}
+
+BusSlot BusConnection::match(const std::string& rule, Signal signal) {
+  sd_bus* bus = open();
+  if (!bus) return nullptr;
+  auto handler = std::make_unique<Signal>(std::move(signal));
+  sd_bus_slot* slot = nullptr;
+  if (sd_bus_add_match_async(bus, &slot, rule.c_str(), deliverSignal, ignoreReply, handler.get()) < 0) {
+    return nullptr;
+  }
+  sd_bus_slot_set_destroy_callback(slot, destroyFunction<Signal>);
+  static_cast<void>(handler.release());
+  watch();
+  return BusSlot(slot);
+}
+
+bool BusConnection::waitUntilReady(BusDeadline deadline) {
+  if (sd_bus_is_ready(m_bus.get()) > 0) return true;
+  return runUntil([this] { return sd_bus_is_ready(m_bus.get()) > 0; }, deadline);
+}
+
+bool BusConnection::runUntil(const std::function<bool()>& condition, BusDeadline deadline) {
+  while (m_bus && !condition()) {
+    const int processed = sd_bus_process(m_bus.get(), nullptr);
+    if (processed < 0) {
+      drop();
+      return false;
+    }
+    if (processed > 0) continue;
+    if (SteadyClock::now() >= deadline) {
+      watch();
+      return false;
+    }
+    sd_bus_wait(m_bus.get(), remainingMicros(deadline));
+  }
+  if (m_bus) watch();
+  return m_bus != nullptr;
+}
+
+void BusConnection::process() {
+  int processed = 1;
+  while (processed > 0 && m_bus) processed = sd_bus_process(m_bus.get(), nullptr);
+  if (!m_bus || processed == -EBUSY) return; // inside a reply or signal: whoever delivers that one goes on
+  if (processed < 0) {
+    drop();
+  } else {
+    watch();
+  }
+}
+
+void BusConnection::watch() {
+  sd_bus* bus = m_bus.get();
+  const int descriptor = sd_bus_get_fd(bus);
+  const int events = sd_bus_get_events(bus);
+  if (descriptor < 0 || events < 0) {
+    // Closed already: the next step on the loop delivers what is left and finds out.
+    m_readable.reset();
+    m_writable.reset();
+    m_watched = -1;
+    m_timer = m_loop.after(milliseconds(0), [this] { process(); });
+    return;
+  }
+  const auto serve = [this] { process(); };
+  if (descriptor != m_watched) {
+    m_watched = descriptor;
+    m_writable.reset();
+    m_readable = m_loop.watch(descriptor, EventLoop::Readiness::readable, serve);
+  }
+  const bool wantsToWrite = (events & POLLOUT) != 0;
+  if (!wantsToWrite) m_writable.reset();
+  if (wantsToWrite && !m_writable) {
+    m_writable = m_loop.watch(descriptor, EventLoop::Readiness::writable, serve);
+  }
+
+  m_timer.reset();
+  std::uint64_t due = 0; // a point on the monotonic clock, which is the steady one here
+  if (sd_bus_get_timeout(bus, &due) <= 0 || due == UINT64_MAX) return;
+  const auto wait = microseconds(due) - SteadyClock::now().time_since_epoch();
+  m_timer = m_loop.after(std::max(std::chrono::ceil<milliseconds>(wait), milliseconds(0)), serve);
+}
+
+void BusConnection::drop() {
+  m_readable.reset();
+  m_writable.reset();
+  m_timer.reset();
+  m_watched = -1;
+  m_bus.reset();
+  if (m_lost) m_lost();
+}
+
+} // namespace vantle

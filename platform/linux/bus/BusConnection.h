@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/linux/bus/BusTypes.h"
+#include "platform/shared/EventLoop.h"
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace vantle {
+
+// One kept connection to a message bus. It is made when it is first needed and made again after it was lost;
+// while nothing is sent or received it costs no wake-up. Nobody who uses it ever waits longer than the time
+// they name, whatever the daemon does.
+//
+// Arguments are appended to the messages with sd-bus itself.
+class BusConnection {
+ public:
+  enum class Kind { session, system };
+  // The reply to one call; null on an error, a timeout or a lost connection.
+  using Reply = std::function<void(sd_bus_message* reply)>;
+  using Signal = std::function<void(sd_bus_message* signal)>;
+
+  // Finds the bus as every program does (DBUS_SESSION_BUS_ADDRESS, DBUS_SYSTEM_BUS_ADDRESS, the usual paths).
+  BusConnection(EventLoop& loop, Kind kind);
+  // A bus at an address of its own, e.g. "unix:path=/run/user/1000/bus".
+  BusConnection(EventLoop& loop, std::string address);
+  ~BusConnection(); // calls that are under way are dropped; their replies are not delivered
+  BusConnection(const BusConnection&) = delete;
+  BusConnection& operator=(const BusConnection&) = delete;
+
+  // Called after the connection was lost; what the bus was asked to watch is forgotten with it.
+  void onLost(std::function<void()> lost) { m_lost = std::move(lost); }
+
+  // A message to fill and send; null when there is no bus. Never waits: the handshake goes on by itself.
+  BusMessage methodCall(const BusMethod& method);
+
+  // Sends a call and waits for its reply; null on an error or when the deadline comes first.
+  BusMessage call(BusMessage message, BusDeadline deadline);
+
+  // Sends a call without waiting. The reply arrives on the loop or inside a later `runUntil`, exactly once,
+  // unless the call could not even be queued: then false.
+  bool callAsync(BusMessage message, std::chrono::milliseconds timeout, Reply reply);
+  // The same for a call whose outcome nobody needs.
+  bool send(BusMessage message);
+
+  // Serves this connection alone, without the loop, until the condition holds; false when the deadline comes
+  // first or the connection is lost. Not to be called inside a reply or a signal.
+  bool runUntil(const std::function<bool()>& condition, BusDeadline deadline);
+
+  // Calls back on each signal that matches the rule, as long as the slot lives and the connection holds. Null
+  // when there is no bus.
+  BusSlot match(const std::string& rule, Signal signal);
+
+  // Whether a reply or signal could arrive at all: connected, or under way to it.
+  bool isOpen() const { return m_bus != nullptr; }
+
+ private:
+  struct CloseBus {
+    void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
+  };
+
+  sd_bus* open();
+  bool waitUntilReady(BusDeadline deadline);
+  void process(); // delivers all that has arrived
+  void watch();   // tells the loop what the connection waits for now
+  void drop();
+
+  EventLoop& m_loop;
+  Kind m_kind = Kind::session;
+  std::string m_address; // empty: by kind
+  std::function<void()> m_lost;
+  std::unique_ptr<sd_bus, CloseBus> m_bus;
+  int m_watched = -1; // the descriptor that the watches below are for
+  std::unique_ptr<EventLoop::Handle> m_readable;
+  std::unique_ptr<EventLoop::Handle> m_writable;
+  std::unique_ptr<EventLoop::Handle> m_timer;
+};
+
+} // namespace vantle
