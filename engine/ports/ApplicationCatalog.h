@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vantle {
+
+// An app as it is installed, running or not. All texts are UTF-8.
+struct InstalledApplication {
+  std::string key;  // what the app lists of the settings call it: the bundle identifier it runs under
+  std::string name; // as the desktop shows it
+  std::string icon; // a themed icon name or the absolute path of a picture; empty when it has none
+  std::string path; // of its bundle or desktop file
+  bool operator==(const InstalledApplication&) const = default;
+};
+
+// The apps that a person can choose from.
+class ApplicationCatalog {
+ public:
+  virtual ~ApplicationCatalog() = default;
+
+  // Those that the desktop's own menu would show; each key once; in no order.
+  virtual std::vector<InstalledApplication> installedApplications() const = 0;
+
+  // Also apps that the menu hides. Absent when no installed app has that key.
+  virtual std::optional<InstalledApplication> applicationForKey(const std::string& key) const = 0;
+
+  // The app behind a bundle or desktop file that the person picked anywhere on the disk. Absent when the file
+  // is none.
+  virtual std::optional<InstalledApplication> applicationAt(const std::string& path) const = 0;
+};
+
+} // namespace vantle
