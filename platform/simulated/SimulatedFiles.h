@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "engine/ports/FileStore.h"
+#include "platform/simulated/SimulatedCalls.h"
+
+#include <cstddef>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+
+namespace vantle {
+
+// The person's own files, in memory.
+class SimulatedFiles final : public FileStore {
+ public:
+  explicit SimulatedFiles(SimulatedCalls& calls) : m_calls(calls) {}
+
+  // What is there, without a call.
+  std::map<std::string, std::string> contents; // by path
+  std::set<std::string> folders;
+
+  std::string applicationSupport() const override { return "/home/player/.local/share"; }
+  std::optional<std::string> read(const std::string& path, std::size_t limit) const override {
+    if (!m_calls.read({.operation = Operation::readFile, .about = path})) return std::nullopt;
+    const auto found = contents.find(path);
+    if (found == contents.end() || found->second.size() > limit) return std::nullopt;
+    return found->second;
+  }
+  bool writeAtomically(const std::string& path, const std::string& bytes) override {
+    return m_calls.change({.operation = Operation::writeFile, .about = path, .detail = bytes},
+                          [&] { contents[path] = bytes; });
+  }
+  bool exists(const std::string& path) const override {
+    m_calls.read({.operation = Operation::fileExists, .about = path});
+    return contents.contains(path);
+  }
+  void createFolders(const std::string& path) override {
+    m_calls.change({.operation = Operation::createFolders, .about = path}, [&] { folders.insert(path); });
+  }
+  void removeFolder(const std::string& path) override {
+    m_calls.change({.operation = Operation::removeFolder, .about = path}, [&] {
+      folders.erase(path);
+      std::erase_if(contents, [&](const auto& file) { return file.first.starts_with(path + "/"); });
+    });
+  }
+
+ private:
+  SimulatedCalls& m_calls;
+};
+
+} // namespace vantle

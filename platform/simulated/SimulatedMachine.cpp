@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+#include "platform/simulated/SimulatedMachine.h"
+
+#include <chrono>
+#include <memory>
+
+namespace vantle {
+
+namespace {
+
+constexpr const char* ownExecutable = "/usr/bin/vantle";
+
+} // namespace
+
+SimulatedMachine::SimulatedMachine() {
+  host.self = processes.spawn({.executable = ownExecutable});
+  clock.onAdvance = [this](std::chrono::microseconds duration) { processes.passTime(duration); };
+  workspace.onQuitRequest = [this](SimulatedApp& app) {
+    if (app.spec.quitReaction == QuitReaction::quits) exit(app.processIdentifier());
+  };
+}
+
+Machine SimulatedMachine::ports() {
+  return {host,          processes, band,  workspace, audio,    power, pressure,
+          notifications, defaults,  files, clock,     launcher, text};
+}
+
+SimulatedAppRef SimulatedMachine::launch(const AppSpec& spec, Opening opening) {
+  const Pid pid = processes.spawn(
+      {.parent = spec.parent, .executable = spec.program, .footprint = spec.footprint, .pid = spec.pid});
+  auto app = std::make_shared<SimulatedApp>(workspace, calls, pid, spec);
+  workspace.add(app);
+  if (opening == Opening::inFront) workspace.setFrontmost(app);
+  deliver();
+  return app;
+}
+
+void SimulatedMachine::activate(const SimulatedAppRef& app) {
+  workspace.setFrontmost(app);
+  deliver();
+}
+
+void SimulatedMachine::exit(Pid pid) {
+  processes.exit(pid);
+  workspace.markTerminated(pid);
+  deliver();
+}
+
+void SimulatedMachine::restartProgram() {
+  calls.cancelCrash();
+  workspace.dropEvents();
+  processes.exit(host.self);
+  host.self = processes.spawn({.executable = ownExecutable});
+}
+
+void SimulatedMachine::deliver() {
+  if (delivery == EventDelivery::atOnce) workspace.deliverAll();
+}
+
+} // namespace vantle

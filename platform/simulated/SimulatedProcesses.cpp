@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: MIT
+#include "platform/simulated/SimulatedProcesses.h"
+
+#include "engine/Invariant.h"
+
+#include <utility>
+
+namespace vantle {
+
+namespace {
+
+constexpr Pid firstProcess = 1;
+constexpr int normalPriority = 20;
+constexpr int bandPriority = 39;
+
+ProcessRecord recordOf(const SimulatedProcess& process) {
+  const ProcessIdentity identity = process.identity();
+  return {process.pid, process.parent, identity.startSec, identity.startUsec};
+}
+
+} // namespace
+
+SimulatedProcesses::SimulatedProcesses(SimulatedCalls& calls, SimulatedClock& clock)
+    : m_calls(calls), m_clock(clock) {
+  SimulatedProcess init;
+  init.pid = firstProcess;
+  init.startMicros = clock.stamp();
+  init.executable = "/sbin/init";
+  m_processes.emplace(firstProcess, std::move(init));
+}
+
+Pid SimulatedProcesses::nextFreePid() {
+  const std::uint64_t now = m_clock.stamp();
+  for (Pid tried = 1; tried < m_highest; ++tried) {
+    m_last = m_last < m_highest ? m_last + 1 : firstProcess + 1;
+    const auto earlier = m_lastStart.find(m_last);
+    const bool bornInThisTick = earlier != m_lastStart.end() && earlier->second == now;
+    if (!m_processes.contains(m_last) && !bornInThisTick) return m_last;
+  }
+  invariantBroken("the simulated machine has no pid left");
+}
+
+Pid SimulatedProcesses::spawn(const ProcessSpec& spec) {
+  const SimulatedProcess* parent = find(spec.parent);
+  invariant(parent != nullptr && !parent->isZombie, "the parent of a simulated process does not live");
+  const Pid pid = spec.pid ? *spec.pid : nextFreePid();
+  invariant(!m_processes.contains(pid), "a simulated pid is taken");
+  SimulatedProcess process;
+  process.pid = pid;
+  process.parent = spec.parent;
+  process.startMicros = m_clock.stamp();
+  process.executable = spec.executable;
+  process.footprint = spec.footprint;
+  process.isBusy = spec.isBusy;
+  process.band = parent->band;
+  m_lastStart[pid] = process.startMicros;
+  m_processes.emplace(pid, std::move(process));
+  return pid;
+}
+
+void SimulatedProcesses::orphanChildrenOf(Pid pid) {
+  for (auto& [childPid, child] : m_processes) {
+    if (child.parent == pid) child.parent = firstProcess;
+  }
+}
+
+void SimulatedProcesses::exit(Pid pid) {
+  if (m_processes.erase(pid) != 0) orphanChildrenOf(pid);
+}
+
+void SimulatedProcesses::exitAsZombie(Pid pid) {
+  SimulatedProcess* process = find(pid);
+  if (process == nullptr) return;
+  process->isZombie = true;
+  process->isBusy = false;
+  orphanChildrenOf(pid);
+}
+
+void SimulatedProcesses::reap(Pid zombie) {
+  const SimulatedProcess* process = find(zombie);
+  if (process != nullptr && process->isZombie) m_processes.erase(zombie);
+}
+
+SimulatedProcess* SimulatedProcesses::find(Pid pid) {
+  const auto found = m_processes.find(pid);
+  return found == m_processes.end() ? nullptr : &found->second;
+}
+
+const SimulatedProcess* SimulatedProcesses::find(Pid pid) const {
+  const auto found = m_processes.find(pid);
+  return found == m_processes.end() ? nullptr : &found->second;
+}
+
+bool SimulatedProcesses::lives(const ProcessIdentity& identity) const {
+  const SimulatedProcess* process = find(identity.pid);
+  return process != nullptr && !process->isZombie && process->identity() == identity;
+}
+
+void SimulatedProcesses::passTime(std::chrono::microseconds duration) {
+  const auto milliseconds = static_cast<std::uint64_t>(duration.count()) / 1000;
+  for (auto& [pid, process] : m_processes) {
+    if (!process.isBusy) continue;
+    const bool isNormal = process.band == BandState::normal;
+    process.cpuTime += milliseconds * (isNormal ? cpu.normalPerMillisecond : cpu.bandPerMillisecond);
+  }
+}
+
+const SimulatedProcess* SimulatedProcesses::readable(Operation operation, Pid pid) const {
+  return m_calls.read({.operation = operation, .pid = pid}) ? find(pid) : nullptr;
+}
+
+std::optional<ProcessRecord> SimulatedProcesses::record(Pid pid) const {
+  const SimulatedProcess* process = readable(Operation::readRecord, pid);
+  if (process == nullptr) return std::nullopt;
+  return recordOf(*process);
+}
+
+std::vector<ProcessRecord> SimulatedProcesses::scan() const {
+  std::vector<ProcessRecord> records;
+  if (!m_calls.read({.operation = Operation::scanProcesses})) return records;
+  records.reserve(m_processes.size());
+  for (const auto& [pid, process] : m_processes) records.push_back(recordOf(process));
+  return records;
+}
+
+std::optional<std::string> SimulatedProcesses::executablePathBytes(Pid pid) const {
+  const SimulatedProcess* process = readable(Operation::readExecutablePath, pid);
+  if (process == nullptr || process->isZombie) return std::nullopt;
+  return process->executable;
+}
+
+std::optional<std::uint64_t> SimulatedProcesses::footprint(Pid pid) const {
+  const SimulatedProcess* process = readable(Operation::readFootprint, pid);
+  if (process == nullptr) return std::nullopt;
+  return process->isZombie ? 0 : process->footprint;
+}
+
+std::optional<std::uint64_t> SimulatedProcesses::cpuTime(Pid pid) const {
+  const SimulatedProcess* process = readable(Operation::readCpuTime, pid);
+  if (process == nullptr) return std::nullopt;
+  return process->cpuTime;
+}
+
+std::optional<int> SimulatedProcesses::schedulerPriority(Pid pid) const {
+  const SimulatedProcess* process = readable(Operation::readPriority, pid);
+  if (process == nullptr) return std::nullopt;
+  return process->band == BandState::normal ? normalPriority : bandPriority;
+}
+
+} // namespace vantle
