@@ -20,6 +20,8 @@ class FileStore {
   // A reader sees the old file or the new one, never a part. Readable by its owner only.
   virtual bool writeAtomically(const std::string& path, const std::string& bytes) = 0;
   virtual bool exists(const std::string& path) const = 0;
+  // Renames within a folder, over what has the new name; a failure changes nothing.
+  virtual bool rename(const std::string& path, const std::string& newPath) = 0;
   virtual void createFolders(const std::string& path) = 0; // with those above it; a failure is ignored
   virtual void removeFolder(const std::string& path) = 0;  // with all it holds; a failure is ignored
 };

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "engine/ports/AudioActivity.h"
+#include "engine/ports/BackgroundBand.h"
+#include "engine/ports/MemoryPressureEvents.h"
+#include "engine/ports/Notifications.h"
+#include "engine/ports/PowerAssertions.h"
+#include "engine/ports/Workspace.h"
+
+namespace vantle {
+
+// What a machine without the thing in question answers. The self-test runs on these: it needs no desktop.
+
+class AbsentBand final : public BackgroundBand {
+ public:
+  using BackgroundBand::enterBackgroundBand;
+  bool enterBackgroundBand(Pid /*pid*/) override { return false; }
+  bool leaveBackgroundBand(Pid /*pid*/) override { return false; }
+  std::optional<bool> isInBackgroundBand(Pid /*pid*/) const override { return std::nullopt; }
+};
+
+class AbsentWorkspace final : public Workspace {
+ public:
+  std::vector<AppRef> runningApplications() const override { return {}; }
+  AppRef frontmostApplication() const override { return nullptr; }
+  AppRef runningApplication(Pid /*pid*/) const override { return nullptr; }
+  std::unique_ptr<Registration> observe(WorkspaceEvent /*event*/, Handler /*handler*/) override {
+    return std::make_unique<Registration>();
+  }
+};
+
+class AbsentAudioActivity final : public AudioActivity {
+ public:
+  bool isAvailable() const override { return false; }
+  std::set<Pid> runningOutput() override { return {}; }
+};
+
+class AbsentPowerAssertions final : public PowerAssertions {
+ public:
+  std::vector<Assertion> assertions() override { return {}; }
+};
+
+class AbsentMemoryPressure final : public MemoryPressureEvents {
+ public:
+  std::unique_ptr<Source> watch(std::function<void(bool isCritical)> /*handler*/) override { return nullptr; }
+  std::optional<int> level() const override { return std::nullopt; }
+};
+
+class AbsentNotifications final : public Notifications {
+ public:
+  void requestAuthorization() override {}
+  void post(const std::string& /*identifier*/, const std::string& /*title*/,
+            const std::string& /*body*/) override {}
+};
+
+} // namespace vantle

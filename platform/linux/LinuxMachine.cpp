@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/LinuxMachine.h"
+
+#include "platform/linux/Absent.h"
+#include "platform/linux/files/PosixFileStore.h"
+#include "platform/linux/process/BootClock.h"
+#include "platform/linux/process/LinuxHost.h"
+#include "platform/linux/process/ProcfsProcessTable.h"
+#include "platform/linux/process/SessionLauncher.h"
+#include "platform/shared/IcuText.h"
+#include "platform/shared/JsonUserDefaults.h"
+
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace vantle {
+
+namespace {
+
+constexpr const char* applicationId = "com.halvo.vantle";
+
+// The data folder, so that identities outlive the session; the runtime folder when that one is full or
+// read-only.
+std::vector<std::string> epochPaths(const XdgFolders& folders) {
+  std::vector<std::string> paths{folders.data + "/Vantle/boot.json"};
+  if (folders.runtime) paths.push_back(*folders.runtime + "/" + applicationId + ".boot.json");
+  return paths;
+}
+
+} // namespace
+
+struct LinuxMachine::Parts {
+  Parts(const XdgFolders& folders, const std::vector<std::string>& keptEpochs)
+      : files(folders.data, PosixFileStore::Sync::none),
+        settingsFiles(folders.data, PosixFileStore::Sync::disk), epoch(BootEpoch::load(files, keptEpochs)),
+        processes(epoch), clock(epoch), defaults(settingsFiles, folders.config, applicationId) {}
+
+  PosixFileStore files;         // another boot has no use for what is kept here: the disk need not be awaited
+  PosixFileStore settingsFiles; // the person's choices
+  BootEpoch epoch;
+  LinuxHost host;
+  ProcfsProcessTable processes;
+  BootClock clock;
+  JsonUserDefaults defaults;
+  SessionLauncher launcher;
+  IcuText text;
+
+  std::unique_ptr<BackgroundBand> band;
+  std::unique_ptr<Workspace> workspace = std::make_unique<AbsentWorkspace>();
+  std::unique_ptr<AudioActivity> audio = std::make_unique<AbsentAudioActivity>();
+  std::unique_ptr<PowerAssertions> power = std::make_unique<AbsentPowerAssertions>();
+  std::unique_ptr<MemoryPressureEvents> pressure = std::make_unique<AbsentMemoryPressure>();
+  std::unique_ptr<Notifications> notifications = std::make_unique<AbsentNotifications>();
+};
+
+LinuxMachine::LinuxMachine(std::unique_ptr<Parts> parts) : m_parts(std::move(parts)) {}
+LinuxMachine::~LinuxMachine() = default;
+
+std::unique_ptr<LinuxMachine> LinuxMachine::forDesktop(const XdgFolders& folders, EventLoop& /*loop*/) {
+  auto parts = std::make_unique<Parts>(folders, epochPaths(folders));
+  parts->band = std::make_unique<AbsentBand>();
+  return std::unique_ptr<LinuxMachine>(new LinuxMachine(std::move(parts)));
+}
+
+std::unique_ptr<LinuxMachine> LinuxMachine::forSelfTest(const XdgFolders& folders) {
+  auto parts = std::make_unique<Parts>(folders, std::vector<std::string>{});
+  parts->band = std::make_unique<AbsentBand>();
+  return std::unique_ptr<LinuxMachine>(new LinuxMachine(std::move(parts)));
+}
+
+Machine LinuxMachine::machine() {
+  Parts& parts = *m_parts;
+  return {parts.host,     parts.processes, *parts.band,     *parts.workspace,
+          *parts.audio,   *parts.power,    *parts.pressure, *parts.notifications,
+          parts.defaults, parts.files,     parts.clock,     parts.launcher,
+          parts.text};
+}
+
+} // namespace vantle

@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/files/PosixFileStore.h"
+
+#include "platform/linux/Descriptor.h"
+#include "platform/linux/files/TemporaryFile.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <fcntl.h>
+#include <filesystem>
+#include <string_view>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace vantle {
+
+namespace {
+
+constexpr mode_t ownerOnlyFolder = 0700;
+constexpr int mostLinks = 40; // as the kernel has it
+
+std::string folderOf(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  return slash == 0 || slash == std::string::npos ? "/" : path.substr(0, slash);
+}
+
+// Where a write through the path ends up; absent when it would replace something that is no regular file
+// behind a link, or when the links run in a circle.
+std::optional<std::string> writeTarget(std::string path) {
+  for (int links = 0; links <= mostLinks; ++links) {
+    char link[PATH_MAX];
+    const ssize_t length = ::readlink(path.c_str(), link, sizeof link);
+    if (length < 0) {
+      struct stat about {};
+      const bool isFree = ::lstat(path.c_str(), &about) != 0;
+      return isFree || S_ISREG(about.st_mode) || links == 0 ? std::optional(path) : std::nullopt;
+    }
+    const std::string_view next(link, static_cast<std::size_t>(length));
+    path = next.starts_with('/') ? std::string(next) : folderOf(path).append("/").append(next);
+  }
+  return std::nullopt;
+}
+
+} // namespace
+
+std::optional<std::string> PosixFileStore::read(const std::string& path, std::size_t limit) const {
+  // Looked at before it is opened: opening alone can already move a device.
+  struct stat about {};
+  if (::stat(path.c_str(), &about) != 0 || !S_ISREG(about.st_mode)) return std::nullopt;
+  const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  if (!file || ::fstat(file.get(), &about) != 0 || !S_ISREG(about.st_mode)) return std::nullopt;
+  if (about.st_size > 0 && static_cast<std::uintmax_t>(about.st_size) > limit) return std::nullopt;
+
+  // One byte more than there is, so that the end shows with the first read; more only if the file grows.
+  std::string bytes;
+  std::size_t room = static_cast<std::size_t>(about.st_size) + 1;
+  for (;;) {
+    const std::size_t had = bytes.size();
+    bytes.resize(had + room);
+    const ssize_t length = ::read(file.get(), bytes.data() + had, room);
+    if (length < 0 && errno != EINTR) return std::nullopt;
+    bytes.resize(had + static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
+    if (length == 0) return bytes;
+    if (bytes.size() > limit) return std::nullopt;
+    room = std::min(std::max<std::size_t>(bytes.size(), 512), limit - bytes.size() + 1);
+  }
+}
+
+bool PosixFileStore::writeAtomically(const std::string& path, const std::string& bytes) {
+  const std::optional<std::string> target = writeTarget(path);
+  if (!target) return false;
+  const std::string folder = folderOf(*target);
+  if (m_tidiedFolders.insert(folder).second) TemporaryFile::removeLeftovers(folder);
+  TemporaryFile file(folder);
+  return file.write(bytes) && (m_sync == Sync::none || file.flushToDisk()) && file.replace(*target);
+}
+
+bool PosixFileStore::exists(const std::string& path) const { return ::access(path.c_str(), F_OK) == 0; }
+
+bool PosixFileStore::rename(const std::string& path, const std::string& newPath) {
+  return ::rename(path.c_str(), newPath.c_str()) == 0;
+}
+
+void PosixFileStore::createFolders(const std::string& path) {
+  for (std::size_t end = 1; end != std::string::npos;) {
+    end = path.find('/', end);
+    ::mkdir(path.substr(0, end).c_str(), ownerOnlyFolder);
+    if (end != std::string::npos) ++end;
+  }
+}
+
+void PosixFileStore::removeFolder(const std::string& path) {
+  std::error_code ignored;
+  std::filesystem::remove_all(path, ignored);
+}
+
+} // namespace vantle

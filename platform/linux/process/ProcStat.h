@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "engine/ports/Pid.h"
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+
+namespace vantle {
+
+// The longest stat file: 52 numbers of at most 20 digits and a name of at most 64 bytes fit.
+inline constexpr std::size_t longestStat = 2048;
+
+// What Vantle reads of /proc/PID/stat; see proc_pid_stat(5) for the numbers of the fields.
+struct ProcStat {
+  char state = 0;                // field 3
+  Pid parent = 0;                // field 4
+  std::uint64_t userTicks = 0;   // field 14: clock ticks, all threads
+  std::uint64_t kernelTicks = 0; // field 15
+  int priority = 0;              // field 18
+  int threads = 0;               // field 20
+  std::uint64_t startTicks = 0;  // field 22: clock ticks since boot
+
+  // False for a zombie. A main thread that ended before its siblings is shown as one too, but then the
+  // process has other threads still.
+  bool isAlive() const { return (state != 'Z' && state != 'X' && state != 'x') || threads > 1; }
+};
+
+// Absent when the line is not one that the kernel writes, or ends before the start time. The name may hold
+// anything, brackets and newlines included, so the fields are counted from the last ')'.
+std::optional<ProcStat> parseProcStat(std::string_view line);
+
+} // namespace vantle

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "engine/ports/ProcessTable.h"
+#include "platform/linux/Descriptor.h"
+#include "platform/linux/process/BootEpoch.h"
+#include "platform/linux/process/ProcStat.h"
+
+#include <string>
+
+namespace vantle {
+
+// The process table as procfs shows it. Zombies count as gone: there is nothing left of them to slow down.
+class ProcfsProcessTable final : public ProcessTable {
+ public:
+  explicit ProcfsProcessTable(BootEpoch epoch, const std::string& procRoot = "/proc");
+
+  std::optional<ProcessRecord> record(Pid pid) const override;
+  std::vector<ProcessRecord> scan() const override; // in ascending order of pids, as the kernel lists them
+  // Without the mark that the kernel puts behind the path of a file that was deleted or replaced by an
+  // update.
+  std::optional<std::string> executablePathBytes(Pid pid) const override;
+  std::optional<std::uint64_t> footprint(Pid pid) const override;
+  std::optional<std::uint64_t> cpuTime(Pid pid) const override; // in clock ticks
+  std::optional<int> schedulerPriority(Pid pid) const override;
+
+ private:
+  std::optional<ProcStat> readStat(const char* pidText) const;
+  std::optional<ProcStat> readStat(Pid pid) const;
+  ProcessRecord recordOf(Pid pid, const ProcStat& stat) const;
+
+  Descriptor m_proc; // kept open, so that every look-up starts there
+  BootEpoch m_epoch;
+  std::uint64_t m_microsPerTick;
+};
+
+} // namespace vantle
