@@ -67,6 +67,8 @@ std::string_view name(Operation operation) {
     return "files.exists";
   case Operation::writeFile:
     return "files.write";
+  case Operation::renameFile:
+    return "files.rename";
   case Operation::createFolders:
     return "files.createFolders";
   case Operation::removeFolder:
@@ -94,6 +96,7 @@ bool changesMachine(Operation operation) {
   case Operation::removeDefault:
   case Operation::copyDefault:
   case Operation::writeFile:
+  case Operation::renameFile:
   case Operation::createFolders:
   case Operation::removeFolder:
   case Operation::launchProgram:

@@ -48,6 +48,7 @@ enum class Operation {
   readFile,
   fileExists,
   writeFile,
+  renameFile,
   createFolders,
   removeFolder,
   readClock,

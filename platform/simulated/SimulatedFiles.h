@@ -9,6 +9,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 
 namespace vantle {
 
@@ -35,6 +36,16 @@ class SimulatedFiles final : public FileStore {
   bool exists(const std::string& path) const override {
     m_calls.read({.operation = Operation::fileExists, .about = path});
     return contents.contains(path);
+  }
+  bool rename(const std::string& path, const std::string& newPath) override {
+    bool isRenamed = false;
+    m_calls.change({.operation = Operation::renameFile, .about = path, .detail = newPath}, [&] {
+      auto file = contents.extract(path);
+      if (file.empty()) return;
+      contents[newPath] = std::move(file.mapped());
+      isRenamed = true;
+    });
+    return isRenamed;
   }
   void createFolders(const std::string& path) override {
     m_calls.change({.operation = Operation::createFolders, .about = path}, [&] { folders.insert(path); });
