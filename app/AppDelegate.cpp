@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: MIT
+#include "app/AppDelegate.h"
+
+#include <QCoreApplication>
+#include <csignal>
+#include <cstdlib>
+
+namespace vantle {
+
+AppSettings& AppDelegate::settings() {
+  if (!m_settings) m_settings = std::make_unique<AppSettings>(m_machine.defaults);
+  return *m_settings;
+}
+
+Engine& AppDelegate::engine() {
+  if (!m_engine) m_engine = std::make_unique<Engine>(m_machine, settings());
+  return *m_engine;
+}
+
+void AppDelegate::applicationDidFinishLaunching() {
+  settings().applyAppearance(settings().appearance.get());
+  engine();
+  installSignalSources();
+}
+
+void AppDelegate::installSignalSources() {
+  for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+    m_signalSources.push_back(std::make_unique<SignalSource>(m_loop, signal, [this] { restoreAndExit(); }));
+  }
+}
+
+void AppDelegate::restoreAndExit() {
+  applicationWillTerminate();
+  QCoreApplication::exit(EXIT_SUCCESS);
+}
+
+void AppDelegate::applicationWillTerminate() {
+  engine().stopBoost();
+  m_machine.band.settle(longestSettling);
+}
+
+} // namespace vantle

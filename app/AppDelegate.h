@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "app/SignalSource.h"
+#include "engine/AppSettings.h"
+#include "engine/Engine.h"
+#include "engine/ports/Machine.h"
+#include "platform/shared/EventLoop.h"
+
+#include <chrono>
+#include <memory>
+#include <vector>
+
+namespace vantle {
+
+// How long the end of the program may wait for changes that the kernel lets through one by one. One takes
+// 0.1 s, so this is a desktop of a hundred apps.
+inline constexpr std::chrono::seconds longestSettling{10};
+
+// Owns the engine and what the person sees of it, and wires up the start and the orderly end.
+class AppDelegate {
+ public:
+  AppDelegate(EventLoop& loop, const Machine& machine) : m_loop(loop), m_machine(machine) {}
+
+  void applicationDidFinishLaunching();
+  void applicationWillTerminate();
+
+  AppSettings& settings(); // created on first use, like the rest, and kept
+  Engine& engine();
+
+ private:
+  void installSignalSources();
+  // Puts everything back and ends the program with status 0.
+  void restoreAndExit();
+
+  EventLoop& m_loop;
+  Machine m_machine;
+  std::unique_ptr<AppSettings> m_settings;
+  std::unique_ptr<Engine> m_engine;
+  std::vector<std::unique_ptr<SignalSource>> m_signalSources;
+};
+
+} // namespace vantle

@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: MIT
+#include "app/SignalSource.h"
+
+#include "engine/Invariant.h"
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstddef>
+#include <fcntl.h>
+#include <unistd.h>
+#include <utility>
+
+namespace vantle {
+
+namespace {
+
+constexpr std::array terminationSignals{SIGTERM, SIGINT, SIGHUP};
+
+// A signal handler can reach nothing but globals: the pipe of each signal. 0 stands for none; it is never the
+// writing end, since the reading end of the same pipe has a lower number.
+std::array<std::atomic<int>, NSIG> writeEnds;
+
+void noteSignal(int signal) {
+  const int saved = errno;
+  const char byte = 0;
+  const ssize_t written = ::write(writeEnds.at(static_cast<std::size_t>(signal)), &byte, 1);
+  static_cast<void>(written); // a full pipe already says all there is to say
+  errno = saved;
+}
+
+void changeMask(int how, const sigset_t& set) {
+  invariant(::pthread_sigmask(how, &set, nullptr) == 0, "signal mask refused");
+}
+
+} // namespace
+
+void holdTerminationSignals() {
+  sigset_t set;
+  ::sigemptyset(&set);
+  for (const int signal : terminationSignals) ::sigaddset(&set, signal);
+  changeMask(SIG_BLOCK, set);
+}
+
+// A handler and a pipe rather than a descriptor of signals that stay blocked: programs started from here
+// inherit the mask, but never a handler.
+SignalSource::SignalSource(EventLoop& loop, int signal, std::function<void()> handler) : m_signal(signal) {
+  std::array<int, 2> ends{-1, -1};
+  invariant(::pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) == 0, "no pipe for a signal");
+  m_read = ends[0];
+  m_write = ends[1];
+  writeEnds.at(static_cast<std::size_t>(signal)) = m_write;
+  m_watch = loop.watch(m_read, EventLoop::Readiness::readable, [read = m_read, call = std::move(handler)] {
+    std::array<char, 64> bytes{};
+    while (::read(read, bytes.data(), bytes.size()) > 0) {
+    }
+    call();
+  });
+
+  struct sigaction action {};
+  action.sa_handler = noteSignal;
+  action.sa_flags = SA_RESTART;
+  ::sigemptyset(&action.sa_mask);
+  invariant(::sigaction(signal, &action, nullptr) == 0, "signal handler refused");
+  sigset_t set;
+  ::sigemptyset(&set);
+  ::sigaddset(&set, signal);
+  changeMask(SIG_UNBLOCK, set);
+}
+
+SignalSource::~SignalSource() {
+  std::signal(m_signal, SIG_IGN);
+  writeEnds.at(static_cast<std::size_t>(m_signal)) = 0;
+  m_watch.reset();
+  ::close(m_read);
+  ::close(m_write);
+}
+
+} // namespace vantle

@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/shared/EventLoop.h"
+
+#include <functional>
+#include <memory>
+
+namespace vantle {
+
+// The three signals that ask the program to end: SIGTERM, SIGINT, SIGHUP.
+
+// Keeps them waiting from here on, so that none of them can end the program between the first app that is
+// slowed down and the moment its source exists.
+void holdTerminationSignals();
+
+// Delivers one signal on the main loop instead of letting it end the process. A held signal that has arrived
+// already is delivered too.
+class SignalSource {
+ public:
+  SignalSource(EventLoop& loop, int signal, std::function<void()> handler);
+  ~SignalSource();
+  SignalSource(const SignalSource&) = delete;
+  SignalSource& operator=(const SignalSource&) = delete;
+
+ private:
+  int m_signal;
+  int m_read = -1;
+  int m_write = -1;
+  std::unique_ptr<EventLoop::Handle> m_watch;
+};
+
+} // namespace vantle

@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: MIT
+#include "app/VantleApp.h"
+
+#include "app/AppDelegate.h"
+#include "app/ExitGuard.h"
+#include "app/QtEventLoop.h"
+#include "app/SelfTestMode.h"
+#include "app/SignalSource.h"
+#include "engine/Journal.h"
+#include "platform/linux/LinuxMachine.h"
+#include "platform/linux/files/SingleCopyLock.h"
+#include "platform/linux/files/XdgFolders.h"
+#include "platform/shared/PollEventLoop.h"
+
+#include <QGuiApplication>
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <span>
+#include <string_view>
+
+namespace vantle {
+
+namespace {
+
+constexpr const char* bundleIdentifier = "com.halvo.vantle";
+constexpr const char* formerIdentifier = "com.halvo.murn";
+
+bool hasDesktopSession() {
+  return std::getenv("DISPLAY") != nullptr || std::getenv("WAYLAND_DISPLAY") != nullptr;
+}
+
+// Started where no desktop is (on a console after the session died, say): nothing can be watched, but what an
+// earlier run left slowed is put back all the same.
+int recoverOnly(const XdgFolders& folders) {
+  PollEventLoop loop;
+  const std::unique_ptr<LinuxMachine> linuxMachine = LinuxMachine::forDesktop(folders, loop);
+  const Machine machine = linuxMachine->machine();
+  Journal(machine.files).restoreAllAndClear(machine.processes, machine.band);
+  machine.band.reclaim();
+  machine.band.settle(longestSettling);
+  std::fputs("vantle: there is no desktop session here (neither DISPLAY nor WAYLAND_DISPLAY is set).\n",
+             stderr);
+  return 1;
+}
+
+// Its journal and settings are this program's now; both at once would work against each other.
+void askFormerEditionToQuit(const Workspace& workspace) {
+  for (const AppRef& app : workspace.runningApplications()) {
+    if (app->bundleIdentifier() == formerIdentifier) app->terminate();
+  }
+}
+
+} // namespace
+
+bool VantleApp::wantsSelfTest() const {
+  const std::span<char*> arguments(m_argv, static_cast<std::size_t>(m_argc));
+  return std::any_of(arguments.begin(), arguments.end(),
+                     [](const char* argument) { return std::string_view(argument) == "--test"; });
+}
+
+int VantleApp::run() {
+  if (wantsSelfTest()) return runSelfTestMode();
+
+  const XdgFolders folders = XdgFolders::fromEnvironment();
+  const SingleCopyLock lock = SingleCopyLock::acquire(folders);
+  if (lock.outcome() == SingleCopyLock::Outcome::heldByOther) return EXIT_SUCCESS;
+  if (!hasDesktopSession()) return recoverOnly(folders);
+
+  holdTerminationSignals();
+  QGuiApplication::setDesktopFileName(bundleIdentifier);
+  QGuiApplication::setApplicationDisplayName("Vantle");
+  QGuiApplication::setQuitOnLastWindowClosed(false);
+  QGuiApplication application(m_argc, m_argv);
+  QtEventLoop loop;
+  const std::unique_ptr<LinuxMachine> machine = LinuxMachine::forDesktop(folders, loop);
+  askFormerEditionToQuit(machine->machine().workspace);
+
+  AppDelegate delegate(loop, machine->machine());
+  QObject::connect(&application, &QCoreApplication::aboutToQuit, &application,
+                   [&delegate] { delegate.applicationWillTerminate(); });
+  const ExitGuard guard([&delegate] { delegate.applicationWillTerminate(); });
+  delegate.applicationDidFinishLaunching();
+  return QGuiApplication::exec();
+}
+
+} // namespace vantle

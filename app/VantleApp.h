@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+namespace vantle {
+
+// The program: decides at start whether to measure, to leave to an earlier copy, or to live in the tray.
+class VantleApp {
+ public:
+  VantleApp(int& argc, char** argv) : m_argc(argc), m_argv(argv) {}
+
+  // The exit status: 0 in the ordinary course of things and for a second copy, the self-test's own with
+  // "--test", 1 when there is no desktop session to live in.
+  int run();
+
+ private:
+  bool wantsSelfTest() const;
+
+  int& m_argc; // Qt keeps the reference
+  char** m_argv;
+};
+
+} // namespace vantle
