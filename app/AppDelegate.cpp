@@ -1,9 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "app/AppDelegate.h"
 
+#include "BuildConfiguration.h"
+
 #include <QCoreApplication>
+#include <QDesktopServices>
+#include <QUrl>
 #include <csignal>
 #include <cstdlib>
+#include <string>
+#include <utility>
 
 namespace vantle {
 
@@ -17,9 +23,23 @@ Engine& AppDelegate::engine() {
   return *m_engine;
 }
 
+UpdateChecker& AppDelegate::updateChecker() {
+  if (!m_updateChecker) {
+    UpdateConfiguration configuration;
+    configuration.version = build::version;
+    configuration.feed = build::updateFeed;
+    configuration.vendorHost = build::updateHost;
+    m_updateChecker = std::make_unique<UpdateChecker>(
+        std::move(configuration), settings(), m_machine.clock,
+        [](const std::string& address) { QDesktopServices::openUrl(QUrl(QString::fromStdString(address))); });
+  }
+  return *m_updateChecker;
+}
+
 void AppDelegate::applicationDidFinishLaunching() {
   settings().applyAppearance(settings().appearance.get());
   engine();
+  updateChecker().checkIfDue();
   installSignalSources();
 }
 

@@ -6,6 +6,7 @@
 #include "engine/Engine.h"
 #include "engine/ports/Machine.h"
 #include "platform/shared/EventLoop.h"
+#include "update/UpdateChecker.h"
 
 #include <chrono>
 #include <memory>
@@ -27,6 +28,7 @@ class AppDelegate {
 
   AppSettings& settings(); // created on first use, like the rest, and kept
   Engine& engine();
+  UpdateChecker& updateChecker();
 
  private:
   void installSignalSources();
@@ -37,6 +39,7 @@ class AppDelegate {
   Machine m_machine;
   std::unique_ptr<AppSettings> m_settings;
   std::unique_ptr<Engine> m_engine;
+  std::unique_ptr<UpdateChecker> m_updateChecker;
   std::vector<std::unique_ptr<SignalSource>> m_signalSources;
 };
 
