@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "update/UpdateChecker.h"
 
+#include "platform/simulated/SimulatedMachine.h"
 #include "tests/unit/update/FeedServer.h"
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QTimer>
 #include <gtest/gtest.h>
-#include <map>
 
 namespace vantle {
 
@@ -24,31 +24,6 @@ const update::State unreachable = update::Failed{"Couldn't reach the update serv
 const std::string page = "https://localhost/get";
 const std::string newer = R"({"version": "v1.10", "url": ")" + page + R"("})";
 const update::State available = update::Available{"1.10", page};
-
-class MemoryDefaults final : public UserDefaults {
- public:
-  std::optional<Value> object(const std::string& key) const override {
-    const auto found = m_values.find(key);
-    return found == m_values.end() ? std::nullopt : std::optional(found->second);
-  }
-  bool contains(const std::string& key) const override { return m_values.contains(key); }
-  void set(const std::string& key, Value value) override { m_values[key] = std::move(value); }
-  void remove(const std::string& key) override { m_values.erase(key); }
-  std::unique_ptr<UserDefaults> openSuite(const std::string&) const override { return nullptr; }
-  bool copyFrom(const UserDefaults&, const std::string&) override { return false; }
-
- private:
-  std::map<std::string, Value> m_values;
-};
-
-class StoppedClock final : public Clock {
- public:
-  std::uint64_t processMicros() const override { return 0; }
-  std::chrono::system_clock::time_point now() const override { return time; }
-  void sleep(std::chrono::milliseconds) override {}
-
-  std::chrono::system_clock::time_point time = std::chrono::sys_days(std::chrono::year(2026) / 11 / 21);
-};
 
 const TestCertificate& goodCertificate() {
   static const TestCertificate certificate = makeCertificate("localhost");
@@ -94,9 +69,9 @@ class UpdateCheckerTest : public testing::Test {
     return checked();
   }
 
-  MemoryDefaults defaults;
-  AppSettings settings{defaults};
-  StoppedClock clock;
+  SimulatedMachine machine;
+  AppSettings settings{machine.defaults};
+  SimulatedClock& clock = machine.clock;
   FeedServer server{goodCertificate()};
   std::vector<std::string> opened;
   std::optional<UpdateChecker> checker;
@@ -111,7 +86,7 @@ TEST_F(UpdateCheckerTest, StartsIdleAndWithoutTouchingTheNetwork) {
 
 TEST_F(UpdateCheckerTest, FindsANewerVersionAndRemembersWhen) {
   EXPECT_EQ(checkedAgainst([](QSslSocket& socket) { FeedServer::answer(socket, newer); }), available);
-  EXPECT_EQ(settings.lastUpdateCheck(), std::chrono::floor<std::chrono::seconds>(clock.time));
+  EXPECT_EQ(settings.lastUpdateCheck(), std::chrono::floor<std::chrono::seconds>(clock.now()));
   checker->openDownloadPage();
   EXPECT_EQ(opened, std::vector{page});
 }
@@ -331,7 +306,7 @@ TEST_F(UpdateCheckerTest, BuildWithoutVersionCountsAsZero) {
 TEST_F(UpdateCheckerTest, ChecksByItselfOncePerDayAndOnlyWhenAllowed) {
   make(configuration(server));
   server.behaviour = [](QSslSocket& socket) { FeedServer::answer(socket, newer); };
-  const Date now = std::chrono::floor<std::chrono::seconds>(clock.time);
+  const Date now = std::chrono::floor<std::chrono::seconds>(clock.now());
   const auto startsWith = [&](bool allowed, std::optional<Date> last) {
     settings.checkUpdatesAutomatically.set(allowed);
     settings.setLastUpdateCheck(last);

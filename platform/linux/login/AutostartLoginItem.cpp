@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/login/AutostartLoginItem.h"
+
+#include "platform/linux/files/PosixFileStore.h"
+#include "platform/linux/login/AutostartEntry.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <filesystem>
+#include <glib.h>
+#include <sstream>
+#include <system_error>
+#include <utility>
+
+namespace vantle {
+
+namespace {
+
+constexpr const char* fileName = "com.halvo.vantle.desktop";
+constexpr std::size_t fileLimit = 1 << 20; // bytes; larger is no desktop entry
+
+std::vector<std::string> partsOf(const char* list) {
+  std::vector<std::string> parts;
+  std::istringstream stream(list == nullptr ? "" : list);
+  for (std::string part; std::getline(stream, part, ':');) {
+    if (!part.empty()) parts.push_back(std::move(part));
+  }
+  return parts;
+}
+
+std::string pathIn(const std::string& folder) { return folder + "/" + fileName; }
+
+// Anything of that name, a dangling link included: it hides the files of that name in later folders.
+bool stands(const std::string& path) {
+  std::error_code ignored;
+  return std::filesystem::exists(std::filesystem::symlink_status(path, ignored));
+}
+
+std::optional<AutostartEntry> entryAt(const std::string& path) {
+  const std::optional<std::string> text =
+      PosixFileStore({}, PosixFileStore::Sync::none).read(path, fileLimit);
+  return text ? AutostartEntry::parse(*text) : std::nullopt;
+}
+
+bool startsAt(const std::string& path, const std::vector<std::string>& desktops) {
+  const std::optional<AutostartEntry> entry = entryAt(path);
+  return entry && entry->starts(desktops);
+}
+
+} // namespace
+
+AutostartSetup AutostartSetup::from(const XdgFolders& folders, const XdgFolders::Environment& environment,
+                                    std::string program) {
+  AutostartSetup setup{std::move(program), folders.config + "/autostart", {}, {}};
+  std::vector<std::string> roots = partsOf(environment("XDG_CONFIG_DIRS"));
+  std::erase_if(roots, [](const std::string& root) { return root.front() != '/'; });
+  if (roots.empty()) roots.emplace_back("/etc/xdg");
+  for (const std::string& root : roots) setup.systemFolders.push_back(root + "/autostart");
+  setup.desktops = partsOf(environment("XDG_CURRENT_DESKTOP"));
+  return setup;
+}
+
+bool AutostartLoginItem::wouldSystemStartIt() const {
+  const auto& folders = m_setup.systemFolders;
+  const auto first = std::find_if(folders.begin(), folders.end(),
+                                  [](const std::string& folder) { return stands(pathIn(folder)); });
+  return first != folders.end() && startsAt(pathIn(*first), m_setup.desktops);
+}
+
+bool AutostartLoginItem::isEnabled() const {
+  const std::string own = pathIn(m_setup.userFolder);
+  return stands(own) ? startsAt(own, m_setup.desktops) : wouldSystemStartIt();
+}
+
+bool AutostartLoginItem::write(const AutostartEntry& entry) const {
+  PosixFileStore files({}, PosixFileStore::Sync::none);
+  files.createFolders(m_setup.userFolder);
+  return files.writeAtomically(pathIn(m_setup.userFolder), entry.text());
+}
+
+bool AutostartLoginItem::registerItem() {
+  // A key file is UTF-8: a path that is not could be written, but no desktop could read it.
+  if (g_utf8_validate(m_setup.program.c_str(), -1, nullptr) == 0) return false;
+  std::optional<AutostartEntry> entry = entryAt(pathIn(m_setup.userFolder));
+  if (!entry) entry.emplace();
+  entry->enable(m_setup.program, m_setup.desktops);
+  return write(*entry) && isEnabled();
+}
+
+bool AutostartLoginItem::unregisterItem() {
+  const std::string own = pathIn(m_setup.userFolder);
+  if (wouldSystemStartIt()) {
+    std::optional<AutostartEntry> entry = entryAt(own);
+    if (!entry) entry.emplace();
+    entry->hide();
+    return write(*entry) && !isEnabled();
+  }
+  std::error_code failure;
+  std::filesystem::remove(own, failure);
+  return !failure && !isEnabled();
+}
+
+} // namespace vantle

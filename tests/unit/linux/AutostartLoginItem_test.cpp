@@ -1,0 +1,223 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/login/AutostartLoginItem.h"
+
+#include "platform/linux/login/AutostartEntry.h"
+
+#include <chrono>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <gio/gdesktopappinfo.h>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <thread>
+#include <unistd.h>
+
+namespace vantle {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class LoginItemTest : public testing::Test {
+ protected:
+  LoginItemTest() {
+    std::string name = testing::TempDir() + "/vantle-login-XXXXXX";
+    root = mkdtemp(name.data());
+    setup.program = "/opt/vantle/bin/vantle";
+    setup.userFolder = root / "config/autostart";
+    setup.systemFolders = {root / "xdg-a/autostart", root / "xdg-b/autostart"};
+    setup.desktops = {"ubuntu", "GNOME"};
+  }
+  ~LoginItemTest() override { fs::remove_all(root); }
+
+  AutostartLoginItem item() const { return AutostartLoginItem(setup); }
+  fs::path own() const { return fs::path(setup.userFolder) / "com.halvo.vantle.desktop"; }
+  static void write(const fs::path& path, const std::string& text) {
+    fs::create_directories(path.parent_path());
+    std::ofstream(path) << text;
+  }
+  void writeOwn(const std::string& lines) const {
+    write(own(), "[Desktop Entry]\nType=Application\nName=Vantle\nExec=vantle\n" + lines);
+  }
+  void writeSystem(std::size_t at, const std::string& lines = {}) const {
+    write(fs::path(setup.systemFolders.at(at)) / "com.halvo.vantle.desktop",
+          "[Desktop Entry]\nType=Application\nName=Vantle\nExec=vantle\n" + lines);
+  }
+  std::string ownText() const {
+    std::ifstream file(own());
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+
+  fs::path root;
+  AutostartSetup setup;
+};
+
+TEST_F(LoginItemTest, IsOffWithoutAnyEntry) { EXPECT_FALSE(item().isEnabled()); }
+
+TEST_F(LoginItemTest, RegistersAndUnregisters) {
+  EXPECT_TRUE(item().registerItem());
+  EXPECT_TRUE(item().isEnabled());
+  EXPECT_NE(ownText().find("Exec=\"/opt/vantle/bin/vantle\"\n"), std::string::npos) << ownText();
+  EXPECT_TRUE(item().registerItem());
+  EXPECT_TRUE(item().unregisterItem());
+  EXPECT_FALSE(item().isEnabled());
+  EXPECT_FALSE(fs::exists(own()));
+  EXPECT_TRUE(item().unregisterItem());
+}
+
+TEST_F(LoginItemTest, ReadsWhatDesktopsWriteIntoTheEntry) {
+  const std::vector<std::pair<const char*, bool>> cases{
+      {"", true},
+      {"Hidden=true\n", false},
+      {"Hidden=false\n", true},
+      {"X-GNOME-Autostart-enabled=false\n", false},
+      {"X-GNOME-Autostart-enabled=true\n", true},
+      {"X-GNOME-Autostart-enabled=true\nHidden=true\n", false},
+      {"OnlyShowIn=KDE;XFCE;\n", false},
+      {"OnlyShowIn=XFCE;GNOME;\n", true},
+      {"NotShowIn=GNOME;\n", false},
+      {"NotShowIn=KDE;\n", true},
+      {"TryExec=/nowhere/vantle\n", false},
+      {"TryExec=/bin/sh\n", true},
+      {"Exec=\n", false},
+  };
+  for (const auto& [lines, enabled] : cases) {
+    writeOwn(lines);
+    EXPECT_EQ(item().isEnabled(), enabled) << lines;
+  }
+}
+
+TEST_F(LoginItemTest, EntryThatIsNoneIsOffAndReplaced) {
+  for (const char* text : {"", "garbage", "[Other]\nExec=vantle\n", "\xff\xfe"}) {
+    write(own(), text);
+    EXPECT_FALSE(item().isEnabled()) << text;
+    EXPECT_TRUE(item().registerItem()) << text;
+    EXPECT_TRUE(item().isEnabled()) << text;
+  }
+}
+
+TEST_F(LoginItemTest, RegisteringKeepsWhatTheDesktopAdded) {
+  writeOwn("Hidden=true\nX-GNOME-Autostart-enabled=false\nX-GNOME-Autostart-Delay=20\nName[de]=Fantel\n"
+           "# mine\nOnlyShowIn=GNOME;KDE;\nTryExec=/nowhere\n");
+  EXPECT_TRUE(item().registerItem());
+  for (const char* kept : {"X-GNOME-Autostart-Delay=20", "Name[de]=Fantel", "# mine", "OnlyShowIn=GNOME;KDE;",
+                           "X-GNOME-Autostart-enabled=true"})
+    EXPECT_NE(ownText().find(kept), std::string::npos) << kept << " in " << ownText();
+  EXPECT_EQ(ownText().find("Hidden"), std::string::npos);
+}
+
+TEST_F(LoginItemTest, RegisteringOnAnotherDesktopLiftsTheRestriction) {
+  writeOwn("OnlyShowIn=KDE;\n");
+  EXPECT_TRUE(item().registerItem());
+  EXPECT_TRUE(item().isEnabled());
+}
+
+TEST_F(LoginItemTest, SystemEntryCountsUntilThePersonHidesIt) {
+  writeSystem(1);
+  EXPECT_TRUE(item().isEnabled());
+  EXPECT_TRUE(item().unregisterItem());
+  EXPECT_FALSE(item().isEnabled());
+  EXPECT_NE(ownText().find("Hidden=true"), std::string::npos);
+  EXPECT_TRUE(item().registerItem());
+  EXPECT_TRUE(item().isEnabled());
+}
+
+TEST_F(LoginItemTest, FirstSystemFolderOutranksTheSecond) {
+  writeSystem(0, "Hidden=true\n");
+  writeSystem(1);
+  EXPECT_FALSE(item().isEnabled());
+}
+
+TEST_F(LoginItemTest, OwnEntryOutranksTheSystems) {
+  writeSystem(0);
+  writeOwn("Hidden=true\n");
+  EXPECT_FALSE(item().isEnabled());
+  fs::remove(own());
+  fs::create_symlink("/dev/null", own());
+  EXPECT_FALSE(item().isEnabled());
+}
+
+TEST_F(LoginItemTest, FolderThatCannotBeWrittenIsAFailure) {
+  // A file where the folder should be stops root as well, whom permissions do not.
+  write(setup.userFolder, "in the way");
+  EXPECT_FALSE(item().registerItem());
+  EXPECT_FALSE(item().isEnabled());
+}
+
+TEST_F(LoginItemTest, ReadOnlyFolderIsAFailureBothWays) {
+  fs::permissions(root, fs::perms::all);
+  fs::create_directories(setup.userFolder);
+  const auto asOrdinaryUser = [&](const std::function<bool()>& call) {
+    const uid_t before = geteuid();
+    if (before == 0) { EXPECT_EQ(seteuid(65534), 0); }
+    const bool result = call();
+    if (before == 0) { EXPECT_EQ(seteuid(before), 0); }
+    return result;
+  };
+  fs::permissions(setup.userFolder, fs::perms(0555));
+  EXPECT_FALSE(asOrdinaryUser([&] { return item().registerItem(); }));
+  EXPECT_FALSE(asOrdinaryUser([&] { return item().isEnabled(); }));
+
+  fs::permissions(setup.userFolder, fs::perms(0755));
+  writeOwn("");
+  fs::permissions(setup.userFolder, fs::perms(0555));
+  EXPECT_FALSE(asOrdinaryUser([&] { return item().unregisterItem(); }));
+  EXPECT_TRUE(asOrdinaryUser([&] { return item().isEnabled(); }));
+  fs::permissions(setup.userFolder, fs::perms(0755));
+}
+
+TEST_F(LoginItemTest, PathThatIsNotUtf8IsAFailure) {
+  setup.program = "/opt/\xff/vantle";
+  EXPECT_FALSE(item().registerItem());
+  EXPECT_FALSE(item().isEnabled());
+}
+
+// The desktop's own reader must start exactly the program that was registered.
+TEST_F(LoginItemTest, ExecSurvivesEveryCharacterOfAPath) {
+  for (const char* name :
+       {"plain", "with space", "a\"b", "a'b", "a$HOME", "a`id`", "a\\b", "a\\\\b", "100%f", "%%", "a;b&c|d",
+        "(x) <y> *?", "#tag", "~", "ü 日本", " lead", "tab\there", "a=b"}) {
+    const fs::path program = root / name / "vantle";
+    write(program, "#!/bin/sh\nprintf %s \"$#$0\" > \"${0%/*}/ran.part\"\nmv \"${0%/*}/ran.part\" "
+                   "\"${0%/*}/ran\"\n");
+    fs::permissions(program, fs::perms(0755));
+    setup.program = program;
+    ASSERT_TRUE(item().registerItem()) << name;
+
+    GDesktopAppInfo* info = g_desktop_app_info_new_from_filename(own().c_str());
+    ASSERT_NE(info, nullptr) << name << "\n" << ownText();
+    EXPECT_TRUE(g_app_info_launch(G_APP_INFO(info), nullptr, nullptr, nullptr)) << name;
+    g_object_unref(info);
+
+    const fs::path ran = program.parent_path() / "ran";
+    const auto guard = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (!fs::exists(ran) && std::chrono::steady_clock::now() < guard)
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    std::ifstream file(ran);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), "0" + program.string()) << ownText();
+  }
+}
+
+TEST(AutostartSetup, LooksWhereTheSessionLooks) {
+  const XdgFolders folders{
+      .home = "/h", .data = {}, .config = "/h/.config", .state = {}, .cache = {}, .runtime = {}};
+  const auto none = AutostartSetup::from(
+      folders, [](const char*) { return nullptr; }, "/bin/v");
+  EXPECT_EQ(none.userFolder, "/h/.config/autostart");
+  EXPECT_EQ(none.systemFolders, std::vector<std::string>{"/etc/xdg/autostart"});
+  EXPECT_TRUE(none.desktops.empty());
+  const auto some = AutostartSetup::from(
+      folders,
+      [](const char* name) {
+        return std::string_view(name) == "XDG_CONFIG_DIRS" ? "/a::relative:/b" : "ubuntu:GNOME";
+      },
+      "/bin/v");
+  EXPECT_EQ(some.systemFolders, (std::vector<std::string>{"/a/autostart", "/b/autostart"}));
+  EXPECT_EQ(some.desktops, (std::vector<std::string>{"ubuntu", "GNOME"}));
+}
+
+} // namespace
+
+} // namespace vantle
