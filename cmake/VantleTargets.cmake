@@ -19,3 +19,16 @@ function(vantle_room name)
   set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX)
   vantle_target(${name})
 endfunction()
+
+# Gives a room its views: every *.qml of the room's own folder, compiled, as the module `uri`. There is no plugin:
+# the room's register function makes the module known (a static library's initialisers do not run by themselves).
+function(vantle_qml_module name uri)
+  file(GLOB views RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.qml)
+  string(REPLACE . / folder ${uri})
+  qt_add_qml_module(${name} URI ${uri} VERSION 1.0 NO_PLUGIN RESOURCE_PREFIX /qt/qml
+                    OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/${folder} QML_FILES ${views} ${ARGN})
+  # The compiler of views writes C++ that is not ours to keep free of warnings.
+  get_target_property(sources ${name} SOURCES)
+  list(FILTER sources INCLUDE REGEX "/qmlcache/")
+  set_source_files_properties(${sources} PROPERTIES COMPILE_OPTIONS -w)
+endfunction()

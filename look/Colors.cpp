@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+#include "look/Colors.h"
+
+namespace vantle {
+namespace {
+
+const Colors& lightColors() {
+  static const Colors colors{
+      .surface = QColor(0xf4, 0xf4, 0xf6),
+      .control = QColor(0xff, 0xff, 0xff),
+      .edge = QColor(0, 0, 0, 15), // 0.06
+      .primary = QColor(0x1c, 0x1c, 0x20),
+      .secondary = QColor(0x58, 0x58, 0x60),
+      .tertiary = QColor(0xa0, 0xa0, 0xa8),
+      .divider = QColor(0, 0, 0, 23),
+      .green = QColor(0x1a, 0x7a, 0x34),
+      .orange = QColor(0xa8, 0x4c, 0x00),
+      .red = QColor(0xc4, 0x22, 0x2c),
+  };
+  return colors;
+}
+
+const Colors& darkColors() {
+  static const Colors colors{
+      .surface = QColor(0x1e, 0x1e, 0x21),
+      .control = QColor(0x2a, 0x2a, 0x2e),
+      .edge = QColor(0, 0, 0, 15),
+      .primary = QColor(0xf2, 0xf2, 0xf5),
+      .secondary = QColor(0xb4, 0xb4, 0xbc),
+      .tertiary = QColor(0x78, 0x78, 0x80),
+      .divider = QColor(255, 255, 255, 26),
+      .green = QColor(0x3f, 0xd1, 0x64),
+      .orange = QColor(0xff, 0xa2, 0x2e),
+      .red = QColor(0xff, 0x7d, 0x74),
+  };
+  return colors;
+}
+
+} // namespace
+
+const Colors& colorsFor(bool dark) { return dark ? darkColors() : lightColors(); }
+
+QPalette paletteFor(bool dark) {
+  const Colors& colors = colorsFor(dark);
+  QPalette palette(colors.control, colors.surface);
+  palette.setColor(QPalette::WindowText, colors.primary);
+  palette.setColor(QPalette::Text, colors.primary);
+  palette.setColor(QPalette::ButtonText, colors.primary);
+  palette.setColor(QPalette::Base, colors.control);
+  palette.setColor(QPalette::ToolTipBase, colors.control);
+  palette.setColor(QPalette::ToolTipText, colors.primary);
+  palette.setColor(QPalette::PlaceholderText, colors.secondary);
+  return palette;
+}
+
+QColor accentColor(AccentTheme theme) {
+  const AccentColor color = colorOf(theme);
+  return QColor::fromRgbF(static_cast<float>(color.red), static_cast<float>(color.green),
+                          static_cast<float>(color.blue));
+}
+
+} // namespace vantle

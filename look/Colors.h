@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "engine/AppSettings.h"
+
+#include <QColor>
+#include <QPalette>
+
+namespace vantle {
+
+// The colours of one scheme, by what they are for. Every text colour has a contrast of at least 4.5 to 1 on
+// `surface` and on `control`, tinted with any accent.
+struct Colors {
+  QColor surface;   // a window's ground, under the tint
+  QColor control;   // cards
+  QColor edge;      // around cards
+  QColor primary;   // text
+  QColor secondary; // text of lesser weight
+  QColor tertiary;  // marks that are not text
+  QColor divider;
+  QColor green;
+  QColor orange;
+  QColor red;
+};
+
+const Colors& colorsFor(bool dark);
+QPalette paletteFor(bool dark);
+QColor accentColor(AccentTheme theme);
+
+} // namespace vantle

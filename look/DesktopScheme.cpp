@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+#include "look/DesktopScheme.h"
+
+#include "look/GtkSettings.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QGuiApplication>
+#include <QPalette>
+
+namespace vantle {
+namespace {
+
+const auto service = QStringLiteral("org.freedesktop.portal.Desktop");
+const auto path = QStringLiteral("/org/freedesktop/portal/desktop");
+const auto interface = QStringLiteral("org.freedesktop.portal.Settings");
+const auto group = QStringLiteral("org.freedesktop.appearance");
+const auto key = QStringLiteral("color-scheme");
+
+// The portal's values: 0 no preference, 1 dark, 2 light.
+constexpr uint preferDark = 1;
+constexpr uint preferLight = 2;
+
+constexpr int darkBelow = 128; // lightness of a window's ground
+
+} // namespace
+
+DesktopScheme::DesktopScheme(QObject* parent)
+    : QObject(parent), m_fallback(gtkThemeIsDark() ||
+                                  QGuiApplication::palette().color(QPalette::Window).lightness() < darkBelow),
+      m_dark(m_fallback) {
+  QDBusConnection bus = QDBusConnection::sessionBus();
+  if (!bus.isConnected()) return;
+  bus.connect(service, path, interface, QStringLiteral("SettingChanged"), this,
+              SLOT(settingChanged(QString, QString, QDBusVariant)));
+  ask();
+}
+
+void DesktopScheme::ask() {
+  QDBusMessage call = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("Read"));
+  call << group << key;
+  auto* watcher = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call), this);
+  connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
+    const QDBusPendingReply<QDBusVariant> reply = *watcher;
+    if (reply.isValid()) take(reply.value().variant());
+    watcher->deleteLater();
+  });
+}
+
+void DesktopScheme::settingChanged(const QString& changedGroup, const QString& changedKey,
+                                   const QDBusVariant& value) {
+  if (changedGroup == group && changedKey == key) take(value.variant());
+}
+
+void DesktopScheme::take(const QVariant& colorScheme) {
+  // Read wraps the value in one variant more than the signal does.
+  QVariant plain = colorScheme;
+  if (plain.canConvert<QDBusVariant>()) plain = plain.value<QDBusVariant>().variant();
+  const uint scheme = plain.toUInt();
+  const bool dark = scheme == preferDark || (scheme != preferLight && m_fallback);
+  if (dark == m_dark) return;
+  m_dark = dark;
+  emit changed();
+}
+
+} // namespace vantle

@@ -1,0 +1,10 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import Vantle.Look
+
+// A hairline, lying unless it is made higher than wide.
+Rectangle {
+    implicitHeight: 1
+    implicitWidth: 1
+    color: Look.divider
+}

@@ -1,0 +1,10 @@
+// SPDX-License-Identifier: MIT
+#include "look/HeapTrim.h"
+
+#include <malloc.h>
+
+namespace vantle {
+
+void trimHeap() { malloc_trim(0); }
+
+} // namespace vantle

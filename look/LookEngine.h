@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "engine/AppSettings.h"
+
+#include <QQmlEngine>
+
+namespace vantle {
+
+// The declarative engine of one window, with everything of this room in it. Made when the window is first
+// opened, and destroyed with it; see giveMemoryBack for the moment after.
+class LookEngine : public QQmlEngine {
+  Q_OBJECT
+
+ public:
+  explicit LookEngine(AppSettings& settings, QObject* parent = nullptr);
+
+  AppSettings& settings() const { return m_settings; }
+
+ private:
+  AppSettings& m_settings;
+};
+
+// To be called before the application object's first window, and before any LookEngine.
+void prepareRendering();
+
+// Hands the heap of a destroyed engine back to the system.
+void giveMemoryBack();
+
+} // namespace vantle

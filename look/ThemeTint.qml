@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import Vantle.Look
+
+// Fills its area with a colour whose opacity depends on the scheme.
+Item {
+    id: tint
+
+    property color color: Look.accent
+    property real light
+    property real dark
+
+    Rectangle {
+        anchors.fill: parent
+        color: Look.faded(tint.color, Look.dark ? tint.dark : tint.light)
+    }
+}

@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: MIT
+#include "look/Appearance.h"
+#include "look/Colors.h"
+#include "look/LookEngine.h"
+#include "tests/unit/look/MemoryDefaults.h"
+
+#include <QDir>
+#include <QGuiApplication>
+#include <QQmlComponent>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <gtest/gtest.h>
+
+namespace vantle {
+namespace {
+
+class Views : public ::testing::Test {
+ protected:
+  std::unique_ptr<QObject> make(const QByteArray& source) {
+    QQmlComponent component(&engine);
+    component.setData("import QtQuick\nimport Vantle.Look\n" + source, QUrl());
+    std::unique_ptr<QObject> object(component.create());
+    EXPECT_TRUE(object) << component.errorString().toStdString();
+    return object;
+  }
+
+  MemoryDefaults defaults;
+  AppSettings settings{defaults};
+  LookEngine engine{settings};
+};
+
+TEST_F(Views, EachOneCanBeMade) {
+  for (const char* view :
+       {"Words {}", "Card { Words {} }", "Divider {}", "ThemeTint { light: 0.1; dark: 0.2 }", "Pressable {}",
+        "CapsuleButton { text: 'a' }", "PlainButton { text: 'a' }", "SymbolButton { symbol: 'bolt' }",
+        "Toggle { text: 'a' }", "ScrollArea {}", "RoundedBox {}", "Symbol { name: 'bolt.fill' }",
+        "AppImage { source: 'nothing-of-this-name' }"})
+    EXPECT_TRUE(make(view)) << view;
+}
+
+TEST_F(Views, FollowTheAccentAndTheAppearance) {
+  Appearance appearance;
+  appearance.apply(AppearanceMode::light);
+  const auto tint =
+      make("ThemeTint { property color c: Look.accent; property bool d: Look.dark; light: 0.5; dark: 1 }");
+  EXPECT_EQ(tint->property("c").value<QColor>(), accentColor(AccentTheme::blue));
+  EXPECT_FALSE(tint->property("d").toBool());
+  settings.accent.set(AccentTheme::teal);
+  appearance.apply(AppearanceMode::dark);
+  EXPECT_EQ(tint->property("c").value<QColor>(), accentColor(AccentTheme::teal));
+  EXPECT_TRUE(tint->property("d").toBool());
+  const auto* fill = tint->findChild<QQuickItem*>();
+  EXPECT_EQ(fill->property("color").value<QColor>().alpha(), 255);
+  appearance.apply(AppearanceMode::light);
+  EXPECT_NEAR(fill->property("color").value<QColor>().alphaF(), 0.5, 0.01);
+}
+
+TEST_F(Views, AButtonIsPressedByKeyboardOnlyWhenEnabled) {
+  QQuickWindow window;
+  const auto object = make("CapsuleButton { property int presses: 0; text: 'a'; width: 90; height: 40;"
+                           " onTriggered: presses++ }");
+  auto* button = qobject_cast<QQuickItem*>(object.get());
+  button->setParentItem(window.contentItem());
+  button->forceActiveFocus();
+  for (const int key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space, Qt::Key_A}) {
+    QKeyEvent down(QEvent::KeyPress, key, Qt::NoModifier);
+    QKeyEvent up(QEvent::KeyRelease, key, Qt::NoModifier);
+    QCoreApplication::sendEvent(&window, &down);
+    QCoreApplication::sendEvent(&window, &up);
+  }
+  EXPECT_EQ(button->property("presses").toInt(), 3);
+  button->setEnabled(false);
+  QMetaObject::invokeMethod(button, "trigger");
+  EXPECT_EQ(button->property("presses").toInt(), 3);
+}
+
+} // namespace
+} // namespace vantle
