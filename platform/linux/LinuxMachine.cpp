@@ -2,6 +2,7 @@
 #include "platform/linux/LinuxMachine.h"
 
 #include "platform/linux/Absent.h"
+#include "platform/linux/band/LinuxBand.h"
 #include "platform/linux/files/PosixFileStore.h"
 #include "platform/linux/process/BootClock.h"
 #include "platform/linux/process/LinuxHost.h"
@@ -9,6 +10,7 @@
 #include "platform/linux/process/SessionLauncher.h"
 #include "platform/shared/IcuText.h"
 #include "platform/shared/JsonUserDefaults.h"
+#include "platform/shared/PollEventLoop.h"
 
 #include <string>
 #include <utility>
@@ -26,6 +28,11 @@ std::vector<std::string> epochPaths(const XdgFolders& folders) {
   std::vector<std::string> paths{folders.data + "/Vantle/boot.json"};
   if (folders.runtime) paths.push_back(*folders.runtime + "/" + applicationId + ".boot.json");
   return paths;
+}
+
+// The band keeps its ledger beside the journal.
+BandPaths bandPaths(const XdgFolders& folders) {
+  return {.procRoot = "/proc", .sysRoot = "/sys", .ledger = folders.data + "/Vantle/band.json"};
 }
 
 } // namespace
@@ -46,6 +53,7 @@ struct LinuxMachine::Parts {
   SessionLauncher launcher;
   IcuText text;
 
+  PollEventLoop ownLoop; // for the self-test, which has no other
   std::unique_ptr<BackgroundBand> band;
   std::unique_ptr<Workspace> workspace = std::make_unique<AbsentWorkspace>();
   std::unique_ptr<AudioActivity> audio = std::make_unique<AbsentAudioActivity>();
@@ -57,15 +65,15 @@ struct LinuxMachine::Parts {
 LinuxMachine::LinuxMachine(std::unique_ptr<Parts> parts) : m_parts(std::move(parts)) {}
 LinuxMachine::~LinuxMachine() = default;
 
-std::unique_ptr<LinuxMachine> LinuxMachine::forDesktop(const XdgFolders& folders, EventLoop& /*loop*/) {
+std::unique_ptr<LinuxMachine> LinuxMachine::forDesktop(const XdgFolders& folders, EventLoop& loop) {
   auto parts = std::make_unique<Parts>(folders, epochPaths(folders));
-  parts->band = std::make_unique<AbsentBand>();
+  parts->band = std::make_unique<LinuxBand>(loop, bandPaths(folders));
   return std::unique_ptr<LinuxMachine>(new LinuxMachine(std::move(parts)));
 }
 
 std::unique_ptr<LinuxMachine> LinuxMachine::forSelfTest(const XdgFolders& folders) {
   auto parts = std::make_unique<Parts>(folders, std::vector<std::string>{});
-  parts->band = std::make_unique<AbsentBand>();
+  parts->band = std::make_unique<LinuxBand>(parts->ownLoop, bandPaths(folders));
   return std::unique_ptr<LinuxMachine>(new LinuxMachine(std::move(parts)));
 }
 

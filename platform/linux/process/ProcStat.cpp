@@ -49,10 +49,11 @@ std::optional<ProcStat> parseProcStat(std::string_view line) {
   if (nameEnd == std::string_view::npos) return std::nullopt;
   Fields fields(line.substr(nameEnd + 1));
   ProcStat stat;
-  const bool whole = fields.read(stat.state) && fields.read(stat.parent) && fields.skip(14 - 5) &&
-                     fields.read(stat.userTicks) && fields.read(stat.kernelTicks) && fields.skip(18 - 16) &&
-                     fields.read(stat.priority) && fields.skip(20 - 19) && fields.read(stat.threads) &&
-                     fields.skip(22 - 21) && fields.read(stat.startTicks);
+  const bool whole = fields.read(stat.state) && fields.read(stat.parent) && fields.skip(6 - 5) &&
+                     fields.read(stat.session) && fields.skip(9 - 7) && fields.read(stat.flags) &&
+                     fields.skip(14 - 10) && fields.read(stat.userTicks) && fields.read(stat.kernelTicks) &&
+                     fields.skip(18 - 16) && fields.read(stat.priority) && fields.skip(20 - 19) &&
+                     fields.read(stat.threads) && fields.skip(22 - 21) && fields.read(stat.startTicks);
   if (!whole || stat.parent < 0) return std::nullopt;
   return stat;
 }

@@ -16,6 +16,8 @@ inline constexpr std::size_t longestStat = 2048;
 struct ProcStat {
   char state = 0;                // field 3
   Pid parent = 0;                // field 4
+  Pid session = 0;               // field 6: 0 when its leader is not visible from here
+  std::uint64_t flags = 0;       // field 9: PF_* of the kernel
   std::uint64_t userTicks = 0;   // field 14: clock ticks, all threads
   std::uint64_t kernelTicks = 0; // field 15
   int priority = 0;              // field 18
@@ -25,6 +27,7 @@ struct ProcStat {
   // False for a zombie. A main thread that ended before its siblings is shown as one too, but then the
   // process has other threads still.
   bool isAlive() const { return (state != 'Z' && state != 'X' && state != 'x') || threads > 1; }
+  bool isKernelThread() const { return (flags & 0x00200000) != 0; } // PF_KTHREAD
 };
 
 // Absent when the line is not one that the kernel writes, or ends before the start time. The name may hold

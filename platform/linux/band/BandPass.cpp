@@ -1,0 +1,159 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/band/BandPass.h"
+
+#include "platform/linux/band/SystemParts.h"
+
+#include <algorithm>
+#include <unistd.h>
+#include <utility>
+
+namespace vantle {
+
+BandPass::BandPass(Parts parts, std::span<const BandGroup> groups, const std::vector<Pid>& boostApp)
+    : m_parts(parts), m_groups(groups), m_boostRoots(boostApp), m_companions(groups.size()) {
+  for (const BandGroup& group : groups) m_roots.insert(group.root);
+}
+
+std::vector<std::vector<bool>> BandPass::run() {
+  // Processes that are born during the pass from a parent whose turn was still to come are not slowed: as
+  // long as anything was born anywhere, look again. Each look finds only what escaped the one before.
+  constexpr int mostLooks = 4;
+  for (int look = 0; look < mostLooks; ++look) {
+    const std::optional<std::string> births = m_parts.files.birthMark();
+    this->look();
+    for (std::size_t at = 0; at < m_groups.size(); ++at) enterGroup(at);
+    if (births && births == m_parts.files.birthMark()) break;
+  }
+  m_parts.sessions.apply();
+
+  std::vector<std::vector<bool>> results;
+  results.reserve(m_groups.size());
+  for (const BandGroup& group : m_groups) {
+    std::vector<bool>& entered = results.emplace_back();
+    for (const Pid pid : group.candidates) {
+      const auto found = m_entered.find(pid);
+      entered.push_back(found != m_entered.end() && found->second);
+    }
+  }
+  return results;
+}
+
+void BandPass::look() {
+  m_scan = ProcessScan(m_parts.files);
+  m_trees.clear();
+  m_everyTree.clear();
+  m_sessionPlans.clear();
+  for (const BandGroup& group : m_groups) {
+    const std::unordered_set<Pid>& tree = m_trees.emplace_back(m_scan.withDescendants(group.tree));
+    m_everyTree.insert(tree.begin(), tree.end());
+  }
+  m_boostApp = m_scan.withDescendants(m_boostRoots);
+  m_boostGroups.clear();
+  for (const Pid pid : m_boostApp) {
+    const ProcessStat* process = m_scan.find(pid);
+    if (process) m_boostGroups.push_back(m_parts.taskGroups.of(*process));
+  }
+}
+
+void BandPass::enterGroup(std::size_t at) {
+  const BandGroup& group = m_groups[at];
+  std::vector<Pid> sessions;
+  const auto enterOne = [&](Pid pid) {
+    const ProcessStat* process = m_scan.find(pid);
+    if (!process || !enter(*process)) return false;
+    if (process->session > 0) sessions.push_back(process->session);
+    return true;
+  };
+  for (const Pid pid : group.candidates) enterOne(pid);
+
+  const std::unordered_set<Pid> known(group.tree.begin(), group.tree.end());
+  std::vector<Pid> others;
+  for (const Pid pid : m_trees[at]) {
+    if (!known.contains(pid)) others.push_back(pid);
+  }
+  std::sort(sessions.begin(), sessions.end());
+  sessions.erase(std::unique(sessions.begin(), sessions.end()), sessions.end());
+  for (const Pid session : sessions) {
+    for (const std::size_t place : m_scan.session(session)) {
+      const Pid pid = m_scan.all()[place].pid;
+      if (session == group.root && !m_everyTree.contains(pid)) others.push_back(pid);
+    }
+  }
+  for (const Pid pid : others) {
+    if (!m_entered.contains(pid) && enterOne(pid)) m_companions[at].push_back(*m_scan.find(pid));
+  }
+}
+
+bool BandPass::enter(const ProcessStat& process) {
+  if (const auto known = m_entered.find(process.pid); known != m_entered.end()) return known->second;
+  bool& entered = m_entered[process.pid];
+  if (!mayTouch(process)) return false;
+  const Lever lever = leverFor(process);
+  if (lever == Lever::none) return false;
+  ThreadLevers::Plan plan;
+  plan.classIsTheEffect = lever == Lever::schedulingClass;
+  plan.sessionLowered = lever == Lever::session;
+  entered = m_parts.threads.enter(process.pid, plan);
+  // The mark comes first: from here on a crash leaves the session's weight to be found by it.
+  if (entered && lever == Lever::session) {
+    const SessionPlan& session = sessionPlan(process.session);
+    if (m_lowered.insert(process.session).second) m_parts.sessions.lower(session.members, session.load);
+  }
+  return entered;
+}
+
+bool BandPass::mayTouch(const ProcessStat& process) {
+  const auto known = m_mayTouch.find(process.pid);
+  if (known != m_mayTouch.end()) return known->second;
+  const bool may = process.pid > 1 && process.pid != ::getpid() && !process.isKernelThread() &&
+                   process.isAlive() && !m_boostApp.contains(process.pid) &&
+                   !isSystemPart(process.shortName()) && m_parts.files.isOwn(process.pid);
+  return m_mayTouch.emplace(process.pid, may).first->second;
+}
+
+BandPass::Lever BandPass::leverFor(const ProcessStat& process) {
+  const TaskGroup group = m_parts.taskGroups.of(process);
+  if (group.kind == TaskGroup::Kind::session && sessionPlan(group.session).isOurs) return Lever::session;
+  // A scheduling class says something only to those in the same group. Without an app in front to compare
+  // with, that is everybody as long as there are no groups.
+  const bool meetsBoostApp = m_boostGroups.empty() ? group.kind == TaskGroup::Kind::root
+                                                   : std::find(m_boostGroups.begin(), m_boostGroups.end(),
+                                                               group) != m_boostGroups.end();
+  if (meetsBoostApp && group.kind != TaskGroup::Kind::unknown) return Lever::schedulingClass;
+  return Lever::none;
+}
+
+const BandPass::SessionPlan& BandPass::sessionPlan(Pid session) {
+  const auto known = m_sessionPlans.find(session);
+  if (known != m_sessionPlans.end()) return known->second;
+  SessionPlan plan;
+  plan.isOurs = true;
+  // Whatever a session holds was started in it by its leader, an orphan as well. So when an app's main
+  // process leads it, all of it is the app's.
+  const bool isLedByApp = m_roots.contains(session);
+  for (const std::size_t place : m_scan.session(session)) {
+    const ProcessStat& process = m_scan.all()[place];
+    if (!process.isAlive()) continue;
+    if ((!isLedByApp && !m_everyTree.contains(process.pid)) || !mayTouch(process)) {
+      plan.isOurs = false;
+      break;
+    }
+    plan.members.push_back(process.pid);
+    plan.load.running += process.state == 'R' ? 1 : 0;
+    plan.load.cpuTicks += process.cpuTicks();
+  }
+  plan.isOurs = plan.isOurs && weightIsOurs(plan.members);
+  return m_sessionPlans.emplace(session, std::move(plan)).first->second;
+}
+
+// Whether the session's weight can be lowered, or was lowered by this program earlier.
+bool BandPass::weightIsOurs(const std::vector<Pid>& members) const {
+  return std::any_of(members.begin(), members.end(), [this](Pid pid) {
+    if (m_parts.sessions.canLower(pid)) return true;
+    const std::optional<Autogroup> group = m_parts.sessions.read(pid);
+    const std::optional<ThreadMark> mark = m_parts.threads.mark(pid);
+    return group && group->nice == SessionWeights::lowered && mark && mark->sessionLowered;
+  });
+}
+
+} // namespace vantle

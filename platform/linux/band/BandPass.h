@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "engine/ports/BackgroundBand.h"
+#include "platform/linux/band/ProcessScan.h"
+#include "platform/linux/band/SessionWeights.h"
+#include "platform/linux/band/TaskGroups.h"
+#include "platform/linux/band/ThreadLevers.h"
+
+#include <span>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+namespace vantle {
+
+// One pass of apps into the band. Everything is looked at first: what a process may be changed by, and
+// whether that weighs against the app in front at all. A process without such a lever is left as it is.
+class BandPass {
+ public:
+  struct Parts {
+    const ProcessFiles& files;
+    ThreadLevers& threads;
+    SessionWeights& sessions;
+    TaskGroups& taskGroups;
+  };
+
+  BandPass(Parts parts, std::span<const BandGroup> groups, const std::vector<Pid>& boostApp);
+
+  // One list a group, one value a candidate.
+  std::vector<std::vector<bool>> run();
+
+  // Who entered beside the candidates of a group, by place of the group.
+  const std::vector<std::vector<ProcessStat>>& companions() const { return m_companions; }
+
+ private:
+  enum class Lever { none, session, schedulingClass };
+  struct SessionPlan {
+    bool isOurs = false; // all of it belongs to the apps of this pass, and its weight can be undone
+    std::vector<Pid> members;
+    SessionWeights::Load load;
+  };
+
+  void look();
+  void enterGroup(std::size_t at);
+  bool enter(const ProcessStat& process);
+  bool mayTouch(const ProcessStat& process);
+  Lever leverFor(const ProcessStat& process);
+  const SessionPlan& sessionPlan(Pid session);
+  bool weightIsOurs(const std::vector<Pid>& members) const;
+
+  Parts m_parts;
+  std::span<const BandGroup> m_groups;
+  const std::vector<Pid>& m_boostRoots;
+  std::unordered_set<Pid> m_roots; // the apps' main processes
+
+  // What the last look saw.
+  ProcessScan m_scan;
+  std::vector<std::unordered_set<Pid>> m_trees; // of each group
+  std::unordered_set<Pid> m_everyTree;
+  std::unordered_set<Pid> m_boostApp;
+  std::vector<TaskGroup> m_boostGroups;
+  std::unordered_map<Pid, SessionPlan> m_sessionPlans;
+
+  // What was decided and done.
+  std::unordered_map<Pid, bool> m_mayTouch;
+  std::unordered_map<Pid, bool> m_entered;
+  std::unordered_set<Pid> m_lowered; // sessions
+  std::vector<std::vector<ProcessStat>> m_companions;
+};
+
+} // namespace vantle

@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/band/LinuxBand.h"
+
+#include "platform/linux/band/BandPass.h"
+#include "platform/linux/band/ThreadCalls.h"
+
+#include <utility>
+
+namespace vantle {
+
+LinuxBand::LinuxBand(EventLoop& loop, BandPaths paths)
+    : m_paths(std::move(paths)), m_files(m_paths.procRoot), m_threads(m_files, m_paths.sysRoot),
+      m_sessions(loop, m_files) {
+  m_sessions.onRaised([this](const std::vector<Pid>& members) {
+    for (const Pid pid : members) m_threads.leave(pid, false);
+  });
+}
+
+LinuxBand::~LinuxBand() = default;
+
+bool LinuxBand::enterBackgroundBand(Pid pid) {
+  const BandGroup group{pid, {pid}, {pid}};
+  return enterBackgroundBand(std::span(&group, 1)).front().front();
+}
+
+std::vector<std::vector<bool>> LinuxBand::enterBackgroundBand(std::span<const BandGroup> groups) {
+  if (groups.empty()) return {};
+  m_threads.refresh();
+  TaskGroups taskGroups(m_files, m_paths.procRoot, m_paths.sysRoot);
+  BandPass pass({m_files, m_threads, m_sessions, taskGroups}, groups, m_boostApp);
+  std::vector<std::vector<bool>> entered = pass.run();
+  for (std::size_t at = 0; at < groups.size(); ++at) {
+    for (const ProcessStat& process : pass.companions()[at]) {
+      m_companions[groups[at].root].push_back({process.pid, process.startTicks});
+    }
+  }
+  return entered;
+}
+
+bool LinuxBand::leaveBackgroundBand(Pid pid) {
+  leaveCompanions(pid);
+  return leaveProcess(pid);
+}
+
+void LinuxBand::leaveCompanions(Pid root) {
+  const auto found = m_companions.find(root);
+  if (found == m_companions.end()) return;
+  const std::vector<Companion> companions = std::move(found->second);
+  m_companions.erase(found);
+  for (const Companion& companion : companions) {
+    const std::optional<ProcessStat> now = m_files.stat(companion.pid);
+    if (now && now->startTicks == companion.startTicks) leaveProcess(companion.pid);
+  }
+}
+
+bool LinuxBand::leaveProcess(Pid pid) {
+  const std::optional<ProcessStat> process = m_files.stat(pid);
+  if (!process || !process->isAlive() || process->isKernelThread() || !m_files.isOwn(pid)) return false;
+  const std::optional<ThreadMark> mark = markOf(*process);
+  if (!mark) return true;
+
+  // The session's weight goes back before the mark that remembers it.
+  auto session = SessionWeights::Outcome::done;
+  if (mark->sessionLowered) session = m_sessions.raise({pid});
+  if (session == SessionWeights::Outcome::impossible) session = m_sessions.raise(sessionOf(*process));
+  const bool out = m_threads.leave(pid, session != SessionWeights::Outcome::done);
+  return out && session != SessionWeights::Outcome::impossible;
+}
+
+std::optional<ThreadMark> LinuxBand::markOf(const ProcessStat& process) const {
+  const std::optional<ThreadMark> mark = m_threads.mark(process.pid);
+  return mark || process.threads <= 1 ? mark : m_threads.anyMark(process.pid);
+}
+
+std::vector<Pid> LinuxBand::sessionOf(const ProcessStat& process) const {
+  std::vector<Pid> members;
+  for (const ProcessStat& other : m_files.scan()) {
+    if (other.session == process.session) members.push_back(other.pid);
+  }
+  return members;
+}
+
+std::optional<bool> LinuxBand::isInBackgroundBand(Pid pid) const {
+  if (pid <= 0 || !threadCalls::ioPriority(pid)) return std::nullopt;
+  const std::optional<ThreadMark> mark = m_threads.mark(pid);
+  return mark && !mark->isLeaving();
+}
+
+void LinuxBand::prepareBoostApp(Pid root, std::span<const Pid> tree) {
+  m_boostApp.assign(tree.begin(), tree.end());
+  m_boostApp.push_back(root);
+}
+
+void LinuxBand::reclaim() {
+  m_boostApp.clear();
+  m_companions.clear();
+  for (const ProcessStat& process : m_files.scan()) {
+    if (process.isKernelThread() || !process.isAlive()) continue;
+    if (markOf(process)) leaveProcess(process.pid);
+  }
+}
+
+bool LinuxBand::settle(std::chrono::milliseconds limit) { return m_sessions.settle(limit); }
+
+} // namespace vantle

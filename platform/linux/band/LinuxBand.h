@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "engine/ports/BackgroundBand.h"
+#include "platform/linux/band/ProcessScan.h"
+#include "platform/linux/band/SessionWeights.h"
+#include "platform/linux/band/TaskGroups.h"
+#include "platform/linux/band/ThreadLevers.h"
+#include "platform/shared/EventLoop.h"
+
+#include <cstdint>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+namespace vantle {
+
+// Where the band finds the kernel's files and keeps its own.
+struct BandPaths {
+  std::string procRoot = "/proc";
+  std::string sysRoot = "/sys";
+  std::string ledger; // a file of the band's own beside the journal; its folder need not exist yet
+};
+
+// The background band on Linux: whichever levers weigh a process against the app in front, on this desktop
+// and for this user, found by looking at each process. docs/band.md tells which, and why.
+class LinuxBand final : public BackgroundBand {
+ public:
+  LinuxBand(EventLoop& loop, BandPaths paths);
+  ~LinuxBand() override;
+
+  using BackgroundBand::enterBackgroundBand;
+  bool enterBackgroundBand(Pid pid) override;
+  std::vector<std::vector<bool>> enterBackgroundBand(std::span<const BandGroup> groups) override;
+  bool leaveBackgroundBand(Pid pid) override;
+  std::optional<bool> isInBackgroundBand(Pid pid) const override;
+  void prepareBoostApp(Pid root, std::span<const Pid> tree) override;
+  void reclaim() override;
+  bool settle(std::chrono::milliseconds limit) override;
+
+ private:
+  // A process that entered with an app without being asked for: born during the pass, or an orphan that the
+  // app left in its session. It leaves with the app.
+  struct Companion {
+    Pid pid = 0;
+    std::uint64_t startTicks = 0;
+  };
+
+  bool leaveProcess(Pid pid);
+  void leaveCompanions(Pid root);
+  std::optional<ThreadMark> markOf(const ProcessStat& process) const;
+  std::vector<Pid> sessionOf(const ProcessStat& process) const;
+
+  BandPaths m_paths;
+  ProcessFiles m_files;
+  ThreadLevers m_threads;
+  SessionWeights m_sessions;
+  std::vector<Pid> m_boostApp;                                  // the app in front, with its tree
+  std::unordered_map<Pid, std::vector<Companion>> m_companions; // by the app's main process
+};
+
+} // namespace vantle

@@ -1,0 +1,188 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/band/ThreadLevers.h"
+
+#include "platform/linux/band/KernelFile.h"
+#include "platform/linux/band/ThreadCalls.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <sched.h>
+#include <utility>
+#include <vector>
+
+namespace vantle {
+
+namespace {
+
+using SchedulingClass = ThreadMark::SchedulingClass;
+
+std::optional<ThreadMark> threadMark(Pid tid) {
+  const std::optional<int> priority = threadCalls::ioPriority(tid);
+  return priority ? ThreadMark::decode(*priority) : std::nullopt;
+}
+
+// The real-time I/O class is the only one that an ordinary user cannot give back.
+bool needsPrivilegeToGiveBack(const ThreadMark& mark) {
+  constexpr int realTimeIo = 1;
+  return mark.ioClass == realTimeIo;
+}
+
+// Calls back with each thread once, and with those born meanwhile, until no new one is left. The callback
+// says whether to go on. The main thread comes first, or last with `Order::mainLast`.
+enum class Order { mainFirst, mainLast };
+template <typename Callback>
+void forEachThread(const ProcessFiles& files, Pid pid, Order order, Callback call) {
+  std::vector<Pid> seen;
+  for (bool foundNew = true; foundNew;) {
+    foundNew = false;
+    std::vector<Pid> threads = files.threads(pid); // as the kernel lists them, the main thread first
+    if (order == Order::mainLast) std::reverse(threads.begin(), threads.end());
+    for (const Pid tid : threads) {
+      if (std::find(seen.begin(), seen.end(), tid) != seen.end()) continue;
+      seen.push_back(tid);
+      foundNew = true;
+      if (!call(tid)) return;
+    }
+  }
+}
+
+} // namespace
+
+ThreadLevers::ThreadLevers(const ProcessFiles& files, std::string sysRoot)
+    : m_files(files), m_sysRoot(std::move(sysRoot)), m_mayRaise(threadCalls::hasNiceCapability()) {
+  refresh();
+}
+
+void ThreadLevers::refresh() {
+  std::string online = readKernelFile(m_sysRoot + "/devices/system/cpu/online").value_or("");
+  if (online == m_onlineText) return;
+  m_onlineText = std::move(online);
+  m_efficiency = EfficiencySet::read(m_sysRoot);
+}
+
+bool ThreadLevers::enter(Pid pid, const Plan& plan) {
+  const std::optional<ThreadMark> before = mark(pid);
+  const bool isNew = !before || before->isLeaving();
+  bool refused = false;
+  bool marked = false;
+  bool slowedByClass = false;
+  forEachThread(m_files, pid, Order::mainFirst, [&](Pid tid) {
+    const Entered entered = enterThread(tid, plan, isNew);
+    refused = refused || entered.outcome == Outcome::refused;
+    marked = marked || entered.outcome == Outcome::done;
+    slowedByClass = slowedByClass || entered.slowedByClass;
+    return !refused;
+  });
+  if (plan.classIsTheEffect && isNew && !slowedByClass) refused = true;
+  if (refused && isNew) leave(pid, before && before->sessionLowered);
+  return marked && !refused;
+}
+
+ThreadLevers::Entered ThreadLevers::enterThread(Pid tid, const Plan& plan, bool isNew) const {
+  const std::optional<int> priority = threadCalls::ioPriority(tid);
+  const auto scheduling = priority ? threadCalls::scheduling(tid) : std::nullopt;
+  if (!scheduling) return {errno == ESRCH ? Outcome::gone : Outcome::refused};
+  if (scheduling->isRealTime()) return {Outcome::untouchable};
+
+  const std::optional<ThreadMark> earlier = ThreadMark::decode(*priority);
+  const std::optional<ThreadMark> remembered = earlier ? earlier : ThreadMark::remembering(*priority);
+  if (!remembered || (needsPrivilegeToGiveBack(*remembered) && !m_mayRaise)) return {Outcome::refused};
+
+  ThreadMark mark = *remembered;
+  if (mark.isLeaving()) mark.schedulingClass = SchedulingClass::unchanged;
+  mark.sessionLowered = mark.sessionLowered || plan.sessionLowered;
+  const bool isFair = scheduling->policy == SCHED_OTHER || scheduling->policy == SCHED_BATCH;
+  // A thread born from a marked one between its mark and its change carries the mark only; one that somebody
+  // else has changed back since looks the same, so this is done only while its process enters.
+  const bool slowClass = isNew && isFair && (m_mayRaise || threadCalls::mayLeaveIdleClass(tid));
+  if (slowClass) {
+    mark.schedulingClass =
+        scheduling->policy == SCHED_BATCH ? SchedulingClass::wasBatch : SchedulingClass::wasOther;
+  } else if (isFair && isNew && plan.classIsTheEffect) {
+    return {Outcome::refused};
+  }
+  const bool narrow = isNew && mayNarrow(tid);
+  mark.affinityNarrowed = mark.affinityNarrowed || narrow;
+
+  if (mark.encode() != *priority && !setMark(tid, mark, *priority)) {
+    return {errno == ESRCH ? Outcome::gone : Outcome::refused};
+  }
+  if (slowClass && !threadCalls::setScheduling(tid, {SCHED_IDLE, scheduling->resetsOnFork})) {
+    return {errno == ESRCH ? Outcome::gone : Outcome::refused};
+  }
+  if (narrow) m_efficiency.chosen.applyTo(tid); // a refusal is no loss: undoing looks at what is there
+  return {Outcome::done, slowClass};
+}
+
+// A kernel that does not keep all bits cannot hold the memory, so it is asked.
+bool ThreadLevers::setMark(Pid tid, const ThreadMark& mark, int before) {
+  if (!threadCalls::setIoPriority(tid, mark.encode())) return false;
+  if (threadCalls::ioPriority(tid) == mark.encode()) return true;
+  threadCalls::setIoPriority(tid, before);
+  return false;
+}
+
+// Only threads that may run anywhere: a mask of its own is kept.
+bool ThreadLevers::mayNarrow(Pid tid) const {
+  return !m_efficiency.chosen.empty() && ProcessorSet::ofThread(tid) == m_efficiency.online;
+}
+
+bool ThreadLevers::leave(Pid pid, bool keepSession) {
+  bool refused = false;
+  bool found = false;
+  // The main thread comes last: as long as it is marked, the process is found again after a crash.
+  forEachThread(m_files, pid, Order::mainLast, [&](Pid tid) {
+    found = true;
+    refused = !leaveThread(tid, keepSession) || refused;
+    return true;
+  });
+  return found && !refused;
+}
+
+bool ThreadLevers::leaveThread(Pid tid, bool keepSession) const {
+  const std::optional<ThreadMark> mark = threadMark(tid);
+  if (!mark) return true;
+  const auto scheduling = threadCalls::scheduling(tid);
+  if (!scheduling) return true; // gone
+
+  // What is no longer as this program left it was changed by somebody else, and is theirs.
+  const bool slowedByUs = mark->schedulingClass == SchedulingClass::wasOther ||
+                          mark->schedulingClass == SchedulingClass::wasBatch;
+  if (slowedByUs && scheduling->policy == SCHED_IDLE) {
+    const int policy = mark->schedulingClass == SchedulingClass::wasBatch ? SCHED_BATCH : SCHED_OTHER;
+    if (!threadCalls::setScheduling(tid, {policy, scheduling->resetsOnFork})) return errno == ESRCH;
+  }
+  if (mark->affinityNarrowed && ProcessorSet::ofThread(tid) == (m_efficiency.chosen & m_efficiency.online)) {
+    ProcessorSet::everything().applyTo(tid);
+  }
+  int priority = mark->originalIoPriority();
+  if (keepSession && mark->sessionLowered) {
+    ThreadMark rest;
+    rest.ioClass = mark->ioClass;
+    rest.ioLevel = mark->ioLevel;
+    rest.schedulingClass = SchedulingClass::leaving;
+    rest.sessionLowered = true;
+    priority = rest.encode();
+  }
+  return threadCalls::setIoPriority(tid, priority) || errno == ESRCH;
+}
+
+std::optional<ThreadMark> ThreadLevers::mark(Pid pid) const {
+  if (const std::optional<ThreadMark> own = threadMark(pid)) return own;
+  // A main thread that is real-time is never marked, whatever its process is.
+  const auto scheduling = threadCalls::scheduling(pid);
+  if (!scheduling || !scheduling->isRealTime()) return std::nullopt;
+  for (const Pid tid : m_files.threads(pid)) {
+    if (const std::optional<ThreadMark> any = threadMark(tid)) return any;
+  }
+  return std::nullopt;
+}
+
+std::optional<ThreadMark> ThreadLevers::anyMark(Pid pid) const {
+  for (const Pid tid : m_files.threads(pid)) {
+    if (const std::optional<ThreadMark> any = threadMark(tid)) return any;
+  }
+  return std::nullopt;
+}
+
+} // namespace vantle

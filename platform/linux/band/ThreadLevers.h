@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/linux/band/EfficiencySet.h"
+#include "platform/linux/band/ProcessScan.h"
+#include "platform/linux/band/ThreadMark.h"
+
+#include <optional>
+#include <string>
+
+namespace vantle {
+
+// Everything of the band that belongs to single threads: the mark, the I/O class that carries it, the
+// scheduling class and the affinity. Each thread is asked what it is, the mark that remembers this is set,
+// and only then is the thread changed; undoing goes the other way round, the mark last. So a stop between any
+// two of these calls leaves nothing that a later `leave` does not put back.
+class ThreadLevers {
+ public:
+  struct Plan {
+    bool classIsTheEffect = false; // refuse the process unless its threads can be slowed by class
+    bool sessionLowered = false;   // remember that the session's weight was ours to change
+  };
+
+  ThreadLevers(const ProcessFiles& files, std::string sysRoot);
+
+  // Looks for processors that were switched on or off since; once a pass.
+  void refresh();
+
+  // Marks and slows all threads of a process, those born meanwhile included. False when it was refused, and
+  // then nothing is changed.
+  bool enter(Pid pid, const Plan& plan);
+
+  // Puts all marked threads back. With `keepSession` they stay marked as leaving, because the weight of their
+  // session has still to be put back. False when the process is gone or may not be changed.
+  bool leave(Pid pid, bool keepSession);
+
+  // The mark of the process: of its main thread, or of any other when the main thread cannot carry one.
+  // Absent for a process that has none or cannot be read.
+  std::optional<ThreadMark> mark(Pid pid) const;
+  // The same after a look at every thread: what a process shows that was cut off in the middle of a change.
+  std::optional<ThreadMark> anyMark(Pid pid) const;
+
+ private:
+  enum class Outcome {
+    done,
+    gone,
+    untouchable, // real-time
+    refused
+  };
+  struct Entered {
+    Outcome outcome;
+    bool slowedByClass = false;
+  };
+
+  Entered enterThread(Pid tid, const Plan& plan, bool isNew) const;
+  bool leaveThread(Pid tid, bool keepSession) const; // true when the thread is out, or gone
+  static bool setMark(Pid tid, const ThreadMark& mark, int before);
+  bool mayNarrow(Pid tid) const;
+
+  const ProcessFiles& m_files;
+  std::string m_sysRoot;
+  std::string m_onlineText;
+  EfficiencySet m_efficiency;
+  bool m_mayRaise; // CAP_SYS_NICE where it counts
+};
+
+} // namespace vantle

@@ -1,0 +1,432 @@
+// SPDX-License-Identifier: MIT
+// The band on real processes and threads, as root and as an ordinary user.
+#include "platform/linux/band/LinuxBand.h"
+
+#include "platform/linux/band/ProcessorSet.h"
+#include "platform/linux/band/SessionWeights.h"
+#include "platform/linux/band/ThreadCalls.h"
+#include "platform/shared/PollEventLoop.h"
+#include "tests/unit/linux/band/TestProcess.h"
+
+#include <array>
+#include <csignal>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <sched.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace vantle {
+
+namespace {
+
+using namespace test;
+using namespace std::chrono_literals;
+
+constexpr int bestEffort(int level) { return (2 << 13) | level; }
+constexpr std::chrono::seconds guard{60};
+
+bool machineHasAutogroups() {
+  std::ifstream file("/proc/sys/kernel/sched_autogroup_enabled");
+  return file.get() == '1';
+}
+
+struct Band {
+  PollEventLoop loop;
+  LinuxBand band{loop, {}};
+
+  bool enter(Pid root, std::vector<Pid> tree) {
+    const BandGroup group{root, tree, tree};
+    const auto entered = band.enterBackgroundBand(std::span(&group, 1));
+    bool all = true;
+    for (const bool one : entered.front()) all = all && one;
+    return all && entered.size() == 1 && entered.front().size() == tree.size();
+  }
+  void settled() { EXPECT_TRUE(band.settle(guard)); }
+};
+
+// Each test runs as root where the tests do, and as an ordinary user.
+class LinuxBandTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (!machineHasAutogroups()) GTEST_SKIP() << "sessions have no weight on this machine";
+  }
+  static void asBoth(const std::function<void()>& body) {
+    if (runsAsRoot()) {
+      SCOPED_TRACE("as root");
+      body();
+    }
+    EXPECT_TRUE(asOrdinaryUser(body)) << "as an ordinary user";
+  }
+};
+
+TEST_F(LinuxBandTest, SlowsAnAppAndPutsItBack) {
+  asBoth([] {
+    const TestProcess app;
+    const std::string before = schedulingState(app.pid());
+    Band band;
+    EXPECT_EQ(band.band.isInBackgroundBand(app.pid()), false);
+    EXPECT_TRUE(band.band.enterBackgroundBand(app.pid()));
+    EXPECT_EQ(band.band.isInBackgroundBand(app.pid()), true);
+    band.settled();
+    EXPECT_EQ(autogroupLine(app.pid()), "nice 19");
+
+    EXPECT_TRUE(band.band.leaveBackgroundBand(app.pid()));
+    EXPECT_EQ(band.band.isInBackgroundBand(app.pid()), false);
+    band.settled();
+    EXPECT_EQ(autogroupLine(app.pid()), "nice 0");
+    EXPECT_EQ(schedulingState(app.pid()), before);
+  });
+}
+
+TEST_F(LinuxBandTest, ANewProgramAnswersTheSameAndPutsBackTheSame) {
+  asBoth([] {
+    const TestProcess app;
+    const std::string before = schedulingState(app.pid());
+    {
+      Band first;
+      EXPECT_TRUE(first.band.enterBackgroundBand(app.pid()));
+      first.settled();
+    }
+    Band second;
+    EXPECT_EQ(second.band.isInBackgroundBand(app.pid()), true);
+    EXPECT_TRUE(second.band.leaveBackgroundBand(app.pid()));
+    second.settled();
+    EXPECT_EQ(schedulingState(app.pid()), before);
+    EXPECT_EQ(autogroupLine(app.pid()), "nice 0");
+  });
+}
+
+TEST_F(LinuxBandTest, WhatAProcessWasComesBackExactly) {
+  asBoth([] {
+    const TestProcess app(TestProcess::Session::own, [](char) {
+      const sched_param none{};
+      ::setpriority(PRIO_PROCESS, 0, 7);
+      ::sched_setscheduler(0, SCHED_BATCH, &none);
+      threadCalls::setIoPriority(0, bestEffort(2));
+      ProcessorSet first;
+      first.add(0);
+      return first.applyTo(0) ? 1 : 0;
+    });
+    app.ask('!');
+    const Pid plain = app.ask('t'); // inherits all of it
+    const Pid child = app.ask('f');
+    const Pid other = app.ask('t');
+    threadCalls::setIoPriority(other, (3 << 13) | 4); // somebody's `ionice -c3`
+    const std::array<Pid, 4> tasks{app.pid(), plain, child, other};
+    std::vector<std::string> before;
+    for (const Pid tid : tasks) before.push_back(schedulingState(tid));
+
+    Band band;
+    EXPECT_TRUE(band.enter(app.pid(), {app.pid(), child}));
+    for (std::size_t at = 0; at < tasks.size(); ++at) EXPECT_NE(schedulingState(tasks[at]), before[at]);
+    band.settled();
+    EXPECT_TRUE(band.band.leaveBackgroundBand(app.pid()));
+    EXPECT_TRUE(band.band.leaveBackgroundBand(child));
+    band.settled();
+    for (std::size_t at = 0; at < tasks.size(); ++at) EXPECT_EQ(schedulingState(tasks[at]), before[at]);
+  });
+}
+
+TEST_F(LinuxBandTest, WhatIsBornSlowedComesBackToWhatItsParentWas) {
+  asBoth([] {
+    const TestProcess app;
+    const std::string before = schedulingState(app.pid());
+    Band band;
+    EXPECT_TRUE(band.band.enterBackgroundBand(app.pid()));
+    band.settled();
+    const Pid thread = app.ask('t');
+    const Pid child = app.ask('f');
+    const Pid distant = app.ask('s');
+    EXPECT_EQ(band.band.isInBackgroundBand(child), true);
+    EXPECT_EQ(band.band.isInBackgroundBand(distant), true);
+    for (const Pid pid : {child, distant, app.pid()}) EXPECT_TRUE(band.band.leaveBackgroundBand(pid));
+    band.settled();
+    for (const Pid tid : {app.pid(), thread, child, distant}) EXPECT_EQ(schedulingState(tid), before);
+  });
+}
+
+TEST_F(LinuxBandTest, ReclaimFindsWhatNobodyRemembers) {
+  asBoth([] {
+    const TestProcess app;
+    const std::string before = schedulingState(app.pid());
+    Band band;
+    EXPECT_TRUE(band.band.enterBackgroundBand(app.pid()));
+    band.settled();
+    const Pid child = app.ask('f');
+    const Pid distant = app.ask('s');
+    Band next;
+    next.band.reclaim();
+    next.settled();
+    for (const Pid pid : {app.pid(), child, distant}) {
+      EXPECT_EQ(schedulingState(pid), before);
+      EXPECT_EQ(next.band.isInBackgroundBand(pid), false);
+    }
+    EXPECT_EQ(autogroupLine(app.pid()), "nice 0");
+  });
+}
+
+TEST_F(LinuxBandTest, ASessionWithOthersInItIsLeftAlone) {
+  asBoth([] {
+    const TestProcess shell;
+    const Pid app = shell.ask('f');
+    const Pid other = shell.ask('f');
+    Band band;
+    EXPECT_FALSE(band.enter(app, {app}));
+    band.settled();
+    for (const Pid pid : {shell.pid(), app, other}) {
+      EXPECT_EQ(band.band.isInBackgroundBand(pid), false);
+      EXPECT_EQ(threadCalls::ioPriority(pid), 0);
+    }
+    EXPECT_EQ(autogroupLine(app), "nice 0");
+  });
+}
+
+TEST_F(LinuxBandTest, AnAppsOrphansGoAndComeWithIt) {
+  asBoth([] {
+    const TestProcess app;
+    const Pid orphan = app.ask('o');
+    const std::string before = schedulingState(orphan);
+    Band band;
+    EXPECT_TRUE(band.enter(app.pid(), {app.pid()}));
+    EXPECT_EQ(band.band.isInBackgroundBand(orphan), true);
+    band.settled();
+    EXPECT_TRUE(band.band.leaveBackgroundBand(app.pid()));
+    band.settled();
+    EXPECT_EQ(schedulingState(orphan), before);
+  });
+}
+
+TEST_F(LinuxBandTest, TheSessionOfTheBoostAppIsNeverLowered) {
+  asBoth([] {
+    const TestProcess terminal;
+    const Pid game = terminal.ask('o'); // started from it, and on its own since
+    Band band;
+    const std::array<Pid, 1> tree{game};
+    band.band.prepareBoostApp(game, tree);
+    // As root its class may still be lowered: it shares the session with the game.
+    EXPECT_EQ(band.enter(terminal.pid(), {terminal.pid()}), runsAsRoot());
+    band.settled();
+    EXPECT_EQ(autogroupLine(game), "nice 0");
+    EXPECT_EQ(band.band.isInBackgroundBand(game), false);
+    band.band.leaveBackgroundBand(terminal.pid());
+  });
+}
+
+TEST_F(LinuxBandTest, AChoiceOfSomebodyElseStays) {
+  asBoth([] {
+    const TestProcess app;
+    const Pid bound = app.ask('t');
+    const Pid ioOwn = app.ask('t');
+    Band band;
+    EXPECT_TRUE(band.band.enterBackgroundBand(app.pid()));
+    band.settled();
+    ProcessorSet first;
+    first.add(0);
+    EXPECT_TRUE(first.applyTo(bound));
+    EXPECT_TRUE(threadCalls::setIoPriority(ioOwn, bestEffort(6)));
+    EXPECT_EQ(::setpriority(PRIO_PROCESS, static_cast<id_t>(app.pid()), 11), 0);
+    EXPECT_TRUE(band.band.leaveBackgroundBand(app.pid()));
+    band.settled();
+    EXPECT_EQ(ProcessorSet::ofThread(bound), first);
+    EXPECT_EQ(threadCalls::ioPriority(ioOwn), bestEffort(6));
+    EXPECT_EQ(::getpriority(PRIO_PROCESS, static_cast<id_t>(app.pid())), 11);
+    EXPECT_EQ(threadCalls::ioPriority(app.pid()), 0);
+  });
+}
+
+TEST_F(LinuxBandTest, ASessionWeightOfSomebodyElseStays) {
+  asBoth([] {
+    const auto write = [](Pid pid, const char* nice) {
+      const std::string path = "/proc/" + std::to_string(pid) + "/autogroup";
+      for (std::ofstream file;;) { // the kernel lets one change in 100 ms through
+        file.open(path);
+        file << nice << std::flush;
+        if (file) return;
+        file = {};
+        ::usleep(20'000);
+      }
+    };
+    const TestProcess own; // weighed by its owner before
+    write(own.pid(), "5");
+    const TestProcess changed; // and during the Boost
+    Band band;
+    EXPECT_FALSE(band.band.enterBackgroundBand(own.pid()));
+    EXPECT_EQ(band.band.isInBackgroundBand(own.pid()), false);
+    EXPECT_TRUE(band.band.enterBackgroundBand(changed.pid()));
+    band.settled();
+    write(changed.pid(), "3");
+    EXPECT_TRUE(band.band.leaveBackgroundBand(changed.pid()));
+    band.settled();
+    EXPECT_EQ(autogroupLine(own.pid()), "nice 5");
+    EXPECT_EQ(autogroupLine(changed.pid()), "nice 3");
+    EXPECT_EQ(threadCalls::ioPriority(changed.pid()), 0);
+  });
+}
+
+TEST_F(LinuxBandTest, RealTimeThreadsAreNeverTouched) {
+  if (!runsAsRoot()) GTEST_SKIP() << "only root can make one";
+  const TestProcess app;
+  const Pid realTime = app.ask('t');
+  const sched_param priority{.sched_priority = 5};
+  ASSERT_EQ(::sched_setscheduler(realTime, SCHED_FIFO, &priority), 0);
+  const std::string before = schedulingState(realTime);
+  Band band;
+  EXPECT_TRUE(band.band.enterBackgroundBand(app.pid()));
+  EXPECT_EQ(schedulingState(realTime), before);
+  EXPECT_TRUE(band.band.leaveBackgroundBand(app.pid()));
+
+  ASSERT_EQ(::sched_setscheduler(app.pid(), SCHED_RR, &priority), 0);
+  ASSERT_EQ(::sched_setscheduler(realTime, SCHED_OTHER, std::array<sched_param, 1>{}.data()), 0);
+  EXPECT_TRUE(band.band.enterBackgroundBand(app.pid()));
+  EXPECT_EQ(band.band.isInBackgroundBand(app.pid()), true) << "its other thread is";
+  EXPECT_EQ(threadCalls::ioPriority(app.pid()), 0);
+  EXPECT_TRUE(band.band.leaveBackgroundBand(app.pid()));
+  EXPECT_EQ(band.band.isInBackgroundBand(app.pid()), false);
+
+  ASSERT_EQ(::sched_setscheduler(realTime, SCHED_FIFO, &priority), 0);
+  EXPECT_FALSE(band.band.enterBackgroundBand(app.pid())) << "all of it is real-time";
+  EXPECT_EQ(autogroupLine(app.pid()), "nice 0");
+}
+
+TEST_F(LinuxBandTest, WhatIsNotAnAppIsRefused) {
+  asBoth([] {
+    Band band;
+    for (const Pid pid : {-1, 0, 1, 2, static_cast<Pid>(::getpid())}) {
+      EXPECT_FALSE(band.band.enterBackgroundBand(pid)) << pid;
+    }
+    EXPECT_EQ(band.band.isInBackgroundBand(0), std::nullopt);
+    EXPECT_EQ(threadCalls::ioPriority(0), 0);
+
+    TestProcess gone;
+    const Pid pid = gone.pid();
+    ::kill(pid, SIGKILL);
+    siginfo_t info{};
+    ::waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOWAIT);
+    EXPECT_FALSE(band.band.enterBackgroundBand(pid)) << "a zombie";
+    EXPECT_FALSE(band.band.leaveBackgroundBand(pid)) << "a zombie";
+    gone.end();
+    EXPECT_FALSE(band.band.enterBackgroundBand(pid));
+    EXPECT_FALSE(band.band.leaveBackgroundBand(pid));
+    EXPECT_EQ(band.band.isInBackgroundBand(pid), std::nullopt);
+  });
+}
+
+TEST_F(LinuxBandTest, ProcessesOfOthersAreRefused) {
+  if (!runsAsRoot()) GTEST_SKIP() << "there is no other user";
+  const TestProcess ours;
+  EXPECT_TRUE(asOrdinaryUser([&ours] {
+    Band band;
+    EXPECT_FALSE(band.band.enterBackgroundBand(ours.pid()));
+    EXPECT_FALSE(band.band.leaveBackgroundBand(ours.pid()));
+    EXPECT_EQ(band.band.isInBackgroundBand(ours.pid()), false);
+  }));
+  // Root could, and does not: they are another person's.
+  const TestProcess theirs(TestProcess::Session::own, [](char) { return ::setuid(65534); });
+  ASSERT_EQ(theirs.ask('!'), 0);
+  Band band;
+  EXPECT_FALSE(band.band.enterBackgroundBand(theirs.pid()));
+  EXPECT_EQ(autogroupLine(theirs.pid()), "nice 0");
+}
+
+TEST_F(LinuxBandTest, SystemPartsAreNeverTouched) {
+  asBoth([] {
+    const TestProcess server(TestProcess::Session::own, [](char) {
+      std::ofstream("/proc/self/comm") << "pipewire-pulse";
+      return 0;
+    });
+    server.ask('!');
+    Band band;
+    EXPECT_FALSE(band.band.enterBackgroundBand(server.pid()));
+    EXPECT_EQ(threadCalls::ioPriority(server.pid()), 0);
+  });
+}
+
+TEST_F(LinuxBandTest, ManySessionsWaitTheirTurnWithoutHoldingUpTheLoop) {
+  asBoth([] {
+    const std::array<TestProcess, 4> apps{};
+    Band band;
+    std::vector<BandGroup> groups;
+    for (const TestProcess& app : apps) groups.push_back({app.pid(), {app.pid()}, {app.pid()}});
+    for (const std::vector<bool>& entered : band.band.enterBackgroundBand(groups)) {
+      EXPECT_EQ(entered, std::vector<bool>{true});
+    }
+    const auto allShow = [&apps](const char* line) {
+      return std::all_of(apps.begin(), apps.end(),
+                         [line](const TestProcess& app) { return autogroupLine(app.pid()) == line; });
+    };
+    EXPECT_TRUE(band.loop.runUntil([&] { return allShow("nice 19"); }, guard));
+    for (const TestProcess& app : apps) {
+      EXPECT_TRUE(band.band.leaveBackgroundBand(app.pid()));
+      EXPECT_EQ(band.band.isInBackgroundBand(app.pid()), false) << "out, whatever still waits";
+    }
+    EXPECT_TRUE(band.loop.runUntil([&] { return allShow("nice 0"); }, guard));
+    for (const TestProcess& app : apps) EXPECT_EQ(threadCalls::ioPriority(app.pid()), 0);
+  });
+}
+
+TEST_F(LinuxBandTest, LeavingAndComingBackWhileTheChangeStillWaits) {
+  asBoth([] {
+    const std::array<TestProcess, 3> apps{};
+    Band band;
+    const std::string before = schedulingState(apps[0].pid());
+    for (int round = 0; round < 3; ++round) {
+      for (const TestProcess& app : apps) EXPECT_TRUE(band.band.enterBackgroundBand(app.pid()));
+      for (const TestProcess& app : apps) EXPECT_TRUE(band.band.leaveBackgroundBand(app.pid()));
+    }
+    for (const TestProcess& app : apps) EXPECT_TRUE(band.band.enterBackgroundBand(app.pid()));
+    band.settled();
+    for (const TestProcess& app : apps) {
+      EXPECT_EQ(autogroupLine(app.pid()), "nice 19");
+      EXPECT_EQ(band.band.isInBackgroundBand(app.pid()), true);
+      EXPECT_TRUE(band.band.leaveBackgroundBand(app.pid()));
+    }
+    band.settled();
+    for (const TestProcess& app : apps) {
+      EXPECT_EQ(autogroupLine(app.pid()), "nice 0");
+      EXPECT_EQ(schedulingState(app.pid()), before);
+    }
+  });
+}
+
+TEST_F(LinuxBandTest, AProgramThatDiesWhileItsChangesWaitIsMadeGoodByTheNext) {
+  asBoth([] {
+    const std::array<TestProcess, 4> apps{};
+    const std::string before = schedulingState(apps[0].pid());
+    for (const bool leaves : {false, true}) {
+      const Pid first = ::fork();
+      if (first == 0) {
+        Band band;
+        for (const TestProcess& app : apps) band.band.enterBackgroundBand(app.pid());
+        if (leaves) {
+          band.band.settle(guard);
+          for (const TestProcess& app : apps) band.band.leaveBackgroundBand(app.pid());
+        }
+        ::_exit(0); // nothing settled, nothing undone
+      }
+      ::waitpid(first, nullptr, 0);
+      Band next;
+      next.band.reclaim();
+      next.settled();
+      for (const TestProcess& app : apps) {
+        EXPECT_EQ(autogroupLine(app.pid()), "nice 0");
+        EXPECT_EQ(schedulingState(app.pid()), before);
+      }
+    }
+  });
+}
+
+TEST(AutogroupLine, IsReadAsTheKernelWritesIt) {
+  const auto group = Autogroup::parse("/autogroup-123 nice -5\n");
+  ASSERT_TRUE(group);
+  EXPECT_EQ(group->id, 123);
+  EXPECT_EQ(group->nice, -5);
+  for (const char* text : {"", "/autogroup-", "/autogroup-1", "/autogroup-1 nice ", "x"}) {
+    EXPECT_FALSE(Autogroup::parse(text)) << text;
+  }
+}
+
+} // namespace
+
+} // namespace vantle
