@@ -144,6 +144,7 @@ bool BusConnection::waitUntilReady(BusDeadline deadline) {
 bool BusConnection::runUntil(const std::function<bool()>& condition, BusDeadline deadline) {
   while (m_bus && !condition()) {
     const int processed = sd_bus_process(m_bus.get(), nullptr);
+    if (processed == -EBUSY) return false; // inside a reply or signal after all
     if (processed < 0) {
       drop();
       return false;
@@ -207,7 +208,7 @@ void BusConnection::drop() {
   m_timer.reset();
   m_watched = -1;
   m_bus.reset();
-  if (m_lost) m_lost();
+  m_lost.notify();
 }
 
 } // namespace vantle

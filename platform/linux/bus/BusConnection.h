@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "engine/Published.h"
 #include "platform/linux/bus/BusTypes.h"
 #include "platform/shared/EventLoop.h"
 
@@ -8,6 +9,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace vantle {
 
@@ -32,7 +34,9 @@ class BusConnection {
   BusConnection& operator=(const BusConnection&) = delete;
 
   // Called after the connection was lost; what the bus was asked to watch is forgotten with it.
-  void onLost(std::function<void()> lost) { m_lost = std::move(lost); }
+  [[nodiscard]] std::unique_ptr<Registration> onLost(std::function<void()> lost) {
+    return m_lost.add(std::move(lost));
+  }
 
   // A message to fill and send; null when there is no bus. Never waits: the handshake goes on by itself.
   BusMessage methodCall(const BusMethod& method);
@@ -71,7 +75,7 @@ class BusConnection {
   EventLoop& m_loop;
   Kind m_kind = Kind::session;
   std::string m_address; // empty: by kind
-  std::function<void()> m_lost;
+  Observers m_lost;
   std::unique_ptr<sd_bus, CloseBus> m_bus;
   int m_watched = -1; // the descriptor that the watches below are for
   std::unique_ptr<EventLoop::Handle> m_readable;

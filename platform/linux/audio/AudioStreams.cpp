@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/audio/AudioStreams.h"
+
+#include <charconv>
+
+namespace vantle {
+
+std::optional<Pid> pidFromText(std::string_view text) {
+  Pid pid = 0;
+  const char* end = text.data() + text.size();
+  const auto [rest, error] = std::from_chars(text.data(), end, pid);
+  if (error != std::errc() || rest != end || pid < 1) return std::nullopt;
+  return pid;
+}
+
+void AudioStreams::addInput(std::uint32_t client, std::string_view processId) {
+  m_inputs.emplace_back(client, pidFromText(processId));
+}
+
+void AudioStreams::addClient(std::uint32_t index, std::string_view processId) {
+  if (const std::optional<Pid> pid = pidFromText(processId)) m_clients.insert_or_assign(index, *pid);
+}
+
+std::set<Pid> AudioStreams::playing() const {
+  std::set<Pid> pids;
+  for (const auto& [client, own] : m_inputs) {
+    if (own) {
+      pids.insert(*own);
+    } else if (const auto found = m_clients.find(client); found != m_clients.end()) {
+      pids.insert(found->second);
+    }
+  }
+  return pids;
+}
+
+} // namespace vantle
