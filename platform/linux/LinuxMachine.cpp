@@ -2,8 +2,13 @@
 #include "platform/linux/LinuxMachine.h"
 
 #include "platform/linux/Absent.h"
+#include "platform/linux/audio/PulseAudioActivity.h"
 #include "platform/linux/band/LinuxBand.h"
+#include "platform/linux/bus/BusConnection.h"
 #include "platform/linux/files/PosixFileStore.h"
+#include "platform/linux/notices/DesktopNotifications.h"
+#include "platform/linux/power/LogindPowerAssertions.h"
+#include "platform/linux/pressure/PsiMemoryPressure.h"
 #include "platform/linux/process/BootClock.h"
 #include "platform/linux/process/LinuxHost.h"
 #include "platform/linux/process/ProcfsProcessTable.h"
@@ -54,6 +59,10 @@ struct LinuxMachine::Parts {
   IcuText text;
 
   PollEventLoop ownLoop; // for the self-test, which has no other
+  // Connected by whoever first needs them; shared by the parts below.
+  std::unique_ptr<BusConnection> systemBus;
+  std::unique_ptr<BusConnection> sessionBus;
+
   std::unique_ptr<BackgroundBand> band;
   std::unique_ptr<Workspace> workspace = std::make_unique<AbsentWorkspace>();
   std::unique_ptr<AudioActivity> audio = std::make_unique<AbsentAudioActivity>();
@@ -68,6 +77,13 @@ LinuxMachine::~LinuxMachine() = default;
 std::unique_ptr<LinuxMachine> LinuxMachine::forDesktop(const XdgFolders& folders, EventLoop& loop) {
   auto parts = std::make_unique<Parts>(folders, epochPaths(folders));
   parts->band = std::make_unique<LinuxBand>(loop, bandPaths(folders));
+  parts->systemBus = std::make_unique<BusConnection>(loop, BusConnection::Kind::system);
+  parts->sessionBus = std::make_unique<BusConnection>(loop, BusConnection::Kind::session);
+  parts->audio = std::make_unique<PulseAudioActivity>();
+  parts->power =
+      std::make_unique<LogindPowerAssertions>(*parts->systemBus, *parts->sessionBus, parts->processes);
+  parts->pressure = std::make_unique<PsiMemoryPressure>(loop);
+  parts->notifications = std::make_unique<DesktopNotifications>(*parts->sessionBus);
   return std::unique_ptr<LinuxMachine>(new LinuxMachine(std::move(parts)));
 }
 

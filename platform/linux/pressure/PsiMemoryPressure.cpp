@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/pressure/PsiMemoryPressure.h"
 
+#include "platform/linux/Descriptor.h"
+
 #include <array>
-#include <cerrno>
 #include <charconv>
 #include <fcntl.h>
 #include <poll.h>
@@ -26,28 +27,11 @@ constexpr int levelNormal = 1;
 constexpr int levelWarning = 2;
 constexpr int levelCritical = 4;
 
-class Descriptor {
- public:
-  explicit Descriptor(int number) : m_number(number) {}
-  Descriptor(Descriptor&& other) noexcept : m_number(std::exchange(other.m_number, -1)) {}
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  Descriptor& operator=(Descriptor&&) = delete;
-  ~Descriptor() {
-    if (m_number >= 0) ::close(m_number);
-  }
-  explicit operator bool() const { return m_number >= 0; }
-  int number() const { return m_number; }
-
- private:
-  int m_number;
-};
-
 Descriptor openTrigger(const std::string& path, std::string_view trigger) {
   Descriptor file(::open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC));
   if (!file) return file;
   const std::string text(trigger); // the kernel wants the terminating zero as well
-  const ssize_t written = ::write(file.number(), text.c_str(), text.size() + 1);
+  const ssize_t written = ::write(file.get(), text.c_str(), text.size() + 1);
   return written < 0 ? Descriptor(-1) : std::move(file);
 }
 
@@ -63,15 +47,15 @@ class TriggerSource final : public MemoryPressureEvents::Source {
       : m_loop(loop), m_warning(std::move(warning)), m_critical(std::move(critical)),
         m_handler(std::move(handler)) {
     m_criticalWatch =
-        m_loop.watch(m_critical.number(), EventLoop::Readiness::priority, [this] { critically(); });
-    m_warningWatch = m_loop.watch(m_warning.number(), EventLoop::Readiness::priority, [this] { warned(); });
+        m_loop.watch(m_critical.get(), EventLoop::Readiness::priority, [this] { critically(); });
+    m_warningWatch = m_loop.watch(m_warning.get(), EventLoop::Readiness::priority, [this] { warned(); });
   }
 
  private:
   // The kernel looks at both triggers at once. What is critical must not come second, as a mere repetition of
   // a warning just given: a warning is held back until the loop has seen everything that fired with it.
   void warned() {
-    if (isDead(m_warning.number())) {
+    if (isDead(m_warning.get())) {
       m_warningWatch.reset();
     } else {
       m_heldBack = m_loop.after(std::chrono::milliseconds(0), [this] {
@@ -82,7 +66,7 @@ class TriggerSource final : public MemoryPressureEvents::Source {
   }
 
   void critically() {
-    if (isDead(m_critical.number())) {
+    if (isDead(m_critical.get())) {
       m_criticalWatch.reset();
     } else {
       m_heldBack.reset();
@@ -133,7 +117,7 @@ std::optional<int> PsiMemoryPressure::level() const {
   const Descriptor file(::open(m_path.c_str(), O_RDONLY | O_CLOEXEC));
   if (!file) return std::nullopt;
   std::array<char, 512> buffer{}; // two lines of at most 80 characters
-  const ssize_t size = ::read(file.number(), buffer.data(), buffer.size());
+  const ssize_t size = ::read(file.get(), buffer.data(), buffer.size());
   if (size <= 0) return std::nullopt;
   return levelFromPressureText({buffer.data(), static_cast<std::size_t>(size)});
 }
