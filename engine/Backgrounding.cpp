@@ -56,10 +56,10 @@ void Engine::manage(std::span<const AppRef> apps, const std::set<Pid>& shielded,
   std::vector<Candidate> candidates;
   std::vector<BandGroup> groups;
   std::vector<ProcessIdentity> recorded;
-  std::set<Pid> seen;
+  std::set<Pid> chosen; // an app that another one started belongs to that one, whose tree holds it
   for (const AppRef& app : apps) {
+    if (!shouldManage(*app, shielded, snapshot)) continue;
     const Pid pid = app->processIdentifier();
-    if (!shouldManage(*app, shielded, snapshot) || !seen.insert(pid).second) continue;
     const std::optional<ProcessIdentity> root = readIdentity(m_machine.processes, pid);
     if (!root) continue;
 
@@ -67,12 +67,14 @@ void Engine::manage(std::span<const AppRef> apps, const std::set<Pid>& shielded,
     BandGroup group{pid, snapshot.processTree(pid), {}};
     for (const Pid member : group.tree) {
       // A process that is in the band already was put there by somebody else, who will take it out again.
-      if (m_machine.band.isInBackgroundBand(member) == true) continue;
+      if (chosen.contains(member) || m_machine.band.isInBackgroundBand(member) == true) continue;
       const std::optional<ProcessIdentity> identity = readIdentity(m_machine.processes, member);
       if (!identity) continue;
       candidate.processes.push_back(*identity);
       group.candidates.push_back(member);
+      chosen.insert(member);
     }
+    if (candidate.processes.empty()) continue;
     recorded.insert(recorded.end(), candidate.processes.begin(), candidate.processes.end());
     candidates.push_back(std::move(candidate));
     groups.push_back(std::move(group));
