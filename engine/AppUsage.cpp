@@ -5,11 +5,37 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstddef>
-#include <cstdio>
 #include <limits>
 
 namespace vantle {
+
+namespace {
+
+// The same in every locale, as the words around the numbers are.
+std::string fixed(double amount, int decimals) {
+  std::array<char, 32> digits{};
+  const auto result =
+      std::to_chars(digits.data(), digits.data() + digits.size(), amount, std::chars_format::fixed, decimals);
+  return {digits.data(), result.ptr};
+}
+
+// No unit counts beyond four digits before the point, so one comma is enough.
+std::string withGrouping(const std::string& number) {
+  const std::size_t wholeDigits = std::min(number.find('.'), number.size());
+  if (wholeDigits <= 3) return number;
+  return number.substr(0, wholeDigits - 3) + "," + number.substr(wholeDigits - 3);
+}
+
+std::string withoutTrailingZeros(std::string number) {
+  if (number.find('.') == std::string::npos) return number;
+  number.erase(number.find_last_not_of('0') + 1);
+  if (number.back() == '.') number.pop_back();
+  return number;
+}
+
+} // namespace
 
 std::uint64_t footprint(const ProcessTable& processes, Pid pid) {
   return processes.footprint(pid).value_or(0);
@@ -48,27 +74,18 @@ std::string byteText(std::uint64_t count) {
 
   double amount = static_cast<double>(count);
   std::size_t unit = 0;
-  std::array<char, 32> digits{};
-  const auto format = [&] {
-    std::snprintf(digits.data(), digits.size(), "%.*f", decimals.at(unit), amount);
-    return std::string(digits.data());
+  const auto toNextUnit = [&] {
+    amount /= step;
+    ++unit;
   };
-  while (amount >= step && unit + 1 < units.size()) {
-    amount /= step;
-    ++unit;
+  while (amount >= step && unit + 1 < units.size()) toNextUnit();
+  std::string text = fixed(amount, decimals.at(unit));
+  // 1,023.97 MB would round up to 1,024 MB, which is 1 GB.
+  if (text.starts_with("1024") && unit + 1 < units.size()) {
+    toNextUnit();
+    text = fixed(amount, decimals.at(unit));
   }
-  std::string text = format();
-  // 1,023.97 MB would round up to 1024 MB, which is 1 GB.
-  if (text.rfind("1024", 0) == 0 && unit + 1 < units.size()) {
-    amount /= step;
-    ++unit;
-    text = format();
-  }
-  if (text.find('.') != std::string::npos) {
-    text.erase(text.find_last_not_of('0') + 1);
-    if (text.back() == '.') text.pop_back();
-  }
-  return text + " " + units.at(unit);
+  return withoutTrailingZeros(withGrouping(text)) + " " + units.at(unit);
 }
 
 } // namespace vantle

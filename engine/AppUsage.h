@@ -30,8 +30,8 @@ std::uint64_t appFootprint(const ProcessTable& processes, const ProcessSnapshot&
 std::vector<AppUsage> usageList(const ProcessTable& processes, const std::map<Pid, ManagedApp>& managed);
 
 // An amount of memory as it is shown: steps of 1024; bytes and KB without decimals, MB with at most one, GB
-// and above with at most two, trailing zeros dropped; "Zero KB" for none. Stops above the signed 64-bit
-// range.
+// and above with at most two, trailing zeros dropped, thousands grouped by a comma; "Zero KB" for none. Stops
+// above the signed 64-bit range.
 std::string byteText(std::uint64_t count);
 
 } // namespace vantle
