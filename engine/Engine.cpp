@@ -16,9 +16,9 @@ bool hasPid(const AppRef& app, Pid pid) { return app && app->processIdentifier()
 } // namespace
 
 Engine::Engine(Machine machine, AppSettings& appSettings)
-    : automatic(storedBool(machine.defaults, defaultsKey::automatic, true)),
-      profile(gamingProfile(appSettings, machine.processes, machine.text)), settings(appSettings),
+    : profile(gamingProfile(appSettings, machine.processes, machine.text)), settings(appSettings),
       m_machine(machine), m_journal(machine.files), m_selfPID(machine.host.selfPID()) {
+  automatic.assign(storedBool(m_machine.defaults, defaultsKey::automatic, true));
   // Nothing may be slowed down before everything that an earlier run left has been put back.
   m_journal.restoreAllAndClear(m_machine.processes, m_machine.band);
   m_machine.band.reclaim();
