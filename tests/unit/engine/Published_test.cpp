@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: MIT
+#include "engine/Published.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vantle {
+namespace {
+
+using testing::ElementsAre;
+
+class Owner {
+ public:
+  Published<int, Owner> field{7};
+  void assign(int value) { field.assign(value); }
+};
+
+class PublishedTest : public testing::Test {
+ protected:
+  Owner owner;
+  std::vector<std::string> heard;
+
+  Observers::Callback note(const std::string& who) {
+    return [this, who] { heard.push_back(who + " " + std::to_string(owner.field.get())); };
+  }
+};
+
+TEST_F(PublishedTest, observersHearOfEveryAssignmentInTheOrderOfRegistration) {
+  const auto first = owner.field.observe(note("first"));
+  const auto second = owner.field.observe(note("second"));
+  owner.assign(8);
+  owner.assign(8);
+  EXPECT_THAT(heard, ElementsAre("first 8", "second 8", "first 8", "second 8"));
+}
+
+TEST_F(PublishedTest, anEndedRegistrationHearsNothingMore) {
+  auto registration = owner.field.observe(note("gone"));
+  registration.reset();
+  owner.assign(8);
+  EXPECT_THAT(heard, ElementsAre());
+}
+
+TEST_F(PublishedTest, anObserverMayEndItsOwnRegistrationWhileItIsCalled) {
+  std::unique_ptr<Registration> own;
+  own = owner.field.observe([&] {
+    heard.emplace_back("once");
+    own.reset();
+  });
+  owner.assign(8);
+  owner.assign(9);
+  EXPECT_THAT(heard, ElementsAre("once"));
+}
+
+TEST_F(PublishedTest, anObserverThatAnotherOneEndedIsNotCalledAnyMore) {
+  std::unique_ptr<Registration> second;
+  const auto first = owner.field.observe([&] { second.reset(); });
+  second = owner.field.observe(note("second"));
+  owner.assign(8);
+  EXPECT_THAT(heard, ElementsAre());
+}
+
+TEST_F(PublishedTest, anObserverRegisteredMeanwhileHearsOfTheNextChangeOnly) {
+  std::unique_ptr<Registration> late;
+  const auto first = owner.field.observe([&] {
+    if (!late) late = owner.field.observe(note("late"));
+  });
+  owner.assign(8);
+  EXPECT_THAT(heard, ElementsAre());
+  owner.assign(9);
+  EXPECT_THAT(heard, ElementsAre("late 9"));
+}
+
+TEST(PublishedLifetime, aRegistrationMayOutliveTheField) {
+  std::unique_ptr<Registration> registration;
+  {
+    Owner owner;
+    registration = owner.field.observe([] {});
+  }
+  registration.reset();
+}
+
+} // namespace
+} // namespace vantle
