@@ -4,6 +4,7 @@
 #include "engine/Engine.h"
 #include "platform/simulated/SimulatedMachine.h"
 
+#include <algorithm>
 #include <chrono>
 #include <gtest/gtest.h>
 #include <optional>
@@ -41,7 +42,7 @@ class EngineTest : public testing::Test {
     return spec;
   }
 
-  SimulatedAppRef open(const std::string& name) { return machine.launch(named(name), Opening::inBackground); }
+  SimulatedAppRef open(const char* name) { return open(named(name)); }
   SimulatedAppRef open(const AppSpec& spec) { return machine.launch(spec, Opening::inBackground); }
   SimulatedAppRef openInFront(const AppSpec& spec) { return machine.launch(spec, Opening::inFront); }
   SimulatedAppRef playGame() { return openInFront(aGame()); }

@@ -1,0 +1,275 @@
+// SPDX-License-Identifier: MIT
+#include "tests/unit/engine/EngineFixture.h"
+
+#include <gmock/gmock.h>
+
+namespace vantle {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class Backgrounding : public EngineTest {
+ protected:
+  const ManagedApp& entryOf(const SimulatedAppRef& app) const {
+    return engine->managed().at(app->processIdentifier());
+  }
+};
+
+TEST_F(Backgrounding, aManagedAppIsRecordedWithEverythingThatRestoringItNeeds) {
+  start();
+  const SimulatedAppRef mail = open("Mail");
+  const Pid mailPid = mail->processIdentifier();
+  const Pid helper = childOf(mail);
+  const Pid second = childOf(mail);
+  machine.clock.advance(std::chrono::microseconds(7));
+  playGame();
+  const ManagedApp& entry = entryOf(mail);
+  EXPECT_EQ(entry.name, "Mail");
+  EXPECT_EQ(entry.bundleID, "org.example.Mail");
+  EXPECT_EQ(entry.root, identityOf(mailPid));
+  EXPECT_THAT(entry.members, ElementsAre(identityOf(mailPid), identityOf(second), identityOf(helper)));
+  EXPECT_EQ(entry.changedAtMicros, 1'800'000'000'000'007U);
+}
+
+TEST_F(Backgrounding, anAppWithoutANameIsListedByItsPid) {
+  start();
+  open(AppSpec{.pid = 812});
+  playGame();
+  EXPECT_THAT(engine->managedNames.get(), ElementsAre("pid 812"));
+  EXPECT_EQ(engine->managed().at(812).bundleID, std::nullopt);
+}
+
+TEST_F(Backgrounding, anAppThatIsWhollyInTheBandAlreadyIsNeitherManagedNorRecorded) {
+  start();
+  const SimulatedAppRef indexer = open("Indexer");
+  const Pid helper = childOf(indexer);
+  machine.band.putInByOthers(indexer->processIdentifier());
+  machine.band.putInByOthers(helper);
+  machine.calls.startTrace();
+  const SimulatedAppRef game = playGame();
+  EXPECT_FALSE(isManaged(indexer));
+  EXPECT_EQ(count(machine.calls.takeTrace(), "files.write"), 0U);
+  machine.quit(game);
+  EXPECT_TRUE(isSlow(indexer)) << "whoever put it there takes it out again";
+  EXPECT_TRUE(isSlow(helper));
+}
+
+TEST_F(Backgrounding, aProcessThatWasInTheBandBeforeStaysThereWhenItsAppIsRestored) {
+  start();
+  const SimulatedAppRef mail = open("Mail");
+  const Pid indexer = childOf(mail);
+  machine.band.putInByOthers(indexer);
+  later();
+  const SimulatedAppRef game = playGame();
+  EXPECT_THAT(entryOf(mail).members, ElementsAre(identityOf(mail->processIdentifier())));
+  machine.quit(game);
+  EXPECT_FALSE(isSlow(mail));
+  EXPECT_TRUE(isSlow(indexer));
+}
+
+TEST_F(Backgrounding, aProcessWhoseBandCannotBeReadIsACandidateAllTheSame) {
+  start();
+  const SimulatedAppRef mail = open("Mail");
+  machine.calls.refuse(Operation::isInBand, mail->processIdentifier());
+  playGame();
+  EXPECT_TRUE(isManaged(mail));
+  EXPECT_TRUE(isSlow(mail));
+}
+
+TEST_F(Backgrounding, anAppWhoseMainProcessCannotBeReadIsLeftAlone) {
+  start();
+  const SimulatedAppRef mail = open("Mail");
+  childOf(mail);
+  machine.calls.refuse(Operation::readRecord, mail->processIdentifier());
+  machine.calls.startTrace();
+  playGame();
+  EXPECT_FALSE(isManaged(mail));
+  EXPECT_EQ(count(machine.calls.takeTrace(), "files.write"), 0U);
+}
+
+TEST_F(Backgrounding, aProcessThatExitsBetweenTheReadsDropsOut) {
+  start();
+  const SimulatedAppRef mail = open("Mail");
+  const Pid helper = childOf(mail);
+  machine.calls.refuse(Operation::readRecord, helper);
+  playGame();
+  EXPECT_TRUE(isManaged(mail));
+  EXPECT_FALSE(isSlow(helper));
+  EXPECT_FALSE(journalledPids().contains(helper));
+}
+
+TEST_F(Backgrounding, whenEveryCallIsRefusedTheJournalIsAsBeforeAndTheAppIsNotManaged) {
+  start();
+  const SimulatedAppRef foreign = open("Foreign");
+  const Pid helper = childOf(foreign);
+  machine.calls.refuse(Operation::enterBand, foreign->processIdentifier());
+  machine.calls.refuse(Operation::enterBand, helper);
+  playGame();
+  EXPECT_FALSE(isManaged(foreign));
+  EXPECT_EQ(journalText(), "[]");
+}
+
+TEST_F(Backgrounding, oneRefusedProcessLeavesTheOthersManagedAndIsNotInTheJournal) {
+  start();
+  const SimulatedAppRef mail = open("Mail");
+  const Pid foreign = childOf(mail);
+  const Pid helper = childOf(mail);
+  machine.calls.refuse(Operation::enterBand, foreign);
+  playGame();
+  EXPECT_THAT(entryOf(mail).members, ElementsAre(identityOf(mail->processIdentifier()), identityOf(helper)));
+  EXPECT_THAT(journalledPids(), ElementsAre(mail->processIdentifier(), helper));
+}
+
+TEST_F(Backgrounding, anAppIsManagedEvenWhenItsMainProcessIsTheRefusedOne) {
+  start();
+  const SimulatedAppRef mail = open("Mail");
+  const Pid helper = childOf(mail);
+  machine.calls.refuse(Operation::enterBand, mail->processIdentifier());
+  const SimulatedAppRef game = playGame();
+  EXPECT_THAT(entryOf(mail).members, ElementsAre(identityOf(helper)));
+  EXPECT_EQ(entryOf(mail).root, identityOf(mail->processIdentifier()));
+  machine.quit(game);
+  EXPECT_FALSE(isSlow(helper));
+}
+
+TEST_F(Backgrounding, aChildBornSlowIsSweptBackWhileTheRootLives) {
+  start();
+  const SimulatedAppRef mail = open("Mail");
+  const SimulatedAppRef game = playGame();
+  later();
+  const Pid born = childOf(mail);
+  const Pid grandchild = childOf(born);
+  ASSERT_TRUE(isSlow(born));
+  EXPECT_FALSE(journalledPids().contains(born));
+  machine.quit(game);
+  EXPECT_FALSE(isSlow(born));
+  EXPECT_FALSE(isSlow(grandchild));
+}
+
+TEST_F(Backgrounding, aChildThatRaisedItselfIsLeftAlone) {
+  start();
+  const SimulatedAppRef mail = open("Mail");
+  const SimulatedAppRef game = playGame();
+  later();
+  const Pid born = childOf(mail);
+  machine.band.takeOutByOthers(born);
+  machine.calls.startTrace();
+  machine.quit(game);
+  EXPECT_EQ(count(machine.calls.takeTrace(), "band.leave " + std::to_string(born)), 0U);
+}
+
+TEST_F(Backgrounding, withoutTheRootSurvivingMembersComeBackButNothingIsSwept) {
+  start();
+  const SimulatedAppRef mail = open("Mail");
+  const Pid member = childOf(mail);
+  playGame();
+  later();
+  const Pid born = childOf(mail);
+  machine.quit(mail);
+  EXPECT_FALSE(isSlow(member));
+  EXPECT_TRUE(isSlow(born)) << "nobody knows any more whose child it was";
+  EXPECT_EQ(journalText(), "[]");
+}
+
+TEST_F(Backgrounding, aRootWhosePidWasReusedIsNotSwept) {
+  machine.delivery = EventDelivery::onDemand;
+  start();
+  const SimulatedAppRef mail = open("Mail");
+  const SimulatedAppRef game = playGame();
+  machine.workspace.deliverAll();
+  ASSERT_TRUE(isSlow(mail));
+  later();
+  machine.quit(mail);
+  machine.processes.spawn({.pid = mail->processIdentifier()});
+  const Pid stranger = childOf(mail->processIdentifier());
+  machine.band.putInByOthers(stranger);
+  engine->stopBoost();
+  EXPECT_TRUE(isSlow(stranger));
+}
+
+TEST_F(Backgrounding, aMemberWhosePidWasReusedIsNotTouched) {
+  start();
+  const SimulatedAppRef mail = open("Mail");
+  const Pid member = childOf(mail);
+  const SimulatedAppRef game = playGame();
+  machine.processes.exit(member);
+  later();
+  machine.processes.spawn({.pid = member});
+  machine.band.putInByOthers(member);
+  machine.calls.startTrace();
+  machine.quit(game);
+  EXPECT_TRUE(isSlow(member));
+  EXPECT_EQ(count(machine.calls.takeTrace(), "band.leave " + std::to_string(member)), 0U);
+  EXPECT_EQ(journalText(), "[]");
+}
+
+// The axis of start times has a resolution, so the very moment of the change belongs to the sweep.
+TEST_F(Backgrounding, aChildOfTheVeryMicrosecondOfTheChangeCountsAsBornLater) {
+  start();
+  const SimulatedAppRef mail = open("Mail");
+  later();
+  const SimulatedAppRef game = playGame();
+  const Pid born = childOf(mail);
+  ASSERT_EQ(startMicros(identityOf(born)), entryOf(mail).changedAtMicros);
+  machine.quit(game);
+  EXPECT_FALSE(isSlow(born));
+}
+
+TEST_F(Backgrounding, aChildOfOneMicrosecondBeforeIsNotSwept) {
+  start();
+  const SimulatedAppRef mail = open("Mail");
+  const Pid helper = childOf(mail);
+  machine.band.putInByOthers(helper);
+  machine.clock.advance(std::chrono::microseconds(1));
+  const SimulatedAppRef game = playGame();
+  machine.quit(game);
+  EXPECT_TRUE(isSlow(helper));
+}
+
+TEST_F(Backgrounding, anAppThatAnotherOneStartedBelongsToThatOne) {
+  start();
+  const SimulatedAppRef terminal = open("Terminal");
+  AppSpec spec = named("Editor");
+  spec.parent = childOf(terminal);
+  const SimulatedAppRef editor = open(spec);
+  const SimulatedAppRef game = playGame();
+  EXPECT_THAT(engine->managedNames.get(), ElementsAre("Terminal"));
+  EXPECT_TRUE(isSlow(editor));
+  machine.quit(game);
+  EXPECT_FALSE(isSlow(editor));
+}
+
+TEST_F(Backgrounding, anEntryMissingFromTheBandsRefusalIsForgottenAllTheSame) {
+  start();
+  const SimulatedAppRef mail = open("Mail");
+  const SimulatedAppRef game = playGame();
+  machine.calls.refuse(Operation::leaveBand, mail->processIdentifier());
+  machine.quit(game);
+  EXPECT_TRUE(isSlow(mail)) << "restoring is best effort";
+  EXPECT_THAT(engine->managed(), IsEmpty());
+  EXPECT_EQ(journalText(), "[]");
+}
+
+TEST_F(Backgrounding, aJournalThatCannotBeWrittenStopsNeitherWay) {
+  start();
+  const SimulatedAppRef mail = open("Mail");
+  machine.calls.refuse(Operation::writeFile);
+  const SimulatedAppRef game = playGame();
+  EXPECT_TRUE(isSlow(mail));
+  machine.quit(game);
+  EXPECT_FALSE(isSlow(mail));
+}
+
+TEST_F(Backgrounding, onePassOverManyAppsWritesTheJournalOnce) {
+  start();
+  for (const char* name : {"A", "B", "C", "D"}) childOf(open(name));
+  machine.calls.startTrace();
+  const SimulatedAppRef game = playGame();
+  EXPECT_EQ(count(machine.calls.takeTrace(), "files.write"), 1U);
+  machine.quit(game);
+  EXPECT_EQ(count(machine.calls.takeTrace(), "files.write"), 1U);
+}
+
+} // namespace
+} // namespace vantle
