@@ -18,7 +18,7 @@ class Fields {
     if (m_at == m_end || *m_at != ' ') return false;
     const auto [stop, error] = std::from_chars(m_at + 1, m_end, value);
     m_at = stop;
-    return error == std::errc{} && (m_at == m_end || *m_at == ' ' || *m_at == '\n');
+    return error == std::errc{} && m_at != m_end && *m_at == ' '; // a number at the very end may be cut short
   }
 
   bool read(char& value) {

@@ -1,0 +1,106 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/files/SingleCopyLock.h"
+
+#include "platform/linux/process/SessionLauncher.h"
+#include "tests/desktop/harness/TemporaryFolder.h"
+#include "tests/unit/linux/ForkedProcess.h"
+#include "tests/unit/linux/InChild.h"
+
+#include <gtest/gtest.h>
+#include <optional>
+#include <sys/stat.h>
+
+namespace vantle {
+namespace {
+
+using Outcome = SingleCopyLock::Outcome;
+namespace fs = std::filesystem;
+
+class SingleCopyLockTest : public testing::Test {
+ protected:
+  Outcome attempt() const { return SingleCopyLock::acquire(folders()).outcome(); }
+  XdgFolders folders() const {
+    XdgFolders all;
+    all.data = folder.path() / "data";
+    all.runtime = runtime;
+    return all;
+  }
+
+  desktop::TemporaryFolder folder;
+  std::optional<std::string> runtime = folder.folder("runtime");
+};
+
+TEST_F(SingleCopyLockTest, isHeldByOneCopyAtATime) {
+  std::optional<SingleCopyLock> first(SingleCopyLock::acquire(folders()));
+  EXPECT_EQ(first->outcome(), Outcome::acquired);
+  EXPECT_EQ(attempt(), Outcome::heldByOther);
+  EXPECT_EQ(attempt(), Outcome::heldByOther) << "asking must not take it away";
+  first.reset();
+  EXPECT_EQ(attempt(), Outcome::acquired);
+}
+
+TEST_F(SingleCopyLockTest, isReleasedByTheKernelWhenItsHolderIsKilled) {
+  {
+    const test::ForkedProcess holder([&] {
+      static const SingleCopyLock lock = SingleCopyLock::acquire(folders());
+      if (lock.outcome() != Outcome::acquired) ::_exit(1);
+    });
+    EXPECT_EQ(attempt(), Outcome::heldByOther);
+  }
+  EXPECT_EQ(attempt(), Outcome::acquired);
+}
+
+TEST_F(SingleCopyLockTest, isNotInheritedByThoseThatAreStarted) {
+  std::unique_ptr<Subprocess> child;
+  {
+    const SingleCopyLock lock = SingleCopyLock::acquire(folders());
+    child = SessionLauncher().launch("/usr/bin/yes");
+    ASSERT_TRUE(child);
+  }
+  EXPECT_EQ(attempt(), Outcome::acquired);
+  child->terminate();
+  child->waitUntilExit();
+}
+
+TEST_F(SingleCopyLockTest, liesInTheRuntimeFolderForItsOwnerAlone) {
+  const SingleCopyLock lock = SingleCopyLock::acquire(folders());
+  struct stat about {};
+  ASSERT_EQ(::stat((*runtime + "/com.halvo.vantle.lock").c_str(), &about), 0);
+  EXPECT_EQ(about.st_mode & 0777, 0600U);
+}
+
+TEST_F(SingleCopyLockTest, liesInTheDataFolderWhereThereIsNoRuntimeFolder) {
+  runtime.reset();
+  const SingleCopyLock lock = SingleCopyLock::acquire(folders());
+  EXPECT_EQ(lock.outcome(), Outcome::acquired);
+  EXPECT_TRUE(fs::exists(folder.path() / "data/Vantle/com.halvo.vantle.lock"));
+  EXPECT_EQ(attempt(), Outcome::heldByOther);
+}
+
+TEST_F(SingleCopyLockTest, survivesWhatStandsInItsPlace) {
+  const fs::path file = fs::path(*runtime) / "com.halvo.vantle.lock";
+  fs::create_directory(file);
+  EXPECT_EQ(attempt(), Outcome::acquired) << "in the data folder, then";
+  fs::remove(file);
+  fs::create_symlink("/dev/null", file);
+  EXPECT_EQ(attempt(), Outcome::acquired);
+  fs::remove(file);
+  ::mkfifo(file.c_str(), 0600);
+  EXPECT_EQ(attempt(), Outcome::acquired);
+  fs::remove(file);
+  folder.write("runtime/com.halvo.vantle.lock", "left by a crash");
+  EXPECT_EQ(attempt(), Outcome::acquired);
+}
+
+TEST_F(SingleCopyLockTest, saysWhenNobodyCanTell) {
+  const auto check = [&]() -> std::string {
+    return attempt() == Outcome::unavailable ? "" : "a lock was made from nothing";
+  };
+  ::chmod(folder.path().c_str(), 0500);
+  ::chmod(runtime->c_str(), 0500);
+  EXPECT_EQ(test::asOrdinaryUser(check), "");
+  ::chmod(folder.path().c_str(), 0700);
+}
+
+} // namespace
+} // namespace vantle

@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/files/XdgFolders.h"
+
+#include "tests/desktop/harness/TemporaryFolder.h"
+#include "tests/unit/linux/InChild.h"
+
+#include <gtest/gtest.h>
+#include <map>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace vantle {
+namespace {
+
+XdgFolders foldersOf(const std::map<std::string, std::string>& environment) {
+  return XdgFolders::from([&](const char* name) -> const char* {
+    const auto found = environment.find(name);
+    return found == environment.end() ? nullptr : found->second.c_str();
+  });
+}
+
+TEST(XdgFolders, lieInTheHomeFolderByDefault) {
+  const XdgFolders folders = foldersOf({{"HOME", "/home/player"}});
+  EXPECT_EQ(folders.home, "/home/player");
+  EXPECT_EQ(folders.data, "/home/player/.local/share");
+  EXPECT_EQ(folders.config, "/home/player/.config");
+  EXPECT_EQ(folders.state, "/home/player/.local/state");
+  EXPECT_EQ(folders.cache, "/home/player/.cache");
+}
+
+TEST(XdgFolders, areWhereTheEnvironmentSays) {
+  const XdgFolders folders = foldersOf({{"HOME", "/h"},
+                                        {"XDG_DATA_HOME", "/data"},
+                                        {"XDG_CONFIG_HOME", "/config//"},
+                                        {"XDG_STATE_HOME", "/state/"},
+                                        {"XDG_CACHE_HOME", "/"}});
+  EXPECT_EQ(folders.data, "/data");
+  EXPECT_EQ(folders.config, "/config");
+  EXPECT_EQ(folders.state, "/state");
+  EXPECT_EQ(folders.cache, "/");
+}
+
+TEST(XdgFolders, ignoreWhatIsEmptyOrRelative) {
+  for (const char* value : {"", "data", "./data", "~/data"}) {
+    EXPECT_EQ(foldersOf({{"HOME", "/h"}, {"XDG_DATA_HOME", value}}).data, "/h/.local/share") << value;
+  }
+}
+
+TEST(XdgFolders, findTheHomeFolderWithoutTheEnvironment) {
+  const passwd* entry = ::getpwuid(::getuid());
+  ASSERT_NE(entry, nullptr);
+  const std::string home = entry->pw_dir;
+  EXPECT_EQ(foldersOf({}).home, home);
+  EXPECT_EQ(foldersOf({{"HOME", "relative"}}).home, home);
+}
+
+TEST(XdgFolders, areAbsoluteEvenForAUserThatNobodyKnows) {
+  if (::geteuid() != 0) GTEST_SKIP() << "needs root to become somebody else";
+  const std::string answer = test::asOrdinaryUser([] { return foldersOf({}).data; });
+  EXPECT_EQ(answer, "/.local/share");
+}
+
+TEST(XdgFolders, takeTheRuntimeFolderOnlyWhenItIsTheUsersOwn) {
+  const desktop::TemporaryFolder folder;
+  const std::string usual = "/run/user/" + std::to_string(::geteuid());
+  struct stat about {};
+  const auto fallback = ::stat(usual.c_str(), &about) == 0 ? std::optional(usual) : std::nullopt;
+  EXPECT_EQ(foldersOf({{"XDG_RUNTIME_DIR", folder.path()}}).runtime, folder.path().string());
+  EXPECT_EQ(foldersOf({}).runtime, fallback);
+  EXPECT_EQ(foldersOf({{"XDG_RUNTIME_DIR", folder.path() / "none"}}).runtime, fallback);
+  EXPECT_EQ(foldersOf({{"XDG_RUNTIME_DIR", folder.write("file", "")}}).runtime, fallback);
+  EXPECT_EQ(foldersOf({{"XDG_RUNTIME_DIR", "relative"}}).runtime, fallback);
+  EXPECT_EQ(foldersOf({{"XDG_RUNTIME_DIR", "/proc/1"}}).runtime,
+            ::geteuid() == 0 ? std::optional<std::string>("/proc/1") : fallback);
+}
+
+} // namespace
+} // namespace vantle

@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/process/SessionLauncher.h"
+
+#include "platform/linux/process/ProcfsProcessTable.h"
+#include "tests/desktop/harness/TemporaryFolder.h"
+#include "tests/desktop/harness/Wait.h"
+#include "tests/unit/linux/InChild.h"
+
+#include <csignal>
+#include <fcntl.h>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace vantle {
+namespace {
+
+constexpr const char* endless = "/usr/bin/yes";
+
+// Ends what a test has started, whatever becomes of the test.
+struct Ended {
+  explicit Ended(std::unique_ptr<Subprocess> started) : process(std::move(started)) {}
+  ~Ended() {
+    if (!process) return;
+    ::kill(process->processIdentifier(), SIGKILL);
+    process->waitUntilExit();
+  }
+  std::unique_ptr<Subprocess> process;
+};
+
+std::map<int, std::string> descriptorsOf(Pid pid) {
+  std::map<int, std::string> open;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/" + std::to_string(pid) + "/fd")) {
+    open[std::stoi(entry.path().filename())] = std::filesystem::read_symlink(entry.path());
+  }
+  return open;
+}
+
+TEST(SessionLauncher, startsAProgramInASessionOfItsOwnWithItsOutputDiscarded) {
+  const int inheritable = ::open("/dev/zero", O_RDONLY); // NOLINT: meant to be inheritable
+  SessionLauncher launcher;
+  const Ended child(launcher.launch(endless));
+  ::close(inheritable);
+  ASSERT_TRUE(child.process);
+  const Pid pid = child.process->processIdentifier();
+  EXPECT_EQ(::getsid(pid), pid);
+  EXPECT_EQ(descriptorsOf(pid),
+            (std::map<int, std::string>{{0, "/dev/null"}, {1, "/dev/null"}, {2, "/dev/null"}}));
+  const ProcfsProcessTable table(BootEpoch(0));
+  EXPECT_EQ(table.executablePathBytes(pid), std::filesystem::canonical(endless).string());
+  EXPECT_TRUE(child.process->isRunning());
+}
+
+TEST(SessionLauncher, endsAndAwaitsWhatItStarted) {
+  SessionLauncher launcher;
+  const auto child = launcher.launch(endless);
+  ASSERT_TRUE(child);
+  child->terminate();
+  child->waitUntilExit();
+  EXPECT_FALSE(child->isRunning());
+  EXPECT_FALSE(ProcfsProcessTable(BootEpoch(0)).record(child->processIdentifier()));
+  child->terminate(); // nobody is left to be reached
+  child->waitUntilExit();
+}
+
+TEST(SessionLauncher, seesThatAProgramHasEndedByItself) {
+  SessionLauncher launcher;
+  const auto child = launcher.launch("/usr/bin/true");
+  ASSERT_TRUE(child);
+  EXPECT_TRUE(desktop::waitUntil([&] { return !child->isRunning(); }));
+}
+
+TEST(SessionLauncher, leavesARunningProgramAlone) {
+  SessionLauncher launcher;
+  auto child = launcher.launch(endless);
+  ASSERT_TRUE(child);
+  const Pid pid = child->processIdentifier();
+  child.reset();
+  EXPECT_TRUE(ProcfsProcessTable(BootEpoch(0)).record(pid));
+  ::kill(pid, SIGKILL);
+  ::waitpid(pid, nullptr, 0);
+}
+
+TEST(SessionLauncher, startsNothingFromWhatIsNoProgram) {
+  const desktop::TemporaryFolder folder;
+  const std::filesystem::path pipe = folder.path() / "pipe";
+  ::mkfifo(pipe.c_str(), 0700);
+  const std::filesystem::path text = folder.write("text", "\x01 not a program");
+  ::chmod(text.c_str(), 0700);
+  SessionLauncher launcher;
+  for (const std::string& path : {folder.path().string() + "/none", folder.path().string(), pipe.string(),
+                                  text.string(), std::string(5000, 'x'), std::string()}) {
+    EXPECT_EQ(launcher.launch(path), nullptr) << path;
+  }
+}
+
+TEST(SessionLauncher, givesTheProgramTheSignalsThatItExpects) {
+  const auto check = []() -> std::string {
+    ::signal(SIGTERM, SIG_IGN);
+    sigset_t blocked;
+    ::sigfillset(&blocked);
+    ::sigprocmask(SIG_BLOCK, &blocked, nullptr);
+    SessionLauncher launcher;
+    const auto child = launcher.launch(endless);
+    if (!child) return "not started";
+    child->terminate();
+    child->waitUntilExit();
+    return child->isRunning() ? "still runs" : "";
+  };
+  EXPECT_EQ(test::inChild(check), "");
+}
+
+TEST(SessionLauncher, hasEachProcessPutIntoItsPlace) {
+  std::vector<Pid> placed;
+  SessionLauncher launcher([&](Pid pid) { placed.push_back(pid); });
+  const Ended first(launcher.launch(endless));
+  EXPECT_EQ(launcher.launch("/nowhere"), nullptr);
+  const Ended second(launcher.launch(endless));
+  EXPECT_EQ(placed,
+            (std::vector<Pid>{first.process->processIdentifier(), second.process->processIdentifier()}));
+}
+
+} // namespace
+} // namespace vantle
