@@ -207,7 +207,7 @@ TEST_P(PosixFileStoreTest, clearsAwayWhatAKilledWriterLeft) {
     });
     ::usleep(static_cast<useconds_t>(2000 * (round + 1)));
   }
-  Pid dead = 0;
+  pid_t dead = 0;
   {
     const test::ForkedProcess child;
     dead = child.pid();

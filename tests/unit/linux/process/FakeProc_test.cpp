@@ -77,7 +77,8 @@ TEST_F(FakeProcTest, neverWaitsForAFileThatIsNone) {
 }
 
 TEST_F(FakeProcTest, listsMoreProcessesThanOneReadHolds) {
-  for (int pid = 2; pid < 1502; ++pid) addProcess(pid, 1, 5);
+  addProcess(2, 1, 5);
+  for (int pid = 3; pid < 1502; ++pid) fs::create_directory_symlink("2", proc.path() / std::to_string(pid));
   EXPECT_EQ(table.scan().size(), 1500U);
 }
 
