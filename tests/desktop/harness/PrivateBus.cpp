@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+#include "tests/desktop/harness/PrivateBus.h"
+
+namespace vantle::desktop {
+
+namespace fs = std::filesystem;
+
+PrivateBus::PrivateBus() : m_socket(m_folder.path() / "socket"), m_address("unix:path=" + m_socket.string()) {
+  start();
+}
+
+void PrivateBus::start() {
+  const fs::path configuration =
+      m_folder.write("bus.conf", "<!DOCTYPE busconfig PUBLIC"
+                                 " \"-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN\""
+                                 " \"http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd\">"
+                                 "<busconfig><type>session</type><listen>" +
+                                     m_address +
+                                     "</listen><policy context=\"default\"><allow send_destination=\"*\"/>"
+                                     "<allow receive_sender=\"*\"/><allow own=\"*\"/><allow user=\"*\"/>"
+                                     "</policy></busconfig>");
+  fs::remove(m_socket);
+  Start start;
+  start.command = {"dbus-daemon", "--config-file=" + configuration.string(), "--nofork", "--nopidfile"};
+  start.environment = {{"PATH", "/usr/bin:/bin"}};
+  m_daemon = std::make_unique<Program>(start);
+  require("a message bus", [this] { return fs::is_socket(m_socket); });
+}
+
+} // namespace vantle::desktop

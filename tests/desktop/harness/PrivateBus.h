@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "tests/desktop/harness/Program.h"
+#include "tests/desktop/harness/TemporaryFolder.h"
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+namespace vantle::desktop {
+
+// A message bus of its own that starts nothing by itself and lets everybody own and ask everything. Stands in
+// for the session's bus as well as for the system's.
+class PrivateBus {
+ public:
+  PrivateBus(); // ready for connections
+  PrivateBus(const PrivateBus&) = delete;
+  PrivateBus& operator=(const PrivateBus&) = delete;
+
+  const std::string& address() const { return m_address; }
+  Program& daemon() { return *m_daemon; }
+  void kill() { m_daemon->kill(); }
+  void start(); // again, at the same address, after it was killed
+
+ private:
+  TemporaryFolder m_folder;
+  std::filesystem::path m_socket;
+  std::string m_address;
+  std::unique_ptr<Program> m_daemon;
+};
+
+} // namespace vantle::desktop
