@@ -84,8 +84,9 @@ int SelfTest::run() {
   }
   m_print("1. Backgrounding: " + std::to_string(succeeded) + "/" + count + " calls succeeded, flag seen on " +
           std::to_string(flagged) + "/" + count + " processes");
-  m_print("2. Scheduler priority: normal " + priorityText(processes, normal) + ", background " +
-          priorityText(processes, background));
+  const std::string normalPriority = priorityText(processes, normal);
+  const std::string backgroundPriority = priorityText(processes, background);
+  m_print("2. Scheduler priority: normal " + normalPriority + ", background " + backgroundPriority);
 
   // Some platforms let only a few changes a second through.
   band.settle(10s);
