@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <sys/types.h>
+#include <vector>
+
+namespace vantle::bench {
+
+// Apps that do nothing: each a session of its own with a tree of processes, as a desktop starts them.
+class IdleApps {
+ public:
+  struct Size {
+    int apps = 100;
+    int processes = 400; // in all
+    int threads = 1000;  // in all
+  };
+
+  explicit IdleApps(Size size); // returns when all of them run
+  ~IdleApps();
+  IdleApps(const IdleApps&) = delete;
+  IdleApps& operator=(const IdleApps&) = delete;
+
+  const std::vector<pid_t>& roots() const { return m_roots; }
+
+ private:
+  std::vector<pid_t> m_roots;
+};
+
+} // namespace vantle::bench
