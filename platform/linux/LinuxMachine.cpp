@@ -13,6 +13,7 @@
 #include "platform/linux/process/LinuxHost.h"
 #include "platform/linux/process/ProcfsProcessTable.h"
 #include "platform/linux/process/SessionLauncher.h"
+#include "platform/linux/workspace/X11Workspace.h"
 #include "platform/shared/IcuText.h"
 #include "platform/shared/JsonUserDefaults.h"
 #include "platform/shared/PollEventLoop.h"
@@ -74,7 +75,8 @@ struct LinuxMachine::Parts {
 LinuxMachine::LinuxMachine(std::unique_ptr<Parts> parts) : m_parts(std::move(parts)) {}
 LinuxMachine::~LinuxMachine() = default;
 
-std::unique_ptr<LinuxMachine> LinuxMachine::forDesktop(const XdgFolders& folders, EventLoop& loop) {
+std::unique_ptr<LinuxMachine> LinuxMachine::forDesktop(const XdgFolders& folders, EventLoop& loop,
+                                                       std::function<void()> onDesktopLost) {
   auto parts = std::make_unique<Parts>(folders, epochPaths(folders));
   parts->band = std::make_unique<LinuxBand>(loop, bandPaths(folders));
   parts->systemBus = std::make_unique<BusConnection>(loop, BusConnection::Kind::system);
@@ -83,6 +85,8 @@ std::unique_ptr<LinuxMachine> LinuxMachine::forDesktop(const XdgFolders& folders
   parts->power =
       std::make_unique<LogindPowerAssertions>(*parts->systemBus, *parts->sessionBus, parts->processes);
   parts->pressure = std::make_unique<PsiMemoryPressure>(loop);
+  parts->workspace = std::make_unique<X11Workspace>(
+      loop, X11Workspace::Options{.onConnectionLost = std::move(onDesktopLost)});
   parts->notifications = std::make_unique<DesktopNotifications>(*parts->sessionBus);
   return std::unique_ptr<LinuxMachine>(new LinuxMachine(std::move(parts)));
 }

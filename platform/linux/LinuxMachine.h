@@ -5,6 +5,7 @@
 #include "platform/linux/files/XdgFolders.h"
 #include "platform/shared/EventLoop.h"
 
+#include <functional>
 #include <memory>
 
 namespace vantle {
@@ -12,8 +13,10 @@ namespace vantle {
 // Where the ports meet Linux: the only place that knows which part stands for which port.
 class LinuxMachine {
  public:
-  // All of it: connects to the X server and to the buses; what is not there answers as absent.
-  static std::unique_ptr<LinuxMachine> forDesktop(const XdgFolders& folders, EventLoop& loop);
+  // All of it: connects to the X server and to the buses; what is not there answers as absent. The hook is
+  // called on the main loop when the X server goes away: the desktop is over.
+  static std::unique_ptr<LinuxMachine> forDesktop(const XdgFolders& folders, EventLoop& loop,
+                                                  std::function<void()> onDesktopLost = {});
   // The processes, the band, the clock and the launcher; everything else is absent, and nothing is connected
   // to or kept on disk.
   static std::unique_ptr<LinuxMachine> forSelfTest(const XdgFolders& folders);

@@ -1,0 +1,178 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/workspace/AppEvidence.h"
+
+#include "platform/linux/Descriptor.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <memory>
+#include <unistd.h>
+
+namespace vantle {
+
+namespace {
+
+constexpr std::size_t longestRead = 256 * 1024; // more than one command line or environment can sensibly be
+constexpr std::string_view deletedMark = " (deleted)";
+
+std::string readAll(const std::string& path) {
+  // A sandbox can put anything where a file is expected; opening a pipe must not wait.
+  const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+  std::string bytes;
+  std::array<char, 4096> buffer{};
+  while (bytes.size() < longestRead) {
+    const ssize_t count = ::read(file.get(), buffer.data(), buffer.size());
+    if (count <= 0) break;
+    bytes.append(buffer.data(), static_cast<std::size_t>(count));
+  }
+  return bytes;
+}
+
+std::vector<std::string> split(std::string_view text, char separator) {
+  std::vector<std::string> parts;
+  while (!text.empty()) {
+    const std::size_t end = std::min(text.find(separator), text.size());
+    parts.emplace_back(text.substr(0, end));
+    text.remove_prefix(std::min(end + 1, text.size()));
+  }
+  return parts;
+}
+
+std::string valueOf(const std::vector<std::string>& variables, std::string_view prefix) {
+  const auto found = std::find_if(variables.begin(), variables.end(),
+                                  [&](const std::string& variable) { return variable.starts_with(prefix); });
+  return found == variables.end() ? std::string() : found->substr(prefix.size());
+}
+
+std::string linkTarget(const std::string& path) {
+  std::array<char, 4096> target{};
+  const ssize_t length = ::readlink(path.c_str(), target.data(), target.size());
+  std::string text(target.data(), static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
+  // An app that was updated while it runs.
+  if (text.ends_with(deletedMark)) text.resize(text.size() - deletedMark.size());
+  return text;
+}
+
+std::string fileName(const std::string& path) { return path.substr(path.rfind('/') + 1); }
+
+// The unit is the last folder of the process's place among the control groups.
+std::string unitName(const std::string& folder) {
+  for (const std::string& line : split(readAll(folder + "/cgroup"), '\n')) {
+    if (line.starts_with("0::") || line.find(":name=systemd:") != std::string::npos) return fileName(line);
+  }
+  return {};
+}
+
+std::string flatpakId(const std::string& folder) {
+  bool inApplication = false;
+  for (const std::string& line : split(readAll(folder + "/root/.flatpak-info"), '\n')) {
+    if (line.starts_with('[')) inApplication = line == "[Application]";
+    if (inApplication && line.starts_with("name=")) return line.substr(5);
+  }
+  return {};
+}
+
+// systemd writes bytes that have a meaning in names as \xHH.
+std::string unescaped(const std::string& name) {
+  std::string result;
+  for (std::size_t at = 0; at < name.size(); ++at) {
+    if (name.compare(at, 2, "\\x") == 0 && at + 3 < name.size()) {
+      const std::string digits = name.substr(at + 2, 2);
+      result += static_cast<char>(std::strtol(digits.c_str(), nullptr, 16));
+      at += 3;
+    } else {
+      result += name[at];
+    }
+  }
+  return result;
+}
+
+std::string scriptOf(const AppEvidence& evidence) {
+  for (std::size_t at = 1; at < evidence.arguments.size(); ++at) {
+    const std::string& argument = evidence.arguments[at];
+    if (argument.starts_with('-')) continue;
+    if (!argument.starts_with('/')) return {};
+    const std::unique_ptr<char, decltype(&std::free)> real(::realpath(argument.c_str(), nullptr), &std::free);
+    return real ? std::string(real.get()) : argument;
+  }
+  return {};
+}
+
+} // namespace
+
+std::optional<UnitId> unitIdOf(std::string_view unitName) {
+  if (!unitName.starts_with("app-")) return {};
+  const std::size_t dot = unitName.rfind('.');
+  const std::string_view kind = dot == std::string_view::npos ? "" : unitName.substr(dot);
+  std::string name(unitName.substr(4, dot - 4));
+  std::string random;
+  const char before = kind == ".scope" ? '-' : '@';
+  if (kind != ".scope" && kind != ".service") return {};
+  const std::size_t at = name.rfind(before);
+  if (at != std::string::npos) {
+    random = name.substr(at + 1);
+    name.resize(at);
+  } else if (kind == ".scope") {
+    return {};
+  }
+  // What stands before the last '-' is who launched it: ids have theirs escaped.
+  return UnitId{unescaped(name.substr(name.rfind('-') + 1)), random};
+}
+
+std::string snapIdOf(std::string_view unitName) {
+  constexpr std::string_view prefix = "snap.";
+  constexpr std::size_t uuidLength = 36;
+  constexpr std::string_view suffix = ".scope";
+  if (!unitName.starts_with(prefix) || !unitName.ends_with(suffix)) return {};
+  unitName.remove_prefix(prefix.size());
+  unitName.remove_suffix(suffix.size());
+  if (unitName.size() <= uuidLength + 1) return {};
+  unitName.remove_suffix(uuidLength + 1);
+  std::string id(unitName);
+  const std::size_t dot = id.find('.');
+  if (dot == std::string::npos) return {};
+  id[dot] = '_';
+  return id;
+}
+
+bool isInterpreter(std::string_view fileName) {
+  constexpr std::array<std::string_view, 15> prefixes{"python", "perl",  "ruby",     "bash", "dash",
+                                                      "zsh",    "java",  "node",     "mono", "wine",
+                                                      "gjs",    "guile", "electron", "lua",  "php"};
+  return fileName == "sh" || std::any_of(prefixes.begin(), prefixes.end(), [&](std::string_view prefix) {
+           return fileName.starts_with(prefix);
+         });
+}
+
+AppEvidence readEvidence(Pid pid) {
+  const std::string folder = "/proc/" + std::to_string(pid);
+  AppEvidence evidence;
+  evidence.pid = pid;
+  evidence.commandName = readAll(folder + "/comm");
+  if (evidence.commandName.ends_with('\n')) evidence.commandName.pop_back();
+  evidence.executable = linkTarget(folder + "/exe");
+  evidence.arguments = split(readAll(folder + "/cmdline"), '\0');
+  const std::string unit = unitName(folder);
+  evidence.unit = unitIdOf(unit);
+  evidence.sandboxId = flatpakId(folder);
+  if (evidence.sandboxId.empty()) evidence.sandboxId = snapIdOf(unit);
+
+  const std::vector<std::string> environment = split(readAll(folder + "/environ"), '\0');
+  // The variables are inherited; only the pid tells whose they are.
+  if (valueOf(environment, "GIO_LAUNCHED_DESKTOP_FILE_PID=") == std::to_string(pid)) {
+    evidence.launchedFile = valueOf(environment, "GIO_LAUNCHED_DESKTOP_FILE=");
+  }
+  evidence.program = evidence.executable;
+  if (isInterpreter(fileName(evidence.executable))) {
+    evidence.program = scriptOf(evidence);
+  } else if (evidence.executable.find("/.mount_") != std::string::npos) {
+    evidence.program = valueOf(environment, "APPIMAGE="); // it runs from a file system of its own
+  }
+  return evidence;
+}
+
+} // namespace vantle

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "engine/ports/Pid.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vantle {
+
+// The id that a service manager's unit is named after (see "XDG standardization for applications" in
+// systemd's documentation).
+struct UnitId {
+  std::string id;
+  std::string random; // what makes the name unique; often the pid of the app's first process
+  bool operator==(const UnitId&) const = default;
+};
+
+// All that tells which app a process with windows is. Texts are bytes as found; empty when there are none.
+struct AppEvidence {
+  Pid pid = 0;
+  std::string sandboxId;              // what Flatpak or Snap says it is
+  std::optional<UnitId> unit;         // of the unit that it runs in
+  std::string launchedFile;           // the desktop file that the desktop started this very process from
+  std::string applicationId;          // _GTK_APPLICATION_ID
+  std::string windowInstance;         // first part of WM_CLASS
+  std::string windowClass;            // second part of WM_CLASS
+  std::string commandName;            // the kernel's name for it, at most 15 bytes
+  std::string executable;             // the program file that runs; empty when that may not be known
+  std::string program;                // the same, but for an interpreter its script: what a person started
+  std::vector<std::string> arguments; // the whole command line
+};
+
+// "app-gnome-org.gnome.Maps-1234.scope" is org.gnome.Maps. Absent for units that are not an app's.
+std::optional<UnitId> unitIdOf(std::string_view unitName);
+
+// "snap.firefox.firefox-6c1ca021-….scope" is firefox_firefox, as its desktop file is named.
+std::string snapIdOf(std::string_view unitName);
+
+// True for programs that run other programs' texts, such as "python3.11" or "java".
+bool isInterpreter(std::string_view fileName);
+
+// Reads what /proc knows; the window's own properties are the caller's to add. Never waits.
+AppEvidence readEvidence(Pid pid);
+
+} // namespace vantle

@@ -1,0 +1,126 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/workspace/DesktopEntry.h"
+
+#include "engine/Utf8.h"
+#include "platform/linux/workspace/DisplayText.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <fstream>
+#include <gio/gdesktopappinfo.h>
+#include <memory>
+#include <utility>
+
+namespace vantle {
+
+namespace {
+
+struct GFree {
+  void operator()(void* memory) const { g_free(memory); }
+  void operator()(char** texts) const { g_strfreev(texts); }
+  void operator()(GDesktopAppInfo* info) const { g_object_unref(info); }
+};
+template <class T> using GOwned = std::unique_ptr<T, GFree>;
+
+std::string text(const char* bytes) { return bytes == nullptr ? std::string() : std::string(bytes); }
+
+bool listHolds(std::string_view list, std::string_view item) {
+  while (!list.empty()) {
+    const std::size_t end = std::min(list.find(';'), list.size());
+    if (list.substr(0, end) == item) return true;
+    list.remove_prefix(std::min(end + 1, list.size()));
+  }
+  return false;
+}
+
+// %f, %U and the like stand for files; "@@u" and "@@" are what sandboxed apps have around them.
+bool standsForFiles(std::string_view argument) {
+  return (argument.size() == 2 && argument[0] == '%' && argument[1] != '%') || argument.starts_with("@@");
+}
+
+bool isAssignment(std::string_view argument) { return argument.find('=') != std::string_view::npos; }
+
+std::string absolutePath(const std::string& program) {
+  if (program.starts_with('/')) return program;
+  const GOwned<char> found(g_find_program_in_path(program.c_str()));
+  return text(found.get());
+}
+
+std::string followed(const std::string& path) {
+  const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr), &std::free);
+  return text(real.get());
+}
+
+bool startsAsScript(const std::string& path) {
+  std::array<char, 2> start{};
+  std::ifstream(path, std::ios::binary).read(start.data(), start.size());
+  return start[0] == '#' && start[1] == '!';
+}
+
+} // namespace
+
+std::string categoryOf(std::string_view categories) {
+  // The registered main categories that have a counterpart, the most telling first.
+  using Pair = std::pair<std::string_view, std::string_view>;
+  constexpr std::array known{
+      Pair{"Game", "games"},
+      Pair{"Development", "developer-tools"},
+      Pair{"Education", "education"},
+      Pair{"Finance", "finance"},
+      Pair{"Graphics", "graphics-design"},
+      Pair{"Video", "video"},
+      Pair{"Audio", "music"},
+      Pair{"AudioVideo", "music"},
+      Pair{"Office", "productivity"},
+      Pair{"Network", "social-networking"},
+      Pair{"Utility", "utilities"},
+      Pair{"System", "utilities"},
+      Pair{"Settings", "utilities"},
+  };
+  const bool isStore = listHolds(categories, "PackageManager") || listHolds(categories, "FileTransfer");
+  for (const auto& [name, counterpart] : known) {
+    if (!listHolds(categories, name) || (isStore && name == "Game")) continue;
+    return "public.app-category." + std::string(counterpart);
+  }
+  return {};
+}
+
+std::vector<std::string> programOf(const std::string& exec) {
+  int count = 0;
+  char** parsed = nullptr;
+  if (g_shell_parse_argv(exec.c_str(), &count, &parsed, nullptr) == 0) return {};
+  const GOwned<char*> owned(parsed);
+  std::vector<std::string> words(parsed, parsed + count);
+  if (words.front() == "env" || words.front().ends_with("/env")) {
+    const auto program = std::find_if_not(words.begin() + 1, words.end(), isAssignment);
+    words.erase(words.begin(), program);
+  }
+  std::erase_if(words, standsForFiles);
+  return words;
+}
+
+std::optional<DesktopEntry> readDesktopEntry(const std::string& path, std::string id) {
+  const GOwned<GDesktopAppInfo> info(g_desktop_app_info_new_from_filename(path.c_str()));
+  if (!info || g_desktop_app_info_get_is_hidden(info.get()) != 0) return {};
+  GAppInfo* const app = G_APP_INFO(info.get());
+  DesktopEntry entry;
+  entry.id = cleanUtf8(id);
+  entry.path = path;
+  entry.name = displayText(text(g_app_info_get_name(app)));
+  entry.icon = cleanUtf8(text(GOwned<char>(g_desktop_app_info_get_string(info.get(), "Icon")).get()));
+  entry.windowClass = text(g_desktop_app_info_get_startup_wm_class(info.get()));
+  entry.category = categoryOf(text(g_desktop_app_info_get_categories(info.get())));
+  entry.isHidden = g_desktop_app_info_get_nodisplay(info.get()) != 0;
+  std::vector<std::string> words = programOf(text(g_app_info_get_commandline(app)));
+  if (!words.empty()) {
+    entry.executable = absolutePath(words.front());
+    entry.realPath = followed(entry.executable);
+    entry.isScript = startsAsScript(entry.realPath);
+    words.erase(words.begin());
+    entry.arguments = std::move(words);
+  }
+  return entry;
+}
+
+} // namespace vantle

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vantle {
+
+// What Vantle needs of one desktop file.
+struct DesktopEntry {
+  std::string id;                     // without ".desktop"; folders below "applications" are joined with '-'
+  std::string path;                   // of the desktop file
+  std::string name;                   // localized
+  std::string icon;                   // a themed name or an absolute path; may be empty
+  std::string windowClass;            // StartupWMClass; may be empty
+  std::string category;               // see categoryOf
+  std::string executable;             // absolute path of Exec's program, as PATH finds it; may be empty
+  std::string realPath;               // the same with all links followed
+  std::vector<std::string> arguments; // Exec's own, without the places for files
+  bool isScript = false;              // the program is a text that something else runs
+  bool isHidden = false;              // NoDisplay: not an app of its own in the menus
+};
+
+// The category in the words that the rules know, from a desktop file's Categories: a game is
+// "public.app-category.games". Empty when none fits. A store or launcher of games, which declares itself a
+// game too, is none: it outlives every game that it starts.
+std::string categoryOf(std::string_view categories);
+
+// An Exec line taken apart: the program and its arguments, without what only wraps them ("env A=b") and
+// without the places for files. Empty when it is not well formed.
+std::vector<std::string> programOf(const std::string& exec);
+
+// Reads one desktop file; absent when it is not one of an installed app.
+std::optional<DesktopEntry> readDesktopEntry(const std::string& path, std::string id);
+
+} // namespace vantle

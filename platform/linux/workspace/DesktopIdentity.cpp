@@ -1,0 +1,170 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/workspace/DesktopIdentity.h"
+
+#include "engine/Utf8.h"
+#include "platform/linux/workspace/DisplayText.h"
+#include "platform/linux/workspace/IdentifierMap.h"
+
+#include <algorithm>
+#include <functional>
+#include <string_view>
+
+namespace vantle {
+
+namespace {
+
+using Entries = std::span<const DesktopEntry>;
+using Test = std::function<bool(const DesktopEntry&)>;
+
+char lowered(char letter) { return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 32) : letter; }
+
+bool equalIgnoringCase(std::string_view left, std::string_view right) {
+  return !left.empty() && std::equal(left.begin(), left.end(), right.begin(), right.end(),
+                                     [](char a, char b) { return lowered(a) == lowered(b); });
+}
+
+std::string_view lastPart(std::string_view text, char separator) {
+  return text.substr(text.rfind(separator) + 1);
+}
+
+const DesktopEntry* first(Entries entries, const Test& test) {
+  const auto found = std::find_if(entries.begin(), entries.end(), test);
+  return found == entries.end() ? nullptr : &*found;
+}
+
+const DesktopEntry* byId(Entries entries, std::string_view id) {
+  if (id.empty()) return nullptr;
+  return first(entries, [&](const DesktopEntry& entry) { return entry.id == id; });
+}
+
+// Of the entries that a window's class fits: one that starts this very program, then one for the menus.
+const DesktopEntry* bestOf(Entries entries, const AppEvidence& evidence, const Test& fits) {
+  const DesktopEntry* best = nullptr;
+  int bestRank = -1;
+  for (const DesktopEntry& entry : entries) {
+    if (!fits(entry)) continue;
+    const bool isProgram = !entry.realPath.empty() && entry.realPath == evidence.program;
+    const int rank = (isProgram ? 4 : 0) + (entry.isHidden ? 0 : 2) + (entry.arguments.empty() ? 1 : 0);
+    if (rank > bestRank) {
+      best = &entry;
+      bestRank = rank;
+    }
+  }
+  return best;
+}
+
+bool runsWith(const AppEvidence& evidence, const DesktopEntry& entry) {
+  return std::all_of(entry.arguments.begin(), entry.arguments.end(), [&](const std::string& argument) {
+    return std::find(evidence.arguments.begin(), evidence.arguments.end(), argument) !=
+           evidence.arguments.end();
+  });
+}
+
+// How well an entry's Exec fits what runs; 0 for not at all.
+int programRank(const AppEvidence& evidence, const DesktopEntry& entry) {
+  if (entry.isHidden || entry.realPath.empty()) return 0;
+  const bool isInterpreterItself =
+      entry.realPath == evidence.executable && evidence.executable != evidence.program;
+  if (isInterpreterItself) return !entry.arguments.empty() && runsWith(evidence, entry) ? 3 : 0;
+  if (entry.realPath != evidence.program) return 0;
+  if (entry.arguments.empty()) return 2;
+  return runsWith(evidence, entry) ? 3 : 1;
+}
+
+const DesktopEntry* byProgram(Entries entries, const AppEvidence& evidence) {
+  const auto best = std::max_element(entries.begin(), entries.end(),
+                                     [&](const DesktopEntry& left, const DesktopEntry& right) {
+                                       return programRank(evidence, left) < programRank(evidence, right);
+                                     });
+  return best == entries.end() || programRank(evidence, *best) == 0 ? nullptr : &*best;
+}
+
+const DesktopEntry* byLastPart(Entries entries, const AppEvidence& evidence) {
+  const std::string_view program = lastPart(evidence.program, '/');
+  return bestOf(entries, evidence, [&](const DesktopEntry& entry) {
+    const std::string_view part = lastPart(entry.id, '.');
+    return equalIgnoringCase(part, evidence.windowClass) ||
+           equalIgnoringCase(part, evidence.windowInstance) || equalIgnoringCase(part, program);
+  });
+}
+
+const DesktopEntry* byWindow(Entries entries, const AppEvidence& evidence) {
+  if (const DesktopEntry* entry = byId(entries, evidence.applicationId)) return entry;
+  const auto declares = [&](const DesktopEntry& entry) {
+    return equalIgnoringCase(entry.windowClass, evidence.windowClass) ||
+           equalIgnoringCase(entry.windowClass, evidence.windowInstance);
+  };
+  if (const DesktopEntry* entry = bestOf(entries, evidence, declares)) return entry;
+  return bestOf(entries, evidence, [&](const DesktopEntry& entry) {
+    return equalIgnoringCase(entry.id, evidence.windowClass) ||
+           equalIgnoringCase(entry.id, evidence.windowInstance);
+  });
+}
+
+const DesktopEntry* byLaunchedFile(Entries entries, const AppEvidence& evidence) {
+  if (evidence.launchedFile.empty()) return nullptr;
+  return first(entries, [&](const DesktopEntry& entry) { return entry.path == evidence.launchedFile; });
+}
+
+const DesktopEntry* bySandbox(Entries entries, const AppEvidence& evidence) {
+  if (const DesktopEntry* entry = byId(entries, evidence.sandboxId)) return entry;
+  // A snap whose only app has its name may have a desktop file of that name.
+  return byId(entries, std::string_view(evidence.sandboxId).substr(0, evidence.sandboxId.find('_')));
+}
+
+const DesktopEntry* withoutUnit(Entries entries, const AppEvidence& evidence) {
+  if (const DesktopEntry* entry = byLaunchedFile(entries, evidence)) return entry;
+  if (const DesktopEntry* entry = byWindow(entries, evidence)) return entry;
+  if (const DesktopEntry* entry = byProgram(entries, evidence)) return entry;
+  return byLastPart(entries, evidence);
+}
+
+// A unit also holds what its app started: a calculator called from a terminal sits in the terminal's unit.
+bool isUnitsOwn(const AppEvidence& evidence, const DesktopEntry& entry) {
+  return evidence.unit->random == std::to_string(evidence.pid) || entry.realPath == evidence.program ||
+         entry.realPath == evidence.executable;
+}
+
+std::string ownName(const AppEvidence& evidence) {
+  const std::string_view executable = lastPart(evidence.executable, '/');
+  if (!executable.empty() && !isInterpreter(executable)) return displayText(executable);
+  for (const std::string_view text :
+       {std::string_view(evidence.windowClass), std::string_view(evidence.windowInstance),
+        lastPart(evidence.program, '/'), executable, std::string_view(evidence.commandName)}) {
+    if (std::string name = displayText(text); !name.empty()) return name;
+  }
+  return "pid " + std::to_string(evidence.pid);
+}
+
+std::optional<std::string> unlessEmpty(const std::string& text) {
+  return text.empty() ? std::nullopt : std::optional(text);
+}
+
+} // namespace
+
+const DesktopEntry* findEntry(const AppEvidence& evidence, Entries entries) {
+  if (const DesktopEntry* entry = bySandbox(entries, evidence)) return entry;
+  const DesktopEntry* const unit = evidence.unit ? byId(entries, evidence.unit->id) : nullptr;
+  if (unit != nullptr && isUnitsOwn(evidence, *unit)) return unit;
+  if (const DesktopEntry* entry = withoutUnit(entries, evidence)) return entry;
+  // Nothing else speaks: a script may well have started a program of another name.
+  return unit != nullptr && unit->isScript ? unit : nullptr;
+}
+
+AppIdentity identityOf(const AppEvidence& evidence, const DesktopEntry* entry) {
+  AppIdentity identity;
+  if (entry == nullptr) {
+    identity.localizedName = ownName(evidence);
+    identity.executablePath = unlessEmpty(cleanUtf8(evidence.executable));
+    return identity;
+  }
+  identity.bundleIdentifier = bundleIdentifierOf(entry->id);
+  identity.localizedName = entry->name.empty() ? ownName(evidence) : entry->name;
+  identity.bundlePath = cleanUtf8(entry->path);
+  identity.executablePath = unlessEmpty(cleanUtf8(entry->executable));
+  identity.bundleCategory = unlessEmpty(entry->category);
+  identity.iconName = unlessEmpty(entry->icon);
+  return identity;
+}
+
+} // namespace vantle

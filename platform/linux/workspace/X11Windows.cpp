@@ -1,0 +1,271 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/workspace/X11Windows.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+#include <utility>
+#include <xcb/res.h>
+
+namespace vantle {
+
+namespace {
+
+constexpr std::uint32_t longestList = 64 * 1024; // bytes: 16,384 windows
+constexpr std::uint32_t longestText = 4096;      // bytes
+
+constexpr auto atomNames = std::to_array<std::string_view>(
+    {"_NET_CLIENT_LIST", "_NET_ACTIVE_WINDOW", "_NET_CLOSE_WINDOW", "_NET_WM_PID", "_NET_WM_WINDOW_TYPE",
+     "_GTK_APPLICATION_ID", "WM_PROTOCOLS", "WM_DELETE_WINDOW"});
+
+constexpr auto typeNames = std::to_array<std::string_view>(
+    {"NORMAL", "DIALOG", "UTILITY", "SPLASH", "TOOLBAR", "MENU", "DOCK", "DESKTOP", "NOTIFICATION", "TOOLTIP",
+     "DROPDOWN_MENU", "POPUP_MENU", "COMBO", "DND"});
+
+std::vector<std::uint32_t> numbers(const void* bytes, std::size_t size) {
+  std::vector<std::uint32_t> values(size / sizeof(std::uint32_t));
+  if (!values.empty()) std::memcpy(values.data(), bytes, values.size() * sizeof(std::uint32_t));
+  return values;
+}
+
+std::string text(const void* bytes, std::size_t size) {
+  return size == 0 ? std::string() : std::string(static_cast<const char*>(bytes), size);
+}
+
+Pid serverPid(const void* reply) {
+  if (reply == nullptr) return 0;
+  const auto* ids = static_cast<const xcb_res_query_client_ids_reply_t*>(reply);
+  for (auto id = xcb_res_query_client_ids_ids_iterator(ids); id.rem > 0; xcb_res_client_id_value_next(&id)) {
+    if (xcb_res_client_id_value_value_length(id.data) < 1) continue;
+    return static_cast<Pid>(*xcb_res_client_id_value_value(id.data));
+  }
+  return 0;
+}
+
+int openPidfd(Pid pid) { return static_cast<int>(::syscall(SYS_pidfd_open, pid, 0)); }
+
+std::string hostName() {
+  std::array<char, 256> name{};
+  return ::gethostname(name.data(), name.size() - 1) == 0 ? std::string(name.data()) : std::string();
+}
+
+bool isOwnUsersProcess(Pid pid) {
+  struct stat status {};
+  return ::stat(("/proc/" + std::to_string(pid)).c_str(), &status) == 0 && status.st_uid == ::getuid();
+}
+
+} // namespace
+
+// Facts that are still on their way.
+struct X11Windows::Draft {
+  WindowFacts facts;
+  Pid serverSays = 0;
+  Pid windowClaims = 0;
+  std::string machine;
+};
+
+Pid ownerOf(Pid serverSays, Pid windowClaims, const std::string& windowMachine) {
+  if (serverSays > 1) return serverSays;
+  const bool isBelievable = windowClaims > 1 && !windowMachine.empty() && windowMachine == hostName() &&
+                            isOwnUsersProcess(windowClaims);
+  return isBelievable ? windowClaims : 0;
+}
+
+X11Windows::X11Windows(EventLoop& loop, const std::string& display, Handlers handlers)
+    : m_handlers(std::move(handlers)),
+      m_connection(loop, display,
+                   {.ready = [this] { internAtoms(); },
+                    .event = [this](const xcb_generic_event_t& event) { handle(event); },
+                    .lost = [this] { lose(); }}) {
+  static_assert(atomNames.size() == firstType && typeNames.size() == typeCount);
+}
+
+void X11Windows::internAtoms() {
+  // Its answer is there before those of the atoms, so that the first use of it does not wait.
+  xcb_prefetch_extension_data(m_connection.raw(), &xcb_res_id);
+  for (std::size_t at = 0; at < m_atoms.size(); ++at) {
+    const std::string name = at < firstType
+                                 ? std::string(atomNames.at(at))
+                                 : "_NET_WM_WINDOW_TYPE_" + std::string(typeNames.at(at - firstType));
+    const auto cookie =
+        xcb_intern_atom(m_connection.raw(), 0, static_cast<std::uint16_t>(name.size()), name.data());
+    m_connection.expect(cookie.sequence, [this, at](const void* reply) {
+      if (reply != nullptr) m_atoms.at(at) = static_cast<const xcb_intern_atom_reply_t*>(reply)->atom;
+      if (at + 1 == m_atoms.size()) start();
+    });
+  }
+}
+
+void X11Windows::start() {
+  const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
+  xcb_change_window_attributes(m_connection.raw(), m_connection.screen().root, XCB_CW_EVENT_MASK, &events);
+  readClientList();
+  readActiveWindow();
+}
+
+void X11Windows::handle(const xcb_generic_event_t& event) {
+  constexpr std::uint8_t sentByClient = 0x80;
+  if ((event.response_type & ~sentByClient) != XCB_PROPERTY_NOTIFY) return;
+  const auto& notice = reinterpret_cast<const xcb_property_notify_event_t&>(event);
+  if (notice.atom == m_atoms[clientList]) readClientList();
+  if (notice.atom == m_atoms[activeWindow]) readActiveWindow();
+}
+
+void X11Windows::getProperty(std::uint32_t window, xcb_atom_t property, std::uint32_t longestBytes,
+                             OnProperty arrived) {
+  const auto cookie =
+      xcb_get_property(m_connection.raw(), 0, window, property, XCB_ATOM_ANY, 0, longestBytes / 4);
+  m_connection.expect(cookie.sequence, [arrived = std::move(arrived)](const void* reply) {
+    if (reply == nullptr) return arrived(nullptr, 0);
+    const auto* value = static_cast<const xcb_get_property_reply_t*>(reply);
+    arrived(xcb_get_property_value(value), static_cast<std::size_t>(xcb_get_property_value_length(value)));
+  });
+}
+
+// Window managers announce the same change several times in a row: one question is under way at most, and one
+// more is asked when something changed meanwhile.
+void X11Windows::readClientList() {
+  m_isListStale = m_isListAsked;
+  if (std::exchange(m_isListAsked, true)) return;
+  getProperty(m_connection.screen().root, m_atoms[clientList], longestList,
+              [this](const void* bytes, std::size_t size) {
+                m_isListAsked = false;
+                m_list = numbers(bytes, size);
+                if (m_isListStale) readClientList();
+                reconcile();
+              });
+}
+
+void X11Windows::readActiveWindow() {
+  m_isActiveStale = m_isActiveAsked;
+  if (std::exchange(m_isActiveAsked, true)) return;
+  getProperty(m_connection.screen().root, m_atoms[activeWindow], sizeof(std::uint32_t),
+              [this](const void* bytes, std::size_t size) {
+                m_isActiveAsked = false;
+                const std::vector<std::uint32_t> values = numbers(bytes, size);
+                m_active = values.empty() ? 0 : values.front();
+                if (m_isActiveStale) readActiveWindow();
+                reconcile();
+              });
+}
+
+void X11Windows::reconcile() {
+  std::set<std::uint32_t> wanted(m_list.begin(), m_list.end());
+  wanted.insert(m_active);
+  wanted.erase(0);
+  const auto isGone = [&](const auto& entry) { return !wanted.contains(entry.first); };
+  std::erase_if(m_known, isGone);
+  std::erase_if(m_drafts, isGone);
+  for (const std::uint32_t window : wanted) {
+    if (!m_known.contains(window) && !m_drafts.contains(window)) readOwner(window);
+  }
+  m_handlers.changed();
+}
+
+void X11Windows::readOwner(std::uint32_t window) {
+  auto draft = std::make_shared<Draft>();
+  draft->facts.id = window;
+  m_drafts[window] = draft;
+
+  const xcb_query_extension_reply_t* resources = xcb_get_extension_data(m_connection.raw(), &xcb_res_id);
+  if (resources != nullptr && resources->present != 0) {
+    const xcb_res_client_id_spec_t spec{window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
+    const auto cookie = xcb_res_query_client_ids(m_connection.raw(), 1, &spec);
+    m_connection.expect(cookie.sequence,
+                        [draft](const void* reply) { draft->serverSays = serverPid(reply); });
+  }
+  getProperty(window, m_atoms[wmPid], sizeof(std::uint32_t), [draft](const void* bytes, std::size_t size) {
+    const std::vector<std::uint32_t> values = numbers(bytes, size);
+    if (!values.empty()) draft->windowClaims = static_cast<Pid>(values.front());
+  });
+  getProperty(window, XCB_ATOM_WM_CLIENT_MACHINE, longestText,
+              [this, draft](const void* bytes, std::size_t size) {
+                draft->machine = text(bytes, size);
+                readFacts(draft);
+              });
+}
+
+void X11Windows::readFacts(const std::shared_ptr<Draft>& draft) {
+  WindowFacts& facts = draft->facts;
+  facts.pid = ownerOf(draft->serverSays, draft->windowClaims, draft->machine);
+  // The window answers the questions below after this, so the process was still the one that opened it.
+  if (facts.pid != 0) facts.process = std::make_shared<Descriptor>(openPidfd(facts.pid));
+
+  getProperty(facts.id, XCB_ATOM_WM_CLASS, longestText, [draft](const void* bytes, std::size_t size) {
+    const std::string both = text(bytes, size);
+    const std::size_t end = std::min(both.find('\0'), both.size());
+    draft->facts.instance = both.substr(0, end);
+    const std::string rest = both.substr(std::min(end + 1, both.size()));
+    draft->facts.className = rest.substr(0, rest.find('\0'));
+  });
+  getProperty(facts.id, m_atoms[windowType], longestText, [this, draft](const void* bytes, std::size_t size) {
+    std::vector<std::string> types;
+    for (const std::uint32_t type : numbers(bytes, size)) {
+      const auto found = std::find(m_atoms.begin() + firstType, m_atoms.end(), type);
+      if (found == m_atoms.end()) continue;
+      types.emplace_back(typeNames.at(static_cast<std::size_t>(found - m_atoms.begin()) - firstType));
+    }
+    draft->facts.kind = windowKindOf(types);
+  });
+  getProperty(facts.id, m_atoms[gtkApplicationId], longestText, [draft](const void* bytes, std::size_t size) {
+    draft->facts.applicationId = text(bytes, size);
+  });
+  getProperty(facts.id, m_atoms[protocols], longestText, [this, draft](const void* bytes, std::size_t size) {
+    const std::vector<std::uint32_t> taken = numbers(bytes, size);
+    draft->facts.canBeClosed = std::find(taken.begin(), taken.end(), m_atoms[deleteWindow]) != taken.end();
+  });
+  // The last question: does the window still stand?
+  const auto cookie = xcb_get_geometry(m_connection.raw(), facts.id);
+  m_connection.expect(cookie.sequence, [this, draft](const void* reply) {
+    if (reply == nullptr) draft->facts.pid = 0;
+    finish(draft);
+  });
+}
+
+void X11Windows::finish(const std::shared_ptr<Draft>& draft) {
+  const auto found = m_drafts.find(draft->facts.id);
+  if (found == m_drafts.end() || found->second != draft) return;
+  m_drafts.erase(found);
+  m_known.insert_or_assign(draft->facts.id, std::move(draft->facts));
+  m_handlers.changed();
+}
+
+void X11Windows::forget(Pid pid) {
+  std::erase_if(m_known, [pid](const auto& entry) { return entry.second.pid == pid; });
+  // A window manager that is slow to notice still lists them, and a number may go to a new window.
+  if (m_connection.isOpen()) {
+    reconcile();
+    m_connection.flush();
+  }
+}
+
+bool X11Windows::requestClose(const WindowFacts& window) {
+  if (!m_connection.isOpen() || !window.canBeClosed) return false;
+  constexpr std::uint32_t now = XCB_CURRENT_TIME;
+  constexpr std::uint32_t onBehalfOfThePerson = 2;
+  xcb_client_message_event_t message{};
+  message.response_type = XCB_CLIENT_MESSAGE;
+  message.format = 32;
+  message.window = window.id;
+  message.type = m_atoms[closeWindow];
+  message.data.data32[0] = now;
+  message.data.data32[1] = onBehalfOfThePerson;
+  xcb_send_event(m_connection.raw(), 0, m_connection.screen().root,
+                 XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
+                 reinterpret_cast<const char*>(&message));
+  m_connection.flush();
+  return true;
+}
+
+void X11Windows::lose() {
+  m_list.clear();
+  m_known.clear();
+  m_drafts.clear();
+  m_active = 0;
+  m_handlers.lost();
+}
+
+} // namespace vantle
