@@ -19,6 +19,7 @@
 #include "platform/shared/PollEventLoop.h"
 
 #include <string>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -36,9 +37,10 @@ std::vector<std::string> epochPaths(const XdgFolders& folders) {
   return paths;
 }
 
-// The band keeps its ledger beside the journal.
-BandPaths bandPaths(const XdgFolders& folders) {
-  return {.procRoot = "/proc", .sysRoot = "/sys", .ledger = folders.data + "/Vantle/band.json"};
+// The bus that the user's service manager is on; another session bus may stand beside it.
+std::string userBus(const XdgFolders& folders) {
+  if (!folders.runtime || ::access((*folders.runtime + "/bus").c_str(), F_OK) != 0) return {};
+  return "unix:path=" + *folders.runtime + "/bus";
 }
 
 } // namespace
@@ -78,7 +80,9 @@ LinuxMachine::~LinuxMachine() = default;
 std::unique_ptr<LinuxMachine> LinuxMachine::forDesktop(const XdgFolders& folders, EventLoop& loop,
                                                        std::function<void()> onDesktopLost) {
   auto parts = std::make_unique<Parts>(folders, epochPaths(folders));
-  parts->band = std::make_unique<LinuxBand>(loop, bandPaths(folders));
+  parts->band = std::make_unique<LinuxBand>(
+      loop, parts->files,
+      BandPaths{.ledger = folders.data + "/Vantle/band.json", .userBus = userBus(folders)});
   parts->systemBus = std::make_unique<BusConnection>(loop, BusConnection::Kind::system);
   parts->sessionBus = std::make_unique<BusConnection>(loop, BusConnection::Kind::session);
   parts->audio = std::make_unique<PulseAudioActivity>();
@@ -93,7 +97,13 @@ std::unique_ptr<LinuxMachine> LinuxMachine::forDesktop(const XdgFolders& folders
 
 std::unique_ptr<LinuxMachine> LinuxMachine::forSelfTest(const XdgFolders& folders) {
   auto parts = std::make_unique<Parts>(folders, std::vector<std::string>{});
-  parts->band = std::make_unique<LinuxBand>(parts->ownLoop, bandPaths(folders));
+  // A copy of the program may be running, so the test keeps out of its ledger; and an emulated machine may
+  // take its time.
+  auto band = std::make_unique<LinuxBand>(
+      parts->ownLoop, parts->files,
+      BandPaths{.ledger = {}, .userBus = userBus(folders), .busLimit = std::chrono::seconds(2)});
+  parts->launcher = SessionLauncher([band = band.get()](Pid pid) { band->placeAsApp(pid); });
+  parts->band = std::move(band);
   return std::unique_ptr<LinuxMachine>(new LinuxMachine(std::move(parts)));
 }
 

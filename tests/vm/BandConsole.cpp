@@ -10,11 +10,13 @@
 //   settle             waits for what is under way: "1" when nothing is left
 //   quit               ends at once, putting nothing back
 //
-// With the argument "test" it runs the self-test instead.
+// usage: band_console [LEDGER [BUS_ADDRESS [BUS_LIMIT_IN_MILLISECONDS]]]
+// With the argument "test" alone it runs the self-test instead.
 #include "engine/ProcessQueries.h"
 #include "engine/SelfTest.h"
 #include "platform/linux/LinuxMachine.h"
 #include "platform/linux/band/LinuxBand.h"
+#include "platform/linux/files/PosixFileStore.h"
 #include "platform/linux/process/BootEpoch.h"
 #include "platform/linux/process/ProcfsProcessTable.h"
 #include "platform/shared/PollEventLoop.h"
@@ -32,8 +34,8 @@ namespace {
 
 class Console {
  public:
-  explicit Console(const std::string& ledger)
-      : m_epoch(0), m_processes(m_epoch), m_band(m_loop, {.ledger = ledger}) {}
+  explicit Console(BandPaths paths)
+      : m_epoch(0), m_processes(m_epoch), m_band(m_loop, m_files, std::move(paths)) {}
 
   int run() {
     const auto input = m_loop.watch(STDIN_FILENO, EventLoop::Readiness::readable, [this] { readInput(); });
@@ -98,6 +100,7 @@ class Console {
   }
 
   PollEventLoop m_loop;
+  PosixFileStore m_files{"/nonexistent", PosixFileStore::Sync::none};
   BootEpoch m_epoch;
   ProcfsProcessTable m_processes;
   LinuxBand m_band;
@@ -110,9 +113,14 @@ class Console {
 } // namespace vantle
 
 int main(int count, char** arguments) {
-  const std::string argument = count > 1 ? arguments[1] : "";
-  if (argument != "test") return vantle::Console(argument).run();
-  const auto machine = vantle::LinuxMachine::forSelfTest(vantle::XdgFolders::fromEnvironment());
-  vantle::Machine ports = machine->machine();
-  return vantle::SelfTest(ports, [](const std::string& line) { std::puts(line.c_str()); }).run();
+  using namespace vantle;
+  const std::string first = count > 1 ? arguments[1] : "";
+  if (first != "test") {
+    const std::string bus = count > 2 ? arguments[2] : "";
+    const long limit = count > 3 ? std::stol(arguments[3]) : 200;
+    return Console({.ledger = first, .userBus = bus, .busLimit = std::chrono::milliseconds(limit)}).run();
+  }
+  const auto machine = LinuxMachine::forSelfTest(XdgFolders::fromEnvironment());
+  Machine ports = machine->machine();
+  return SelfTest(ports, [](const std::string& line) { std::puts(line.c_str()); }).run();
 }

@@ -21,6 +21,12 @@ std::vector<std::vector<bool>> BandPass::run() {
   for (int look = 0; look < mostLooks; ++look) {
     const std::optional<std::string> births = m_parts.files.birthMark();
     this->look();
+    // First of all, because it decides where processes stand from then on.
+    if (m_parts.units) {
+      m_parts.units->run(m_groups, {m_scan, m_trees, m_everyTree, m_roots,
+                                    [this](const ProcessStat& process) { return mayTouch(process); }});
+    }
+    lookAtBoostApp();
     for (std::size_t at = 0; at < m_groups.size(); ++at) enterGroup(at);
     if (births && births == m_parts.files.birthMark()) break;
   }
@@ -48,6 +54,9 @@ void BandPass::look() {
     m_everyTree.insert(tree.begin(), tree.end());
   }
   m_boostApp = m_scan.withDescendants(m_boostRoots);
+}
+
+void BandPass::lookAtBoostApp() {
   m_boostGroups.clear();
   for (const Pid pid : m_boostApp) {
     const ProcessStat* process = m_scan.find(pid);
@@ -112,6 +121,9 @@ bool BandPass::mayTouch(const ProcessStat& process) {
 }
 
 BandPass::Lever BandPass::leverFor(const ProcessStat& process) {
+  if (m_parts.units && m_parts.unitWeights.isLowered(m_parts.files.unifiedPath(process.pid))) {
+    return Lever::unit;
+  }
   const TaskGroup group = m_parts.taskGroups.of(process);
   if (group.kind == TaskGroup::Kind::session && sessionPlan(group.session).isOurs) return Lever::session;
   // A scheduling class says something only to those in the same group. Without an app in front to compare

@@ -6,6 +6,8 @@
 #include "platform/linux/band/SessionWeights.h"
 #include "platform/linux/band/TaskGroups.h"
 #include "platform/linux/band/ThreadLevers.h"
+#include "platform/linux/band/UnitPass.h"
+#include "platform/linux/band/UnitWeights.h"
 
 #include <span>
 #include <unordered_map>
@@ -23,6 +25,8 @@ class BandPass {
     ThreadLevers& threads;
     SessionWeights& sessions;
     TaskGroups& taskGroups;
+    UnitPass* units; // null where there is no user manager
+    UnitWeights& unitWeights;
   };
 
   BandPass(Parts parts, std::span<const BandGroup> groups, const std::vector<Pid>& boostApp);
@@ -34,7 +38,7 @@ class BandPass {
   const std::vector<std::vector<ProcessStat>>& companions() const { return m_companions; }
 
  private:
-  enum class Lever { none, session, schedulingClass };
+  enum class Lever { none, unit, session, schedulingClass };
   struct SessionPlan {
     bool isOurs = false; // all of it belongs to the apps of this pass, and its weight can be undone
     std::vector<Pid> members;
@@ -42,6 +46,7 @@ class BandPass {
   };
 
   void look();
+  void lookAtBoostApp();
   void enterGroup(std::size_t at);
   bool enter(const ProcessStat& process);
   bool mayTouch(const ProcessStat& process);

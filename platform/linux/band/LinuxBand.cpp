@@ -2,15 +2,30 @@
 #include "platform/linux/band/LinuxBand.h"
 
 #include "platform/linux/band/BandPass.h"
+#include "platform/linux/band/KernelFile.h"
 #include "platform/linux/band/ThreadCalls.h"
+#include "platform/linux/band/UnitPass.h"
 
 #include <utility>
 
 namespace vantle {
 
-LinuxBand::LinuxBand(EventLoop& loop, BandPaths paths)
+namespace {
+
+// The path stands for a neighbour of all apps, for when no app in front is known.
+std::string anyAppPath(const UnitWeights& units) { return units.appSlice() + "/-"; }
+
+std::string bootId(const std::string& procRoot) {
+  return readKernelFile(procRoot + "/sys/kernel/random/boot_id").value_or("");
+}
+
+} // namespace
+
+LinuxBand::LinuxBand(EventLoop& loop, FileStore& files, BandPaths paths)
     : m_paths(std::move(paths)), m_files(m_paths.procRoot), m_threads(m_files, m_paths.sysRoot),
-      m_sessions(loop, m_files) {
+      m_controlGroups(controlGroupMount(m_paths.sysRoot)), m_sessions(loop, m_files),
+      m_units(loop, files, {m_controlGroups, m_paths.userBus, m_paths.ledger, bootId(m_paths.procRoot)}),
+      m_frontPath(anyAppPath(m_units)) {
   m_sessions.onRaised([this](const std::vector<Pid>& members) {
     for (const Pid pid : members) m_threads.leave(pid, false);
   });
@@ -26,8 +41,10 @@ bool LinuxBand::enterBackgroundBand(Pid pid) {
 std::vector<std::vector<bool>> LinuxBand::enterBackgroundBand(std::span<const BandGroup> groups) {
   if (groups.empty()) return {};
   m_threads.refresh();
-  TaskGroups taskGroups(m_files, m_paths.procRoot, m_paths.sysRoot);
-  BandPass pass({m_files, m_threads, m_sessions, taskGroups}, groups, m_boostApp);
+  TaskGroups taskGroups(m_files, m_paths.procRoot, m_controlGroups);
+  UnitPass units(m_units, m_files, m_frontPath, std::chrono::steady_clock::now() + m_paths.busLimit);
+  BandPass pass({m_files, m_threads, m_sessions, taskGroups, m_units.isUsable() ? &units : nullptr, m_units},
+                groups, m_boostApp);
   std::vector<std::vector<bool>> entered = pass.run();
   for (std::size_t at = 0; at < groups.size(); ++at) {
     for (const ProcessStat& process : pass.companions()[at]) {
@@ -59,6 +76,7 @@ bool LinuxBand::leaveProcess(Pid pid) {
   const std::optional<ThreadMark> mark = markOf(*process);
   if (!mark) return true;
 
+  m_units.raise(m_files.unifiedPath(pid));
   // The session's weight goes back before the mark that remembers it.
   auto session = SessionWeights::Outcome::done;
   if (mark->sessionLowered) session = m_sessions.raise({pid});
@@ -89,17 +107,47 @@ std::optional<bool> LinuxBand::isInBackgroundBand(Pid pid) const {
 void LinuxBand::prepareBoostApp(Pid root, std::span<const Pid> tree) {
   m_boostApp.assign(tree.begin(), tree.end());
   m_boostApp.push_back(root);
+  m_frontPath = anyAppPath(m_units);
+  const std::optional<ProcessStat> app = m_files.stat(root);
+  if (!app || !m_units.isUsable()) return;
+  // Weights are compared between neighbours only: an app in front that stands elsewhere would share its
+  // processor with all of them together, however low each of them is.
+  if (!m_files.unifiedPath(root).starts_with(m_units.appSlice() + "/")) {
+    giveUnit(*app, m_boostApp, std::chrono::steady_clock::now() + m_paths.busLimit / 2);
+  }
+  m_frontPath = m_files.unifiedPath(root);
+}
+
+void LinuxBand::placeAsApp(Pid pid) {
+  const std::optional<ProcessStat> app = m_files.stat(pid);
+  if (!app || !m_units.isUsable()) return;
+  giveUnit(*app, {pid}, std::chrono::steady_clock::now() + m_paths.busLimit);
+}
+
+void LinuxBand::giveUnit(const ProcessStat& root, std::vector<Pid> tree, BusDeadline deadline) {
+  auto adoption = UnitPass::adoptionOf(m_units, m_files, root, std::move(tree));
+  if (!adoption) return;
+  std::vector<UnitWeights::Adoption> adoptions;
+  adoptions.push_back(std::move(*adoption));
+  m_units.adopt(adoptions, m_files, deadline);
 }
 
 void LinuxBand::reclaim() {
   m_boostApp.clear();
+  m_frontPath = anyAppPath(m_units);
   m_companions.clear();
   for (const ProcessStat& process : m_files.scan()) {
     if (process.isKernelThread() || !process.isAlive()) continue;
     if (markOf(process)) leaveProcess(process.pid);
   }
+  m_units.raiseAll();
 }
 
-bool LinuxBand::settle(std::chrono::milliseconds limit) { return m_sessions.settle(limit); }
+bool LinuxBand::settle(std::chrono::milliseconds limit) {
+  const auto end = std::chrono::steady_clock::now() + limit;
+  const bool sessions = m_sessions.settle(limit);
+  const auto left = end - std::chrono::steady_clock::now();
+  return m_units.settle(std::chrono::duration_cast<std::chrono::milliseconds>(left)) && sessions;
+}
 
 } // namespace vantle

@@ -2,12 +2,15 @@
 #pragma once
 
 #include "engine/ports/BackgroundBand.h"
+#include "engine/ports/FileStore.h"
 #include "platform/linux/band/ProcessScan.h"
 #include "platform/linux/band/SessionWeights.h"
 #include "platform/linux/band/TaskGroups.h"
 #include "platform/linux/band/ThreadLevers.h"
+#include "platform/linux/band/UnitWeights.h"
 #include "platform/shared/EventLoop.h"
 
+#include <chrono>
 #include <cstdint>
 #include <string>
 #include <unordered_map>
@@ -19,15 +22,21 @@ namespace vantle {
 struct BandPaths {
   std::string procRoot = "/proc";
   std::string sysRoot = "/sys";
-  std::string ledger; // a file of the band's own beside the journal; its folder need not exist yet
+  std::string ledger;  // a file of the band's own beside the journal; empty: kept in memory
+  std::string userBus; // address of the bus that the user's service manager is on; empty: there is none
+  // How long one call may wait for that manager.
+  std::chrono::milliseconds busLimit{200};
 };
 
 // The background band on Linux: whichever levers weigh a process against the app in front, on this desktop
 // and for this user, found by looking at each process. docs/band.md tells which, and why.
 class LinuxBand final : public BackgroundBand {
  public:
-  LinuxBand(EventLoop& loop, BandPaths paths);
+  LinuxBand(EventLoop& loop, FileStore& files, BandPaths paths);
   ~LinuxBand() override;
+
+  // Gives a process that this program started the place that a desktop gives to an app.
+  void placeAsApp(Pid pid);
 
   using BackgroundBand::enterBackgroundBand;
   bool enterBackgroundBand(Pid pid) override;
@@ -50,6 +59,7 @@ class LinuxBand final : public BackgroundBand {
   void leaveCompanions(Pid root);
   std::optional<ThreadMark> markOf(const ProcessStat& process) const;
   std::vector<Pid> sessionOf(const ProcessStat& process) const;
+  void giveUnit(const ProcessStat& root, std::vector<Pid> tree, BusDeadline deadline);
 
   BandPaths m_paths;
   ProcessFiles m_files;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/band/ProcessScan.h"
 
+#include "platform/linux/band/ControlGroupFile.h"
 #include "platform/linux/band/KernelFile.h"
 
 #include <algorithm>
@@ -66,6 +67,12 @@ Descriptor ProcessFiles::open(Pid pid, const char* file, int flags) const {
 std::optional<std::string> ProcessFiles::read(Pid pid, const char* file) const {
   PathBuffer path;
   return readKernelFile(m_root.get(), pathOf(path, pid, file));
+}
+
+std::string ProcessFiles::unifiedPath(Pid pid) const {
+  const std::optional<std::string> file = read(pid, "cgroup");
+  const auto path = file ? controlGroupPath(*file) : std::nullopt;
+  return path ? std::string(*path) : std::string();
 }
 
 std::optional<std::string> ProcessFiles::birthMark() const {

@@ -38,6 +38,7 @@ class ProcessFiles {
   // True when the process is wholly this user's: real and effective user are the one that runs this program.
   bool isOwn(Pid pid) const;
   std::optional<std::string> read(Pid pid, const char* file) const;
+  std::string unifiedPath(Pid pid) const; // in the version 2 control group tree; empty when it has none
   Descriptor open(Pid pid, const char* file, int flags) const;
   // Changes whenever a process or a thread was born anywhere; absent when the kernel does not say.
   std::optional<std::string> birthMark() const;

@@ -5,6 +5,7 @@
 #include "platform/linux/band/ProcessorSet.h"
 #include "platform/linux/band/SessionWeights.h"
 #include "platform/linux/band/ThreadCalls.h"
+#include "platform/linux/files/PosixFileStore.h"
 #include "platform/shared/PollEventLoop.h"
 #include "tests/unit/linux/band/TestProcess.h"
 
@@ -34,7 +35,8 @@ bool machineHasAutogroups() {
 
 struct Band {
   PollEventLoop loop;
-  LinuxBand band{loop, {}};
+  PosixFileStore files{"/nonexistent", PosixFileStore::Sync::none};
+  LinuxBand band{loop, files, {}};
 
   bool enter(Pid root, std::vector<Pid> tree) {
     const BandGroup group{root, tree, tree};

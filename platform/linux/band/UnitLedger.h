@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "engine/ports/FileStore.h"
+#include "platform/linux/band/UnitPath.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vantle {
+
+// Which units have, or may still have, a weight that this program gave them, and what they had before. It is
+// on disk before a unit is changed, because a service keeps its weight through a restart, when every process
+// that could remember it is gone.
+//
+// The file: {"boot": boot id, "units": [{"name", "path", "weight"}]}. Weights given at run time do not
+// outlive a boot, so the ledger of another boot counts as empty, as does one that cannot be read.
+class UnitLedger {
+ public:
+  struct Entry {
+    UnitPlace place;
+    std::uint64_t weight = 0; // before; the manager's own number for "not set"
+    friend bool operator==(const Entry&, const Entry&) = default;
+  };
+
+  // An empty path: the ledger lives in memory only.
+  UnitLedger(FileStore& files, std::string path, std::string bootId);
+
+  const std::vector<Entry>& entries() const { return m_entries; }
+  const Entry* find(const std::string& unit) const;
+
+  // False when it could not be written; then nothing was added. A unit that is there keeps its entry: what it
+  // was before is older than what it is now.
+  bool add(const std::vector<Entry>& entries);
+  void remove(const std::string& unit);
+
+ private:
+  bool save() const;
+
+  FileStore& m_files;
+  std::string m_path;
+  std::string m_bootId;
+  std::vector<Entry> m_entries;
+};
+
+} // namespace vantle

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "engine/ports/BackgroundBand.h"
+#include "platform/linux/band/ProcessScan.h"
+#include "platform/linux/band/UnitWeights.h"
+
+#include <functional>
+#include <optional>
+#include <span>
+#include <string>
+#include <unordered_map>
+#include <unordered_set>
+#include <vector>
+
+namespace vantle {
+
+// The part of a pass that goes through the user manager: finds for each process the unit whose weight decides
+// between it and the app in front, gives apps that have none a unit of their own, and lowers them all.
+class UnitPass {
+ public:
+  struct View {
+    const ProcessScan& scan;
+    const std::vector<std::unordered_set<Pid>>& trees; // one a group
+    const std::unordered_set<Pid>& everyTree;
+    const std::unordered_set<Pid>& roots;
+    std::function<bool(const ProcessStat&)> mayTouch;
+  };
+
+  UnitPass(UnitWeights& units, const ProcessFiles& files, std::string frontPath, BusDeadline deadline)
+      : m_units(units), m_files(files), m_frontPath(std::move(frontPath)), m_deadline(deadline) {}
+
+  void run(std::span<const BandGroup> groups, const View& view);
+
+  // Where an app is adopted to: a scope as desktops make them.
+  static UnitPlace scopeOf(const UnitWeights& units, const ProcessStat& root);
+  // The move of these processes of an app, and of what descends from them; absent when the app may not be
+  // moved from where its main process stands.
+  static std::optional<UnitWeights::Adoption> adoptionOf(const UnitWeights& units, const ProcessFiles& files,
+                                                         const ProcessStat& root, std::vector<Pid> processes);
+
+ private:
+  std::optional<UnitPlace> ownUnit(const ProcessStat& process, const View& view);
+  bool isOwn(const UnitPlace& place, const View& view);
+  bool belongs(const ProcessStat& process, const std::unordered_set<Pid>& inside, const View& view) const;
+
+  UnitWeights& m_units;
+  const ProcessFiles& m_files;
+  std::string m_frontPath;
+  BusDeadline m_deadline;
+  std::unordered_map<std::string, bool> m_isOwn; // by path of the unit
+};
+
+} // namespace vantle

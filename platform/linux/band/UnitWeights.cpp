@@ -1,0 +1,251 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/band/UnitWeights.h"
+
+#include "platform/linux/band/KernelFile.h"
+
+#include <algorithm>
+#include <charconv>
+#include <filesystem>
+#include <map>
+#include <system_error>
+#include <thread>
+#include <unistd.h>
+#include <utility>
+
+namespace vantle {
+
+namespace {
+
+using SteadyClock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+constexpr milliseconds firstRetry{1000};
+constexpr milliseconds lastRetry{60'000};
+constexpr milliseconds reclaimLimit{200}; // what the main loop may be held up for
+constexpr milliseconds settleStep{50};
+constexpr int mostAttachRounds = 8; // two were enough for a shell that forks without end
+
+bool hasWord(std::string_view list, std::string_view word) {
+  while (!list.empty()) {
+    const std::size_t end = list.find_first_of(" \n");
+    if (list.substr(0, end) == word) return true;
+    list.remove_prefix(end == std::string_view::npos ? list.size() : end + 1);
+  }
+  return false;
+}
+
+bool appendPids(std::string_view lines, std::vector<Pid>& pids) {
+  const char* at = lines.data();
+  const char* const end = at + lines.size();
+  while (at != end) {
+    Pid pid = 0;
+    const auto [stop, error] = std::from_chars(at, end, pid);
+    if (error != std::errc{}) return false;
+    if (pid > 0) pids.push_back(pid); // 0: a process that is not visible from here
+    at = stop == end ? stop : stop + 1;
+  }
+  return true;
+}
+
+} // namespace
+
+UnitWeights::UnitWeights(EventLoop& loop, FileStore& files, Places places)
+    : m_loop(loop), m_places(std::move(places)), m_managerPath(userManagerPath(::geteuid())),
+      m_appSlice(appSlicePath(::geteuid())), m_ledger(files, m_places.ledger, m_places.bootId),
+      m_retryDelay(firstRetry), m_manager(loop, m_places.bus) {}
+
+bool UnitWeights::isUsable() const {
+  if (!m_manager.isReachable() || m_manager.isLate() || m_places.controlGroups.empty()) return false;
+  const auto controllers = readKernelFile(m_places.controlGroups + m_managerPath + "/cgroup.controllers");
+  return controllers && hasWord(*controllers, "cpu");
+}
+
+bool UnitWeights::isIdle(const UnitPlace& place) const {
+  const auto idle = readKernelFile(m_places.controlGroups + place.path + "/cpu.idle");
+  return idle && idle->starts_with('1');
+}
+
+bool UnitWeights::isLowered(std::string_view processPath) const {
+  return std::any_of(m_ledger.entries().begin(), m_ledger.entries().end(), [&](const auto& entry) {
+    return m_inForce.contains(entry.place.name) && entry.place.holds(processPath);
+  });
+}
+
+void UnitWeights::lower(const std::vector<UnitPlace>& places, BusDeadline deadline) {
+  // What is on its way back arrives first: orders are served one after the other.
+  if (!m_raising.empty() && !m_manager.finish(deadline)) return;
+
+  auto weights = std::make_shared<std::map<std::string, std::optional<std::uint64_t>>>();
+  std::vector<UnitLedger::Entry> wanted;
+  for (const UnitPlace& place : places) {
+    if (m_raising.contains(place.name)) continue;
+    if (m_inForce.contains(place.name) && isIdle(place)) continue;
+    const UnitLedger::Entry* earlier = m_ledger.find(place.name);
+    wanted.push_back({place, earlier ? earlier->weight : 0});
+    if (earlier) {
+      (*weights)[place.name] = earlier->weight;
+    } else {
+      m_manager.getWeight(place.name, [weights, name = place.name](std::optional<std::uint64_t> weight) {
+        (*weights)[name] = weight;
+      });
+    }
+  }
+  m_manager.finish(deadline);
+  // A unit that is idle already was put there by somebody else, who will take it out again.
+  const auto isUnknown = [&weights](UnitLedger::Entry& entry) {
+    const std::optional<std::uint64_t> weight = (*weights)[entry.place.name];
+    entry.weight = weight.value_or(UserManager::idleWeight);
+    return entry.weight == UserManager::idleWeight;
+  };
+  wanted.erase(std::remove_if(wanted.begin(), wanted.end(), isUnknown), wanted.end());
+  if (wanted.empty() || SteadyClock::now() >= deadline || !m_ledger.add(wanted)) return;
+
+  for (const UnitLedger::Entry& entry : wanted) {
+    m_manager.setWeight(entry.place.name, UserManager::idleWeight, [](bool) {});
+  }
+  m_manager.barrier([](bool) {});
+  m_manager.finish(deadline);
+  for (const UnitLedger::Entry& entry : wanted) {
+    if (isIdle(entry.place)) {
+      m_inForce.insert(entry.place.name);
+    } else {
+      raiseUnit(entry.place.name); // also when it only came too late
+    }
+  }
+}
+
+void UnitWeights::raise(std::string_view processPath) {
+  std::vector<std::string> units;
+  for (const UnitLedger::Entry& entry : m_ledger.entries()) {
+    if (entry.place.holds(processPath)) units.push_back(entry.place.name);
+  }
+  for (const std::string& unit : units) raiseUnit(unit);
+}
+
+void UnitWeights::raiseUnit(const std::string& unit) {
+  m_inForce.erase(unit);
+  const UnitLedger::Entry* entry = m_ledger.find(unit);
+  if (!entry || !m_raising.insert(unit).second) return;
+  const std::uint64_t weight = entry->weight;
+  const auto giveBack = [this, unit, weight] {
+    m_manager.setWeight(unit, weight, [this, unit](bool done) { done ? forget(unit) : failed(unit); });
+  };
+  if (isIdle(entry->place)) return giveBack();
+  std::error_code ignored;
+  if (!entry->place.isService() && !entry->place.name.ends_with(".slice") &&
+      !std::filesystem::exists(m_places.controlGroups + entry->place.path, ignored)) {
+    return forget(unit); // a scope ends with its processes, and its weight with it
+  }
+  m_manager.getWeight(unit, [this, unit, giveBack](std::optional<std::uint64_t> now) {
+    if (!now) return failed(unit);
+    if (*now != UserManager::idleWeight) return forget(unit); // somebody else's choice by now
+    giveBack();
+  });
+}
+
+void UnitWeights::forget(const std::string& unit) {
+  m_raising.erase(unit);
+  m_ledger.remove(unit);
+  if (!hasDebts()) {
+    m_retry.reset();
+    m_retryDelay = firstRetry;
+  }
+}
+
+void UnitWeights::failed(const std::string& unit) {
+  m_raising.erase(unit);
+  if (m_retry || !m_manager.isReachable()) return;
+  m_retry = m_loop.after(m_retryDelay, [this] {
+    m_retry.reset();
+    raiseDebts();
+  });
+  m_retryDelay = std::min(m_retryDelay * 2, lastRetry);
+}
+
+void UnitWeights::raiseDebts() {
+  std::vector<std::string> debts;
+  for (const UnitLedger::Entry& entry : m_ledger.entries()) {
+    if (!m_inForce.contains(entry.place.name)) debts.push_back(entry.place.name);
+  }
+  for (const std::string& unit : debts) raiseUnit(unit);
+}
+
+bool UnitWeights::hasDebts() const {
+  return std::any_of(m_ledger.entries().begin(), m_ledger.entries().end(),
+                     [this](const auto& entry) { return !m_inForce.contains(entry.place.name); });
+}
+
+void UnitWeights::raiseAll() {
+  m_inForce.clear();
+  raiseDebts();
+  m_manager.finish(SteadyClock::now() + reclaimLimit);
+}
+
+bool UnitWeights::settle(milliseconds limit) {
+  const BusDeadline end = SteadyClock::now() + limit;
+  for (;;) {
+    m_manager.finish(end);
+    if (!hasDebts()) return true;
+    if (SteadyClock::now() >= end || !m_manager.isReachable()) return false;
+    std::this_thread::sleep_for(std::min<SteadyClock::duration>(settleStep, end - SteadyClock::now()));
+    raiseDebts();
+  }
+}
+
+void UnitWeights::adopt(std::vector<Adoption>& adoptions, const ProcessFiles& files, BusDeadline deadline) {
+  auto started = std::make_shared<std::set<std::string>>();
+  for (const Adoption& adoption : adoptions) {
+    if (adoption.isStarted) started->insert(adoption.scope);
+  }
+  // Twice: one process that ended meanwhile makes the manager refuse the whole list.
+  for (int attempt = 0; attempt < 2; ++attempt) {
+    const ProcessScan now(files);
+    for (const Adoption& adoption : adoptions) {
+      const std::vector<Pid> pids =
+          started->contains(adoption.scope) ? std::vector<Pid>{} : adoption.outside(now);
+      if (pids.empty()) continue;
+      m_manager.startScope(adoption.scope, pids, [started, scope = adoption.scope](bool done) {
+        if (done) started->insert(scope);
+      });
+    }
+    m_manager.finish(deadline);
+  }
+
+  // Moving goes on after the answer, and processes that were born meanwhile are still where their parents
+  // were: each round moves what is left.
+  for (int round = 0; round < mostAttachRounds && SteadyClock::now() < deadline; ++round) {
+    m_manager.barrier([](bool) {});
+    m_manager.finish(deadline);
+    bool isComplete = true;
+    const ProcessScan now(files);
+    for (Adoption& adoption : adoptions) {
+      if (!started->contains(adoption.scope) || adoption.succeeded) continue;
+      const std::vector<Pid> outside = adoption.outside(now);
+      adoption.succeeded = outside.empty();
+      isComplete = isComplete && adoption.succeeded;
+      if (round == 0) continue; // the first move may still be under way
+      for (const Pid pid : outside) m_manager.attach(adoption.scope, pid, [](bool) {});
+    }
+    if (isComplete) return;
+    m_manager.finish(deadline);
+  }
+}
+
+std::optional<std::vector<Pid>> UnitWeights::processesIn(const std::string& path) const {
+  const std::string folder = m_places.controlGroups + path;
+  const auto own = readKernelFile(folder + "/cgroup.procs");
+  std::vector<Pid> pids;
+  if (!own || !appendPids(*own, pids)) return std::nullopt;
+  std::error_code error;
+  for (std::filesystem::directory_iterator below(folder, error), end; !error && below != end;
+       below.increment(error)) {
+    if (!below->is_directory(error)) continue;
+    const auto inner = processesIn(path + "/" + below->path().filename().string());
+    if (!inner) return std::nullopt;
+    pids.insert(pids.end(), inner->begin(), inner->end());
+  }
+  if (error) return std::nullopt;
+  return pids;
+}
+
+} // namespace vantle

@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/linux/band/ProcessScan.h"
+#include "platform/linux/band/UnitLedger.h"
+#include "platform/linux/band/UnitPath.h"
+#include "platform/linux/band/UserManager.h"
+#include "platform/shared/EventLoop.h"
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vantle {
+
+// Lowers and gives back the weight of units of the user manager, and moves apps into units of their own.
+//
+// The manager answers "done" even where the kernel was never told, so whether a weight is in force is read
+// from the unit's own folder. Giving back never waits: what cannot be done now (no bus, an error) stays in
+// the ledger and is tried again later, and at the latest by the next start.
+class UnitWeights {
+ public:
+  struct Places {
+    std::string controlGroups; // mount of the version 2 tree; empty for none
+    std::string bus;           // address of the user bus; empty for none
+    std::string ledger;
+    std::string bootId;
+  };
+  // An app that is to stand in a unit of its own.
+  struct Adoption {
+    std::string scope;
+    // Those of its processes that do not stand there yet; asked again until there are none.
+    std::function<std::vector<Pid>(const ProcessScan& now)> outside;
+    bool isStarted = false; // the scope exists already
+    bool succeeded = false;
+  };
+
+  UnitWeights(EventLoop& loop, FileStore& files, Places places);
+
+  // Whether there is a user manager with power over processor time.
+  bool isUsable() const;
+  const std::string& managerPath() const { return m_managerPath; }
+  const std::string& appSlice() const { return m_appSlice; }
+
+  void lower(const std::vector<UnitPlace>& places, BusDeadline deadline);
+  // Whether the unit that this path leads through was lowered by this program and still is.
+  bool isLowered(std::string_view processPath) const;
+  void raise(std::string_view processPath);
+  void raiseAll();
+  void adopt(std::vector<Adoption>& adoptions, const ProcessFiles& files, BusDeadline deadline);
+
+  // Waits until nothing is left to give back, at most this long; true when nothing is.
+  bool settle(std::chrono::milliseconds limit);
+
+  // Every process in a folder and below it; absent when it cannot be read.
+  std::optional<std::vector<Pid>> processesIn(const std::string& path) const;
+
+ private:
+  void raiseUnit(const std::string& unit);
+  void forget(const std::string& unit);
+  void failed(const std::string& unit);
+  void raiseDebts();
+  bool hasDebts() const;
+  bool isIdle(const UnitPlace& place) const; // as the kernel has it
+
+  EventLoop& m_loop;
+  Places m_places;
+  std::string m_managerPath;
+  std::string m_appSlice;
+  UnitLedger m_ledger;
+  std::set<std::string> m_inForce; // units of the ledger that stay lowered for now
+  std::set<std::string> m_raising; // units whose weight is on its way back
+  std::chrono::milliseconds m_retryDelay;
+  std::unique_ptr<EventLoop::Handle> m_retry;
+  UserManager m_manager; // goes first: its answers come here
+};
+
+} // namespace vantle
