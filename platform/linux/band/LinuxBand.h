@@ -64,8 +64,11 @@ class LinuxBand final : public BackgroundBand {
   BandPaths m_paths;
   ProcessFiles m_files;
   ThreadLevers m_threads;
+  std::string m_controlGroups; // mount of the version 2 tree
   SessionWeights m_sessions;
+  UnitWeights m_units;
   std::vector<Pid> m_boostApp;                                  // the app in front, with its tree
+  std::string m_frontPath;                                      // and its place in the control group tree
   std::unordered_map<Pid, std::vector<Companion>> m_companions; // by the app's main process
 };
 
