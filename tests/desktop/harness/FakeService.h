@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <functional>
+#include <map>
+#include <mutex>
+#include <set>
+#include <string>
+#include <systemd/sd-bus.h>
+#include <thread>
+#include <utility>
+
+namespace vantle::desktop {
+
+// A program on a bus that answers as a test wants it to. It runs in a thread of its own, since who asks may
+// wait for the answer.
+class FakeService {
+ public:
+  // Fills in the reply; for a signature that does not fit the call fails.
+  using Answer = std::function<void(sd_bus_message* call, sd_bus_message* reply)>;
+
+  // Owns the name when the constructor returns.
+  FakeService(const std::string& address, const std::string& name);
+  ~FakeService(); // leaves the bus
+  FakeService(const FakeService&) = delete;
+  FakeService& operator=(const FakeService&) = delete;
+
+  // For calls of that path and member; whatever has no answer is an error to the caller. An empty path stands
+  // for all paths.
+  void answer(const std::string& path, const std::string& member, Answer answer);
+  // Calls of that member are taken and never answered.
+  void ignore(const std::string& member);
+  int calls(const std::string& member) const; // so far
+
+ private:
+  void serve();
+  static int take(sd_bus_message* message, void* self, sd_bus_error* error);
+
+  mutable std::mutex m_mutex;
+  std::map<std::pair<std::string, std::string>, Answer> m_answers;
+  std::map<std::string, int> m_calls;
+  std::set<std::string> m_ignored;
+  sd_bus* m_bus = nullptr; // used by the thread alone once that runs
+  int m_stop = -1;         // an eventfd
+  std::thread m_thread;
+};
+
+} // namespace vantle::desktop

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "tests/desktop/harness/PrivateBus.h"
+#include "tests/desktop/harness/Program.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vantle::desktop {
+
+// systemd's login daemon on a system bus of its own, in a mount namespace of its own. Needs root.
+class Logind {
+ public:
+  static bool isPossible();
+
+  Logind(); // ready for calls
+  PrivateBus& bus() { return m_bus; }
+  Program& daemon() { return *m_daemon; }
+  void start(); // again, after it was killed
+
+  // Holds an inhibitor until the program ends (or for a minute); its process is the holder.
+  Program& inhibit(const std::string& what, const std::string& mode);
+  // Runs a small tool against this bus to its end; true when it succeeded.
+  bool run(std::vector<std::string> command);
+
+ private:
+  Start startOf(std::vector<std::string> command) const;
+
+  PrivateBus m_bus;
+  std::unique_ptr<Program> m_daemon;
+  std::vector<std::unique_ptr<Program>> m_programs;
+};
+
+} // namespace vantle::desktop

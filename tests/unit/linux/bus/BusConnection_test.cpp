@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/bus/BusConnection.h"
+
+#include "platform/linux/bus/BusBatch.h"
+#include "platform/shared/PollEventLoop.h"
+#include "tests/desktop/harness/FakeService.h"
+#include "tests/desktop/harness/PrivateBus.h"
+#include "tests/desktop/harness/Wait.h"
+
+#include <csignal>
+#include <gtest/gtest.h>
+#include <string>
+#include <sys/resource.h>
+
+namespace vantle {
+namespace {
+
+using namespace std::chrono_literals;
+using desktop::FakeService;
+using desktop::guardLimit;
+using desktop::PrivateBus;
+
+constexpr BusMethod echo{"org.example.Echo", "/org/example", "org.example.Echo", "Echo"};
+
+BusDeadline in(std::chrono::milliseconds time) { return std::chrono::steady_clock::now() + time; }
+
+struct Bus : testing::Test {
+  Bus() {
+    service.answer("", "Echo", [](sd_bus_message* call, sd_bus_message* reply) {
+      const char* text = "";
+      sd_bus_message_read(call, "s", &text);
+      sd_bus_message_append(reply, "s", text);
+    });
+  }
+
+  BusMessage request(const char* text) {
+    BusMessage message = connection.methodCall(echo);
+    if (message) sd_bus_message_append(message.get(), "s", text);
+    return message;
+  }
+  static std::string textOf(sd_bus_message* reply) {
+    const char* text = "nothing";
+    if (reply) sd_bus_message_read(reply, "s", &text);
+    return text;
+  }
+  std::string ask(const char* text) { return textOf(connection.call(request(text), in(guardLimit)).get()); }
+
+  PrivateBus bus;
+  FakeService service{bus.address(), "org.example.Echo"};
+  PollEventLoop loop;
+  BusConnection connection{loop, bus.address()};
+};
+
+TEST_F(Bus, CallsAndWaits) {
+  EXPECT_EQ(ask("one"), "one");
+  EXPECT_EQ(ask("two"), "two");
+}
+
+TEST_F(Bus, AnErrorIsNoReply) {
+  EXPECT_FALSE(connection.call(
+      connection.methodCall({"org.example.Echo", "/", "org.example.Echo", "Unknown"}), in(guardLimit)));
+  EXPECT_FALSE(connection.call(connection.methodCall({"org.example.Nobody", "/", "org.example.Echo", "Echo"}),
+                               in(guardLimit)));
+  EXPECT_EQ(ask("still there"), "still there");
+}
+
+TEST_F(Bus, DeliversRepliesAndSignalsOnTheLoop) {
+  int signals = 0;
+  const BusSlot slot = connection.match(
+      "type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg0='org.example.New'",
+      [&](sd_bus_message*) { ++signals; });
+  ASSERT_TRUE(slot);
+  std::string heard;
+  ASSERT_TRUE(connection.callAsync(request("later"), guardLimit,
+                                   [&](sd_bus_message* reply) { heard = textOf(reply); }));
+  EXPECT_EQ(heard, "");
+  EXPECT_TRUE(loop.runUntil([&] { return heard == "later"; }, guardLimit));
+
+  const FakeService other(bus.address(), "org.example.New");
+  EXPECT_TRUE(loop.runUntil([&] { return signals == 1; }, guardLimit));
+}
+
+TEST_F(Bus, AHungDaemonCostsNoMoreThanTheDeadline) {
+  bus.daemon().signal(SIGSTOP);
+  EXPECT_FALSE(connection.call(request("handshake"), in(50ms))); // a daemon that does not even let in
+  bus.daemon().signal(SIGCONT);
+  EXPECT_EQ(ask("again"), "again");
+
+  service.ignore("Echo");
+  EXPECT_FALSE(connection.call(request("no answer"), in(50ms)));
+  bool failed = false;
+  connection.callAsync(request("no answer"), 50ms, [&](sd_bus_message* reply) { failed = reply == nullptr; });
+  EXPECT_TRUE(loop.runUntil([&] { return failed; }, guardLimit));
+}
+
+TEST_F(Bus, ALostDaemonIsNoticedAndItsSuccessorFound) {
+  EXPECT_EQ(ask("before"), "before");
+  int lost = 0;
+  const auto registration = connection.onLost([&] { ++lost; });
+  service.ignore("Echo");
+  int replies = 0;
+  bool gotReply = true;
+  connection.callAsync(request("under way"), guardLimit, [&](sd_bus_message* reply) {
+    ++replies;
+    gotReply = reply != nullptr;
+  });
+  bus.kill();
+  EXPECT_TRUE(loop.runUntil([&] { return lost == 1; }, guardLimit));
+  EXPECT_EQ(replies, 1);
+  EXPECT_FALSE(gotReply);
+  EXPECT_FALSE(connection.isOpen());
+  EXPECT_FALSE(connection.call(request("nobody"), in(guardLimit)));
+
+  bus.start();
+  EXPECT_TRUE(connection.call(
+      connection.methodCall({"org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetId"}), in(guardLimit)));
+}
+
+TEST_F(Bus, ASuccessorIsFoundBeforeTheLoopRanAgain) {
+  EXPECT_EQ(ask("before"), "before");
+  bus.kill();
+  bus.start();
+  EXPECT_TRUE(connection.call(
+      connection.methodCall({"org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetId"}), in(guardLimit)));
+}
+
+TEST_F(Bus, WithoutABusThereIsNoMessage) {
+  BusConnection nowhere(loop, "unix:path=/nonexistent/bus");
+  EXPECT_FALSE(nowhere.call(nowhere.methodCall(echo), in(50ms)));
+  BusConnection nonsense(loop, "no address at all");
+  EXPECT_FALSE(nonsense.methodCall(echo));
+  EXPECT_FALSE(nonsense.match("type='signal'", [](sd_bus_message*) {}));
+  EXPECT_FALSE(nonsense.callAsync(nullptr, 50ms, [](sd_bus_message*) { FAIL(); }));
+}
+
+TEST_F(Bus, ABatchWaitsForAllOfItsCalls) {
+  BusBatch batch(connection);
+  const std::size_t first = batch.add(request("first"));
+  const std::size_t none = batch.add(nullptr);
+  const std::size_t error =
+      batch.add(connection.methodCall({"org.example.Nobody", "/", "org.example.A", "B"}));
+  const std::size_t last = batch.add(request("last"));
+  EXPECT_TRUE(batch.wait(in(guardLimit)));
+  EXPECT_EQ(textOf(batch.reply(first)), "first");
+  EXPECT_EQ(batch.reply(none), nullptr);
+  EXPECT_EQ(batch.reply(error), nullptr);
+  EXPECT_EQ(textOf(batch.reply(last)), "last");
+}
+
+TEST_F(Bus, ABatchMayEndBeforeItsReplies) {
+  {
+    BusBatch batch(connection);
+    batch.add(request("too late"));
+    EXPECT_FALSE(batch.wait({}));
+  }
+  EXPECT_EQ(ask("next"), "next");
+}
+
+TEST_F(Bus, AKeptConnectionDoesNotWakeTheProgram) {
+  EXPECT_EQ(ask("one"), "one");
+  const auto switches = [] {
+    rusage usage{};
+    ::getrusage(RUSAGE_THREAD, &usage);
+    return usage.ru_nvcsw;
+  };
+  loop.runUntil([] { return false; }, 50ms); // what the conversation has left to do
+  const long before = switches();
+  loop.runUntil([] { return false; }, 500ms);
+  EXPECT_LE(switches() - before, 1); // the one wait itself
+}
+
+} // namespace
+} // namespace vantle

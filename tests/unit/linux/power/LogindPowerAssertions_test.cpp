@@ -1,0 +1,220 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/power/LogindPowerAssertions.h"
+
+#include "platform/shared/PollEventLoop.h"
+#include "tests/desktop/harness/FakeService.h"
+#include "tests/desktop/harness/PrivateBus.h"
+#include "tests/desktop/harness/Wait.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <map>
+#include <memory>
+#include <string>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+namespace vantle {
+namespace {
+
+using desktop::FakeService;
+using desktop::PrivateBus;
+using testing::IsEmpty;
+using testing::Pair;
+using testing::UnorderedElementsAre;
+
+constexpr const char* sleepType = "PreventSystemSleep";
+constexpr const char* idleSystemType = "PreventUserIdleSystemSleep";
+constexpr const char* idleDisplayType = "PreventUserIdleDisplaySleep";
+
+struct Inhibitor {
+  const char* what;
+  const char* mode;
+  std::uint32_t user;
+  std::uint32_t pid;
+};
+
+class Programs final : public ProcessTable {
+ public:
+  std::map<Pid, std::string> paths;
+
+  std::optional<ProcessRecord> record(Pid) const override { return {}; }
+  std::vector<ProcessRecord> scan() const override {
+    std::vector<ProcessRecord> all;
+    for (const auto& [pid, path] : paths) all.push_back({pid, 1, 0, 0});
+    return all;
+  }
+  std::optional<std::string> executablePathBytes(Pid pid) const override { return paths.at(pid); }
+  std::optional<std::uint64_t> footprint(Pid) const override { return {}; }
+  std::optional<std::uint64_t> cpuTime(Pid) const override { return {}; }
+  std::optional<int> schedulerPriority(Pid) const override { return {}; }
+};
+
+// One bus stands for the system's and the session's. The session manager is a thread of this very process.
+struct Assertions : testing::Test {
+  void inhibitors(std::vector<Inhibitor> list) {
+    logind.answer("", "ListInhibitors", [list](sd_bus_message*, sd_bus_message* reply) {
+      sd_bus_message_open_container(reply, 'a', "(ssssuu)");
+      for (const Inhibitor& entry : list) {
+        sd_bus_message_append(reply, "(ssssuu)", entry.what, "somebody", "for a reason", entry.mode,
+                              entry.user, entry.pid);
+      }
+      sd_bus_message_close_container(reply);
+    });
+  }
+
+  // What the session manager holds for others: one object each, named by its place.
+  struct Held {
+    std::uint32_t flags;
+    const char* client;
+    const char* appId;
+  };
+  void sessionHolds(const std::vector<Held>& list) {
+    session = std::make_unique<FakeService>(bus.address(), "org.gnome.SessionManager");
+    std::vector<std::string> paths;
+    for (const Held& held : list) {
+      const std::string path = "/org/gnome/SessionManager/Inhibitor" + std::to_string(paths.size());
+      paths.push_back(path);
+      session->answer(path, "GetFlags", [held](sd_bus_message*, sd_bus_message* reply) {
+        sd_bus_message_append(reply, "u", held.flags);
+      });
+      session->answer(path, "GetAppId", [held](sd_bus_message*, sd_bus_message* reply) {
+        sd_bus_message_append(reply, "s", held.appId);
+      });
+      session->answer(path, "GetClientId", [held](sd_bus_message*, sd_bus_message* reply) {
+        sd_bus_message_append(reply, "o", held.client);
+      });
+    }
+    session->answer("", "GetInhibitors", [paths](sd_bus_message*, sd_bus_message* reply) {
+      sd_bus_message_open_container(reply, 'a', "o");
+      for (const std::string& path : paths) sd_bus_message_append(reply, "o", path.c_str());
+      sd_bus_message_close_container(reply);
+    });
+  }
+
+  std::vector<std::pair<Pid, std::string>> ask() {
+    std::vector<std::pair<Pid, std::string>> pairs;
+    for (const auto& [pid, type] : power.assertions()) pairs.emplace_back(pid, type);
+    return pairs;
+  }
+
+  const std::uint32_t self = static_cast<std::uint32_t>(::getpid());
+  PrivateBus bus;
+  FakeService logind{bus.address(), "org.freedesktop.login1"};
+  std::unique_ptr<FakeService> session;
+  PollEventLoop loop;
+  BusConnection system{loop, bus.address()};
+  BusConnection user{loop, bus.address()};
+  Programs programs;
+  LogindPowerAssertions power{system, user, programs};
+};
+
+TEST(KindsFromList, OrderAndNeighboursDoNotMatter) {
+  struct Row {
+    const char* list;
+    bool sleep;
+    bool idle;
+  };
+  for (const Row& row : {Row{"sleep", true, false}, Row{"idle", false, true}, Row{"idle:sleep", true, true},
+                         Row{"handle-lid-switch:sleep:shutdown", true, false},
+                         Row{"shutdown:handle-power-key:idle", false, true}, Row{"shutdown", false, false},
+                         Row{"handle-suspend-key", false, false}, Row{"asleep:idleness", false, false},
+                         Row{"", false, false}, Row{":::", false, false}, Row{":sleep:", true, false}}) {
+    EXPECT_EQ(kindsFromList(row.list).sleep, row.sleep) << row.list;
+    EXPECT_EQ(kindsFromList(row.list).idle, row.idle) << row.list;
+  }
+}
+
+TEST(IsProgramOfApp, ComparesTheLastPartOfPathAndId) {
+  for (const auto& [path, id] :
+       std::vector<std::pair<const char*, const char*>>{{"/usr/lib/firefox/firefox", "firefox"},
+                                                        {"/usr/lib/firefox-esr/firefox-esr", "firefox"},
+                                                        {"/usr/lib/firefox/firefox", "org.mozilla.firefox"},
+                                                        {"/usr/bin/totem", "org.gnome.Totem"},
+                                                        {"/usr/bin/vlc", "/usr/bin/vlc"},
+                                                        {"/opt/app/org.example.App", "org.example.App"}}) {
+    EXPECT_TRUE(isProgramOfApp(path, id)) << path << " " << id;
+  }
+  for (const auto& [path, id] :
+       std::vector<std::pair<const char*, const char*>>{{"/usr/bin/firefoxes", "firefox"},
+                                                        {"/usr/bin/fire", "firefox"},
+                                                        {"/usr/bin/sh", ""},
+                                                        {"", "firefox"},
+                                                        {"", ""},
+                                                        {"/usr/bin/app", "org.example."}}) {
+    EXPECT_FALSE(isProgramOfApp(path, id)) << path << " " << id;
+  }
+}
+
+TEST_F(Assertions, BlockingInhibitorsOfSleepAndIdlenessCount) {
+  inhibitors({{"sleep", "block", 1000, 101},
+              {"idle", "block", 1000, 102},
+              {"handle-lid-switch:idle:sleep", "block", 1000, 103},
+              {"sleep:idle", "delay", 1000, 104},
+              {"sleep", "block-weak", 1000, 105},
+              {"shutdown:handle-power-key", "block", 1000, 106}});
+  EXPECT_THAT(ask(), UnorderedElementsAre(Pair(101, sleepType), Pair(102, idleSystemType),
+                                          Pair(102, idleDisplayType), Pair(103, sleepType),
+                                          Pair(103, idleSystemType), Pair(103, idleDisplayType)));
+}
+
+TEST_F(Assertions, HoldersOfOtherUsersCountAndImpossibleOnesDoNot) {
+  inhibitors({{"sleep", "block", 0, 201},
+              {"sleep", "block", 1001, 202},
+              {"sleep", "block", 1000, 0},
+              {"sleep", "block", 1000, 4294967295}});
+  EXPECT_THAT(ask(), UnorderedElementsAre(Pair(201, sleepType), Pair(202, sleepType)));
+}
+
+TEST_F(Assertions, ADaemonThatSaysSomethingElseHoldsNothing) {
+  logind.answer("", "ListInhibitors",
+                [](sd_bus_message*, sd_bus_message* reply) { sd_bus_message_append(reply, "s", "none"); });
+  EXPECT_THAT(ask(), IsEmpty());
+  inhibitors({});
+  EXPECT_THAT(ask(), IsEmpty());
+}
+
+TEST_F(Assertions, TheSessionManagerStandsForTheAppsBehindIt) {
+  programs.paths = {
+      {301, "/usr/bin/bash"}, {302, "/usr/lib/firefox/firefox"}, {303, "/usr/lib/firefox/firefox"}};
+  inhibitors({{"sleep:idle", "block", 1000, self}, {"idle", "block", 1000, 300}});
+  sessionHolds({{12, "/org/gnome/SessionManager/Client1", "some app"}, // registered
+                {8, "/", "org.example.Player"},                        // owns the name of its id
+                {4, "/", "firefox"},                                   // only its program is called so
+                {3, "/", "org.example.Editor"},                        // logging out and switching the user
+                {8, "/", "nobody"}});
+  session->answer("/org/gnome/SessionManager/Client1", "GetUnixProcessId",
+                  [](sd_bus_message*, sd_bus_message* reply) { sd_bus_message_append(reply, "u", 310); });
+  const FakeService player(bus.address(), "org.example.Player");
+
+  // The player is a thread of this process as well: it alone brings the number in.
+  EXPECT_THAT(ask(), UnorderedElementsAre(
+                         Pair(300, idleSystemType), Pair(300, idleDisplayType), Pair(310, sleepType),
+                         Pair(310, idleSystemType), Pair(310, idleDisplayType), Pair(self, idleSystemType),
+                         Pair(self, idleDisplayType), Pair(302, sleepType), Pair(303, sleepType)));
+}
+
+TEST_F(Assertions, TheSessionManagerItselfHoldsNothing) {
+  inhibitors({{"sleep", "block", 1000, self}, {"idle", "block", 1000, 400}});
+  sessionHolds({});
+  EXPECT_THAT(ask(), UnorderedElementsAre(Pair(400, idleSystemType), Pair(400, idleDisplayType)));
+}
+
+TEST_F(Assertions, ASessionManagerThatHangsHidesNobodyElse) {
+  inhibitors({{"sleep", "block", 1000, self}, {"sleep", "block", 1000, 500}});
+  sessionHolds({{4, "/", "firefox"}});
+  session->ignore("GetInhibitors");
+  for (int at = 0; at < 50; ++at) EXPECT_THAT(ask(), UnorderedElementsAre(Pair(500, sleepType)));
+  EXPECT_EQ(session->calls("GetInhibitors"), 1); // it is not asked again while it owes an answer
+}
+
+TEST_F(Assertions, TheSessionManagerIsAskedOnlyWhenItHoldsSomething) {
+  inhibitors({{"sleep", "block", 1000, 600}});
+  sessionHolds({{4, "/", "firefox"}});
+  EXPECT_THAT(ask(), UnorderedElementsAre(Pair(600, sleepType)));
+  EXPECT_EQ(session->calls("GetInhibitors"), 0);
+}
+
+} // namespace
+} // namespace vantle
