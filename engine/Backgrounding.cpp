@@ -56,7 +56,12 @@ void Engine::manage(std::span<const AppRef> apps, const std::set<Pid>& shielded,
   std::vector<Candidate> candidates;
   std::vector<BandGroup> groups;
   std::vector<ProcessIdentity> recorded;
-  std::set<Pid> chosen; // an app that another one started belongs to that one, whose tree holds it
+  // An app that another one started (from a terminal, say) is an app of its own: it is slowed, protected or
+  // in front by itself, not as a part of what happens to stand above it.
+  std::set<Pid> everyApp;
+  for (const AppRef& app : m_machine.workspace.runningApplications())
+    everyApp.insert(app->processIdentifier());
+  std::set<Pid> chosen; // no process twice, even if an app is listed twice
   for (const AppRef& app : apps) {
     if (!shouldManage(*app, shielded, snapshot)) continue;
     const Pid pid = app->processIdentifier();
@@ -64,7 +69,7 @@ void Engine::manage(std::span<const AppRef> apps, const std::set<Pid>& shielded,
     if (!root) continue;
 
     Candidate candidate{app, *root, m_machine.clock.processMicros(), {}};
-    BandGroup group{pid, snapshot.processTree(pid), {}};
+    BandGroup group{pid, snapshot.processTree(pid, everyApp), {}};
     for (const Pid member : group.tree) {
       // A process that is in the band already was put there by somebody else, who will take it out again.
       if (chosen.contains(member) || m_machine.band.isInBackgroundBand(member) == true) continue;

@@ -48,14 +48,16 @@ const std::vector<Pid>& ProcessSnapshot::childPIDs(Pid pid) const {
   return found == m_children.end() ? none : found->second;
 }
 
-std::vector<Pid> ProcessSnapshot::processTree(Pid root) const {
+std::vector<Pid> ProcessSnapshot::processTree(Pid root) const { return processTree(root, {}); }
+
+std::vector<Pid> ProcessSnapshot::processTree(Pid root, const std::set<Pid>& others) const {
   std::vector<Pid> tree;
   std::vector<Pid> toVisit{root};
   std::unordered_set<Pid> visited;
   while (!toVisit.empty()) {
     const Pid pid = toVisit.back();
     toVisit.pop_back();
-    if (!visited.insert(pid).second) continue;
+    if (!visited.insert(pid).second || (pid != root && others.contains(pid))) continue;
     tree.push_back(pid);
     const std::vector<Pid>& children = childPIDs(pid);
     toVisit.insert(toVisit.end(), children.begin(), children.end());

@@ -33,6 +33,9 @@ class ProcessSnapshot {
   // later comes first. The root is always there, even when it no longer exists.
   std::vector<Pid> processTree(Pid root) const;
 
+  // The same without what belongs to others: below the root, the walk stops at each of these.
+  std::vector<Pid> processTree(Pid root, const std::set<Pid>& others) const;
+
  private:
   std::unordered_map<Pid, std::vector<Pid>> m_children;
 };

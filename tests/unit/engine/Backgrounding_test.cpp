@@ -227,17 +227,39 @@ TEST_F(Backgrounding, aChildOfOneMicrosecondBeforeIsNotSwept) {
   EXPECT_TRUE(isSlow(helper));
 }
 
-TEST_F(Backgrounding, anAppThatAnotherOneStartedBelongsToThatOne) {
+TEST_F(Backgrounding, anAppThatAnotherOneStartedIsAnAppOfItsOwn) {
   start();
   const SimulatedAppRef terminal = open("Terminal");
+  const Pid shell = childOf(terminal);
   AppSpec spec = named("Editor");
-  spec.parent = childOf(terminal);
+  spec.parent = shell;
   const SimulatedAppRef editor = open(spec);
+  const Pid plugin = childOf(editor);
   const SimulatedAppRef game = playGame();
-  EXPECT_THAT(engine->managedNames.get(), ElementsAre("Terminal"));
-  EXPECT_TRUE(isSlow(editor));
+  EXPECT_THAT(engine->managedNames.get(), ElementsAre("Editor", "Terminal"));
+  EXPECT_THAT(entryOf(terminal).members,
+              ElementsAre(identityOf(terminal->processIdentifier()), identityOf(shell)));
+
+  machine.activate(editor);
+  EXPECT_FALSE(isSlow(editor)) << "it is in front";
+  EXPECT_FALSE(isSlow(plugin));
+  EXPECT_TRUE(isSlow(shell));
   machine.quit(game);
-  EXPECT_FALSE(isSlow(editor));
+  EXPECT_FALSE(isSlow(shell));
+}
+
+TEST_F(Backgrounding, aProtectedAppThatWasStartedFromATerminalIsNotSlowedWithIt) {
+  start();
+  settings->protectedApps.set({"org.example.Chat"});
+  const SimulatedAppRef terminal = open("Terminal");
+  AppSpec spec = named("Chat");
+  spec.parent = childOf(terminal);
+  const SimulatedAppRef chat = open(spec);
+  const Pid call = childOf(chat);
+  playGame();
+  EXPECT_TRUE(isSlow(terminal));
+  EXPECT_FALSE(isSlow(chat));
+  EXPECT_FALSE(isSlow(call));
 }
 
 TEST_F(Backgrounding, anEntryMissingFromTheBandsRefusalIsForgottenAllTheSame) {
