@@ -11,6 +11,7 @@ Pressable {
     property color color: Look.accent
 
     label: text
+    tip: words.truncated ? text : ""
     implicitWidth: words.implicitWidth + 32
     implicitHeight: prominent ? 40 : 36
     ringRadius: height / 2
@@ -28,6 +29,7 @@ Pressable {
         anchors.rightMargin: 16
         horizontalAlignment: Text.AlignHCenter
         text: button.text
+        elide: Text.ElideMiddle
         color: button.prominent ? "white" : Look.primary
         font.pixelSize: button.prominent ? 14 : 13
         font.weight: button.prominent ? Font.DemiBold : Font.Normal

@@ -7,8 +7,6 @@
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
-#include <QGuiApplication>
-#include <QPalette>
 
 namespace vantle {
 namespace {
@@ -23,14 +21,10 @@ const auto key = QStringLiteral("color-scheme");
 constexpr uint preferDark = 1;
 constexpr uint preferLight = 2;
 
-constexpr int darkBelow = 128; // lightness of a window's ground
-
 } // namespace
 
 DesktopScheme::DesktopScheme(QObject* parent)
-    : QObject(parent), m_fallback(gtkThemeIsDark() ||
-                                  QGuiApplication::palette().color(QPalette::Window).lightness() < darkBelow),
-      m_dark(m_fallback) {
+    : QObject(parent), m_fallback(gtkThemeIsDark()), m_dark(m_fallback) {
   QDBusConnection bus = QDBusConnection::sessionBus();
   if (!bus.isConnected()) return;
   bus.connect(service, path, interface, QStringLiteral("SettingChanged"), this,

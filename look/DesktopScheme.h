@@ -6,7 +6,7 @@
 
 namespace vantle {
 
-// Whether the desktop itself is dark: as its settings portal says, else as its GTK theme or the toolkit does.
+// Whether the desktop itself is dark: as its settings portal says, else as its GTK theme is.
 class DesktopScheme : public QObject {
   Q_OBJECT
 

@@ -8,7 +8,8 @@ Item {
     id: pressable
 
     property string label     // its name for screen readers
-    property string help      // shown as a tip, and told to screen readers
+    property string help      // told to screen readers
+    property string tip: help // shown while the pointer rests on it
     property real ringRadius: 8
     property bool checkable: false
     property bool checked: false
@@ -61,7 +62,7 @@ Item {
     }
     HoverTip {
         target: pressable
-        text: pressable.help
+        text: pressable.tip
         wanted: pressable.hovered
     }
 }

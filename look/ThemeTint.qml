@@ -9,9 +9,11 @@ Item {
     property color color: Look.accent
     property real light
     property real dark
+    property real radius: 0
 
-    Rectangle {
+    RoundedBox {
         anchors.fill: parent
+        radius: tint.radius
         color: Look.faded(tint.color, Look.dark ? tint.dark : tint.light)
     }
 }

@@ -8,6 +8,7 @@ Text {
     font.pixelSize: 13
     elide: Text.ElideRight
     textFormat: Text.PlainText
+    horizontalAlignment: Text.AlignLeft // whichever way the text itself runs
     verticalAlignment: Text.AlignVCenter
     Accessible.role: Accessible.StaticText
     Accessible.name: text

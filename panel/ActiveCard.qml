@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import Vantle.Look
+import Vantle.Panel
+
+// The Boost app, and in three figures what the Boost does.
+Card {
+    id: card
+
+    required property PanelModel panel
+
+    verticalPadding: 12
+    spacing: 12
+
+    Item {
+        width: parent.width
+        height: 40
+
+        RoundedBox {
+            id: tile
+            width: 40
+            height: 40
+            radius: 10
+            color: Look.accent
+
+            Symbol {
+                anchors.centerIn: parent
+                width: 22
+                height: 22
+                name: "bolt.fill"
+                color: "white"
+            }
+        }
+        NameText {
+            anchors.left: tile.right
+            anchors.leftMargin: 10
+            anchors.right: parent.right
+            y: 1
+            text: card.panel.gameName
+            font.pixelSize: 15
+            font.bold: true
+            Accessible.role: Accessible.Heading
+        }
+        StatusLine {
+            anchors.left: tile.right
+            anchors.leftMargin: 10
+            anchors.right: parent.right
+            anchors.bottom: parent.bottom
+            anchors.bottomMargin: 1
+            color: Look.green
+            text: "Boost on"
+        }
+    }
+    Item {
+        id: stats
+
+        readonly property real third: width / 3
+
+        width: parent.width
+        height: 40
+
+        Stat {
+            width: stats.third
+            value: String(card.panel.usage.length)
+            label: "in background"
+        }
+        Divider {
+            x: stats.third
+            y: 4
+            height: parent.height - 8
+        }
+        Stat {
+            x: stats.third
+            width: stats.third
+            value: String(card.panel.protectedNames.length)
+            label: "protected"
+        }
+        Divider {
+            x: 2 * stats.third
+            y: 4
+            height: parent.height - 8
+        }
+        Stat {
+            x: 2 * stats.third
+            width: stats.third
+            value: card.panel.pressureWord
+            label: "memory pressure"
+        }
+    }
+}

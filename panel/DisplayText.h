@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+#include <string>
+
+namespace vantle {
+
+// A name that comes from outside, fit to be shown: on one line, without control characters or marks that turn
+// the direction of the text around it, and of at most 300 characters. A right-to-left name is isolated, so
+// that it keeps its own order without changing its neighbours'.
+QString displayText(const std::string& utf8);
+
+} // namespace vantle

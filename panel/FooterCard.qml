@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import Vantle.Look
+import Vantle.Panel
+
+Card {
+    id: card
+
+    required property PanelModel panel
+
+    horizontalPadding: 12
+
+    Toggle {
+        width: parent.width
+        height: 40
+        text: "Start Boost automatically"
+        font.pixelSize: 13
+        checked: card.panel.automatic
+        onTriggered: card.panel.automatic = !card.panel.automatic
+    }
+    CapsuleButton {
+        width: parent.width
+        visible: card.panel.boosting
+        prominent: true
+        text: "Turn off Boost"
+        onTriggered: card.panel.turnOffBoost()
+    }
+    Item {
+        width: parent.width
+        height: 36
+
+        PlainButton {
+            anchors.centerIn: parent
+            text: "Quit Vantle"
+            font.pixelSize: 12
+            color: Look.secondary
+            onTriggered: card.panel.quit()
+        }
+    }
+}

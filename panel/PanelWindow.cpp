@@ -1,0 +1,156 @@
+// SPDX-License-Identifier: MIT
+#include "panel/PanelWindow.h"
+
+#include "engine/Invariant.h"
+#include "panel/Compositing.h"
+#include "panel/PanelPlacement.h"
+#include "panel/Resources.h"
+
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QQmlComponent>
+#include <QQuickItem>
+#include <QScreen>
+#include <cmath>
+#include <utility>
+
+namespace vantle {
+namespace {
+
+constexpr int margin = 4; // to the edges of the screen
+constexpr qreal cornerRadius = 14;
+constexpr int grabRetryInterval = 40; // milliseconds
+constexpr int maxGrabAttempts = 25;   // about as long as anybody holds a button down for a click
+
+} // namespace
+
+PanelWindow::PanelWindow(Engine& engine, AppSettings& settings, PanelModel::Actions actions)
+    : m_engine(settings), m_model(engine, std::move(actions)) {
+  setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+  setTitle(QStringLiteral("Vantle"));
+  m_grabRetry.setInterval(grabRetryInterval);
+  connect(&m_grabRetry, &QTimer::timeout, this, &PanelWindow::grabPointer);
+  connect(this, &QQuickWindow::frameSwapped, this, [this] {
+    if (std::exchange(m_awaitsFrame, false)) emit shown();
+  });
+  makeView();
+  followScreens();
+}
+
+PanelWindow::~PanelWindow() {
+  m_view.reset(); // before the engine that made it
+}
+
+void PanelWindow::makeView() {
+  registerPanelTypes();
+  const bool translucent = screenIsComposited();
+  if (translucent) {
+    QSurfaceFormat surface = format();
+    surface.setAlphaBufferSize(8);
+    setFormat(surface);
+  }
+  setColor(translucent ? Qt::transparent : Qt::black);
+  QQmlComponent component(&m_engine, QUrl(QStringLiteral("qrc:/qt/qml/Vantle/Panel/PanelView.qml")));
+  QObject* root =
+      component.createWithInitialProperties({{QStringLiteral("panel"), QVariant::fromValue(&m_model)},
+                                             {QStringLiteral("radius"), translucent ? cornerRadius : 0.0}});
+  if (root == nullptr) qCritical("%s", qPrintable(component.errorString()));
+  m_view.reset(qobject_cast<QQuickItem*>(root));
+  invariant(m_view != nullptr, "the panel's view is part of the program");
+  m_view->setParentItem(contentItem());
+  connect(m_view.get(), &QQuickItem::implicitHeightChanged, this, &PanelWindow::place);
+}
+
+void PanelWindow::open(std::optional<QRect> anchor) {
+  m_anchor = anchor;
+  m_awaitsFrame = true;
+  m_model.appear();
+  place();
+  show();
+  raise();
+  requestActivate();
+  m_view->forceActiveFocus();
+  m_grabAttempts = 0;
+  if (QGuiApplication::platformName() == QLatin1String("xcb")) m_grabRetry.start();
+  update();
+}
+
+void PanelWindow::dismiss() {
+  if (!isVisible()) return;
+  m_grabRetry.stop();
+  setMouseGrabEnabled(false);
+  m_awaitsFrame = false;
+  m_model.disappear();
+  hide();
+  emit dismissed();
+}
+
+// A click in a bar or on the empty desktop moves no keyboard focus, so the pointer's grab tells of it. While
+// the click that opened the panel still holds the button down, another program has the grab.
+void PanelWindow::grabPointer() {
+  const bool done = isExposed() && setMouseGrabEnabled(true);
+  if (done || ++m_grabAttempts >= maxGrabAttempts) m_grabRetry.stop();
+}
+
+bool PanelWindow::event(QEvent* event) {
+  if (event->type() == QEvent::MouseButtonPress) {
+    const QPointF place = static_cast<QMouseEvent*>(event)->position();
+    if (!QRectF(0, 0, width(), height()).contains(place)) {
+      dismiss();
+      return true;
+    }
+  }
+  const bool handled = QQuickWindow::event(event);
+  if (event->type() == QEvent::FocusOut) dismiss();
+  if (event->type() == QEvent::Close) m_model.disappear();
+  return handled;
+}
+
+void PanelWindow::keyPressEvent(QKeyEvent* event) {
+  if (event->key() == Qt::Key_Escape) {
+    dismiss();
+    return;
+  }
+  QQuickWindow::keyPressEvent(event);
+}
+
+QScreen* PanelWindow::screenOfAnchor() const {
+  QScreen* screen = m_anchor ? QGuiApplication::screenAt(m_anchor->center()) : nullptr;
+  return screen != nullptr ? screen : QGuiApplication::primaryScreen();
+}
+
+// The anchor, or where trays usually are; also when the anchor's screen is gone.
+QRect PanelWindow::anchorOn(const QScreen& screen) const {
+  if (m_anchor && screen.geometry().contains(m_anchor->center())) return *m_anchor;
+  return {screen.availableGeometry().topRight(), QSize(1, 1)};
+}
+
+void PanelWindow::place() {
+  QScreen* screen = screenOfAnchor();
+  if (screen == nullptr || !m_view) return; // between two screens; placed when the next one is there
+  const QRect available = screen->availableGeometry();
+  m_view->setProperty("maximumHeight", available.height() - 2 * margin);
+  const QSize wanted(static_cast<int>(m_view->implicitWidth()),
+                     static_cast<int>(std::ceil(m_view->implicitHeight())));
+  const QRect target = panelPlace(anchorOn(*screen), wanted, screen->geometry(), available);
+  setScreen(screen);
+  setGeometry(target);
+  m_view->setSize(target.size());
+}
+
+void PanelWindow::followScreens() {
+  const auto placeIfOpen = [this] {
+    if (isVisible()) place();
+  };
+  connect(qApp, &QGuiApplication::screenRemoved, this, placeIfOpen);
+  connect(qApp, &QGuiApplication::primaryScreenChanged, this, placeIfOpen);
+  const auto follow = [this, placeIfOpen](QScreen* screen) {
+    connect(screen, &QScreen::geometryChanged, this, placeIfOpen);
+    connect(screen, &QScreen::availableGeometryChanged, this, placeIfOpen);
+  };
+  for (QScreen* screen : QGuiApplication::screens()) follow(screen);
+  connect(qApp, &QGuiApplication::screenAdded, this, follow);
+}
+
+} // namespace vantle

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "panel/tray/TrayTypes.h"
+
+#include <QObject>
+#include <functional>
+
+namespace vantle {
+
+// The tray icon's menu (com.canonical.dbusmenu), shown by the tray itself. It never changes.
+class TrayMenu : public QObject {
+  Q_OBJECT
+  Q_CLASSINFO("D-Bus Interface", "com.canonical.dbusmenu")
+  Q_PROPERTY(uint Version READ version)
+  Q_PROPERTY(QString TextDirection READ textDirection)
+  Q_PROPERTY(QString Status READ status)
+  Q_PROPERTY(QStringList IconThemePath READ iconThemePath)
+
+ public:
+  struct Actions {
+    std::function<void()> open;
+    std::function<void()> settings;
+    std::function<void()> quit;
+  };
+
+  explicit TrayMenu(Actions actions) : m_actions(std::move(actions)) {}
+
+  uint version() const { return 3; } // of the protocol
+  QString textDirection() const { return QStringLiteral("ltr"); }
+  QString status() const { return QStringLiteral("normal"); }
+  QStringList iconThemePath() const { return {}; }
+
+ public slots:
+  uint GetLayout(int parentId, int recursionDepth, const QStringList& propertyNames,
+                 vantle::MenuLayout& layout);
+  QList<vantle::MenuProperties> GetGroupProperties(const QList<int>& ids, const QStringList& propertyNames);
+  QDBusVariant GetProperty(int id, const QString& name);
+  void Event(int id, const QString& eventId, const QDBusVariant& data, uint timestamp);
+  QList<int> EventGroup(const QList<vantle::MenuEvent>& events);
+  bool AboutToShow(int id);
+  QList<int> AboutToShowGroup(const QList<int>& ids, QList<int>& idErrors);
+
+ signals:
+  void LayoutUpdated(uint revision, int parent);
+
+ private:
+  Actions m_actions;
+};
+
+} // namespace vantle

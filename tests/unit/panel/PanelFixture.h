@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "engine/Engine.h"
+#include "panel/PanelController.h"
+#include "panel/PanelWindow.h"
+#include "platform/simulated/SampleDesktop.h"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QQuickItem>
+#include <functional>
+#include <gtest/gtest.h>
+
+namespace vantle {
+
+// A simulated desktop with an engine and a panel on it.
+class PanelFixture : public ::testing::Test {
+ protected:
+  SimulatedMachine machine;
+  AppSettings settings{machine.defaults};
+  Engine engine{machine.ports(), settings};
+  int settingsOpened = 0;
+  int quits = 0;
+  PanelController panel{engine, settings, [this] { ++settingsOpened; }, [this] { ++quits; }};
+
+  static bool until(const std::function<bool()>& holds) {
+    const QDeadlineTimer guard(20'000);
+    while (!holds() && !guard.hasExpired()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    return holds();
+  }
+
+  void open() {
+    bool shown = false;
+    const auto connection =
+        QObject::connect(&panel, &PanelController::opened, &panel, [&shown] { shown = true; });
+    panel.show();
+    EXPECT_TRUE(until([&shown] { return shown; }));
+    QObject::disconnect(connection);
+  }
+
+  // All texts that can be seen, from top to bottom in the order of the view.
+  QStringList texts() const {
+    QStringList found;
+    if (panel.window() != nullptr) collect(*panel.window()->view(), found);
+    return found;
+  }
+
+  QQuickItem* itemNamed(const QString& label) const { return find(*panel.window()->view(), label); }
+
+  void press(const QString& label) const {
+    QQuickItem* item = itemNamed(label);
+    ASSERT_NE(item, nullptr) << label.toStdString();
+    ASSERT_TRUE(QMetaObject::invokeMethod(item, "trigger"));
+  }
+
+ private:
+  static void collect(const QQuickItem& item, QStringList& found) {
+    if (!item.isVisible()) return;
+    const QVariant text = item.property("text");
+    if (item.inherits("QQuickText") && !text.toString().isEmpty()) found.append(text.toString());
+    for (const QQuickItem* child : item.childItems()) collect(*child, found);
+  }
+
+  static QQuickItem* find(QQuickItem& item, const QString& label) {
+    if (item.isVisible() && item.property("label").toString() == label) return &item;
+    for (QQuickItem* child : item.childItems()) {
+      if (QQuickItem* found = find(*child, label)) return found;
+    }
+    return nullptr;
+  }
+};
+
+} // namespace vantle

@@ -1,0 +1,278 @@
+// SPDX-License-Identifier: MIT
+#include "tests/unit/panel/PanelFixture.h"
+
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <gmock/gmock.h>
+
+namespace vantle {
+namespace {
+
+using ::testing::ElementsAre;
+
+class Panel : public PanelFixture {
+ protected:
+  SampleDesktop desktop;
+
+  void openWithSample() {
+    desktop = openSampleDesktop(machine);
+    open();
+  }
+  void openBoosting() {
+    desktop = openSampleDesktop(machine);
+    machine.activate(desktop.game);
+    open();
+  }
+  void key(int code) {
+    QKeyEvent down(QEvent::KeyPress, code, Qt::NoModifier);
+    QKeyEvent up(QEvent::KeyRelease, code, Qt::NoModifier);
+    QCoreApplication::sendEvent(panel.window(), &down);
+    QCoreApplication::sendEvent(panel.window(), &up);
+  }
+  std::uint64_t audioProbes() { return machine.calls.countOf(Operation::probeAudio); }
+};
+
+TEST_F(Panel, ShowsOnlyTheIdleCardAndTheMacWhenNoAppWasEverInFront) {
+  machine.processes.find(machine.host.self)->footprint = 48'200'000;
+  open();
+  EXPECT_EQ(texts(), (QStringList{"vantle", "Ready to boost",
+                                  "Starts on its own for games and any app you add, like your editor.",
+                                  "Boost off", "Your Mac", "Memory pressure", "Normal", "Vantle itself",
+                                  "46 MB memory", "Start Boost automatically", "Quit Vantle"}));
+}
+
+TEST_F(Panel, OffersToBoostTheAppInFront) {
+  openWithSample();
+  const QStringList shown = texts();
+  EXPECT_TRUE(shown.contains("In front: Web Browser"));
+  EXPECT_TRUE(shown.contains("Boost Web Browser now"));
+  EXPECT_TRUE(shown.contains("Always boost Web Browser"));
+  EXPECT_FALSE(shown.contains("Turn off Boost"));
+}
+
+TEST_F(Panel, HasNoFrontBlockForAnAppWithoutAName) {
+  machine.launch({.bundleID = "org.example.nameless"}, Opening::inFront);
+  open();
+  ASSERT_NE(engine.lastFrontmost.get(), nullptr);
+  EXPECT_TRUE(texts().filter("In front").isEmpty());
+  EXPECT_TRUE(texts().filter("Always boost").isEmpty());
+}
+
+TEST_F(Panel, ShowsWhatABoostDoes) {
+  openBoosting();
+  EXPECT_EQ(texts(), (QStringList{"vantle",          "Asteroids",     "Boost on",
+                                  "4",               "in background", "1",
+                                  "protected",       "Normal",        "memory pressure",
+                                  "In background",   "Memory",        "Web Browser",
+                                  "1.17 GB",         "Chat",          "347 MB",
+                                  "Mail",            "236 MB",        "Text Editor",
+                                  "58 MB",           "Not touched",   QString::fromStdString(engine.protectedInUse().at(0)),
+                                  "Start Boost automatically", "Turn off Boost", "Quit Vantle"}));
+}
+
+TEST_F(Panel, SaysSoWhenNothingIsInTheBackground) {
+  machine.launch({.name = "Asteroids", .category = "public.app-category.games"}, Opening::inFront);
+  open();
+  EXPECT_TRUE(texts().contains("No apps in the background right now."));
+  EXPECT_FALSE(texts().contains("Not touched"));
+}
+
+TEST_F(Panel, NamesThePressure) {
+  machine.pressure.kernelLevel = 4;
+  open();
+  EXPECT_TRUE(texts().contains("Critical"));
+  panel.close();
+  machine.pressure.kernelLevel = 2;
+  open();
+  EXPECT_TRUE(texts().contains("High"));
+  EXPECT_EQ(panel.window()->model().pressure(), PanelModel::Warning);
+}
+
+TEST_F(Panel, FollowsTheEngineAtOnce) {
+  openWithSample();
+  machine.activate(desktop.game);
+  EXPECT_TRUE(texts().contains("Boost on"));
+  EXPECT_TRUE(texts().contains("Mail"));
+  engine.stopBoost();
+  EXPECT_TRUE(texts().contains("Ready to boost"));
+  EXPECT_FALSE(texts().contains("Turn off Boost"));
+}
+
+TEST_F(Panel, ReadsTheMachineWhenItAppearsAndWhenTheManagedAppsChangeOnly) {
+  openWithSample();
+  const auto afterOpening = audioProbes();
+  engine.setAutomatic(false);
+  machine.activate(desktop.mail);
+  settings.accent.set(AccentTheme::pink);
+  EXPECT_EQ(audioProbes(), afterOpening);
+  engine.recheckManaged();
+  panel.close();
+  const auto closed = audioProbes();
+  engine.startBoost(desktop.editor);
+  const auto whileClosed = audioProbes() - closed; // the engine's own
+  engine.stopBoost();
+  open();
+  EXPECT_EQ(audioProbes(), closed + whileClosed + 1);
+}
+
+TEST_F(Panel, BoostsTheAppInFront) {
+  openWithSample();
+  engine.dismissedPID = desktop.browser->processIdentifier();
+  press("Boost Web Browser now");
+  EXPECT_EQ(engine.activeGame.get(), desktop.browser);
+  EXPECT_EQ(engine.dismissedPID, std::nullopt);
+  EXPECT_TRUE(texts().contains("Boost on"));
+}
+
+TEST_F(Panel, DoesNotBoostAnAppThatHasEnded) {
+  openWithSample();
+  const AppRef browser = desktop.browser;
+  machine.delivery = EventDelivery::onDemand; // ended, but nobody has heard of it yet
+  machine.quit(desktop.browser);
+  panel.window()->model().boostNow();
+  EXPECT_EQ(engine.activeGame.get(), nullptr);
+}
+
+TEST_F(Panel, AlwaysBoostsTheAppInFront) {
+  openWithSample();
+  press("Always boost Web Browser");
+  EXPECT_THAT(settings.userGames.get(), ElementsAre("org.example.browser"));
+  EXPECT_EQ(engine.activeGame.get(), desktop.browser);
+}
+
+TEST_F(Panel, TurnsTheBoostOffForGood) {
+  openBoosting();
+  press("Turn off Boost");
+  EXPECT_EQ(engine.activeGame.get(), nullptr);
+  EXPECT_EQ(engine.dismissedPID, desktop.game->processIdentifier());
+  machine.activate(desktop.browser);
+  machine.activate(desktop.game);
+  EXPECT_EQ(engine.activeGame.get(), nullptr);
+}
+
+TEST_F(Panel, SwitchesAutomaticBoost) {
+  open();
+  press("Start Boost automatically");
+  EXPECT_FALSE(engine.automatic.get());
+  EXPECT_FALSE(itemNamed("Start Boost automatically")->property("checked").toBool());
+  engine.setAutomatic(true);
+  EXPECT_TRUE(itemNamed("Start Boost automatically")->property("checked").toBool());
+}
+
+TEST_F(Panel, OpensSettingsAndQuitsAndIsClosedThen) {
+  open();
+  press("Settings");
+  EXPECT_EQ(settingsOpened, 1);
+  EXPECT_FALSE(panel.isOpen());
+  open();
+  press("Quit Vantle");
+  EXPECT_EQ(quits, 1);
+  EXPECT_FALSE(panel.isOpen());
+}
+
+TEST_F(Panel, ClosesOnEscapeAndOnAClickElsewhere) {
+  open();
+  key(Qt::Key_Escape);
+  EXPECT_FALSE(panel.isOpen());
+  open();
+  QMouseEvent inside(QEvent::MouseButtonPress, QPointF(3, 3), QPointF(3, 3), Qt::LeftButton, Qt::LeftButton,
+                     Qt::NoModifier);
+  QCoreApplication::sendEvent(panel.window(), &inside);
+  EXPECT_TRUE(panel.isOpen());
+  QMouseEvent outside(QEvent::MouseButtonPress, QPointF(-3, 3), QPointF(-3, 3), Qt::LeftButton,
+                      Qt::LeftButton, Qt::NoModifier);
+  QCoreApplication::sendEvent(panel.window(), &outside);
+  EXPECT_FALSE(panel.isOpen());
+  panel.toggle(); // the tray tells of the very click that closed it
+  EXPECT_FALSE(panel.isOpen());
+}
+
+TEST_F(Panel, TabReachesEveryControl) {
+  openWithSample();
+  QStringList reached;
+  for (int i = 0; i < 6; ++i) {
+    key(Qt::Key_Tab);
+    reached.append(panel.window()->activeFocusItem()->property("label").toString());
+  }
+  EXPECT_EQ(reached, (QStringList{"Settings", "Boost Web Browser now", "Always boost Web Browser",
+                                  "Start Boost automatically", "Quit Vantle", "Settings"}));
+  key(Qt::Key_Backtab);
+  key(Qt::Key_Backtab);
+  key(Qt::Key_Space);
+  EXPECT_FALSE(engine.automatic.get());
+}
+
+TEST_F(Panel, ArrowsGoThroughTheList) {
+  openBoosting();
+  key(Qt::Key_Tab);
+  key(Qt::Key_Tab);
+  const auto current = [this] { return panel.window()->activeFocusItem()->property("name").toString(); };
+  EXPECT_EQ(current(), "Web Browser");
+  key(Qt::Key_Down);
+  key(Qt::Key_Down);
+  EXPECT_EQ(current(), "Mail");
+  for (int i = 0; i < 9; ++i) key(Qt::Key_Down);
+  EXPECT_EQ(current(), "Text Editor");
+  key(Qt::Key_Tab);
+  EXPECT_EQ(panel.window()->activeFocusItem()->property("label").toString(), "Start Boost automatically");
+  key(Qt::Key_Backtab);
+  EXPECT_EQ(current(), "Text Editor");
+}
+
+TEST_F(Panel, ScrollsWithFortyApps) {
+  for (int i = 0; i < 40; ++i) machine.launch({.name = "App " + std::to_string(i)}, Opening::inBackground);
+  desktop = openSampleDesktop(machine);
+  machine.activate(desktop.game);
+  open();
+  const QRect available = QGuiApplication::primaryScreen()->availableGeometry();
+  EXPECT_TRUE(available.contains(panel.window()->geometry()));
+  key(Qt::Key_Tab);
+  key(Qt::Key_Tab);
+  for (int i = 0; i < 60; ++i) key(Qt::Key_Down);
+  const QQuickItem* line = panel.window()->activeFocusItem();
+  const QRectF shown = line->mapRectToScene(line->boundingRect());
+  EXPECT_TRUE(QRectF(0, 40, 360, panel.window()->height() - 100).contains(shown));
+  EXPECT_TRUE(texts().contains("Turn off Boost"));
+}
+
+TEST_F(Panel, SurvivesAnyName) {
+  std::string endless(10'000, 'W');
+  for (const std::string& name : {endless, std::string("\u202Eevil\u202C\x01\n"), std::string("שלום עולם"),
+                                  std::string("<b>bold</b> %1 &amp;"), std::string("\xff\xfe")}) {
+    machine.launch({.name = name, .icon = name}, Opening::inBackground);
+  }
+  const auto game = machine.launch({.name = endless, .category = "public.app-category.games"}, Opening::inFront);
+  open();
+  EXPECT_EQ(panel.window()->width(), 360);
+  EXPECT_FALSE(panel.window()->grabWindow().isNull());
+  EXPECT_TRUE(texts().contains("<b>bold</b> %1 &amp;"));
+  engine.stopBoost();
+  EXPECT_EQ(texts().filter("In front: ").size(), 1);
+  machine.quit(game);
+}
+
+TEST_F(Panel, ShowsAPlaceholderForAnAppThatHasGone) {
+  openBoosting();
+  machine.delivery = EventDelivery::onDemand;
+  machine.quit(desktop.mail);
+  EXPECT_EQ(panel.window()->model().iconOf(desktop.mail->processIdentifier() + 10'000), QString());
+  EXPECT_TRUE(texts().contains("Mail"));
+}
+
+TEST_F(Panel, HasNothingBeforeTheFirstOpeningAndNothingAWhileAfterTheLast) {
+  EXPECT_EQ(panel.window(), nullptr);
+  bool discarded = false;
+  QObject::connect(&panel, &PanelController::discarded, &panel, [&discarded] { discarded = true; });
+  panel.setKeepTime(10);
+  open();
+  panel.close();
+  EXPECT_NE(panel.window(), nullptr);
+  EXPECT_TRUE(until([&discarded] { return discarded; }));
+  EXPECT_EQ(panel.window(), nullptr);
+  engine.setAutomatic(false); // nobody listens any more
+  open();
+  EXPECT_TRUE(panel.isOpen());
+}
+
+} // namespace
+} // namespace vantle

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+#include "panel/PanelPlacement.h"
+
+#include <gtest/gtest.h>
+
+namespace vantle {
+namespace {
+
+const QSize panel(360, 500);
+const QRect screen(0, 0, 1280, 800);
+
+TEST(Placement, IsRightBesideTheAnchorOnEveryEdge) {
+  const QRect topBar(0, 30, 1280, 770);
+  EXPECT_EQ(panelPlace({600, 4, 22, 22}, panel, screen, topBar), QRect(430, 34, 360, 500));
+  const QRect bottomBar(0, 0, 1280, 770);
+  EXPECT_EQ(panelPlace({600, 774, 22, 22}, panel, screen, bottomBar), QRect(430, 266, 360, 500));
+  const QRect leftBar(40, 0, 1240, 800);
+  EXPECT_EQ(panelPlace({9, 400, 22, 22}, panel, screen, leftBar), QRect(44, 160, 360, 500));
+  const QRect rightBar(0, 0, 1240, 800);
+  EXPECT_EQ(panelPlace({1249, 400, 22, 22}, panel, screen, rightBar), QRect(876, 160, 360, 500));
+}
+
+TEST(Placement, NeverLeavesTheScreen) {
+  for (const QRect& each : {screen, QRect(1280, 200, 1024, 768), QRect(-1920, 0, 1920, 1080)}) {
+    const QRect available = each.adjusted(0, 24, -48, 0);
+    for (int x = each.left(); x <= each.right(); x += 31) {
+      for (int y = each.top(); y <= each.bottom(); y += 29) {
+        const QRect place = panelPlace({x, y, 1, 1}, panel, each, available);
+        ASSERT_TRUE(available.contains(place)) << x << "," << y;
+        ASSERT_EQ(place.size(), panel);
+      }
+    }
+  }
+}
+
+TEST(Placement, IsCutWhereTheScreenIsTooSmall) {
+  const QRect tiny(0, 0, 320, 240);
+  EXPECT_EQ(panelPlace({310, 5, 1, 1}, panel, tiny, tiny), QRect(4, 4, 312, 232));
+}
+
+TEST(Placement, PutsAnAnchorOfAnotherScreenWithinThisOne) {
+  EXPECT_TRUE(screen.contains(panelPlace({5000, 5000, 22, 22}, panel, screen, screen)));
+}
+
+} // namespace
+} // namespace vantle
