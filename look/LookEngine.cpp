@@ -15,14 +15,16 @@ constexpr int pixmapCacheKilobytes =
 }
 
 LookEngine::LookEngine(AppSettings& settings, QObject* parent) : QQmlEngine(parent), m_settings(settings) {
-  prepareRendering();
   registerLookTypes();
   addImportPath(QStringLiteral("qrc:/qt/qml"));
   QPixmapCache::setCacheLimit(pixmapCacheKilobytes);
   chooseIconTheme();
 }
 
-void prepareRendering() { QQuickWindow::setGraphicsApi(QSGRendererInterface::Software); }
+void prepareRendering() {
+  if (QQuickWindow::graphicsApi() == QSGRendererInterface::Software) return;
+  QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
+}
 
 void giveMemoryBack() {
   QPixmapCache::clear();

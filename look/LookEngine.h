@@ -21,7 +21,7 @@ class LookEngine : public QQmlEngine {
   AppSettings& m_settings;
 };
 
-// To be called before the application object's first window, and before any LookEngine.
+// Chooses the software renderer. To be called before the first QQuickWindow is made.
 void prepareRendering();
 
 // Hands the heap of a destroyed engine back to the system.

@@ -29,6 +29,7 @@ bool PanelController::isOpen() const { return m_window && m_window->isVisible();
 void PanelController::ensureWindow() {
   m_discard.stop();
   if (m_window) return;
+  prepareRendering();
   m_window = std::make_unique<PanelWindow>(
       m_engine, m_settings, PanelModel::Actions{[this] { openSettings(); }, [this] { quit(); }});
   connect(m_window.get(), &PanelWindow::shown, this, &PanelController::opened);

@@ -14,6 +14,7 @@
 #include <QGuiApplication>
 #include <QHash>
 #include <QQuickItem>
+#include <QTimer>
 #include <cmath>
 #include <cstdio>
 #include <functional>
@@ -83,6 +84,8 @@ void check(const QQuickItem& item, const QImage& picture, Findings& findings) {
 
 bool waitFor(const std::function<bool()>& holds) {
   const QDeadlineTimer guard(30'000);
+  QTimer alarm; // ends the waiting for events when there are none
+  alarm.start(1'000);
   while (!holds() && !guard.hasExpired()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
   return holds();
 }
@@ -159,7 +162,8 @@ bool draw(const State& state, AppearanceMode mode, AccentTheme accent, const QSt
   Findings findings;
   check(*panel.window()->view(), picture, findings);
   const bool good = findings.texts > 8 && findings.unreadable == 0 && picture.save(path);
-  std::printf("%s %s: %d texts", good ? "ok" : "NOT OK", qPrintable(QFileInfo(path).fileName()), findings.texts);
+  std::printf("%s %s: %d texts", good ? "ok" : "NOT OK", qPrintable(QFileInfo(path).fileName()),
+              findings.texts);
   if (findings.leastOnAccent < 21) std::printf(", white on the accent %.2f", findings.leastOnAccent);
   std::printf("\n");
   return good;

@@ -12,7 +12,9 @@ TEST(DisplayText, LeavesOrdinaryNamesAlone) {
 }
 
 TEST(DisplayText, IsOneLineWithoutControlCharacters) {
-  EXPECT_EQ(displayText("a\nb\tc\x01" "d\x1b[31m\x7f"), QStringLiteral("a b c d [31m"));
+  EXPECT_EQ(displayText("a\nb\tc\x01"
+                        "d\x1b[31m\x7f"),
+            QStringLiteral("a b c d [31m"));
   EXPECT_EQ(displayText("a\u2028b\u2029c"), QStringLiteral("a b c"));
   EXPECT_EQ(displayText(std::string("a\0b", 3)), QStringLiteral("a b"));
   EXPECT_EQ(displayText(" \n\t "), QString());

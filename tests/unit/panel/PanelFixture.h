@@ -9,6 +9,7 @@
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QQuickItem>
+#include <QTimer>
 #include <functional>
 #include <gtest/gtest.h>
 
@@ -26,6 +27,8 @@ class PanelFixture : public ::testing::Test {
 
   static bool until(const std::function<bool()>& holds) {
     const QDeadlineTimer guard(20'000);
+    QTimer alarm; // ends the waiting for events when there are none
+    alarm.start(1'000);
     while (!holds() && !guard.hasExpired()) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     return holds();
   }
