@@ -4,6 +4,7 @@
 #include "BuildConfiguration.h"
 
 #include <QCoreApplication>
+#include <QDBusConnection>
 #include <QDesktopServices>
 #include <QUrl>
 #include <csignal>
@@ -12,6 +13,12 @@
 #include <utility>
 
 namespace vantle {
+
+namespace {
+
+constexpr const char* busName = "com.halvo.vantle";
+
+} // namespace
 
 AppSettings& AppDelegate::settings() {
   if (!m_settings) m_settings = std::make_unique<AppSettings>(m_machine.defaults);
@@ -37,10 +44,22 @@ UpdateChecker& AppDelegate::updateChecker() {
 }
 
 void AppDelegate::applicationDidFinishLaunching() {
+  settings().applyAppearance = [this](AppearanceMode mode) { m_appearance.apply(mode); };
   settings().applyAppearance(settings().appearance.get());
   engine();
   updateChecker().checkIfDue();
+  showInTray();
   installSignalSources();
+}
+
+// The object on the bus lets an app menu open the panel of the copy that runs, tray or no tray.
+void AppDelegate::showInTray() {
+  m_panel = std::make_unique<PanelController>(
+      engine(), settings(), [] {}, [] { QCoreApplication::quit(); });
+  m_trayItem = std::make_unique<TrayItem>(engine(), *m_panel);
+  QDBusConnection bus = QDBusConnection::sessionBus();
+  exportApplication(*m_panel, bus);
+  bus.registerService(busName);
 }
 
 void AppDelegate::installSignalSources() {

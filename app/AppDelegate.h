@@ -5,6 +5,9 @@
 #include "engine/AppSettings.h"
 #include "engine/Engine.h"
 #include "engine/ports/Machine.h"
+#include "look/Appearance.h"
+#include "panel/PanelController.h"
+#include "panel/TrayItem.h"
 #include "platform/shared/EventLoop.h"
 #include "update/UpdateChecker.h"
 
@@ -31,15 +34,19 @@ class AppDelegate {
   UpdateChecker& updateChecker();
 
  private:
+  void showInTray();
   void installSignalSources();
   // Puts everything back and ends the program with status 0.
   void restoreAndExit();
 
   EventLoop& m_loop;
   Machine m_machine;
+  Appearance m_appearance;
   std::unique_ptr<AppSettings> m_settings;
   std::unique_ptr<Engine> m_engine;
   std::unique_ptr<UpdateChecker> m_updateChecker;
+  std::unique_ptr<PanelController> m_panel;
+  std::unique_ptr<TrayItem> m_trayItem;
   std::vector<std::unique_ptr<SignalSource>> m_signalSources;
 };
 

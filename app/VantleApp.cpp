@@ -75,7 +75,8 @@ int VantleApp::run() {
   QGuiApplication::setQuitOnLastWindowClosed(false);
   QGuiApplication application(m_argc, m_argv);
   QtEventLoop loop;
-  const std::unique_ptr<LinuxMachine> machine = LinuxMachine::forDesktop(folders, loop, [] { QCoreApplication::exit(EXIT_SUCCESS); });
+  const std::unique_ptr<LinuxMachine> machine =
+      LinuxMachine::forDesktop(folders, loop, [] { QCoreApplication::exit(EXIT_SUCCESS); });
   askFormerEditionToQuit(machine->machine().workspace);
 
   AppDelegate delegate(loop, machine->machine());

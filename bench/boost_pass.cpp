@@ -73,7 +73,7 @@ class BenchWorkspace final : public Workspace {
 struct BenchMachine {
   explicit BenchMachine(const std::string& folder, const std::vector<pid_t>& roots)
       : files(folder, PosixFileStore::Sync::none), epoch(BootEpoch::load(files, {})), processes(epoch),
-        clock(epoch), band(loop, files, {.ledger = folder + "/band.json"}), workspace(roots) {}
+        clock(epoch), band(loop, files, {.ledger = folder + "/band.json", .userBus = {}}), workspace(roots) {}
 
   Machine ports() {
     return {host,          processes, band,  workspace, audio,    power, pressure,
