@@ -17,11 +17,11 @@ namespace {
 // "some": at least one task stood still; "full": all that were not idle did, so no work was done at all.
 // Stall and window in microseconds; ordinary users may only name windows of whole multiples of 2 s.
 constexpr std::string_view warningTrigger = "some 150000 2000000";
-constexpr std::string_view criticalTrigger = "full 100000 2000000";
+constexpr std::string_view criticalTrigger = "full 300000 2000000";
 
 // The same shares of time, in percent, for the averages over 10 s.
 constexpr double warningSome = 7.5;
-constexpr double criticalFull = 5.0;
+constexpr double criticalFull = 15.0;
 
 constexpr int levelNormal = 1;
 constexpr int levelWarning = 2;

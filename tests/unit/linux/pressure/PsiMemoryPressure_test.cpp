@@ -2,7 +2,6 @@
 #include "platform/linux/pressure/PsiMemoryPressure.h"
 
 #include "platform/shared/PollEventLoop.h"
-#include "tests/desktop/harness/Program.h"
 #include "tests/desktop/harness/TemporaryFolder.h"
 #include "tests/desktop/harness/Wait.h"
 
@@ -23,10 +22,11 @@ namespace {
 
 using namespace std::chrono_literals;
 using desktop::guardLimit;
-using desktop::Program;
-using desktop::Start;
 using desktop::TemporaryFolder;
 namespace fs = std::filesystem;
+
+// The one wait itself, and a disturbance by the machine.
+constexpr long fewWaits = 3;
 
 TEST(LevelFromPressureText, FollowsTheAveragesOverTenSeconds) {
   struct Row {
@@ -35,7 +35,7 @@ TEST(LevelFromPressureText, FollowsTheAveragesOverTenSeconds) {
     int level;
   };
   for (const Row& row : {Row{"0.00", "0.00", 1}, Row{"7.49", "0.00", 1}, Row{"7.50", "0.00", 2},
-                         Row{"30.00", "4.99", 2}, Row{"30.00", "5.00", 4}, Row{"100.00", "100.00", 4}}) {
+                         Row{"30.00", "14.99", 2}, Row{"30.00", "15.00", 4}, Row{"100.00", "100.00", 4}}) {
     const std::string text = std::string("some avg10=") + row.some + " avg60=99.00 avg300=99.00 total=1\n" +
                              "full avg10=" + row.full + " avg60=99.00 avg300=99.00 total=1\n";
     EXPECT_EQ(levelFromPressureText(text), row.level) << text;
@@ -132,7 +132,7 @@ TEST_F(RealPressure, WithoutPressureNothingWakesTheProgram) {
   EXPECT_EQ(pressure->level(), 1);
   const long before = switches();
   loop.runUntil([] { return false; }, 500ms);
-  EXPECT_LE(switches() - before, 1);
+  EXPECT_LE(switches() - before, fewWaits);
   EXPECT_TRUE(events.empty());
 }
 
@@ -141,7 +141,7 @@ TEST_F(RealPressure, AGroupThatIsGoneIsNotWatchedAnyMore) {
   loop.runUntil([] { return false; }, 100ms);
   const long before = switches();
   loop.runUntil([] { return false; }, 300ms);
-  EXPECT_LE(switches() - before, 1); // it would be ready for ever
+  EXPECT_LE(switches() - before, fewWaits); // it would be ready for ever
   EXPECT_TRUE(events.empty());
   EXPECT_EQ(pressure->level(), std::nullopt);
 }
