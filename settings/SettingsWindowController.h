@@ -7,14 +7,16 @@
 #include "engine/ports/LoginItem.h"
 #include "update/UpdateChecker.h"
 
+#include <chrono>
 #include <memory>
 
 namespace vantle {
 
 // The one settings window. Closing it only hides it: it comes back on the pane, at the size and in the place
-// where it was left. What it costs in memory is given back a while after it was closed.
+// where it was left. The memory that it costs is given back a while after it was closed.
 class SettingsWindowController {
  public:
+  // The parts outlive the controller.
   SettingsWindowController(Engine& engine, AppSettings& settings, UpdateChecker& checker,
                            LoginItem& loginItem, ApplicationCatalog& catalog);
   ~SettingsWindowController();
@@ -24,9 +26,13 @@ class SettingsWindowController {
   // Opens the window, or brings the open one to the front. Needs the toolkit's application object.
   void show();
 
+  // How long a closed window keeps its memory, in case it is wanted again.
+  void setReleaseDelay(std::chrono::milliseconds delay);
+  bool holdsMemory() const;
+
  private:
-  struct Parts;
-  std::unique_ptr<Parts> m_parts;
+  class Impl;
+  std::unique_ptr<Impl> m_impl;
 };
 
 } // namespace vantle

@@ -22,7 +22,7 @@ std::optional<std::string> usableFeed(const UpdateConfiguration& configuration) 
 
 UpdateChecker::UpdateChecker(UpdateConfiguration configuration, AppSettings& settings, const Clock& clock,
                              OpenInBrowser openInBrowser)
-    : state(update::Idle{}), currentVersion(configuration.version.value_or("0")),
+    : state(update::Idle{}), version(configuration.version), currentVersion(version.value_or("0")),
       feed(usableFeed(configuration)), m_configuration(std::move(configuration)), m_settings(settings),
       m_clock(clock), m_openInBrowser(std::move(openInBrowser)) {}
 

@@ -40,8 +40,9 @@ class UpdateChecker {
   UpdateChecker& operator=(const UpdateChecker&) = delete;
 
   Published<State, UpdateChecker> state;
-  const std::string currentVersion;      // "0" when the build has none
-  const std::optional<std::string> feed; // absent when the build has no usable one
+  const std::optional<std::string> version; // of this build
+  const std::string currentVersion;         // the same, "0" when the build has none
+  const std::optional<std::string> feed;    // absent when the build has no usable one
 
   void check();            // does nothing while a check is under way
   void checkIfDue();       // at launch: when the person allows it and the last success is a day old

@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/catalog/DesktopCatalog.h"
+
+#include "platform/linux/workspace/IdentifierMap.h"
+
+#include <filesystem>
+#include <set>
+#include <string_view>
+
+namespace vantle {
+
+namespace {
+
+// Old desktop files name a picture's file where a themed name is meant.
+std::string iconOf(const DesktopEntry& entry) {
+  std::string icon = entry.icon;
+  if (icon.starts_with('/')) return icon;
+  for (const std::string_view ending : {".png", ".svg", ".xpm"}) {
+    if (icon.ends_with(ending)) icon.resize(icon.size() - ending.size());
+  }
+  return icon;
+}
+
+InstalledApplication described(const DesktopEntry& entry) {
+  std::string key = bundleIdentifierOf(entry.id);
+  std::string name = entry.name.empty() ? key : entry.name;
+  return {std::move(key), std::move(name), iconOf(entry), entry.path};
+}
+
+} // namespace
+
+std::vector<InstalledApplication> DesktopCatalog::installedApplications() const {
+  std::vector<InstalledApplication> applications;
+  std::set<std::string> keys;
+  for (const DesktopEntry& entry : m_entries.all()) {
+    if (entry.isHidden) continue;
+    InstalledApplication application = described(entry);
+    if (keys.insert(application.key).second) applications.push_back(std::move(application));
+  }
+  return applications;
+}
+
+std::optional<InstalledApplication> DesktopCatalog::applicationForKey(const std::string& key) const {
+  const DesktopEntry* hidden = nullptr;
+  for (const DesktopEntry& entry : m_entries.all()) {
+    if (bundleIdentifierOf(entry.id) != key) continue;
+    if (!entry.isHidden) return described(entry);
+    hidden = &entry;
+  }
+  return hidden != nullptr ? std::optional(described(*hidden)) : std::nullopt;
+}
+
+std::optional<InstalledApplication> DesktopCatalog::applicationAt(const std::string& path) const {
+  const std::filesystem::path file(path);
+  if (file.extension() != ".desktop") return std::nullopt;
+  // One of the installed files goes by its full id, which holds the folders above it.
+  for (const DesktopEntry& entry : m_entries.all()) {
+    if (entry.path == path) return described(entry);
+  }
+  const std::optional<DesktopEntry> entry = readDesktopEntry(path, file.stem().string());
+  return entry ? std::optional(described(*entry)) : std::nullopt;
+}
+
+} // namespace vantle

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "engine/ports/ApplicationCatalog.h"
+#include "platform/linux/workspace/DesktopEntries.h"
+
+namespace vantle {
+
+// The installed apps by their desktop files. A key is the very bundle identifier that the workspace gives to
+// the app while it runs.
+class DesktopCatalog final : public ApplicationCatalog {
+ public:
+  explicit DesktopCatalog(std::vector<std::string> dataFolders) : m_entries(std::move(dataFolders)) {}
+
+  std::vector<InstalledApplication> installedApplications() const override;
+  std::optional<InstalledApplication> applicationForKey(const std::string& key) const override;
+  std::optional<InstalledApplication> applicationAt(const std::string& path) const override;
+
+ private:
+  mutable DesktopEntries m_entries; // reads a folder again when it has changed
+};
+
+} // namespace vantle

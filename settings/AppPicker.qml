@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import Vantle.Look
+import Vantle.Settings
+
+// The dialog over the window in which one app is picked. Escape leaves it; the keyboard starts in the search.
+FocusScope {
+    id: dialog
+
+    required property AppPickerModel model
+
+    focus: true
+    Accessible.role: Accessible.Dialog
+    Accessible.name: title.text
+    Keys.onEscapePressed: model.cancel()
+    Component.onCompleted: search.forceActiveFocus(Qt.TabFocusReason)
+
+    Rectangle {
+        anchors.fill: parent
+        color: Qt.rgba(0, 0, 0, Look.dark ? 0.5 : 0.25)
+    }
+    // What is behind the dialog hears no pointer.
+    MouseArea {
+        anchors.fill: parent
+        hoverEnabled: true
+        onWheel: wheel => wheel.accepted = true
+    }
+    RoundedBox {
+        id: sheet
+        anchors.centerIn: parent
+        width: 440
+        height: Math.min(480, parent.height - 40)
+        radius: 12
+        color: Look.surface
+        edgeColor: Look.divider
+
+        MouseArea {
+            anchors.fill: parent
+        }
+        Words {
+            id: title
+            x: 20
+            y: 16
+            width: parent.width - 40
+            text: "Add App"
+            font.pixelSize: 15
+            font.weight: Font.DemiBold
+            Accessible.role: Accessible.Heading
+        }
+        SearchField {
+            id: search
+            anchors.top: title.bottom
+            anchors.topMargin: 12
+            x: 20
+            width: parent.width - 40
+            text: dialog.model.search
+            placeholder: dialog.model.browsing ? "Search this folder" : "Search installed apps"
+            onEdited: text => dialog.model.search = text
+            onStep: rows => dialog.model.step(rows)
+            onAccepted: dialog.model.activate(dialog.model.current)
+        }
+        PickerList {
+            anchors.top: search.bottom
+            anchors.topMargin: 10
+            anchors.bottom: buttons.top
+            anchors.bottomMargin: 12
+            x: 20
+            width: parent.width - 40
+            model: dialog.model
+        }
+        Item {
+            id: buttons
+            anchors.bottom: parent.bottom
+            anchors.bottomMargin: 16
+            x: 20
+            width: parent.width - 40
+            height: 28
+
+            PushButton {
+                text: dialog.model.browsing ? "Installed Apps" : "Other…"
+                help: dialog.model.browsing ? "" : "Choose a desktop file in any folder"
+                onTriggered: dialog.model.browsing ? dialog.model.showInstalled() : dialog.model.browse()
+            }
+            Row {
+                anchors.right: parent.right
+                spacing: 8
+
+                PushButton {
+                    text: "Cancel"
+                    onTriggered: dialog.model.cancel()
+                }
+                PushButton {
+                    text: "Add"
+                    prominent: true
+                    enabled: dialog.model.canAdd
+                    onTriggered: dialog.model.add()
+                }
+            }
+        }
+    }
+}

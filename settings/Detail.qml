@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import Vantle.Look
+import Vantle.Settings
+
+// The chosen pane, under its title. A pane is made anew each time it is opened.
+Item {
+    id: detail
+
+    required property SettingsModel model
+
+    ThemeTint {
+        anchors.fill: parent
+        light: 0.1
+        dark: 0.18
+    }
+    Words {
+        id: title
+        x: 24
+        width: parent.width - 48
+        height: 52
+        text: detail.model.paneTitles[detail.model.pane]
+        font.pixelSize: 17
+        font.weight: Font.Bold
+        Accessible.role: Accessible.Heading
+    }
+    ScrollArea {
+        id: area
+        anchors.top: title.bottom
+        anchors.bottom: parent.bottom
+        width: parent.width
+        contentHeight: pane.height + 24
+
+        Loader {
+            id: pane
+            x: 20
+            width: parent.width - 40
+            sourceComponent: [general, boost, appearance, updates, about][detail.model.pane]
+            onLoaded: area.contentY = 0
+        }
+    }
+
+    Component {
+        id: general
+        GeneralPane {
+            model: detail.model
+        }
+    }
+    Component {
+        id: boost
+        BoostPane {
+            model: detail.model
+        }
+    }
+    Component {
+        id: appearance
+        AppearancePane {
+            model: detail.model.appearance
+        }
+    }
+    Component {
+        id: updates
+        UpdatesPane {
+            model: detail.model.updates
+        }
+    }
+    Component {
+        id: about
+        AboutPane {
+            model: detail.model.about
+        }
+    }
+}

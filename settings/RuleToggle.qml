@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: MIT
+import QtQuick
+import Vantle.Look
+import Vantle.Settings
+
+// A switch whose text is followed by a note of lesser weight.
+SwitchRow {
+    id: rule
+
+    property string title
+    property string note
+
+    label: title + ", " + note
+
+    Words {
+        id: titleWords
+        height: parent.height
+        text: rule.title
+        Accessible.ignored: true
+    }
+    Words {
+        anchors.left: titleWords.right
+        anchors.leftMargin: 8
+        height: parent.height
+        text: rule.note
+        color: Look.secondary
+        Accessible.ignored: true
+    }
+}

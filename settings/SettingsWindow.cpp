@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: MIT
+#include "settings/SettingsWindow.h"
+
+#include "settings/Resources.h"
+
+#include <QScreen>
+#include <QVariant>
+#include <utility>
+
+namespace vantle {
+
+namespace {
+constexpr QSize smallest(680, 480);
+}
+
+void SettingsWindow::View::closeEvent(QCloseEvent* event) {
+  m_closing();
+  QQuickView::closeEvent(event);
+}
+
+SettingsWindow::SettingsWindow(const SettingsParts& parts, const WindowState& state,
+                               std::function<void()> closed)
+    : m_model(parts, state.pane), m_engine(parts.settings),
+      m_view(&m_engine, [this, call = std::move(closed)] {
+        m_position = m_view.framePosition();
+        m_model.picker()->cancel();
+        call();
+      }) {
+  registerSettingsTypes();
+  m_view.setTitle(QStringLiteral("Vantle Settings"));
+  m_view.setMinimumSize(smallest);
+  m_view.setResizeMode(QQuickView::SizeRootObjectToView);
+  m_view.resize(state.size);
+  place(state.position);
+  m_view.setInitialProperties({{QStringLiteral("model"), QVariant::fromValue(&m_model)}});
+  m_view.setSource(QUrl(QStringLiteral("qrc:/qt/qml/Vantle/Settings/SettingsView.qml")));
+}
+
+void SettingsWindow::place(const std::optional<QPoint>& position) {
+  m_position = position;
+  if (position) {
+    m_view.setFramePosition(*position);
+    return;
+  }
+  const QRect free = m_view.screen()->availableGeometry();
+  m_view.setPosition(free.center() - QRect(QPoint(), m_view.size()).center());
+}
+
+void SettingsWindow::show() {
+  if (!m_view.isVisible()) {
+    if (m_position) m_view.setFramePosition(*m_position);
+    m_model.reload();
+  }
+  if (m_view.windowStates().testFlag(Qt::WindowMinimized))
+    m_view.setWindowStates(m_view.windowStates() & ~Qt::WindowMinimized);
+  m_view.setVisible(true);
+  m_view.raise();
+  m_view.requestActivate();
+}
+
+WindowState SettingsWindow::state() const { return {m_model.pane(), m_view.size(), m_position}; }
+
+} // namespace vantle

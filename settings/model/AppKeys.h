@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "engine/ports/ApplicationCatalog.h"
+
+#include <string>
+
+namespace vantle {
+
+// The name as the desktop shows it, without a trailing ".app"; the key itself when no such app is installed.
+std::string displayNameForKey(const ApplicationCatalog& catalog, const std::string& key);
+
+// Empty when no such app is installed, or it has no icon.
+std::string iconForKey(const ApplicationCatalog& catalog, const std::string& key);
+
+// An app's name as lists show it.
+std::string shownName(const InstalledApplication& application);
+
+} // namespace vantle

@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: MIT
+#include "settings/model/AppListModel.h"
+
+#include "settings/model/AppKeys.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace vantle {
+
+AppListModel::AppListModel(Keys& keys, const ApplicationCatalog& catalog, std::function<void()> changed)
+    : m_keys(keys), m_catalog(catalog), m_changed(std::move(changed)),
+      m_observer(keys.observe([this] { follow(); })) {
+  follow();
+}
+
+int AppListModel::rowCount(const QModelIndex& parent) const { return parent.isValid() ? 0 : count(); }
+
+QHash<int, QByteArray> AppListModel::roleNames() const {
+  return {{keyRole, "key"}, {nameRole, "name"}, {iconRole, "icon"}};
+}
+
+QVariant AppListModel::data(const QModelIndex& index, int role) const {
+  if (!index.isValid() || index.row() >= count()) return {};
+  const Row& row = m_rows[static_cast<std::size_t>(index.row())];
+  switch (role) {
+  case keyRole:
+    return QString::fromStdString(row.key);
+  case nameRole:
+    return row.name;
+  case iconRole:
+    return row.icon;
+  default:
+    return {};
+  }
+}
+
+AppListModel::Row AppListModel::rowFor(const std::string& key) const {
+  const auto application = m_catalog.applicationForKey(key);
+  if (!application) return {key, QString::fromStdString(key), {}};
+  return {key, QString::fromStdString(shownName(*application)), QString::fromStdString(application->icon)};
+}
+
+std::vector<std::string> AppListModel::shownKeys() const {
+  std::vector<std::string> keys;
+  keys.reserve(m_rows.size());
+  for (const Row& row : m_rows) keys.push_back(row.key);
+  return keys;
+}
+
+// One app more at the end or one less is what happens; then the other rows stay as they are, and with them
+// the keyboard's place among them.
+void AppListModel::follow() {
+  const std::vector<std::string>& keys = m_keys.get();
+  const std::vector<std::string> shown = shownKeys();
+  if (keys == shown) return;
+  const auto [differs, ignored] = std::mismatch(shown.begin(), shown.end(), keys.begin(), keys.end());
+  const auto at = static_cast<int>(differs - shown.begin());
+  if (differs == shown.end()) {
+    beginInsertRows({}, at, static_cast<int>(keys.size()) - 1);
+    for (std::size_t next = shown.size(); next < keys.size(); ++next) m_rows.push_back(rowFor(keys[next]));
+    endInsertRows();
+  } else if (std::equal(differs + 1, shown.end(), keys.begin() + at, keys.end())) {
+    beginRemoveRows({}, at, at);
+    m_rows.erase(m_rows.begin() + at);
+    endRemoveRows();
+  } else {
+    beginResetModel();
+    m_rows.clear();
+    for (const std::string& key : keys) m_rows.push_back(rowFor(key));
+    endResetModel();
+  }
+  emit countChanged();
+}
+
+void AppListModel::store(std::vector<std::string> keys) {
+  m_keys.set(std::move(keys));
+  if (m_changed) m_changed();
+}
+
+void AppListModel::add(const std::string& key) {
+  std::vector<std::string> keys = m_keys.get();
+  if (std::find(keys.begin(), keys.end(), key) != keys.end()) return;
+  keys.push_back(key);
+  store(std::move(keys));
+}
+
+void AppListModel::remove(const QString& key) {
+  std::vector<std::string> keys = m_keys.get();
+  if (std::erase(keys, key.toStdString()) > 0) store(std::move(keys));
+}
+
+} // namespace vantle

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "engine/AppSettings.h"
+#include "engine/ports/ApplicationCatalog.h"
+
+#include <QAbstractListModel>
+#include <QtQml/qqmlregistration.h>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vantle {
+
+// The apps of one setting, in stored order, with the names and icons that they have now.
+class AppListModel : public QAbstractListModel {
+  Q_OBJECT
+  QML_ELEMENT
+  QML_UNCREATABLE("The window makes its own")
+  Q_PROPERTY(int count READ count NOTIFY countChanged)
+
+ public:
+  using Keys = Setting<std::vector<std::string>>;
+
+  // `changed` is called after each change that the person makes here.
+  AppListModel(Keys& keys, const ApplicationCatalog& catalog, std::function<void()> changed = {});
+
+  int count() const { return static_cast<int>(m_rows.size()); }
+  int rowCount(const QModelIndex& parent = {}) const override;
+  QVariant data(const QModelIndex& index, int role) const override;
+  QHash<int, QByteArray> roleNames() const override;
+
+  void add(const std::string& key); // at the end; does nothing when the list holds it already
+  Q_INVOKABLE void remove(const QString& key);
+
+ signals:
+  void countChanged();
+
+ private:
+  enum Role { keyRole = Qt::UserRole, nameRole, iconRole };
+  struct Row {
+    std::string key;
+    QString name;
+    QString icon;
+  };
+
+  Row rowFor(const std::string& key) const;
+  std::vector<std::string> shownKeys() const;
+  void follow();
+  void store(std::vector<std::string> keys);
+
+  Keys& m_keys;
+  const ApplicationCatalog& m_catalog;
+  std::function<void()> m_changed;
+  std::vector<Row> m_rows;
+  std::unique_ptr<Registration> m_observer;
+};
+
+} // namespace vantle

@@ -1,0 +1,180 @@
+// SPDX-License-Identifier: MIT
+#include "settings/model/AppPickerModel.h"
+
+#include "settings/model/AppKeys.h"
+
+#include <QDir>
+#include <algorithm>
+#include <utility>
+
+namespace vantle {
+
+namespace {
+
+// Lower case and without accents, so that "ecran" finds "Écran".
+QString folded(const QString& text) {
+  QString plain;
+  const QString parts = text.toCaseFolded().normalized(QString::NormalizationForm_KD);
+  for (const QChar c : parts) {
+    if (c.category() != QChar::Mark_NonSpacing) plain.append(c);
+  }
+  return plain;
+}
+
+bool matches(const QString& sought, const QStringList& words) {
+  return std::all_of(words.begin(), words.end(), [&](const QString& word) { return sought.contains(word); });
+}
+
+} // namespace
+
+int AppPickerModel::rowCount(const QModelIndex& parent) const { return parent.isValid() ? 0 : count(); }
+
+QHash<int, QByteArray> AppPickerModel::roleNames() const {
+  return {{nameRole, "name"}, {iconRole, "icon"}, {isFolderRole, "isFolder"}};
+}
+
+const AppPickerModel::Entry* AppPickerModel::entryAt(int row) const {
+  return row >= 0 && row < count() ? m_shown[static_cast<std::size_t>(row)] : nullptr;
+}
+
+QVariant AppPickerModel::data(const QModelIndex& index, int role) const {
+  const Entry* entry = entryAt(index.row());
+  if (entry == nullptr) return {};
+  switch (role) {
+  case nameRole:
+    return entry->name;
+  case iconRole:
+    return entry->icon;
+  case isFolderRole:
+    return entry->isFolder();
+  default:
+    return {};
+  }
+}
+
+void AppPickerModel::openFor(AppListModel* target) {
+  m_target = target;
+  showInstalled();
+  emit openChanged();
+}
+
+void AppPickerModel::cancel() {
+  if (!isOpen()) return;
+  m_target = nullptr;
+  m_folder.reset();
+  load({});
+  emit openChanged();
+}
+
+void AppPickerModel::add() {
+  if (!isOpen() || !canAdd()) return;
+  AppListModel* const target = m_target;
+  const std::string key = entryAt(m_current)->key;
+  cancel();
+  target->add(key);
+}
+
+void AppPickerModel::activate(int row) {
+  const Entry* entry = entryAt(row);
+  if (entry == nullptr) return;
+  setCurrent(row);
+  if (entry->isFolder()) {
+    browse(QString(entry->path));
+  } else {
+    add();
+  }
+}
+
+void AppPickerModel::step(int rows) {
+  if (count() == 0) return;
+  const int from = m_current < 0 && rows < 0 ? 0 : m_current;
+  setCurrent(std::clamp(from + rows, 0, count() - 1));
+}
+
+bool AppPickerModel::canAdd() const {
+  const Entry* entry = entryAt(m_current);
+  return entry != nullptr && !entry->isFolder();
+}
+
+void AppPickerModel::setCurrent(int row) {
+  if (row == m_current || row >= count()) return;
+  m_current = row;
+  emit currentChanged();
+}
+
+void AppPickerModel::setSearch(const QString& text) {
+  if (text == m_search) return;
+  m_search = text;
+  filter();
+  emit searchChanged();
+}
+
+void AppPickerModel::showInstalled() {
+  m_folder.reset();
+  load(installed());
+  emit placeChanged();
+}
+
+void AppPickerModel::browse(const QString& path) {
+  m_folder = path.isEmpty() ? QDir::homePath() : QDir::cleanPath(path);
+  load(contents(*m_folder));
+  emit placeChanged();
+}
+
+AppPickerModel::Entry AppPickerModel::entryFor(const InstalledApplication& application) const {
+  const QString name = QString::fromStdString(shownName(application));
+  const QString key = QString::fromStdString(application.key);
+  return {name, QString::fromStdString(application.icon), application.key,
+          QString::fromStdString(application.path),
+          folded(name + QLatin1Char(' ') + key.section(QLatin1Char('.'), -1))};
+}
+
+std::vector<AppPickerModel::Entry> AppPickerModel::installed() const {
+  std::vector<Entry> entries;
+  for (const InstalledApplication& application : m_catalog.installedApplications())
+    entries.push_back(entryFor(application));
+  std::sort(entries.begin(), entries.end(),
+            [](const Entry& left, const Entry& right) { return left.sought < right.sought; });
+  return entries;
+}
+
+// The folder above, the folders inside, and the desktop files that stand for apps.
+std::vector<AppPickerModel::Entry> AppPickerModel::contents(const QString& path) const {
+  const auto folder = [](const QString& name, const QString& at) {
+    return Entry{name, QStringLiteral("folder"), {}, at, folded(name)};
+  };
+  std::vector<Entry> entries;
+  const QDir here(path);
+  if (!here.isRoot()) entries.push_back(folder(QStringLiteral(".."), path + QStringLiteral("/..")));
+  const auto order = QDir::Name | QDir::IgnoreCase;
+  for (const QFileInfo& info : here.entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot, order))
+    entries.push_back(folder(info.fileName(), info.absoluteFilePath()));
+  for (const QFileInfo& info : here.entryInfoList({QStringLiteral("*.desktop")}, QDir::Files, order)) {
+    const auto application = m_catalog.applicationAt(info.absoluteFilePath().toStdString());
+    if (application) entries.push_back(entryFor(*application));
+  }
+  return entries;
+}
+
+void AppPickerModel::load(std::vector<Entry> entries) {
+  m_shown.clear();
+  m_entries = std::move(entries);
+  if (!std::exchange(m_search, QString()).isEmpty()) emit searchChanged();
+  filter();
+}
+
+void AppPickerModel::filter() {
+  const QStringList words = folded(m_search).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+  beginResetModel();
+  m_shown.clear();
+  for (const Entry& entry : m_entries) {
+    if (matches(entry.sought, words)) m_shown.push_back(&entry);
+  }
+  endResetModel();
+  // Whoever searches wants the best match at hand; nobody else has chosen anything yet.
+  m_current = words.isEmpty() || m_shown.empty() ? -1 : 0;
+  emit rowsChanged();
+  emit currentChanged();
+}
+
+} // namespace vantle

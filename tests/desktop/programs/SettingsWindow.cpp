@@ -1,0 +1,138 @@
+// SPDX-License-Identifier: MIT
+// The settings window over a simulated engine, with real files of settings, autostart and apps in the XDG
+// folders. Does what the lines of a pipe say (its only argument), and says "done LINE" after each:
+//   show | close | pane N | accent NAME | appearance NAME | picker | search TEXT | boost-front
+//   release-after MILLISECONDS | grab PATH | quit
+#include "look/Appearance.h"
+#include "look/LookEngine.h"
+#include "platform/linux/catalog/DesktopCatalog.h"
+#include "platform/linux/files/PosixFileStore.h"
+#include "platform/linux/login/AutostartLoginItem.h"
+#include "platform/shared/JsonUserDefaults.h"
+#include "platform/simulated/SampleDesktop.h"
+#include "settings/SettingsWindowController.h"
+#include "settings/model/SettingsModel.h"
+
+#include <QElapsedTimer>
+#include <QGuiApplication>
+#include <QQuickItem>
+#include <QQuickView>
+#include <QSocketNotifier>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <functional>
+#include <map>
+#include <unistd.h>
+
+namespace {
+
+using namespace vantle;
+
+class Program {
+ public:
+  explicit Program(const char* pipe) : m_commands(::open(pipe, O_RDWR | O_CLOEXEC)) {
+    m_appearance.apply(m_settings.appearance.get());
+    m_settings.applyAppearance = [this](AppearanceMode mode) { m_appearance.apply(mode); };
+    QObject::connect(&m_notifier, &QSocketNotifier::activated, &m_notifier, [this] { read(); });
+  }
+
+ private:
+  static QQuickView* view() {
+    for (QWindow* window : QGuiApplication::topLevelWindows()) {
+      if (auto* found = qobject_cast<QQuickView*>(window)) return found;
+    }
+    return nullptr;
+  }
+  static SettingsModel* model() { return view()->rootObject()->property("model").value<SettingsModel*>(); }
+  static int indexOf(const QStringList& names, const QString& name) {
+    return static_cast<int>(names.indexOf(name));
+  }
+
+  void read() {
+    char bytes[4096];
+    const ssize_t count = ::read(m_commands, bytes, sizeof bytes);
+    if (count > 0) m_pending.append(bytes, static_cast<qsizetype>(count));
+    for (qsizetype end = 0; (end = m_pending.indexOf('\n')) >= 0;) {
+      const QString line = QString::fromUtf8(m_pending.left(end));
+      m_pending.remove(0, end + 1);
+      obey(line.section(' ', 0, 0), line.section(' ', 1));
+      std::printf("done %s\n", line.toUtf8().constData());
+      std::fflush(stdout);
+    }
+  }
+
+  void show() {
+    QElapsedTimer timer;
+    timer.start();
+    m_controller.show();
+    QQuickView* const shown = view();
+    QObject::connect(
+        shown, &QQuickWindow::frameSwapped, shown,
+        [timer] {
+          std::printf("first frame after %lld ms\n", static_cast<long long>(timer.elapsed()));
+          std::fflush(stdout);
+        },
+        Qt::SingleShotConnection);
+  }
+
+  void obey(const QString& verb, const QString& rest) {
+    if (verb == "show") show();
+    if (verb == "close") view()->close();
+    if (verb == "pane") model()->setPaneIndex(rest.toInt());
+    if (verb == "accent")
+      model()->appearance()->chooseAccent(indexOf(model()->appearance()->accents(), rest));
+    if (verb == "appearance")
+      model()->appearance()->chooseMode(indexOf(model()->appearance()->modeNames(), rest));
+    if (verb == "picker") model()->picker()->openFor(model()->boost()->userGames());
+    if (verb == "search") model()->picker()->setSearch(rest);
+    if (verb == "boost-front") m_engine.alwaysBoost();
+    if (verb == "release-after") m_controller.setReleaseDelay(std::chrono::milliseconds(rest.toInt()));
+    if (verb == "grab") view()->grabWindow().save(rest);
+    if (verb == "quit") QCoreApplication::quit();
+  }
+
+  int m_commands;
+  QByteArray m_pending;
+  QSocketNotifier m_notifier{m_commands, QSocketNotifier::Read};
+  XdgFolders m_folders = XdgFolders::fromEnvironment();
+  PosixFileStore m_files{m_folders.data, PosixFileStore::Sync::none};
+  JsonUserDefaults m_defaults{m_files, m_folders.config, "com.halvo.vantle"};
+  SimulatedMachine m_machine;
+  SampleDesktop m_desktop = openSampleDesktop(m_machine);
+  AppSettings m_settings{m_defaults};
+  Appearance m_appearance;
+  Engine m_engine{ports(), m_settings};
+  UpdateChecker m_checker{configuration(), m_settings, m_machine.clock, [](const std::string& address) {
+                            std::printf("opened %s\n", address.c_str());
+                            std::fflush(stdout);
+                          }};
+  AutostartLoginItem m_login{AutostartSetup::from(
+      m_folders, [](const char* name) { return std::getenv(name); }, "/usr/bin/vantle")};
+  DesktopCatalog m_catalog{DesktopEntries::dataFoldersFromEnvironment()};
+  SettingsWindowController m_controller{m_engine, m_settings, m_checker, m_login, m_catalog};
+
+  Machine ports() {
+    const Machine all = m_machine.ports();
+    return {all.host,          all.processes, all.band,  all.workspace, all.audio,    all.power, all.pressure,
+            all.notifications, m_defaults,    all.files, all.clock,     all.launcher, all.text};
+  }
+  static UpdateConfiguration configuration() {
+    UpdateConfiguration made;
+    made.version = "0.1.0";
+    made.feed = qEnvironmentVariable("VANTLE_TEST_FEED").toStdString();
+    made.vendorHost = "localhost";
+    made.authorities = qEnvironmentVariable("VANTLE_TEST_AUTHORITY").toStdString();
+    return made;
+  }
+};
+
+} // namespace
+
+int main(int argc, char** argv) {
+  prepareRendering();
+  QGuiApplication application(argc, argv);
+  QGuiApplication::setQuitOnLastWindowClosed(false);
+  const Program program(argv[1]);
+  return QGuiApplication::exec();
+}

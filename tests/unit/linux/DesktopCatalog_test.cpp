@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/catalog/DesktopCatalog.h"
+
+#include "tests/desktop/harness/TemporaryFolder.h"
+
+#include <algorithm>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace vantle {
+
+namespace {
+
+class DesktopCatalogTest : public testing::Test {
+ protected:
+  std::string write(const std::string& file, const std::string& lines) const {
+    return folder.write(file, "[Desktop Entry]\nType=Application\nExec=/bin/true\n" + lines).string();
+  }
+  std::string install(const std::string& id, const std::string& lines) const {
+    return write("data/applications/" + id + ".desktop", lines);
+  }
+  std::vector<std::string> keys() const {
+    std::vector<std::string> keys;
+    for (const InstalledApplication& each : catalog.installedApplications()) keys.push_back(each.key);
+    return keys;
+  }
+
+  desktop::TemporaryFolder folder;
+  DesktopCatalog catalog{{(folder.path() / "data").string(), (folder.path() / "more").string()}};
+};
+
+TEST_F(DesktopCatalogTest, TellsNameIconKeyAndPath) {
+  const std::string path = install("org.example.Editor", "Name=Editor\nIcon=editor\n");
+  const InstalledApplication editor{"org.example.Editor", "Editor", "editor", path};
+  EXPECT_EQ(catalog.applicationForKey("org.example.Editor"), editor);
+  EXPECT_EQ(catalog.applicationAt(path), editor);
+  EXPECT_THAT(catalog.installedApplications(), testing::ElementsAre(editor));
+}
+
+TEST_F(DesktopCatalogTest, LinuxEditionGoesByTheIdentifierOfTheBuiltInLists) {
+  const std::string path = install("com.spotify.Client", "Name=Spotify\n");
+  EXPECT_THAT(keys(), testing::ElementsAre("com.spotify.client"));
+  ASSERT_TRUE(catalog.applicationForKey("com.spotify.client"));
+  EXPECT_EQ(catalog.applicationForKey("com.spotify.client")->path, path);
+}
+
+TEST_F(DesktopCatalogTest, EachKeyOnce) {
+  install("spotify", "Name=Spotify\n");
+  install("com.spotify.Client", "Name=Spotify (another edition)\n");
+  EXPECT_THAT(keys(), testing::ElementsAre("com.spotify.client"));
+}
+
+TEST_F(DesktopCatalogTest, MenuHidesButAKeyStillFinds) {
+  install("hidden", "Name=Helper\nNoDisplay=true\n");
+  EXPECT_THAT(keys(), testing::IsEmpty());
+  EXPECT_TRUE(catalog.applicationForKey("hidden"));
+}
+
+TEST_F(DesktopCatalogTest, DeletedOrBrokenAppsAreNone) {
+  install("gone", "Name=Gone\nHidden=true\n");
+  folder.write("data/applications/broken.desktop", "[Desktop");
+  folder.write("data/applications/link.desktop", "[Desktop Entry]\nType=Link\nName=L\nURL=https://x\n");
+  EXPECT_THAT(keys(), testing::IsEmpty());
+  EXPECT_FALSE(catalog.applicationForKey("gone"));
+  EXPECT_FALSE(catalog.applicationForKey("broken"));
+  EXPECT_FALSE(catalog.applicationForKey(""));
+}
+
+TEST_F(DesktopCatalogTest, SeesWhatIsInstalledLater) {
+  install("one", "Name=One\n");
+  EXPECT_THAT(keys(), testing::ElementsAre("one"));
+  folder.write("more/applications/two.desktop",
+               "[Desktop Entry]\nType=Application\nExec=/bin/true\nName=Two\n");
+  EXPECT_THAT(keys(), testing::UnorderedElementsAre("one", "two"));
+}
+
+TEST_F(DesktopCatalogTest, FileElsewhereIsNamedAfterItself) {
+  const std::string path = write("elsewhere/My Game.desktop", "Name=A Game\nIcon=/x/game.png\n");
+  EXPECT_EQ(catalog.applicationAt(path), (InstalledApplication{"My Game", "A Game", "/x/game.png", path}));
+  EXPECT_FALSE(catalog.applicationAt((folder.path() / "nowhere.desktop").string()));
+  EXPECT_FALSE(catalog.applicationAt(folder.write("note.txt", "[Desktop Entry]\n").string()));
+}
+
+TEST_F(DesktopCatalogTest, IconOfAnOldFileLosesItsEnding) {
+  install("old", "Name=Old\nIcon=old.png\n");
+  EXPECT_EQ(catalog.applicationForKey("old")->icon, "old");
+}
+
+} // namespace
+
+} // namespace vantle

@@ -1,0 +1,37 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "engine/ports/ApplicationCatalog.h"
+
+#include <algorithm>
+#include <map>
+
+namespace vantle {
+
+// The apps that a test says are installed.
+class FakeCatalog final : public ApplicationCatalog {
+ public:
+  std::vector<InstalledApplication> applications{
+      {"org.mozilla.firefox", "Firefox", "firefox", "/usr/share/applications/firefox.desktop"},
+      {"org.gimp.GIMP", "GNU Image Manipulation Program", "gimp", "/usr/share/applications/gimp.desktop"},
+      {"org.xfce.mousepad", "Mousepad", "accessories-text-editor",
+       "/usr/share/applications/mousepad.desktop"},
+      {"galculator", "Galculator", "accessories-calculator", "/usr/share/applications/galculator.desktop"},
+      {"com.spotify.client", "Spotify", "multimedia-player", "/usr/share/applications/spotify.desktop"},
+      {"com.obsproject.obs-studio", "OBS Studio", "camera-video", "/usr/share/applications/obs.desktop"},
+  };
+  std::map<std::string, InstalledApplication> elsewhere; // by path
+
+  std::vector<InstalledApplication> installedApplications() const override { return applications; }
+  std::optional<InstalledApplication> applicationForKey(const std::string& key) const override {
+    const auto found = std::find_if(applications.begin(), applications.end(),
+                                    [&](const InstalledApplication& each) { return each.key == key; });
+    return found == applications.end() ? std::nullopt : std::optional(*found);
+  }
+  std::optional<InstalledApplication> applicationAt(const std::string& path) const override {
+    const auto found = elsewhere.find(path);
+    return found == elsewhere.end() ? std::nullopt : std::optional(found->second);
+  }
+};
+
+} // namespace vantle

@@ -1,0 +1,295 @@
+// SPDX-License-Identifier: MIT
+#include "settings/model/SettingsModel.h"
+
+#include "platform/simulated/SampleDesktop.h"
+#include "platform/simulated/SimulatedMachine.h"
+#include "settings/model/AppKeys.h"
+#include "tests/unit/settings/FakeCatalog.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+namespace vantle {
+
+namespace {
+
+class OffLoginItem final : public LoginItem {
+ public:
+  bool enabled = false;
+  bool isEnabled() const override { return enabled; }
+  bool registerItem() override { return enabled = true; }
+  bool unregisterItem() override { return !(enabled = false); }
+};
+
+class SettingsModelTest : public testing::Test {
+ protected:
+  using Keys = std::vector<std::string>;
+
+  template <class T> T stored(const std::string& key) {
+    return std::get<T>(std::get<UserDefaults::Value>(machine.defaults.domain().at(key)));
+  }
+  static QStringList names(const QAbstractItemModel& model, const char* role = "name") {
+    QStringList names;
+    const int number = model.roleNames().key(role);
+    for (int row = 0; row < model.rowCount(); ++row)
+      names.append(model.data(model.index(row, 0), number).toString());
+    return names;
+  }
+
+  void boostWithMailInTheBackground() {
+    machine.launch({.name = "Mail", .bundleID = "org.example.mail"}, Opening::inBackground);
+    machine.launch({.name = "Game", .bundleID = "org.example.game", .bundlePath = "/games/steamapps/game"},
+                   Opening::inFront);
+    ASSERT_EQ(engine.managedNames.get(), std::vector<std::string>{"Mail"});
+  }
+
+  SimulatedMachine machine;
+  AppSettings settings{machine.defaults};
+  Engine engine{machine.ports(), settings};
+  UpdateChecker checker{
+      {.version = "1.2", .feed = {}, .vendorHost = {}, .authorities = {}}, settings, machine.clock, {}};
+  OffLoginItem login;
+  FakeCatalog catalog;
+  SettingsModel model{{engine, settings, checker, login, catalog}, Pane::boost};
+  BoostModel& boost = *model.boost();
+  AppPickerModel& picker = *model.picker();
+};
+
+TEST_F(SettingsModelTest, ListsThePanesInOrder) {
+  EXPECT_EQ(model.paneTitles(), (QStringList{"General", "Boost", "Appearance", "Updates", "About"}));
+  EXPECT_EQ(model.paneSymbols(),
+            (QStringList{"gearshape", "bolt", "paintpalette", "arrow.triangle.2.circlepath", "info.circle"}));
+  EXPECT_EQ(model.pane(), Pane::boost);
+  model.setPaneIndex(4);
+  EXPECT_EQ(model.pane(), Pane::about);
+  model.setPaneIndex(5);
+  model.setPaneIndex(-1);
+  EXPECT_EQ(model.pane(), Pane::about);
+}
+
+TEST_F(SettingsModelTest, SwitchesStoreAtOnceAndFollowOthers) {
+  const std::vector<std::pair<Switch*, const char*>> switches{
+      {model.automatic(), "otomatik"},
+      {boost.crossOver(), "detectCrossOver"},
+      {boost.minecraft(), "detectMinecraft"},
+      {boost.steam(), "detectSteam"},
+      {boost.gamesCategory(), "detectGamesCategory"},
+      {model.updates()->automatically(), "checkUpdatesAutomatically"}};
+  for (const auto& [choice, key] : switches) {
+    int told = 0;
+    QObject::connect(choice, &Switch::changed, [&told] { ++told; });
+    EXPECT_TRUE(choice->isOn()) << key;
+    choice->toggle();
+    EXPECT_FALSE(choice->isOn()) << key;
+    EXPECT_FALSE(stored<bool>(key)) << key;
+    EXPECT_EQ(told, 1) << key;
+  }
+  engine.setAutomatic(true);
+  EXPECT_TRUE(model.automatic()->isOn());
+}
+
+TEST_F(SettingsModelTest, LoginSwitchAsksAgainWhenAPaneOpens) {
+  model.openAtLogin()->toggle();
+  EXPECT_TRUE(login.enabled);
+  login.enabled = false;
+  model.setPaneIndex(0);
+  EXPECT_FALSE(model.openAtLogin()->isOn());
+}
+
+TEST_F(SettingsModelTest, ListKeepsTheOrderAndHoldsNoAppTwice) {
+  AppListModel& games = *boost.userGames();
+  games.add("org.mozilla.firefox");
+  games.add("no.such.app");
+  games.add("org.mozilla.firefox");
+  EXPECT_EQ(stored<Keys>("userGames"), (Keys{"org.mozilla.firefox", "no.such.app"}));
+  EXPECT_EQ(names(games), (QStringList{"Firefox", "no.such.app"}));
+  EXPECT_EQ(names(games, "icon"), (QStringList{"firefox", ""}));
+  games.remove("org.mozilla.firefox");
+  EXPECT_EQ(stored<Keys>("userGames"), Keys{"no.such.app"});
+  games.remove("never there");
+  games.remove("no.such.app");
+  EXPECT_EQ(stored<Keys>("userGames"), Keys{});
+  EXPECT_EQ(games.count(), 0);
+}
+
+TEST_F(SettingsModelTest, ListFollowsEveryChangeMadeElsewhere) {
+  AppListModel& games = *boost.userGames();
+  for (const Keys& keys : {Keys{"a"}, Keys{"a", "b", "c"}, Keys{"a", "c"}, Keys{"c"}, Keys{"x", "c"},
+                           Keys{"c", "x"}, Keys{"q", "q"}, Keys{"q"}, Keys{}, Keys{"a", "b"}}) {
+    settings.userGames.set(keys);
+    QStringList shown;
+    for (const std::string& key : keys) shown.append(QString::fromStdString(key));
+    EXPECT_EQ(names(games, "key"), shown);
+    EXPECT_EQ(games.count(), static_cast<int>(keys.size()));
+  }
+}
+
+TEST_F(SettingsModelTest, RemovingTakesAwayEveryCopyOfAKey) {
+  settings.protectedApps.set({"a", "b", "a"});
+  boost.protectedApps()->remove("a");
+  EXPECT_EQ(settings.protectedApps.get(), Keys{"b"});
+}
+
+TEST_F(SettingsModelTest, AlwaysBoostShowsInTheList) {
+  machine.launch({.name = "Editor", .bundleID = "org.example.editor"}, Opening::inFront);
+  engine.alwaysBoost();
+  EXPECT_EQ(names(*boost.userGames(), "key"), QStringList{"org.example.editor"});
+}
+
+TEST_F(SettingsModelTest, ProtectingAnAppPutsItBackAtOnce) {
+  boostWithMailInTheBackground();
+  boost.quittableApps()->add("org.example.mail");
+  ASSERT_EQ(engine.managedNames.get(), std::vector<std::string>{"Mail"});
+  boost.protectedApps()->add("org.example.mail");
+  EXPECT_TRUE(engine.managedNames.get().empty());
+}
+
+TEST_F(SettingsModelTest, BoostingAnAppPutsItBackAtOnce) {
+  boostWithMailInTheBackground();
+  boost.userGames()->add("org.example.mail");
+  EXPECT_TRUE(engine.managedNames.get().empty());
+}
+
+TEST_F(SettingsModelTest, RamActionChangesTheFooter) {
+  EXPECT_EQ(boost.ramAction(), 0);
+  EXPECT_EQ(boost.quittableFooter(),
+            "Not used right now. Choose “Quit the apps I mark as quittable” above to turn this on.");
+  boost.chooseRamAction(1);
+  EXPECT_EQ(stored<std::string>("ramAction"), "quitMarked");
+  EXPECT_EQ(boost.quittableFooter(), "Quit only when memory is critical, never a Boost app or the app in "
+                                     "front. Apps with unsaved work will ask first.");
+  boost.chooseRamAction(0);
+  EXPECT_EQ(stored<std::string>("ramAction"), "notify");
+}
+
+TEST_F(SettingsModelTest, AppearanceIsStoredAndApplied) {
+  std::vector<AppearanceMode> applied;
+  settings.applyAppearance = [&](AppearanceMode mode) { applied.push_back(mode); };
+  AppearanceModel& appearance = *model.appearance();
+  EXPECT_EQ(appearance.accents(),
+            (QStringList{"blue", "purple", "pink", "red", "orange", "yellow", "green", "teal", "graphite"}));
+  EXPECT_EQ(appearance.accentNames().back(), "Graphite");
+  EXPECT_EQ(appearance.modeNames(), (QStringList{"System", "Light", "Dark"}));
+  appearance.chooseAccent(8);
+  appearance.chooseMode(2);
+  appearance.chooseMode(2);
+  appearance.chooseMode(3);
+  appearance.chooseAccent(-1);
+  EXPECT_EQ(stored<std::string>("accent"), "graphite");
+  EXPECT_EQ(stored<std::string>("appearance"), "dark");
+  EXPECT_EQ(applied, std::vector{AppearanceMode::dark});
+}
+
+TEST_F(SettingsModelTest, UpdatesSayWhatIsKnown) {
+  UpdatesModel& updates = *model.updates();
+  EXPECT_EQ(updates.currentVersion(), "1.2");
+  EXPECT_EQ(updates.status(), "Not checked yet");
+  EXPECT_EQ(updates.action(), "Check Now");
+  settings.setLastUpdateCheck(Date(std::chrono::hours(24 * 365)));
+  EXPECT_TRUE(updates.status().startsWith("Last checked ")) << updates.status().toStdString();
+  updates.act();
+  EXPECT_EQ(updates.status(), "Update checks aren't set up in this build.");
+  EXPECT_EQ(updates.symbol(), "");
+  EXPECT_EQ(updates.action(), "Check Now");
+}
+
+TEST_F(SettingsModelTest, AboutTellsVersionAndMemory) {
+  EXPECT_EQ(model.about()->version(), "1.2");
+  UpdateChecker nameless({}, settings, machine.clock, {});
+  const SettingsModel other({engine, settings, nameless, login, catalog}, Pane::about);
+  EXPECT_EQ(const_cast<SettingsModel&>(other).about()->version(), "?");
+  EXPECT_EQ(const_cast<SettingsModel&>(other).updates()->currentVersion(), "0");
+  EXPECT_EQ(model.about()->memory().toStdString(), byteText(engine.ownFootprint()));
+}
+
+TEST_F(SettingsModelTest, PickerListsInstalledAppsByNameAndAddsTheChosenOne) {
+  picker.openFor(boost.userGames());
+  EXPECT_EQ(names(picker), (QStringList{"Firefox", "Galculator", "GNU Image Manipulation Program", "Mousepad",
+                                        "OBS Studio", "Spotify"}));
+  EXPECT_FALSE(picker.canAdd());
+  picker.add();
+  EXPECT_TRUE(picker.isOpen());
+  picker.step(1);
+  picker.step(1);
+  EXPECT_TRUE(picker.canAdd());
+  picker.add();
+  EXPECT_FALSE(picker.isOpen());
+  EXPECT_EQ(settings.userGames.get(), Keys{"galculator"});
+}
+
+TEST_F(SettingsModelTest, PickerSearchesNamesAndKeysByWords) {
+  picker.openFor(boost.userGames());
+  const std::vector<std::pair<const char*, QStringList>> cases{
+      {"FIRE", {"Firefox"}},
+      {"image gnu", {"GNU Image Manipulation Program"}},
+      {"gimp", {"GNU Image Manipulation Program"}},
+      {"zzz", {}},
+      {"org", {}},
+      {"  ", names(picker)},
+      {"MÖUSEPAD", {"Mousepad"}}};
+  for (const auto& [text, found] : cases) {
+    picker.setSearch(text);
+    EXPECT_EQ(names(picker), found) << text;
+  }
+  picker.setSearch("obs");
+  EXPECT_EQ(picker.current(), 0);
+  picker.activate(0);
+  EXPECT_EQ(settings.userGames.get(), Keys{"com.obsproject.obs-studio"});
+}
+
+TEST_F(SettingsModelTest, CancelledPickerOrAListedAppChangesNothing) {
+  settings.userGames.set({"galculator", "org.mozilla.firefox"});
+  picker.openFor(boost.userGames());
+  picker.setCurrent(0);
+  picker.cancel();
+  EXPECT_EQ(settings.userGames.get(), (Keys{"galculator", "org.mozilla.firefox"}));
+  picker.openFor(boost.userGames());
+  EXPECT_EQ(picker.current(), -1);
+  picker.activate(0);
+  EXPECT_EQ(settings.userGames.get(), (Keys{"galculator", "org.mozilla.firefox"}));
+}
+
+TEST_F(SettingsModelTest, PickerBrowsesFoldersForDesktopFiles) {
+  const QTemporaryDir folder;
+  const QString inner = folder.filePath("inner");
+  QDir().mkdir(inner);
+  const QString file = inner + "/My Game.desktop";
+  QFile(file).open(QIODevice::WriteOnly);
+  QFile(inner + "/note.txt").open(QIODevice::WriteOnly);
+  QFile(inner + "/broken.desktop").open(QIODevice::WriteOnly);
+  catalog.elsewhere[file.toStdString()] = {"My Game", "A Game", "", file.toStdString()};
+
+  picker.openFor(boost.userGames());
+  picker.browse(folder.path());
+  EXPECT_EQ(names(picker), (QStringList{"..", "inner"}));
+  picker.activate(1);
+  EXPECT_EQ(picker.folder(), inner);
+  EXPECT_EQ(names(picker), (QStringList{"..", "A Game"}));
+  picker.setCurrent(0);
+  EXPECT_FALSE(picker.canAdd());
+  picker.activate(1);
+  EXPECT_EQ(settings.userGames.get(), Keys{"My Game"});
+  EXPECT_FALSE(picker.isBrowsing());
+}
+
+TEST_F(SettingsModelTest, FolderThatCannotBeReadIsEmpty) {
+  picker.openFor(boost.userGames());
+  picker.browse("/nowhere/at/all");
+  EXPECT_EQ(names(picker), QStringList{".."});
+  picker.showInstalled();
+  EXPECT_EQ(picker.count(), 6);
+}
+
+TEST(ShownName, LosesExactlyTheBundleEnding) {
+  const auto shown = [](const char* name) { return shownName({"key", name, "", ""}); };
+  EXPECT_EQ(shown("Mail.app"), "Mail");
+  EXPECT_EQ(shown("Mail.APP"), "Mail.APP");
+  EXPECT_EQ(shown("Mail.app.app"), "Mail.app");
+  EXPECT_EQ(shown("app"), "app");
+}
+
+} // namespace
+
+} // namespace vantle
