@@ -43,7 +43,7 @@ void Stage::start(const std::string& name, std::vector<std::string> command,
 }
 
 void Stage::startGame() {
-  desktop::Program& program = m_desktop.launch({gameProgram, "-w", "-v", "2", "-na"});
+  desktop::Program& program = m_desktop.launch({gameProgram, "-w", "-v", "3", "-na"});
   m_desktop.waitForWindow(program.pid());
   m_game = {"Chromium B.S.U.", &program};
 }
