@@ -43,6 +43,14 @@ UpdateChecker& AppDelegate::updateChecker() {
   return *m_updateChecker;
 }
 
+SettingsWindowController& AppDelegate::settingsWindow() {
+  if (!m_settingsWindow) {
+    m_settingsWindow = std::make_unique<SettingsWindowController>(engine(), settings(), updateChecker(),
+                                                                  m_loginItem, m_catalog);
+  }
+  return *m_settingsWindow;
+}
+
 void AppDelegate::applicationDidFinishLaunching() {
   settings().applyAppearance = [this](AppearanceMode mode) { m_appearance.apply(mode); };
   settings().applyAppearance(settings().appearance.get());
@@ -55,7 +63,7 @@ void AppDelegate::applicationDidFinishLaunching() {
 // The object on the bus lets an app menu open the panel of the copy that runs, tray or no tray.
 void AppDelegate::showInTray() {
   m_panel = std::make_unique<PanelController>(
-      engine(), settings(), [] {}, [] { QCoreApplication::quit(); });
+      engine(), settings(), [this] { settingsWindow().show(); }, [] { QCoreApplication::quit(); });
   m_trayItem = std::make_unique<TrayItem>(engine(), *m_panel);
   QDBusConnection bus = QDBusConnection::sessionBus();
   exportApplication(*m_panel, bus);

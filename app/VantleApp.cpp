@@ -8,8 +8,10 @@
 #include "app/SignalSource.h"
 #include "engine/Journal.h"
 #include "platform/linux/LinuxMachine.h"
+#include "platform/linux/catalog/DesktopCatalog.h"
 #include "platform/linux/files/SingleCopyLock.h"
 #include "platform/linux/files/XdgFolders.h"
+#include "platform/linux/login/AutostartLoginItem.h"
 #include "platform/shared/PollEventLoop.h"
 
 #include <QGuiApplication>
@@ -79,7 +81,11 @@ int VantleApp::run() {
       LinuxMachine::forDesktop(folders, loop, [] { QCoreApplication::exit(EXIT_SUCCESS); });
   askFormerEditionToQuit(machine->machine().workspace);
 
-  AppDelegate delegate(loop, machine->machine());
+  AutostartLoginItem loginItem(AutostartSetup::from(
+      folders, [](const char* name) -> const char* { return std::getenv(name); },
+      QCoreApplication::applicationFilePath().toStdString()));
+  DesktopCatalog catalog(DesktopEntries::dataFoldersFromEnvironment());
+  AppDelegate delegate(loop, machine->machine(), loginItem, catalog);
   QObject::connect(&application, &QCoreApplication::aboutToQuit, &application,
                    [&delegate] { delegate.applicationWillTerminate(); });
   const ExitGuard guard([&delegate] { delegate.applicationWillTerminate(); });
