@@ -8,6 +8,7 @@
 #include <QIcon>
 #include <QImageReader>
 #include <QPainter>
+#include <QStandardPaths>
 
 namespace vantle {
 namespace {
@@ -65,6 +66,12 @@ QImage appIcon(const QString& source, int pixels) {
 }
 
 void chooseIconTheme() {
+  QStringList paths = QIcon::themeSearchPaths();
+  for (const QString& data : QStandardPaths::standardLocations(QStandardPaths::GenericDataLocation)) {
+    const QString icons = data + QLatin1String("/icons");
+    if (!paths.contains(icons) && QFileInfo(icons).isDir()) paths.append(icons);
+  }
+  QIcon::setThemeSearchPaths(paths);
   if (QIcon::themeName().isEmpty() || QIcon::themeName() == QLatin1String("hicolor")) {
     const QString named = gtkSetting(QStringLiteral("gtk-icon-theme-name"));
     QIcon::setThemeName(named.isEmpty() ? QStringLiteral("Adwaita") : named);

@@ -22,7 +22,7 @@ LookEngine::LookEngine(AppSettings& settings, QObject* parent) : QQmlEngine(pare
 }
 
 void prepareRendering() {
-  if (QQuickWindow::graphicsApi() == QSGRendererInterface::Software) return;
+  if (QQuickWindow::sceneGraphBackend() == QLatin1String("software")) return;
   QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
 }
 

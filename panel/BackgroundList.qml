@@ -46,8 +46,8 @@ Column {
                 const next = current + by;
                 if (next < 0 || next >= repeater.count)
                     return;
-                current = next;
                 repeater.itemAt(next).forceActiveFocus();
+                current = next;
             }
 
             width: parent.width

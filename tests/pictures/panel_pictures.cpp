@@ -63,8 +63,11 @@ void check(const QQuickItem& item, const QImage& picture, Findings& findings) {
   if (!item.isVisible()) return;
   const QString text = item.inherits("QQuickText") ? item.property("text").toString() : QString();
   if (!text.isEmpty()) {
-    const qreal scale = picture.devicePixelRatio();
-    const QRectF scene = item.mapRectToScene(item.boundingRect());
+    const qreal scale = picture.width() / item.window()->contentItem()->width();
+    QRectF scene = item.mapRectToScene(item.boundingRect()).adjusted(-2, -2, 2, 2);
+    for (const QQuickItem* each = &item; each != nullptr; each = each->parentItem()) {
+      if (each->clip()) scene &= each->mapRectToScene(each->boundingRect()); // the rest is scrolled away
+    }
     const QRect area = QRectF(scene.topLeft() * scale, scene.size() * scale).toAlignedRect() & picture.rect();
     const auto color = item.property("color").value<QColor>();
     const double found = area.isEmpty() ? 21 : contrast(color, groundOf(picture, area));
@@ -116,7 +119,10 @@ const State states[] = {
      }},
     {"boost-nothing",
      [](auto& machine, auto&, auto&) {
-       machine.launch({.name = "Asteroids", .category = "public.app-category.games"}, Opening::inFront);
+       machine.launch({.name = "Asteroids",
+                       .bundlePath = "/games/asteroids.desktop",
+                       .category = "public.app-category.games"},
+                      Opening::inFront);
      }},
     {"boost-many",
      [](auto& machine, auto&, auto& sample) {
@@ -137,6 +143,7 @@ const State states[] = {
        machine.launch({.name = std::string(10'000, 'W')}, Opening::inBackground);
        machine.launch({.name = "tricky\u202Ename\nwith\tcontrols"}, Opening::inBackground);
        machine.launch({.name = "A game whose name is far too long for the panel to show in full",
+                       .bundlePath = "/games/asteroids.desktop",
                        .category = "public.app-category.games"},
                       Opening::inFront);
      }},

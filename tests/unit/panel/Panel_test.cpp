@@ -94,7 +94,10 @@ TEST_F(Panel, ShowsWhatABoostDoes) {
 }
 
 TEST_F(Panel, SaysSoWhenNothingIsInTheBackground) {
-  machine.launch({.name = "Asteroids", .category = "public.app-category.games"}, Opening::inFront);
+  machine.launch({.name = "Asteroids",
+                  .bundlePath = "/games/asteroids.desktop",
+                  .category = "public.app-category.games"},
+                 Opening::inFront);
   open();
   EXPECT_TRUE(texts().contains("No apps in the background right now."));
   EXPECT_FALSE(texts().contains("Not touched"));
@@ -269,8 +272,9 @@ TEST_F(Panel, SurvivesAnyName) {
                                   std::string("<b>bold</b> %1 &amp;"), std::string("\xff\xfe")}) {
     machine.launch({.name = name, .icon = name}, Opening::inBackground);
   }
-  const auto game =
-      machine.launch({.name = endless, .category = "public.app-category.games"}, Opening::inFront);
+  const auto game = machine.launch(
+      {.name = endless, .bundlePath = "/games/asteroids.desktop", .category = "public.app-category.games"},
+      Opening::inFront);
   open();
   EXPECT_EQ(panel.window()->width(), 360);
   EXPECT_FALSE(panel.window()->grabWindow().isNull());
