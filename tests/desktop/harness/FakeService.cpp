@@ -11,7 +11,7 @@
 namespace vantle::desktop {
 
 FakeService::FakeService(const std::string& address, const std::string& name)
-    : m_stop(::eventfd(0, EFD_CLOEXEC)) {
+    : m_name(name), m_stop(::eventfd(0, EFD_CLOEXEC)) {
   const bool isThere = sd_bus_new(&m_bus) >= 0 && sd_bus_set_address(m_bus, address.c_str()) >= 0 &&
                        sd_bus_set_bus_client(m_bus, 1) >= 0 && sd_bus_start(m_bus) >= 0 &&
                        sd_bus_add_filter(m_bus, nullptr, take, this) >= 0 &&
@@ -23,6 +23,7 @@ FakeService::FakeService(const std::string& address, const std::string& name)
 FakeService::~FakeService() {
   const std::uint64_t one = 1;
   if (::write(m_stop, &one, sizeof one) == sizeof one) m_thread.join();
+  sd_bus_release_name(m_bus, m_name.c_str()); // a successor may come at once
   sd_bus_flush_close_unref(m_bus);
   ::close(m_stop);
 }

@@ -36,6 +36,7 @@ class FakeService {
   void serve();
   static int take(sd_bus_message* message, void* self, sd_bus_error* error);
 
+  const std::string m_name;
   mutable std::mutex m_mutex;
   std::map<std::pair<std::string, std::string>, Answer> m_answers;
   std::map<std::string, int> m_calls;
