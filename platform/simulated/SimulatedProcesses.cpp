@@ -29,15 +29,25 @@ SimulatedProcesses::SimulatedProcesses(SimulatedCalls& calls, SimulatedClock& cl
   m_processes.emplace(firstProcess, std::move(init));
 }
 
-Pid SimulatedProcesses::nextFreePid() {
+std::optional<Pid> SimulatedProcesses::freePidOfThisTick() {
   const std::uint64_t now = m_clock.stamp();
-  for (Pid tried = 1; tried < m_highest; ++tried) {
+  for (Pid tried = firstProcess; tried < m_highest; ++tried) {
     m_last = m_last < m_highest ? m_last + 1 : firstProcess + 1;
     const auto earlier = m_lastStart.find(m_last);
     const bool bornInThisTick = earlier != m_lastStart.end() && earlier->second == now;
     if (!m_processes.contains(m_last) && !bornInThisTick) return m_last;
   }
-  invariantBroken("the simulated machine has no pid left");
+  return std::nullopt;
+}
+
+Pid SimulatedProcesses::nextFreePid() {
+  std::optional<Pid> pid = freePidOfThisTick();
+  if (!pid) {
+    m_clock.advance(std::chrono::microseconds(m_clock.resolution()));
+    pid = freePidOfThisTick();
+  }
+  invariant(pid.has_value(), "the simulated machine has no pid left");
+  return *pid;
 }
 
 Pid SimulatedProcesses::spawn(const ProcessSpec& spec) {
@@ -53,7 +63,7 @@ Pid SimulatedProcesses::spawn(const ProcessSpec& spec) {
   process.footprint = spec.footprint;
   process.isBusy = spec.isBusy;
   process.band = parent->band;
-  m_lastStart[pid] = process.startMicros;
+  if (!m_lastStart.insert_or_assign(pid, process.startMicros).second) ++m_reusedPids;
   m_processes.emplace(pid, std::move(process));
   return pid;
 }

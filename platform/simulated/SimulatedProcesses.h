@@ -7,6 +7,7 @@
 #include "platform/simulated/SimulatedClock.h"
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -47,7 +48,8 @@ struct CpuModel {
 };
 
 // The kernel's table of processes. Pids are handed out upwards and again from the start after the highest,
-// as a kernel does it; a pid is never reused within one tick of the start times.
+// as a kernel does it; a pid is never reused within one tick of the start times:
+// when only such are left, the tick passes.
 class SimulatedProcesses final : public ProcessTable {
  public:
   SimulatedProcesses(SimulatedCalls& calls, SimulatedClock& clock);
@@ -64,6 +66,7 @@ class SimulatedProcesses final : public ProcessTable {
   bool lives(const ProcessIdentity& identity) const; // a zombie does not
 
   void setHighestPid(Pid highest) { m_highest = highest; } // small values make reuse happen soon
+  std::size_t reusedPids() const { return m_reusedPids; }  // processes whose pid another one had before
   CpuModel cpu;
   void passTime(std::chrono::microseconds duration); // the busy processes use their share of it
 
@@ -75,6 +78,7 @@ class SimulatedProcesses final : public ProcessTable {
   std::optional<int> schedulerPriority(Pid pid) const override;
 
  private:
+  std::optional<Pid> freePidOfThisTick();
   Pid nextFreePid();
   void orphanChildrenOf(Pid pid);
   const SimulatedProcess* readable(Operation operation, Pid pid) const;
@@ -85,6 +89,7 @@ class SimulatedProcesses final : public ProcessTable {
   std::map<Pid, std::uint64_t> m_lastStart; // of the last process that had the pid
   Pid m_highest = 32768;
   Pid m_last = 1;
+  std::size_t m_reusedPids = 0;
 };
 
 } // namespace vantle
