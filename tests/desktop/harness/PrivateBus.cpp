@@ -1,9 +1,29 @@
 // SPDX-License-Identifier: MIT
 #include "tests/desktop/harness/PrivateBus.h"
 
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
 namespace vantle::desktop {
 
 namespace fs = std::filesystem;
+
+namespace {
+
+// The socket is there a moment before anybody listens on it.
+bool accepts(const fs::path& socket) {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  socket.string().copy(address.sun_path, sizeof address.sun_path - 1);
+  const int descriptor = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const bool isAccepted =
+      ::connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+  ::close(descriptor);
+  return isAccepted;
+}
+
+} // namespace
 
 PrivateBus::PrivateBus() : m_socket(m_folder.path() / "socket"), m_address("unix:path=" + m_socket.string()) {
   start();
@@ -24,7 +44,7 @@ void PrivateBus::start() {
   start.command = {"dbus-daemon", "--config-file=" + configuration.string(), "--nofork", "--nopidfile"};
   start.environment = {{"PATH", "/usr/bin:/bin"}};
   m_daemon = std::make_unique<Program>(start);
-  require("a message bus", [this] { return fs::is_socket(m_socket); });
+  require("a message bus", [this] { return accepts(m_socket); });
 }
 
 } // namespace vantle::desktop
