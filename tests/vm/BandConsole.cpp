@@ -79,7 +79,7 @@ class Console {
       const std::optional<bool> isIn = m_band.isInBackgroundBand(first);
       return isIn ? std::to_string(static_cast<int>(*isIn)) : "?";
     }
-    if (command == "settle") return m_band.settle(std::chrono::seconds(10)) ? "1" : "0";
+    if (command == "settle") return m_band.settle(std::chrono::seconds(60)) ? "1" : "0";
     if (command == "reclaim") m_band.reclaim();
     if (command == "quit") m_isDone = true;
     return "ok";

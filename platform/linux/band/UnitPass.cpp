@@ -124,14 +124,11 @@ bool UnitPass::belongs(const ProcessStat& process, const std::unordered_set<Pid>
   if (!process.isAlive()) return true;
   if (!view.mayTouch(process)) return false;
   if (view.everyTree.contains(process.pid) || view.everyTree.contains(process.parent)) return true;
-  // An orphan, such as a crash handler: started in the unit by the app, so younger than it, and by now a
-  // child of nobody there. What still has a parent in the unit is judged by that parent.
-  const ProcessStat* parent = inside.contains(process.parent) ? view.scan.find(process.parent) : nullptr;
-  if (parent && parent->pid != process.pid) return belongs(*parent, inside, view);
-  return std::any_of(view.roots.begin(), view.roots.end(), [&](Pid root) {
-    const ProcessStat* app = inside.contains(root) ? view.scan.find(root) : nullptr;
-    return app && app->startTicks <= process.startTicks;
-  });
+  // An orphan, such as a crash handler: whatever a session holds was started in it by its leader, so in a
+  // session that the app's main process leads it is the app's. Another app may be an orphan in a shared unit
+  // just as well, but it has a session of its own.
+  const ProcessStat* leader = inside.contains(process.session) ? view.scan.find(process.session) : nullptr;
+  return leader && view.roots.contains(leader->pid) && leader->startTicks <= process.startTicks;
 }
 
 } // namespace vantle

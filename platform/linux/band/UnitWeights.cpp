@@ -128,7 +128,9 @@ void UnitWeights::raiseUnit(const std::string& unit) {
   if (!entry || !m_raising.insert(unit).second) return;
   const std::uint64_t weight = entry->weight;
   const auto giveBack = [this, unit, weight] {
-    m_manager.setWeight(unit, weight, [this, unit](bool done) { done ? forget(unit) : failed(unit); });
+    auto given = std::make_shared<bool>(false);
+    m_manager.setWeight(unit, weight, [given](bool done) { *given = done; });
+    m_manager.barrier([this, unit, given](bool) { *given ? forget(unit) : failed(unit); });
   };
   if (isIdle(entry->place)) return giveBack();
   std::error_code ignored;

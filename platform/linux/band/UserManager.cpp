@@ -12,8 +12,8 @@ constexpr const char* service = "org.freedesktop.systemd1";
 constexpr const char* managerPath = "/org/freedesktop/systemd1";
 constexpr const char* managerInterface = "org.freedesktop.systemd1.Manager";
 
-// An order that takes longer has failed; nobody waits that long for it.
-constexpr std::chrono::seconds orderLimit{5};
+// An order that takes longer has failed. Nobody waits that long for it, but a machine that swaps may.
+constexpr std::chrono::seconds orderLimit{25};
 
 std::string interfaceOf(const std::string& unit) {
   if (unit.ends_with(".scope")) return "org.freedesktop.systemd1.Scope";

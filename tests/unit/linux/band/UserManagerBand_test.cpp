@@ -1,0 +1,330 @@
+// SPDX-License-Identifier: MIT
+// The band where a user manager weighs apps: its orders, and what it does when they fail.
+#include "platform/linux/band/LinuxBand.h"
+#include "platform/linux/band/ThreadCalls.h"
+#include "platform/linux/files/PosixFileStore.h"
+#include "platform/shared/PollEventLoop.h"
+#include "tests/desktop/harness/PrivateBus.h"
+#include "tests/unit/linux/band/ScriptedUserManager.h"
+#include "tests/unit/linux/band/TestProcess.h"
+
+#include <fstream>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <memory>
+
+namespace vantle {
+
+namespace {
+
+using namespace test;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using Mood = ScriptedUserManager::Mood;
+
+constexpr std::chrono::seconds guard{60};
+
+class UserManagerBand : public testing::Test {
+ protected:
+  UserManagerBand() : m_manager(m_bus.address(), m_groups) {
+    m_ledger = (m_groups.folder() / "data/Vantle/band.json").string();
+    stand(m_front.pid(), "app-front-1.scope");
+    start();
+  }
+
+  // A new run of the program. A generous limit, so that a busy machine does not look like a late manager.
+  void start(std::chrono::milliseconds limit = guard) {
+    m_band.reset();
+    m_band = std::make_unique<LinuxBand>(m_loop, m_files,
+                                         BandPaths{.procRoot = m_groups.procRoot(),
+                                                   .sysRoot = m_groups.sysRoot(),
+                                                   .ledger = m_ledger,
+                                                   .userBus = m_bus.address(),
+                                                   .busLimit = limit});
+    const std::array<Pid, 1> front{m_front.pid()};
+    m_band->prepareBoostApp(m_front.pid(), front);
+  }
+  void stand(Pid pid, const std::string& unit, std::uint64_t weight = ScriptedUserManager::notSet) {
+    m_manager.addUnit(unit, weight);
+    m_groups.place(pid, FakeControlGroups::appSlice() + "/" + unit);
+  }
+  bool enter(Pid root, const std::vector<Pid>& tree) {
+    const BandGroup group{root, tree, tree};
+    const std::vector<bool> entered = m_band->enterBackgroundBand(std::span(&group, 1)).front();
+    return std::all_of(entered.begin(), entered.end(), [](bool one) { return one; });
+  }
+  bool settled() { return m_band->settle(guard); }
+  std::string idle(const std::string& unit) {
+    return m_groups.idle(FakeControlGroups::appSlice() + "/" + unit);
+  }
+  std::string ledger() const {
+    std::ifstream file(m_ledger);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+
+  desktop::PrivateBus m_bus;
+  FakeControlGroups m_groups;
+  ScriptedUserManager m_manager;
+  PollEventLoop m_loop;
+  PosixFileStore m_files{"/nonexistent", PosixFileStore::Sync::none};
+  std::string m_ledger;
+  TestProcess m_front;
+  std::unique_ptr<LinuxBand> m_band;
+};
+
+TEST_F(UserManagerBand, SlowsAUnitAndPutsItBack) {
+  const TestProcess app;
+  stand(app.pid(), "app-a-1.scope");
+  const std::string before = schedulingState(app.pid());
+  EXPECT_TRUE(enter(app.pid(), {app.pid()}));
+  EXPECT_EQ(m_band->isInBackgroundBand(app.pid()), true);
+  EXPECT_EQ(idle("app-a-1.scope"), "1");
+  EXPECT_EQ(autogroupLine(app.pid()), "nice 0") << "one lever is enough";
+  EXPECT_THAT(ledger(), HasSubstr("app-a-1.scope"));
+  EXPECT_TRUE(m_band->leaveBackgroundBand(app.pid()));
+  EXPECT_TRUE(settled());
+  EXPECT_EQ(idle("app-a-1.scope"), "0");
+  EXPECT_EQ(schedulingState(app.pid()), before);
+  EXPECT_THAT(ledger(), HasSubstr("\"units\":[]"));
+  EXPECT_THAT(m_manager.takeOrders(),
+              ElementsAre("Get app-a-1.scope", "SetUnitProperties app-a-1.scope runtime CPUWeight 0",
+                          "SetUnitProperties app-a-1.scope runtime CPUWeight unset"));
+}
+
+TEST_F(UserManagerBand, OneCallCoversAUnitAndNamesMayHoldEscapes) {
+  const std::string unit = "app-org.example.Editor\\x2dplus-1:2@3.service";
+  const TestProcess app;
+  const Pid child = app.ask('f');
+  stand(app.pid(), unit, 250);
+  stand(child, unit, 250);
+  EXPECT_TRUE(enter(app.pid(), {app.pid(), child}));
+  EXPECT_TRUE(m_band->leaveBackgroundBand(app.pid()));
+  EXPECT_TRUE(m_band->leaveBackgroundBand(child));
+  EXPECT_TRUE(settled());
+  EXPECT_EQ(m_manager.weight(unit), 250U);
+  EXPECT_EQ(m_manager.takeOrders().size(), 3U);
+}
+
+TEST_F(UserManagerBand, AppsInASliceOfTheirOwnAreWeighedByTheSlice) {
+  const TestProcess app;
+  m_manager.addUnit("app-nested.slice");
+  m_groups.place(app.pid(), FakeControlGroups::appSlice() + "/app-nested.slice/inner.service");
+  m_groups.place(app.pid(), FakeControlGroups::appSlice() + "/app-nested.slice/inner.service");
+  std::ofstream(m_groups.sysRoot() + "/fs/cgroup" + FakeControlGroups::appSlice() +
+                "/app-nested.slice/cgroup.procs");
+  EXPECT_TRUE(enter(app.pid(), {app.pid()}));
+  EXPECT_EQ(idle("app-nested.slice"), "1");
+  m_band->leaveBackgroundBand(app.pid());
+  EXPECT_TRUE(settled());
+  EXPECT_EQ(idle("app-nested.slice"), "0");
+}
+
+TEST_F(UserManagerBand, AUnitWithAnotherAppInItIsNeverLowered) {
+  const TestProcess app;
+  const Pid child = app.ask('f');
+  const TestProcess other;
+  for (const Pid pid : {app.pid(), child, other.pid()}) stand(pid, "shared.scope");
+  EXPECT_TRUE(enter(app.pid(), {app.pid(), child}));
+  EXPECT_EQ(idle("shared.scope"), "0");
+  const std::string own = m_groups.pathOf(app.pid());
+  EXPECT_THAT(own, HasSubstr("/app.slice/app-vantle-"));
+  EXPECT_EQ(m_groups.pathOf(child), own);
+  EXPECT_THAT(m_groups.pathOf(other.pid()), HasSubstr("shared.scope"));
+  EXPECT_EQ(m_groups.idle(own), "1");
+  m_band->leaveBackgroundBand(app.pid());
+  m_band->leaveBackgroundBand(child);
+  EXPECT_TRUE(settled());
+  EXPECT_EQ(m_groups.idle(own), "0");
+
+  // The second time it stands in a unit of its own already.
+  m_manager.takeOrders();
+  EXPECT_TRUE(enter(app.pid(), {app.pid(), child}));
+  for (const std::string& order : m_manager.takeOrders()) EXPECT_EQ(order.find("StartTransient"), order.npos);
+}
+
+TEST_F(UserManagerBand, AppsOfALoginSessionAreAdoptedTheOneInFrontIncluded) {
+  const TestProcess front;
+  const TestProcess app;
+  const Pid child = app.ask('f');
+  const TestProcess server(TestProcess::Session::own, [](char) {
+    std::ofstream("/proc/self/comm") << "Xorg";
+    return 0;
+  });
+  server.ask('!');
+  for (const Pid pid : {front.pid(), app.pid(), child, server.pid()}) {
+    m_groups.place(pid, FakeControlGroups::loginSession());
+  }
+  const std::array<Pid, 1> tree{front.pid()};
+  m_band->prepareBoostApp(front.pid(), tree);
+  EXPECT_THAT(m_groups.pathOf(front.pid()), HasSubstr("/app.slice/app-vantle-"));
+  EXPECT_TRUE(enter(app.pid(), {app.pid(), child}));
+  EXPECT_EQ(m_groups.pathOf(child), m_groups.pathOf(app.pid()));
+  EXPECT_EQ(m_groups.idle(m_groups.pathOf(app.pid())), "1");
+  EXPECT_NE(m_groups.idle(m_groups.pathOf(front.pid())), "1");
+  EXPECT_FALSE(enter(server.pid(), {server.pid()}));
+  EXPECT_EQ(m_groups.pathOf(server.pid()), FakeControlGroups::loginSession());
+}
+
+TEST_F(UserManagerBand, AServicesMainProcessStaysWhereItIsWatched) {
+  const TestProcess service;
+  const TestProcess guest;
+  stand(service.pid(), "shared.service");
+  stand(guest.pid(), "shared.service");
+  EXPECT_FALSE(enter(service.pid(), {service.pid()}));
+  EXPECT_THAT(m_groups.pathOf(service.pid()), HasSubstr("shared.service"));
+  EXPECT_EQ(threadCalls::ioPriority(service.pid()), 0);
+}
+
+TEST_F(UserManagerBand, SuccessWithoutEffectIsNoSuccess) {
+  const TestProcess app;
+  stand(app.pid(), "app-a-1.scope");
+  m_manager.setMood(Mood::lying);
+  EXPECT_FALSE(enter(app.pid(), {app.pid()}));
+  EXPECT_EQ(m_band->isInBackgroundBand(app.pid()), false);
+  EXPECT_EQ(threadCalls::ioPriority(app.pid()), 0);
+  m_manager.setMood(Mood::obedient);
+  EXPECT_TRUE(settled());
+  EXPECT_THAT(ledger(), HasSubstr("\"units\":[]"));
+}
+
+TEST_F(UserManagerBand, ARefusalLeavesTheAppAsItIs) {
+  const TestProcess app;
+  const TestProcess shared;
+  stand(app.pid(), "app-a-1.scope");
+  m_groups.place(shared.pid(), FakeControlGroups::loginSession());
+  m_manager.setMood(Mood::refusing);
+  EXPECT_FALSE(enter(app.pid(), {app.pid()}));
+  EXPECT_FALSE(enter(shared.pid(), {shared.pid()}));
+  EXPECT_EQ(m_groups.pathOf(shared.pid()), FakeControlGroups::loginSession());
+  EXPECT_EQ(ledger(), "");
+}
+
+TEST_F(UserManagerBand, ASilentManagerHoldsNobodyUp) {
+  const TestProcess app;
+  stand(app.pid(), "app-a-1.scope");
+  start(std::chrono::milliseconds(200));
+  m_manager.setMood(Mood::silent);
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_FALSE(enter(app.pid(), {app.pid()}));
+  EXPECT_FALSE(enter(app.pid(), {app.pid()})) << "and is not asked again before it has answered";
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(4))
+      << "an order's own limit is 5 s";
+  EXPECT_EQ(m_band->isInBackgroundBand(app.pid()), false);
+  m_manager.setMood(Mood::obedient);
+}
+
+TEST_F(UserManagerBand, WhatComesTooLateIsTakenBack) {
+  const TestProcess app;
+  stand(app.pid(), "app-a-1.scope");
+  for (const int limit : {300, 500, 700, 900}) {
+    start(std::chrono::milliseconds(limit));
+    m_manager.setDelay(std::chrono::milliseconds(250)); // cuts the pass off at one order after the other
+    const bool entered = enter(app.pid(), {app.pid()});
+    EXPECT_EQ(m_band->isInBackgroundBand(app.pid()), entered);
+    m_manager.setDelay({});
+    if (entered) {
+      m_band->leaveBackgroundBand(app.pid());
+    }
+    EXPECT_TRUE(settled());
+    EXPECT_NE(idle("app-a-1.scope"), "1");
+    EXPECT_EQ(m_manager.weight("app-a-1.scope"), ScriptedUserManager::notSet);
+  }
+}
+
+TEST_F(UserManagerBand, TheBusDiesAndComesBackInTheMiddle) {
+  const TestProcess app;
+  stand(app.pid(), "app-a-1.scope", 77);
+  EXPECT_TRUE(enter(app.pid(), {app.pid()}));
+  m_bus.kill();
+  m_manager.disconnect();
+  EXPECT_TRUE(m_band->leaveBackgroundBand(app.pid()));
+  EXPECT_EQ(m_band->isInBackgroundBand(app.pid()), false);
+  EXPECT_FALSE(m_band->settle(std::chrono::milliseconds(100)));
+  EXPECT_THAT(ledger(), HasSubstr("app-a-1.scope")) << "still owed";
+  m_bus.start();
+  m_manager.connect();
+  // Nobody asks: the band comes back to it by itself.
+  EXPECT_TRUE(m_loop.runUntil([&] { return m_manager.weight("app-a-1.scope") == 77; }, guard));
+  EXPECT_TRUE(settled());
+  EXPECT_TRUE(enter(app.pid(), {app.pid()}));
+  EXPECT_TRUE(m_band->leaveBackgroundBand(app.pid()));
+  EXPECT_TRUE(settled());
+  EXPECT_EQ(m_manager.weight("app-a-1.scope"), 77U);
+}
+
+TEST_F(UserManagerBand, TheNextStartPutsBackAUnitWhoseProcessesAreAllNew) {
+  {
+    const TestProcess app;
+    stand(app.pid(), "worker.service", 30);
+    EXPECT_TRUE(enter(app.pid(), {app.pid()}));
+  }
+  m_band.reset(); // as if killed: nothing is put back
+  EXPECT_EQ(m_manager.weight("worker.service"), 0U);
+  start();
+  m_band->reclaim();
+  EXPECT_TRUE(settled());
+  EXPECT_EQ(m_manager.weight("worker.service"), 30U);
+}
+
+TEST_F(UserManagerBand, AScopeThatHasEndedIsForgotten) {
+  {
+    const TestProcess app;
+    stand(app.pid(), "app-a-1.scope");
+    EXPECT_TRUE(enter(app.pid(), {app.pid()}));
+  }
+  m_groups.removeFolder(FakeControlGroups::appSlice() + "/app-a-1.scope");
+  m_manager.takeOrders();
+  m_band->reclaim();
+  EXPECT_TRUE(settled());
+  EXPECT_THAT(m_manager.takeOrders(), IsEmpty());
+  EXPECT_THAT(ledger(), HasSubstr("\"units\":[]"));
+}
+
+TEST_F(UserManagerBand, AWeightOfSomebodyElseStays) {
+  const TestProcess app;
+  stand(app.pid(), "app-a-1.scope", 30);
+  EXPECT_TRUE(enter(app.pid(), {app.pid()}));
+  m_manager.setWeight("app-a-1.scope", 500);
+  EXPECT_TRUE(m_band->leaveBackgroundBand(app.pid()));
+  EXPECT_TRUE(settled());
+  EXPECT_EQ(m_manager.weight("app-a-1.scope"), 500U);
+
+  const TestProcess idler;
+  stand(idler.pid(), "app-idle-1.scope", 0);
+  m_groups.setIdle(FakeControlGroups::appSlice() + "/app-idle-1.scope", true);
+  EXPECT_FALSE(enter(idler.pid(), {idler.pid()})) << "somebody else's, who will take it out again";
+}
+
+TEST_F(UserManagerBand, WithoutALedgerNothingIsLowered) {
+  const TestProcess app;
+  stand(app.pid(), "app-a-1.scope");
+  m_ledger = "/proc/vantle/band.json"; // where nobody can write
+  start();
+  EXPECT_FALSE(enter(app.pid(), {app.pid()}));
+  EXPECT_EQ(m_manager.weight("app-a-1.scope"), ScriptedUserManager::notSet);
+}
+
+TEST_F(UserManagerBand, LedgersThatAreNotOursCountAsEmpty) {
+  stand(m_front.pid(), "app-front-1.scope");
+  const std::string unit = R"({"name":"app-front-1.scope","path":"/x","weight":5})";
+  const std::vector<std::string> contents = {"",
+                                             "[]",
+                                             "{",
+                                             std::string(2'000'000, 'x'),
+                                             R"({"boot":"of another day","units":[)" + unit + "]}",
+                                             R"({"boot":7,"units":3})",
+                                             "\xff\xfe"};
+  for (const std::string& content : contents) {
+    std::filesystem::create_directories(std::filesystem::path(m_ledger).parent_path());
+    std::ofstream(m_ledger) << content;
+    start();
+    m_manager.takeOrders();
+    m_band->reclaim();
+    EXPECT_THAT(m_manager.takeOrders(), IsEmpty()) << content.substr(0, 40);
+  }
+}
+
+} // namespace
+
+} // namespace vantle
