@@ -31,6 +31,7 @@ std::vector<std::vector<bool>> BandPass::run() {
     if (births && births == m_parts.files.birthMark()) break;
   }
   m_parts.sessions.apply();
+  if (m_parts.units) m_parts.units->raiseUnused(m_enteredPaths);
 
   std::vector<std::vector<bool>> results;
   results.reserve(m_groups.size());
@@ -49,6 +50,8 @@ void BandPass::look() {
   m_trees.clear();
   m_everyTree.clear();
   m_sessionPlans.clear();
+  // What could not be slowed before may stand elsewhere by now.
+  std::erase_if(m_entered, [](const auto& one) { return !one.second; });
   for (const BandGroup& group : m_groups) {
     const std::unordered_set<Pid>& tree = m_trees.emplace_back(m_scan.withDescendants(group.tree));
     m_everyTree.insert(tree.begin(), tree.end());
@@ -103,6 +106,7 @@ bool BandPass::enter(const ProcessStat& process) {
   plan.classIsTheEffect = lever == Lever::schedulingClass;
   plan.sessionLowered = lever == Lever::session;
   entered = m_parts.threads.enter(process.pid, plan);
+  if (entered && lever == Lever::unit) m_enteredPaths.push_back(m_parts.files.unifiedPath(process.pid));
   // The mark comes first: from here on a crash leaves the session's weight to be found by it.
   if (entered && lever == Lever::session) {
     const SessionPlan& session = sessionPlan(process.session);

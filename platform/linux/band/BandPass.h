@@ -70,7 +70,8 @@ class BandPass {
   // What was decided and done.
   std::unordered_map<Pid, bool> m_mayTouch;
   std::unordered_map<Pid, bool> m_entered;
-  std::unordered_set<Pid> m_lowered; // sessions
+  std::unordered_set<Pid> m_lowered;       // sessions
+  std::vector<std::string> m_enteredPaths; // of those that a unit's weight acts on
   std::vector<std::vector<ProcessStat>> m_companions;
 };
 

@@ -16,7 +16,8 @@ namespace {
 std::string anyAppPath(const UnitWeights& units) { return units.appSlice() + "/-"; }
 
 std::string bootId(const std::string& procRoot) {
-  return readKernelFile(procRoot + "/sys/kernel/random/boot_id").value_or("");
+  const std::string text = readKernelFile(procRoot + "/sys/kernel/random/boot_id").value_or("");
+  return text.substr(0, text.find('\n'));
 }
 
 } // namespace

@@ -95,7 +95,17 @@ void UnitPass::run(std::span<const BandGroup> groups, const View& view) {
   for (std::size_t at = 0; at < adoptions.size(); ++at) {
     if (adoptions[at].succeeded) add(scopes[at]);
   }
-  if (!places.empty()) m_units.lower(places, m_deadline);
+  if (places.empty()) return;
+  const std::vector<UnitPlace> lowered = m_units.lower(places, m_deadline);
+  m_lowered.insert(m_lowered.end(), lowered.begin(), lowered.end());
+}
+
+void UnitPass::raiseUnused(const std::vector<std::string>& enteredPaths) {
+  for (const UnitPlace& unit : m_lowered) {
+    const bool isUsed = std::any_of(enteredPaths.begin(), enteredPaths.end(),
+                                    [&unit](const std::string& path) { return unit.holds(path); });
+    if (!isUsed) m_units.raise(unit.path);
+  }
 }
 
 std::optional<UnitPlace> UnitPass::ownUnit(const ProcessStat& process, const View& view) {

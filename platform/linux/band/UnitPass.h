@@ -32,6 +32,9 @@ class UnitPass {
 
   void run(std::span<const BandGroup> groups, const View& view);
 
+  // Gives back what this pass lowered for nothing: units that no process with such a path has entered.
+  void raiseUnused(const std::vector<std::string>& enteredPaths);
+
   // Where an app is adopted to: a scope as desktops make them.
   static UnitPlace scopeOf(const UnitWeights& units, const ProcessStat& root);
   // The move of these processes of an app, and of what descends from them; absent when the app may not be
@@ -49,6 +52,7 @@ class UnitPass {
   std::string m_frontPath;
   BusDeadline m_deadline;
   std::unordered_map<std::string, bool> m_isOwn; // by path of the unit
+  std::vector<UnitPlace> m_lowered;              // by this pass
 };
 
 } // namespace vantle

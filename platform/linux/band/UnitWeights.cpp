@@ -23,6 +23,7 @@ constexpr milliseconds firstRetry{1000};
 constexpr milliseconds lastRetry{60'000};
 constexpr milliseconds reclaimLimit{200}; // what the main loop may be held up for
 constexpr milliseconds settleStep{50};
+constexpr int mostSteps = 4;
 constexpr int mostAttachRounds = 8; // two were enough for a shell that forks without end
 
 bool hasWord(std::string_view list, std::string_view word) {
@@ -71,9 +72,9 @@ bool UnitWeights::isLowered(std::string_view processPath) const {
   });
 }
 
-void UnitWeights::lower(const std::vector<UnitPlace>& places, BusDeadline deadline) {
+std::vector<UnitPlace> UnitWeights::lower(const std::vector<UnitPlace>& places, BusDeadline deadline) {
   // What is on its way back arrives first: orders are served one after the other.
-  if (!m_raising.empty() && !m_manager.finish(deadline)) return;
+  if (!m_raising.empty() && !m_manager.finish(deadline)) return {};
 
   auto weights = std::make_shared<std::map<std::string, std::optional<std::uint64_t>>>();
   std::vector<UnitLedger::Entry> wanted;
@@ -98,18 +99,33 @@ void UnitWeights::lower(const std::vector<UnitPlace>& places, BusDeadline deadli
     return entry.weight == UserManager::idleWeight;
   };
   wanted.erase(std::remove_if(wanted.begin(), wanted.end(), isUnknown), wanted.end());
-  if (wanted.empty() || SteadyClock::now() >= deadline || !m_ledger.add(wanted)) return;
+  if (wanted.empty() || SteadyClock::now() >= deadline || !m_ledger.add(wanted)) return {};
 
   for (const UnitLedger::Entry& entry : wanted) {
     m_manager.setWeight(entry.place.name, UserManager::idleWeight, [](bool) {});
   }
-  m_manager.barrier([](bool) {});
-  m_manager.finish(deadline);
+  waitUntilIdle(wanted, deadline);
+  std::vector<UnitPlace> lowered;
   for (const UnitLedger::Entry& entry : wanted) {
     if (isIdle(entry.place)) {
       m_inForce.insert(entry.place.name);
+      lowered.push_back(entry.place);
     } else {
       raiseUnit(entry.place.name); // also when it only came too late
+    }
+  }
+  return lowered;
+}
+
+void UnitWeights::waitUntilIdle(const std::vector<UnitLedger::Entry>& entries, BusDeadline deadline) {
+  // The first weighted unit makes the manager switch the controller on along the whole path, in more than one
+  // step of its own.
+  for (int step = 0; step < mostSteps && SteadyClock::now() < deadline; ++step) {
+    m_manager.barrier([](bool) {});
+    m_manager.finish(deadline);
+    if (std::all_of(entries.begin(), entries.end(),
+                    [this](const auto& entry) { return isIdle(entry.place); })) {
+      return;
     }
   }
 }

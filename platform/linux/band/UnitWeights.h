@@ -47,10 +47,11 @@ class UnitWeights {
   const std::string& managerPath() const { return m_managerPath; }
   const std::string& appSlice() const { return m_appSlice; }
 
-  void lower(const std::vector<UnitPlace>& places, BusDeadline deadline);
+  // Which of them are in force now and were not before.
+  std::vector<UnitPlace> lower(const std::vector<UnitPlace>& places, BusDeadline deadline);
   // Whether the unit that this path leads through was lowered by this program and still is.
   bool isLowered(std::string_view processPath) const;
-  void raise(std::string_view processPath);
+  void raise(std::string_view processPath); // the units that it leads through
   void raiseAll();
   void adopt(std::vector<Adoption>& adoptions, const ProcessFiles& files, BusDeadline deadline);
 
@@ -64,6 +65,7 @@ class UnitWeights {
   void raiseUnit(const std::string& unit);
   void forget(const std::string& unit);
   void failed(const std::string& unit);
+  void waitUntilIdle(const std::vector<UnitLedger::Entry>& entries, BusDeadline deadline);
   void raiseDebts();
   bool hasDebts() const;
   bool isIdle(const UnitPlace& place) const; // as the kernel has it

@@ -200,6 +200,17 @@ TEST_F(UserManagerBand, ARefusalLeavesTheAppAsItIs) {
   EXPECT_EQ(ledger(), "");
 }
 
+TEST_F(UserManagerBand, AUnitIsNotLoweredForNothing) {
+  const TestProcess app;
+  stand(app.pid(), "app-a-1.scope", 40);
+  // Hints are what the mark cannot remember, so the process itself is refused.
+  ASSERT_TRUE(threadCalls::setIoPriority(app.pid(), (2 << 13) | (1 << 3) | 4));
+  EXPECT_FALSE(enter(app.pid(), {app.pid()}));
+  EXPECT_TRUE(settled());
+  EXPECT_EQ(m_manager.weight("app-a-1.scope"), 40U);
+  EXPECT_EQ(idle("app-a-1.scope"), "0");
+}
+
 TEST_F(UserManagerBand, ASilentManagerHoldsNobodyUp) {
   const TestProcess app;
   stand(app.pid(), "app-a-1.scope");
