@@ -13,8 +13,8 @@ using namespace vantle::desktop;
 
 TEST(VirtualDesktop, ShowsWindowsWithTheirProcesses) {
   VirtualDesktop desktop;
-  Program& first = desktop.launch({VANTLE_TEST_WINDOW, "--title", "first"});
-  Program& second = desktop.launch({VANTLE_TEST_WINDOW, "--title", "second", "--claim-pid", "1"});
+  Program& first = desktop.launch({testWindow(), "--title", "first"});
+  Program& second = desktop.launch({testWindow(), "--title", "second", "--claim-pid", "1"});
   const XWindows::Window window = desktop.waitForWindow(first.pid());
   EXPECT_EQ(window.title, "first");
   EXPECT_EQ(desktop.waitForWindowTitled("second").pid, second.pid());
@@ -28,7 +28,7 @@ TEST(VirtualDesktop, EndsEverythingItStarted) {
   std::set<Pid> all;
   {
     VirtualDesktop desktop;
-    Program& program = desktop.launch({VANTLE_TEST_WINDOW, "--children", "3"});
+    Program& program = desktop.launch({testWindow(), "--children", "3"});
     desktop.waitForWindow(program.pid());
     // An orphan in a session of its own, which nothing but its environment ties to the desktop.
     EXPECT_TRUE(desktop.run({"setsid", "-f", "sleep", "1000"}));
@@ -58,7 +58,7 @@ TEST(VirtualDesktop, TakesPictures) {
 TEST(VirtualDesktop, BelongsToSomebodyElseWhenRootSaysSo) {
   if (::geteuid() != 0) GTEST_SKIP() << "only root can";
   VirtualDesktop desktop({.user = 65534});
-  Program& program = desktop.launch({VANTLE_TEST_WINDOW});
+  Program& program = desktop.launch({testWindow()});
   desktop.waitForWindow(program.pid());
   EXPECT_TRUE(desktop.run({"test", "-O", desktop.home()}));
   EXPECT_FALSE(desktop.run({"test", "-w", "/etc/passwd"}));
@@ -67,7 +67,7 @@ TEST(VirtualDesktop, BelongsToSomebodyElseWhenRootSaysSo) {
 TEST(VirtualDesktop, NoticesARestartedWindowManager) {
   VirtualDesktop desktop;
   desktop.windowManager().kill();
-  Program& early = desktop.launch({VANTLE_TEST_WINDOW});
+  Program& early = desktop.launch({testWindow()});
   desktop.startWindowManager();
   EXPECT_NE(desktop.waitForWindow(early.pid()).id, 0U);
 }

@@ -10,6 +10,7 @@
 #include <fstream>
 #include <gio/gdesktopappinfo.h>
 #include <memory>
+#include <unistd.h>
 #include <utility>
 
 namespace vantle {
@@ -20,6 +21,7 @@ struct GFree {
   void operator()(void* memory) const { g_free(memory); }
   void operator()(char** texts) const { g_strfreev(texts); }
   void operator()(GDesktopAppInfo* info) const { g_object_unref(info); }
+  void operator()(GKeyFile* file) const { g_key_file_unref(file); }
 };
 template <class T> using GOwned = std::unique_ptr<T, GFree>;
 
@@ -41,10 +43,37 @@ bool standsForFiles(std::string_view argument) {
 
 bool isAssignment(std::string_view argument) { return argument.find('=') != std::string_view::npos; }
 
+// Where a desktop finds programs, PATH or not: root's own lacks the folders of the games.
 std::string absolutePath(const std::string& program) {
-  if (program.starts_with('/')) return program;
+  if (program.empty() || program.starts_with('/')) return program;
   const GOwned<char> found(g_find_program_in_path(program.c_str()));
-  return text(found.get());
+  if (found) return text(found.get());
+  for (const char* folder : {"/usr/games/", "/usr/local/games/", "/usr/local/bin/", "/usr/bin/"}) {
+    if (std::string path = folder + program; ::access(path.c_str(), X_OK) == 0) return path;
+  }
+  return {};
+}
+
+std::string keyOf(GKeyFile* file, const char* key) {
+  return text(GOwned<char>(g_key_file_get_string(file, G_KEY_FILE_DESKTOP_GROUP, key, nullptr)).get());
+}
+
+// The reader turns a file away whose program PATH does not find, so it is told where the program is.
+GOwned<GDesktopAppInfo> readInfo(const std::string& path) {
+  GOwned<GDesktopAppInfo> info(g_desktop_app_info_new_from_filename(path.c_str()));
+  if (info) return info;
+  const GOwned<GKeyFile> file(g_key_file_new());
+  if (g_key_file_load_from_file(file.get(), path.c_str(), G_KEY_FILE_KEEP_TRANSLATIONS, nullptr) == 0)
+    return {};
+  const std::string line = keyOf(file.get(), G_KEY_FILE_DESKTOP_KEY_EXEC);
+  const std::string tried = keyOf(file.get(), G_KEY_FILE_DESKTOP_KEY_TRY_EXEC);
+  const std::size_t end = std::min(line.find(' '), line.size());
+  const std::string program = absolutePath(line.substr(0, end));
+  if (program.empty() || (!tried.empty() && ::access(absolutePath(tried).c_str(), X_OK) != 0)) return {};
+  g_key_file_set_string(file.get(), G_KEY_FILE_DESKTOP_GROUP, G_KEY_FILE_DESKTOP_KEY_EXEC,
+                        (program + line.substr(end)).c_str());
+  g_key_file_remove_key(file.get(), G_KEY_FILE_DESKTOP_GROUP, G_KEY_FILE_DESKTOP_KEY_TRY_EXEC, nullptr);
+  return GOwned<GDesktopAppInfo>(g_desktop_app_info_new_from_keyfile(file.get()));
 }
 
 std::string followed(const std::string& path) {
@@ -101,7 +130,7 @@ std::vector<std::string> programOf(const std::string& exec) {
 }
 
 std::optional<DesktopEntry> readDesktopEntry(const std::string& path, std::string id) {
-  const GOwned<GDesktopAppInfo> info(g_desktop_app_info_new_from_filename(path.c_str()));
+  const GOwned<GDesktopAppInfo> info = readInfo(path);
   if (!info || g_desktop_app_info_get_is_hidden(info.get()) != 0) return {};
   GAppInfo* const app = G_APP_INFO(info.get());
   DesktopEntry entry;

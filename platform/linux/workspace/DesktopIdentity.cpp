@@ -90,11 +90,19 @@ const DesktopEntry* byLastPart(Entries entries, const AppEvidence& evidence) {
 
 const DesktopEntry* byWindow(Entries entries, const AppEvidence& evidence) {
   if (const DesktopEntry* entry = byId(entries, evidence.applicationId)) return entry;
-  const auto declares = [&](const DesktopEntry& entry) {
-    return equalIgnoringCase(entry.windowClass, evidence.windowClass) ||
-           equalIgnoringCase(entry.windowClass, evidence.windowInstance);
-  };
-  if (const DesktopEntry* entry = bestOf(entries, evidence, declares)) return entry;
+  // To the letter first: the instance "xterm" of a window of class "UXTerm" is not XTerm's "XTerm".
+  for (const std::string& name : {evidence.windowInstance, evidence.windowClass}) {
+    const auto declares = [&](const DesktopEntry& entry) {
+      return !name.empty() && entry.windowClass == name;
+    };
+    if (const DesktopEntry* entry = bestOf(entries, evidence, declares)) return entry;
+  }
+  for (const std::string& name : {evidence.windowClass, evidence.windowInstance}) {
+    const auto declares = [&](const DesktopEntry& entry) {
+      return equalIgnoringCase(entry.windowClass, name);
+    };
+    if (const DesktopEntry* entry = bestOf(entries, evidence, declares)) return entry;
+  }
   return bestOf(entries, evidence, [&](const DesktopEntry& entry) {
     return equalIgnoringCase(entry.id, evidence.windowClass) ||
            equalIgnoringCase(entry.id, evidence.windowInstance);

@@ -133,10 +133,20 @@ void X11Windows::readClientList() {
   getProperty(m_connection.screen().root, m_atoms[clientList], longestList,
               [this](const void* bytes, std::size_t size) {
                 m_isListAsked = false;
-                m_list = numbers(bytes, size);
+                forgetUnlisted(numbers(bytes, size));
                 if (m_isListStale) readClientList();
                 reconcile();
               });
+}
+
+// A window that has left the list may still be named as the one in front: some window managers leave the name
+// standing when there is nothing else to bring to the front. Then it is asked whether it is there at all.
+void X11Windows::forgetUnlisted(std::vector<std::uint32_t> list) {
+  const std::set<std::uint32_t> listed(list.begin(), list.end());
+  for (const std::uint32_t window : m_list) {
+    if (!listed.contains(window)) m_known.erase(window);
+  }
+  m_list = std::move(list);
 }
 
 void X11Windows::readActiveWindow() {

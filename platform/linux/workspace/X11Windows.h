@@ -75,6 +75,7 @@ class X11Windows {
   void start();
   void handle(const xcb_generic_event_t& event);
   void readClientList();
+  void forgetUnlisted(std::vector<std::uint32_t> list);
   void readActiveWindow();
   void reconcile();
   void readOwner(std::uint32_t window);

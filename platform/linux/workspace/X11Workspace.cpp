@@ -123,7 +123,7 @@ void X11Workspace::adoptOwner(const WindowFacts& window) {
     app = made.get();
     const auto place =
         std::upper_bound(m_apps.begin(), m_apps.end(), made, [](const auto& left, const auto& right) {
-          return left->startTicks < right->startTicks;
+          return std::pair(left->startTicks, left->pid()) < std::pair(right->startTicks, right->pid());
         });
     m_apps.insert(place, std::move(made));
     if (!m_isStarting) {

@@ -15,6 +15,9 @@
 
 namespace vantle::desktop {
 
+// The path of a tiny app whose window behaves as its arguments say (tests/desktop/programs/TestWindow.cpp).
+std::string testWindow();
+
 // A whole private desktop of real parts, without a screen: a home with all XDG folders, an X server (Xvfb) on
 // a display number of its own choice, a window manager (openbox), and a session bus that starts nothing by
 // itself. Ready in well under a second; nothing of the person's own session is seen or touched. Works as root

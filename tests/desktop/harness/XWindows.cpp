@@ -98,7 +98,8 @@ bool XWindows::hasWindowManager() {
                       nullptr);
   }
   if (!property(m_probe, "_NET_FRAME_EXTENTS").empty()) {
-    xcb_delete_property(m_connection, m_probe, atom("_NET_FRAME_EXTENTS"));
+    xcb_destroy_window(m_connection, m_probe); // with the answers that may still come
+    m_probe = 0;
     return true;
   }
   ask(m_probe, "_NET_REQUEST_FRAME_EXTENTS", 0);

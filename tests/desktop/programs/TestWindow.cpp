@@ -8,14 +8,16 @@
 //   --app-id ID         _GTK_APPLICATION_ID
 //   --type NAME         _NET_WM_WINDOW_TYPE_NAME, e.g. DOCK
 //   --override          an override-redirect window, as menus are
+//   --background        asks not to come to the front when it opens
 //   --windows N         so many windows (0: only a connection to the display)
 //   --ignore-close      stays when it is asked to close
 //   --burn              keeps one processor busy
 //   --children N        N child processes, busy with --burn
 //   --threads N         N more threads, busy with --burn
 //
-// SIGUSR1 forks one more child, SIGUSR2 opens one more window. Without --title, --class and --claim-pid the
-// window carries no property at all but the protocol of closing. Ends when a window is closed politely.
+// SIGUSR1 forks one more child, SIGUSR2 opens one more window, SIGWINCH destroys the newest. Without --title,
+// --class and --claim-pid the window carries no property at all but the protocol of closing. Ends when a
+// window is closed politely.
 #include <atomic>
 #include <cerrno>
 #include <csignal>
@@ -44,6 +46,7 @@ struct Options {
   std::optional<std::string> type;
   bool overrideRedirect = false;
   bool ignoreClose = false;
+  bool background = false;
   bool burn = false;
   int windows = 1;
   int children = 0;
@@ -72,6 +75,8 @@ std::optional<Options> parse(const std::vector<std::string>& arguments) {
       options.overrideRedirect = true;
     } else if (name == "--ignore-close") {
       options.ignoreClose = true;
+    } else if (name == "--background") {
+      options.background = true;
     } else if (name == "--burn") {
       options.burn = true;
     } else if (name == "--windows") {
@@ -106,6 +111,7 @@ class TestWindow {
     ::sigemptyset(&watched);
     ::sigaddset(&watched, SIGUSR1);
     ::sigaddset(&watched, SIGUSR2);
+    ::sigaddset(&watched, SIGWINCH);
     ::sigprocmask(SIG_BLOCK, &watched, nullptr);
     m_signals = ::signalfd(-1, &watched, SFD_CLOEXEC);
   }
@@ -163,8 +169,17 @@ class TestWindow {
       setNumber(window, atom("_NET_WM_WINDOW_TYPE"), XCB_ATOM_ATOM,
                 atom("_NET_WM_WINDOW_TYPE_" + *m_options.type));
     }
+    if (m_options.background) setNumber(window, atom("_NET_WM_USER_TIME"), XCB_ATOM_CARDINAL, 0);
     xcb_map_window(m_connection, window);
     xcb_flush(m_connection);
+    m_windows.push_back(window);
+  }
+
+  void destroyWindow() {
+    if (m_windows.empty()) return;
+    xcb_destroy_window(m_connection, m_windows.back());
+    xcb_flush(m_connection);
+    m_windows.pop_back();
   }
 
   void forkChild() const {
@@ -193,12 +208,14 @@ class TestWindow {
       if (ready[1].revents == 0 || ::read(m_signals, &arrived, sizeof arrived) != sizeof arrived) continue;
       if (arrived.ssi_signo == SIGUSR1) forkChild();
       if (arrived.ssi_signo == SIGUSR2) openWindow();
+      if (arrived.ssi_signo == SIGWINCH) destroyWindow();
     }
   }
 
   Options m_options;
   int m_signals = -1;
   xcb_connection_t* m_connection = nullptr;
+  std::vector<xcb_window_t> m_windows;
   xcb_atom_t m_protocols = 0;
   xcb_atom_t m_delete = 0;
 };

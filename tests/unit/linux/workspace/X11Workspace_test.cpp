@@ -5,6 +5,7 @@
 #include "platform/shared/PollEventLoop.h"
 #include "tests/desktop/harness/VirtualDesktop.h"
 
+#include <chrono>
 #include <csignal>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -22,10 +23,12 @@ using testing::IsEmpty;
 
 class X11WorkspaceTest : public testing::Test {
  protected:
-  Program& window(std::vector<std::string> arguments = {}) {
-    arguments.insert(arguments.begin(), VANTLE_TEST_WINDOW);
+  enum class Shown { yes, no };
+
+  Program& window(std::vector<std::string> arguments = {}, Shown shown = Shown::yes) {
+    arguments.insert(arguments.begin(), desktop::testWindow());
     Program& program = m_desktop.launch(std::move(arguments));
-    m_desktop.waitForWindow(program.pid());
+    if (shown == Shown::yes) m_desktop.waitForWindow(program.pid());
     return program;
   }
 
@@ -88,6 +91,7 @@ TEST_F(X11WorkspaceTest, KnowsAtOnceWhatRunsAlready) {
 TEST_F(X11WorkspaceTest, TellsTheFrontAppOnceAChange) {
   Program& first = window({"--windows", "2"});
   Program& second = window();
+  m_desktop.activate(second);
   watch();
   m_desktop.activate(first);
   ASSERT_TRUE(runUntil([&] { return isFront(first); }));
@@ -100,7 +104,7 @@ TEST_F(X11WorkspaceTest, TellsTheFrontAppOnceAChange) {
 
 TEST_F(X11WorkspaceTest, TellsALaunchThenItsActivationThenItsEnd) {
   watch();
-  Program& program = m_desktop.launch({VANTLE_TEST_WINDOW});
+  Program& program = m_desktop.launch({desktop::testWindow()});
   ASSERT_TRUE(runUntil([&] { return m_events.size() == 2; }));
   program.signal(SIGKILL);
   ASSERT_TRUE(runUntil([&] { return m_events.size() == 3; }));
@@ -108,6 +112,254 @@ TEST_F(X11WorkspaceTest, TellsALaunchThenItsActivationThenItsEnd) {
                                     event("terminated", program)));
   EXPECT_THAT(m_workspace->runningApplications(), IsEmpty());
   EXPECT_EQ(m_workspace->frontmostApplication(), nullptr);
+}
+
+TEST_F(X11WorkspaceTest, TellsALaunchInTheBackgroundAsOne) {
+  Program& front = window();
+  m_desktop.activate(front);
+  watch();
+  Program& program = window({"--background"});
+  ASSERT_TRUE(runUntil([&] { return !m_events.empty(); }));
+  EXPECT_THAT(m_events, ElementsAre(event("launched", program)));
+  EXPECT_TRUE(isFront(front));
+}
+
+TEST_F(X11WorkspaceTest, ListsAppsByTheStartOfTheirProcesses) {
+  Program& late = window({"--windows", "0"}, Shown::no);
+  Program& early = window();
+  watch();
+  late.signal(SIGUSR2); // its first window
+  ASSERT_NE(appOf(late), nullptr);
+  ASSERT_EQ(m_workspace->runningApplications().size(), 2U);
+  EXPECT_EQ(m_workspace->runningApplications()[0]->processIdentifier(), late.pid());
+  EXPECT_EQ(m_workspace->runningApplications()[1]->processIdentifier(), early.pid());
+}
+
+TEST_F(X11WorkspaceTest, LeavesOutWhatHasNoOrdinaryWindow) {
+  window({"--windows", "0"}, Shown::no);
+  window({"--override"}, Shown::no);
+  window({"--type", "NOTIFICATION", "--title", "notice"});
+  const Program& ordinary = window();
+  watch();
+  ASSERT_EQ(m_workspace->runningApplications().size(), 1U);
+  EXPECT_NE(m_workspace->runningApplication(ordinary.pid()), nullptr);
+}
+
+TEST_F(X11WorkspaceTest, KeepsAnAppWhoseWindowsAreGone) {
+  Program& program = window({"--ignore-close"});
+  watch();
+  m_desktop.activate(program);
+  program.signal(SIGWINCH);
+  ASSERT_TRUE(
+      runUntil([&] { return m_desktop.windows().list().empty() && !m_workspace->frontmostApplication(); }));
+  const AppRef app = m_workspace->runningApplication(program.pid());
+  ASSERT_NE(app, nullptr);
+  EXPECT_FALSE(app->isTerminated());
+  EXPECT_FALSE(app->terminate()) << "without a window there is nobody to ask";
+}
+
+TEST_F(X11WorkspaceTest, PanelsAndDesktopsAreAccessoryAndNeverInFront) {
+  Program& app = window();
+  Program& panel = window({"--type", "DOCK"});
+  Program& fileManager = window({"--type", "DESKTOP"});
+  m_desktop.activate(app);
+  watch();
+  ASSERT_TRUE(isFront(app));
+  EXPECT_EQ(appOf(app)->activationPolicy(), ActivationPolicy::regular);
+  EXPECT_EQ(appOf(panel)->activationPolicy(), ActivationPolicy::accessory);
+  EXPECT_EQ(appOf(fileManager)->activationPolicy(), ActivationPolicy::accessory);
+  m_desktop.activate(fileManager);
+  Program& after = window({"--background"});
+  ASSERT_TRUE(runUntil([&] { return !m_events.empty(); }));
+  EXPECT_THAT(m_events, ElementsAre(event("launched", after)));
+  EXPECT_TRUE(isFront(app));
+}
+
+TEST_F(X11WorkspaceTest, KnowsAWindowWithoutAnyProperty) {
+  const Program& program = window();
+  watch();
+  const AppRef app = appOf(program);
+  ASSERT_NE(app, nullptr);
+  EXPECT_EQ(app->bundleIdentifier(), std::nullopt);
+  EXPECT_EQ(app->localizedName(), "vantle_test_window");
+  EXPECT_EQ(app->executablePath(), desktop::testWindow());
+}
+
+TEST_F(X11WorkspaceTest, SurvivesHostileProperties) {
+  const std::string longText(10'000, 'x');
+  std::vector<const Program*> programs;
+  for (const std::string& text : {longText, std::string("a\nb\x01[](){}"), std::string("\xff\xfe\xc0\x80"),
+                                  std::string("com.example/../../etc/passwd")}) {
+    programs.push_back(
+        &window({"--title", text, "--raw-class", text, "--app-id", text, "--claim-pid", "4294967295"}));
+  }
+  watch();
+  for (const Program* program : programs) {
+    const AppRef app = appOf(*program);
+    ASSERT_NE(app, nullptr);
+    EXPECT_EQ(app->localizedName(), "vantle_test_window");
+    EXPECT_EQ(app->bundleIdentifier(), std::nullopt);
+  }
+}
+
+TEST_F(X11WorkspaceTest, IsNotDeceivedInsidePidNamespaces) {
+  Program& wrapper =
+      m_desktop.launch({"unshare", "--map-root-user", "--user", "--pid", "--fork", "--kill-child",
+                        desktop::testWindow(), "--claim-pid", "1", "--title", "inside"});
+  const auto found = [&] { return !m_desktop.windows().list().empty() || !wrapper.isRunning(); };
+  desktop::require("a window or a refusal", found);
+  if (!wrapper.isRunning()) GTEST_SKIP() << "no user namespaces here";
+  watch();
+  ASSERT_EQ(m_workspace->runningApplications().size(), 1U);
+  const Pid pid = m_workspace->runningApplications()[0]->processIdentifier();
+  EXPECT_TRUE(desktop::processesOf({wrapper.pid()}).contains(pid));
+  EXPECT_NE(pid, wrapper.pid());
+}
+
+TEST_F(X11WorkspaceTest, ClosesPolitely) {
+  Program& polite = window({"--windows", "2"});
+  Program& stubborn = window({"--ignore-close"});
+  watch();
+  EXPECT_TRUE(appOf(stubborn)->terminate());
+  EXPECT_TRUE(appOf(polite)->terminate());
+  ASSERT_TRUE(runUntil([&] { return !m_events.empty() && m_events.back() == event("terminated", polite); }));
+  EXPECT_EQ(polite.exitStatus(), 0);
+  EXPECT_TRUE(stubborn.isRunning());
+  EXPECT_FALSE(appOf(stubborn)->isTerminated());
+}
+
+TEST_F(X11WorkspaceTest, AppsOutliveTheirEndAndTheWorkspace) {
+  Program& program = window();
+  Program& other = window();
+  watch();
+  const AppRef app = appOf(program);
+  const AppRef kept = appOf(other);
+  program.kill();
+  ASSERT_TRUE(runUntil([&] { return app->isTerminated(); }));
+  EXPECT_FALSE(app->isActive());
+  EXPECT_FALSE(app->terminate());
+  EXPECT_EQ(app->localizedName(), "vantle_test_window");
+  m_workspace.reset();
+  EXPECT_FALSE(kept->isActive());
+  EXPECT_FALSE(kept->terminate());
+}
+
+TEST_F(X11WorkspaceTest, OutlastsItsWindowManager) {
+  Program& first = window();
+  Program& second = window();
+  m_desktop.activate(first);
+  watch();
+  m_desktop.windowManager().kill();
+  m_desktop.startWindowManager();
+  m_desktop.activate(second);
+  ASSERT_TRUE(runUntil([&] { return isFront(second); }));
+  EXPECT_EQ(m_workspace->runningApplications().size(), 2U);
+  for (const std::string& told : m_events) EXPECT_TRUE(told.starts_with("activated")) << told;
+}
+
+TEST_F(X11WorkspaceTest, TellsWhenTheServerGoesAway) {
+  Program& program = window();
+  m_desktop.activate(program);
+  watch();
+  ASSERT_NE(m_workspace->frontmostApplication(), nullptr);
+  const AppRef app = appOf(program);
+  m_desktop.xServer().signal(SIGKILL);
+  ASSERT_TRUE(runUntil([&] { return m_isLost; }));
+  EXPECT_EQ(m_workspace->frontmostApplication(), nullptr);
+  EXPECT_FALSE(app->terminate());
+  ASSERT_TRUE(runUntil([&] { return app->isTerminated(); })) << "it ended with its server";
+}
+
+TEST_F(X11WorkspaceTest, IsNotHeldUpByAServerThatHangs) {
+  using Clock = std::chrono::steady_clock;
+  Program& program = window();
+  m_desktop.activate(program);
+  watch();
+  m_desktop.xServer().signal(SIGSTOP);
+  const Clock::time_point start = Clock::now();
+  EXPECT_TRUE(appOf(program)->terminate());
+  EXPECT_TRUE(isFront(program));
+  {
+    X11Workspace another(m_loop, {.display = m_desktop.display()});
+    EXPECT_TRUE(another.runningApplications().empty());
+    EXPECT_EQ(another.frontmostApplication(), nullptr);
+  }
+  EXPECT_LT(Clock::now() - start, std::chrono::seconds(5)) << "far from waiting for good";
+  m_desktop.xServer().signal(SIGCONT);
+  ASSERT_TRUE(runUntil([&] { return !m_workspace->runningApplication(program.pid()); })) << "asked to close";
+}
+
+TEST_F(X11WorkspaceTest, AppsOfAServerThatWasSlowArriveAsLaunches) {
+  Program& program = window();
+  m_desktop.activate(program);
+  m_desktop.xServer().signal(SIGSTOP);
+  watch();
+  EXPECT_TRUE(m_workspace->runningApplications().empty());
+  m_desktop.xServer().signal(SIGCONT);
+  ASSERT_TRUE(runUntil([&] { return m_events.size() == 2; }));
+  EXPECT_THAT(m_events, ElementsAre(event("launched", program, true), event("activated", program, true)));
+}
+
+TEST(X11WorkspaceAlone, HasNoAppsWithoutAServer) {
+  PollEventLoop loop;
+  bool isLost = false;
+  X11Workspace workspace(loop, {.display = ":54321", .onConnectionLost = [&] { isLost = true; }});
+  EXPECT_TRUE(workspace.runningApplications().empty());
+  EXPECT_EQ(workspace.frontmostApplication(), nullptr);
+  EXPECT_EQ(workspace.runningApplication(1), nullptr);
+  EXPECT_FALSE(loop.runUntil([&] { return isLost; }, std::chrono::milliseconds(20)));
+}
+
+// Apps that people really use, installed on the machine.
+class RealAppsTest : public X11WorkspaceTest {
+ protected:
+  Program& start(const std::vector<std::string>& command, const desktop::Environment& added = {}) {
+    Program& program = m_desktop.launch(command, added);
+    m_desktop.waitForWindow(program.pid());
+    return program;
+  }
+};
+
+TEST_F(RealAppsTest, AreKnownByTheirDesktopFiles) {
+  const Program& xterm = start({"xterm"});
+  const Program& mousepad = start({"mousepad", "--disable-server"});
+  const Program& galculator = start({"galculator"});
+  const Program& game = start({"chromium-bsu", "-w"}, {{"SDL_VIDEO_MINIMIZE_ON_FOCUS_LOSS", "0"}});
+  const Program& kobo = start({"kobodl"});
+  watch();
+  const auto expectApp = [&](const Program& program, const char* id, const char* name, const char* category) {
+    const AppRef app = appOf(program);
+    ASSERT_NE(app, nullptr) << id;
+    EXPECT_EQ(app->bundleIdentifier(), id);
+    EXPECT_EQ(app->localizedName(), name);
+    EXPECT_EQ(app->bundleCategory(), std::string("public.app-category.") + category);
+    EXPECT_EQ(app->activationPolicy(), ActivationPolicy::regular);
+    EXPECT_TRUE(app->iconName().has_value());
+    EXPECT_TRUE(app->executablePath()->starts_with("/usr/"));
+    EXPECT_TRUE(app->bundlePath()->ends_with(std::string(id) + ".desktop"));
+  };
+  expectApp(xterm, "debian-xterm", "XTerm", "utilities");
+  expectApp(mousepad, "org.xfce.mousepad", "Mousepad", "utilities");
+  expectApp(galculator, "galculator", "Galculator", "utilities");
+  expectApp(game, "chromium-bsu", "Chromium B.S.U.", "games");
+  expectApp(kobo, "kobodeluxe", "Kobo Deluxe", "games");
+}
+
+TEST_F(RealAppsTest, CloseOrAskAboutUnsavedWork) {
+  Program& galculator = start({"galculator"});
+  Program& mousepad = start({"mousepad", "--disable-server"});
+  const std::uint32_t window = m_desktop.waitForWindow(mousepad.pid()).id;
+  m_desktop.activate(window);
+  ASSERT_TRUE(m_desktop.run({"xdotool", "type", "unsaved"}));
+  desktop::require("unsaved text", [&] {
+    return m_desktop.windows().ofProcess(mousepad.pid()).at(0).title.starts_with("*");
+  });
+  watch();
+  ASSERT_TRUE(appOf(galculator)->terminate());
+  ASSERT_TRUE(appOf(mousepad)->terminate());
+  EXPECT_EQ(galculator.exitStatus(), 0);
+  desktop::require("the question", [&] { return m_desktop.windows().ofProcess(mousepad.pid()).size() == 2; });
+  EXPECT_TRUE(mousepad.isRunning());
 }
 
 } // namespace

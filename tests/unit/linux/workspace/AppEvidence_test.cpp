@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/workspace/AppEvidence.h"
+
+#include "platform/linux/workspace/ShellComponents.h"
+#include "platform/linux/workspace/X11Windows.h"
+#include "tests/desktop/harness/Program.h"
+#include "tests/desktop/harness/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+namespace vantle {
+namespace {
+
+TEST(UnitId, IsTakenFromTheUnitsName) {
+  struct Case {
+    const char* unit;
+    std::optional<UnitId> id;
+  };
+  const std::vector<Case> cases{
+      {"app-gnome-org.gnome.Maps-1234.scope", UnitId{"org.gnome.Maps", "1234"}},
+      {"app-org.kde.kate-0f1e2d3c.scope", UnitId{"org.kde.kate", "0f1e2d3c"}},
+      {"app-flatpak-org.mozilla.firefox-99.scope", UnitId{"org.mozilla.firefox", "99"}},
+      {"app-gnome-gnome\\x2dsystem\\x2dmonitor-7.scope", UnitId{"gnome-system-monitor", "7"}},
+      {"app-org.kde.dolphin@abc.service", UnitId{"org.kde.dolphin", "abc"}},
+      {"app-org.kde.kclock@autostart.service", UnitId{"org.kde.kclock", "autostart"}},
+      {"app-KDE-org.kde.okular.service", UnitId{"org.kde.okular", ""}},
+      {"app-nodash.scope", {}},
+      {"session-2.scope", {}},
+      {"init.scope", {}},
+      {"app-broken", {}},
+      {"app-.slice", {}},
+      {"", {}},
+  };
+  for (const Case& each : cases) EXPECT_EQ(unitIdOf(each.unit), each.id) << each.unit;
+  EXPECT_EQ(unitIdOf("app-a\\x-1.scope")->random, "1") << "a broken escape breaks nothing";
+}
+
+TEST(SnapId, IsTakenFromTheUnitsName) {
+  EXPECT_EQ(snapIdOf("snap.firefox.firefox-6c1ca021-5d2f-4f0e-9a65-8c4a6e3b2d10.scope"), "firefox_firefox");
+  EXPECT_EQ(snapIdOf("snap.obs-studio.obs-6c1ca021-5d2f-4f0e-9a65-8c4a6e3b2d10.scope"), "obs-studio_obs");
+  EXPECT_EQ(snapIdOf("snap.firefox.scope"), "");
+  EXPECT_EQ(snapIdOf("app-x-1.scope"), "");
+  EXPECT_EQ(snapIdOf(""), "");
+}
+
+TEST(Interpreter, IsKnownByItsName) {
+  for (const char* name : {"python3.11", "perl", "bash", "sh", "java", "wine64-preloader", "electron22"}) {
+    EXPECT_TRUE(isInterpreter(name)) << name;
+  }
+  for (const char* name : {"xterm", "shotwell", "", "galculator"}) EXPECT_FALSE(isInterpreter(name)) << name;
+}
+
+TEST(AppEvidence, KnowsARunningProgram) {
+  desktop::Start start{.command = {"sleep", "1000"}};
+  start.environment = {{"GIO_LAUNCHED_DESKTOP_FILE", "/x/y.desktop"}, {"GIO_LAUNCHED_DESKTOP_FILE_PID", "1"}};
+  desktop::Program program(start);
+  desktop::require("the program", [&] { return readEvidence(program.pid()).executable.ends_with("/sleep"); });
+  const AppEvidence evidence = readEvidence(program.pid());
+  EXPECT_EQ(evidence.commandName, "sleep");
+  EXPECT_EQ(evidence.program, evidence.executable);
+  EXPECT_EQ(evidence.arguments, (std::vector<std::string>{"sleep", "1000"}));
+  EXPECT_EQ(evidence.launchedFile, "") << "inherited from process 1";
+}
+
+TEST(AppEvidence, BelievesTheLaunchedFileOfTheProcessItself) {
+  // A shell can give the next program its own pid, as launchers do.
+  desktop::Start start{.command = {"sh", "-c",
+                                   "GIO_LAUNCHED_DESKTOP_FILE=/x/y.desktop GIO_LAUNCHED_DESKTOP_FILE_PID=$$ "
+                                   "exec sleep 1000"}};
+  desktop::Program program(start);
+  EXPECT_TRUE(desktop::waitUntil([&] { return readEvidence(program.pid()).launchedFile == "/x/y.desktop"; }));
+}
+
+TEST(AppEvidence, SeesTheScriptBehindItsInterpreter) {
+  const desktop::TemporaryFolder folder;
+  const std::string script = folder.write("tool.sh", "sleep 1000; true").string();
+  desktop::Program program({.command = {"sh", "-u", script}});
+  EXPECT_TRUE(desktop::waitUntil([&] { return readEvidence(program.pid()).program == script; }));
+  desktop::Program inlined({.command = {"sh", "-c", "sleep 1000; true"}});
+  desktop::require("the program", [&] { return readEvidence(inlined.pid()).arguments.size() == 3; });
+  EXPECT_EQ(readEvidence(inlined.pid()).program, "") << "what stands on the command line is no script";
+}
+
+TEST(AppEvidence, IsEmptyForNobody) {
+  const AppEvidence evidence = readEvidence(0x7ffffff0);
+  EXPECT_EQ(evidence.executable, "");
+  EXPECT_TRUE(evidence.arguments.empty());
+}
+
+TEST(WindowKind, FollowsTheFirstKnownType) {
+  using Types = std::vector<std::string>;
+  EXPECT_EQ(windowKindOf(Types{}), WindowKind::ordinary);
+  EXPECT_EQ(windowKindOf(Types{"NORMAL"}), WindowKind::ordinary);
+  EXPECT_EQ(windowKindOf(Types{"DIALOG"}), WindowKind::ordinary);
+  EXPECT_EQ(windowKindOf(Types{"SOMETHING_NEW", "DOCK"}), WindowKind::shell);
+  EXPECT_EQ(windowKindOf(Types{"DESKTOP", "NORMAL"}), WindowKind::shell);
+  EXPECT_EQ(windowKindOf(Types{"NOTIFICATION"}), WindowKind::passing);
+  EXPECT_EQ(windowKindOf(Types{"POPUP_MENU", "NORMAL"}), WindowKind::passing);
+}
+
+TEST(ShellComponent, IsKnownOnEveryDesktop) {
+  for (const char* name :
+       {"gnome-shell", "plasmashell", "xfce4-panel", "xfdesktop", "mate-panel", "lxqt-panel", "openbox",
+        "kwin_x11", "tint2", "polybar", "dunst", "polkit-gnome-authentication-agent-1",
+        "polkit-kde-authentication-agent-1", "lxpolkit", "xdg-desktop-portal", "xdg-desktop-portal-gtk",
+        "nm-applet", "gcr-prompter", "rofi"}) {
+    EXPECT_TRUE(isShellComponent(name)) << name;
+  }
+  for (const char* name : {"xterm", "mousepad", "firefox", "nautilus", "pcmanfm", "steam", "blueman-manager",
+                           "", "sgt-blackbox", "i3-game", "swayland"}) {
+    EXPECT_FALSE(isShellComponent(name)) << name;
+  }
+}
+
+TEST(WindowOwner, IsTheServersWordBeforeTheWindows) {
+  char host[256] = {};
+  ASSERT_EQ(::gethostname(host, sizeof host - 1), 0);
+  EXPECT_EQ(ownerOf(500, 1, "elsewhere"), 500);
+  EXPECT_EQ(ownerOf(0, ::getpid(), host), ::getpid());
+  EXPECT_EQ(ownerOf(0, ::getpid(), "elsewhere"), 0) << "a window of another machine";
+  EXPECT_EQ(ownerOf(0, ::getpid(), ""), 0) << "nothing says where it is from";
+  EXPECT_EQ(ownerOf(0, 1, host), 0);
+  EXPECT_EQ(ownerOf(0, 0x7ffffff0, host), 0) << "no such process";
+  EXPECT_EQ(ownerOf(1, 1, host), 0);
+  EXPECT_EQ(ownerOf(-1, -1, host), 0);
+}
+
+} // namespace
+} // namespace vantle

@@ -1,0 +1,136 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/workspace/DesktopEntries.h"
+#include "platform/linux/workspace/DisplayText.h"
+#include "tests/desktop/harness/TemporaryFolder.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+namespace vantle {
+namespace {
+
+using desktop::TemporaryFolder;
+using Words = std::vector<std::string>;
+
+TEST(Category, GamesAreGames) {
+  EXPECT_EQ(categoryOf("Game;"), "public.app-category.games");
+  EXPECT_EQ(categoryOf("Game;ArcadeGame"), "public.app-category.games");
+  EXPECT_EQ(categoryOf("GTK;Education;Game;"), "public.app-category.games");
+}
+
+TEST(Category, OnlyGamesAreGames) {
+  for (const char* categories : {"Utility;TextEditor;GTK;", "Games;", "game;", "X-Game;", "ArcadeGame;", "",
+                                 ";;", "Audio;Player;", "\xff\xfe"}) {
+    EXPECT_EQ(categoryOf(categories).find("games"), std::string::npos) << categories;
+  }
+  EXPECT_EQ(categoryOf("Utility;"), "public.app-category.utilities");
+  EXPECT_EQ(categoryOf("Nonsense;"), "");
+}
+
+TEST(Category, StoresOfGamesAreNone) {
+  EXPECT_EQ(categoryOf("Network;FileTransfer;Game;"), "public.app-category.social-networking");
+  EXPECT_EQ(categoryOf("Game;PackageManager;"), "");
+}
+
+TEST(ExecLine, IsTakenApart) {
+  EXPECT_EQ(programOf("mousepad %U"), (Words{"mousepad"}));
+  EXPECT_EQ(programOf("\"/opt/My App/run\" --new \"two words\" %f"),
+            (Words{"/opt/My App/run", "--new", "two words"}));
+  EXPECT_EQ(programOf("env A=b C=d /usr/bin/app -x"), (Words{"/usr/bin/app", "-x"}));
+  EXPECT_EQ(programOf("/usr/bin/env A=b app"), (Words{"app"}));
+  EXPECT_EQ(programOf("env A=b"), Words{});
+  EXPECT_EQ(programOf("flatpak run --file-forwarding org.x.Y @@u %U @@"),
+            (Words{"flatpak", "run", "--file-forwarding", "org.x.Y"}));
+  EXPECT_EQ(programOf("\"never closed"), Words{});
+  EXPECT_EQ(programOf(""), Words{});
+  EXPECT_EQ(programOf("%U"), Words{});
+}
+
+TEST(DisplayText, IsOneCleanLine) {
+  EXPECT_EQ(displayText("Mines"), "Mines");
+  EXPECT_EQ(displayText("  a\tb\nc  "), "a b c");
+  EXPECT_EQ(displayText("\n\n"), "");
+  EXPECT_EQ(displayText(""), "");
+  EXPECT_EQ(displayText("caf\xc3\xa9"), "caf\xc3\xa9");
+  EXPECT_EQ(displayText(std::string(10'000, 'a')), std::string(200, 'a'));
+  std::string long4;
+  for (int count = 0; count < 300; ++count) long4 += "\xf0\x9f\x98\x80";
+  EXPECT_EQ(displayText(long4), long4.substr(0, 800)) << "whole characters only";
+}
+
+class DesktopEntriesTest : public testing::Test {
+ protected:
+  void install(const std::string& path, const std::string& more, const std::string& folder = "high") {
+    m_folder.write(folder + "/applications/" + path, "[Desktop Entry]\nType=Application\n" + more);
+  }
+  // Two changes of a folder within one tick of the file system's clock look like one.
+  void touchLater() {
+    const auto folder = m_folder.path() / "high/applications";
+    const auto now = std::filesystem::last_write_time(folder);
+    std::filesystem::last_write_time(folder, now + std::chrono::seconds(1));
+  }
+
+  TemporaryFolder m_folder;
+  DesktopEntries m_entries{{(m_folder.path() / "high").string(), (m_folder.path() / "low").string()}};
+};
+
+TEST_F(DesktopEntriesTest, ReadsWhatCounts) {
+  install("org.example.Game.desktop", "Name=A Game\nExec=sh -c true %U\nIcon=game\nCategories=Game;\n"
+                                      "StartupWMClass=Gamey\nNoDisplay=true\n");
+  const DesktopEntry* entry = m_entries.find("org.example.Game");
+  ASSERT_NE(entry, nullptr);
+  EXPECT_EQ(entry->name, "A Game");
+  EXPECT_EQ(entry->icon, "game");
+  EXPECT_EQ(entry->windowClass, "Gamey");
+  EXPECT_EQ(entry->category, "public.app-category.games");
+  EXPECT_TRUE(entry->executable.ends_with("/sh"));
+  EXPECT_EQ(entry->arguments, (Words{"-c", "true"}));
+  EXPECT_TRUE(entry->isHidden);
+}
+
+TEST_F(DesktopEntriesTest, EarlierFoldersHideLaterOnes) {
+  install("app.desktop", "Name=Own\nExec=sh\n");
+  install("app.desktop", "Name=System\nExec=sh\n", "low");
+  install("other.desktop", "Name=Other\nExec=sh\n", "low");
+  ASSERT_EQ(m_entries.all().size(), 2U);
+  EXPECT_EQ(m_entries.find("app")->name, "Own");
+}
+
+TEST_F(DesktopEntriesTest, FoldersBelowArePartOfTheId) {
+  install("kde/org.x/app.desktop", "Name=Deep\nExec=sh\n");
+  EXPECT_NE(m_entries.find("kde-org.x-app"), nullptr);
+}
+
+TEST_F(DesktopEntriesTest, NoticesChanges) {
+  EXPECT_TRUE(m_entries.all().empty());
+  install("one.desktop", "Name=One\nExec=sh\n");
+  EXPECT_EQ(m_entries.all().size(), 1U) << "the folder was not there before";
+  std::filesystem::remove(m_folder.path() / "high/applications/one.desktop");
+  touchLater();
+  EXPECT_TRUE(m_entries.all().empty());
+}
+
+TEST_F(DesktopEntriesTest, SurvivesWhateverIsInTheFolder) {
+  install("good.desktop", "Name=Good\nExec=sh\n");
+  install("hidden.desktop", "Name=Hidden\nExec=sh\nHidden=true\n");
+  install("absent.desktop", "Name=Absent\nExec=/nowhere/at/all\nTryExec=/nowhere/at/all\n");
+  install("bad\xff name.desktop", "Name=Bad\xff\nExec=sh\n");
+  m_folder.write("high/applications/empty.desktop", "");
+  m_folder.write("high/applications/binary.desktop", std::string("\0\xff\0[Desktop", 11));
+  m_folder.write("high/applications/link.desktop", "[Desktop Entry]\nType=Link\nURL=x\nName=L\n");
+  m_folder.write("high/applications/readme.txt", "[Desktop Entry]\nType=Application\nName=T\nExec=sh\n");
+  const std::string folder = (m_folder.path() / "high/applications").string();
+  ASSERT_EQ(::mkfifo((folder + "/pipe.desktop").c_str(), 0600), 0);
+  ASSERT_EQ(::symlink(folder.c_str(), (folder + "/loop").c_str()), 0);
+  EXPECT_NE(m_entries.find("good"), nullptr);
+  for (const char* id : {"hidden", "absent", "empty", "binary", "link", "readme", "pipe"}) {
+    EXPECT_EQ(m_entries.find(id), nullptr) << id;
+  }
+}
+
+} // namespace
+} // namespace vantle

@@ -1,0 +1,246 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/workspace/DesktopIdentity.h"
+
+#include "platform/linux/workspace/IdentifierMap.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace vantle {
+namespace {
+
+DesktopEntry entry(std::string id, std::string program, std::vector<std::string> arguments = {},
+                   std::string windowClass = {}, bool isHidden = false) {
+  DesktopEntry made;
+  made.path = "/usr/share/applications/" + id + ".desktop";
+  made.name = id + " by name";
+  made.id = std::move(id);
+  made.windowClass = std::move(windowClass);
+  made.executable = program;
+  made.realPath = std::move(program);
+  made.arguments = std::move(arguments);
+  made.isHidden = isHidden;
+  return made;
+}
+
+DesktopEntry script(DesktopEntry made) {
+  made.isScript = true;
+  return made;
+}
+
+// A small menu with the traps that real ones have.
+const std::vector<DesktopEntry>& installed() {
+  static const std::vector<DesktopEntry> entries{
+      entry("org.xfce.mousepad", "/usr/bin/mousepad"),
+      entry("org.xfce.mousepad-settings", "/usr/bin/mousepad", {"--preferences"}),
+      entry("debian-xterm", "/usr/bin/xterm", {}, "XTerm"),
+      script(entry("debian-uxterm", "/usr/bin/uxterm", {}, "UXTerm")),
+      entry("galculator", "/usr/bin/galculator"),
+      script(entry("org.mozilla.firefox", "/usr/lib/firefox/firefox.sh", {}, "firefox")),
+      entry("firefox_firefox", "/snap/firefox/firefox"),
+      entry("org.gnome.Nautilus", "/usr/bin/nautilus", {"--new-window"}),
+      entry("nautilus-autorun", "/usr/bin/nautilus-autorun", {}, {}, true),
+      entry("python3.11", "/usr/bin/python3.11"),
+      entry("org.gnome.Lollypop", "/usr/bin/lollypop.py"),
+      entry("chrome-abc-Default", "/opt/google/chrome/chrome", {"--app-id=abc"}, "crx_abc"),
+      entry("google-chrome", "/opt/google/chrome/chrome", {}, "Google-chrome"),
+      entry("kobodeluxe", "/usr/games/kobodl"),
+      entry("hidden-tool", "/usr/bin/hidden-tool", {}, {}, true),
+      entry("com.spotify.Client", "/app/bin/spotify"),
+  };
+  return entries;
+}
+
+AppEvidence running(const std::string& program) {
+  AppEvidence evidence;
+  evidence.pid = 4242;
+  evidence.executable = program;
+  evidence.program = program;
+  evidence.arguments = {program};
+  return evidence;
+}
+
+std::string idOf(const AppEvidence& evidence) {
+  const DesktopEntry* found = findEntry(evidence, installed());
+  return found == nullptr ? "none" : found->id;
+}
+
+TEST(DesktopIdentity, SandboxIsTheSurestEvidence) {
+  AppEvidence evidence = running("/usr/bin/galculator");
+  evidence.sandboxId = "com.spotify.Client";
+  EXPECT_EQ(idOf(evidence), "com.spotify.Client");
+  evidence.sandboxId = "firefox_firefox";
+  EXPECT_EQ(idOf(evidence), "firefox_firefox");
+  evidence.sandboxId = "galculator_calc";
+  EXPECT_EQ(idOf(evidence), "galculator");
+  evidence.sandboxId = "org.nowhere.App";
+  EXPECT_EQ(idOf(evidence), "galculator");
+}
+
+TEST(DesktopIdentity, UnitNamesItsOwnApp) {
+  AppEvidence evidence = running("/usr/lib/firefox/firefox");
+  evidence.unit = UnitId{"org.mozilla.firefox", "4242"};
+  EXPECT_EQ(idOf(evidence), "org.mozilla.firefox");
+  evidence.unit->random = "a1b2c3";
+  EXPECT_EQ(idOf(evidence), "org.mozilla.firefox") << "a script may start a program of another name";
+}
+
+TEST(DesktopIdentity, UnitOfATerminalDoesNotNameWhatItsShellStarts) {
+  AppEvidence evidence = running("/usr/bin/galculator");
+  evidence.unit = UnitId{"debian-xterm", "1000"};
+  EXPECT_EQ(idOf(evidence), "galculator");
+  evidence = running("/opt/games/unknown");
+  evidence.unit = UnitId{"debian-xterm", "1000"};
+  EXPECT_EQ(idOf(evidence), "none");
+}
+
+TEST(DesktopIdentity, LaunchedFileBeatsTheWindow) {
+  AppEvidence evidence = running("/usr/bin/galculator");
+  evidence.launchedFile = "/usr/share/applications/kobodeluxe.desktop";
+  evidence.windowClass = "XTerm";
+  EXPECT_EQ(idOf(evidence), "kobodeluxe");
+}
+
+TEST(DesktopIdentity, WindowNamesItsApp) {
+  AppEvidence evidence = running("/usr/bin/something");
+  evidence.applicationId = "org.xfce.mousepad";
+  evidence.windowClass = "XTerm";
+  EXPECT_EQ(idOf(evidence), "org.xfce.mousepad");
+  evidence.applicationId = "org.nowhere.App";
+  EXPECT_EQ(idOf(evidence), "debian-xterm");
+  evidence.windowClass = "uXtErM";
+  EXPECT_EQ(idOf(evidence), "debian-uxterm") << "StartupWMClass, whatever the letter case";
+  evidence.windowClass = "Galculator";
+  EXPECT_EQ(idOf(evidence), "galculator") << "the id is the class in lower case";
+  evidence.windowClass.clear();
+  evidence.windowInstance = "galculator";
+  EXPECT_EQ(idOf(evidence), "galculator");
+}
+
+TEST(DesktopIdentity, ProgramNamesItsApp) {
+  EXPECT_EQ(idOf(running("/usr/games/kobodl")), "kobodeluxe");
+  EXPECT_EQ(idOf(running("/usr/bin/mousepad")), "org.xfce.mousepad")
+      << "an Exec without arguments is preferred";
+  EXPECT_EQ(idOf(running("/usr/bin/nautilus")), "org.gnome.Nautilus")
+      << "but one with arguments is better than none";
+  EXPECT_EQ(idOf(running("/usr/bin/hidden-tool")), "hidden-tool") << "by the last part of its id only";
+  AppEvidence app = running("/opt/google/chrome/chrome");
+  EXPECT_EQ(idOf(app), "google-chrome");
+  app.arguments.emplace_back("--app-id=abc");
+  EXPECT_EQ(idOf(app), "chrome-abc-Default");
+}
+
+TEST(DesktopIdentity, InterpretersAreNotTheirScripts) {
+  AppEvidence evidence = running("/usr/bin/python3.11");
+  evidence.program = "/usr/bin/lollypop.py";
+  EXPECT_EQ(idOf(evidence), "org.gnome.Lollypop");
+  evidence.program = "/home/somebody/own.py";
+  EXPECT_EQ(idOf(evidence), "none");
+}
+
+TEST(DesktopIdentity, LastPartOfTheIdIsTheLastResort) {
+  AppEvidence evidence = running("/opt/elsewhere/bin/nautilus");
+  EXPECT_EQ(idOf(evidence), "org.gnome.Nautilus");
+  evidence = running("/opt/elsewhere/bin/x");
+  evidence.windowClass = "Mousepad";
+  EXPECT_EQ(idOf(evidence), "org.xfce.mousepad");
+}
+
+TEST(DesktopIdentity, NothingFitsAProgramThatNobodyInstalled) {
+  EXPECT_EQ(idOf(running("/usr/bin/glmark2")), "none");
+  EXPECT_EQ(idOf(AppEvidence{}), "none");
+  EXPECT_EQ(findEntry(running("/usr/bin/xterm"), {}), nullptr);
+}
+
+// Programs as they run on a Debian desktop, with what their windows say.
+TEST(DesktopIdentity, FindsTenOfElevenRealApps) {
+  struct Case {
+    const char* program;
+    const char* windowInstance;
+    const char* windowClass;
+    const char* id;
+  };
+  const std::vector<Case> cases{
+      {"/usr/bin/mousepad", "mousepad", "Mousepad", "org.xfce.mousepad"},
+      {"/usr/bin/xterm", "xterm", "XTerm", "debian-xterm"},
+      {"/usr/bin/xterm", "xterm", "UXTerm", "debian-uxterm"},
+      {"/usr/bin/galculator", "galculator", "Galculator", "galculator"},
+      {"/usr/lib/firefox/firefox", "Navigator", "firefox", "org.mozilla.firefox"},
+      {"/usr/bin/nautilus", "org.gnome.Nautilus", "org.gnome.Nautilus", "org.gnome.Nautilus"},
+      {"/opt/google/chrome/chrome", "google-chrome", "Google-chrome", "google-chrome"},
+      {"/opt/google/chrome/chrome", "crx_abc", "Google-chrome", "chrome-abc-Default"},
+      {"/usr/games/kobodl", "", "", "kobodeluxe"},
+      {"/app/bin/spotify", "spotify", "Spotify", "com.spotify.Client"},
+      {"/usr/bin/glmark2", "", "", "none"},
+  };
+  for (const Case& each : cases) {
+    AppEvidence evidence = running(each.program);
+    evidence.windowInstance = each.windowInstance;
+    evidence.windowClass = each.windowClass;
+    if (std::string(each.id) == "chrome-abc-Default") evidence.arguments.emplace_back("--app-id=abc");
+    EXPECT_EQ(idOf(evidence), each.id) << each.program;
+  }
+}
+
+TEST(DesktopIdentity, DescribesAnInstalledApp) {
+  DesktopEntry made = entry("com.spotify.Client", "/app/bin/spotify");
+  made.category = "public.app-category.music";
+  made.icon = "spotify";
+  const AppIdentity identity = identityOf(running("/app/bin/spotify"), &made);
+  EXPECT_EQ(identity.bundleIdentifier, "com.spotify.client");
+  EXPECT_EQ(identity.localizedName, "com.spotify.Client by name");
+  EXPECT_EQ(identity.bundlePath, "/usr/share/applications/com.spotify.Client.desktop");
+  EXPECT_EQ(identity.executablePath, "/app/bin/spotify");
+  EXPECT_EQ(identity.bundleCategory, "public.app-category.music");
+  EXPECT_EQ(identity.iconName, "spotify");
+}
+
+TEST(DesktopIdentity, DescribesAProgramThatNobodyInstalled) {
+  const AppIdentity identity = identityOf(running("/opt/demo/glmark2"), nullptr);
+  EXPECT_EQ(identity.bundleIdentifier, std::nullopt);
+  EXPECT_EQ(identity.localizedName, "glmark2");
+  EXPECT_EQ(identity.bundlePath, std::nullopt);
+  EXPECT_EQ(identity.executablePath, "/opt/demo/glmark2");
+  EXPECT_EQ(identity.bundleCategory, std::nullopt);
+}
+
+TEST(DesktopIdentity, NamesAnInterpretedProgramAfterItsWindowOrItsScript) {
+  AppEvidence evidence = running("/usr/bin/wine64-preloader");
+  evidence.windowClass = "game.exe";
+  EXPECT_EQ(identityOf(evidence, nullptr).localizedName, "game.exe");
+  evidence = running("/usr/bin/python3.11");
+  evidence.program = "/home/somebody/own.py";
+  EXPECT_EQ(identityOf(evidence, nullptr).localizedName, "own.py");
+  evidence = AppEvidence();
+  evidence.pid = 7;
+  EXPECT_EQ(identityOf(evidence, nullptr).localizedName, "pid 7");
+}
+
+TEST(DesktopIdentity, NamesAreFitToBeShown) {
+  AppEvidence evidence = running("/tmp/a\nb\xff");
+  EXPECT_EQ(identityOf(evidence, nullptr).localizedName, "a b\xef\xbf\xbd");
+  evidence = running("/usr/bin/java");
+  evidence.windowClass = std::string(10'000, 'x');
+  EXPECT_EQ(identityOf(evidence, nullptr).localizedName, std::string(200, 'x'));
+}
+
+TEST(IdentifierMap, LinuxEditionsCarryTheNamesOfTheBuiltInLists) {
+  const std::vector<std::pair<std::string, std::string>> cases{
+      {"spotify", "com.spotify.client"},
+      {"com.spotify.Client", "com.spotify.client"},
+      {"discord", "com.hnc.Discord"},
+      {"com.discordapp.Discord", "com.hnc.Discord"},
+      {"com.obsproject.Studio", "com.obsproject.obs-studio"},
+      {"minecraft-launcher", "com.mojang.minecraftlauncher"},
+      {"com.mojang.Minecraft", "com.mojang.minecraftlauncher"},
+      {"crossover", "com.codeweavers.CrossOver"},
+      {"org.mozilla.firefox", "org.mozilla.firefox"},
+      {"Spotify", "Spotify"},
+      {"", ""},
+  };
+  for (const auto& [id, identifier] : cases) EXPECT_EQ(bundleIdentifierOf(id), identifier);
+}
+
+} // namespace
+} // namespace vantle
