@@ -97,7 +97,7 @@ int measure(Pid pid, int seconds) {
 
 int measureInPrivateDesktop(int seconds) {
   desktop::VirtualDesktop desktop;
-  for (int app = 0; app < 2; ++app) desktop.waitForWindow(desktop.launch({VANTLE_TEST_WINDOW}).pid());
+  for (int app = 0; app < 2; ++app) desktop.waitForWindow(desktop.launch({desktop::testWindow()}).pid());
   desktop::Program& vantle = desktop.launch({VANTLE_PROGRAM});
   return measure(vantle.pid(), seconds);
 }
