@@ -1,0 +1,251 @@
+// SPDX-License-Identifier: MIT
+// What the app in front gets while other apps keep every processor busy: frame times of a 60 Hz program with
+// 8 ms of work a frame, and its share of a processor when it wants one whole. Each column is one way of
+// slowing the others down; all are measured in one run, one after the other in every round, so that whatever
+// else the machine does meets them all alike.
+//
+// usage: front_app [ROUNDS [SECONDS]]     (as root, VANTLE_BENCH_USER=UID runs it as that user)
+#include "bench/support/FrontApp.h"
+#include "platform/linux/band/LinuxBand.h"
+#include "platform/linux/bus/BusConnection.h"
+#include "platform/linux/files/PosixFileStore.h"
+#include "platform/linux/files/XdgFolders.h"
+#include "platform/shared/PollEventLoop.h"
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <grp.h>
+#include <memory>
+#include <sched.h>
+#include <string>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace vantle::bench {
+namespace {
+
+using Apps = std::vector<std::unique_ptr<BusyApp>>;
+using std::chrono::milliseconds;
+
+struct Placement {
+  const char* name;
+  OwnSession session;
+  bool ownUnit;
+};
+
+// The game daemon of Debian's package "gamemode", on a bus of its own and with its own default settings.
+class GameDaemon {
+ public:
+  explicit GameDaemon(EventLoop& loop) {
+    std::array<int, 2> address{};
+    if (::access("/usr/bin/gamemoded", X_OK) != 0 || ::pipe(address.data()) != 0) return;
+    const std::string print = "--print-address=" + std::to_string(address[1]);
+    m_bus = start({"/usr/bin/dbus-daemon", "--session", "--nofork", "--nopidfile", print.c_str()}, {});
+    ::close(address[1]);
+    std::array<char, 512> text{};
+    const ssize_t got = ::read(address[0], text.data(), text.size() - 1);
+    ::close(address[0]);
+    if (got <= 0) return;
+    std::string at(text.data());
+    at.erase(at.find_last_not_of('\n') + 1);
+    m_daemon = start({"/usr/bin/gamemoded"}, "DBUS_SESSION_BUS_ADDRESS=" + at);
+    m_connection = std::make_unique<BusConnection>(loop, at);
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (!m_isThere && std::chrono::steady_clock::now() < end) {
+      m_isThere = call("QueryStatus", ::getpid());
+      if (!m_isThere) ::usleep(20'000);
+    }
+  }
+  ~GameDaemon() {
+    for (const pid_t pid : {m_daemon, m_bus}) {
+      if (pid <= 0) continue;
+      ::kill(pid, SIGKILL);
+      ::waitpid(pid, nullptr, 0);
+    }
+  }
+  GameDaemon(const GameDaemon&) = delete;
+  GameDaemon& operator=(const GameDaemon&) = delete;
+
+  bool isThere() const { return m_isThere; }
+  bool call(const char* member, pid_t game) {
+    BusMessage message =
+        m_connection->methodCall({"com.feralinteractive.GameMode", "/com/feralinteractive/GameMode",
+                                  "com.feralinteractive.GameMode", member});
+    if (!message || sd_bus_message_append(message.get(), "i", game) < 0) return false;
+    return m_connection->call(std::move(message),
+                              std::chrono::steady_clock::now() + std::chrono::seconds(5)) != nullptr;
+  }
+
+ private:
+  static pid_t start(std::vector<const char*> command, std::string variable) {
+    const pid_t pid = ::fork();
+    if (pid != 0) return pid;
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    ::setsid();
+    for (std::FILE* output : {stdout, stderr}) (void)!std::freopen("/dev/null", "w", output);
+    if (!variable.empty()) ::putenv(variable.data());
+    command.push_back(nullptr);
+    ::execv(command.front(), const_cast<char* const*>(command.data()));
+    ::_exit(1);
+  }
+
+  pid_t m_bus = 0;
+  pid_t m_daemon = 0;
+  std::unique_ptr<BusConnection> m_connection;
+  bool m_isThere = false;
+};
+
+// One way of making the app in front faster. `begin` is false where it could do nothing.
+struct Column {
+  const char* name;
+  bool hasOthers = true;
+  std::function<bool(const FrontApp&, const Apps&)> begin = [](const FrontApp&, const Apps&) { return true; };
+  std::function<void(const FrontApp&, const Apps&)> end = [](const FrontApp&, const Apps&) {};
+};
+
+std::vector<Column> columns(LinuxBand& band, GameDaemon& games) {
+  const auto everyApp = [](const auto& change) {
+    return [change](const FrontApp&, const Apps& apps) {
+      return std::all_of(apps.begin(), apps.end(), [&](const auto& app) { return change(app->pid()) == 0; });
+    };
+  };
+  std::vector<Column> all;
+  all.push_back({"alone", false});
+  all.push_back({"nothing done"});
+  all.push_back({"SCHED_IDLE", true, everyApp([](pid_t pid) {
+                   const sched_param none{};
+                   return ::sched_setscheduler(pid, SCHED_IDLE, &none);
+                 })});
+  all.push_back({"nice 19", true, everyApp([](pid_t pid) {
+                   return ::setpriority(PRIO_PROCESS, static_cast<id_t>(pid), 19);
+                 })});
+  all.push_back(
+      {"gamemode", true,
+       [&games](const FrontApp& front, const Apps&) {
+         return games.isThere() && games.call("RegisterGame", front.pid());
+       },
+       [&games](const FrontApp& front, const Apps&) { games.call("UnregisterGame", front.pid()); }});
+  all.push_back({"Vantle", true,
+                 [&band](const FrontApp& front, const Apps& apps) {
+                   const std::array<Pid, 1> tree{front.pid()};
+                   band.prepareBoostApp(front.pid(), tree);
+                   std::vector<BandGroup> groups;
+                   for (const auto& app : apps) groups.push_back({app->pid(), {app->pid()}, {app->pid()}});
+                   bool every = true;
+                   for (const auto& entered : band.enterBackgroundBand(groups))
+                     every = every && entered.front();
+                   return band.settle(std::chrono::seconds(10)) && every;
+                 },
+                 [&band](const FrontApp&, const Apps& apps) {
+                   for (const auto& app : apps) band.leaveBackgroundBand(app->pid());
+                   band.reclaim();
+                   band.settle(std::chrono::seconds(10));
+                 }});
+  return all;
+}
+
+struct Result {
+  bool couldDoIt = true;
+  std::vector<double> frames;
+  std::vector<double> shares;
+};
+
+double percentile(std::vector<double>& sorted, double part) {
+  if (sorted.empty()) return 0;
+  return sorted[std::min(sorted.size() - 1,
+                         static_cast<std::size_t>(static_cast<double>(sorted.size()) * part))];
+}
+
+void print(const Placement& placement, const std::vector<Column>& all, std::vector<Result>& results) {
+  std::printf("\n%s\n  %-14s %7s %7s %7s %8s %7s %10s\n", placement.name, "", "p50", "p95", "p99", "late",
+              "share", "p99/alone");
+  double alone = 0;
+  for (std::size_t at = 0; at < all.size(); ++at) {
+    Result& result = results[at];
+    std::sort(result.frames.begin(), result.frames.end());
+    std::sort(result.shares.begin(), result.shares.end());
+    const double p99 = percentile(result.frames, 0.99);
+    if (at == 0) alone = p99;
+    const double limit = std::chrono::duration<double, std::milli>(FrontApp::frame).count();
+    const auto late = std::count_if(result.frames.begin(), result.frames.end(),
+                                    [limit](double frame) { return frame > limit; });
+    std::printf("  %-14s %7.1f %7.1f %7.1f %6.1f %% %5.1f %% %10.2f%s\n", all[at].name,
+                percentile(result.frames, 0.5), percentile(result.frames, 0.95), p99,
+                100.0 * static_cast<double>(late) /
+                    static_cast<double>(std::max<std::size_t>(1, result.frames.size())),
+                100 * percentile(result.shares, 0.5), p99 / alone,
+                result.couldDoIt ? "" : "  (could do nothing)");
+  }
+}
+
+void measure(const Placement& placement, LinuxBand& band, GameDaemon& games, int rounds, milliseconds time) {
+  const std::vector<Column> all = columns(band, games);
+  std::vector<Result> results(all.size());
+  const FrontApp front(placement.session);
+  if (placement.ownUnit) band.placeAsApp(front.pid());
+  const long processors = ::sysconf(_SC_NPROCESSORS_ONLN);
+  for (int round = 0; round < rounds; ++round) {
+    for (std::size_t at = 0; at < all.size(); ++at) {
+      // New ones each time: not every way can be undone by everybody.
+      Apps apps;
+      for (long count = 0; all[at].hasOthers && count < processors; ++count) {
+        apps.push_back(std::make_unique<BusyApp>(placement.session));
+        if (placement.ownUnit) band.placeAsApp(apps.back()->pid());
+      }
+      const bool done = all[at].begin(front, apps);
+      results[at].couldDoIt = results[at].couldDoIt && done;
+      const FrontFigures figures = front.measure(time, time / 2);
+      if (done) all[at].end(front, apps);
+      results[at].frames.insert(results[at].frames.end(), figures.frameMillis.begin(),
+                                figures.frameMillis.end());
+      results[at].shares.push_back(figures.share);
+    }
+  }
+  print(placement, all, results);
+}
+
+std::string userBus() {
+  const std::optional<std::string> runtime = XdgFolders::fromEnvironment().runtime;
+  return runtime && ::access((*runtime + "/bus").c_str(), F_OK) == 0 ? "unix:path=" + *runtime + "/bus" : "";
+}
+
+int run(int rounds, milliseconds time) {
+  PollEventLoop loop;
+  PosixFileStore files("/nonexistent", PosixFileStore::Sync::none);
+  const std::string bus = userBus();
+  LinuxBand band(loop, files, {.ledger = {}, .userBus = bus, .busLimit = std::chrono::seconds(5)});
+  GameDaemon games(loop);
+  std::printf("%ld processors, each with a busy app; user %d; %d rounds of %.0f s a column; milliseconds\n",
+              ::sysconf(_SC_NPROCESSORS_ONLN), static_cast<int>(::geteuid()), rounds,
+              std::chrono::duration<double>(time).count());
+  measure({"all in one session", OwnSession::no, false}, band, games, rounds, time);
+  measure({"each in its own session", OwnSession::yes, false}, band, games, rounds, time);
+  if (bus.empty()) {
+    std::printf("\neach in its own unit: there is no user manager here\n");
+  } else {
+    measure({"each in its own unit", OwnSession::yes, true}, band, games, rounds, time);
+  }
+  return 0;
+}
+
+} // namespace
+} // namespace vantle::bench
+
+int main(int count, char** arguments) {
+  const char* user = std::getenv("VANTLE_BENCH_USER");
+  if (user != nullptr) {
+    const auto id = static_cast<uid_t>(std::atoi(user));
+    if (::setgroups(0, nullptr) != 0 || ::setgid(id) != 0 || ::setuid(id) != 0) return 1;
+    ::prctl(PR_SET_DUMPABLE, 1);
+  }
+  const int rounds = count > 1 ? std::atoi(arguments[1]) : 3;
+  const int seconds = count > 2 ? std::atoi(arguments[2]) : 4;
+  return vantle::bench::run(rounds, std::chrono::seconds(seconds));
+}

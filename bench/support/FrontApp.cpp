@@ -1,0 +1,157 @@
+// SPDX-License-Identifier: MIT
+#include "bench/support/FrontApp.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdint>
+#include <cstdlib>
+#include <ctime>
+#include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace vantle::bench {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Millis = std::chrono::duration<double, std::milli>;
+
+double processorMillis() {
+  timespec time{};
+  ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+  return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
+}
+
+void spin(std::uint64_t rounds) {
+  volatile std::uint64_t value = 1;
+  for (std::uint64_t at = 0; at < rounds; ++at) value = value * 6364136223846793005U + 1;
+}
+
+// How many rounds are the given work on a processor of one's own.
+std::uint64_t roundsFor(Millis work) {
+  constexpr std::uint64_t sample = 1'000'000;
+  double least = 1e9;
+  for (int attempt = 0; attempt < 20; ++attempt) {
+    const double before = processorMillis();
+    spin(sample);
+    least = std::min(least, processorMillis() - before);
+  }
+  return static_cast<std::uint64_t>(static_cast<double>(sample) * work.count() / least);
+}
+
+bool transfer(int channel, void* data, std::size_t size, bool out) {
+  auto* bytes = static_cast<char*>(data);
+  while (size > 0) {
+    const ssize_t moved = out ? ::write(channel, bytes, size) : ::read(channel, bytes, size);
+    if (moved <= 0) return false;
+    bytes += moved;
+    size -= static_cast<std::size_t>(moved);
+  }
+  return true;
+}
+
+struct Order {
+  std::int64_t frames = 0; // milliseconds
+  std::int64_t share = 0;
+};
+
+[[noreturn]] void drawFrames(int channel) {
+  const std::uint64_t rounds = roundsFor(FrontApp::work);
+  Order order;
+  while (transfer(channel, &order, sizeof order, false)) {
+    std::vector<double> frames;
+    const Clock::time_point begin = Clock::now();
+    for (Clock::time_point due = begin; due - begin < std::chrono::milliseconds(order.frames);) {
+      const auto since = due.time_since_epoch();
+      const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(since);
+      const timespec until{seconds.count(), (since - seconds).count()};
+      while (::clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &until, nullptr) == EINTR) {
+      }
+      spin(rounds);
+      frames.push_back(Millis(Clock::now() - due).count());
+      // A frame that took too long makes the following one start at once, and those in between are lost.
+      do due += FrontApp::frame;
+      while (due + FrontApp::frame < Clock::now());
+    }
+    const Clock::time_point wall = Clock::now();
+    const double used = processorMillis();
+    while (Clock::now() - wall < std::chrono::milliseconds(order.share)) spin(10'000);
+    double share = (processorMillis() - used) / Millis(Clock::now() - wall).count();
+    std::uint64_t count = frames.size();
+    if (!transfer(channel, &count, sizeof count, true) || !transfer(channel, &share, sizeof share, true) ||
+        !transfer(channel, frames.data(), count * sizeof(double), true)) {
+      break;
+    }
+  }
+  ::_exit(0);
+}
+
+void beginChild(pid_t parent, OwnSession session) {
+  ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+  if (::getppid() != parent) ::_exit(1);
+  if (session == OwnSession::yes) ::setsid();
+}
+
+void end(pid_t pid) {
+  ::kill(pid, SIGKILL);
+  ::waitpid(pid, nullptr, 0);
+}
+
+} // namespace
+
+BusyApp::BusyApp(OwnSession session) {
+  std::array<int, 2> ready{};
+  if (::pipe(ready.data()) != 0) std::abort();
+  const pid_t parent = ::getpid();
+  m_pid = ::fork();
+  if (m_pid == 0) {
+    beginChild(parent, session);
+    (void)!::write(ready[1], "", 1);
+    for (;;) spin(1'000'000);
+  }
+  char byte = 0;
+  (void)!::read(ready[0], &byte, 1);
+  ::close(ready[0]);
+  ::close(ready[1]);
+}
+
+BusyApp::~BusyApp() { end(m_pid); }
+
+FrontApp::FrontApp(OwnSession session) {
+  std::array<int, 2> sockets{};
+  if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets.data()) != 0) std::abort();
+  m_channel = sockets[0];
+  const pid_t parent = ::getpid();
+  m_pid = ::fork();
+  if (m_pid == 0) {
+    beginChild(parent, session);
+    ::close(sockets[0]);
+    drawFrames(sockets[1]);
+  }
+  ::close(sockets[1]);
+  measure({}, {}); // it has its place and has found out how much 8 ms are
+}
+
+FrontApp::~FrontApp() {
+  end(m_pid);
+  ::close(m_channel);
+}
+
+FrontFigures FrontApp::measure(std::chrono::milliseconds frames, std::chrono::milliseconds share) const {
+  FrontFigures figures;
+  Order order{frames.count(), share.count()};
+  std::uint64_t count = 0;
+  if (!transfer(m_channel, &order, sizeof order, true) || !transfer(m_channel, &count, sizeof count, false) ||
+      !transfer(m_channel, &figures.share, sizeof figures.share, false)) {
+    return figures;
+  }
+  figures.frameMillis.resize(count);
+  transfer(m_channel, figures.frameMillis.data(), count * sizeof(double), false);
+  return figures;
+}
+
+} // namespace vantle::bench
