@@ -19,7 +19,8 @@ constexpr char compositorSelection[] = "_NET_WM_CM_S0";
 
 bool screenIsComposited() {
   const auto* x11 = qApp->nativeInterface<QNativeInterface::QX11Application>();
-  if (x11 == nullptr || x11->connection() == nullptr) return true; // Wayland always is, and pictures keep their corners
+  if (x11 == nullptr || x11->connection() == nullptr)
+    return true; // Wayland always is, and pictures keep their corners
   xcb_connection_t* connection = x11->connection();
   const auto atomCookie =
       xcb_intern_atom(connection, false, sizeof(compositorSelection) - 1, compositorSelection);

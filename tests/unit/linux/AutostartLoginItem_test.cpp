@@ -151,9 +151,13 @@ TEST_F(LoginItemTest, ReadOnlyFolderIsAFailureBothWays) {
   fs::create_directories(setup.userFolder);
   const auto asOrdinaryUser = [&](const std::function<bool()>& call) {
     const uid_t before = geteuid();
-    if (before == 0) { EXPECT_EQ(seteuid(65534), 0); }
+    if (before == 0) {
+      EXPECT_EQ(seteuid(65534), 0);
+    }
     const bool result = call();
-    if (before == 0) { EXPECT_EQ(seteuid(before), 0); }
+    if (before == 0) {
+      EXPECT_EQ(seteuid(before), 0);
+    }
     return result;
   };
   fs::permissions(setup.userFolder, fs::perms(0555));
