@@ -139,7 +139,7 @@ const State states[] = {
     {"names",
      [](auto& machine, auto&, auto&) {
        machine.launch({.name = "שלום עולם"}, Opening::inBackground);
-       machine.launch({.name = "日本語のアプリ"}, Opening::inBackground);
+       machine.launch({.name = "Ημερολόγιο и Калькулятор"}, Opening::inBackground);
        machine.launch({.name = std::string(10'000, 'W')}, Opening::inBackground);
        machine.launch({.name = "tricky\u202Ename\nwith\tcontrols"}, Opening::inBackground);
        machine.launch({.name = "A game whose name is far too long for the panel to show in full",
