@@ -11,6 +11,7 @@
 //   --background        asks not to come to the front when it opens
 //   --windows N         so many windows (0: only a connection to the display)
 //   --ignore-close      stays when it is asked to close
+//   --outlive-display   stays when the X server goes away
 //   --burn              keeps one processor busy
 //   --children N        N child processes, busy with --burn
 //   --threads N         N more threads, busy with --burn
@@ -47,6 +48,7 @@ struct Options {
   bool overrideRedirect = false;
   bool ignoreClose = false;
   bool background = false;
+  bool outliveDisplay = false;
   bool burn = false;
   int windows = 1;
   int children = 0;
@@ -77,6 +79,8 @@ std::optional<Options> parse(const std::vector<std::string>& arguments) {
       options.ignoreClose = true;
     } else if (name == "--background") {
       options.background = true;
+    } else if (name == "--outlive-display") {
+      options.outliveDisplay = true;
     } else if (name == "--burn") {
       options.burn = true;
     } else if (name == "--windows") {
@@ -202,7 +206,10 @@ class TestWindow {
         std::free(event);
         if (close && !m_options.ignoreClose) return 0;
       }
-      if (xcb_connection_has_error(m_connection) != 0) return 4;
+      if (xcb_connection_has_error(m_connection) != 0) {
+        if (m_options.outliveDisplay) spend(false);
+        return 4;
+      }
       if (::poll(ready, 2, -1) < 0 && errno != EINTR) return 5;
       signalfd_siginfo arrived{};
       if (ready[1].revents == 0 || ::read(m_signals, &arrived, sizeof arrived) != sizeof arrived) continue;

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "engine/ports/Pid.h"
+
+#include <iosfwd>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace vantle::desktop {
+
+// All that the band can change of a process, as the kernel has it.
+struct KernelState {
+  struct Thread {
+    int ioPriority = 0;
+    int policy = 0;
+    int nice = 0;
+    std::string affinity;
+    bool operator==(const Thread&) const = default;
+  };
+  std::map<Pid, Thread> threads; // by their ids; empty when the process is gone
+  int sessionNice = 0;           // of its autogroup
+  bool operator==(const KernelState&) const = default;
+};
+
+std::ostream& operator<<(std::ostream& out, const KernelState& state);
+
+KernelState kernelState(Pid pid);
+
+// Every thread in the I/O class "idle", which no process is in by itself.
+bool isSlowed(Pid pid);
+// None of them.
+bool isAtFullSpeed(Pid pid);
+
+} // namespace vantle::desktop

@@ -1,0 +1,307 @@
+// SPDX-License-Identifier: MIT
+// The program itself on a real desktop: what it slows down, and that everything comes back, whatever happens.
+#include "tests/desktop/boost/Isolation.h"
+#include "tests/desktop/boost/KernelState.h"
+#include "tests/desktop/harness/VirtualDesktop.h"
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <map>
+#include <random>
+#include <set>
+#include <string>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace vantle::desktop {
+namespace {
+
+constexpr uid_t somebody = 65534;
+
+enum class Who { root, somebodyElse };
+
+class Boost : public testing::TestWithParam<Who> {
+ protected:
+  void SetUp() override {
+    const bool isRoot = ::geteuid() == 0;
+    if (GetParam() == Who::root && !isRoot) GTEST_SKIP() << "needs root";
+    VirtualDesktop::Options options;
+    if (isRoot && GetParam() == Who::somebodyElse) options.user = somebody;
+    m_desktop = std::make_unique<VirtualDesktop>(options);
+    for (const char* name : {"Game", "OtherGame"}) {
+      // Known by the class of its window: the program itself is that of the other apps, too.
+      m_desktop->installDesktopFile(std::string("org.example.") + name,
+                                    "[Desktop Entry]\nType=Application\nExec=true\nCategories=Game;\nName=" +
+                                        std::string(name) + "\nStartupWMClass=" + name + "\n");
+    }
+  }
+
+  Program& app(std::vector<std::string> arguments = {}) {
+    arguments.insert(arguments.begin(), testWindow());
+    Program& program = m_desktop->launch(std::move(arguments));
+    m_desktop->waitForWindow(program.pid());
+    return program;
+  }
+  Program& game(const char* name = "Game") { return app({"--class", name, "--background"}); }
+
+  void startVantle() {
+    m_vantle = &m_desktop->launch({VANTLE_PROGRAM});
+    // Recovery has run when the bus knows the program: it is the last thing that it does when it starts.
+    require("Vantle", [&] { return m_desktop->hasBusName("com.halvo.vantle") || !m_vantle->isRunning(); });
+    ASSERT_TRUE(m_vantle->isRunning()) << *m_vantle->exitStatus();
+  }
+
+  std::string journal() const {
+    std::ifstream file(m_desktop->dataHome() / "Vantle/journal.json");
+    std::string text;
+    std::getline(file, text, '\0');
+    return text;
+  }
+
+  void remember(const std::vector<Pid>& pids) {
+    for (const Pid pid : pids) m_before[pid] = kernelState(pid);
+  }
+  // Everything remembered is as it was, to the last bit.
+  void expectAllBack() {
+    for (const auto& [pid, before] : m_before) {
+      if (!isAlive(pid)) continue;
+      EXPECT_TRUE(waitUntil([&] { return kernelState(pid) == before; }, std::chrono::seconds(10)))
+          << pid << " was " << before << "\nand is " << kernelState(pid);
+    }
+    EXPECT_TRUE(waitUntil([&] { return journal() == "[]"; }, std::chrono::seconds(10))) << journal();
+  }
+  bool becomesSlowed(const Program& program) {
+    return waitUntil([&] { return isSlowed(program.pid()); });
+  }
+  bool becomesFast(const Program& program) {
+    return waitUntil([&] { return isAtFullSpeed(program.pid()); });
+  }
+
+  std::unique_ptr<VirtualDesktop> m_desktop;
+  Program* m_vantle = nullptr;
+  std::map<Pid, KernelState> m_before;
+};
+
+TEST_P(Boost, LastsFromTheGamesActivationToItsEnd) {
+  Program& played = game();
+  Program& threaded = app({"--threads", "3", "--children", "2"});
+  Program& plain = app();
+  Program& notAnApp = m_desktop->launch({"sleep", "1000"});
+  std::vector<Pid> all{played.pid(), plain.pid(), notAnApp.pid()};
+  for (const Pid pid : processesOf({threaded.pid()})) all.push_back(pid);
+  startVantle();
+  remember(all);
+  m_desktop->activate(played);
+  EXPECT_TRUE(becomesSlowed(plain));
+  for (const Pid pid : processesOf({threaded.pid()})) {
+    EXPECT_TRUE(waitUntil([&] { return isSlowed(pid); })) << pid;
+    EXPECT_NE(journal().find("\"pid\":" + std::to_string(pid)), std::string::npos) << journal();
+  }
+  EXPECT_EQ(kernelState(played.pid()).threads, m_before[played.pid()].threads);
+  EXPECT_EQ(kernelState(notAnApp.pid()), m_before[notAnApp.pid()]);
+  played.kill();
+  expectAllBack();
+}
+
+TEST_P(Boost, StartsWhenTheGameIsInFrontAlready) {
+  Program& plain = app();
+  Program& played = game();
+  m_desktop->activate(played);
+  m_vantle = &m_desktop->launch({VANTLE_PROGRAM});
+  EXPECT_TRUE(becomesSlowed(plain));
+}
+
+TEST_P(Boost, SlowsALaunchInTheBackgroundButNotOneInFront) {
+  Program& played = game();
+  startVantle();
+  m_desktop->activate(played);
+  Program& background = app({"--background"});
+  EXPECT_TRUE(becomesSlowed(background));
+  Program& front = app();
+  require("the launch in front",
+          [&] { return m_desktop->windows().active() == m_desktop->waitForWindow(front.pid()).id; });
+  m_desktop->activate(background);
+  EXPECT_TRUE(becomesFast(background));
+  EXPECT_TRUE(becomesSlowed(front)) << "it has left the front";
+}
+
+TEST_P(Boost, LeavesTheAppInFrontAlone) {
+  Program& first = app();
+  Program& second = app();
+  Program& played = game();
+  startVantle();
+  remember({first.pid(), second.pid()});
+  m_desktop->activate(played);
+  ASSERT_TRUE(becomesSlowed(first));
+  ASSERT_TRUE(becomesSlowed(second));
+  m_desktop->activate(first);
+  EXPECT_TRUE(becomesFast(first));
+  EXPECT_TRUE(isSlowed(second.pid()));
+  m_desktop->activate(second);
+  EXPECT_TRUE(becomesFast(second));
+  EXPECT_TRUE(becomesSlowed(first));
+  m_desktop->activate(played);
+  EXPECT_TRUE(becomesSlowed(second));
+  played.kill();
+  expectAllBack();
+}
+
+TEST_P(Boost, PassesToTheNextGame) {
+  Program& plain = app();
+  Program& first = game();
+  Program& second = game("OtherGame");
+  startVantle();
+  remember({plain.pid()});
+  m_desktop->activate(first);
+  ASSERT_TRUE(becomesSlowed(plain));
+  EXPECT_TRUE(isAtFullSpeed(second.pid()));
+  first.kill();
+  m_desktop->activate(second);
+  // A later event has passed, so the end of the first game is dealt with.
+  Program& later = app({"--background"});
+  EXPECT_TRUE(becomesSlowed(later));
+  EXPECT_TRUE(isSlowed(plain.pid()));
+  second.kill();
+  expectAllBack();
+}
+
+TEST_P(Boost, EndsWithEachTerminationSignal) {
+  Program& plain = app({"--children", "1"});
+  Program& played = game();
+  for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
+    m_desktop->activate(plain);
+    startVantle();
+    remember({plain.pid()});
+    m_desktop->activate(played);
+    ASSERT_TRUE(becomesSlowed(plain));
+    m_vantle->signal(number);
+    EXPECT_EQ(m_vantle->exitStatus(), 0) << number;
+    EXPECT_EQ(kernelState(plain.pid()), m_before[plain.pid()]) << "back before its end, signal " << number;
+    expectAllBack();
+  }
+}
+
+TEST_P(Boost, TakesBackAChildBornMeanwhile) {
+  Program& plain = app();
+  Program& played = game();
+  startVantle();
+  m_desktop->activate(played);
+  ASSERT_TRUE(becomesSlowed(plain));
+  plain.signal(SIGUSR1);
+  std::set<Pid> family;
+  require("a child", [&] { return (family = processesOf({plain.pid()})).size() == 2; });
+  for (const Pid pid : family) EXPECT_TRUE(waitUntil([&] { return isSlowed(pid); }));
+  played.kill();
+  for (const Pid pid : family) EXPECT_TRUE(waitUntil([&] { return isAtFullSpeed(pid); }));
+  expectAllBack();
+}
+
+TEST_P(Boost, SecondCopyLeavesAtOnce) {
+  Program& plain = app();
+  Program& played = game();
+  startVantle();
+  m_desktop->activate(played);
+  ASSERT_TRUE(becomesSlowed(plain));
+  EXPECT_EQ(m_desktop->launch({VANTLE_PROGRAM}).exitStatus(), 0);
+  EXPECT_TRUE(m_vantle->isRunning());
+  EXPECT_TRUE(isSlowed(plain.pid()));
+}
+
+TEST_P(Boost, EndsCleanlyWithTheXServer) {
+  Program& plain = app({"--outlive-display", "--threads", "1"});
+  Program& played = game();
+  startVantle();
+  remember({plain.pid()});
+  m_desktop->activate(played);
+  ASSERT_TRUE(becomesSlowed(plain));
+  m_desktop->xServer().signal(SIGKILL);
+  EXPECT_EQ(m_vantle->exitStatus(), 0);
+  EXPECT_TRUE(plain.isRunning());
+  expectAllBack();
+}
+
+// The heart of it: nothing stays slowed, whenever it is killed.
+TEST_P(Boost, SurvivesBeingKilledAtAnyMoment) {
+  constexpr int rounds = 50; // for each of the two users
+  const auto seed = std::random_device()();
+  std::mt19937 random(seed);
+  SCOPED_TRACE("seed " + std::to_string(seed));
+  Program& plain = app({"--threads", "1"});
+  Program& family = app({"--children", "2"});
+  Program& bystander = m_desktop->launch({"ionice", "-c", "3", "sleep", "1000"});
+  Program& played = game();
+  std::vector<Pid> all{plain.pid(), bystander.pid(), played.pid()};
+  for (const Pid pid : processesOf({family.pid()})) all.push_back(pid);
+  require("the bystander", [&] { return isSlowed(bystander.pid()); });
+  m_desktop->activate(plain);
+  startVantle();
+  remember(all);
+
+  int slowedAtDeath = 0;
+  for (int round = 0; round < rounds && !HasFailure(); ++round) {
+    const std::chrono::microseconds delay(std::uniform_int_distribution(0, 30'000)(random));
+    if (round % 2 == 0) { // while it slows them down
+      m_desktop->windows().activate(m_desktop->waitForWindow(played.pid()).id);
+      std::this_thread::sleep_for(delay);
+    } else { // while it puts them back
+      m_desktop->activate(played);
+      ASSERT_TRUE(becomesSlowed(plain));
+      m_vantle->signal(SIGTERM);
+      std::this_thread::sleep_for(delay / 4);
+    }
+    m_vantle->kill();
+    if (journal() != "[]") ++slowedAtDeath;
+    m_desktop->activate(plain); // or the next copy starts with a Boost
+    startVantle();
+    expectAllBack();
+  }
+  RecordProperty("slowed_at_death", slowedAtDeath);
+  EXPECT_GT(slowedAtDeath, 0) << "nothing was put to the test";
+}
+
+TEST_P(Boost, LeavesAReusedNumberAlone) {
+  if (!canChooseNextPid()) GTEST_SKIP() << "needs a process-number namespace of its own";
+  Program& plain = app();
+  Program& victim = app();
+  Program& played = game();
+  startVantle();
+  remember({plain.pid()});
+  m_desktop->activate(played);
+  ASSERT_TRUE(becomesSlowed(plain));
+  ASSERT_TRUE(becomesSlowed(victim));
+  m_vantle->kill();
+  const Pid number = victim.pid();
+  ASSERT_NE(journal().find("\"pid\":" + std::to_string(number)), std::string::npos);
+  victim.kill();
+  played.kill();
+
+  Program* stranger = nullptr;
+  for (int attempt = 0; attempt < 20 && (stranger == nullptr || stranger->pid() != number); ++attempt) {
+    chooseNextPid(number);
+    stranger = &m_desktop->launch({"ionice", "-c", "3", "nice", "-n", "5", "sleep", "1000"});
+  }
+  ASSERT_EQ(stranger->pid(), number);
+  require("the stranger", [&] { return kernelState(number).threads[number].nice == 5; });
+  remember({number});
+  startVantle();
+  expectAllBack();
+  EXPECT_EQ(kernelState(number), m_before[number]);
+}
+
+INSTANTIATE_TEST_SUITE_P(Desktop, Boost, testing::Values(Who::root, Who::somebodyElse),
+                         [](const auto& about) {
+                           return about.param == Who::root ? "AsRoot" : "AsOrdinaryUser";
+                         });
+
+} // namespace
+} // namespace vantle::desktop
+
+int main(int argc, char** argv) {
+  testing::InitGoogleTest(&argc, argv);
+  if (testing::GTEST_FLAG(list_tests)) return RUN_ALL_TESTS();
+  return vantle::desktop::runIsolated([] { return RUN_ALL_TESTS(); });
+}
