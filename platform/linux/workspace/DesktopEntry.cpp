@@ -129,7 +129,7 @@ std::vector<std::string> programOf(const std::string& exec) {
   return words;
 }
 
-std::optional<DesktopEntry> readDesktopEntry(const std::string& path, std::string id) {
+std::optional<DesktopEntry> readDesktopEntry(const std::string& path, const std::string& id) {
   const GOwned<GDesktopAppInfo> info = readInfo(path);
   if (!info || g_desktop_app_info_get_is_hidden(info.get()) != 0) return {};
   GAppInfo* const app = G_APP_INFO(info.get());

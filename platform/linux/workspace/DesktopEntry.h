@@ -33,6 +33,6 @@ std::string categoryOf(std::string_view categories);
 std::vector<std::string> programOf(const std::string& exec);
 
 // Reads one desktop file; absent when it is not one of an installed app.
-std::optional<DesktopEntry> readDesktopEntry(const std::string& path, std::string id);
+std::optional<DesktopEntry> readDesktopEntry(const std::string& path, const std::string& id);
 
 } // namespace vantle

@@ -199,11 +199,10 @@ void X11Workspace::ended(Pid pid) {
 
 void X11Workspace::deliver() {
   if (std::exchange(m_isDelivering, true)) return;
-  for (std::size_t at = 0; at < m_events.size(); ++at) {
-    const Event event = m_events[at];
-    m_observers.deliver(event.first, event.second);
+  // What happens meanwhile is told after what happened before.
+  while (!m_events.empty()) {
+    for (const auto& [event, app] : std::exchange(m_events, {})) m_observers.deliver(event, app);
   }
-  m_events.clear();
   m_isDelivering = false;
 }
 
