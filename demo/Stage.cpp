@@ -19,6 +19,7 @@ constexpr const char* gameProgram = "/usr/games/chromium-bsu";
 
 desktop::VirtualDesktop::Options options() {
   desktop::VirtualDesktop::Options chosen;
+  chosen.screen = "1600x1200x24";
   // The game would minimise itself when another app comes to the front, and this machine may have no sound.
   chosen.environment = {{"SDL_VIDEO_MINIMIZE_ON_FOCUS_LOSS", "0"}, {"LIBGL_ALWAYS_SOFTWARE", "1"}};
   return chosen;
@@ -43,7 +44,7 @@ void Stage::start(const std::string& name, std::vector<std::string> command,
 }
 
 void Stage::startGame() {
-  desktop::Program& program = m_desktop.launch({gameProgram, "-w", "-v", "3", "-na"});
+  desktop::Program& program = m_desktop.launch({gameProgram, "-w", "-v", "4", "-na"});
   m_desktop.waitForWindow(program.pid());
   m_game = {"Chromium B.S.U.", &program};
 }
