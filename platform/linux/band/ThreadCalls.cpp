@@ -4,7 +4,6 @@
 #include <array>
 #include <cerrno>
 #include <linux/capability.h>
-#include <linux/ioprio.h>
 #include <linux/sched.h>
 #include <sched.h>
 #include <string_view>
@@ -14,14 +13,22 @@
 
 namespace vantle::threadCalls {
 
+namespace {
+
+// One thread, of ioprio_get(2). Its header names a parameter "class" in newer kernels, which no C++ compiler
+// takes.
+constexpr int ioprioWhoProcess = 1;
+
+} // namespace
+
 std::optional<int> ioPriority(Pid tid) {
-  const long value = ::syscall(SYS_ioprio_get, IOPRIO_WHO_PROCESS, tid);
+  const long value = ::syscall(SYS_ioprio_get, ioprioWhoProcess, tid);
   if (value < 0) return std::nullopt;
   return static_cast<int>(value);
 }
 
 bool setIoPriority(Pid tid, int priority) {
-  return ::syscall(SYS_ioprio_set, IOPRIO_WHO_PROCESS, tid, priority) == 0;
+  return ::syscall(SYS_ioprio_set, ioprioWhoProcess, tid, priority) == 0;
 }
 
 bool Scheduling::isRealTime() const {

@@ -9,7 +9,7 @@ namespace vantle::threadCalls {
 
 // The system calls on one thread that the C library does not offer, or offers for the caller only.
 
-std::optional<int> ioPriority(Pid tid); // as it was set, see linux/ioprio.h
+std::optional<int> ioPriority(Pid tid); // as it was set, see ioprio_get(2)
 bool setIoPriority(Pid tid, int priority);
 
 // SCHED_OTHER and so on, without the flag below.
