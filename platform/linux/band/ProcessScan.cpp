@@ -41,7 +41,8 @@ template <typename Callback> void forEachPid(int folder, Callback call) {
     unsigned char type;
     char name[1];
   };
-  alignas(Entry) std::array<char, std::size_t{32} << 10U> buffer; // filled by the kernel
+  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): filled by the kernel
+  alignas(Entry) std::array<char, std::size_t{32} << 10U> buffer;
   long got = 0;
   while ((got = ::syscall(SYS_getdents64, folder, buffer.data(), buffer.size())) > 0) {
     for (long at = 0; at < got;) {
@@ -88,7 +89,7 @@ std::optional<std::string> ProcessFiles::birthMark() const {
 std::optional<ProcessStat> ProcessFiles::stat(Pid pid) const {
   if (pid <= 0) return std::nullopt;
   const Descriptor file = open(pid, "stat", O_RDONLY);
-  std::array<char, longestStat> text; // filled by read
+  std::array<char, longestStat> text; // NOLINT(cppcoreguidelines-pro-type-member-init): filled by read
   const ssize_t got = file ? ::read(file.get(), text.data(), text.size()) : -1;
   if (got <= 0) return std::nullopt;
   const std::string_view line(text.data(), static_cast<std::size_t>(got));

@@ -36,7 +36,7 @@ class AutogroupFile {
       : m_file(files.open(pid, "autogroup", flags)) {}
 
   std::optional<Autogroup> read() const {
-    std::array<char, 64> text;
+    std::array<char, 64> text; // NOLINT(cppcoreguidelines-pro-type-member-init): filled by read
     const ssize_t got = m_file ? ::read(m_file.get(), text.data(), text.size()) : -1;
     if (got <= 0) return std::nullopt;
     return Autogroup::parse({text.data(), static_cast<std::size_t>(got)});

@@ -34,6 +34,7 @@ class SessionWeights {
   struct Load {
     int running = 0; // processes that are on a processor or wait for one
     std::uint64_t cpuTicks = 0;
+    // NOLINTNEXTLINE(modernize-use-nullptr): clang-tidy 14 reads the comparison's 0 as a pointer
     friend auto operator<=>(const Load&, const Load&) = default;
   };
 

@@ -48,7 +48,7 @@ class ThreadLevers {
     refused
   };
   struct Entered {
-    Outcome outcome;
+    Outcome outcome = Outcome::refused;
     bool slowedByClass = false;
   };
 
