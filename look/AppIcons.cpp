@@ -41,7 +41,7 @@ QImage fromFile(const QString& path, int pixels) {
 QString pixmapPath(const QString& name) {
   const QDir folder(QStringLiteral("/usr/share/pixmaps"));
   for (const char* ending : {"", ".png", ".svg", ".xpm"}) {
-    const QString path = folder.filePath(name + QLatin1String(ending));
+    QString path = folder.filePath(name + QLatin1String(ending));
     if (QFileInfo(path).isFile()) return path;
   }
   return {};
@@ -59,7 +59,7 @@ QImage appIcon(const QString& source, int pixels) {
   if (source.isEmpty() || pixels <= 0 || pixels > maxSide) return {};
   if (QDir::isAbsolutePath(source)) return fromFile(source, pixels);
   if (source.contains(QLatin1Char('/')) || source.size() > maxNameLength) return {};
-  const QImage themed = fromTheme(source, pixels);
+  QImage themed = fromTheme(source, pixels);
   if (!themed.isNull()) return themed;
   const QString path = pixmapPath(source);
   return path.isEmpty() ? QImage() : fromFile(path, pixels);

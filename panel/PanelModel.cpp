@@ -93,8 +93,8 @@ void PanelModel::turnOffBoost() {
   m_engine.stopBoost();
 }
 
-void PanelModel::openSettings() { m_actions.openSettings(); }
+void PanelModel::openSettings() const { m_actions.openSettings(); }
 
-void PanelModel::quit() { m_actions.quit(); }
+void PanelModel::quit() const { m_actions.quit(); }
 
 } // namespace vantle

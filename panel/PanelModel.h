@@ -74,8 +74,8 @@ class PanelModel : public QObject {
   Q_INVOKABLE void boostNow();
   Q_INVOKABLE void alwaysBoost();
   Q_INVOKABLE void turnOffBoost();
-  Q_INVOKABLE void openSettings();
-  Q_INVOKABLE void quit();
+  Q_INVOKABLE void openSettings() const;
+  Q_INVOKABLE void quit() const;
 
  signals:
   void gameChanged();

@@ -4,10 +4,9 @@
 #include <string>
 #include <variant>
 
-namespace vantle {
-
 // What is known about a newer version. The cases with a payload are equal when their payloads are.
-namespace update {
+namespace vantle::update {
+
 struct Available {
   std::string version; // without the decoration that the feed may give it, such as a leading v
   std::string page;    // address of its download page
@@ -31,6 +30,5 @@ struct NotConfigured { // this build has no usable feed address
 };
 
 using State = std::variant<Available, Failed, Idle, Checking, UpToDate, NotConfigured>;
-} // namespace update
 
-} // namespace vantle
+} // namespace vantle::update

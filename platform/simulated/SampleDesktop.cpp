@@ -18,7 +18,7 @@ SimulatedAppRef open(SimulatedMachine& machine, const char* name, const char* bu
 SampleDesktop openSampleDesktop(SimulatedMachine& machine) {
   SampleDesktop desktop;
   desktop.browser = open(machine, "Web Browser", "org.example.browser", "applications-internet", 412);
-  for (const std::uint64_t tab : {310, 288, 121, 64}) {
+  for (const std::uint64_t tab : {310U, 288U, 121U, 64U}) {
     machine.processes.spawn({.parent = desktop.browser->processIdentifier(),
                              .executable = "/usr/lib/browser/tab",
                              .footprint = tab * mebibyte});

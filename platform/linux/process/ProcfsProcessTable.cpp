@@ -34,7 +34,7 @@ class ProcPath {
   const char* text() const { return m_text.data(); }
 
  private:
-  std::array<char, 32> m_text; // a pid has at most 11 characters, a name 6
+  std::array<char, 32> m_text{}; // a pid has at most 11 characters, a name 6
 };
 
 class PidText {
@@ -45,7 +45,7 @@ class PidText {
   const char* text() const { return m_text.data(); }
 
  private:
-  std::array<char, 16> m_text;
+  std::array<char, 16> m_text{};
 };
 
 // One read: procfs writes the whole of these files in one go when the buffer is large enough.
@@ -97,7 +97,7 @@ ProcfsProcessTable::ProcfsProcessTable(BootEpoch epoch, const std::string& procR
       m_microsPerTick(1'000'000 / static_cast<std::uint64_t>(::sysconf(_SC_CLK_TCK))) {}
 
 std::optional<ProcStat> ProcfsProcessTable::readStat(const char* pidText) const {
-  std::array<char, longestStat> buffer;
+  std::array<char, longestStat> buffer{};
   const ProcPath path(pidText, "stat");
   const std::string_view line = readFile(m_proc.get(), path.text(), buffer.data(), buffer.size());
   std::optional<ProcStat> stat = parseProcStat(line);
@@ -127,7 +127,7 @@ std::vector<ProcessRecord> ProcfsProcessTable::scan() const {
   std::vector<ProcessRecord> records;
   if (!folder) return records;
   records.reserve(512);
-  alignas(Entry) std::array<char, std::size_t{32} * 1024> buffer;
+  alignas(Entry) std::array<char, std::size_t{32} * 1024> buffer{};
   // The C library's readdir would allocate its own buffer and do the same.
   for (long length = 0;
        (length = ::syscall(SYS_getdents64, folder.get(), buffer.data(), buffer.size())) > 0;) {
@@ -162,7 +162,7 @@ std::optional<std::string> ProcfsProcessTable::executablePathBytes(Pid pid) cons
 }
 
 std::optional<std::uint64_t> ProcfsProcessTable::footprint(Pid pid) const {
-  std::array<char, longestStatus> buffer;
+  std::array<char, longestStatus> buffer{};
   const PidText text(pid);
   const ProcPath path(text.text(), "status");
   const std::string_view status = readFile(m_proc.get(), path.text(), buffer.data(), buffer.size());
