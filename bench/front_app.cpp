@@ -135,11 +135,11 @@ std::vector<Column> columns(LinuxBand& band, GameDaemon& games) {
   all.push_back({"Vantle", true,
                  [&band](const FrontApp& front, const Apps& apps) {
                    const std::array<Pid, 1> tree{front.pid()};
-                   band.prepareBoostApp(front.pid(), tree);
+                   band.prepareBoostApp(front.pid(), tree, {});
                    std::vector<BandGroup> groups;
                    for (const auto& app : apps) groups.push_back({app->pid(), {app->pid()}, {app->pid()}});
                    bool every = true;
-                   for (const auto& entered : band.enterBackgroundBand(groups))
+                   for (const auto& entered : band.enterBackgroundBand(groups, {}))
                      every = every && entered.front();
                    return band.settle(std::chrono::seconds(10)) && every;
                  },

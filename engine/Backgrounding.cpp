@@ -46,6 +46,14 @@ bool Engine::shouldManage(const RunningApplication& app, const std::set<Pid>& sh
   });
 }
 
+// An app that another one started (from a terminal, say) is an app of its own: it is slowed, protected or in
+// front by itself, not as a part of what happens to stand above it.
+std::set<Pid> Engine::everyApp() const {
+  std::set<Pid> roots;
+  for (const AppRef& app : m_machine.workspace.runningApplications()) roots.insert(app->processIdentifier());
+  return roots;
+}
+
 void Engine::manage(const AppRef& app) {
   const std::set<Pid> shielded = shieldedPIDs(m_machine.audio, m_machine.power);
   manage({&app, 1}, shielded, ProcessSnapshot(m_machine.processes));
@@ -56,11 +64,7 @@ void Engine::manage(std::span<const AppRef> apps, const std::set<Pid>& shielded,
   std::vector<Candidate> candidates;
   std::vector<BandGroup> groups;
   std::vector<ProcessIdentity> recorded;
-  // An app that another one started (from a terminal, say) is an app of its own: it is slowed, protected or
-  // in front by itself, not as a part of what happens to stand above it.
-  std::set<Pid> everyApp;
-  for (const AppRef& app : m_machine.workspace.runningApplications())
-    everyApp.insert(app->processIdentifier());
+  const std::set<Pid> everyApp = this->everyApp();
   std::set<Pid> chosen; // no process twice, even if an app is listed twice
   for (const AppRef& app : apps) {
     if (!shouldManage(*app, shielded, snapshot)) continue;
@@ -86,7 +90,7 @@ void Engine::manage(std::span<const AppRef> apps, const std::set<Pid>& shielded,
   }
 
   m_journal.add(recorded);
-  const std::vector<std::vector<bool>> entered = m_machine.band.enterBackgroundBand(groups);
+  const std::vector<std::vector<bool>> entered = m_machine.band.enterBackgroundBand(groups, everyApp);
   std::vector<ProcessIdentity> failed;
   for (std::size_t at = 0; at < candidates.size(); ++at) {
     Candidate& candidate = candidates[at];
@@ -116,11 +120,14 @@ void Engine::restore(std::span<const ManagedApp> apps) {
   const ProcessTable& processes = m_machine.processes;
   BackgroundBand& band = m_machine.band;
   const ProcessSnapshot snapshot(processes);
+  // An app that was slowed by itself stays so, whichever app started it.
+  std::set<Pid> stillManaged;
+  for (const auto& [pid, app] : m_managed) stillManaged.insert(pid);
   std::vector<ProcessIdentity> forgotten;
   for (const ManagedApp& app : apps) {
     // Children that were born slowed are nobody's members: found by their age, while the root still stands.
     if (isSameLiveProcess(processes, app.root)) {
-      for (const Pid pid : snapshot.processTree(app.root.pid)) {
+      for (const Pid pid : snapshot.processTree(app.root.pid, stillManaged)) {
         const std::optional<ProcessIdentity> identity = readIdentity(processes, pid);
         if (!identity || startMicros(*identity) < app.changedAtMicros) continue;
         if (band.isInBackgroundBand(pid) == true) band.leaveBackgroundBand(pid);

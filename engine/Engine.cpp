@@ -55,7 +55,8 @@ void Engine::adoptBoostApp(const AppRef& game, const ProcessSnapshot& snapshot) 
   const Pid pid = game->processIdentifier();
   activeGame.assign(game);
   m_gameAncestors = ancestorPIDs(m_machine.processes, pid);
-  m_machine.band.prepareBoostApp(pid, snapshot.processTree(pid));
+  const std::set<Pid> everyApp = this->everyApp();
+  m_machine.band.prepareBoostApp(pid, snapshot.processTree(pid, everyApp), everyApp);
 }
 
 void Engine::startBoost(const AppRef& game) {

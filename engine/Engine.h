@@ -75,6 +75,7 @@ class Engine {
  private:
   // Puts apps into the band: every app's processes are journalled before the first of them is changed. One
   // snapshot and two writes of the journal serve all of them.
+  std::set<Pid> everyApp() const; // main processes of all running apps
   void manage(std::span<const AppRef> apps, const std::set<Pid>& shielded, const ProcessSnapshot& snapshot);
   void manage(const AppRef& app); // with fresh protection probes
   // Takes apps out again, children born meanwhile included. The caller has taken them out of `m_managed`.

@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <optional>
+#include <set>
 #include <span>
 #include <vector>
 
@@ -35,8 +36,11 @@ class BackgroundBand {
   virtual std::optional<bool> isInBackgroundBand(Pid pid) const = 0;
 
   // Several apps in one pass, so that a platform can overlap its waiting. The answer holds one list an app
-  // and in it one value a candidate, in order, with the meaning of the single call.
-  virtual std::vector<std::vector<bool>> enterBackgroundBand(std::span<const BandGroup> groups) {
+  // and in it one value a candidate, in order, with the meaning of the single call. `everyApp` holds the main
+  // processes of all running apps: what stands below one of them is its own, and what belongs to an app
+  // outside the groups is not to be touched, wherever it stands.
+  virtual std::vector<std::vector<bool>> enterBackgroundBand(std::span<const BandGroup> groups,
+                                                             const std::set<Pid>& /*everyApp*/) {
     std::vector<std::vector<bool>> entered;
     entered.reserve(groups.size());
     for (const BandGroup& group : groups) {
@@ -48,7 +52,8 @@ class BackgroundBand {
 
   // The app whose speed the next changes are for, with its tree: some platforms can only weigh processes
   // against each other once both sides stand in places of their own. Slows nothing down.
-  virtual void prepareBoostApp(Pid /*root*/, std::span<const Pid> /*tree*/) {}
+  virtual void prepareBoostApp(Pid /*root*/, std::span<const Pid> /*tree*/,
+                               const std::set<Pid>& /*everyApp*/) {}
 
   // Called when this program has put nobody into the band or has just taken everybody out: whatever still
   // carries the platform's own trace of this program (a child born meanwhile, a unit whose processes are all

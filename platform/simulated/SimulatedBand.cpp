@@ -43,7 +43,8 @@ std::optional<bool> SimulatedBand::isInBackgroundBand(Pid pid) const {
   return process->band != BandState::normal;
 }
 
-void SimulatedBand::prepareBoostApp(Pid root, std::span<const Pid> /*tree*/) {
+void SimulatedBand::prepareBoostApp(Pid root, std::span<const Pid> /*tree*/,
+                                    const std::set<Pid>& /*everyApp*/) {
   m_calls.change({.operation = Operation::prepareBoostApp, .pid = root}, [&] { m_preparedFor = root; });
 }
 

@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <optional>
+#include <set>
 #include <span>
 
 namespace vantle {
@@ -35,7 +36,7 @@ class SimulatedBand final : public BackgroundBand {
   bool enterBackgroundBand(Pid pid) override;
   bool leaveBackgroundBand(Pid pid) override;
   std::optional<bool> isInBackgroundBand(Pid pid) const override;
-  void prepareBoostApp(Pid root, std::span<const Pid> tree) override;
+  void prepareBoostApp(Pid root, std::span<const Pid> tree, const std::set<Pid>& everyApp) override;
   void reclaim() override;
   bool settle(std::chrono::milliseconds limit) override;
 

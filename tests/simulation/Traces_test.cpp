@@ -70,13 +70,14 @@ TEST_F(Traces, oneAppIsReadThenRecordedThenSlowed) {
   const SimulatedAppRef game = gameAt(200);
   startWithGameOnTheList();
   machine.activate(game);
-  EXPECT_THAT(taken(), ElementsAre("processes.scan",                           // one look for the pass
-                                   "processes.record 200", "band.prepare 200", // who is spared
-                                   "audio.probe", "power.probe", "workspace.list", "workspace.list", // once
-                                   "processes.record 100", "clock.read",    // root, then the moment
-                                   "band.isIn 100", "processes.record 100", // its tree
-                                   "band.isIn 101", "processes.record 101", //
-                                   "journal 100 101", "band.enter 100", "band.enter 101"));
+  EXPECT_THAT(taken(),
+              ElementsAre("processes.scan", // one look for the pass
+                          "processes.record 200", "workspace.list", "band.prepare 200",     // who is spared
+                          "audio.probe", "power.probe", "workspace.list", "workspace.list", // once
+                          "processes.record 100", "clock.read",    // root, then the moment
+                          "band.isIn 100", "processes.record 100", // its tree
+                          "band.isIn 101", "processes.record 101", //
+                          "journal 100 101", "band.enter 100", "band.enter 101"));
 }
 
 TEST_F(Traces, whatWasRefusedIsTakenOutOfTheJournalAfterAllCalls) {

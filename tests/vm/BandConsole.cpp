@@ -65,7 +65,7 @@ class Console {
     for (Pid pid = 0; words >> pid;) pids.push_back(pid);
     const Pid first = pids.empty() ? 0 : pids.front();
     if (command == "boost") {
-      m_band.prepareBoostApp(first, processTree(m_processes, first));
+      m_band.prepareBoostApp(first, processTree(m_processes, first), {first});
       return "ok";
     }
     if (command == "enter") return enter(pids);
@@ -92,7 +92,7 @@ class Console {
       groups.push_back({root, tree, tree});
     }
     std::string text;
-    for (const std::vector<bool>& app : m_band.enterBackgroundBand(groups)) {
+    for (const std::vector<bool>& app : m_band.enterBackgroundBand(groups, {roots.begin(), roots.end()})) {
       for (const bool entered : app) text += entered ? '1' : '0';
       text += ' ';
     }

@@ -9,10 +9,10 @@
 
 namespace vantle {
 
-BandPass::BandPass(Parts parts, std::span<const BandGroup> groups, const std::vector<Pid>& boostApp)
-    : m_parts(parts), m_groups(groups), m_boostRoots(boostApp), m_companions(groups.size()) {
-  for (const BandGroup& group : groups) m_roots.insert(group.root);
-}
+BandPass::BandPass(Parts parts, std::span<const BandGroup> groups, const std::vector<Pid>& boostApp,
+                   const std::set<Pid>& everyApp)
+    : m_parts(parts), m_groups(groups), m_boostTree(boostApp),
+      m_boostApp(boostApp.empty() ? 0 : boostApp.back()), m_everyApp(everyApp), m_companions(groups.size()) {}
 
 std::vector<std::vector<bool>> BandPass::run() {
   // Processes that are born during the pass from a parent whose turn was still to come are not slowed: as
@@ -23,7 +23,7 @@ std::vector<std::vector<bool>> BandPass::run() {
     this->look();
     // First of all, because it decides where processes stand from then on.
     if (m_parts.units) {
-      m_parts.units->run(m_groups, {m_scan, m_trees, m_everyTree, m_roots,
+      m_parts.units->run(m_groups, {m_scan, *m_owners, m_trees, m_everyApp,
                                     [this](const ProcessStat& process) { return mayTouch(process); }});
     }
     lookAtBoostApp();
@@ -47,52 +47,43 @@ std::vector<std::vector<bool>> BandPass::run() {
 
 void BandPass::look() {
   m_scan = ProcessScan(m_parts.files);
-  m_trees.clear();
-  m_everyTree.clear();
+  m_owners.emplace(m_scan, m_everyApp);
+  if (m_boostApp != 0) m_owners->claim(m_boostApp, m_boostTree);
+  for (const BandGroup& group : m_groups) m_owners->claim(group.root, group.tree);
+  m_trees.assign(m_groups.size(), {});
+  std::unordered_map<Pid, std::size_t> places;
+  for (std::size_t at = 0; at < m_groups.size(); ++at) places.emplace(m_groups[at].root, at);
+  for (const ProcessStat& process : m_scan.all()) {
+    const auto place = places.find(appOf(process));
+    if (place != places.end()) m_trees[place->second].push_back(process.pid);
+  }
   m_sessionPlans.clear();
   // What could not be slowed before may stand elsewhere by now.
   std::erase_if(m_entered, [](const auto& one) { return !one.second; });
-  for (const BandGroup& group : m_groups) {
-    const std::unordered_set<Pid>& tree = m_trees.emplace_back(m_scan.withDescendants(group.tree));
-    m_everyTree.insert(tree.begin(), tree.end());
-  }
-  m_boostApp = m_scan.withDescendants(m_boostRoots);
 }
 
 void BandPass::lookAtBoostApp() {
   m_boostGroups.clear();
-  for (const Pid pid : m_boostApp) {
-    const ProcessStat* process = m_scan.find(pid);
-    if (process) m_boostGroups.push_back(m_parts.taskGroups.of(*process));
+  if (m_boostApp == 0) return;
+  for (const Pid pid : m_owners->processesOf(m_boostApp)) {
+    m_boostGroups.push_back(m_parts.taskGroups.of(*m_scan.find(pid)));
   }
 }
 
 void BandPass::enterGroup(std::size_t at) {
   const BandGroup& group = m_groups[at];
-  std::vector<Pid> sessions;
-  const auto enterOne = [&](Pid pid) {
+  bool any = false;
+  for (const Pid pid : group.candidates) {
     const ProcessStat* process = m_scan.find(pid);
-    if (!process || !enter(*process)) return false;
-    if (process->session > 0) sessions.push_back(process->session);
-    return true;
-  };
-  for (const Pid pid : group.candidates) enterOne(pid);
-
+    any = (process && enter(*process)) || any;
+  }
+  if (!any) return;
+  // What the caller could not see: born since, or orphans.
   const std::unordered_set<Pid> known(group.tree.begin(), group.tree.end());
-  std::vector<Pid> others;
   for (const Pid pid : m_trees[at]) {
-    if (!known.contains(pid)) others.push_back(pid);
-  }
-  std::sort(sessions.begin(), sessions.end());
-  sessions.erase(std::unique(sessions.begin(), sessions.end()), sessions.end());
-  for (const Pid session : sessions) {
-    for (const std::size_t place : m_scan.session(session)) {
-      const Pid pid = m_scan.all()[place].pid;
-      if (session == group.root && !m_everyTree.contains(pid)) others.push_back(pid);
-    }
-  }
-  for (const Pid pid : others) {
-    if (!m_entered.contains(pid) && enterOne(pid)) m_companions[at].push_back(*m_scan.find(pid));
+    if (known.contains(pid) || m_entered.contains(pid)) continue;
+    const ProcessStat& process = *m_scan.find(pid);
+    if (enter(process)) m_companions[at].push_back(process);
   }
 }
 
@@ -119,7 +110,7 @@ bool BandPass::mayTouch(const ProcessStat& process) {
   const auto known = m_mayTouch.find(process.pid);
   if (known != m_mayTouch.end()) return known->second;
   const bool may = process.pid > 1 && process.pid != ::getpid() && !process.isKernelThread() &&
-                   process.isAlive() && !m_boostApp.contains(process.pid) &&
+                   process.isAlive() && (m_boostApp == 0 || appOf(process) != m_boostApp) &&
                    !isSystemPart(process.shortName()) && m_parts.files.isOwn(process.pid);
   return m_mayTouch.emplace(process.pid, may).first->second;
 }
@@ -129,7 +120,9 @@ BandPass::Lever BandPass::leverFor(const ProcessStat& process) {
     return Lever::unit;
   }
   const TaskGroup group = m_parts.taskGroups.of(process);
-  if (group.kind == TaskGroup::Kind::session && sessionPlan(group.session).isOurs) return Lever::session;
+  if (group.kind == TaskGroup::Kind::session && sessionPlan(group.session).app == appOf(process)) {
+    return Lever::session;
+  }
   // A scheduling class says something only to those in the same group. Without an app in front to compare
   // with, that is everybody as long as there are no groups.
   const bool meetsBoostApp = m_boostGroups.empty() ? group.kind == TaskGroup::Kind::root
@@ -143,22 +136,19 @@ const BandPass::SessionPlan& BandPass::sessionPlan(Pid session) {
   const auto known = m_sessionPlans.find(session);
   if (known != m_sessionPlans.end()) return known->second;
   SessionPlan plan;
-  plan.isOurs = true;
-  // Whatever a session holds was started in it by its leader, an orphan as well. So when an app's main
-  // process leads it, all of it is the app's.
-  const bool isLedByApp = m_roots.contains(session);
+  bool isShared = false;
   for (const std::size_t place : m_scan.session(session)) {
     const ProcessStat& process = m_scan.all()[place];
     if (!process.isAlive()) continue;
-    if ((!isLedByApp && !m_everyTree.contains(process.pid)) || !mayTouch(process)) {
-      plan.isOurs = false;
-      break;
-    }
+    const Pid app = appOf(process);
+    isShared = app == 0 || (!plan.members.empty() && app != plan.app) || !mayTouch(process);
+    if (isShared) break;
+    plan.app = app;
     plan.members.push_back(process.pid);
     plan.load.running += process.state == 'R' ? 1 : 0;
     plan.load.cpuTicks += process.cpuTicks();
   }
-  plan.isOurs = plan.isOurs && weightIsOurs(plan.members);
+  if (isShared || !weightIsOurs(plan.members)) plan.app = 0;
   return m_sessionPlans.emplace(session, std::move(plan)).first->second;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "engine/ports/BackgroundBand.h"
+#include "platform/linux/band/AppOwners.h"
 #include "platform/linux/band/ProcessScan.h"
 #include "platform/linux/band/SessionWeights.h"
 #include "platform/linux/band/TaskGroups.h"
@@ -9,6 +10,8 @@
 #include "platform/linux/band/UnitPass.h"
 #include "platform/linux/band/UnitWeights.h"
 
+#include <optional>
+#include <set>
 #include <span>
 #include <unordered_map>
 #include <unordered_set>
@@ -29,7 +32,9 @@ class BandPass {
     UnitWeights& unitWeights;
   };
 
-  BandPass(Parts parts, std::span<const BandGroup> groups, const std::vector<Pid>& boostApp);
+  // `boostApp` is the app in front with its tree, the main process last; empty when none is known.
+  BandPass(Parts parts, std::span<const BandGroup> groups, const std::vector<Pid>& boostApp,
+           const std::set<Pid>& everyApp);
 
   // One list a group, one value a candidate.
   std::vector<std::vector<bool>> run();
@@ -40,7 +45,7 @@ class BandPass {
  private:
   enum class Lever { none, unit, session, schedulingClass };
   struct SessionPlan {
-    bool isOurs = false; // all of it belongs to the apps of this pass, and its weight can be undone
+    Pid app = 0; // that has the session to itself and may be slowed with it; 0: it may not
     std::vector<Pid> members;
     SessionWeights::Load load;
   };
@@ -51,19 +56,20 @@ class BandPass {
   bool enter(const ProcessStat& process);
   bool mayTouch(const ProcessStat& process);
   Lever leverFor(const ProcessStat& process);
+  Pid appOf(const ProcessStat& process) { return m_owners->of(process); }
   const SessionPlan& sessionPlan(Pid session);
   bool weightIsOurs(const std::vector<Pid>& members) const;
 
   Parts m_parts;
   std::span<const BandGroup> m_groups;
-  const std::vector<Pid>& m_boostRoots;
-  std::unordered_set<Pid> m_roots; // the apps' main processes
+  const std::vector<Pid>& m_boostTree;
+  Pid m_boostApp;
+  const std::set<Pid>& m_everyApp;
 
   // What the last look saw.
   ProcessScan m_scan;
-  std::vector<std::unordered_set<Pid>> m_trees; // of each group
-  std::unordered_set<Pid> m_everyTree;
-  std::unordered_set<Pid> m_boostApp;
+  std::optional<AppOwners> m_owners;
+  std::vector<std::vector<Pid>> m_trees; // of each group
   std::vector<TaskGroup> m_boostGroups;
   std::unordered_map<Pid, SessionPlan> m_sessionPlans;
 

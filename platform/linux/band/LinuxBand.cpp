@@ -36,16 +36,17 @@ LinuxBand::~LinuxBand() = default;
 
 bool LinuxBand::enterBackgroundBand(Pid pid) {
   const BandGroup group{pid, {pid}, {pid}};
-  return enterBackgroundBand(std::span(&group, 1)).front().front();
+  return enterBackgroundBand(std::span(&group, 1), {pid}).front().front();
 }
 
-std::vector<std::vector<bool>> LinuxBand::enterBackgroundBand(std::span<const BandGroup> groups) {
+std::vector<std::vector<bool>> LinuxBand::enterBackgroundBand(std::span<const BandGroup> groups,
+                                                              const std::set<Pid>& everyApp) {
   if (groups.empty()) return {};
   m_threads.refresh();
   TaskGroups taskGroups(m_files, m_paths.procRoot, m_controlGroups);
   UnitPass units(m_units, m_files, m_frontPath, std::chrono::steady_clock::now() + m_paths.busLimit);
   BandPass pass({m_files, m_threads, m_sessions, taskGroups, m_units.isUsable() ? &units : nullptr, m_units},
-                groups, m_boostApp);
+                groups, m_boostApp, everyApp);
   std::vector<std::vector<bool>> entered = pass.run();
   for (std::size_t at = 0; at < groups.size(); ++at) {
     for (const ProcessStat& process : pass.companions()[at]) {
@@ -105,7 +106,7 @@ std::optional<bool> LinuxBand::isInBackgroundBand(Pid pid) const {
   return mark && !mark->isLeaving();
 }
 
-void LinuxBand::prepareBoostApp(Pid root, std::span<const Pid> tree) {
+void LinuxBand::prepareBoostApp(Pid root, std::span<const Pid> tree, const std::set<Pid>& everyApp) {
   m_boostApp.assign(tree.begin(), tree.end());
   m_boostApp.push_back(root);
   m_frontPath = anyAppPath(m_units);
@@ -114,7 +115,7 @@ void LinuxBand::prepareBoostApp(Pid root, std::span<const Pid> tree) {
   // Weights are compared between neighbours only: an app in front that stands elsewhere would share its
   // processor with all of them together, however low each of them is.
   if (!m_files.unifiedPath(root).starts_with(m_units.appSlice() + "/")) {
-    giveUnit(*app, m_boostApp, std::chrono::steady_clock::now() + m_paths.busLimit / 2);
+    giveUnit(*app, m_boostApp, everyApp, std::chrono::steady_clock::now() + m_paths.busLimit / 2);
   }
   m_frontPath = m_files.unifiedPath(root);
 }
@@ -122,11 +123,12 @@ void LinuxBand::prepareBoostApp(Pid root, std::span<const Pid> tree) {
 void LinuxBand::placeAsApp(Pid pid) {
   const std::optional<ProcessStat> app = m_files.stat(pid);
   if (!app || !m_units.isUsable()) return;
-  giveUnit(*app, {pid}, std::chrono::steady_clock::now() + m_paths.busLimit);
+  giveUnit(*app, {pid}, {pid}, std::chrono::steady_clock::now() + m_paths.busLimit);
 }
 
-void LinuxBand::giveUnit(const ProcessStat& root, std::vector<Pid> tree, BusDeadline deadline) {
-  auto adoption = UnitPass::adoptionOf(m_units, m_files, root, std::move(tree));
+void LinuxBand::giveUnit(const ProcessStat& root, std::vector<Pid> tree, const std::set<Pid>& everyApp,
+                         BusDeadline deadline) {
+  auto adoption = UnitPass::adoptionOf(m_units, m_files, root, std::move(tree), everyApp);
   if (!adoption) return;
   std::vector<UnitWeights::Adoption> adoptions;
   adoptions.push_back(std::move(*adoption));

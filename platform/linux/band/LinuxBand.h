@@ -40,10 +40,11 @@ class LinuxBand final : public BackgroundBand {
 
   using BackgroundBand::enterBackgroundBand;
   bool enterBackgroundBand(Pid pid) override;
-  std::vector<std::vector<bool>> enterBackgroundBand(std::span<const BandGroup> groups) override;
+  std::vector<std::vector<bool>> enterBackgroundBand(std::span<const BandGroup> groups,
+                                                     const std::set<Pid>& everyApp) override;
   bool leaveBackgroundBand(Pid pid) override;
   std::optional<bool> isInBackgroundBand(Pid pid) const override;
-  void prepareBoostApp(Pid root, std::span<const Pid> tree) override;
+  void prepareBoostApp(Pid root, std::span<const Pid> tree, const std::set<Pid>& everyApp) override;
   void reclaim() override;
   bool settle(std::chrono::milliseconds limit) override;
 
@@ -59,7 +60,8 @@ class LinuxBand final : public BackgroundBand {
   void leaveCompanions(Pid root);
   std::optional<ThreadMark> markOf(const ProcessStat& process) const;
   std::vector<Pid> sessionOf(const ProcessStat& process) const;
-  void giveUnit(const ProcessStat& root, std::vector<Pid> tree, BusDeadline deadline);
+  void giveUnit(const ProcessStat& root, std::vector<Pid> tree, const std::set<Pid>& everyApp,
+                BusDeadline deadline);
 
   BandPaths m_paths;
   ProcessFiles m_files;
@@ -67,8 +69,8 @@ class LinuxBand final : public BackgroundBand {
   std::string m_controlGroups; // mount of the version 2 tree
   SessionWeights m_sessions;
   UnitWeights m_units;
-  std::vector<Pid> m_boostApp;                                  // the app in front, with its tree
-  std::string m_frontPath;                                      // and its place in the control group tree
+  std::vector<Pid> m_boostApp; // the app in front: its tree, its main process last
+  std::string m_frontPath;     // and its place in the control group tree
   std::unordered_map<Pid, std::vector<Companion>> m_companions; // by the app's main process
 };
 

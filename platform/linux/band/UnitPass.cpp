@@ -37,8 +37,8 @@ UnitPlace UnitPass::scopeOf(const UnitWeights& units, const ProcessStat& root) {
 }
 
 std::optional<UnitWeights::Adoption> UnitPass::adoptionOf(const UnitWeights& units, const ProcessFiles& files,
-                                                          const ProcessStat& root,
-                                                          std::vector<Pid> processes) {
+                                                          const ProcessStat& root, std::vector<Pid> processes,
+                                                          const std::set<Pid>& everyApp) {
   const std::string path = files.unifiedPath(root.pid);
   const UnitPlace scope = scopeOf(units, root);
   const std::optional<UnitPlace> unit = unitOf(units.managerPath(), path);
@@ -51,12 +51,14 @@ std::optional<UnitWeights::Adoption> UnitPass::adoptionOf(const UnitWeights& uni
   UnitWeights::Adoption adoption;
   adoption.scope = scope.name;
   adoption.isStarted = unit && unit->path == scope.path;
-  adoption.outside = [&files, sources = std::move(sources),
-                      processes = std::move(processes)](const auto& now) {
+  adoption.outside = [&files, everyApp, app = root.pid, sources = std::move(sources),
+                      processes = std::move(processes)](const ProcessScan& now) {
+    AppOwners owners(now, everyApp);
+    owners.claim(app, processes);
     std::vector<Pid> outside;
-    for (const Pid pid : now.withDescendants(processes)) {
-      const ProcessStat* process = now.find(pid);
-      if (!process || !process->isAlive() || isSystemPart(process->shortName())) continue;
+    for (const Pid pid : owners.processesOf(app)) {
+      const ProcessStat& process = *now.find(pid);
+      if (!process.isAlive() || isSystemPart(process.shortName())) continue;
       if (sources.contains(files.unifiedPath(pid)) && files.isOwn(pid)) outside.push_back(pid);
     }
     return outside;
@@ -65,39 +67,58 @@ std::optional<UnitWeights::Adoption> UnitPass::adoptionOf(const UnitWeights& uni
 }
 
 void UnitPass::run(std::span<const BandGroup> groups, const View& view) {
-  std::vector<UnitPlace> places;
-  std::vector<UnitPlace> scopes;
-  std::vector<UnitWeights::Adoption> adoptions;
-  const auto add = [&places](const UnitPlace& place) {
-    if (std::find(places.begin(), places.end(), place) == places.end()) places.push_back(place);
-  };
+  Found found = find(groups, view);
+  const std::vector<UnitPlace> incomplete = adopt(groups, view, found);
+  std::erase_if(found.own, [&](const UnitPlace& place) {
+    return std::find(incomplete.begin(), incomplete.end(), place) != incomplete.end();
+  });
+  if (found.own.empty()) return;
+  const std::vector<UnitPlace> lowered = m_units.lower(found.own, m_deadline);
+  m_lowered.insert(m_lowered.end(), lowered.begin(), lowered.end());
+}
+
+UnitPass::Found UnitPass::find(std::span<const BandGroup> groups, const View& view) {
+  Found found;
+  m_apps.clear();
   for (std::size_t at = 0; at < groups.size(); ++at) {
-    std::vector<Pid> homeless;
+    std::vector<Pid>& homeless = found.homeless.emplace_back();
     for (const Pid pid : view.trees[at]) {
       const ProcessStat* process = view.scan.find(pid);
       if (!process || !view.mayTouch(*process)) continue;
-      if (const std::optional<UnitPlace> unit = ownUnit(*process, view)) {
-        add(*unit);
-      } else {
+      const std::optional<UnitPlace> unit = ownUnit(*process, groups[at].root, view);
+      if (!unit) {
         homeless.push_back(pid);
+      } else if (std::find(found.own.begin(), found.own.end(), *unit) == found.own.end()) {
+        found.own.push_back(*unit);
       }
     }
+  }
+  return found;
+}
+
+// Moves what has no unit of its app's own, and looks again: an app that has left a unit may have been all
+// that another one shared it with. The scopes of the answer did not get all that they should hold.
+std::vector<UnitPlace> UnitPass::adopt(std::span<const BandGroup> groups, const View& view, Found& found) {
+  std::vector<UnitPlace> scopes;
+  std::vector<UnitWeights::Adoption> adoptions;
+  for (std::size_t at = 0; at < groups.size(); ++at) {
     const ProcessStat* root = view.scan.find(groups[at].root);
-    if (homeless.empty() || !root) continue;
+    if (found.homeless[at].empty() || !root) continue;
     const UnitPlace scope = scopeOf(m_units, *root);
     if (weighingUnit(m_units.managerPath(), m_frontPath, scope.path) != scope) continue;
-    if (auto adoption = adoptionOf(m_units, m_files, *root, std::move(homeless))) {
+    if (auto adoption = adoptionOf(m_units, m_files, *root, std::move(found.homeless[at]), view.everyApp)) {
       adoptions.push_back(std::move(*adoption));
       scopes.push_back(scope);
     }
   }
-  if (!adoptions.empty()) m_units.adopt(adoptions, m_files, m_deadline);
+  if (adoptions.empty()) return {};
+  m_units.adopt(adoptions, m_files, m_deadline);
+  found = find(groups, view);
+  std::vector<UnitPlace> incomplete;
   for (std::size_t at = 0; at < adoptions.size(); ++at) {
-    if (adoptions[at].succeeded) add(scopes[at]);
+    if (!adoptions[at].succeeded) incomplete.push_back(scopes[at]);
   }
-  if (places.empty()) return;
-  const std::vector<UnitPlace> lowered = m_units.lower(places, m_deadline);
-  m_lowered.insert(m_lowered.end(), lowered.begin(), lowered.end());
+  return incomplete;
 }
 
 void UnitPass::raiseUnused(const std::vector<std::string>& enteredPaths) {
@@ -108,37 +129,29 @@ void UnitPass::raiseUnused(const std::vector<std::string>& enteredPaths) {
   }
 }
 
-std::optional<UnitPlace> UnitPass::ownUnit(const ProcessStat& process, const View& view) {
+std::optional<UnitPlace> UnitPass::ownUnit(const ProcessStat& process, Pid app, const View& view) {
   const std::string path = m_files.unifiedPath(process.pid);
   std::optional<UnitPlace> unit = weighingUnit(m_units.managerPath(), m_frontPath, path);
   if (!unit) return std::nullopt;
-  const auto known = m_isOwn.find(unit->path);
-  const bool own = known != m_isOwn.end() ? known->second : (m_isOwn[unit->path] = isOwn(*unit, view));
-  return own ? unit : std::nullopt;
+  const auto known = m_apps.find(unit->path);
+  const Pid owner = known != m_apps.end() ? known->second : (m_apps[unit->path] = appIn(*unit, view));
+  return owner == app ? unit : std::nullopt;
 }
 
-// A unit is the apps' own when every process in it is one of theirs.
-bool UnitPass::isOwn(const UnitPlace& place, const View& view) {
+// The app that every process in a unit belongs to.
+Pid UnitPass::appIn(const UnitPlace& place, const View& view) const {
   const std::optional<std::vector<Pid>> pids = m_units.processesIn(place.path);
-  if (!pids) return false;
-  const std::unordered_set<Pid> inside(pids->begin(), pids->end());
-  return std::all_of(pids->begin(), pids->end(), [&](Pid pid) {
-    if (const ProcessStat* process = view.scan.find(pid)) return belongs(*process, inside, view);
-    const std::optional<ProcessStat> newborn = m_files.stat(pid);
-    return !newborn || belongs(*newborn, inside, view);
-  });
-}
-
-bool UnitPass::belongs(const ProcessStat& process, const std::unordered_set<Pid>& inside,
-                       const View& view) const {
-  if (!process.isAlive()) return true;
-  if (!view.mayTouch(process)) return false;
-  if (view.everyTree.contains(process.pid) || view.everyTree.contains(process.parent)) return true;
-  // An orphan, such as a crash handler: whatever a session holds was started in it by its leader, so in a
-  // session that the app's main process leads it is the app's. Another app may be an orphan in a shared unit
-  // just as well, but it has a session of its own.
-  const ProcessStat* leader = inside.contains(process.session) ? view.scan.find(process.session) : nullptr;
-  return leader && view.roots.contains(leader->pid) && leader->startTicks <= process.startTicks;
+  if (!pids) return 0;
+  Pid owner = 0;
+  for (const Pid pid : *pids) {
+    const ProcessStat* known = view.scan.find(pid);
+    const std::optional<ProcessStat> process = known ? *known : m_files.stat(pid);
+    if (!process || !process->isAlive()) continue;
+    const Pid app = view.owners.of(*process);
+    if (app == 0 || (owner != 0 && app != owner) || !view.mayTouch(*process)) return 0;
+    owner = app;
+  }
+  return owner;
 }
 
 } // namespace vantle

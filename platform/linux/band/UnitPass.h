@@ -2,15 +2,16 @@
 #pragma once
 
 #include "engine/ports/BackgroundBand.h"
+#include "platform/linux/band/AppOwners.h"
 #include "platform/linux/band/ProcessScan.h"
 #include "platform/linux/band/UnitWeights.h"
 
 #include <functional>
 #include <optional>
+#include <set>
 #include <span>
 #include <string>
 #include <unordered_map>
-#include <unordered_set>
 #include <vector>
 
 namespace vantle {
@@ -21,9 +22,9 @@ class UnitPass {
  public:
   struct View {
     const ProcessScan& scan;
-    const std::vector<std::unordered_set<Pid>>& trees; // one a group
-    const std::unordered_set<Pid>& everyTree;
-    const std::unordered_set<Pid>& roots;
+    AppOwners& owners;
+    const std::vector<std::vector<Pid>>& trees; // one a group
+    const std::set<Pid>& everyApp;
     std::function<bool(const ProcessStat&)> mayTouch;
   };
 
@@ -37,22 +38,29 @@ class UnitPass {
 
   // Where an app is adopted to: a scope as desktops make them.
   static UnitPlace scopeOf(const UnitWeights& units, const ProcessStat& root);
-  // The move of these processes of an app, and of what descends from them; absent when the app may not be
-  // moved from where its main process stands.
+  // The move of these processes of an app, and of what they start meanwhile; absent when the app may not be
+  // moved from where its main process stands. `everyApp` as in the port.
   static std::optional<UnitWeights::Adoption> adoptionOf(const UnitWeights& units, const ProcessFiles& files,
-                                                         const ProcessStat& root, std::vector<Pid> processes);
+                                                         const ProcessStat& root, std::vector<Pid> processes,
+                                                         const std::set<Pid>& everyApp);
 
  private:
-  std::optional<UnitPlace> ownUnit(const ProcessStat& process, const View& view);
-  bool isOwn(const UnitPlace& place, const View& view);
-  bool belongs(const ProcessStat& process, const std::unordered_set<Pid>& inside, const View& view) const;
+  // What one look at the groups found.
+  struct Found {
+    std::vector<UnitPlace> own;
+    std::vector<std::vector<Pid>> homeless; // one list a group: processes without a unit of their app's own
+  };
+  Found find(std::span<const BandGroup> groups, const View& view);
+  std::vector<UnitPlace> adopt(std::span<const BandGroup> groups, const View& view, Found& found);
+  std::optional<UnitPlace> ownUnit(const ProcessStat& process, Pid app, const View& view);
+  Pid appIn(const UnitPlace& place, const View& view) const;
 
   UnitWeights& m_units;
   const ProcessFiles& m_files;
   std::string m_frontPath;
   BusDeadline m_deadline;
-  std::unordered_map<std::string, bool> m_isOwn; // by path of the unit
-  std::vector<UnitPlace> m_lowered;              // by this pass
+  std::unordered_map<std::string, Pid> m_apps; // that a unit belongs to, by its path; 0: to none alone
+  std::vector<UnitPlace> m_lowered;            // by this pass
 };
 
 } // namespace vantle

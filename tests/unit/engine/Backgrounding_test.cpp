@@ -262,6 +262,29 @@ TEST_F(Backgrounding, aProtectedAppThatWasStartedFromATerminalIsNotSlowedWithIt)
   EXPECT_FALSE(isSlow(call));
 }
 
+TEST_F(Backgrounding, theSweepOfATerminalStopsAtAnAppThatIsSlowedByItself) {
+  start();
+  const SimulatedAppRef terminal = open("Terminal");
+  const Pid shell = childOf(terminal);
+  machine.calls.refuse(Operation::enterBand, shell);
+  playGame();
+  ASSERT_TRUE(isSlow(terminal));
+  ASSERT_FALSE(isSlow(shell));
+  later();
+  AppSpec spec = named("Editor");
+  spec.parent = shell;
+  const SimulatedAppRef editor = open(spec);
+  const Pid born = childOf(editor);
+  ASSERT_TRUE(isManaged(editor));
+  machine.activate(terminal);
+  EXPECT_FALSE(isSlow(terminal));
+  EXPECT_TRUE(isSlow(editor)) << "it is younger than the change, but no part of the terminal";
+  EXPECT_TRUE(isSlow(born));
+  engine->stopBoost();
+  EXPECT_FALSE(isSlow(editor));
+  EXPECT_FALSE(isSlow(born));
+}
+
 TEST_F(Backgrounding, anEntryMissingFromTheBandsRefusalIsForgottenAllTheSame) {
   start();
   const SimulatedAppRef mail = open("Mail");

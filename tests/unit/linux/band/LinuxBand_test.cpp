@@ -1,13 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The band on real processes and threads, as root and as an ordinary user.
-#include "platform/linux/band/LinuxBand.h"
-
 #include "platform/linux/band/ProcessorSet.h"
 #include "platform/linux/band/SessionWeights.h"
 #include "platform/linux/band/ThreadCalls.h"
-#include "platform/linux/files/PosixFileStore.h"
-#include "platform/shared/PollEventLoop.h"
-#include "tests/unit/linux/band/TestProcess.h"
+#include "tests/unit/linux/band/BandFixture.h"
 
 #include <array>
 #include <csignal>
@@ -26,43 +22,6 @@ using namespace test;
 using namespace std::chrono_literals;
 
 constexpr int bestEffort(int level) { return (2 << 13) | level; }
-constexpr std::chrono::seconds guard{60};
-
-bool machineHasAutogroups() {
-  std::ifstream file("/proc/sys/kernel/sched_autogroup_enabled");
-  return file.get() == '1';
-}
-
-struct Band {
-  PollEventLoop loop;
-  PosixFileStore files{"/nonexistent", PosixFileStore::Sync::none};
-  LinuxBand band{loop, files, {}};
-
-  bool enter(Pid root, std::vector<Pid> tree) {
-    const BandGroup group{root, tree, tree};
-    const auto entered = band.enterBackgroundBand(std::span(&group, 1));
-    bool all = true;
-    for (const bool one : entered.front()) all = all && one;
-    return all && entered.size() == 1 && entered.front().size() == tree.size();
-  }
-  void settled() { EXPECT_TRUE(band.settle(guard)); }
-};
-
-// Each test runs as root where the tests do, and as an ordinary user.
-class LinuxBandTest : public testing::Test {
- protected:
-  void SetUp() override {
-    if (!machineHasAutogroups()) GTEST_SKIP() << "sessions have no weight on this machine";
-  }
-  static void asBoth(const std::function<void()>& body) {
-    if (runsAsRoot()) {
-      SCOPED_TRACE("as root");
-      body();
-    }
-    EXPECT_TRUE(asOrdinaryUser(body)) << "as an ordinary user";
-  }
-};
-
 TEST_F(LinuxBandTest, SlowsAnAppAndPutsItBack) {
   asBoth([] {
     const TestProcess app;
@@ -206,7 +165,7 @@ TEST_F(LinuxBandTest, TheSessionOfTheBoostAppIsNeverLowered) {
     const Pid game = terminal.ask('o'); // started from it, and on its own since
     Band band;
     const std::array<Pid, 1> tree{game};
-    band.band.prepareBoostApp(game, tree);
+    band.band.prepareBoostApp(game, tree, {game, terminal.pid()});
     // As root its class may still be lowered: it shares the session with the game.
     EXPECT_EQ(band.enter(terminal.pid(), {terminal.pid()}), runsAsRoot());
     band.settled();
@@ -351,7 +310,7 @@ TEST_F(LinuxBandTest, ManySessionsWaitTheirTurnWithoutHoldingUpTheLoop) {
     Band band;
     std::vector<BandGroup> groups;
     for (const TestProcess& app : apps) groups.push_back({app.pid(), {app.pid()}, {app.pid()}});
-    for (const std::vector<bool>& entered : band.band.enterBackgroundBand(groups)) {
+    for (const std::vector<bool>& entered : band.band.enterBackgroundBand(groups, {})) {
       EXPECT_EQ(entered, std::vector<bool>{true});
     }
     const auto allShow = [&apps](const char* line) {

@@ -1,17 +1,11 @@
 // SPDX-License-Identifier: MIT
 // The band where a user manager weighs apps: its orders, and what it does when they fail.
-#include "platform/linux/band/LinuxBand.h"
 #include "platform/linux/band/ThreadCalls.h"
-#include "platform/linux/files/PosixFileStore.h"
-#include "platform/shared/PollEventLoop.h"
-#include "tests/desktop/harness/PrivateBus.h"
-#include "tests/unit/linux/band/ScriptedUserManager.h"
-#include "tests/unit/linux/band/TestProcess.h"
+#include "tests/unit/linux/band/UserManagerFixture.h"
 
+#include <array>
 #include <fstream>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <memory>
 
 namespace vantle {
 
@@ -22,56 +16,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 using Mood = ScriptedUserManager::Mood;
-
-constexpr std::chrono::seconds guard{60};
-
-class UserManagerBand : public testing::Test {
- protected:
-  UserManagerBand() : m_manager(m_bus.address(), m_groups) {
-    m_ledger = (m_groups.folder() / "data/Vantle/band.json").string();
-    stand(m_front.pid(), "app-front-1.scope");
-    start();
-  }
-
-  // A new run of the program. A generous limit, so that a busy machine does not look like a late manager.
-  void start(std::chrono::milliseconds limit = guard) {
-    m_band.reset();
-    m_band = std::make_unique<LinuxBand>(m_loop, m_files,
-                                         BandPaths{.procRoot = m_groups.procRoot(),
-                                                   .sysRoot = m_groups.sysRoot(),
-                                                   .ledger = m_ledger,
-                                                   .userBus = m_bus.address(),
-                                                   .busLimit = limit});
-    const std::array<Pid, 1> front{m_front.pid()};
-    m_band->prepareBoostApp(m_front.pid(), front);
-  }
-  void stand(Pid pid, const std::string& unit, std::uint64_t weight = ScriptedUserManager::notSet) {
-    m_manager.addUnit(unit, weight);
-    m_groups.place(pid, FakeControlGroups::appSlice() + "/" + unit);
-  }
-  bool enter(Pid root, const std::vector<Pid>& tree) {
-    const BandGroup group{root, tree, tree};
-    const std::vector<bool> entered = m_band->enterBackgroundBand(std::span(&group, 1)).front();
-    return std::all_of(entered.begin(), entered.end(), [](bool one) { return one; });
-  }
-  bool settled() { return m_band->settle(guard); }
-  std::string idle(const std::string& unit) {
-    return m_groups.idle(FakeControlGroups::appSlice() + "/" + unit);
-  }
-  std::string ledger() const {
-    std::ifstream file(m_ledger);
-    return {std::istreambuf_iterator<char>(file), {}};
-  }
-
-  desktop::PrivateBus m_bus;
-  FakeControlGroups m_groups;
-  ScriptedUserManager m_manager;
-  PollEventLoop m_loop;
-  PosixFileStore m_files{"/nonexistent", PosixFileStore::Sync::none};
-  std::string m_ledger;
-  TestProcess m_front;
-  std::unique_ptr<LinuxBand> m_band;
-};
 
 TEST_F(UserManagerBand, SlowsAUnitAndPutsItBack) {
   const TestProcess app;
@@ -156,7 +100,7 @@ TEST_F(UserManagerBand, AppsOfALoginSessionAreAdoptedTheOneInFrontIncluded) {
     m_groups.place(pid, FakeControlGroups::loginSession());
   }
   const std::array<Pid, 1> tree{front.pid()};
-  m_band->prepareBoostApp(front.pid(), tree);
+  m_band->prepareBoostApp(front.pid(), tree, {front.pid()});
   EXPECT_THAT(m_groups.pathOf(front.pid()), HasSubstr("/app.slice/app-vantle-"));
   EXPECT_TRUE(enter(app.pid(), {app.pid(), child}));
   EXPECT_EQ(m_groups.pathOf(child), m_groups.pathOf(app.pid()));
