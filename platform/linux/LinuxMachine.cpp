@@ -49,12 +49,14 @@ struct LinuxMachine::Parts {
   Parts(const XdgFolders& folders, const std::vector<std::string>& keptEpochs)
       : files(folders.data, PosixFileStore::Sync::none),
         settingsFiles(folders.data, PosixFileStore::Sync::disk), epoch(BootEpoch::load(files, keptEpochs)),
-        processes(epoch), clock(epoch), defaults(settingsFiles, folders.config, applicationId) {}
+        processes(epoch, processFiles), clock(epoch), defaults(settingsFiles, folders.config, applicationId) {
+  }
 
   PosixFileStore files;         // another boot has no use for what is kept here: the disk need not be awaited
   PosixFileStore settingsFiles; // the person's choices
   BootEpoch epoch;
   LinuxHost host;
+  std::shared_ptr<const ProcessFiles> processFiles = std::make_shared<ProcessFiles>("/proc");
   ProcfsProcessTable processes;
   BootClock clock;
   JsonUserDefaults defaults;
@@ -80,9 +82,10 @@ LinuxMachine::~LinuxMachine() = default;
 std::unique_ptr<LinuxMachine> LinuxMachine::forDesktop(const XdgFolders& folders, EventLoop& loop,
                                                        std::function<void()> onDesktopLost) {
   auto parts = std::make_unique<Parts>(folders, epochPaths(folders));
-  parts->band = std::make_unique<LinuxBand>(
-      loop, parts->files,
-      BandPaths{.ledger = folders.data + "/Vantle/band.json", .userBus = userBus(folders)});
+  parts->band = std::make_unique<LinuxBand>(loop, parts->files,
+                                            BandPaths{.files = parts->processFiles,
+                                                      .ledger = folders.data + "/Vantle/band.json",
+                                                      .userBus = userBus(folders)});
   parts->systemBus = std::make_unique<BusConnection>(loop, BusConnection::Kind::system);
   parts->sessionBus = std::make_unique<BusConnection>(loop, BusConnection::Kind::session);
   parts->audio = std::make_unique<PulseAudioActivity>();

@@ -12,14 +12,15 @@ namespace vantle {
 BandPass::BandPass(Parts parts, std::span<const BandGroup> groups, const std::vector<Pid>& boostApp,
                    const std::set<Pid>& everyApp)
     : m_parts(parts), m_groups(groups), m_boostTree(boostApp),
-      m_boostApp(boostApp.empty() ? 0 : boostApp.back()), m_everyApp(everyApp), m_companions(groups.size()) {}
+      m_boostApp(boostApp.empty() ? 0 : boostApp.back()), m_everyApp(everyApp), m_self(::getpid()),
+      m_companions(groups.size()) {}
 
 std::vector<std::vector<bool>> BandPass::run() {
   // Processes that are born during the pass from a parent whose turn was still to come are not slowed: as
   // long as anything was born anywhere, look again. Each look finds only what escaped the one before.
   constexpr int mostLooks = 4;
   for (int look = 0; look < mostLooks; ++look) {
-    const std::optional<std::string> births = m_parts.files.birthMark();
+    const std::optional<Pid> births = m_parts.files.birthMark();
     this->look();
     // First of all, because it decides where processes stand from then on.
     if (m_parts.units) {
@@ -46,7 +47,7 @@ std::vector<std::vector<bool>> BandPass::run() {
 }
 
 void BandPass::look() {
-  m_scan = ProcessScan(m_parts.files);
+  m_scan = ProcessScan(m_parts.files.recentScan());
   m_owners.emplace(m_scan, m_everyApp);
   if (m_boostApp != 0) m_owners->claim(m_boostApp, m_boostTree);
   for (const BandGroup& group : m_groups) m_owners->claim(group.root, group.tree);
@@ -101,7 +102,8 @@ bool BandPass::enter(const ProcessStat& process) {
   // The mark comes first: from here on a crash leaves the session's weight to be found by it.
   if (entered && lever == Lever::session) {
     const SessionPlan& session = sessionPlan(process.session);
-    if (m_lowered.insert(process.session).second) m_parts.sessions.lower(session.members, session.load);
+    if (m_lowered.insert(process.session).second)
+      m_parts.sessions.lower(session.group, session.members, session.load);
   }
   return entered;
 }
@@ -109,7 +111,7 @@ bool BandPass::enter(const ProcessStat& process) {
 bool BandPass::mayTouch(const ProcessStat& process) {
   const auto known = m_mayTouch.find(process.pid);
   if (known != m_mayTouch.end()) return known->second;
-  const bool may = process.pid > 1 && process.pid != ::getpid() && !process.isKernelThread() &&
+  const bool may = process.pid > 1 && process.pid != m_self && !process.isKernelThread() &&
                    process.isAlive() && (m_boostApp == 0 || appOf(process) != m_boostApp) &&
                    !isSystemPart(process.shortName()) && m_parts.files.isOwn(process.pid);
   return m_mayTouch.emplace(process.pid, may).first->second;
@@ -148,18 +150,22 @@ const BandPass::SessionPlan& BandPass::sessionPlan(Pid session) {
     plan.load.running += process.state == 'R' ? 1 : 0;
     plan.load.cpuTicks += process.cpuTicks();
   }
-  if (isShared || !weightIsOurs(plan.members)) plan.app = 0;
+  const std::optional<Autogroup> group = isShared ? std::nullopt : weightThatIsOurs(plan.members);
+  if (group) plan.group = *group;
+  if (!group) plan.app = 0;
   return m_sessionPlans.emplace(session, std::move(plan)).first->second;
 }
 
-// Whether the session's weight can be lowered, or was lowered by this program earlier.
-bool BandPass::weightIsOurs(const std::vector<Pid>& members) const {
-  return std::any_of(members.begin(), members.end(), [this](Pid pid) {
-    if (m_parts.sessions.canLower(pid)) return true;
-    const std::optional<Autogroup> group = m_parts.sessions.read(pid);
+// The session whose weight can be lowered, or was lowered by this program earlier.
+std::optional<Autogroup> BandPass::weightThatIsOurs(const std::vector<Pid>& members) const {
+  for (const Pid pid : members) {
+    const std::optional<Autogroup> group = m_parts.sessions.readWritable(pid);
+    if (!group) continue;
+    if (group->nice == SessionWeights::own) return group;
     const std::optional<ThreadMark> mark = m_parts.threads.mark(pid);
-    return group && group->nice == SessionWeights::lowered && mark && mark->sessionLowered;
-  });
+    if (group->nice == SessionWeights::lowered && mark && mark->sessionLowered) return group;
+  }
+  return std::nullopt;
 }
 
 } // namespace vantle

@@ -46,6 +46,7 @@ class BandPass {
   enum class Lever { none, unit, session, schedulingClass };
   struct SessionPlan {
     Pid app = 0; // that has the session to itself and may be slowed with it; 0: it may not
+    Autogroup group;
     std::vector<Pid> members;
     SessionWeights::Load load;
   };
@@ -58,13 +59,14 @@ class BandPass {
   Lever leverFor(const ProcessStat& process);
   Pid appOf(const ProcessStat& process) { return m_owners->of(process); }
   const SessionPlan& sessionPlan(Pid session);
-  bool weightIsOurs(const std::vector<Pid>& members) const;
+  std::optional<Autogroup> weightThatIsOurs(const std::vector<Pid>& members) const;
 
   Parts m_parts;
   std::span<const BandGroup> m_groups;
   const std::vector<Pid>& m_boostTree;
   Pid m_boostApp;
   const std::set<Pid>& m_everyApp;
+  Pid m_self;
 
   // What the last look saw.
   ProcessScan m_scan;

@@ -2,9 +2,8 @@
 #include "platform/linux/band/LinuxBand.h"
 
 #include "platform/linux/band/BandPass.h"
-#include "platform/linux/band/KernelFile.h"
-#include "platform/linux/band/ThreadCalls.h"
 #include "platform/linux/band/UnitPass.h"
+#include "platform/linux/process/KernelFile.h"
 
 #include <utility>
 
@@ -23,7 +22,9 @@ std::string bootId(const std::string& procRoot) {
 } // namespace
 
 LinuxBand::LinuxBand(EventLoop& loop, FileStore& files, BandPaths paths)
-    : m_paths(std::move(paths)), m_files(m_paths.procRoot), m_threads(m_files, m_paths.sysRoot),
+    : m_paths(std::move(paths)),
+      m_shared(m_paths.files ? m_paths.files : std::make_shared<ProcessFiles>(m_paths.procRoot)),
+      m_files(*m_shared), m_threads(m_files, m_paths.sysRoot),
       m_controlGroups(controlGroupMount(m_paths.sysRoot)), m_sessions(loop, m_files),
       m_units(loop, files, {m_controlGroups, m_paths.userBus, m_paths.ledger, bootId(m_paths.procRoot)}),
       m_frontPath(anyAppPath(m_units)) {
@@ -78,7 +79,7 @@ bool LinuxBand::leaveProcess(Pid pid) {
   const std::optional<ThreadMark> mark = markOf(*process);
   if (!mark) return true;
 
-  m_units.raise(m_files.unifiedPath(pid));
+  if (m_units.hasLowered()) m_units.raise(m_files.unifiedPath(pid));
   // The session's weight goes back before the mark that remembers it.
   auto session = SessionWeights::Outcome::done;
   if (mark->sessionLowered) session = m_sessions.raise({pid});
@@ -100,11 +101,7 @@ std::vector<Pid> LinuxBand::sessionOf(const ProcessStat& process) const {
   return members;
 }
 
-std::optional<bool> LinuxBand::isInBackgroundBand(Pid pid) const {
-  if (pid <= 0 || !threadCalls::ioPriority(pid)) return std::nullopt;
-  const std::optional<ThreadMark> mark = m_threads.mark(pid);
-  return mark && !mark->isLeaving();
-}
+std::optional<bool> LinuxBand::isInBackgroundBand(Pid pid) const { return m_threads.isIn(pid); }
 
 void LinuxBand::prepareBoostApp(Pid root, std::span<const Pid> tree, const std::set<Pid>& everyApp) {
   m_boostApp.assign(tree.begin(), tree.end());
@@ -139,9 +136,11 @@ void LinuxBand::reclaim() {
   m_boostApp.clear();
   m_frontPath = anyAppPath(m_units);
   m_companions.clear();
-  for (const ProcessStat& process : m_files.scan()) {
+  // Only a program that was killed leaves a process marked in part.
+  const bool inPart = !std::exchange(m_hasReclaimed, true);
+  for (const ProcessStat& process : m_files.recentScan()) {
     if (process.isKernelThread() || !process.isAlive()) continue;
-    if (markOf(process)) leaveProcess(process.pid);
+    if (inPart ? markOf(process) : m_threads.mark(process.pid)) leaveProcess(process.pid);
   }
   m_units.raiseAll();
 }

@@ -12,6 +12,8 @@
 
 #include <chrono>
 #include <cstdint>
+#include <memory>
+#include <set>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -21,6 +23,7 @@ namespace vantle {
 // Where the band finds the kernel's files and keeps its own.
 struct BandPaths {
   std::string procRoot = "/proc";
+  std::shared_ptr<const ProcessFiles> files = {}; // the same, shared with the process table; null: its own
   std::string sysRoot = "/sys";
   std::string ledger;  // a file of the band's own beside the journal; empty: kept in memory
   std::string userBus; // address of the bus that the user's service manager is on; empty: there is none
@@ -64,11 +67,13 @@ class LinuxBand final : public BackgroundBand {
                 BusDeadline deadline);
 
   BandPaths m_paths;
-  ProcessFiles m_files;
+  std::shared_ptr<const ProcessFiles> m_shared;
+  const ProcessFiles& m_files;
   ThreadLevers m_threads;
   std::string m_controlGroups; // mount of the version 2 tree
   SessionWeights m_sessions;
   UnitWeights m_units;
+  bool m_hasReclaimed = false; // what a program before this one left
   std::vector<Pid> m_boostApp; // the app in front: its tree, its main process last
   std::string m_frontPath;     // and its place in the control group tree
   std::unordered_map<Pid, std::vector<Companion>> m_companions; // by the app's main process

@@ -2,57 +2,22 @@
 #pragma once
 
 #include "engine/ports/Pid.h"
-#include "platform/linux/Descriptor.h"
-#include "platform/linux/process/ProcStat.h"
+#include "platform/linux/process/ProcessFiles.h"
 
-#include <array>
-#include <cstdint>
-#include <optional>
+#include <cstddef>
 #include <span>
-#include <string>
-#include <string_view>
-#include <sys/types.h>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
 namespace vantle {
 
-// One process as its stat file shows it, with its name there.
-struct ProcessStat : ProcStat {
-  Pid pid = 0;
-  std::array<char, 16> name{}; // as the kernel keeps it, at most 15 bytes
-
-  std::string_view shortName() const { return name.data(); }
-  std::uint64_t cpuTicks() const { return userTicks + kernelTicks; }
-};
-
-// /proc, read through one descriptor and fixed buffers: a pass reads hundreds of these files.
-class ProcessFiles {
- public:
-  explicit ProcessFiles(const std::string& procRoot);
-
-  std::optional<ProcessStat> stat(Pid pid) const;
-  std::vector<ProcessStat> scan() const;
-  std::vector<Pid> threads(Pid pid) const; // empty when the process is gone
-  // True when the process is wholly this user's: real and effective user are the one that runs this program.
-  bool isOwn(Pid pid) const;
-  std::optional<std::string> read(Pid pid, const char* file) const;
-  std::string unifiedPath(Pid pid) const; // in the version 2 control group tree; empty when it has none
-  Descriptor open(Pid pid, const char* file, int flags) const;
-  // Changes whenever a process or a thread was born anywhere; absent when the kernel does not say.
-  std::optional<std::string> birthMark() const;
-
- private:
-  Descriptor m_root;
-  uid_t m_user;
-};
-
 // One look at all processes, arranged for questions about trees and sessions.
 class ProcessScan {
  public:
   ProcessScan() = default; // sees nothing
-  explicit ProcessScan(const ProcessFiles& files);
+  explicit ProcessScan(const ProcessFiles& files) : ProcessScan(files.scan()) {}
+  explicit ProcessScan(std::vector<ProcessStat> processes);
 
   const std::vector<ProcessStat>& all() const { return m_all; }
   const ProcessStat* find(Pid pid) const;

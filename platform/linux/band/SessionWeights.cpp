@@ -65,10 +65,9 @@ std::optional<Autogroup> SessionWeights::read(Pid pid) const {
   return AutogroupFile(m_files, pid, O_RDONLY).read();
 }
 
-bool SessionWeights::canLower(Pid pid) const {
+std::optional<Autogroup> SessionWeights::readWritable(Pid pid) const {
   // Opening for writing is the whole permission check: after it the kernel only asks for patience.
-  const std::optional<Autogroup> group = AutogroupFile(m_files, pid, O_RDWR).read();
-  return group && group->nice == own;
+  return AutogroupFile(m_files, pid, O_RDWR).read();
 }
 
 std::vector<SessionWeights::Change>::iterator SessionWeights::find(long autogroup) {
@@ -76,12 +75,9 @@ std::vector<SessionWeights::Change>::iterator SessionWeights::find(long autogrou
                       [autogroup](const Change& change) { return change.autogroup == autogroup; });
 }
 
-void SessionWeights::lower(const std::vector<Pid>& members, const Load& load) {
-  std::optional<Autogroup> group;
-  for (auto member = members.begin(); !group && member != members.end(); ++member) group = read(*member);
-  if (!group) return;
-  if (const auto waiting = find(group->id); waiting != m_queue.end()) m_queue.erase(waiting);
-  if (group->nice == own) m_queue.push_back({group->id, own, lowered, load, members});
+void SessionWeights::lower(const Autogroup& session, const std::vector<Pid>& members, const Load& load) {
+  if (const auto waiting = find(session.id); waiting != m_queue.end()) m_queue.erase(waiting);
+  if (session.nice == own) m_queue.push_back({session.id, own, lowered, load, members});
 }
 
 SessionWeights::Outcome SessionWeights::raise(const std::vector<Pid>& members) {

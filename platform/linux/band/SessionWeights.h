@@ -44,11 +44,12 @@ class SessionWeights {
   void onRaised(std::function<void(const std::vector<Pid>&)> raised) { m_raised = std::move(raised); }
 
   std::optional<Autogroup> read(Pid pid) const;
-  // Whether `lower` would work, now or after a wait. Changes nothing.
-  bool canLower(Pid pid) const;
+  // The session of a process that this user may weigh, now or after a wait; absent otherwise. Changes
+  // nothing.
+  std::optional<Autogroup> readWritable(Pid pid) const;
 
   // Puts a session into the queue; `apply` then does what can be done at once.
-  void lower(const std::vector<Pid>& members, const Load& load);
+  void lower(const Autogroup& session, const std::vector<Pid>& members, const Load& load);
   // Gives a session its own weight back, at once or as soon as the kernel allows it.
   Outcome raise(const std::vector<Pid>& members);
   void apply();

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/band/TaskGroups.h"
 
-#include "platform/linux/band/ControlGroupFile.h"
-#include "platform/linux/band/KernelFile.h"
+#include "platform/linux/process/ControlGroupFile.h"
+#include "platform/linux/process/KernelFile.h"
 
 #include <array>
 #include <unistd.h>

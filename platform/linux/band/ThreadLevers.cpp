@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/band/ThreadLevers.h"
 
-#include "platform/linux/band/KernelFile.h"
 #include "platform/linux/band/ThreadCalls.h"
+#include "platform/linux/process/KernelFile.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -33,6 +33,7 @@ enum class Order { mainFirst, mainLast };
 template <typename Callback>
 void forEachThread(const ProcessFiles& files, Pid pid, Order order, Callback call) {
   std::vector<Pid> seen;
+  std::optional<Pid> births = files.birthMark();
   for (bool foundNew = true; foundNew;) {
     foundNew = false;
     std::vector<Pid> threads = files.threads(pid); // as the kernel lists them, the main thread first
@@ -43,6 +44,8 @@ void forEachThread(const ProcessFiles& files, Pid pid, Order order, Callback cal
       foundNew = true;
       if (!call(tid)) return;
     }
+    const std::optional<Pid> before = std::exchange(births, files.birthMark());
+    if (before && before == births) return; // nobody was born anywhere: the list was complete
   }
 }
 
@@ -78,7 +81,7 @@ bool ThreadLevers::enter(Pid pid, const Plan& plan) {
   return marked && !refused;
 }
 
-ThreadLevers::Entered ThreadLevers::enterThread(Pid tid, const Plan& plan, bool isNew) const {
+ThreadLevers::Entered ThreadLevers::enterThread(Pid tid, const Plan& plan, bool isNew) {
   const std::optional<int> priority = threadCalls::ioPriority(tid);
   const auto scheduling = priority ? threadCalls::scheduling(tid) : std::nullopt;
   if (!scheduling) return {errno == ESRCH ? Outcome::gone : Outcome::refused};
@@ -114,10 +117,12 @@ ThreadLevers::Entered ThreadLevers::enterThread(Pid tid, const Plan& plan, bool 
   return {Outcome::done, slowClass};
 }
 
-// A kernel that does not keep all bits cannot hold the memory, so it is asked.
+// A kernel that does not keep all bits cannot hold the memory, so it is asked, with the first mark: the
+// pattern in every mark reaches the highest bits.
 bool ThreadLevers::setMark(Pid tid, const ThreadMark& mark, int before) {
   if (!threadCalls::setIoPriority(tid, mark.encode())) return false;
-  if (threadCalls::ioPriority(tid) == mark.encode()) return true;
+  m_keepsBits = m_keepsBits || threadCalls::ioPriority(tid) == mark.encode();
+  if (m_keepsBits) return true;
   threadCalls::setIoPriority(tid, before);
   return false;
 }
@@ -167,8 +172,20 @@ bool ThreadLevers::leaveThread(Pid tid, bool keepSession) const {
   return threadCalls::setIoPriority(tid, priority) || errno == ESRCH;
 }
 
+std::optional<bool> ThreadLevers::isIn(Pid pid) const {
+  const std::optional<int> priority = pid > 0 ? threadCalls::ioPriority(pid) : std::nullopt;
+  if (!priority) return std::nullopt;
+  const std::optional<ThreadMark> own = ThreadMark::decode(*priority);
+  const std::optional<ThreadMark> found = own ? own : markBehindRealTime(pid);
+  return found && !found->isLeaving();
+}
+
 std::optional<ThreadMark> ThreadLevers::mark(Pid pid) const {
-  if (const std::optional<ThreadMark> own = threadMark(pid)) return own;
+  const std::optional<ThreadMark> own = threadMark(pid);
+  return own ? own : markBehindRealTime(pid);
+}
+
+std::optional<ThreadMark> ThreadLevers::markBehindRealTime(Pid pid) const {
   // A main thread that is real-time is never marked, whatever its process is.
   const auto scheduling = threadCalls::scheduling(pid);
   if (!scheduling || !scheduling->isRealTime()) return std::nullopt;

@@ -37,7 +37,10 @@ class ThreadLevers {
   // The mark of the process: of its main thread, or of any other when the main thread cannot carry one.
   // Absent for a process that has none or cannot be read.
   std::optional<ThreadMark> mark(Pid pid) const;
-  // The same after a look at every thread: what a process shows that was cut off in the middle of a change.
+  // Whether the process is in the band; absent when it cannot be read.
+  std::optional<bool> isIn(Pid pid) const;
+  // The same as `mark` after a look at every thread: what a process shows that was cut off in the middle of a
+  // change.
   std::optional<ThreadMark> anyMark(Pid pid) const;
 
  private:
@@ -52,16 +55,18 @@ class ThreadLevers {
     bool slowedByClass = false;
   };
 
-  Entered enterThread(Pid tid, const Plan& plan, bool isNew) const;
+  Entered enterThread(Pid tid, const Plan& plan, bool isNew);
   bool leaveThread(Pid tid, bool keepSession) const; // true when the thread is out, or gone
-  static bool setMark(Pid tid, const ThreadMark& mark, int before);
+  bool setMark(Pid tid, const ThreadMark& mark, int before);
   bool mayNarrow(Pid tid) const;
+  std::optional<ThreadMark> markBehindRealTime(Pid pid) const;
 
   const ProcessFiles& m_files;
   std::string m_sysRoot;
   std::string m_onlineText;
   EfficiencySet m_efficiency;
-  bool m_mayRaise; // CAP_SYS_NICE where it counts
+  bool m_mayRaise;          // CAP_SYS_NICE where it counts
+  bool m_keepsBits = false; // this kernel was seen to keep all bits of a mark
 };
 
 } // namespace vantle

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/band/UnitWeights.h"
 
-#include "platform/linux/band/KernelFile.h"
+#include "platform/linux/process/KernelFile.h"
 
 #include <algorithm>
 #include <charconv>

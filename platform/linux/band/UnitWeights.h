@@ -51,7 +51,8 @@ class UnitWeights {
   std::vector<UnitPlace> lower(const std::vector<UnitPlace>& places, BusDeadline deadline);
   // Whether the unit that this path leads through was lowered by this program and still is.
   bool isLowered(std::string_view processPath) const;
-  void raise(std::string_view processPath); // the units that it leads through
+  bool hasLowered() const { return !m_ledger.entries().empty(); } // and not given back yet
+  void raise(std::string_view processPath);                       // the units that it leads through
   void raiseAll();
   void adopt(std::vector<Adoption>& adoptions, const ProcessFiles& files, BusDeadline deadline);
 

@@ -2,10 +2,10 @@
 #pragma once
 
 #include "engine/ports/ProcessTable.h"
-#include "platform/linux/Descriptor.h"
 #include "platform/linux/process/BootEpoch.h"
-#include "platform/linux/process/ProcStat.h"
+#include "platform/linux/process/ProcessFiles.h"
 
+#include <memory>
 #include <string>
 
 namespace vantle {
@@ -13,7 +13,9 @@ namespace vantle {
 // The process table as procfs shows it. Zombies count as gone: there is nothing left of them to slow down.
 class ProcfsProcessTable final : public ProcessTable {
  public:
-  explicit ProcfsProcessTable(BootEpoch epoch, const std::string& procRoot = "/proc");
+  explicit ProcfsProcessTable(BootEpoch epoch, const std::string& procRoot = "/proc")
+      : ProcfsProcessTable(epoch, std::make_shared<ProcessFiles>(procRoot)) {}
+  ProcfsProcessTable(BootEpoch epoch, std::shared_ptr<const ProcessFiles> files);
 
   std::optional<ProcessRecord> record(Pid pid) const override;
   std::vector<ProcessRecord> scan() const override; // in ascending order of pids, as the kernel lists them
@@ -25,11 +27,10 @@ class ProcfsProcessTable final : public ProcessTable {
   std::optional<int> schedulerPriority(Pid pid) const override;
 
  private:
-  std::optional<ProcStat> readStat(const char* pidText) const;
   std::optional<ProcStat> readStat(Pid pid) const;
   ProcessRecord recordOf(Pid pid, const ProcStat& stat) const;
 
-  Descriptor m_proc; // kept open, so that every look-up starts there
+  std::shared_ptr<const ProcessFiles> m_files;
   BootEpoch m_epoch;
   std::uint64_t m_microsPerTick;
 };

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/band/UnitPath.h"
 
-#include "platform/linux/band/ControlGroupFile.h"
+#include "platform/linux/process/ControlGroupFile.h"
 
 #include <gtest/gtest.h>
 #include <tuple>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/band/KernelFile.h"
+#include "platform/linux/process/KernelFile.h"
 
 #include "platform/linux/Descriptor.h"
 
@@ -11,13 +11,15 @@ namespace vantle {
 
 std::optional<std::string> readKernelFile(int folder, const char* path) {
   constexpr std::size_t largest = std::size_t{64} << 10U;
-  const Descriptor file(::openat(folder, path, O_RDONLY | O_CLOEXEC));
+  const Descriptor file(::openat(folder, path, O_RDONLY | O_CLOEXEC | O_NONBLOCK));
   if (!file) return std::nullopt;
   std::string text;
-  std::array<char, 4096> buffer; // NOLINT(cppcoreguidelines-pro-type-member-init): filled by read
+  std::array<char, 16384> buffer; // NOLINT(cppcoreguidelines-pro-type-member-init): filled by read
   ssize_t got = 0;
   while (text.size() < largest && (got = ::read(file.get(), buffer.data(), buffer.size())) > 0) {
     text.append(buffer.data(), static_cast<std::size_t>(got));
+    // The kernel fills the buffer up to the last record that fits; none is as long as half of it.
+    if (static_cast<std::size_t>(got) < buffer.size() / 2) break;
   }
   if (got < 0) return std::nullopt;
   return text;

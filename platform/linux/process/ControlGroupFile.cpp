@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/band/ControlGroupFile.h"
+#include "platform/linux/process/ControlGroupFile.h"
 
 namespace vantle {
 
