@@ -144,6 +144,28 @@ TEST_F(UserManagerBand, ARefusalLeavesTheAppAsItIs) {
   EXPECT_EQ(ledger(), "");
 }
 
+TEST_F(UserManagerBand, AUnitThatIsGoneByNowLeavesTheAppAsItIs) {
+  const TestProcess app;
+  m_groups.place(app.pid(),
+                 FakeControlGroups::appSlice() + "/app-gone-1.scope"); // the manager has no such unit
+  EXPECT_FALSE(enter(app.pid(), {app.pid()}));
+  EXPECT_EQ(m_band->isInBackgroundBand(app.pid()), false);
+  EXPECT_EQ(threadCalls::ioPriority(app.pid()), 0);
+  EXPECT_NE(idle("app-gone-1.scope"), "1");
+}
+
+TEST_F(UserManagerBand, WithoutABusNothingIsTouched) {
+  const TestProcess app;
+  stand(app.pid(), "app-a-1.scope");
+  m_bus.kill();
+  start();
+  EXPECT_FALSE(enter(app.pid(), {app.pid()}));
+  EXPECT_EQ(threadCalls::ioPriority(app.pid()), 0);
+  EXPECT_EQ(idle("app-a-1.scope"), "0");
+  EXPECT_EQ(ledger(), "");
+  m_manager.disconnect();
+}
+
 TEST_F(UserManagerBand, AUnitIsNotLoweredForNothing) {
   const TestProcess app;
   stand(app.pid(), "app-a-1.scope", 40);
