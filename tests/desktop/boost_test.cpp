@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The program itself on a real desktop: what it slows down, and that everything comes back, whatever happens.
-#include "tests/desktop/harness/Isolation.h"
 #include "tests/desktop/boost/KernelState.h"
+#include "tests/desktop/harness/Isolation.h"
 #include "tests/desktop/harness/VirtualDesktop.h"
 
 #include <chrono>

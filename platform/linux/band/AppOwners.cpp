@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/band/AppOwners.h"
 
+#include <algorithm>
+
 namespace vantle {
 
 AppOwners::AppOwners(const ProcessScan& scan, const std::set<Pid>& everyApp) : m_scan(scan) {
@@ -26,12 +28,13 @@ Pid AppOwners::of(const ProcessStat& process) {
     m_known.emplace(at->pid, 0); // ends a circle, which reused numbers can make
     unknown.push_back(at);
   }
-  for (auto one = unknown.rbegin(); one != unknown.rend(); ++one) {
-    const Pid session = (*one)->session;
-    const auto leader = owner == 0 && session > 0 ? m_known.find(session) : m_known.end();
-    if (leader != m_known.end() && leader->second == session && m_scan.find(session) != nullptr)
-      owner = session;
-    m_known[(*one)->pid] = owner;
+  std::reverse(unknown.begin(), unknown.end());
+  for (const ProcessStat* one : unknown) {
+    const auto leader = owner == 0 && one->session > 0 ? m_known.find(one->session) : m_known.end();
+    if (leader != m_known.end() && leader->second == one->session && m_scan.find(one->session) != nullptr) {
+      owner = one->session;
+    }
+    m_known[one->pid] = owner;
   }
   return owner;
 }
