@@ -34,6 +34,22 @@ Item {
         width: 20
         height: 20
         source: row.icon
+
+        // Stands in for the picture of an app that has none.
+        RoundedBox {
+            anchors.fill: parent
+            visible: !picture.found && !row.isFolder
+            radius: 5
+            color: Look.faded(row.current ? "white" : Look.secondary, 0.25)
+        }
+        Symbol {
+            anchors.centerIn: parent
+            visible: !picture.found && row.isFolder
+            width: 14
+            height: 14
+            name: "chevron.right"
+            color: row.current ? "white" : Look.secondary
+        }
     }
     Words {
         anchors.left: picture.right

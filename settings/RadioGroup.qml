@@ -31,7 +31,7 @@ RovingGroup {
             checkable: true
             checked: index === group.current
             activeFocusOnTab: checked
-            onTriggered: group.chosen(index)
+            onTriggered: group.choose(index)
             Accessible.role: Accessible.RadioButton
 
             RoundedBox {

@@ -14,10 +14,14 @@ Flow {
     signal chosen(int index)
 
     function move(index) {
-        if (index < 0 || index >= count)
-            return;
+        if (index >= 0 && index < count)
+            choose(index);
+    }
+    // The keyboard goes first: an item that has it cannot cease to be a stop for the Tab key.
+    function choose(index) {
+        if (itemAt(current)?.activeFocus)
+            itemAt(index).forceActiveFocus(Qt.TabFocusReason);
         chosen(index);
-        itemAt(index).forceActiveFocus(Qt.TabFocusReason);
     }
 
     Keys.onUpPressed: move(current - rowLength)

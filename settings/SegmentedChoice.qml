@@ -32,7 +32,7 @@ RovingGroup {
             checkable: true
             checked: index === group.current
             activeFocusOnTab: checked
-            onTriggered: group.chosen(index)
+            onTriggered: group.choose(index)
             Accessible.role: Accessible.RadioButton
 
             // The trough is drawn by its segments: a positioner would take a ground of its own for one of them.

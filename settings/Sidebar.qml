@@ -45,7 +45,7 @@ Item {
                     title: modelData
                     symbol: sidebar.model.paneSymbols[index]
                     selected: index === sidebar.model.pane
-                    onTriggered: sidebar.model.pane = index
+                    onTriggered: rows.choose(index)
                 }
             }
         }

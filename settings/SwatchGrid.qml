@@ -31,7 +31,7 @@ RovingGroup {
             color: Look.accentNamed(modelData)
             title: grid.model.accentNames[index]
             selected: index === grid.model.accent
-            onTriggered: grid.model.chooseAccent(index)
+            onTriggered: grid.choose(index)
         }
     }
 }

@@ -2,7 +2,7 @@
 // The settings window over a simulated engine, with real files of settings, autostart and apps in the XDG
 // folders. Does what the lines of a pipe say (its only argument), and says "done LINE" after each:
 //   show | close | pane N | accent NAME | appearance NAME | picker | search TEXT | boost-front
-//   release-after MILLISECONDS | grab PATH | quit
+//   release-after MILLISECONDS | where LABEL | focus | state | grab PATH | quit
 #include "look/Appearance.h"
 #include "look/LookEngine.h"
 #include "platform/linux/catalog/DesktopCatalog.h"
@@ -17,12 +17,11 @@
 #include <QGuiApplication>
 #include <QQuickItem>
 #include <QQuickView>
+#include <QScreen>
 #include <QSocketNotifier>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
-#include <functional>
-#include <map>
 #include <unistd.h>
 
 namespace {
@@ -47,6 +46,46 @@ class Program {
   static SettingsModel* model() { return view()->rootObject()->property("model").value<SettingsModel*>(); }
   static int indexOf(const QStringList& names, const QString& name) {
     return static_cast<int>(names.indexOf(name));
+  }
+
+  // The button of that name that is seen and can be pressed.
+  static QQuickItem* labelled(QQuickItem* below, const QString& label) {
+    if (!below->isVisible() || !below->isEnabled()) return nullptr;
+    if (below->property("label").toString() == label) return below;
+    for (QQuickItem* child : below->childItems()) {
+      if (QQuickItem* found = labelled(child, label)) return found;
+    }
+    return nullptr;
+  }
+  static void say(const QString& line) {
+    std::printf("%s\n", line.toUtf8().constData());
+    std::fflush(stdout);
+  }
+  static void sayWhere(const QString& label) {
+    QQuickItem* const item = labelled(view()->contentItem(), label);
+    if (item == nullptr) return say("nowhere " + label);
+    for (QQuickItem* above = item; above != nullptr; above = above->parentItem()) {
+      if (above->metaObject()->indexOfMethod("reveal(QVariant)") >= 0)
+        QMetaObject::invokeMethod(above, "reveal", Q_ARG(QVariant, QVariant::fromValue(item)));
+    }
+    const QPointF middle = item->mapToScene(QPointF(item->width() / 2, item->height() / 2));
+    say(QString("at %1 %2").arg(qRound(middle.x())).arg(qRound(middle.y())));
+  }
+  static void sayState() {
+    int windows = 0;
+    for (QWindow* window : QGuiApplication::topLevelWindows()) windows += window->isVisible() ? 1 : 0;
+    const QRect place = view()->geometry();
+    const QRect screen = view()->screen()->availableGeometry();
+    say(QString("windows %1, pane %2, size %3x%4, off centre %5 %6, at %7 %8%9")
+            .arg(windows)
+            .arg(model()->paneIndex())
+            .arg(place.width())
+            .arg(place.height())
+            .arg(place.center().x() - screen.center().x())
+            .arg(place.center().y() - screen.center().y())
+            .arg(view()->framePosition().x())
+            .arg(view()->framePosition().y())
+            .arg(view()->isActive() ? ", active" : ""));
   }
 
   void read() {
@@ -86,8 +125,14 @@ class Program {
       model()->appearance()->chooseMode(indexOf(model()->appearance()->modeNames(), rest));
     if (verb == "picker") model()->picker()->openFor(model()->boost()->userGames());
     if (verb == "search") model()->picker()->setSearch(rest);
-    if (verb == "boost-front") m_engine.alwaysBoost();
+    if (verb == "boost-front") {
+      m_machine.activate(m_desktop.editor);
+      m_engine.alwaysBoost();
+    }
     if (verb == "release-after") m_controller.setReleaseDelay(std::chrono::milliseconds(rest.toInt()));
+    if (verb == "where") sayWhere(rest);
+    if (verb == "focus") say("focus " + view()->activeFocusItem()->property("label").toString());
+    if (verb == "state") view() != nullptr ? sayState() : say("no window");
     if (verb == "grab") view()->grabWindow().save(rest);
     if (verb == "quit") QCoreApplication::quit();
   }
