@@ -4,7 +4,7 @@
 #include "engine/AppSettings.h"
 #include "platform/linux/files/PosixFileStore.h"
 #include "platform/shared/JsonUserDefaults.h"
-#include "tests/desktop/harness/VirtualDesktop.h"
+#include "tests/desktop/harness/SettingsProgram.h"
 #include "tests/desktop/harness/Wait.h"
 
 #include <filesystem>
@@ -13,7 +13,6 @@
 #include <gtest/gtest.h>
 #include <iterator>
 #include <sstream>
-#include <sys/stat.h>
 
 namespace vantle::desktop {
 namespace {
@@ -23,44 +22,13 @@ using testing::Not;
 
 struct SettingsOnADesktop : testing::Test {
   SettingsOnADesktop() {
-    desktop.setEnvironment("XDG_DATA_DIRS", (desktop.folder().path() / "nothing").string());
-    start();
-  }
-
-  void start() {
-    ::mkfifo(pipe().c_str(), 0600);
-    program = &desktop.launch({VANTLE_TEST_SETTINGS, pipe().string()});
-    said.clear();
     say("show");
-    const auto window = desktop.waitForWindow(program->pid());
-    windowId = std::to_string(window.id);
-    require("the window is active", [&] { return tells("state").find("active") != std::string::npos; });
+    windowId = std::to_string(desktop.waitForWindow(settings.program().pid()).id);
+    require("the window is active", [&] { return settings.isActive(); });
   }
-  std::filesystem::path pipe() const { return desktop.folder().path() / "commands"; }
 
-  std::string log() const {
-    std::string newest;
-    std::filesystem::file_time_type time{};
-    for (const auto& file : std::filesystem::directory_iterator(desktop.logs())) {
-      if (file.path().string().find("vantle_test_settings") == std::string::npos) continue;
-      if (!newest.empty() && file.last_write_time() < time) continue;
-      time = file.last_write_time();
-      newest = file.path();
-    }
-    std::ifstream stream(newest);
-    return {std::istreambuf_iterator<char>(stream), {}};
-  }
-  // Has the program obey the line, and returns what it said meanwhile.
-  std::string tells(const std::string& line) {
-    std::ofstream(pipe()) << line << std::endl;
-    std::string text;
-    require(line.c_str(), [&] {
-      text = log();
-      return text.size() > said.size() && text.find("done " + line + "\n", said.size()) != std::string::npos;
-    });
-    return text.substr(std::exchange(said, text).size());
-  }
-  void say(const std::string& line) { tells(line); }
+  std::string tells(const std::string& line) { return settings.tells(line); }
+  void say(const std::string& line) { settings.say(line); }
 
   void click(const std::string& label) {
     std::string answer;
@@ -89,18 +57,18 @@ struct SettingsOnADesktop : testing::Test {
   }
   using Keys = std::vector<std::string>;
 
-  VirtualDesktop desktop;
-  Program* program = nullptr;
-  std::string said;
+  // No apps but those that a test installs.
+  VirtualDesktop desktop{{.user = {}, .environment = {{"XDG_DATA_DIRS", "/nowhere"}}}};
+  SettingsProgram settings{desktop, VANTLE_TEST_SETTINGS};
   std::string windowId;
 };
 
 TEST_F(SettingsOnADesktop, OpensCentredOnTheBoostPaneAndOnlyOnce) {
   EXPECT_THAT(tells("state"), HasSubstr("windows 1, pane 1, size 760x560, off centre 0 0"));
-  desktop.launch({VANTLE_TEST_WINDOW});
-  require("something else is in front", [&] { return tells("state").find("active") == std::string::npos; });
+  desktop.launch({testWindow()});
+  require("something else is in front", [&] { return !settings.isActive(); });
   say("show");
-  require("the window is in front again", [&] { return tells("state").find("active") != std::string::npos; });
+  require("the window is in front again", [&] { return settings.isActive(); });
   EXPECT_THAT(tells("state"), HasSubstr("windows 1, pane 1"));
 }
 
@@ -118,12 +86,12 @@ TEST_F(SettingsOnADesktop, ComesBackAsItWasLeft) {
   for (const char* patience : {"600000", "0"}) { // still in memory, and made anew
     say(std::string("release-after ") + patience);
     ASSERT_TRUE(desktop.run({"wmctrl", "-i", "-c", windowId}));
-    require("it is gone", [&] { return desktop.windows().ofProcess(program->pid()).empty(); });
+    require("it is gone", [&] { return desktop.windows().ofProcess(settings.program().pid()).empty(); });
     if (*patience == '0')
       require("nothing is kept", [&] { return tells("state").rfind("no window", 0) == 0; });
     say("show");
-    windowId = std::to_string(desktop.waitForWindow(program->pid()).id);
-    require("it is back", [&] { return tells("state").find("active") != std::string::npos; });
+    windowId = std::to_string(desktop.waitForWindow(settings.program().pid()).id);
+    require("it is back", [&] { return settings.isActive(); });
     EXPECT_TRUE(waitUntil([&] { return tells("state") == place; })) << tells("state") << "was\n" << place;
   }
 }
@@ -158,17 +126,16 @@ TEST_F(SettingsOnADesktop, EveryChoiceIsOnDiskAtOnceAndReadByTheNextStart) {
   EXPECT_TRUE(becomes("checkUpdatesAutomatically", false, true));
 
   say("quit");
-  ASSERT_TRUE(program->waitForEnd());
+  ASSERT_TRUE(settings.program().waitForEnd());
   PosixFileStore files({}, PosixFileStore::Sync::none);
   JsonUserDefaults defaults(files, desktop.configHome().string(), "com.halvo.vantle");
-  AppSettings settings(defaults);
-  EXPECT_FALSE(settings.detectCrossOver.get() || settings.detectMinecraft.get() ||
-               settings.detectSteam.get() || settings.detectGamesCategory.get() ||
-               settings.checkUpdatesAutomatically.get());
-  EXPECT_EQ(settings.protectedApps.get().size(), 5U);
-  EXPECT_EQ(settings.ramAction.get(), RAMAction::quitMarked);
-  EXPECT_EQ(settings.accent.get(), AccentTheme::teal);
-  EXPECT_EQ(settings.appearance.get(), AppearanceMode::dark);
+  AppSettings read(defaults);
+  EXPECT_FALSE(read.detectCrossOver.get() || read.detectMinecraft.get() || read.detectSteam.get() ||
+               read.detectGamesCategory.get() || read.checkUpdatesAutomatically.get());
+  EXPECT_EQ(read.protectedApps.get().size(), 5U);
+  EXPECT_EQ(read.ramAction.get(), RAMAction::quitMarked);
+  EXPECT_EQ(read.accent.get(), AccentTheme::teal);
+  EXPECT_EQ(read.appearance.get(), AppearanceMode::dark);
 }
 
 TEST_F(SettingsOnADesktop, IsWorkedByKeyboardAlone) {
