@@ -1,0 +1,72 @@
+// SPDX-License-Identifier: MIT
+// The tray icon and the panel, as the shell has them, over a simulated desktop. Says on its output what
+// happens ("opened X Y WIDTH HEIGHT", "closed", "discarded", "settings", "quit"), and does what it is told on
+// its input: "boost", "stop", "show", "front".
+#include "engine/Engine.h"
+#include "look/Appearance.h"
+#include "panel/PanelController.h"
+#include "panel/PanelWindow.h"
+#include "panel/TrayItem.h"
+#include "platform/simulated/SampleDesktop.h"
+
+#include <QDBusConnection>
+#include <QGuiApplication>
+#include <QSocketNotifier>
+#include <cstdio>
+#include <iostream>
+#include <string>
+#include <unistd.h>
+
+namespace {
+
+using namespace vantle;
+
+void say(const std::string& line) {
+  std::puts(line.c_str());
+  std::fflush(stdout);
+}
+
+std::string numbers(const QRect& rect) {
+  return std::to_string(rect.x()) + " " + std::to_string(rect.y()) + " " + std::to_string(rect.width()) +
+         " " + std::to_string(rect.height());
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+  QGuiApplication::setQuitOnLastWindowClosed(false);
+  QGuiApplication application(argc, argv);
+  SimulatedMachine machine;
+  AppSettings settings(machine.defaults);
+  Appearance appearance;
+  appearance.apply(AppearanceMode::system);
+  Engine engine(machine.ports(), settings);
+  const SampleDesktop sample = openSampleDesktop(machine);
+  PanelController panel(
+      engine, settings, [] { say("settings"); },
+      [] {
+        say("quit");
+        QCoreApplication::quit();
+      });
+  QObject::connect(&panel, &PanelController::opened,
+                   [&panel] { say("opened " + numbers(panel.window()->geometry())); });
+  QObject::connect(&panel, &PanelController::closed, [] { say("closed"); });
+  QObject::connect(&panel, &PanelController::discarded, [] { say("discarded"); });
+  const TrayItem tray(engine, panel);
+  QDBusConnection bus = QDBusConnection::sessionBus();
+  if (bus.isConnected() && exportApplication(panel, bus)) bus.registerService("com.halvo.vantle");
+
+  QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
+  QObject::connect(&input, &QSocketNotifier::activated, [&] {
+    std::string line;
+    if (!std::getline(std::cin, line)) {
+      input.setEnabled(false); // nobody tells any more
+      return;
+    }
+    if (line == "boost") machine.activate(sample.game);
+    if (line == "stop") engine.stopBoost();
+    if (line == "show") panel.show();
+  });
+  say("ready");
+  return QGuiApplication::exec();
+}
