@@ -3,6 +3,7 @@
 
 #include <QPainter>
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -127,8 +128,20 @@ void XEmbedIcon::makeWindow(xcb_visualid_t visual) {
   constexpr char windowClass[] = "vantle\0Vantle";
   xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, m_window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8,
                       sizeof windowClass, windowClass);
+  sayLeastSize();
   m_context = xcb_generate_id(m_connection);
   xcb_create_gc(m_connection, m_context, m_window, 0, nullptr);
+}
+
+// Without it some trays give a column of one pixel.
+void XEmbedIcon::sayLeastSize() {
+  constexpr std::uint32_t hasLeastSize = 1U << 4U; // PMinSize of WM_SIZE_HINTS
+  std::array<std::uint32_t, 18> hints{};           // that record's length
+  hints[0] = hasLeastSize;
+  hints[5] = firstSize;
+  hints[6] = firstSize;
+  xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, m_window, XCB_ATOM_WM_NORMAL_HINTS,
+                      XCB_ATOM_WM_SIZE_HINTS, 32, hints.size(), hints.data());
 }
 
 void XEmbedIcon::removeWindow() {

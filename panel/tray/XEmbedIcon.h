@@ -37,6 +37,7 @@ class XEmbedIcon {
   void dock();
   void makeWindow(xcb_visualid_t visual);
   xcb_visualid_t trayVisual();
+  void sayLeastSize();
   void removeWindow();
   void handleEvents();
   void handle(const xcb_generic_event_t& event);

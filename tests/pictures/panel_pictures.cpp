@@ -40,12 +40,14 @@ double contrast(const QColor& one, const QColor& other) {
   return (std::max(a, b) + 0.05) / (std::min(a, b) + 0.05);
 }
 
-// What most of the area shows: the ground under a text.
+// What most of the area's rim shows: the ground under a text.
 QColor groundOf(const QImage& picture, const QRect& area) {
   QHash<QRgb, int> counts;
   QRgb most = 0;
   for (int y = area.top(); y <= area.bottom(); ++y) {
     for (int x = area.left(); x <= area.right(); ++x) {
+      const bool onRim = std::min({x - area.left(), y - area.top(), area.right() - x, area.bottom() - y}) < 2;
+      if (!onRim) continue;
       const QRgb pixel = picture.pixel(x, y);
       if (++counts[pixel] > counts.value(most)) most = pixel;
     }
@@ -166,9 +168,10 @@ bool draw(const State& state, AppearanceMode mode, AccentTheme accent, const QSt
   panel.show();
   if (!waitFor([&shown] { return shown; })) return false;
   const QImage picture = panel.window()->grabWindow();
+  if (!picture.save(path)) return false;
   Findings findings;
   check(*panel.window()->view(), picture, findings);
-  const bool good = findings.texts > 8 && findings.unreadable == 0 && picture.save(path);
+  const bool good = findings.texts > 8 && findings.unreadable == 0;
   std::printf("%s %s: %d texts", good ? "ok" : "NOT OK", qPrintable(QFileInfo(path).fileName()),
               findings.texts);
   if (findings.leastOnAccent < 21) std::printf(", white on the accent %.2f", findings.leastOnAccent);
