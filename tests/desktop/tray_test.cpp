@@ -139,7 +139,7 @@ TEST_F(Tray, WithNoTrayTheAppMenuOpensThePanel) {
                            "/com/halvo/vantle", "--method", "org.freedesktop.Application.Activate", "{}"}));
   EXPECT_TRUE(waitUntil([this] { return countOf("opened ") == 1; }));
   // Another window that comes to the front closes it.
-  desktop.activate(desktop.launch({VANTLE_TEST_WINDOW, "--title", "other"}));
+  desktop.activate(desktop.launch({testWindow(), "--title", "other"}));
   EXPECT_TRUE(waitUntil([this] { return countOf("closed") == 1; }));
 }
 
