@@ -20,6 +20,12 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
+// No apps but those that a test installs. Only from here on: the window manager needs its theme.
+VirtualDesktop& withoutApps(VirtualDesktop& desktop) {
+  desktop.setEnvironment("XDG_DATA_DIRS", "/nowhere");
+  return desktop;
+}
+
 struct SettingsOnADesktop : testing::Test {
   SettingsOnADesktop() {
     say("show");
@@ -57,9 +63,8 @@ struct SettingsOnADesktop : testing::Test {
   }
   using Keys = std::vector<std::string>;
 
-  // No apps but those that a test installs.
-  VirtualDesktop desktop{{.user = {}, .environment = {{"XDG_DATA_DIRS", "/nowhere"}}}};
-  SettingsProgram settings{desktop, VANTLE_TEST_SETTINGS};
+  VirtualDesktop desktop;
+  SettingsProgram settings{withoutApps(desktop), VANTLE_TEST_SETTINGS};
   std::string windowId;
 };
 
