@@ -4,6 +4,7 @@
 #include "platform/simulated/SimulatedMachine.h"
 
 #include <algorithm>
+#include <chrono>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
@@ -76,6 +77,17 @@ TEST_F(SelfTestTest, aNormalGroupWithoutAnyTimeCountsAs100Percent) {
   EXPECT_EQ(run(), 1);
   EXPECT_EQ(lines.at(3), "3. CPU share: background processes got 100% of the CPU the normal ones got");
   EXPECT_EQ(lines.back(), notAsExpected);
+}
+
+TEST_F(SelfTestTest, onlyTheTimeBetweenTheTwoReadingsCounts) {
+  giveBand(1000);
+  const auto account = machine.clock.onAdvance;
+  machine.clock.onAdvance = [&](std::chrono::microseconds duration) {
+    account(duration);
+    giveBand(100); // from the end of the first second, in which the group had its full share
+  };
+  EXPECT_EQ(run(), 0);
+  EXPECT_EQ(lines.at(3), "3. CPU share: background processes got 10% of the CPU the normal ones got");
 }
 
 TEST_F(SelfTestTest, refusedCallsAreCounted) {
