@@ -5,20 +5,11 @@
 // plain loop, and prints how many times as long the whole pass takes. Where its time goes is shown by making
 // its system calls once more with a clock around each.
 #include "bench/support/BarePass.h"
+#include "bench/support/BenchMachine.h"
 #include "bench/support/IdleApps.h"
+#include "bench/support/Series.h"
 #include "bench/support/SystemCalls.h"
 #include "engine/Engine.h"
-#include "platform/linux/Absent.h"
-#include "platform/linux/band/LinuxBand.h"
-#include "platform/linux/files/PosixFileStore.h"
-#include "platform/linux/process/BootClock.h"
-#include "platform/linux/process/LinuxHost.h"
-#include "platform/linux/process/ProcfsProcessTable.h"
-#include "platform/linux/process/SessionLauncher.h"
-#include "platform/shared/IcuText.h"
-#include "platform/shared/PollEventLoop.h"
-#include "platform/simulated/SimulatedCalls.h"
-#include "platform/simulated/SimulatedDefaults.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -32,86 +23,6 @@
 namespace vantle::bench {
 namespace {
 
-class BenchApp final : public RunningApplication {
- public:
-  BenchApp(Pid pid, std::string identifier) : m_pid(pid), m_identifier(std::move(identifier)) {}
-
-  Pid processIdentifier() const override { return m_pid; }
-  std::optional<std::string> bundleIdentifier() const override { return m_identifier; }
-  std::optional<std::string> localizedName() const override { return m_identifier; }
-  std::optional<std::string> bundlePath() const override { return "/usr/share/applications/" + m_identifier; }
-  std::optional<std::string> executablePath() const override { return "/usr/bin/" + m_identifier; }
-  std::optional<std::string> bundleCategory() const override { return std::nullopt; }
-  ActivationPolicy activationPolicy() const override { return ActivationPolicy::regular; }
-  bool isTerminated() const override { return false; }
-  bool isActive() const override { return false; }
-  bool terminate() override { return false; }
-  std::optional<std::string> iconName() const override { return std::nullopt; }
-
- private:
-  Pid m_pid;
-  std::string m_identifier;
-};
-
-class BenchWorkspace final : public Workspace {
- public:
-  explicit BenchWorkspace(const std::vector<pid_t>& roots) {
-    for (const pid_t root : roots) {
-      m_apps.push_back(std::make_shared<BenchApp>(root, "org.example.App" + std::to_string(m_apps.size())));
-    }
-  }
-  std::vector<AppRef> runningApplications() const override { return m_apps; }
-  AppRef frontmostApplication() const override { return nullptr; }
-  AppRef runningApplication(Pid /*pid*/) const override { return nullptr; }
-  std::unique_ptr<Registration> observe(WorkspaceEvent /*event*/, Handler /*handler*/) override {
-    return std::make_unique<Registration>();
-  }
-
- private:
-  std::vector<AppRef> m_apps;
-};
-
-// Everything that a pass needs, and nothing that would connect to the desktop of whoever runs this.
-struct BenchMachine {
-  explicit BenchMachine(const std::string& folder, const std::vector<pid_t>& roots)
-      : files(folder, PosixFileStore::Sync::none), epoch(BootEpoch::load(files, {})),
-        processes(epoch, processFiles), clock(epoch),
-        band(loop, files, {.files = processFiles, .ledger = folder + "/band.json", .userBus = {}}),
-        workspace(roots) {}
-
-  Machine ports() {
-    return {host,          processes, band,  workspace, audio,    power, pressure,
-            notifications, defaults,  files, clock,     launcher, text};
-  }
-
-  PosixFileStore files;
-  BootEpoch epoch;
-  LinuxHost host;
-  std::shared_ptr<const ProcessFiles> processFiles = std::make_shared<ProcessFiles>("/proc");
-  ProcfsProcessTable processes;
-  BootClock clock;
-  PollEventLoop loop;
-  LinuxBand band;
-  BenchWorkspace workspace;
-  AbsentAudioActivity audio;
-  AbsentPowerAssertions power;
-  AbsentMemoryPressure pressure;
-  AbsentNotifications notifications;
-  SimulatedCalls calls;
-  SimulatedDefaults defaults{calls};
-  SessionLauncher launcher;
-  IcuText text;
-};
-
-// One figure of several rounds: the middle one, which a busy machine moves least.
-struct Series {
-  std::vector<double> values;
-  double median() {
-    std::sort(values.begin(), values.end());
-    return values.empty() ? 0 : values[values.size() / 2];
-  }
-};
-
 // Processor time, so that a machine that is busy with other things changes little.
 template <class Work> double millis(Work work) {
   const std::uint64_t before = processorNanos();
@@ -122,6 +33,7 @@ template <class Work> double millis(Work work) {
 void printCalls(const Recording& recording, BareLoop& loop) {
   const std::map<std::string, std::uint64_t> times = loop.runTimed();
   std::vector<std::pair<std::uint64_t, std::string>> sorted;
+  sorted.reserve(times.size());
   for (const auto& [name, nanos] : times) sorted.emplace_back(nanos, name);
   std::sort(sorted.rbegin(), sorted.rend());
   for (const auto& [nanos, name] : sorted) {

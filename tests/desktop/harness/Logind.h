@@ -17,6 +17,7 @@ class Logind {
 
   Logind(); // ready for calls
   PrivateBus& bus() { return m_bus; }
+  const PrivateBus& bus() const { return m_bus; }
   Program& daemon() { return *m_daemon; }
   void start(); // again, after it was killed
 
