@@ -4,7 +4,7 @@
 // daemon with inhibitors answer; 40 apps with 400 processes are in the background. And what a probe costs
 // while nobody asks: its memory and its wake-ups.
 //
-// usage: probes [ROUNDS [SECONDS]]      (the login daemon needs root)
+// usage: probes [ROUNDS [SECONDS]]
 #include "bench/support/BareProbes.h"
 #include "bench/support/BenchMachine.h"
 #include "bench/support/IdleApps.h"
@@ -195,7 +195,7 @@ void measureTimes(const Stage& stage, int rounds) {
               engine.managed().size(), slowed.size(), machine.processes.scan().size(), players,
               stage.hasLogind() ? inhibitors : 0, rounds);
   for (Comparison& comparison : comparisons) comparison.print();
-  if (!stage.hasLogind()) std::printf("no login daemon: it needs root\n");
+  if (!stage.hasLogind()) std::printf("no login daemon here\n");
   engine.stopBoost();
   machine.band.settle(std::chrono::seconds(60));
 }

@@ -4,6 +4,7 @@
 #include "demo/Report.h"
 #include "demo/Scheduling.h"
 #include "demo/Stage.h"
+#include "engine/AppUsage.h"
 #include "platform/linux/process/ProcfsProcessTable.h"
 
 #include <algorithm>
@@ -11,9 +12,12 @@
 #include <chrono>
 #include <cmath>
 #include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <functional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace vantle::demo {
 
@@ -28,6 +32,8 @@ constexpr const char* visitor = "Mousepad"; // the app that comes to the front d
 constexpr auto measuring = 4s;
 
 std::string percent(double share) { return std::to_string(std::lround(share * 100)) + " %"; }
+
+std::string times(long count) { return count == 1 ? "once" : std::to_string(count) + " times"; }
 
 std::string milliseconds(std::chrono::steady_clock::duration time) {
   std::array<char, 32> text{};
@@ -52,6 +58,7 @@ class Demo {
     startVantleIdle();
     bringGameToFront();
     visitAnotherApp();
+    runShortOfMemory();
     quitGame();
     quitVantle();
     m_report.heading(m_report.allHeld() ? "All of this was measured, and all of it held."
@@ -66,9 +73,10 @@ class Demo {
   }
 
   bool everyAppInBand() const {
-    const auto states = m_stage.states();
-    return std::all_of(states.begin(), states.end(),
-                       [](const auto& app) { return isWhollyInBand(app.second); });
+    const auto& apps = m_stage.apps();
+    return std::all_of(apps.begin(), apps.end(), [this](const Stage::App& app) {
+      return isWhollyInBand(appState(m_processes, app.pid()));
+    });
   }
 
   bool everyAppAsBefore() const {
@@ -77,17 +85,38 @@ class Demo {
                        [this](const auto& app) { return sameAsBefore(m_before.at(app.first), app.second); });
   }
 
+  // And how often the tone broke off meanwhile.
+  Shares processorShares() {
+    const long before = m_stage.soundBreaks();
+    Shares shares = m_stage.processorShares(measuring);
+    m_breaks = m_stage.soundBreaks() - before;
+    return shares;
+  }
+
+  void checkUsefulApps() {
+    for (const Stage::App& app : m_stage.usefulApps()) {
+      m_report.check(sameAsBefore(m_before.at(app.name), appState(m_processes, app.pid())),
+                     "left alone: " + app.name);
+    }
+  }
+
   void showTheDesktop() {
     m_report.heading("A desktop with a game, apps and a CPU hog; nothing is boosted");
     m_stage.startGame();
     m_stage.screen().activate(*m_stage.game().program);
-    m_sharesBefore = m_stage.processorShares(measuring);
+    m_sharesBefore = processorShares();
     m_before = m_stage.states();
     m_report.say("in front: " + m_stage.game().name);
     for (const Stage::App& app : m_stage.apps()) m_report.say("beside it: " + app.name);
+    m_report.say("and Music, which plays a tone through a child process");
+    m_report.say(
+        m_stage.hasLoginDaemon()
+            ? "and Download, which keeps the machine awake with an inhibitor of logind's"
+            : "not shown here: an app that keeps the machine awake, since no login daemon can be had");
     m_report.say("processor time, in parts of one processor: the game " +
                  percent(m_sharesBefore.at(m_stage.game().name)) + ", the hog " +
                  percent(m_sharesBefore.at(hog)));
+    m_report.say("the tone broke off " + times(m_breaks) + " meanwhile");
     takePicture("1-before.png", "The game shares the machine with everything else");
   }
 
@@ -104,23 +133,26 @@ class Demo {
     m_stage.screen().windows().activate(window);
     bool held = false;
     const auto time = timeUntil([this] { return everyAppInBand(); }, held);
-    for (const auto& [name, state] : m_stage.states()) {
-      m_report.check(isWhollyInBand(state), "in the background: " + name + " (" +
+    for (const Stage::App& app : m_stage.apps()) {
+      const AppState state = appState(m_processes, app.pid());
+      m_report.check(isWhollyInBand(state), "in the background: " + app.name + " (" +
                                                 std::to_string(state.groupWeights.size()) + " processes, " +
                                                 std::to_string(state.threads.size()) + " threads)");
     }
     m_report.check(held, "all of them were there " + milliseconds(time) + " after the click");
     const AppState game = appState(m_processes, m_stage.game().pid());
     m_report.check(isWhollyOutOfBand(game), "the game itself is untouched");
+    checkUsefulApps();
     m_report.check(m_stage.journal() != "[]", "the journal names what is slowed");
 
-    const Shares shares = m_stage.processorShares(measuring);
+    const Shares shares = processorShares();
     const std::string gameName = m_stage.game().name;
     m_report.say("processor time: the game " + percent(shares.at(gameName)) + " (was " +
                  percent(m_sharesBefore.at(gameName)) + "), the hog " + percent(shares.at(hog)) + " (was " +
                  percent(m_sharesBefore.at(hog)) + ")");
     m_report.check(shares.at(gameName) > m_sharesBefore.at(gameName), "the game gets more than before");
     m_report.check(shares.at(hog) < m_sharesBefore.at(hog), "the hog gets less than before");
+    m_report.say("the tone broke off " + times(m_breaks) + " meanwhile");
     takePicture("2-boost.png", "The Boost: everything but the game is in the background");
   }
 
@@ -141,6 +173,44 @@ class Demo {
                    std::string(visitor) + " is in the background again, " + milliseconds(time) + " later");
   }
 
+  void runShortOfMemory() {
+    m_report.heading("The kernel says that memory runs short");
+    if (!std::filesystem::exists("/proc/pressure/memory")) {
+      m_report.say("not shown here: this kernel measures no memory pressure");
+      return;
+    }
+    m_report.say(
+        "what is made up: a program gives the pages of a 16 MB file back and waits for the disk, over and "
+        "over; the kernel's measure of it, its trigger, the program and the notification daemon are real");
+    desktop::Program& staller = m_stage.startMemoryPressure(m_report.pathOf(""));
+    bool held = false;
+    const auto time = timeUntil([this] { return m_stage.notices().displayed() == 1; }, held);
+    m_report.check(held, "a notice is on the screen " + milliseconds(time) + " after the shortage began");
+    takePicture("4-notice.png", "A notice names what uses the most memory");
+    staller.kill();
+    checkNotice(m_stage.notices().shown());
+    checkUsefulApps();
+  }
+
+  // The three that use most, by this program's own count.
+  void checkNotice(const std::string& shown) {
+    std::vector<std::pair<std::uint64_t, std::string>> apps;
+    const ProcessSnapshot snapshot(m_processes);
+    for (const Stage::App& app : m_stage.apps())
+      apps.emplace_back(appFootprint(m_processes, snapshot, app.pid()), app.name);
+    std::sort(apps.rbegin(), apps.rend());
+    m_report.say("it says: " + shown.substr(0, shown.find('\n')));
+    const bool isWarning = shown.starts_with("Vantle|Memory is running low|Using the most memory: ");
+    const bool isCritical = shown.starts_with("Vantle|Memory almost full|Using the most memory: ");
+    std::size_t at = shown.rfind('|');
+    bool inOrder = isWarning || isCritical;
+    for (std::size_t place = 0; place < 3 && inOrder; ++place) {
+      at = shown.find((place == 0 ? ": " : ", ") + apps[place].second + " ", at);
+      inOrder = at != std::string::npos;
+    }
+    m_report.check(inOrder, "it names the three apps that use the most, the largest first");
+  }
+
   void quitGame() {
     m_report.heading("The game quits");
     m_stage.game().program->signal(SIGTERM);
@@ -150,7 +220,7 @@ class Demo {
     m_report.check(held, "every class, nice, I/O priority, affinity and group weight is what it was, " +
                              milliseconds(time) + " after its end");
     m_report.check(waitUntil([this] { return m_stage.journal() == "[]"; }), "the journal is empty");
-    takePicture("4-after.png", "Everything is back");
+    takePicture("5-after.png", "Everything is back");
   }
 
   void quitVantle() {
@@ -164,6 +234,7 @@ class Demo {
   ProcfsProcessTable m_processes;
   Stage m_stage;
   Shares m_sharesBefore;
+  long m_breaks = 0; // of the tone, while the shares were measured last
   std::map<std::string, AppState> m_before;
 };
 

@@ -5,7 +5,7 @@
 
 namespace vantle::demo {
 
-Report::Report(const std::filesystem::path& folder) : m_folder(folder) {
+Report::Report(const std::filesystem::path& folder) : m_folder(std::filesystem::absolute(folder)) {
   std::filesystem::remove_all(folder);
   std::filesystem::create_directories(folder);
   m_page.open(folder / "report.md");

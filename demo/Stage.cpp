@@ -25,22 +25,68 @@ desktop::VirtualDesktop::Options options() {
   return chosen;
 }
 
+// What an app does that must not be interrupted: sleeping is refused as long as the command runs.
+constexpr const char* keepAwake =
+    "systemd-inhibit --what=sleep:idle --mode=block --who=Download --why=Downloading";
+
+std::string toneLog(const desktop::VirtualDesktop& screen) { return screen.logs() / "tone"; }
+
 } // namespace
 
 Stage::Stage(const ProcessTable& processes) : m_processes(processes), m_desktop(options()) {
-  start("XTerm", {"xterm", "-geometry", "60x14+20+20"});
-  start("Mousepad", {"mousepad"});
-  start("Galculator", {"galculator"});
+  startLoginDaemon();
+  m_apps.push_back(start("XTerm", {"xterm", "-geometry", "60x14+20+20"}));
+  m_apps.push_back(start("Mousepad", {"mousepad"}));
+  m_apps.push_back(start("Galculator", {"galculator"}));
   // Two busy loops in a terminal window: enough to take half of two processors from anybody.
-  start("CPU hog", {"xterm", "-T", "CPU hog", "-geometry", "60x8+20+520", "-e", "/bin/sh", "-c",
-                    "echo This window keeps two processors busy.; yes >/dev/null & exec yes >/dev/null"});
+  m_apps.push_back(
+      startInTerminal("CPU hog", "60x8+20+520",
+                      "echo This window keeps two processors busy.; yes >/dev/null & exec yes >/dev/null"));
+  m_usefulApps.push_back(startInTerminal(
+      "Music", "60x8+20+760",
+      "echo This window plays a quiet tone.; exec '" VANTLE_TONE_PLAYER "' >'" + toneLog(m_desktop) + "'"));
+  require("the tone", [this] { return toneSaid("playing") > 0; });
+  if (!m_hasLoginDaemon) return;
+  m_usefulApps.push_back(startInTerminal("Download", "60x8+20+1000",
+                                         std::string("echo This window keeps the machine awake.; exec ") +
+                                             keepAwake + " sleep 600"));
+  require("the inhibitor", [this] {
+    return m_desktop.run({"sh", "-c", "systemd-inhibit --list --no-legend | grep -q Download"});
+  });
 }
 
-void Stage::start(const std::string& name, std::vector<std::string> command,
-                  const desktop::Environment& added) {
-  desktop::Program& program = m_desktop.launch(std::move(command), added);
+void Stage::startLoginDaemon() {
+  m_hasLoginDaemon = m_desktop.run({"sh", "-c", std::string(keepAwake) + " true"});
+  if (m_hasLoginDaemon || !desktop::Logind::isPossible()) return;
+  m_logind.emplace();
+  m_desktop.setEnvironment("DBUS_SYSTEM_BUS_ADDRESS", m_logind->bus().address());
+  m_hasLoginDaemon = true;
+}
+
+Stage::App Stage::start(const std::string& name, std::vector<std::string> command) {
+  desktop::Program& program = m_desktop.launch(std::move(command));
   m_desktop.waitForWindow(program.pid());
-  m_apps.push_back({name, &program});
+  return {name, &program};
+}
+
+Stage::App Stage::startInTerminal(const std::string& name, const std::string& place,
+                                  const std::string& script) {
+  std::string windowClass = name;
+  std::erase(windowClass, ' ');
+  m_desktop.installDesktopFile("org.example." + windowClass,
+                               "[Desktop Entry]\nType=Application\nName=" + name +
+                                   "\nExec=true\nStartupWMClass=" + windowClass + "\n");
+  return start(
+      name, {"xterm", "-class", windowClass, "-T", name, "-geometry", place, "-e", "/bin/sh", "-c", script});
+}
+
+long Stage::toneSaid(const std::string& word) const {
+  std::ifstream file(toneLog(m_desktop));
+  return std::count(std::istream_iterator<std::string>(file), {}, word);
+}
+
+desktop::Program& Stage::startMemoryPressure(const std::filesystem::path& folder) {
+  return m_desktop.launch({VANTLE_MEMORY_STALLER, folder / "stalled"});
 }
 
 void Stage::startGame() {
@@ -56,10 +102,12 @@ void Stage::startVantle(const std::string& program) {
 }
 
 const Stage::App& Stage::app(const std::string& name) const {
-  const auto found = std::find_if(m_apps.begin(), m_apps.end(),
-                                  [&](const App& candidate) { return candidate.name == name; });
-  if (found == m_apps.end()) throw std::invalid_argument("no app named " + name);
-  return *found;
+  for (const std::vector<App>* apps : {&m_apps, &m_usefulApps}) {
+    const auto found = std::find_if(apps->begin(), apps->end(),
+                                    [&](const App& candidate) { return candidate.name == name; });
+    if (found != apps->end()) return *found;
+  }
+  throw std::invalid_argument("no app named " + name);
 }
 
 std::string Stage::journal() const {
@@ -70,6 +118,7 @@ std::string Stage::journal() const {
 std::map<std::string, AppState> Stage::states() const {
   std::map<std::string, AppState> all;
   for (const App& one : m_apps) all.emplace(one.name, appState(m_processes, one.pid()));
+  for (const App& one : m_usefulApps) all.emplace(one.name, appState(m_processes, one.pid()));
   return all;
 }
 

@@ -3,11 +3,16 @@
 
 #include "demo/Scheduling.h"
 #include "engine/ports/ProcessTable.h"
+#include "tests/desktop/harness/Logind.h"
+#include "tests/desktop/harness/NotificationDaemon.h"
+#include "tests/desktop/harness/SoundServer.h"
 #include "tests/desktop/harness/VirtualDesktop.h"
 
 #include <chrono>
+#include <filesystem>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,8 +30,13 @@ class Stage {
   explicit Stage(const ProcessTable& processes);
 
   desktop::VirtualDesktop& screen() { return m_desktop; }
-  const std::vector<App>& apps() const { return m_apps; } // the game is none of them
-  const App& app(const std::string& name) const;
+  // Neither of these has the game.
+  const std::vector<App>& apps() const { return m_apps; }
+  const std::vector<App>& usefulApps() const {
+    return m_usefulApps;
+  }                                              // one that is heard, one that keeps awake
+  const App& app(const std::string& name) const; // one of either
+  bool hasLoginDaemon() const { return m_hasLoginDaemon; }
   App& game() { return m_game; }
 
   void startGame();
@@ -34,17 +44,30 @@ class Stage {
   desktop::Program& vantle() { return *m_vantle; }
   std::string journal() const;
 
+  long soundBreaks() const { return toneSaid("break"); } // of the tone, so far
+  desktop::NotificationDaemon& notices() { return m_notices; }
+  // Makes the whole machine short of memory in the kernel's eyes, by waiting for a small file in that folder.
+  desktop::Program& startMemoryPressure(const std::filesystem::path& folder);
+
   std::map<std::string, AppState> states() const; // of the apps, by name
   // How much of one processor each used over the time, by name; the game included.
   std::map<std::string, double> processorShares(std::chrono::milliseconds duration) const;
 
  private:
-  void start(const std::string& name, std::vector<std::string> command,
-             const desktop::Environment& added = {});
+  App start(const std::string& name, std::vector<std::string> command);
+  // A terminal window that is an app of its own, with its own desktop file.
+  App startInTerminal(const std::string& name, const std::string& place, const std::string& script);
+  void startLoginDaemon();
+  long toneSaid(const std::string& word) const;
 
   const ProcessTable& m_processes;
   desktop::VirtualDesktop m_desktop;
+  desktop::SoundServer m_sound{m_desktop};
+  desktop::NotificationDaemon m_notices{m_desktop};
+  std::optional<desktop::Logind> m_logind; // absent as well where the machine's own serves
+  bool m_hasLoginDaemon = false;
   std::vector<App> m_apps;
+  std::vector<App> m_usefulApps;
   App m_game;
   desktop::Program* m_vantle = nullptr;
 };

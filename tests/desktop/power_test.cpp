@@ -34,7 +34,7 @@ class NoProcesses final : public ProcessTable {
 
 struct Power : testing::Test {
   void SetUp() override {
-    if (!Logind::isPossible()) GTEST_SKIP() << "the login daemon needs root";
+    if (!Logind::isPossible()) GTEST_SKIP() << "no login daemon, or no namespaces for this user";
     logind.emplace();
     system.emplace(loop, logind->bus().address());
     power.emplace(*system, session, processes);

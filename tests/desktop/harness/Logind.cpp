@@ -6,9 +6,28 @@
 
 namespace vantle::desktop {
 
-bool Logind::isPossible() { return ::geteuid() == 0 && ::access("/lib/systemd/systemd-logind", X_OK) == 0; }
+namespace {
 
-Logind::Logind() { start(); }
+bool isRoot() { return ::geteuid() == 0; }
+
+std::vector<std::string> asRootOfOwnNamespace() {
+  return isRoot() ? std::vector<std::string>{}
+                  : std::vector<std::string>{"unshare", "--user", "--map-root-user"};
+}
+
+} // namespace
+
+bool Logind::isPossible() {
+  if (::access("/lib/systemd/systemd-logind", X_OK) != 0) return false;
+  if (isRoot()) return true;
+  Start start;
+  start.command = {"unshare", "--user", "--map-root-user", "--mount", "mount",
+                   "-t",      "tmpfs",  "tmpfs",           "/run"};
+  start.environment = {{"PATH", "/usr/bin:/bin"}};
+  return Program(start).exitStatus() == 0;
+}
+
+Logind::Logind() : m_bus(asRootOfOwnNamespace()) { start(); }
 
 Start Logind::startOf(std::vector<std::string> command) const {
   Start start;
@@ -19,13 +38,18 @@ Start Logind::startOf(std::vector<std::string> command) const {
 }
 
 void Logind::start() {
-  m_daemon = std::make_unique<Program>(
-      startOf({"unshare", "-m", "sh", "-c",
-               "mount -t tmpfs tmpfs /run && mkdir -p /run/systemd/system /run/systemd/inhibit && "
-               "exec /lib/systemd/systemd-logind"}));
+  std::vector<std::string> command{"unshare", "--mount", "sh", "-c",
+                                   "mount -t tmpfs tmpfs /run && "
+                                   "mkdir -p /run/systemd/system /run/systemd/inhibit && "
+                                   "exec /lib/systemd/systemd-logind"};
+  if (!isRoot()) { // the same root as that of the bus
+    const std::string owner = std::to_string(m_bus.daemon().pid());
+    command.insert(command.begin(), {"nsenter", "--user", "--preserve-credentials", "--target=" + owner});
+  }
+  m_daemon = std::make_unique<Program>(startOf(std::move(command)));
   require("the login daemon", [this] {
-    return run({"dbus-send", "--system", "--print-reply", "--dest=org.freedesktop.login1",
-                "/org/freedesktop/login1", "org.freedesktop.login1.Manager.ListInhibitors"});
+    return run({"busctl", "call", "org.freedesktop.login1", "/org/freedesktop/login1",
+                "org.freedesktop.login1.Manager", "ListInhibitors"});
   });
 }
 

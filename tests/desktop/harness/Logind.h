@@ -10,10 +10,12 @@
 
 namespace vantle::desktop {
 
-// systemd's login daemon on a system bus of its own, in a mount namespace of its own. Needs root.
+// systemd's login daemon on a system bus of its own, in a mount namespace of its own. An ordinary user is
+// root in a user namespace for it, where the system allows such namespaces; who asks from outside then speaks
+// sd-bus's way of logging in, which names no user.
 class Logind {
  public:
-  static bool isPossible();
+  static bool isPossible(); // on this machine, for this user
 
   Logind(); // ready for calls
   PrivateBus& bus() { return m_bus; }

@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
+#include <utility>
 
 namespace vantle::desktop {
 
@@ -25,7 +26,9 @@ bool accepts(const fs::path& socket) {
 
 } // namespace
 
-PrivateBus::PrivateBus() : m_socket(m_folder.path() / "socket"), m_address("unix:path=" + m_socket.string()) {
+PrivateBus::PrivateBus(std::vector<std::string> prefix)
+    : m_prefix(std::move(prefix)), m_socket(m_folder.path() / "socket"),
+      m_address("unix:path=" + m_socket.string()) {
   start();
 }
 
@@ -41,7 +44,11 @@ void PrivateBus::start() {
                                      "</policy></busconfig>");
   fs::remove(m_socket);
   Start start;
-  start.command = {"dbus-daemon", "--config-file=" + configuration.string(), "--nofork", "--nopidfile"};
+  start.command = m_prefix;
+  for (const std::string& word : {std::string("dbus-daemon"), "--config-file=" + configuration.string(),
+                                  std::string("--nofork"), std::string("--nopidfile")}) {
+    start.command.push_back(word);
+  }
   start.environment = {{"PATH", "/usr/bin:/bin"}};
   m_daemon = std::make_unique<Program>(start);
   require("a message bus", [this] { return accepts(m_socket); });

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace vantle::desktop {
 
@@ -14,7 +15,8 @@ namespace vantle::desktop {
 // for the session's bus as well as for the system's.
 class PrivateBus {
  public:
-  PrivateBus(); // ready for connections
+  // Ready for connections. A prefix stands before the daemon's own command.
+  explicit PrivateBus(std::vector<std::string> prefix = {});
   PrivateBus(const PrivateBus&) = delete;
   PrivateBus& operator=(const PrivateBus&) = delete;
 
@@ -24,6 +26,7 @@ class PrivateBus {
   void start(); // again, at the same address, after it was killed
 
  private:
+  std::vector<std::string> m_prefix;
   TemporaryFolder m_folder;
   std::filesystem::path m_socket;
   std::string m_address;

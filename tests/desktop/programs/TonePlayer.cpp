@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Plays a tone through the sound server until it is ended. SIGUSR1 pauses it (corks the stream), SIGUSR2
-// plays on. Prints "playing" and "paused" when the server has done so, and at the end (SIGTERM) how often the
-// sound broke off.
+// plays on. Prints "playing" and "paused" when the server has done so, "break" whenever the sound broke off,
+// and at the end (SIGTERM) how often it did.
 #include <cmath>
 #include <csignal>
 #include <cstdint>
@@ -38,7 +38,10 @@ void fill(pa_stream* stream, std::size_t bytes, void* data) {
                   PA_SEEK_RELATIVE);
 }
 
-void countBreak(pa_stream*, void* data) { ++static_cast<Player*>(data)->breaks; }
+void countBreak(pa_stream*, void* data) {
+  ++static_cast<Player*>(data)->breaks;
+  say("break");
+}
 
 void cork(Player& player, bool pause) {
   pa_operation* operation = pa_stream_cork(
