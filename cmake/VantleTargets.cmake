@@ -28,8 +28,18 @@ function(vantle_qml_module name uri)
   string(REPLACE . / folder ${uri})
   qt_add_qml_module(${name} URI ${uri} VERSION 1.0 NO_PLUGIN RESOURCE_PREFIX /qt/qml
                     OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/${folder} QML_FILES ${views} ${ARGN})
-  # The compiler of views writes C++ that is not ours to keep free of warnings.
+  # The collector of types looks again at files that changed, but never at one that is new: its stamp must go then.
   get_target_property(sources ${name} SOURCES)
+  set(listing ${CMAKE_CURRENT_BINARY_DIR}/${name}_sources.txt)
+  set(listed)
+  if(EXISTS ${listing})
+    file(READ ${listing} listed)
+  endif()
+  if(NOT "${listed}" STREQUAL "${sources}")
+    file(WRITE ${listing} "${sources}")
+    file(REMOVE ${CMAKE_CURRENT_BINARY_DIR}/${name}_autogen/timestamp)
+  endif()
+  # The compiler of views writes C++ that is not ours to keep free of warnings.
   list(FILTER sources INCLUDE REGEX "/qmlcache/")
   set_source_files_properties(${sources} PROPERTIES COMPILE_OPTIONS -w)
 endfunction()

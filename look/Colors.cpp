@@ -1,8 +1,21 @@
 // SPDX-License-Identifier: MIT
 #include "look/Colors.h"
 
+#include <cmath>
+
 namespace vantle {
 namespace {
+
+// Relative luminance and contrast as the web's accessibility guidelines (WCAG 2.1) define them.
+double linear(double component) {
+  return component <= 0.04045 ? component / 12.92 : std::pow((component + 0.055) / 1.055, 2.4);
+}
+
+double contrastWithWhite(const QColor& color) {
+  const double luminance =
+      0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+  return 1.05 / (luminance + 0.05);
+}
 
 const Colors& lightColors() {
   static const Colors colors{
@@ -57,6 +70,14 @@ QColor accentColor(AccentTheme theme) {
   const AccentColor color = colorOf(theme);
   return QColor::fromRgbF(static_cast<float>(color.red), static_cast<float>(color.green),
                           static_cast<float>(color.blue));
+}
+
+QColor accentUnderText(AccentTheme theme) {
+  constexpr double leastContrast = 4.5;
+  const QColor accent = accentColor(theme);
+  QColor color = accent;
+  for (int percent = 101; contrastWithWhite(color) < leastContrast; ++percent) color = accent.darker(percent);
+  return color;
 }
 
 } // namespace vantle

@@ -27,4 +27,7 @@ const Colors& colorsFor(bool dark);
 QPalette paletteFor(bool dark);
 QColor accentColor(AccentTheme theme);
 
+// The accent, as much darker as white text on it needs for a contrast of 4.5 to 1; most need nothing.
+QColor accentUnderText(AccentTheme theme);
+
 } // namespace vantle

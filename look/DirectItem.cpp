@@ -25,7 +25,10 @@ class DirectNode final : public QSGRenderNode {
         window->rendererInterface()->getResource(window, QSGRendererInterface::PainterResource));
     if (painter == nullptr) return;
     const QRegion* clip = state->clipRegion();
-    if (clip != nullptr && !clip->isEmpty()) painter->setClipRegion(*clip, Qt::ReplaceClip);
+    if (clip != nullptr) {
+      if (clip->isEmpty()) return; // scrolled out of sight
+      painter->setClipRegion(*clip, Qt::ReplaceClip);
+    }
     painter->setTransform(matrix()->toTransform());
     painter->setOpacity(inheritedOpacity());
     painter->setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);

@@ -3,7 +3,7 @@ import QtQuick
 import Vantle.Look
 
 // A hairline, lying unless it is made higher than wide.
-Rectangle {
+Hairline {
     implicitHeight: 1
     implicitWidth: 1
     color: Look.divider

@@ -20,6 +20,7 @@ class Look : public QObject {
   QML_SINGLETON
   Q_PROPERTY(bool dark READ dark NOTIFY changed)
   Q_PROPERTY(QColor accent READ accent NOTIFY changed)
+  Q_PROPERTY(QColor accentUnderText READ accentUnderText NOTIFY changed)
   Q_PROPERTY(QColor surface READ surface NOTIFY changed)
   Q_PROPERTY(QColor control READ control NOTIFY changed)
   Q_PROPERTY(QColor edge READ edge NOTIFY changed)
@@ -37,6 +38,7 @@ class Look : public QObject {
 
   bool dark() const { return m_dark; }
   QColor accent() const { return accentColor(m_settings.accent.get()); }
+  QColor accentUnderText() const { return vantle::accentUnderText(m_settings.accent.get()); }
   QColor surface() const { return colors().surface; }
   QColor control() const { return colors().control; }
   QColor edge() const { return colors().edge; }

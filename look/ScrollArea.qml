@@ -38,15 +38,10 @@ Flickable {
                 area.reveal(item);
         }
     }
-    RoundedBox {
+    ScrollMark {
         parent: area
+        area: area
         anchors.right: parent.right
         anchors.rightMargin: 1
-        visible: area.overflows
-        width: 4
-        radius: 2
-        y: area.visibleArea.yPosition * area.height
-        height: Math.max(24, area.visibleArea.heightRatio * area.height)
-        color: Look.faded(Look.primary, 0.25)
     }
 }

@@ -16,7 +16,7 @@ Item {
         height: parent.height
         text: row.title
     }
-    Words {
+    Figures {
         anchors.right: parent.right
         height: parent.height
         text: row.value

@@ -37,13 +37,13 @@ Item {
         text: line.name
         font.pixelSize: 13
     }
-    Words {
+    Figures {
         id: amount
         anchors.right: parent.right
         anchors.rightMargin: 8
         height: parent.height
         text: line.memory
-        font.pixelSize: 12
+        pixelSize: 12
         color: Look.secondary
     }
 }

@@ -41,11 +41,23 @@ FocusScope {
             id: title
             x: 20
             y: 16
-            width: parent.width - 40
             text: "Add App"
             font.pixelSize: 15
             font.weight: Font.DemiBold
             Accessible.role: Accessible.Heading
+        }
+        Words {
+            anchors.left: title.right
+            anchors.leftMargin: 16
+            anchors.right: parent.right
+            anchors.rightMargin: 20
+            anchors.baseline: title.baseline
+            horizontalAlignment: Text.AlignRight
+            visible: dialog.model.browsing
+            text: dialog.model.folder
+            elide: Text.ElideMiddle
+            font.pixelSize: 12
+            color: Look.secondary
         }
         SearchField {
             id: search

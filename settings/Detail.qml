@@ -16,8 +16,8 @@ Item {
     }
     Words {
         id: title
-        x: 24
-        width: parent.width - 48
+        x: 32
+        width: parent.width - 64
         height: 52
         text: detail.model.paneTitles[detail.model.pane]
         font.pixelSize: 17

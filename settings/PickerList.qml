@@ -44,6 +44,12 @@ RoundedBox {
             onActivated: frame.model.activate(index)
         }
     }
+    ScrollMark {
+        area: list
+        y: 5 + list.visibleArea.yPosition * list.height
+        anchors.right: parent.right
+        anchors.rightMargin: 1
+    }
     FocusRing {
         shown: list.activeFocus
         gap: 1

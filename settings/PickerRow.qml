@@ -25,7 +25,7 @@ Item {
     RoundedBox {
         anchors.fill: parent
         radius: 6
-        color: row.current ? Look.accent : pointer.containsMouse ? Look.faded(Look.primary, 0.05) : "transparent"
+        color: row.current ? Look.accentUnderText : pointer.containsMouse ? Look.faded(Look.primary, 0.05) : "transparent"
     }
     AppImage {
         id: picture

@@ -18,7 +18,7 @@ Pressable {
     RoundedBox {
         anchors.fill: parent
         radius: 7
-        color: button.prominent ? Look.accent : Look.faded(Look.primary, button.hovered ? 0.12 : 0.08)
+        color: button.prominent ? Look.accentUnderText : Look.faded(Look.primary, button.hovered ? 0.12 : 0.08)
     }
     Words {
         id: words

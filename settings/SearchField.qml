@@ -42,7 +42,7 @@ RoundedBox {
         clip: true
         font.pixelSize: 13
         color: Look.primary
-        selectionColor: Look.accent
+        selectionColor: Look.accentUnderText
         selectedTextColor: "white"
         maximumLength: 200
         activeFocusOnTab: true

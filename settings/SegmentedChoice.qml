@@ -51,7 +51,7 @@ RovingGroup {
                 anchors.fill: parent
                 radius: 6
                 visible: segment.checked
-                color: Look.accent
+                color: Look.accentUnderText
                 opacity: segment.pressed ? 0.75 : 1
             }
             Words {

@@ -17,15 +17,15 @@ SimulatedAppRef open(SimulatedMachine& machine, const char* name, const char* bu
 
 SampleDesktop openSampleDesktop(SimulatedMachine& machine) {
   SampleDesktop desktop;
-  desktop.browser = open(machine, "Web Browser", "org.example.browser", "applications-internet", 412);
+  desktop.browser = open(machine, "Web Browser", "org.example.browser", "web-browser", 412);
   for (const std::uint64_t tab : {310U, 288U, 121U, 64U}) {
     machine.processes.spawn({.parent = desktop.browser->processIdentifier(),
                              .executable = "/usr/lib/browser/tab",
                              .footprint = tab * mebibyte});
   }
-  desktop.mail = open(machine, "Mail", "org.example.mail", "internet-mail", 236);
+  desktop.mail = open(machine, "Mail", "org.example.mail", "emblem-mail", 236);
   desktop.editor = open(machine, "Text Editor", "org.example.editor", "accessories-text-editor", 58);
-  desktop.chat = open(machine, "Chat", "org.example.chat", "internet-group-chat", 347);
+  desktop.chat = open(machine, "Chat", "org.example.chat", "face-smile", 347);
   desktop.music = open(machine, "Music", "com.spotify.client", "multimedia-audio-player", 190);
   machine.audio.heard.insert(desktop.music->processIdentifier());
   desktop.game = machine.launch({.name = "Asteroids",

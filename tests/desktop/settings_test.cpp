@@ -11,7 +11,6 @@
 #include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <sstream>
 
 namespace vantle::desktop {
@@ -187,22 +186,6 @@ TEST_F(SettingsOnADesktop, FollowsWhatIsChangedElsewhere) {
   ASSERT_EQ(onDisk<Keys>("userGames").size(), 1U);
   EXPECT_TRUE(waitUntil(
       [&] { return tells("where Remove " + onDisk<Keys>("userGames").front()).rfind("at ", 0) == 0; }));
-}
-
-TEST_F(SettingsOnADesktop, LooksAsInThePictures) {
-  const std::filesystem::path folder = VANTLE_PICTURES;
-  std::filesystem::create_directories(folder);
-  const char* panes[] = {"general", "boost", "appearance", "updates", "about"};
-  for (const char* scheme : {"Light", "Dark"}) {
-    say(std::string("appearance ") + scheme);
-    for (std::size_t pane = 0; pane < std::size(panes); ++pane) {
-      say("pane " + std::to_string(pane));
-      const auto file = folder / (std::string("settings-") + panes[pane] + "-" + scheme + ".png");
-      std::filesystem::remove(file);
-      say("grab " + file.string());
-      EXPECT_GT(std::filesystem::file_size(file), 5000U) << file;
-    }
-  }
 }
 
 } // namespace

@@ -2,7 +2,7 @@
 // The settings window over a simulated engine, with real files of settings, autostart and apps in the XDG
 // folders. Does what the lines of a pipe say (its only argument), and says "done LINE" after each:
 //   show | close | pane N | accent NAME | appearance NAME | picker | search TEXT | boost-front
-//   release-after MILLISECONDS | where LABEL | focus | state | grab PATH | quit
+//   release-after MILLISECONDS | where LABEL | focus | state | quit
 #include "look/Appearance.h"
 #include "look/LookEngine.h"
 #include "platform/linux/catalog/DesktopCatalog.h"
@@ -133,7 +133,6 @@ class Program {
     if (verb == "where") sayWhere(rest);
     if (verb == "focus") say("focus " + view()->activeFocusItem()->property("label").toString());
     if (verb == "state") view() != nullptr ? sayState() : say("no window");
-    if (verb == "grab") view()->grabWindow().save(rest);
     if (verb == "quit") QCoreApplication::quit();
   }
 

@@ -61,7 +61,8 @@ class PanelFixture : public ::testing::Test {
   static void collect(const QQuickItem& item, QStringList& found) {
     if (!item.isVisible()) return;
     const QVariant text = item.property("text");
-    if (item.inherits("QQuickText") && !text.toString().isEmpty()) found.append(text.toString());
+    if ((item.inherits("QQuickText") || item.inherits("vantle::TabularText")) && !text.toString().isEmpty())
+      found.append(text.toString());
     for (const QQuickItem* child : item.childItems()) collect(*child, found);
   }
 

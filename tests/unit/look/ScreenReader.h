@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QAccessible>
+#include <QWindow>
+#include <gtest/gtest.h>
+#include <set>
+#include <string>
+
+namespace vantle {
+
+// What a screen reader is told about a window: a line "ROLE: NAME, STATE …" for everything that is seen in
+// it. Whatever the keyboard can reach and has no name fails the test.
+class ScreenReader {
+ public:
+  ScreenReader() { QAccessible::setActive(true); }
+
+  static std::set<std::string> linesOf(QWindow* window) {
+    std::set<std::string> lines;
+    collect(QAccessible::queryAccessibleInterface(window), lines);
+    return lines;
+  }
+
+ private:
+  static void collect(QAccessibleInterface* item, std::set<std::string>& lines) {
+    if (item == nullptr || item->state().invisible) return;
+    const std::string name = item->text(QAccessible::Name).toStdString();
+    std::string line = roleName(item->role()) + ": " + name;
+    if (item->state().checked) line += ", checked";
+    if (item->state().selected) line += ", selected";
+    const bool named = !name.empty() || item->role() == QAccessible::Window;
+    EXPECT_TRUE(named || !item->state().focusable) << line;
+    lines.insert(line);
+    for (int child = 0; child < item->childCount(); ++child) collect(item->child(child), lines);
+  }
+
+  static std::string roleName(QAccessible::Role role) {
+    switch (role) {
+    case QAccessible::PageTab:
+      return "tab";
+    case QAccessible::PushButton:
+      return "button";
+    case QAccessible::CheckBox:
+      return "switch";
+    case QAccessible::RadioButton:
+      return "choice";
+    case QAccessible::StaticText:
+      return "text";
+    case QAccessible::Heading:
+      return "heading";
+    case QAccessible::ListItem:
+      return "row";
+    case QAccessible::List:
+      return "list";
+    case QAccessible::Grouping:
+      return "group";
+    case QAccessible::EditableText:
+      return "field";
+    case QAccessible::Dialog:
+      return "dialog";
+    case QAccessible::ProgressBar:
+      return "progress";
+    default:
+      return "other";
+    }
+  }
+};
+
+} // namespace vantle

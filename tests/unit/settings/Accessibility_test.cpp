@@ -1,0 +1,140 @@
+// SPDX-License-Identifier: MIT
+// What a screen reader is told about the window.
+#include "settings/SettingsWindow.h"
+
+#include "platform/simulated/SimulatedMachine.h"
+#include "tests/unit/look/ScreenReader.h"
+#include "tests/unit/settings/FakeCatalog.h"
+
+#include <QGuiApplication>
+#include <QQuickItem>
+#include <algorithm>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <set>
+#include <stdexcept>
+
+namespace vantle {
+
+namespace {
+
+using testing::IsSupersetOf;
+
+class NoLoginItem final : public LoginItem {
+ public:
+  bool isEnabled() const override { return false; }
+  bool registerItem() override { return false; }
+  bool unregisterItem() override { return false; }
+};
+
+class Accessibility : public testing::Test {
+ protected:
+  Accessibility() { window.show(); }
+
+  std::set<std::string> told() { return ScreenReader::linesOf(&view()); }
+  std::set<std::string> toldOn(Pane pane) {
+    model().setPaneIndex(static_cast<int>(pane));
+    return told();
+  }
+  static QQuickView& view() {
+    for (QWindow* each : QGuiApplication::topLevelWindows()) {
+      if (auto* view = qobject_cast<QQuickView*>(each)) return *view;
+    }
+    throw std::logic_error("no window");
+  }
+  static SettingsModel& model() { return *view().rootObject()->property("model").value<SettingsModel*>(); }
+
+  ScreenReader reader;
+  SimulatedMachine machine;
+  AppSettings settings{machine.defaults};
+  Engine engine{machine.ports(), settings};
+  UpdateChecker checker{
+      {.version = "1.2", .feed = {}, .vendorHost = {}, .authorities = {}}, settings, machine.clock, {}};
+  NoLoginItem login;
+  FakeCatalog catalog;
+  SettingsWindow window{{engine, settings, checker, login, catalog}, {}, [] {}};
+};
+
+TEST_F(Accessibility, SidebarTellsItsPanesAndTheChosenOne) {
+  EXPECT_THAT(told(), IsSupersetOf({"tab: General", "tab: Boost, selected", "tab: Appearance", "tab: Updates",
+                                    "tab: About", "heading: Boost"}));
+}
+
+TEST_F(Accessibility, GeneralPane) {
+  EXPECT_THAT(toldOn(Pane::general),
+              IsSupersetOf({"tab: General, selected", "heading: General",
+                            "switch: Start Boost automatically when a Boost app opens, checked",
+                            "switch: Open Vantle at login"}));
+}
+
+TEST_F(Accessibility, BoostPane) {
+  EXPECT_THAT(
+      toldOn(Pane::boost),
+      IsSupersetOf(
+          {"text: Boost these apps",
+           "text: None yet. Add an app here, or use “Always boost” in the menu bar panel.",
+           "button: Add App…",
+           "text: When one of these is in front, everything else moves to the background. Add anything: an "
+           "editor, a design tool, a game.",
+           "text: Also boost games automatically",
+           "switch: Games launched with CrossOver, Wine, checked",
+           "switch: Minecraft, Java Edition, checked",
+           "switch: Steam games, steamapps folder, checked",
+           "switch: Apps in the “Games” category, App Store, checked",
+           "text: Never slowed down",
+           "row: Spotify",
+           "button: Remove Spotify",
+           "row: com.apple.Music",
+           "text: Also protected automatically: apps playing audio, downloading or keeping the Mac awake, "
+           "and "
+           "system processes.",
+           "text: When memory runs low",
+           "choice: Only show a notification, checked",
+           "choice: Quit the apps I mark as quittable",
+           "text: Quittable apps",
+           "text: None yet.",
+           "button: Add Quittable App…",
+           "text: Not used right now. Choose “Quit the apps I mark as quittable” above to turn this on."}));
+}
+
+TEST_F(Accessibility, AppearancePaneHasOneSelectedSwatch) {
+  settings.accent.set(AccentTheme::teal);
+  const std::set<std::string> lines = toldOn(Pane::appearance);
+  EXPECT_THAT(lines, IsSupersetOf({"text: Accent color", "choice: Blue", "choice: Graphite",
+                                   "choice: Teal, checked, selected", "choice: System, checked",
+                                   "choice: Light", "choice: Dark"}));
+  EXPECT_EQ(std::count_if(lines.begin(), lines.end(),
+                          [](const std::string& line) {
+                            return line.rfind("choice", 0) == 0 && line.find("selected") != std::string::npos;
+                          }),
+            1);
+}
+
+TEST_F(Accessibility, UpdatesPane) {
+  EXPECT_THAT(toldOn(Pane::updates),
+              IsSupersetOf({"text: Current version: 1.2", "switch: Check for updates automatically, checked",
+                            "text: Not checked yet", "button: Check Now",
+                            "text: Vantle only looks up the latest version number. It never downloads or "
+                            "installs anything by itself."}));
+  model().updates()->act();
+  EXPECT_THAT(told(), IsSupersetOf({"text: Update checks aren't set up in this build."}));
+}
+
+TEST_F(Accessibility, AboutPane) {
+  EXPECT_THAT(toldOn(Pane::about),
+              IsSupersetOf(std::vector<std::string>{
+                  "text: Version: 1.2", "text: Memory used by Vantle: " + byteText(engine.ownFootprint()),
+                  "text: Boost moves other apps to the efficiency cores while you work or play, and "
+                  "puts everything back when you stop. Vantle never quits anything unless you "
+                  "allow it."}));
+}
+
+TEST_F(Accessibility, PickerIsADialog) {
+  model().picker()->openFor(model().boost()->userGames());
+  EXPECT_THAT(told(), IsSupersetOf({"dialog: Add App", "field: Search installed apps", "list: Installed apps",
+                                    "row: Firefox", "button: Other…", "button: Cancel", "button: Add"}));
+}
+
+} // namespace
+
+} // namespace vantle
