@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The tray icon and the panel in real trays, clicked with a real pointer.
 #include "tests/desktop/harness/VirtualDesktop.h"
+#include "tests/desktop/harness/XfceTray.h"
 
 #include <fstream>
 #include <gtest/gtest.h>
@@ -11,42 +12,12 @@ namespace {
 using namespace vantle;
 using namespace vantle::desktop;
 
-constexpr const char* panelSettings = R"(<?xml version="1.0" encoding="UTF-8"?>
-<channel name="xfce4-panel" version="1.0">
-  <property name="configver" type="int" value="2"/>
-  <property name="panels" type="array">
-    <value type="int" value="1"/>
-    <property name="dark-mode" type="bool" value="true"/>
-    <property name="panel-1" type="empty">
-      <property name="position" type="string" value="p=6;x=0;y=0"/>
-      <property name="position-locked" type="bool" value="true"/>
-      <property name="length" type="uint" value="100"/>
-      <property name="size" type="uint" value="30"/>
-      <property name="plugin-ids" type="array"><value type="int" value="1"/></property>
-    </property>
-  </property>
-  <property name="plugins" type="empty">
-    <property name="plugin-1" type="string" value="systray"/>
-  </property>
-</channel>
-)";
-
-constexpr const char* iconPlace[] = {"14", "15"}; // the one icon at the left end of a bar at the top
+const std::string iconX = std::to_string(XfceTray::iconX); // the older tray puts it at the same place
+const std::string iconY = std::to_string(XfceTray::iconY);
 
 class Tray : public ::testing::Test {
  protected:
   VirtualDesktop desktop;
-
-  Program& startXfcePanel() {
-    if (m_xfconf == nullptr) {
-      desktop.folder().write("home/.config/xfce4/xfconf/xfce-perchannel-xml/xfce4-panel.xml", panelSettings);
-      m_xfconf = &desktop.launch({"/usr/lib/x86_64-linux-gnu/xfce4/xfconf/xfconfd"});
-      desktop.waitForBusName("org.xfce.Xfconf");
-    }
-    Program& panel = desktop.launch({"xfce4-panel", "--disable-wm-check"});
-    desktop.waitForBusName("org.kde.StatusNotifierWatcher");
-    return panel;
-  }
 
   void startHost() {
     m_log = desktop.folder().path() / "host.log";
@@ -62,13 +33,13 @@ class Tray : public ::testing::Test {
     return count;
   }
 
-  // The panel's rectangle when it was last opened.
+  // The panel's rectangle when it was last opened or moved.
   std::vector<int> lastPlace() const {
     std::ifstream log(m_log);
     std::vector<int> place;
     for (std::string line; std::getline(log, line);) {
-      if (!line.starts_with("opened ")) continue;
-      std::istringstream words(line.substr(7));
+      if (!line.starts_with("opened ") && !line.starts_with("moved ")) continue;
+      std::istringstream words(line.substr(line.find(' ')));
       place.assign(std::istream_iterator<int>(words), {});
     }
     return place;
@@ -79,20 +50,19 @@ class Tray : public ::testing::Test {
   }
 
   // An icon comes into a tray some time after both are there: clicks until it answers.
-  bool clickUntilOpened(long before) {
+  bool clickUntilOpened(long before, const std::string& x = iconX, const std::string& y = iconY) {
     return waitUntil([&] {
-      desktop.run({"xdotool", "mousemove", iconPlace[0], iconPlace[1], "click", "1"});
+      desktop.run({"xdotool", "mousemove", x, y, "click", "1"});
       return waitUntil([&] { return countOf("opened ") > before; }, std::chrono::milliseconds(1500));
     });
   }
 
   std::filesystem::path m_log;
   Program* m_host = nullptr;
-  Program* m_xfconf = nullptr;
 };
 
 TEST_F(Tray, AClickInXfceOpensThePanelUnderItAndClosesIt) {
-  startXfcePanel();
+  XfceTray(desktop).start();
   startHost();
   ASSERT_TRUE(clickUntilOpened(0));
   const std::vector<int> place = lastPlace();
@@ -109,13 +79,14 @@ TEST_F(Tray, AClickInXfceOpensThePanelUnderItAndClosesIt) {
 }
 
 TEST_F(Tray, TheIconIsBackAfterTheTrayRestarts) {
-  Program& first = startXfcePanel();
+  XfceTray tray(desktop);
+  Program& first = tray.start();
   startHost();
   ASSERT_TRUE(clickUntilOpened(0));
   ASSERT_TRUE(desktop.run({"xdotool", "key", "Escape"}));
   first.kill();
   require("the end of the tray", [this] { return !desktop.hasBusName("org.kde.StatusNotifierWatcher"); });
-  startXfcePanel();
+  tray.start();
   EXPECT_TRUE(clickUntilOpened(1));
   EXPECT_TRUE(m_host->isRunning());
 }
@@ -130,6 +101,42 @@ TEST_F(Tray, AnOlderTrayEmbedsTheIconAlsoWhenItComesLate) {
   tray.kill();
   desktop.launch({"trayer", "--edge", "top", "--align", "left", "--height", "30", "--widthtype", "request"});
   EXPECT_TRUE(clickUntilOpened(1));
+}
+
+TEST_F(Tray, ASecondTrayOfTheNewerKindTakesTheIconOver) {
+  startHost();
+  desktop.launch(
+      {"trayer", "--edge", "bottom", "--align", "left", "--height", "30", "--widthtype", "request"});
+  ASSERT_TRUE(clickUntilOpened(0, iconX, "785"));
+  ASSERT_TRUE(desktop.run({"xdotool", "key", "Escape"}));
+  EXPECT_TRUE(waitUntil([this] { return countOf("closed") == 1; }));
+  XfceTray(desktop).start();
+  EXPECT_TRUE(clickUntilOpened(1));
+  EXPECT_TRUE(m_host->isRunning());
+}
+
+TEST_F(Tray, ThePanelOpensOnTheScreenOfItsIconAndLeavesItWhenThatIsUnplugged) {
+  ASSERT_TRUE(desktop.run({"xrandr", "--setmonitor", "left", "640/200x800/200+0+0", "screen"}));
+  ASSERT_TRUE(desktop.run({"xrandr", "--setmonitor", "right", "640/200x800/200+640+0", "none"}));
+  startHost();
+  desktop.launch({"trayer", "--edge", "bottom", "--align", "right", "--height", "30", "--widthtype",
+                  "request", "--monitor", "1"});
+  ASSERT_TRUE(clickUntilOpened(0, "1265", "785"));
+  std::vector<int> place = lastPlace();
+  ASSERT_EQ(place.size(), 4U);
+  EXPECT_GE(place[0], 640);
+  EXPECT_LE(place[0] + place[2], 1280);
+  EXPECT_LE(place[1] + place[3], 800);
+  EXPECT_GT(place[1], 200) << "it stands on the bar";
+  ASSERT_TRUE(desktop.run({"xrandr", "--delmonitor", "right"}));
+  EXPECT_TRUE(waitUntil([&] {
+    place = lastPlace();
+    return place[0] >= 0 && place[0] + place[2] <= 640;
+  })) << place[0];
+  EXPECT_TRUE(m_host->isRunning());
+  EXPECT_EQ(countOf("closed"), 0);
+  ASSERT_TRUE(desktop.run({"xdotool", "key", "Escape"}));
+  EXPECT_TRUE(waitUntil([this] { return countOf("closed") == 1; }));
 }
 
 TEST_F(Tray, WithNoTrayTheAppMenuOpensThePanel) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The tray icon and the panel, as the shell has them, over a simulated desktop. Says on its output what
-// happens ("opened X Y WIDTH HEIGHT", "closed", "discarded", "settings", "quit"), and does what it is told on
-// its input: "boost", "stop", "show", "front".
+// happens ("opened X Y WIDTH HEIGHT", "moved X Y WIDTH HEIGHT", "closed", "discarded", "settings", "quit"),
+// and does what it is told on its input: "boost", "stop", "show", "front".
 #include "engine/Engine.h"
 #include "look/Appearance.h"
 #include "panel/PanelController.h"
@@ -48,8 +48,12 @@ int main(int argc, char** argv) {
         say("quit");
         QCoreApplication::quit();
       });
-  QObject::connect(&panel, &PanelController::opened,
-                   [&panel] { say("opened " + numbers(panel.window()->geometry())); });
+  QObject::connect(&panel, &PanelController::opened, [&panel] {
+    say("opened " + numbers(panel.window()->geometry()));
+    const auto moved = [&panel] { say("moved " + numbers(panel.window()->geometry())); };
+    QObject::connect(panel.window(), &QWindow::xChanged, &panel, moved);
+    QObject::connect(panel.window(), &QWindow::yChanged, &panel, moved);
+  });
   QObject::connect(&panel, &PanelController::closed, [] { say("closed"); });
   QObject::connect(&panel, &PanelController::discarded, [] { say("discarded"); });
   const TrayItem tray(engine, panel);
