@@ -182,7 +182,7 @@ class Demo {
     m_report.say(
         "what is made up: a program gives the pages of a 16 MB file back and waits for the disk, over and "
         "over; the kernel's measure of it, its trigger, the program and the notification daemon are real");
-    desktop::Program& staller = m_stage.startMemoryPressure(m_report.pathOf(""));
+    desktop::Program& staller = m_stage.startMemoryPressure();
     bool held = false;
     const auto time = timeUntil([this] { return m_stage.notices().displayed() == 1; }, held);
     m_report.check(held, "a notice is on the screen " + milliseconds(time) + " after the shortage began");

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "demo/Stage.h"
 
+#include "tests/desktop/harness/MemoryStaller.h"
+
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -85,9 +87,7 @@ long Stage::toneSaid(const std::string& word) const {
   return std::count(std::istream_iterator<std::string>(file), {}, word);
 }
 
-desktop::Program& Stage::startMemoryPressure(const std::filesystem::path& folder) {
-  return m_desktop.launch({VANTLE_MEMORY_STALLER, folder / "stalled"});
-}
+desktop::Program& Stage::startMemoryPressure() { return m_desktop.launch({desktop::memoryStaller()}); }
 
 void Stage::startGame() {
   desktop::Program& program = m_desktop.launch({gameProgram, "-w", "-v", "4", "-na"});

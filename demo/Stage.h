@@ -9,7 +9,6 @@
 #include "tests/desktop/harness/VirtualDesktop.h"
 
 #include <chrono>
-#include <filesystem>
 #include <map>
 #include <memory>
 #include <optional>
@@ -46,8 +45,7 @@ class Stage {
 
   long soundBreaks() const { return toneSaid("break"); } // of the tone, so far
   desktop::NotificationDaemon& notices() { return m_notices; }
-  // Makes the whole machine short of memory in the kernel's eyes, by waiting for a small file in that folder.
-  desktop::Program& startMemoryPressure(const std::filesystem::path& folder);
+  desktop::Program& startMemoryPressure(); // of the whole machine, in the kernel's eyes
 
   std::map<std::string, AppState> states() const; // of the apps, by name
   // How much of one processor each used over the time, by name; the game included.

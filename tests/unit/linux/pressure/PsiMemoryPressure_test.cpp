@@ -2,13 +2,14 @@
 #include "platform/linux/pressure/PsiMemoryPressure.h"
 
 #include "platform/shared/PollEventLoop.h"
+#include "tests/desktop/harness/MemoryStaller.h"
+#include "tests/desktop/harness/Program.h"
 #include "tests/desktop/harness/TemporaryFolder.h"
 #include "tests/desktop/harness/Wait.h"
 
 #include <algorithm>
-#include <cstdlib>
+#include <cerrno>
 #include <filesystem>
-#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
@@ -22,7 +23,10 @@ namespace {
 
 using namespace std::chrono_literals;
 using desktop::guardLimit;
+using desktop::Program;
+using desktop::Start;
 using desktop::TemporaryFolder;
+using testing::Each;
 namespace fs = std::filesystem;
 
 // The one wait itself, and a disturbance by the machine.
@@ -63,8 +67,7 @@ TEST(PsiMemoryPressure, WithoutPsiThereIsNoLevelAndNoSource) {
   EXPECT_EQ(pressure.watch([](bool) { FAIL(); }), nullptr);
 }
 
-// A control group with pressure and, if asked for, a memory limit of its own, in either edition of the
-// groups.
+// A control group with a measure of pressure of its own.
 class MemoryGroup {
  public:
   static std::unique_ptr<MemoryGroup> make() {
@@ -73,37 +76,35 @@ class MemoryGroup {
     for (const fs::path& root : {fs::path("/sys/fs/cgroup"), fs::path("/sys/fs/cgroup/unified")}) {
       if (!fs::exists(root / "cgroup.controllers")) continue;
       group->m_pressure = root / name;
-      group->m_limit = root / name; // memory.max, when the controller is there
-    }
-    if (fs::exists("/sys/fs/cgroup/memory/memory.limit_in_bytes")) {
-      group->m_limit = fs::path("/sys/fs/cgroup/memory") / name;
     }
     std::error_code error;
     fs::create_directory(group->m_pressure, error);
-    fs::create_directory(group->m_limit, error);
     return ::access(group->pressure().c_str(), W_OK) == 0 ? std::move(group) : nullptr;
   }
-  ~MemoryGroup() { remove(); }
+  MemoryGroup() = default;
+  ~MemoryGroup() {
+    m_program.reset(); // the last one is gone from the group a moment after its end
+    desktop::waitUntil([this] { return ::rmdir(m_pressure.c_str()) == 0 || errno != EBUSY; });
+  }
+  MemoryGroup(const MemoryGroup&) = delete;
+  MemoryGroup& operator=(const MemoryGroup&) = delete;
 
   std::string pressure() const { return (m_pressure / "memory.pressure").string(); }
-  bool limit(const std::string& bytes) const {
-    for (const char* name : {"memory.limit_in_bytes", "memory.max"}) {
-      const fs::path file = m_limit / name;
-      if (fs::exists(file) && (std::ofstream(file) << bytes << std::flush)) return true;
-    }
-    return false;
+  // Starts one program in it that stands still for memory and, until that file is there, one that works. They
+  // share a processor, and the worker has precedence: whoever is hindered, it is not.
+  void startStandstill(const fs::path& endOfWork) {
+    Start start;
+    start.command = {"/bin/sh",  "-c",      R"(echo $$ >"$0/cgroup.procs" && taskset -p -c 0 $$ >/dev/null &&
+      { nice -n -15 sh -c 'while ! [ -e "$0" ]; do :; done' "$1" & } && exec "$2")",
+                     m_pressure, endOfWork, desktop::memoryStaller()};
+    start.environment = {{"PATH", "/usr/bin:/bin"}};
+    m_program = std::make_unique<Program>(start);
   }
-  std::vector<std::string> memberFiles() const {
-    return {(m_pressure / "cgroup.procs").string(), (m_limit / "cgroup.procs").string()};
-  }
-  void remove() const {
-    ::rmdir(m_pressure.c_str());
-    ::rmdir(m_limit.c_str());
-  }
+  void remove() const { ::rmdir(m_pressure.c_str()); }
 
  private:
   fs::path m_pressure;
-  fs::path m_limit;
+  std::unique_ptr<Program> m_program;
 };
 
 struct RealPressure : testing::Test {
@@ -144,6 +145,32 @@ TEST_F(RealPressure, AGroupThatIsGoneIsNotWatchedAnyMore) {
   EXPECT_LE(switches() - before, fewWaits); // it would be ready for ever
   EXPECT_TRUE(events.empty());
   EXPECT_EQ(pressure->level(), std::nullopt);
+}
+
+TEST_F(RealPressure, WarnsWhileOtherWorkGoesOnAndIsCriticalWhenAllStandsStill) {
+  const TemporaryFolder folder;
+  group->startStandstill(folder.path() / "end-of-work");
+  ASSERT_TRUE(loop.runUntil([&] { return !events.empty() && pressure->level() == 2; }, guardLimit));
+  EXPECT_THAT(events, Each(false)) << "the worker works all the time";
+
+  folder.write("end-of-work", "");
+  EXPECT_TRUE(loop.runUntil([&] { return std::find(events.begin(), events.end(), true) != events.end(); },
+                            guardLimit));
+  EXPECT_TRUE(loop.runUntil([&] { return pressure->level() == 4; }, guardLimit));
+}
+
+// What the program itself watches, whoever runs it.
+TEST(PressureOfTheMachine, FiresForWhoeverStandsStill) {
+  PollEventLoop loop;
+  PsiMemoryPressure pressure(loop);
+  if (!pressure.level()) GTEST_SKIP() << "this kernel measures no pressure";
+  int events = 0;
+  const auto source = pressure.watch([&](bool) { ++events; });
+  ASSERT_TRUE(source);
+  Start start;
+  start.command = {desktop::memoryStaller()};
+  const Program staller(start);
+  EXPECT_TRUE(loop.runUntil([&] { return events > 0; }, guardLimit));
 }
 
 } // namespace
