@@ -50,7 +50,7 @@ struct ShortMemory : testing::Test {
   }
 
   // An app that is known by the class of its window.
-  void install(const std::string& name, const char* category) {
+  void install(const std::string& name, const char* category) const {
     std::string text = "[Desktop Entry]\nType=Application\nExec=true\nName=";
     text.append(name).append("\nStartupWMClass=").append(name).append("\nCategories=").append(category);
     desktop.installDesktopFile("org.example." + name, text.append(";\n"));
