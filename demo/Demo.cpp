@@ -180,7 +180,7 @@ class Demo {
       return;
     }
     m_report.say(
-        "what is made up: a program gives the pages of a 16 MB file back and waits for the disk, over and "
+        "what is made up: a program gives the pages of a small file back and waits for the disk, over and "
         "over; the kernel's measure of it, its trigger, the program and the notification daemon are real");
     desktop::Program& staller = m_stage.startMemoryPressure();
     bool held = false;
