@@ -67,8 +67,11 @@ void Engine::manage(std::span<const AppRef> apps, const std::set<Pid>& shielded,
   const std::set<Pid> everyApp = this->everyApp();
   std::set<Pid> chosen; // no process twice, even if an app is listed twice
   for (const AppRef& app : apps) {
-    if (!shouldManage(*app, shielded, snapshot)) continue;
     const Pid pid = app->processIdentifier();
+    if (!shouldManage(*app, shielded, snapshot)) {
+      if (!m_managed.contains(pid)) m_machine.band.releaseInherited(pid, everyApp);
+      continue;
+    }
     const std::optional<ProcessIdentity> root = readIdentity(m_machine.processes, pid);
     if (!root) continue;
 

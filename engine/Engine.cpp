@@ -74,7 +74,8 @@ void Engine::frontChangedWhileBoosting(const AppRef& app) {
     const AppRef previous = std::exchange(m_foregroundException, nullptr);
     if (!previous->isTerminated()) manage(previous);
   }
-  restoreIfManaged(app->processIdentifier());
+  const Pid pid = app->processIdentifier();
+  if (!restoreIfManaged(pid)) m_machine.band.releaseInherited(pid, everyApp());
   m_foregroundException = profile.isTrigger(*app) ? nullptr : app;
   refreshManagedNames();
 }

@@ -55,6 +55,11 @@ class BackgroundBand {
   virtual void prepareBoostApp(Pid /*root*/, std::span<const Pid> /*tree*/,
                                const std::set<Pid>& /*everyApp*/) {}
 
+  // An app that a slowed one has started was born in the band; the platforms on which apps are not each
+  // other's children have none. It comes out with its processes, up to where another of `everyApp` begins.
+  // Processes that are in the band of somebody else's accord stay.
+  virtual void releaseInherited(Pid /*root*/, const std::set<Pid>& /*everyApp*/) {}
+
   // Called when this program has put nobody into the band or has just taken everybody out: whatever still
   // carries the platform's own trace of this program (a child born meanwhile, a unit whose processes are all
   // new) is put back. Safe because only one copy of the program runs.

@@ -48,6 +48,16 @@ void SimulatedBand::prepareBoostApp(Pid root, std::span<const Pid> /*tree*/,
   m_calls.change({.operation = Operation::prepareBoostApp, .pid = root}, [&] { m_preparedFor = root; });
 }
 
+void SimulatedBand::releaseInherited(Pid root, const std::set<Pid>& everyApp) {
+  if (!knowsItsOwnTraces) return;
+  for (const auto& [pid, known] : m_processes.all()) {
+    if (known.band != BandState::byVantle) continue;
+    const SimulatedProcess* owner = &known;
+    while (owner != nullptr && !everyApp.contains(owner->pid)) owner = m_processes.find(owner->parent);
+    if (owner != nullptr && owner->pid == root) m_processes.find(pid)->band = BandState::normal;
+  }
+}
+
 void SimulatedBand::reclaim() {
   m_calls.change({.operation = Operation::reclaimBand}, [this] {
     m_preparedFor.reset();

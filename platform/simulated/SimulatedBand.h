@@ -37,6 +37,7 @@ class SimulatedBand final : public BackgroundBand {
   bool leaveBackgroundBand(Pid pid) override;
   std::optional<bool> isInBackgroundBand(Pid pid) const override;
   void prepareBoostApp(Pid root, std::span<const Pid> tree, const std::set<Pid>& everyApp) override;
+  void releaseInherited(Pid root, const std::set<Pid>& everyApp) override;
   void reclaim() override;
   bool settle(std::chrono::milliseconds limit) override;
 

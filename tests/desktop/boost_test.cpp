@@ -129,6 +129,35 @@ TEST_P(Boost, SlowsALaunchInTheBackgroundButNotOneInFront) {
   EXPECT_TRUE(becomesSlowed(front)) << "it has left the front";
 }
 
+TEST_P(Boost, FreesAnAppThatASlowedOneStarted) {
+  const std::filesystem::path fifo = m_desktop->folder().path() / "start";
+  const std::filesystem::path born = m_desktop->folder().path() / "born";
+  ASSERT_TRUE(m_desktop->run({"mkfifo", fifo.string()}));
+  // The shell waits for a word, and then starts an app as a person does who types its name.
+  Program& terminal = m_desktop->launch({"xterm", "-e", "sh", "-c",
+                                         "read word < " + fifo.string() + "; setsid sh -c 'echo $$ > " +
+                                             born.string() + ".new; mv " + born.string() + ".new " +
+                                             born.string() + "; exec " + testWindow() + "' & wait"});
+  m_desktop->waitForWindow(terminal.pid());
+  Program& played = game();
+  startVantle();
+  m_desktop->activate(played);
+  ASSERT_TRUE(becomesSlowed(terminal));
+  ASSERT_TRUE(m_desktop->run({"sh", "-c", "echo now > " + fifo.string()}));
+  require("the app was started", [&] { return std::filesystem::exists(born); });
+  Pid app = 0;
+  std::ifstream(born) >> app;
+  const auto window = m_desktop->waitForWindow(app).id;
+  require("it is in front", [&] { return m_desktop->windows().active() == window; });
+  EXPECT_TRUE(waitUntil([&] { return isAtFullSpeed(app); }));
+  EXPECT_TRUE(isSlowed(terminal.pid()));
+  m_desktop->activate(played);
+  EXPECT_TRUE(waitUntil([&] { return isSlowed(app); }));
+  played.kill();
+  EXPECT_TRUE(waitUntil([&] { return isAtFullSpeed(app); }));
+  EXPECT_TRUE(becomesFast(terminal));
+}
+
 TEST_P(Boost, LeavesTheAppInFrontAlone) {
   Program& first = app();
   Program& second = app();

@@ -61,6 +61,7 @@ void Checker::afterEvent() {
   if (!m_engine->activeGame.get()) checkPutBack(m_journalBefore, "after the end of a Boost");
   checkJournal();
   checkBand();
+  checkFront();
   checkPublished();
 }
 
@@ -187,6 +188,16 @@ void Checker::checkBand() {
       fail("slow and in no journal", pid);
     }
   }
+}
+
+// However an app came into being, the person who looks at it has it at full speed.
+void Checker::checkFront() {
+  const AppRef front = m_machine.workspace.front();
+  if (!front || !m_engine->activeGame.get() || !m_machine.band.knowsItsOwnTraces) return;
+  if (m_machine.workspace.queuedEvents() > 0) return; // the engine has not been told yet
+  const SimulatedProcess* process = m_machine.processes.find(front->processIdentifier());
+  if (front->isTerminated() || process == nullptr || m_excused.contains(process->pid)) return;
+  if (process->band == BandState::byVantle) fail("slow although it is in front", process->pid);
 }
 
 void Checker::checkPublished() {

@@ -44,6 +44,7 @@ class Checker {
   void checkLeave(const SimulatedProcess& process);
   void checkJournal();
   void checkBand();
+  void checkFront();
   void checkPublished();
   void checkPutBack(const Identities& journalled, const char* when);
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/band/LinuxBand.h"
 
+#include "platform/linux/band/AppOwners.h"
 #include "platform/linux/band/BandPass.h"
 #include "platform/linux/band/UnitPass.h"
 #include "platform/linux/process/KernelFile.h"
@@ -115,6 +116,12 @@ void LinuxBand::prepareBoostApp(Pid root, std::span<const Pid> tree, const std::
     giveUnit(*app, m_boostApp, everyApp, std::chrono::steady_clock::now() + m_paths.busLimit / 2);
   }
   m_frontPath = m_files.unifiedPath(root);
+}
+
+void LinuxBand::releaseInherited(Pid root, const std::set<Pid>& everyApp) {
+  if (!m_threads.mark(root)) return; // as nearly always, and told by one call
+  const ProcessScan scan(m_files.scan());
+  for (const Pid pid : AppOwners(scan, everyApp).processesOf(root)) leaveProcess(pid);
 }
 
 void LinuxBand::placeAsApp(Pid pid) {

@@ -48,6 +48,13 @@ SoundServer::SoundServer(VirtualDesktop& desktop)
   m_desktop.setEnvironment("SDL_AUDIODRIVER", "pulseaudio");
   m_desktop.launch({"pipewire"});
   require("PipeWire", [&] { return fs::is_socket(m_desktop.runtimeDir() / "pipewire-0"); });
+  // Its part for Bluetooth ends the whole of it on a machine without logind.
+  const fs::path bluetooth = m_desktop.configHome() / "wireplumber/bluetooth.lua.d";
+  if (!m_desktop.run({"sh", "-c",
+                      "mkdir -p " + bluetooth.string() + " && echo 'bluez_monitor.enabled = false' > " +
+                          (bluetooth / "60-none.lua").string()})) {
+    throw std::runtime_error("no folder for settings");
+  }
   m_desktop.launch({"wireplumber"});
   startPulse();
 }

@@ -536,5 +536,39 @@ TEST_F(Recovery, whatWasBornSlowIsFoundByAPlatformThatKnowsItsTraces) {
   EXPECT_FALSE(isSlow(born));
 }
 
+// A terminal that is slowed starts an app: on some platforms that one is born slowed, and in no list.
+class BornSlowed : public Recovery {
+ protected:
+  BornSlowed() { machine.band.knowsItsOwnTraces = true; }
+};
+
+TEST_F(BornSlowed, anAppComesOutWhenItIsInFrontAndGoesBackWhenItLeaves) {
+  start();
+  const SimulatedAppRef terminal = open("Terminal");
+  const SimulatedAppRef game = playGame();
+  later();
+  const SimulatedAppRef editor =
+      machine.launch({.name = "Editor", .parent = terminal->processIdentifier()}, Opening::inFront);
+  EXPECT_FALSE(isSlow(editor->processIdentifier()));
+  EXPECT_TRUE(isSlow(terminal->processIdentifier()));
+  machine.activate(game);
+  EXPECT_TRUE(isSlow(editor->processIdentifier()));
+  EXPECT_THAT(engine->managedNames.get(), ElementsAre("Editor", "Terminal"));
+}
+
+TEST_F(BornSlowed, aProtectedAppComesOutAtOnce) {
+  start();
+  const SimulatedAppRef terminal = open("Terminal");
+  playGame();
+  later();
+  const SimulatedAppRef music = machine.launch(
+      {.name = "Music", .bundleID = "com.apple.Music", .parent = terminal->processIdentifier()},
+      Opening::inBackground);
+  EXPECT_FALSE(isSlow(music->processIdentifier()));
+  const SimulatedAppRef mail =
+      machine.launch({.name = "Mail", .parent = terminal->processIdentifier()}, Opening::inBackground);
+  EXPECT_TRUE(isSlow(mail->processIdentifier())) << "and nothing else does";
+}
+
 } // namespace
 } // namespace vantle

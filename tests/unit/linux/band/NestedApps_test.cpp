@@ -111,6 +111,39 @@ TEST_F(NestedApps, OneThatTheBoostAppStartedIsSlowed) {
   });
 }
 
+TEST_F(NestedApps, OneThatWasBornSlowedComesOutByItself) {
+  asBoth([] {
+    const TestProcess terminal;
+    Band band;
+    EXPECT_TRUE(band.enter(terminal.pid(), {terminal.pid()}, {terminal.pid()}));
+    band.settled();
+    const Pid editor = terminal.ask('s');
+    const std::set<Pid> everyApp{terminal.pid(), editor};
+    EXPECT_EQ(band.band.isInBackgroundBand(editor), true) << "a child inherits the band";
+    band.band.releaseInherited(editor, everyApp);
+    band.settled();
+    expectUntouched(band, editor);
+    EXPECT_EQ(band.band.isInBackgroundBand(terminal.pid()), true);
+    EXPECT_EQ(autogroupLine(terminal.pid()), "nice 19");
+    EXPECT_TRUE(band.band.leaveBackgroundBand(terminal.pid()));
+    band.settled();
+  });
+}
+
+TEST_F(NestedApps, OneThatComesOutLeavesTheAppsThatItStartedWhereTheyAre) {
+  asBoth([] {
+    const TestProcess terminal;
+    const Pid editor = terminal.ask('s');
+    Band band;
+    EXPECT_TRUE(band.enter(editor, {editor}, {terminal.pid(), editor}));
+    band.settled();
+    band.band.releaseInherited(terminal.pid(), {terminal.pid(), editor});
+    EXPECT_EQ(band.band.isInBackgroundBand(editor), true);
+    EXPECT_TRUE(band.band.leaveBackgroundBand(editor));
+    band.settled();
+  });
+}
+
 class NestedAppsInUnits : public UserManagerBand {};
 
 TEST_F(NestedAppsInUnits, AUnitWithANestedAppInItIsNeverLowered) {
@@ -163,6 +196,19 @@ TEST_F(NestedAppsInUnits, EachOfTwoInOneUnitIsSlowedAndPutBackByItself) {
   EXPECT_TRUE(settled());
   EXPECT_EQ(m_groups.idle(m_groups.pathOf(editor)), "0");
   EXPECT_EQ(m_groups.idle(m_groups.pathOf(terminal.pid())), "1");
+}
+
+TEST_F(NestedAppsInUnits, OneThatWasBornInALoweredUnitComesOut) {
+  const TestProcess terminal;
+  stand(terminal.pid(), "app-terminal-1.scope");
+  EXPECT_TRUE(enter(terminal.pid(), {terminal.pid()}, {terminal.pid()}));
+  EXPECT_EQ(idle("app-terminal-1.scope"), "1");
+  const Pid editor = terminal.ask('s');
+  stand(editor, "app-terminal-1.scope");
+  m_band->releaseInherited(editor, {terminal.pid(), editor});
+  EXPECT_TRUE(settled());
+  EXPECT_EQ(m_band->isInBackgroundBand(editor), false);
+  EXPECT_EQ(m_groups.idle(m_groups.pathOf(editor)), "0");
 }
 
 TEST_F(NestedAppsInUnits, AServiceThatSharedItsUnitOnlyWithAnotherSlowedAppKeepsIt) {
