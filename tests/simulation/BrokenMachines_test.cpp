@@ -46,6 +46,9 @@ class BandAround : public BackgroundBand {
   std::optional<bool> isInBackgroundBand(Pid pid) const override {
     return m_machine.band.isInBackgroundBand(pid);
   }
+  void releaseInherited(Pid root, const std::set<Pid>& everyApp) override {
+    m_machine.band.releaseInherited(root, everyApp);
+  }
   void reclaim() override { m_machine.band.reclaim(); }
 
  protected:
@@ -100,6 +103,15 @@ template <class Port, class Broken> std::string foundWith() {
 
 TEST(BrokenMachines, anHonestOneIsNotFoundBroken) {
   EXPECT_EQ((foundWith<BackgroundBand, BandAround>()), "nothing");
+}
+
+TEST(BrokenMachines, anAppThatStaysAsItWasBornIsFound) {
+  class ForgetfulBand final : public BandAround {
+   public:
+    using BandAround::BandAround;
+    void releaseInherited(Pid /*root*/, const std::set<Pid>& /*everyApp*/) override {}
+  };
+  EXPECT_EQ((foundWith<BackgroundBand, ForgetfulBand>()), "slow although it is in front");
 }
 
 TEST(BrokenMachines, aJournalThatIsWrittenTooLateIsFound) {
