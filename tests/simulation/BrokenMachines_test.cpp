@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 #include <memory>
+#include <set>
 #include <string>
 
 namespace vantle {

@@ -57,7 +57,11 @@ TEST(AppEvidence, KnowsARunningProgram) {
   desktop::Start start{.command = {"sleep", "1000"}};
   start.environment = {{"GIO_LAUNCHED_DESKTOP_FILE", "/x/y.desktop"}, {"GIO_LAUNCHED_DESKTOP_FILE_PID", "1"}};
   desktop::Program program(start);
-  desktop::require("the program", [&] { return readEvidence(program.pid()).executable.ends_with("/sleep"); });
+  // Its arguments are there last of all.
+  desktop::require("the program", [&] {
+    const AppEvidence evidence = readEvidence(program.pid());
+    return evidence.executable.ends_with("/sleep") && !evidence.arguments.empty();
+  });
   const AppEvidence evidence = readEvidence(program.pid());
   EXPECT_EQ(evidence.commandName, "sleep");
   EXPECT_EQ(evidence.program, evidence.executable);
