@@ -10,7 +10,8 @@
 int main(int argc, char** argv) {
   testing::InitGoogleMock(&argc, argv);
   const std::string chosen = testing::GTEST_FLAG(filter);
-  const bool isBand = chosen.starts_with("LinuxBandTest.") || chosen.starts_with("NestedApps.");
+  const bool isBand = chosen.starts_with("LinuxBandTest.") || chosen.starts_with("NestedApps.") ||
+                      chosen.starts_with("KilledAnywhere.");
   if (!isBand || testing::GTEST_FLAG(list_tests)) return RUN_ALL_TESTS();
   return vantle::desktop::runIsolated([] { return RUN_ALL_TESTS(); });
 }
