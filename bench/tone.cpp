@@ -1,0 +1,131 @@
+// SPDX-License-Identifier: MIT
+// How often a tone breaks off while a game and two other apps keep every processor busy: with nothing done,
+// during a Boost, and during a Boost of a Vantle that does not hear the tone and so slows its player down.
+// The desktop, the sound server and the program are real; the player has 50 ms of sound ahead.
+//
+// usage: tone [ROUNDS [SECONDS]]
+#include "tests/desktop/harness/SoundServer.h"
+#include "tests/desktop/harness/VirtualDesktop.h"
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <sys/syscall.h>
+#include <thread>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+namespace vantle::bench {
+namespace {
+
+using desktop::Environment;
+using desktop::Program;
+using desktop::require;
+
+// The band's own mark, as the kernel has it: the idle class of disk access.
+bool isSlowed(Pid pid) {
+  constexpr int process = 1; // linux/ioprio.h
+  constexpr int classShift = 13;
+  constexpr int idle = 3;
+  return ::syscall(SYS_ioprio_get, process, pid) >> classShift == idle;
+}
+
+class Stage {
+ public:
+  Stage() : m_log(m_desktop.logs() / "tone") {
+    m_desktop.installDesktopFile("org.example.Game",
+                                 "[Desktop Entry]\nType=Application\nName=Game\nExec=true\n"
+                                 "Categories=Game;\nStartupWMClass=Game\n");
+    // The one that plays is a child of the app, as in a browser.
+    m_music = &app({"xterm", "-e", "/bin/sh", "-c", "exec '" VANTLE_TONE_PLAYER "' >'" + m_log + "'"});
+    require("the tone", [this] { return said("playing") > 0; });
+  }
+
+  void startBusyApps() {
+    for (int count = 0; count < 2; ++count) m_busy = &app({desktop::testWindow(), "--burn"});
+    m_game = &app({desktop::testWindow(), "--class", "Game", "--burn"});
+  }
+
+  long breaksIn(std::chrono::seconds time) const {
+    const long before = said("break");
+    std::this_thread::sleep_for(time);
+    return said("break") - before;
+  }
+
+  // During a Boost of a Vantle with that environment; it must come about, and the player be where it should.
+  long breaksInBoost(std::chrono::seconds time, const Environment& environment, bool isHeard) {
+    m_desktop.activate(*m_music);
+    Program& vantle = m_desktop.launch({VANTLE_PROGRAM}, environment);
+    m_desktop.waitForBusName("com.halvo.vantle");
+    m_desktop.activate(*m_game);
+    require("the Boost", [&] { return isSlowed(m_busy->pid()) && isSlowed(m_music->pid()) != isHeard; });
+    const long breaks = breaksIn(time);
+    vantle.signal(SIGTERM);
+    vantle.waitForEnd();
+    return breaks;
+  }
+
+ private:
+  Program& app(std::vector<std::string> command) {
+    Program& program = m_desktop.launch(std::move(command));
+    m_desktop.waitForWindow(program.pid());
+    return program;
+  }
+  long said(const std::string& word) const {
+    std::ifstream file(m_log);
+    return std::count(std::istream_iterator<std::string>(file), {}, word);
+  }
+
+  desktop::VirtualDesktop m_desktop;
+  desktop::SoundServer m_sound{m_desktop};
+  std::string m_log;
+  Program* m_music = nullptr;
+  Program* m_busy = nullptr;
+  Program* m_game = nullptr;
+};
+
+void run(int rounds, std::chrono::seconds time) {
+  Stage stage;
+  while (stage.breaksIn(std::chrono::seconds(1)) > 0) continue; // those of the beginning
+  const long alone = stage.breaksIn(time);
+  stage.startBusyApps();
+  long nothing = 0;
+  long boost = 0;
+  long unheard = 0;
+  for (int round = 0; round < rounds; ++round) {
+    nothing += stage.breaksIn(time);
+    boost += stage.breaksInBoost(time, {}, true);
+    unheard += stage.breaksInBoost(time, {{"PULSE_SERVER", "unix:/nonexistent"}}, false);
+  }
+  const auto print = [](const char* what, long breaks, long seconds) {
+    std::printf("%-44s %5ld times in %ld s\n", what, breaks, seconds);
+  };
+  const long seconds = rounds * time.count();
+  std::printf("the tone broke off, with a game and two busy apps on %u processors:\n",
+              std::thread::hardware_concurrency());
+  print("alone, without them", alone, time.count());
+  print("nothing done", nothing, seconds);
+  print("Boost", boost, seconds);
+  print("Boost that slows the player as well", unheard, seconds);
+}
+
+} // namespace
+} // namespace vantle::bench
+
+int main(int argc, char** argv) {
+  try {
+    vantle::bench::run(argc > 1 ? std::max(std::atoi(argv[1]), 1) : 3,
+                       std::chrono::seconds(argc > 2 ? std::max(std::atoi(argv[2]), 1) : 10));
+    return 0;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+    return 1;
+  }
+}
