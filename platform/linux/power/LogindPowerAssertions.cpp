@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/power/LogindPowerAssertions.h"
 
-#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <cstring>
@@ -69,15 +68,13 @@ std::vector<InhibitorHolder> LogindPowerAssertions::inhibitors(BusDeadline deadl
 std::vector<PowerAssertions::Assertion> LogindPowerAssertions::assertions() {
   const BusDeadline deadline = std::chrono::steady_clock::now() + longestWait;
   const std::vector<InhibitorHolder> held = inhibitors(deadline);
-  std::vector<Assertion> assertions;
-  if (held.empty()) return assertions;
-
   const std::optional<Pid> manager = m_session.manager(deadline);
-  const auto isManagers = [&](const InhibitorHolder& holder) { return holder.pid == manager; };
+  std::vector<Assertion> assertions;
   for (const InhibitorHolder& holder : held) {
-    if (!isManagers(holder)) append(assertions, holder);
+    if (holder.pid != manager) append(assertions, holder);
   }
-  if (std::any_of(held.begin(), held.end(), isManagers)) {
+  // Not all that a session manager was asked for reaches logind: GNOME's keeps idleness to itself.
+  if (manager) {
     for (const InhibitorHolder& holder : m_session.holders(deadline)) append(assertions, holder);
   }
   return assertions;

@@ -14,7 +14,8 @@
 namespace vantle {
 
 // Who keeps the machine awake, through logind's inhibitors: those that block (a delay only postpones) and
-// that are about sleep or idleness (not lids, keys or shutting down).
+// that are about sleep or idleness (not lids, keys or shutting down). And through the session manager's,
+// which stands in logind's list under its own process, if at all.
 //
 // The holders of other users count as well: an app's helper may run as root, and it is the app's tree that
 // the answer is compared with, where a stranger's process never is.

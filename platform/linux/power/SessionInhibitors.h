@@ -24,8 +24,8 @@ struct InhibitorHolder {
   InhibitorKinds kinds;
 };
 
-// The apps behind the inhibitors that a session manager holds under its own name. (GNOME's, MATE's and
-// Cinnamon's all speak org.gnome.SessionManager.)
+// The apps that asked a session manager to keep the machine awake, which it does under its own name.
+// (GNOME's, MATE's and Cinnamon's all speak org.gnome.SessionManager.)
 class SessionInhibitors {
  public:
   SessionInhibitors(BusConnection& sessionBus, const ProcessTable& processes)

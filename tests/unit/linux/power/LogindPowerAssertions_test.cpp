@@ -209,11 +209,24 @@ TEST_F(Assertions, ASessionManagerThatHangsHidesNobodyElse) {
   EXPECT_EQ(session->calls("GetInhibitors"), 1); // it is not asked again while it owes an answer
 }
 
-TEST_F(Assertions, TheSessionManagerIsAskedOnlyWhenItHoldsSomething) {
-  inhibitors({{"sleep", "block", 1000, 600}});
-  sessionHolds({{4, "/", "firefox"}});
-  EXPECT_THAT(ask(), UnorderedElementsAre(Pair(600, sleepType)));
-  EXPECT_EQ(session->calls("GetInhibitors"), 0);
+TEST_F(Assertions, WhatTheSessionManagerKeepsToItselfCountsAsWell) {
+  inhibitors({});
+  sessionHolds({{8, "/", "org.example.Player"}});
+  const FakeService player(bus.address(), "org.example.Player");
+  EXPECT_THAT(ask(), UnorderedElementsAre(Pair(self, idleSystemType), Pair(self, idleDisplayType)));
+}
+
+TEST_F(Assertions, ALoginDaemonThatHangsDoesNotHideWhatTheSessionManagerKnows) {
+  logind.ignore("ListInhibitors");
+  sessionHolds({{4, "/", "org.example.Player"}});
+  const FakeService player(bus.address(), "org.example.Player");
+  // The first time all the time there is goes by waiting for the daemon.
+  EXPECT_TRUE(desktop::waitUntil([this] {
+    loop.runUntil([] { return false; }, std::chrono::milliseconds(1));
+    return !ask().empty();
+  }));
+  EXPECT_THAT(ask(), UnorderedElementsAre(Pair(self, sleepType)));
+  EXPECT_EQ(logind.calls("ListInhibitors"), 1);
 }
 
 } // namespace
