@@ -1,118 +1,78 @@
 // SPDX-License-Identifier: MIT
-// What the panel costs: own memory (RssAnon + VmSwap) never opened, open and closed again, the time until its
-// first frame, and how often any thread wakes up while it is open and nothing changes.
+// What the panel costs in the program itself: own memory (anonymous and swapped) never opened, open and
+// closed again; the time from the wish, over the bus, to its picture on the screen; and how often any thread
+// wakes up while it is open and nothing changes. Medians of rounds with a fresh program each.
 //
-//   panel            on the display it is started on
-#include "engine/Engine.h"
-#include "panel/PanelController.h"
-#include "panel/TrayItem.h"
-#include "platform/simulated/SampleDesktop.h"
+//   panel [ROUNDS]
+#include "bench/support/ShellUnderTest.h"
 
-#include <QDeadlineTimer>
-#include <QDir>
-#include <QElapsedTimer>
-#include <QFile>
-#include <QGuiApplication>
-#include <QTimer>
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
-#include <functional>
+#include <cstdlib>
+#include <exception>
+#include <thread>
 #include <vector>
 
+namespace vantle::bench {
 namespace {
 
-using namespace vantle;
+constexpr int reopenings = 9;
+constexpr std::chrono::seconds watched{20};
 
-long valueOf(const QString& statusPath, const char* label) {
-  QFile status(statusPath);
-  if (!status.open(QIODevice::ReadOnly)) return 0;
-  for (const QByteArray& line : status.readAll().split('\n')) {
-    if (line.startsWith(label))
-      return line.mid(static_cast<int>(qstrlen(label))).trimmed().split(' ').first().toLong();
+struct Figures {
+  std::vector<double> never; // MB
+  std::vector<double> open;
+  std::vector<double> closed;
+  std::vector<double> first; // ms
+  std::vector<double> again;
+  std::vector<double> wakeUps;
+};
+
+void measureOnce(Figures& figures) {
+  ShellUnderTest shell(VANTLE_PROGRAM);
+  figures.never.push_back(shell.ownMegabytes());
+  figures.first.push_back(shell.openPanel().count());
+  shell.comeToRest();
+  figures.open.push_back(shell.ownMegabytes());
+  const long before = shell.wakeUps();
+  std::this_thread::sleep_for(watched);
+  figures.wakeUps.push_back(static_cast<double>(shell.wakeUps() - before));
+  for (int i = 0; i < reopenings; ++i) {
+    shell.closePanel();
+    figures.again.push_back(shell.openPanel().count());
   }
+  shell.closePanel();
+  shell.waitForRelease();
+  figures.closed.push_back(shell.ownMegabytes());
+}
+
+void print(const char* what, const std::vector<double>& values, const char* unit) {
+  const auto [least, most] = std::minmax_element(values.begin(), values.end());
+  std::printf("%-28s %6.1f %s   (%.1f to %.1f)\n", what, median(values), unit, *least, *most);
+}
+
+int run(int rounds) {
+  Figures figures;
+  for (int round = 0; round < rounds; ++round) measureOnce(figures);
+  std::printf("medians of %d rounds, the program itself\n", rounds);
+  print("own memory, never opened", figures.never, "MB");
+  print("own memory, open", figures.open, "MB");
+  print("own memory, closed again", figures.closed, "MB");
+  print("first opening", figures.first, "ms");
+  print("opening again", figures.again, "ms");
+  print("wake-ups in 20 s open", figures.wakeUps, "");
   return 0;
-}
-
-double ownMegabytes() {
-  const auto path = QStringLiteral("/proc/self/status");
-  return static_cast<double>(valueOf(path, "RssAnon:") + valueOf(path, "VmSwap:")) / 1024;
-}
-
-long wakeUps() {
-  long sum = 0;
-  const QDir tasks(QStringLiteral("/proc/self/task"));
-  for (const QString& task : tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-    sum += valueOf(tasks.filePath(task + QStringLiteral("/status")), "voluntary_ctxt_switches:");
-  }
-  return sum;
-}
-
-// Waits in the loop as the program does, without a timer of its own between.
-void rest(int milliseconds) {
-  QEventLoop loop;
-  QTimer::singleShot(milliseconds, &loop, &QEventLoop::quit);
-  loop.exec();
-}
-
-double openedAfter(PanelController& panel) {
-  QEventLoop loop;
-  QElapsedTimer time;
-  double milliseconds = -1;
-  const auto connection = QObject::connect(&panel, &PanelController::opened, [&] {
-    milliseconds = static_cast<double>(time.nsecsElapsed()) / 1e6;
-    loop.quit();
-  });
-  QTimer::singleShot(30'000, &loop, &QEventLoop::quit);
-  time.start();
-  panel.show(QRect(600, 4, 22, 22));
-  loop.exec();
-  QObject::disconnect(connection);
-  return milliseconds;
 }
 
 } // namespace
+} // namespace vantle::bench
 
 int main(int argc, char** argv) {
-  QGuiApplication::setQuitOnLastWindowClosed(false);
-  const QGuiApplication application(argc, argv);
-  SimulatedMachine machine;
-  AppSettings settings(machine.defaults);
-  Engine engine(machine.ports(), settings);
-  const SampleDesktop sample = openSampleDesktop(machine);
-  machine.activate(sample.game);
-  PanelController panel(
-      engine, settings, [] {}, [] {});
-  const TrayItem tray(engine, panel);
-  rest(2'000);
-  std::printf("own memory, never opened   %6.1f MB\n", ownMegabytes());
-
-  std::printf("first opening              %6.1f ms\n", openedAfter(panel));
-  rest(2'000);
-  std::printf("own memory, open           %6.1f MB\n", ownMegabytes());
-  const long before = wakeUps();
-  rest(20'000);
-  // The end of the waiting is one.
-  std::printf("wake-ups in 20 s open      %6ld\n", wakeUps() - before - 1);
-
-  std::vector<double> again;
-  for (int i = 0; i < 9; ++i) {
-    panel.close();
-    rest(200);
-    again.push_back(openedAfter(panel));
+  try {
+    return vantle::bench::run(argc > 1 ? std::max(std::atoi(argv[1]), 1) : 5);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+    return 1;
   }
-  std::sort(again.begin(), again.end());
-  std::printf("opening again, median      %6.1f ms (best %.1f, worst %.1f)\n", again[again.size() / 2],
-              again.front(), again.back());
-
-  QEventLoop loop;
-  QObject::connect(&panel, &PanelController::discarded, &loop, &QEventLoop::quit);
-  QElapsedTimer time;
-  time.start();
-  panel.close();
-  loop.exec();
-  rest(500);
-  std::printf("own memory, closed again   %6.1f MB, given back after %.0f s\n", ownMegabytes(),
-              static_cast<double>(time.elapsed()) / 1000);
-  std::printf("opening after that         %6.1f ms\n", openedAfter(panel));
-  return 0;
 }

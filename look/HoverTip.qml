@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 import QtQuick
-import QtQuick.Window
 import Vantle.Look
 
 // A tip near its target while the pointer rests on it. It stays inside the window, over everything else.

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 import QtQuick
-import QtQuick.Window
 import Vantle.Look
 
 // Content that may be higher than its place: scrolled by wheel, touch or keyboard, with a slim bar while there

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 import QtQuick
-import QtQuick.Window
 import Vantle.Look
 
 // A small sign that something is under way. It turns in steps, and only while it is seen.

@@ -21,6 +21,7 @@ class SettingsWindowController::Impl {
   void show() {
     m_release.stop();
     if (!m_window) {
+      prepareRendering();
       m_window = std::make_unique<SettingsWindow>(m_parts, m_state, [this] {
         m_state = m_window->state();
         m_release.start();

@@ -120,6 +120,18 @@ TEST_F(Shell, ASwitchIsFoundFromTheTrayAndSurvivesARestart) {
   EXPECT_TRUE(becomesShown("Update checks aren't set up in this build."));
 }
 
+TEST_F(Shell, TheSettingsAreDrawnAsFrugallyWhenTheyAreTheFirstToOpen) {
+  startVantle();
+  ASSERT_TRUE(desktop.run({"gdbus", "call", "--session", "--dest", "com.halvo.vantle", "--object-path",
+                           "/com/halvo/vantle", "--method", "org.freedesktop.Application.ActivateAction",
+                           "settings", "[]", "{}"}));
+  ASSERT_TRUE(becomesShown("Boost these apps"));
+  std::ifstream maps("/proc/" + std::to_string(m_vantle->pid()) + "/maps");
+  const std::string loaded{std::istreambuf_iterator<char>(maps), {}};
+  EXPECT_NE(loaded.find("libQt6Quick"), std::string::npos);
+  EXPECT_EQ(loaded.find("_dri.so"), std::string::npos) << "it loaded a graphics driver";
+}
+
 TEST_F(Shell, ThePanelStartsAndEndsABoost) {
   Program& mail = appOf("Mail");
   startVantle();

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The settings window over a simulated engine, with real files of settings, autostart and apps in the XDG
 // folders. Does what the lines of a pipe say (its only argument), and says "done LINE" after each:
-//   show | close | pane N | accent NAME | appearance NAME | picker | search TEXT | boost-front
-//   release-after MILLISECONDS | where LABEL | focus | state | quit
+//   show | boost-front | release-after MILLISECONDS | where LABEL | focus | state | quit
 #include "look/Appearance.h"
 #include "look/LookEngine.h"
 #include "platform/linux/catalog/DesktopCatalog.h"
@@ -13,7 +12,6 @@
 #include "settings/SettingsWindowController.h"
 #include "settings/model/SettingsModel.h"
 
-#include <QElapsedTimer>
 #include <QGuiApplication>
 #include <QQuickItem>
 #include <QQuickView>
@@ -44,9 +42,6 @@ class Program {
     return nullptr;
   }
   static SettingsModel* model() { return view()->rootObject()->property("model").value<SettingsModel*>(); }
-  static int indexOf(const QStringList& names, const QString& name) {
-    return static_cast<int>(names.indexOf(name));
-  }
 
   // The button of that name that is seen and can be pressed.
   static QQuickItem* labelled(QQuickItem* below, const QString& label) {
@@ -101,30 +96,8 @@ class Program {
     }
   }
 
-  void show() {
-    QElapsedTimer timer;
-    timer.start();
-    m_controller.show();
-    QQuickView* const shown = view();
-    QObject::connect(
-        shown, &QQuickWindow::frameSwapped, shown,
-        [timer] {
-          std::printf("first frame after %lld ms\n", static_cast<long long>(timer.elapsed()));
-          std::fflush(stdout);
-        },
-        Qt::SingleShotConnection);
-  }
-
   void obey(const QString& verb, const QString& rest) {
-    if (verb == "show") show();
-    if (verb == "close") view()->close();
-    if (verb == "pane") model()->setPaneIndex(rest.toInt());
-    if (verb == "accent")
-      model()->appearance()->chooseAccent(indexOf(model()->appearance()->accents(), rest));
-    if (verb == "appearance")
-      model()->appearance()->chooseMode(indexOf(model()->appearance()->modeNames(), rest));
-    if (verb == "picker") model()->picker()->openFor(model()->boost()->userGames());
-    if (verb == "search") model()->picker()->setSearch(rest);
+    if (verb == "show") m_controller.show();
     if (verb == "boost-front") {
       m_machine.activate(m_desktop.editor);
       m_engine.alwaysBoost();

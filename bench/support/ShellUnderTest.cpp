@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: MIT
+#include "bench/support/ShellUnderTest.h"
+
+#include "platform/linux/process/ProcfsProcessTable.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <stdexcept>
+#include <thread>
+#include <xcb/xcb.h>
+
+namespace vantle::bench {
+
+namespace {
+
+using namespace std::chrono_literals;
+using desktop::require;
+
+// Of a screen of 1280 by 800: within the panel, which opens at the top right without a tray, and within the
+// sidebar of the settings window in the middle.
+constexpr int panelX = 1000;
+constexpr int panelY = 30;
+constexpr int settingsX = 300;
+constexpr int settingsY = 500;
+
+} // namespace
+
+double median(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  return values.empty() ? 0 : values[values.size() / 2];
+}
+
+ShellUnderTest::ShellUnderTest(const std::string& program) {
+  for (int app = 0; app < 3; ++app) {
+    const desktop::Program& window = m_desktop.launch({desktop::testWindow()});
+    m_desktop.windows().minimise(m_desktop.waitForWindow(window.pid()).id); // the desktop stays bare
+  }
+  m_screen = xcb_connect(m_desktop.display().c_str(), nullptr);
+  if (xcb_connection_has_error(m_screen) != 0) throw std::runtime_error("no display");
+  m_root = xcb_setup_roots_iterator(xcb_get_setup(m_screen)).data->root;
+  require("a bare desktop", [this] { return pixel({panelX, panelY}) == pixel({settingsX, settingsY}); });
+  m_bare = pixel({panelX, panelY});
+
+  m_vantle = &m_desktop.launch({program}, {{"QT_QPA_PLATFORM", "xcb"}});
+  m_desktop.waitForBusName("com.halvo.vantle");
+  if (sd_bus_new(&m_bus) < 0 || sd_bus_set_address(m_bus, m_desktop.busAddress().c_str()) < 0 ||
+      sd_bus_set_bus_client(m_bus, 1) < 0 || sd_bus_start(m_bus) < 0) {
+    throw std::runtime_error("no bus");
+  }
+  comeToRest();
+}
+
+ShellUnderTest::~ShellUnderTest() {
+  sd_bus_flush_close_unref(m_bus);
+  xcb_disconnect(m_screen);
+}
+
+double ShellUnderTest::ownMegabytes() const {
+  const ProcfsProcessTable table(BootEpoch(0));
+  return static_cast<double>(table.footprint(m_vantle->pid()).value_or(0)) / (1024 * 1024);
+}
+
+long ShellUnderTest::wakeUps() const {
+  long sum = 0;
+  const std::string label = "voluntary_ctxt_switches:";
+  for (const auto& task :
+       std::filesystem::directory_iterator("/proc/" + std::to_string(m_vantle->pid()) + "/task")) {
+    std::ifstream status(task.path() / "status");
+    for (std::string line; std::getline(status, line);) {
+      if (line.starts_with(label)) sum += std::atol(line.c_str() + label.size());
+    }
+  }
+  return sum;
+}
+
+void ShellUnderTest::comeToRest() const {
+  for (long last = -1, now = wakeUps(); last != now; now = wakeUps()) {
+    last = now;
+    std::this_thread::sleep_for(2s);
+  }
+}
+
+std::uint32_t ShellUnderTest::pixel(Point point) const {
+  const auto cookie = xcb_get_image(m_screen, XCB_IMAGE_FORMAT_Z_PIXMAP, m_root,
+                                    static_cast<int16_t>(point.x), static_cast<int16_t>(point.y), 1, 1, ~0U);
+  const std::unique_ptr<xcb_get_image_reply_t, decltype(&std::free)> image(
+      xcb_get_image_reply(m_screen, cookie, nullptr), &std::free);
+  if (!image) throw std::runtime_error("the screen cannot be read");
+  const std::uint8_t* bytes = xcb_get_image_data(image.get());
+  return static_cast<std::uint32_t>(bytes[0] | bytes[1] << 8 | bytes[2] << 16);
+}
+
+void ShellUnderTest::ask(const char* method, const char* action) {
+  constexpr const char* interface = "org.freedesktop.Application";
+  constexpr const char* path = "/com/halvo/vantle";
+  const int status = action == nullptr
+                         ? sd_bus_call_method_async(m_bus, nullptr, "com.halvo.vantle", path, interface,
+                                                    method, nullptr, nullptr, "a{sv}", 0)
+                         : sd_bus_call_method_async(m_bus, nullptr, "com.halvo.vantle", path, interface,
+                                                    method, nullptr, nullptr, "sava{sv}", action, 0, 0);
+  if (status < 0 || sd_bus_flush(m_bus) < 0) throw std::runtime_error("it cannot be asked");
+}
+
+ShellUnderTest::Milliseconds ShellUnderTest::shownAfter(const char* method, const char* action, Point point) {
+  const auto begin = std::chrono::steady_clock::now();
+  ask(method, action);
+  while (pixel(point) == m_bare) {
+    if (std::chrono::steady_clock::now() - begin > 30s) throw std::runtime_error("nothing to see");
+    std::this_thread::sleep_for(500us);
+  }
+  return std::chrono::steady_clock::now() - begin;
+}
+
+void ShellUnderTest::waitUntilBare(Point point) const {
+  require("a bare desktop", [&] { return pixel(point) == m_bare; });
+}
+
+ShellUnderTest::Milliseconds ShellUnderTest::openPanel() {
+  return shownAfter("Activate", nullptr, {panelX, panelY});
+}
+
+ShellUnderTest::Milliseconds ShellUnderTest::openSettings() {
+  return shownAfter("ActivateAction", "settings", {settingsX, settingsY});
+}
+
+void ShellUnderTest::press(const std::string& key) { m_desktop.run({"xdotool", "key", key}); }
+
+void ShellUnderTest::closePanel() {
+  require("the panel's end", [this] {
+    press("Escape");
+    return desktop::waitUntil([this] { return pixel({panelX, panelY}) == m_bare; }, 500ms);
+  });
+}
+
+void ShellUnderTest::closeSettings() {
+  m_desktop.run({"wmctrl", "-c", "Vantle Settings"});
+  waitUntilBare({settingsX, settingsY});
+}
+
+void ShellUnderTest::waitForRelease() const {
+  const double before = ownMegabytes();
+  desktop::waitUntil([&] { return ownMegabytes() < before - 1; });
+  comeToRest();
+}
+
+} // namespace vantle::bench

@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "tests/desktop/harness/VirtualDesktop.h"
+
+#include <chrono>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <systemd/sd-bus.h>
+#include <vector>
+
+struct xcb_connection_t;
+
+namespace vantle::bench {
+
+// The program itself on a private desktop with a few apps, asked over the bus as an app menu asks, and looked
+// at from outside: its own memory (anonymous and swapped), its wake-ups, and the pixels of the screen.
+class ShellUnderTest {
+ public:
+  using Milliseconds = std::chrono::duration<double, std::milli>;
+
+  explicit ShellUnderTest(const std::string& program);
+  ~ShellUnderTest();
+  ShellUnderTest(const ShellUnderTest&) = delete;
+  ShellUnderTest& operator=(const ShellUnderTest&) = delete;
+
+  double ownMegabytes() const;
+  long wakeUps() const;    // of all threads, since their start
+  void comeToRest() const; // until there was none for two seconds
+
+  // Each opens from the wish to the first picture on the screen, which is waited for.
+  Milliseconds openPanel();
+  Milliseconds openSettings();
+  void closePanel();
+  void closeSettings();
+  // A key to whatever is in front.
+  void press(const std::string& key);
+  // Until the memory is given back, or has not been for half a minute.
+  void waitForRelease() const;
+
+ private:
+  struct Point {
+    int x = 0;
+    int y = 0;
+  };
+
+  void ask(const char* method, const char* action);
+  std::uint32_t pixel(Point point) const;
+  Milliseconds shownAfter(const char* method, const char* action, Point point);
+  void waitUntilBare(Point point) const;
+
+  desktop::VirtualDesktop m_desktop;
+  desktop::Program* m_vantle = nullptr;
+  sd_bus* m_bus = nullptr;
+  xcb_connection_t* m_screen = nullptr;
+  std::uint32_t m_root = 0;
+  std::uint32_t m_bare = 0; // the colour of the empty desktop
+};
+
+double median(std::vector<double> values);
+
+} // namespace vantle::bench
