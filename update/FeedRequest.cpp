@@ -23,6 +23,7 @@ QNetworkRequest plainRequest(const std::string& address, const FeedLimits& limit
   request.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
   request.setAttribute(QNetworkRequest::AuthenticationReuseAttribute, QNetworkRequest::Manual);
   request.setAttribute(QNetworkRequest::Http2AllowedAttribute, false);
+  request.setRawHeader("Accept-Language", "*"); // or the toolkit tells the person's
   request.setTransferTimeout(static_cast<int>(limits.silence.count()));
   return request;
 }

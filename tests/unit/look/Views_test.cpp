@@ -55,6 +55,16 @@ TEST_F(Views, FollowTheAccentAndTheAppearance) {
   EXPECT_NEAR(fill->property("color").value<QColor>().alphaF(), 0.5, 0.01);
 }
 
+TEST_F(Views, FiguresOfEqualLengthAreEquallyWide) {
+  const auto widthOf = [this](const char* text) {
+    return make(QByteArray("Figures { text: '") + text + "' }")->property("implicitWidth").toReal();
+  };
+  EXPECT_EQ(widthOf("1.11 GB"), widthOf("8.08 GB"));
+  EXPECT_EQ(widthOf("11"), 2 * widthOf("4"));
+  EXPECT_GT(widthOf("111 MB"), widthOf("11 MB"));
+  EXPECT_EQ(widthOf(""), 0);
+}
+
 TEST_F(Views, AButtonIsPressedByKeyboardOnlyWhenEnabled) {
   QQuickWindow window;
   const auto object = make("CapsuleButton { property int presses: 0; text: 'a'; width: 90; height: 40;"

@@ -51,6 +51,8 @@ class PanelFixture : public ::testing::Test {
 
   QQuickItem* itemNamed(const QString& label) const { return find(*panel.window()->view(), label); }
 
+  QQuickItem* textItem(const QString& text) const { return findText(*panel.window()->view(), text); }
+
   void press(const QString& label) const {
     QQuickItem* item = itemNamed(label);
     ASSERT_NE(item, nullptr) << label.toStdString();
@@ -58,12 +60,23 @@ class PanelFixture : public ::testing::Test {
   }
 
  private:
+  static bool holdsText(const QQuickItem& item) {
+    return item.inherits("QQuickText") || item.inherits("vantle::TabularText");
+  }
+
   static void collect(const QQuickItem& item, QStringList& found) {
     if (!item.isVisible()) return;
-    const QVariant text = item.property("text");
-    if ((item.inherits("QQuickText") || item.inherits("vantle::TabularText")) && !text.toString().isEmpty())
-      found.append(text.toString());
+    const QString text = item.property("text").toString();
+    if (holdsText(item) && !text.isEmpty()) found.append(text);
     for (const QQuickItem* child : item.childItems()) collect(*child, found);
+  }
+
+  static QQuickItem* findText(QQuickItem& item, const QString& text) {
+    if (item.isVisible() && holdsText(item) && item.property("text").toString() == text) return &item;
+    for (QQuickItem* child : item.childItems()) {
+      if (QQuickItem* found = findText(*child, text)) return found;
+    }
+    return nullptr;
   }
 
   static QQuickItem* find(QQuickItem& item, const QString& label) {

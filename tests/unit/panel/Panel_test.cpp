@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tests/unit/panel/PanelFixture.h"
 
+#include "look/Colors.h"
+
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QScreen>
@@ -112,6 +114,33 @@ TEST_F(Panel, NamesThePressure) {
   open();
   EXPECT_TRUE(texts().contains("High"));
   EXPECT_EQ(panel.window()->model().pressure(), PanelModel::Warning);
+}
+
+TEST_F(Panel, ColorsThePressureWhileIdleAndTellsItInTheFiguresDuringABoost) {
+  const bool dark = QGuiApplication::palette().color(QPalette::Window).lightness() < 128;
+  const Colors& colors = colorsFor(dark);
+  const std::pair<int, QColor> levels[] = {{1, colors.green}, {2, colors.orange}, {4, colors.red}};
+  desktop = openSampleDesktop(machine);
+  for (const auto& [level, color] : levels) {
+    machine.pressure.kernelLevel = level;
+    open();
+    const QQuickItem* word = textItem(panel.window()->model().pressureWord());
+    ASSERT_NE(word, nullptr);
+    EXPECT_EQ(word->property("color").value<QColor>(), color) << level;
+    panel.close();
+  }
+  machine.activate(desktop.game);
+  open();
+  const QStringList shown = texts();
+  EXPECT_EQ(shown.indexOf("memory pressure"), shown.indexOf("Critical") + 1);
+  EXPECT_FALSE(shown.contains("Memory pressure"));
+}
+
+TEST_F(Panel, ShowsNothingAsItsOwnMemoryWhenItCannotBeRead) {
+  machine.processes.find(machine.host.self)->footprint = 48'200'000;
+  machine.calls.refuse(Operation::readFootprint, machine.host.self);
+  open();
+  EXPECT_TRUE(texts().contains("Zero KB memory"));
 }
 
 TEST_F(Panel, FollowsTheEngineAtOnce) {

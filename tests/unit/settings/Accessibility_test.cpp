@@ -60,6 +60,22 @@ TEST_F(Accessibility, SidebarTellsItsPanesAndTheChosenOne) {
                                     "tab: About", "heading: Boost"}));
 }
 
+TEST_F(Accessibility, SidebarIsAsWideAsItIsDraggedWithinLimits) {
+  QQuickItem* handle = nullptr;
+  QQuickItem* sidebar = nullptr;
+  for (QQuickItem* each : view().rootObject()->findChildren<QQuickItem*>()) {
+    const std::string type = each->metaObject()->className();
+    if (type.rfind("SplitHandle_", 0) == 0) handle = each;
+    if (type.rfind("Sidebar_", 0) == 0) sidebar = each;
+  }
+  ASSERT_TRUE(handle != nullptr && sidebar != nullptr);
+  EXPECT_EQ(sidebar->width(), 190);
+  for (const auto& [wanted, given] : {std::pair{50., 180.}, {205., 205.}, {700., 220.}}) {
+    QMetaObject::invokeMethod(handle, "dragged", Q_ARG(double, wanted));
+    EXPECT_EQ(sidebar->width(), given);
+  }
+}
+
 TEST_F(Accessibility, GeneralPane) {
   EXPECT_THAT(toldOn(Pane::general),
               IsSupersetOf({"tab: General, selected", "heading: General",

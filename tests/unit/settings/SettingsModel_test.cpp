@@ -282,6 +282,17 @@ TEST_F(SettingsModelTest, FolderThatCannotBeReadIsEmpty) {
   EXPECT_EQ(picker.count(), 6);
 }
 
+TEST(KeyOfAnApp, IsShownAsNameAndIconOrAsItself) {
+  FakeCatalog catalog;
+  catalog.applications.push_back({"org.example.bundle", "Bundle.app", "", "/apps/Bundle.app"});
+  EXPECT_EQ(displayNameForKey(catalog, "org.mozilla.firefox"), "Firefox");
+  EXPECT_EQ(iconForKey(catalog, "org.mozilla.firefox"), "firefox");
+  EXPECT_EQ(displayNameForKey(catalog, "org.example.bundle"), "Bundle");
+  EXPECT_EQ(iconForKey(catalog, "org.example.bundle"), "");
+  EXPECT_EQ(displayNameForKey(catalog, "Not installed.app"), "Not installed.app");
+  EXPECT_EQ(iconForKey(catalog, "Not installed.app"), "");
+}
+
 TEST(ShownName, LosesExactlyTheBundleEnding) {
   const auto shown = [](const char* name) { return shownName({"key", name, "", ""}); };
   EXPECT_EQ(shown("Mail.app"), "Mail");

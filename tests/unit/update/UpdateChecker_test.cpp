@@ -108,10 +108,19 @@ TEST_F(UpdateCheckerTest, SendsAPlainGetThatTellsNothing) {
   ASSERT_EQ(server.requests().size(), 2U);
   for (const std::string& request : server.requests()) {
     EXPECT_TRUE(request.starts_with("GET /feed.json HTTP/1.1\r\n")) << request;
+    EXPECT_NE(request.find("Accept-Language: *\r\n"), std::string::npos) << request;
     for (const char* header : {"Cookie:", "Authorization:", "Referer:", "If-None-Match:", "Range:"})
       EXPECT_EQ(request.find(header), std::string::npos) << request;
   }
   EXPECT_EQ(server.requests().front(), server.requests().back());
+}
+
+TEST_F(UpdateCheckerTest, FeedsHostMayBeWrittenInCapitals) {
+  server.behaviour = [](QSslSocket& socket) { FeedServer::answer(socket, newer); };
+  UpdateConfiguration loud = configuration(server);
+  loud.feed.replace(loud.feed.find("localhost"), 9, "LOCALHOST");
+  make(loud);
+  EXPECT_EQ(checked(), available);
 }
 
 TEST_F(UpdateCheckerTest, GivesNoCredentialsWhenAsked) {
