@@ -120,11 +120,18 @@ class Demo {
     takePicture("1-before.png", "The game shares the machine with everything else");
   }
 
+  void takePictureWithPanel(const std::string& file, const std::string& caption) {
+    m_report.check(m_stage.showPanel(), "the panel opens");
+    takePicture(file, caption);
+    m_stage.hidePanel();
+  }
+
   void startVantleIdle() {
     m_stage.screen().activate(*m_stage.app("XTerm").program);
     m_stage.startVantle(m_program);
     m_report.say("Vantle runs; XTerm is in front, so nothing happens");
     m_report.check(everyAppAsBefore(), "no app was changed by the start");
+    takePictureWithPanel("1-panel.png", "The panel offers to boost the app in front");
   }
 
   void bringGameToFront() {
@@ -154,6 +161,7 @@ class Demo {
     m_report.check(shares.at(hog) < m_sharesBefore.at(hog), "the hog gets less than before");
     m_report.say("the tone broke off " + times(m_breaks) + " meanwhile");
     takePicture("2-boost.png", "The Boost: everything but the game is in the background");
+    takePictureWithPanel("2-panel.png", "The panel tells what the Boost does");
   }
 
   void visitAnotherApp() {

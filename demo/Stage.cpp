@@ -110,6 +110,18 @@ const Stage::App& Stage::app(const std::string& name) const {
   throw std::invalid_argument("no app named " + name);
 }
 
+// Without a tray the panel opens in the corner of the screen: its first picture is there when a pixel near
+// its top has another colour than before.
+bool Stage::showPanel() {
+  const auto corner = [this] { return m_desktop.windows().pixel(1420, 10); };
+  const std::uint32_t before = corner();
+  return m_desktop.run({"gdbus", "call", "--session", "--dest", "com.halvo.vantle", "--object-path",
+                        "/com/halvo/vantle", "--method", "org.freedesktop.Application.Activate", "{}"}) &&
+         desktop::waitUntil([&] { return corner() != before; });
+}
+
+void Stage::hidePanel() { m_desktop.run({"xdotool", "key", "Escape"}); }
+
 std::string Stage::journal() const {
   std::ifstream file(m_desktop.dataHome() / "Vantle/journal.json");
   return {std::istreambuf_iterator<char>(file), {}};

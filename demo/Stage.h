@@ -42,6 +42,8 @@ class Stage {
   void startVantle(const std::string& program);
   desktop::Program& vantle() { return *m_vantle; }
   std::string journal() const;
+  bool showPanel(); // as an app menu does; true when it can be seen
+  void hidePanel();
 
   long soundBreaks() const { return toneSaid("break"); } // of the tone, so far
   desktop::NotificationDaemon& notices() { return m_notices; }

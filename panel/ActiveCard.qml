@@ -54,35 +54,35 @@ Card {
     Item {
         id: stats
 
-        readonly property real third: width / 3
+        readonly property real narrow: Math.round(width * 0.31) // the last label is the longest
 
         width: parent.width
         height: 40
 
         Stat {
-            width: stats.third
+            width: stats.narrow
             value: String(card.panel.usage.length)
             label: "in background"
         }
         Divider {
-            x: stats.third
+            x: stats.narrow
             y: 4
             height: parent.height - 8
         }
         Stat {
-            x: stats.third
-            width: stats.third
+            x: stats.narrow
+            width: stats.narrow
             value: String(card.panel.protectedNames.length)
             label: "protected"
         }
         Divider {
-            x: 2 * stats.third
+            x: 2 * stats.narrow
             y: 4
             height: parent.height - 8
         }
         Stat {
-            x: 2 * stats.third
-            width: stats.third
+            x: 2 * stats.narrow
+            width: stats.width - x
             value: card.panel.pressureWord
             label: "memory pressure"
         }

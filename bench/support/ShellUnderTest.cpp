@@ -9,7 +9,6 @@
 #include <fstream>
 #include <stdexcept>
 #include <thread>
-#include <xcb/xcb.h>
 
 namespace vantle::bench {
 
@@ -37,9 +36,6 @@ ShellUnderTest::ShellUnderTest(const std::string& program) {
     const desktop::Program& window = m_desktop.launch({desktop::testWindow()});
     m_desktop.windows().minimise(m_desktop.waitForWindow(window.pid()).id); // the desktop stays bare
   }
-  m_screen = xcb_connect(m_desktop.display().c_str(), nullptr);
-  if (xcb_connection_has_error(m_screen) != 0) throw std::runtime_error("no display");
-  m_root = xcb_setup_roots_iterator(xcb_get_setup(m_screen)).data->root;
   require("a bare desktop", [this] { return pixel({panelX, panelY}) == pixel({settingsX, settingsY}); });
   m_bare = pixel({panelX, panelY});
 
@@ -52,10 +48,7 @@ ShellUnderTest::ShellUnderTest(const std::string& program) {
   comeToRest();
 }
 
-ShellUnderTest::~ShellUnderTest() {
-  sd_bus_flush_close_unref(m_bus);
-  xcb_disconnect(m_screen);
-}
+ShellUnderTest::~ShellUnderTest() { sd_bus_flush_close_unref(m_bus); }
 
 double ShellUnderTest::ownMegabytes() const {
   const ProcfsProcessTable table(BootEpoch(0));
@@ -82,15 +75,7 @@ void ShellUnderTest::comeToRest() const {
   }
 }
 
-std::uint32_t ShellUnderTest::pixel(Point point) const {
-  const auto cookie = xcb_get_image(m_screen, XCB_IMAGE_FORMAT_Z_PIXMAP, m_root,
-                                    static_cast<int16_t>(point.x), static_cast<int16_t>(point.y), 1, 1, ~0U);
-  const std::unique_ptr<xcb_get_image_reply_t, decltype(&std::free)> image(
-      xcb_get_image_reply(m_screen, cookie, nullptr), &std::free);
-  if (!image) throw std::runtime_error("the screen cannot be read");
-  const std::uint8_t* bytes = xcb_get_image_data(image.get());
-  return static_cast<std::uint32_t>(bytes[0] | bytes[1] << 8 | bytes[2] << 16);
-}
+std::uint32_t ShellUnderTest::pixel(Point point) { return m_desktop.windows().pixel(point.x, point.y); }
 
 void ShellUnderTest::ask(const char* method, const char* action) {
   constexpr const char* interface = "org.freedesktop.Application";
@@ -113,7 +98,7 @@ ShellUnderTest::Milliseconds ShellUnderTest::shownAfter(const char* method, cons
   return std::chrono::steady_clock::now() - begin;
 }
 
-void ShellUnderTest::waitUntilBare(Point point) const {
+void ShellUnderTest::waitUntilBare(Point point) {
   require("a bare desktop", [&] { return pixel(point) == m_bare; });
 }
 

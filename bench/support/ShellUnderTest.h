@@ -10,8 +10,6 @@
 #include <systemd/sd-bus.h>
 #include <vector>
 
-struct xcb_connection_t;
-
 namespace vantle::bench {
 
 // The program itself on a private desktop with a few apps, asked over the bus as an app menu asks, and looked
@@ -46,15 +44,13 @@ class ShellUnderTest {
   };
 
   void ask(const char* method, const char* action);
-  std::uint32_t pixel(Point point) const;
+  std::uint32_t pixel(Point point);
   Milliseconds shownAfter(const char* method, const char* action, Point point);
-  void waitUntilBare(Point point) const;
+  void waitUntilBare(Point point);
 
   desktop::VirtualDesktop m_desktop;
   desktop::Program* m_vantle = nullptr;
   sd_bus* m_bus = nullptr;
-  xcb_connection_t* m_screen = nullptr;
-  std::uint32_t m_root = 0;
   std::uint32_t m_bare = 0; // the colour of the empty desktop
 };
 

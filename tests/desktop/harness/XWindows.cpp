@@ -49,6 +49,15 @@ std::vector<std::uint32_t> XWindows::property(std::uint32_t window, const char* 
   return {values, values + reply->value_len};
 }
 
+std::uint32_t XWindows::pixel(int x, int y) {
+  const auto cookie = xcb_get_image(m_connection, XCB_IMAGE_FORMAT_Z_PIXMAP, m_root,
+                                    static_cast<std::int16_t>(x), static_cast<std::int16_t>(y), 1, 1, ~0U);
+  const Freed reply(xcb_get_image_reply(m_connection, cookie, nullptr));
+  if (!reply) throw std::runtime_error("the screen cannot be read");
+  const std::uint8_t* bytes = xcb_get_image_data(reply.value);
+  return static_cast<std::uint32_t>(bytes[2] << 16 | bytes[1] << 8 | bytes[0]);
+}
+
 Pid XWindows::pidOf(std::uint32_t window) {
   const xcb_res_client_id_spec_t spec{window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
   const auto cookie = xcb_res_query_client_ids(m_connection, 1, &spec);

@@ -30,7 +30,8 @@ class XWindows {
   // The windows that the window manager manages, oldest first.
   std::vector<Window> list();
   std::vector<Window> ofProcess(Pid pid);
-  std::uint32_t active(); // 0 for none
+  std::uint32_t active();            // 0 for none
+  std::uint32_t pixel(int x, int y); // of the screen, as 0xRRGGBB
   // Asks the window manager, as a click on a task bar does.
   void activate(std::uint32_t window);
   void minimise(std::uint32_t window);
