@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "bench/support/BarePass.h"
 
+#include "platform/linux/process/ProcessFiles.h"
+
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -40,10 +43,18 @@ template <class Callback> void forEachNumber(const char* path, Callback call) {
 
 } // namespace
 
-BarePass::BarePass(std::vector<pid_t> roots)
+BarePass::BarePass(std::vector<pid_t> roots, const std::string& userBus)
     : m_roots(std::move(roots)),
       m_online((1UL << static_cast<unsigned>(::sysconf(_SC_NPROCESSORS_ONLN))) - 1),
-      m_chosen(m_online & ~(m_online >> 1U)), m_isRoot(::geteuid() == 0) {}
+      m_chosen(m_online & ~(m_online >> 1U)), m_isRoot(::geteuid() == 0) {
+  if (userBus.empty()) return;
+  m_manager.emplace(m_loop, userBus);
+  const ProcessFiles files("/proc");
+  for (const pid_t root : m_roots) {
+    const std::string path = files.unifiedPath(root);
+    m_units.push_back(path.substr(path.rfind('/') + 1));
+  }
+}
 
 void BarePass::scan() {
   m_processes.clear();
@@ -82,15 +93,27 @@ void BarePass::run(bool enter) {
     for (const Process& process : m_processes) {
       if (process.parent == root) change(process.pid, enter);
     }
-    std::array<char, 32> path;
-    std::snprintf(path.data(), path.size(), "/proc/%d/autogroup", root);
-    const int file = ::open(path.data(), O_WRONLY | O_CLOEXEC);
-    if (file < 0) continue;
-    // An ordinary user gets one of these through in 100 ms, so there it is made without changing anything.
-    const bool lower = enter && m_isRoot;
-    (void)!::write(file, lower ? "19" : "0", lower ? 2 : 1);
-    ::close(file);
+    if (!m_manager) weighSession(root, enter);
   }
+  if (m_manager) weighUnits(enter);
+}
+
+void BarePass::weighSession(pid_t root, bool enter) const {
+  std::array<char, 32> path;
+  std::snprintf(path.data(), path.size(), "/proc/%d/autogroup", root);
+  const int file = ::open(path.data(), O_WRONLY | O_CLOEXEC);
+  if (file < 0) return;
+  // An ordinary user gets one of these through in 100 ms, so there it is made without changing anything.
+  const bool lower = enter && m_isRoot;
+  (void)!::write(file, lower ? "19" : "0", lower ? 2 : 1);
+  ::close(file);
+}
+
+void BarePass::weighUnits(bool enter) {
+  for (const std::string& unit : m_units) {
+    m_manager->setWeight(unit, enter ? UserManager::idleWeight : UserManager::noWeight, [](bool) {});
+  }
+  m_manager->finish(std::chrono::steady_clock::now() + std::chrono::minutes(1));
 }
 
 } // namespace vantle::bench

@@ -14,6 +14,7 @@
 #include "platform/simulated/SimulatedCalls.h"
 #include "platform/simulated/SimulatedDefaults.h"
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -64,10 +65,16 @@ class BenchWorkspace final : public Workspace {
 
 // Everything that a pass needs, and nothing that would connect to the desktop of whoever runs this.
 struct BenchMachine {
-  explicit BenchMachine(const std::string& folder, const std::vector<pid_t>& roots)
+  // With a user manager's bus there is no limit to what waits for it: an emulated machine takes its time.
+  explicit BenchMachine(const std::string& folder, const std::vector<pid_t>& roots,
+                        const std::string& userBus = {})
       : files(folder, PosixFileStore::Sync::none), epoch(BootEpoch::load(files, {})),
         processes(epoch, processFiles), clock(epoch),
-        band(loop, files, {.files = processFiles, .ledger = folder + "/band.json", .userBus = {}}),
+        band(loop, files,
+             {.files = processFiles,
+              .ledger = folder + "/band.json",
+              .userBus = userBus,
+              .busLimit = std::chrono::seconds(userBus.empty() ? 1 : 60)}),
         workspace(roots) {}
 
   // Without a desktop, or with what a desktop tells.

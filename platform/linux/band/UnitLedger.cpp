@@ -57,7 +57,9 @@ bool UnitLedger::add(const std::vector<Entry>& entries) {
   for (const Entry& entry : entries) {
     if (!find(entry.place.name)) m_entries.push_back(entry);
   }
-  if (m_entries.size() == before.size() || save()) return true;
+  if (m_entries.size() == before.size()) return true;
+  m_isSaved = false;
+  if (save()) return true;
   m_entries = std::move(before);
   return false;
 }
@@ -67,11 +69,11 @@ void UnitLedger::remove(const std::string& unit) {
                                    [&unit](const Entry& entry) { return entry.place.name == unit; });
   if (gone == m_entries.end()) return;
   m_entries.erase(gone, m_entries.end());
-  save(); // when it fails, the unit is looked at once more than needed
+  m_isSaved = false;
 }
 
-bool UnitLedger::save() const {
-  if (m_path.empty()) return true;
+bool UnitLedger::save() {
+  if (m_path.empty() || m_isSaved) return true;
   nlohmann::ordered_json units = nlohmann::ordered_json::array();
   for (const Entry& entry : m_entries) {
     units.push_back({{"name", entry.place.name}, {"path", entry.place.path}, {"weight", entry.weight}});
@@ -79,8 +81,9 @@ bool UnitLedger::save() const {
   const nlohmann::ordered_json document{{"boot", m_bootId}, {"units", std::move(units)}};
   m_files.createFolders(m_path.substr(0, m_path.rfind('/')));
   // A unit's name is whatever its owner chose; bytes that are no text must not stop the program.
-  return m_files.writeAtomically(
+  m_isSaved = m_files.writeAtomically(
       m_path, document.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+  return m_isSaved;
 }
 
 } // namespace vantle

@@ -34,15 +34,17 @@ class UnitLedger {
   // False when it could not be written; then nothing was added. A unit that is there keeps its entry: what it
   // was before is older than what it is now.
   bool add(const std::vector<Entry>& entries);
+  // On disk with the next `save` only: a unit that stands there needlessly is looked at once more, and that
+  // is all.
   void remove(const std::string& unit);
+  bool save();
 
  private:
-  bool save() const;
-
   FileStore& m_files;
   std::string m_path;
   std::string m_bootId;
   std::vector<Entry> m_entries;
+  bool m_isSaved = true;
 };
 
 } // namespace vantle

@@ -143,27 +143,51 @@ void UnitWeights::raiseUnit(const std::string& unit) {
   const UnitLedger::Entry* entry = m_ledger.find(unit);
   if (!entry || !m_raising.insert(unit).second) return;
   const std::uint64_t weight = entry->weight;
-  const auto giveBack = [this, unit, weight] {
-    auto given = std::make_shared<bool>(false);
-    m_manager.setWeight(unit, weight, [given](bool done) { *given = done; });
-    m_manager.barrier([this, unit, given](bool) { *given ? forget(unit) : failed(unit); });
-  };
-  if (isIdle(entry->place)) return giveBack();
+  if (isIdle(entry->place)) return giveBack(unit, weight);
   std::error_code ignored;
   if (!entry->place.isService() && !entry->place.name.ends_with(".slice") &&
       !std::filesystem::exists(m_places.controlGroups + entry->place.path, ignored)) {
     return forget(unit); // a scope ends with its processes, and its weight with it
   }
-  m_manager.getWeight(unit, [this, unit, giveBack](std::optional<std::uint64_t> now) {
+  m_manager.getWeight(unit, [this, unit, weight](std::optional<std::uint64_t> now) {
     if (!now) return failed(unit);
     if (*now != UserManager::idleWeight) return forget(unit); // somebody else's choice by now
-    giveBack();
+    giveBack(unit, weight);
   });
 }
 
-void UnitWeights::forget(const std::string& unit) {
+void UnitWeights::giveBack(const std::string& unit, std::uint64_t weight) {
+  const auto order = std::make_shared<Return>(Return{unit});
+  m_returns.push_back(order);
+  m_manager.setWeight(unit, weight, [this, order](bool done) {
+    order->isServed = done;
+    confirmReturns();
+  });
+}
+
+// The manager acts on an order after it has answered, so a later question is asked: once for all orders that
+// went out before it.
+void UnitWeights::confirmReturns() {
+  if (m_confirming > 0 || m_returns.empty()) return;
+  m_confirming = m_returns.size();
+  m_manager.barrier([this](bool) {
+    const auto end = m_returns.begin() + static_cast<std::ptrdiff_t>(std::exchange(m_confirming, 0));
+    const std::vector<std::shared_ptr<Return>> confirmed(m_returns.begin(), end);
+    m_returns.erase(m_returns.begin(), end);
+    for (const auto& order : confirmed) order->isServed ? forget(order->unit) : failed(order->unit);
+    confirmReturns();
+  });
+}
+
+// The last one on its way back has the ledger written, once for all of them.
+void UnitWeights::returned(const std::string& unit) {
   m_raising.erase(unit);
+  if (m_raising.empty()) m_ledger.save();
+}
+
+void UnitWeights::forget(const std::string& unit) {
   m_ledger.remove(unit);
+  returned(unit);
   if (!hasDebts()) {
     m_retry.reset();
     m_retryDelay = firstRetry;
@@ -171,7 +195,7 @@ void UnitWeights::forget(const std::string& unit) {
 }
 
 void UnitWeights::failed(const std::string& unit) {
-  m_raising.erase(unit);
+  returned(unit);
   if (m_retry || !m_manager.isReachable()) return;
   m_retry = m_loop.after(m_retryDelay, [this] {
     m_retry.reset();

@@ -8,6 +8,8 @@
 #include "platform/shared/EventLoop.h"
 
 #include <chrono>
+#include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -63,7 +65,16 @@ class UnitWeights {
   std::optional<std::vector<Pid>> processesIn(const std::string& path) const;
 
  private:
+  // A unit whose weight was ordered back; nobody knows yet whether the manager has acted on it.
+  struct Return {
+    std::string unit;
+    bool isServed = false;
+  };
+
   void raiseUnit(const std::string& unit);
+  void giveBack(const std::string& unit, std::uint64_t weight);
+  void confirmReturns();
+  void returned(const std::string& unit);
   void forget(const std::string& unit);
   void failed(const std::string& unit);
   void waitUntilIdle(const std::vector<UnitLedger::Entry>& entries, BusDeadline deadline);
@@ -76,8 +87,10 @@ class UnitWeights {
   std::string m_managerPath;
   std::string m_appSlice;
   UnitLedger m_ledger;
-  std::set<std::string> m_inForce; // units of the ledger that stay lowered for now
-  std::set<std::string> m_raising; // units whose weight is on its way back
+  std::set<std::string> m_inForce;                // units of the ledger that stay lowered for now
+  std::set<std::string> m_raising;                // units whose weight is on its way back
+  std::vector<std::shared_ptr<Return>> m_returns; // those of them that were ordered, in order
+  std::size_t m_confirming = 0;                   // how many of these the question covers that is under way
   std::chrono::milliseconds m_retryDelay;
   std::unique_ptr<EventLoop::Handle> m_retry;
   UserManager m_manager; // goes first: its answers come here
