@@ -29,7 +29,7 @@ struct Entry { // linux_dirent64
 template <class Callback> void forEachNumber(const char* path, Callback call) {
   const int folder = ::open(path, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (folder < 0) return;
-  alignas(Entry) std::array<char, std::size_t{32} << 10U> buffer;
+  alignas(Entry) std::array<char, std::size_t{32} << 10U> buffer{};
   long got = 0;
   while ((got = ::syscall(SYS_getdents64, folder, buffer.data(), buffer.size())) > 0) {
     for (long at = 0; at < got;) {
@@ -59,8 +59,8 @@ BarePass::BarePass(std::vector<pid_t> roots, const std::string& userBus)
 void BarePass::scan() {
   m_processes.clear();
   forEachNumber("/proc", [this](pid_t pid) {
-    std::array<char, 32> path;
-    std::array<char, 2048> text;
+    std::array<char, 32> path{};
+    std::array<char, 2048> text{};
     std::snprintf(path.data(), path.size(), "/proc/%d/stat", pid);
     const int file = ::open(path.data(), O_RDONLY | O_CLOEXEC);
     const ssize_t got = file < 0 ? -1 : ::read(file, text.data(), text.size() - 1);
@@ -73,7 +73,7 @@ void BarePass::scan() {
 }
 
 void BarePass::change(pid_t pid, bool enter) {
-  std::array<char, 32> path;
+  std::array<char, 32> path{};
   std::snprintf(path.data(), path.size(), "/proc/%d/task", pid);
   forEachNumber(path.data(), [this, enter](pid_t tid) {
     constexpr int oneThread = 1;
@@ -99,7 +99,7 @@ void BarePass::run(bool enter) {
 }
 
 void BarePass::weighSession(pid_t root, bool enter) const {
-  std::array<char, 32> path;
+  std::array<char, 32> path{};
   std::snprintf(path.data(), path.size(), "/proc/%d/autogroup", root);
   const int file = ::open(path.data(), O_WRONLY | O_CLOEXEC);
   if (file < 0) return;
