@@ -2,12 +2,17 @@
 // The program itself on a real desktop: what it slows down, and that everything comes back, whatever happens.
 #include "tests/desktop/boost/KernelState.h"
 #include "tests/desktop/harness/Isolation.h"
+#include "tests/desktop/harness/Logind.h"
+#include "tests/desktop/harness/MemoryStaller.h"
+#include "tests/desktop/harness/NotificationDaemon.h"
+#include "tests/desktop/harness/SoundServer.h"
 #include "tests/desktop/harness/VirtualDesktop.h"
 
 #include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <map>
 #include <random>
@@ -227,6 +232,54 @@ TEST_P(Boost, TakesBackAChildBornMeanwhile) {
   played.kill();
   for (const Pid pid : family) EXPECT_TRUE(waitUntil([&] { return isAtFullSpeed(pid); }));
   expectAllBack();
+}
+
+TEST_P(Boost, LeavesAloneWhatIsHeardAndWhatKeepsTheMachineAwake) {
+  const SoundServer sound(*m_desktop);
+  const auto inTerminal = [&](const std::string& command) -> Program& {
+    Program& program = m_desktop->launch({"xterm", "-e", "/bin/sh", "-c", command});
+    m_desktop->waitForWindow(program.pid());
+    return program;
+  };
+  const std::string said = m_desktop->logs() / "tone";
+  std::vector<Program*> useful{&inTerminal("exec '" VANTLE_TONE_PLAYER "' >'" + said + "'")};
+  require("the tone", [&] { return std::filesystem::exists(said) && std::filesystem::file_size(said) > 0; });
+  std::unique_ptr<Logind> logind;
+  if (GetParam() == Who::root &&
+      Logind::isPossible()) { // the daemon lets nobody else block, and has nobody to ask
+    logind = std::make_unique<Logind>();
+    m_desktop->setEnvironment("DBUS_SYSTEM_BUS_ADDRESS", logind->bus().address());
+    useful.push_back(&inTerminal("exec systemd-inhibit --what=idle --mode=block --who=useful sleep 1000"));
+    require("the inhibitor", [&] {
+      return logind->run({"sh", "-c", "systemd-inhibit --list --no-legend | grep -q useful"});
+    });
+  }
+  Program& plain = app();
+  Program& played = game();
+  startVantle();
+  for (const Program* program : useful) remember({program->pid()});
+  m_desktop->activate(played);
+  EXPECT_TRUE(becomesSlowed(plain));
+  for (const Program* program : useful) {
+    EXPECT_EQ(kernelState(program->pid()), m_before[program->pid()]);
+    for (const Pid pid : processesOf({program->pid()})) EXPECT_TRUE(isAtFullSpeed(pid));
+  }
+}
+
+TEST_P(Boost, TellsOfAShortageOfMemory) {
+  if (!std::filesystem::exists("/proc/pressure/memory")) GTEST_SKIP() << "this kernel measures no pressure";
+  const NotificationDaemon daemon(*m_desktop);
+  Program& plain = app();
+  Program& played = game();
+  startVantle();
+  m_desktop->activate(played);
+  ASSERT_TRUE(becomesSlowed(plain));
+  m_desktop->launch({memoryStaller()});
+  EXPECT_TRUE(waitUntil([&] { return !daemon.shown().empty(); }));
+  EXPECT_THAT(daemon.shown(),
+              testing::MatchesRegex("Vantle\\|Memory (is running low|almost full)\\|Using the most "
+                                    "memory: .* [0-9.]+ [KM]B\\. Quitting them will free up "
+                                    "memory\\.\n"));
 }
 
 TEST_P(Boost, SecondCopyLeavesAtOnce) {
