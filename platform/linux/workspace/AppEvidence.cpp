@@ -102,6 +102,31 @@ std::string scriptOf(const AppEvidence& evidence) {
   return {};
 }
 
+// A program that runs with a group's rights (games do, for their high scores) has its file hidden from
+// everybody else. Its command line is not, and is believed when the kernel's name for it agrees.
+std::string startedProgram(const AppEvidence& evidence) {
+  constexpr std::size_t longestCommandName = 15;
+  if (evidence.arguments.empty()) return {};
+  const std::string& name = evidence.arguments.front();
+  if (fileName(name).substr(0, longestCommandName) != evidence.commandName) return {};
+  const char* path = std::getenv("PATH");
+  std::vector<std::string> candidates;
+  if (name.starts_with('/')) {
+    candidates = {name};
+  } else if (name.find('/') == std::string::npos) {
+    for (const std::string& place :
+         split(std::string(path ? path : "") + ":/usr/games:/usr/local/games", ':')) {
+      candidates.push_back(place + '/' + name);
+    }
+  }
+  for (const std::string& candidate : candidates) {
+    const std::unique_ptr<char, decltype(&std::free)> real(::realpath(candidate.c_str(), nullptr),
+                                                           &std::free);
+    if (real && ::access(real.get(), X_OK) == 0) return real.get();
+  }
+  return {};
+}
+
 } // namespace
 
 std::optional<UnitId> unitIdOf(std::string_view unitName) {
@@ -156,6 +181,7 @@ AppEvidence readEvidence(Pid pid) {
   if (evidence.commandName.ends_with('\n')) evidence.commandName.pop_back();
   evidence.executable = linkTarget(folder + "/exe");
   evidence.arguments = split(readAll(folder + "/cmdline"), '\0');
+  if (evidence.executable.empty()) evidence.executable = startedProgram(evidence);
   const std::string unit = unitName(folder);
   evidence.unit = unitIdOf(unit);
   evidence.sandboxId = flatpakId(folder);

@@ -5,6 +5,7 @@
 #include "platform/linux/workspace/X11Windows.h"
 #include "tests/desktop/harness/Program.h"
 #include "tests/desktop/harness/TemporaryFolder.h"
+#include "tests/unit/linux/band/TestProcess.h"
 
 #include <gtest/gtest.h>
 #include <string>
@@ -89,6 +90,23 @@ TEST(AppEvidence, SeesTheScriptBehindItsInterpreter) {
     return arguments.size() == 3 && arguments.front() == "sh"; // until then it is a copy of this program
   });
   EXPECT_EQ(readEvidence(inlined.pid()).program, "") << "what stands on the command line is no script";
+}
+
+// As games with a group's rights are to everybody, root's processes are to an ordinary user.
+TEST(AppEvidence, TakesTheCommandLineWhereTheProgramIsHidden) {
+  if (!test::runsAsRoot()) GTEST_SKIP() << "needs root's processes";
+  const desktop::Program honest({.command = {"sleep", "1000"}});
+  const desktop::Program liar({.command = {"bash", "-c", "exec -a xterm sleep 1000"}});
+  const auto isStarted = [](const desktop::Program& program, const char* name) {
+    const std::vector<std::string> arguments = readEvidence(program.pid()).arguments;
+    return arguments.size() == 2 && arguments.front() == name;
+  };
+  desktop::require("the programs", [&] { return isStarted(honest, "sleep") && isStarted(liar, "xterm"); });
+  EXPECT_TRUE(test::asOrdinaryUser([&] {
+    EXPECT_EQ(readEvidence(honest.pid()).executable, "/usr/bin/sleep");
+    EXPECT_EQ(readEvidence(honest.pid()).program, "/usr/bin/sleep");
+    EXPECT_EQ(readEvidence(liar.pid()).executable, "") << "the kernel knows it by another name";
+  }));
 }
 
 TEST(AppEvidence, IsEmptyForNobody) {
