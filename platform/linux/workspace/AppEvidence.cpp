@@ -116,7 +116,7 @@ std::string startedProgram(const AppEvidence& evidence) {
   } else if (name.find('/') == std::string::npos) {
     for (const std::string& place :
          split(std::string(path ? path : "") + ":/usr/games:/usr/local/games", ':')) {
-      candidates.push_back(place + '/' + name);
+      candidates.push_back(std::filesystem::path(place) / name);
     }
   }
   for (const std::string& candidate : candidates) {
