@@ -3,6 +3,7 @@
 
 #include "settings/Resources.h"
 
+#include <QGuiApplication>
 #include <QScreen>
 #include <QVariant>
 #include <utility>
@@ -11,7 +12,14 @@ namespace vantle {
 
 namespace {
 constexpr QSize smallest(680, 480);
+constexpr QSize frame(0, 40); // about what a title bar takes
+
+// Not when the screen that it was on is gone.
+bool isInSight(QPoint framePosition) {
+  constexpr QPoint inTheTitle(60, 10);
+  return QGuiApplication::screenAt(framePosition + inTheTitle) != nullptr;
 }
+} // namespace
 
 void SettingsWindow::View::closeEvent(QCloseEvent* event) {
   m_closing();
@@ -38,17 +46,23 @@ SettingsWindow::SettingsWindow(const SettingsParts& parts, const WindowState& st
 
 void SettingsWindow::place(const std::optional<QPoint>& position) {
   m_position = position;
-  if (position) {
+  if (position && isInSight(*position)) {
     m_view.setFramePosition(*position);
     return;
   }
   const QRect free = m_view.screen()->availableGeometry();
-  m_view.setPosition(free.center() - QRect(QPoint(), m_view.size()).center());
+  m_view.resize(m_view.size().boundedTo(free.size() - frame).expandedTo(smallest));
+  const QSize wanted = m_view.size() + frame;
+  if (wanted.width() > free.width() || wanted.height() > free.height()) {
+    m_view.setFramePosition(free.topLeft()); // its title at least is in sight
+  } else {
+    m_view.setPosition(free.center() - QRect(QPoint(), m_view.size()).center());
+  }
 }
 
 void SettingsWindow::show() {
   if (!m_view.isVisible()) {
-    if (m_position) m_view.setFramePosition(*m_position);
+    if (m_position) place(m_position);
     m_model.reload();
   }
   if (m_view.windowStates().testFlag(Qt::WindowMinimized))

@@ -82,6 +82,19 @@ TEST_F(SettingsOnADesktop, IsNeverSmallerThanItsContentNeeds) {
   EXPECT_THAT(tells("state"), HasSubstr("size 680x480"));
 }
 
+TEST(SettingsOnASmallScreen, KeepTheirTitleInSight) {
+  VirtualDesktop::Options options;
+  options.screen = "660x440x24";
+  VirtualDesktop desktop(options);
+  SettingsProgram settings(desktop, VANTLE_TEST_SETTINGS);
+  settings.say("show");
+  require("the window is active", [&] { return settings.isActive(); });
+  EXPECT_TRUE(waitUntil([&] {
+    const std::string state = settings.tells("state");
+    return state.find("size 680x480") != std::string::npos && state.find("at 0 0") != std::string::npos;
+  })) << settings.tells("state");
+}
+
 TEST_F(SettingsOnADesktop, ComesBackAsItWasLeft) {
   click("Updates");
   ASSERT_TRUE(desktop.run({"wmctrl", "-i", "-r", windowId, "-e", "0,120,90,720,500"}));
