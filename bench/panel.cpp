@@ -4,13 +4,12 @@
 // wakes up while it is open and nothing changes. Medians of rounds with a fresh program each.
 //
 //   panel [ROUNDS]
+#include "bench/support/Series.h"
 #include "bench/support/ShellUnderTest.h"
 
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
-#include <exception>
 #include <thread>
 #include <vector>
 
@@ -68,11 +67,4 @@ int run(int rounds) {
 } // namespace
 } // namespace vantle::bench
 
-int main(int argc, char** argv) {
-  try {
-    return vantle::bench::run(argc > 1 ? std::max(std::atoi(argv[1]), 1) : 5);
-  } catch (const std::exception& error) {
-    std::fprintf(stderr, "%s\n", error.what());
-    return 1;
-  }
-}
+int main(int argc, char** argv) { return vantle::bench::runRounds(argc, argv, vantle::bench::run); }

@@ -4,7 +4,9 @@
 #include "platform/linux/process/ProcfsProcessTable.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <stdexcept>
@@ -26,9 +28,13 @@ constexpr int settingsY = 500;
 
 } // namespace
 
-double median(std::vector<double> values) {
-  std::sort(values.begin(), values.end());
-  return values.empty() ? 0 : values[values.size() / 2];
+int runRounds(int argc, char** argv, int (*run)(int rounds)) {
+  try {
+    return run(argc > 1 ? std::max(std::atoi(argv[1]), 1) : 5);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+    return 1;
+  }
 }
 
 ShellUnderTest::ShellUnderTest(const std::string& program) {

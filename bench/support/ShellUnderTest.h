@@ -54,6 +54,8 @@ class ShellUnderTest {
   std::uint32_t m_bare = 0; // the colour of the empty desktop
 };
 
-double median(std::vector<double> values);
+// What the main function of a bench of the shell does: the rounds are its first argument, or 5; a desktop
+// that does not come up is said, and is status 1.
+int runRounds(int argc, char** argv, int (*run)(int rounds));
 
 } // namespace vantle::bench

@@ -381,9 +381,3 @@ INSTANTIATE_TEST_SUITE_P(Desktop, Boost, testing::Values(Who::root, Who::somebod
 
 } // namespace
 } // namespace vantle::desktop
-
-int main(int argc, char** argv) {
-  testing::InitGoogleTest(&argc, argv);
-  if (testing::GTEST_FLAG(list_tests)) return RUN_ALL_TESTS();
-  return vantle::desktop::runIsolated([] { return RUN_ALL_TESTS(); });
-}

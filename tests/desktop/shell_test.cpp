@@ -3,7 +3,6 @@
 // screen reader is told of them; clicked with a real pointer among real apps.
 #include "tests/desktop/boost/KernelState.h"
 #include "tests/desktop/harness/AccessibleTree.h"
-#include "tests/desktop/harness/Isolation.h"
 #include "tests/desktop/harness/XfceTray.h"
 
 #include <algorithm>
@@ -195,9 +194,3 @@ TEST_F(Shell, AScreenReaderFindsEverythingThatCanBeReachedAndPresses) {
 
 } // namespace
 } // namespace vantle::desktop
-
-int main(int argc, char** argv) {
-  testing::InitGoogleTest(&argc, argv);
-  if (testing::GTEST_FLAG(list_tests)) return RUN_ALL_TESTS();
-  return vantle::desktop::runIsolated([] { return RUN_ALL_TESTS(); });
-}

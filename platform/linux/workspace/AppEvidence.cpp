@@ -2,14 +2,13 @@
 #include "platform/linux/workspace/AppEvidence.h"
 
 #include "platform/linux/Descriptor.h"
+#include "platform/linux/workspace/ProgramPath.h"
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdlib>
 #include <fcntl.h>
-#include <filesystem>
-#include <memory>
 #include <unistd.h>
 
 namespace vantle {
@@ -96,8 +95,8 @@ std::string scriptOf(const AppEvidence& evidence) {
     const std::string& argument = evidence.arguments[at];
     if (argument.starts_with('-')) continue;
     if (!argument.starts_with('/')) return {};
-    const std::unique_ptr<char, decltype(&std::free)> real(::realpath(argument.c_str(), nullptr), &std::free);
-    return real ? std::string(real.get()) : argument;
+    std::string real = realPath(argument);
+    return real.empty() ? argument : real;
   }
   return {};
 }
@@ -109,22 +108,10 @@ std::string startedProgram(const AppEvidence& evidence) {
   if (evidence.arguments.empty()) return {};
   const std::string& name = evidence.arguments.front();
   if (fileName(name).substr(0, longestCommandName) != evidence.commandName) return {};
-  const char* path = std::getenv("PATH");
-  std::vector<std::string> candidates;
-  if (name.starts_with('/')) {
-    candidates = {name};
-  } else if (name.find('/') == std::string::npos) {
-    for (const std::string& place :
-         split(std::string(path ? path : "") + ":/usr/games:/usr/local/games", ':')) {
-      candidates.push_back(std::filesystem::path(place) / name);
-    }
-  }
-  for (const std::string& candidate : candidates) {
-    const std::unique_ptr<char, decltype(&std::free)> real(::realpath(candidate.c_str(), nullptr),
-                                                           &std::free);
-    if (real && ::access(real.get(), X_OK) == 0) return real.get();
-  }
-  return {};
+  const std::size_t slash = name.find('/');
+  if (slash != 0 && slash != std::string::npos) return {}; // from a folder that nobody knows any more
+  std::string path = realPath(absolutePath(name));
+  return ::access(path.c_str(), X_OK) == 0 ? path : std::string();
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 
 #include "engine/Utf8.h"
 #include "platform/linux/workspace/DisplayText.h"
+#include "platform/linux/workspace/ProgramPath.h"
 
 #include <algorithm>
 #include <array>
@@ -43,17 +44,6 @@ bool standsForFiles(std::string_view argument) {
 
 bool isAssignment(std::string_view argument) { return argument.find('=') != std::string_view::npos; }
 
-// Where a desktop finds programs, PATH or not: root's own lacks the folders of the games.
-std::string absolutePath(const std::string& program) {
-  if (program.empty() || program.starts_with('/')) return program;
-  const GOwned<char> found(g_find_program_in_path(program.c_str()));
-  if (found) return text(found.get());
-  for (const char* folder : {"/usr/games/", "/usr/local/games/", "/usr/local/bin/", "/usr/bin/"}) {
-    if (std::string path = folder + program; ::access(path.c_str(), X_OK) == 0) return path;
-  }
-  return {};
-}
-
 std::string keyOf(GKeyFile* file, const char* key) {
   return text(GOwned<char>(g_key_file_get_string(file, G_KEY_FILE_DESKTOP_GROUP, key, nullptr)).get());
 }
@@ -74,11 +64,6 @@ GOwned<GDesktopAppInfo> readInfo(const std::string& path) {
                         (program + line.substr(end)).c_str());
   g_key_file_remove_key(file.get(), G_KEY_FILE_DESKTOP_GROUP, G_KEY_FILE_DESKTOP_KEY_TRY_EXEC, nullptr);
   return GOwned<GDesktopAppInfo>(g_desktop_app_info_new_from_keyfile(file.get()));
-}
-
-std::string followed(const std::string& path) {
-  const std::unique_ptr<char, decltype(&std::free)> real(::realpath(path.c_str(), nullptr), &std::free);
-  return text(real.get());
 }
 
 bool startsAsScript(const std::string& path) {
@@ -144,7 +129,7 @@ std::optional<DesktopEntry> readDesktopEntry(const std::string& path, const std:
   std::vector<std::string> words = programOf(text(g_app_info_get_commandline(app)));
   if (!words.empty()) {
     entry.executable = absolutePath(words.front());
-    entry.realPath = followed(entry.executable);
+    entry.realPath = realPath(entry.executable);
     entry.isScript = startsAsScript(entry.realPath);
     words.erase(words.begin());
     entry.arguments = std::move(words);
