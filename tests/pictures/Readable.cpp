@@ -3,6 +3,7 @@
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
+#include <QDir>
 #include <QFileInfo>
 #include <QHash>
 #include <QQuickWindow>
@@ -120,6 +121,33 @@ bool keep(const QQuickItem& view, const QImage& picture, const QString& path, in
   if (findings.leastOnAccent < 21) std::printf(", white on the accent %.2f", findings.leastOnAccent);
   std::printf("\n");
   return good;
+}
+
+int drawAll(const QString& folder, const char* window, const std::vector<Subject>& states, const Draw& draw) {
+  const QDir pictures(folder);
+  if (!pictures.mkpath(".")) return 1;
+  const QString scale = qEnvironmentVariable("QT_SCALE_FACTOR", "1");
+  bool good = true;
+  for (const AppearanceMode mode : {AppearanceMode::light, AppearanceMode::dark}) {
+    const std::string look(rawValue(mode));
+    const auto pathOf = [&](const std::string& what) {
+      return pictures.filePath(QStringLiteral("%1-%2-%3-%4.png")
+                                   .arg(QString::fromUtf8(window), QString::fromStdString(what),
+                                        QString::fromStdString(look), scale));
+    };
+    for (std::size_t at = 0; at < states.size(); ++at) {
+      good = draw(at, mode, AccentTheme::blue, pathOf(states[at].name)) && good;
+    }
+    if (scale != "1") continue;
+    for (const AccentTheme accent : allAccentThemes) {
+      for (std::size_t at = 0; at < states.size(); ++at) {
+        if (!states[at].inEveryAccent) continue;
+        const std::string name = states[at].name + "-" + std::string(rawValue(accent));
+        good = draw(at, mode, accent, pathOf(name)) && good;
+      }
+    }
+  }
+  return good ? 0 : 1;
 }
 
 } // namespace vantle::pictures

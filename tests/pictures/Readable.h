@@ -1,9 +1,14 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "engine/AppSettings.h"
+
 #include <QImage>
 #include <QQuickItem>
+#include <cstddef>
 #include <functional>
+#include <string>
+#include <vector>
 
 namespace vantle::pictures {
 
@@ -22,5 +27,18 @@ bool waitFor(const std::function<bool()>& holds);
 
 // Keeps the picture and says what was found; false when a text in it cannot be read or too few are there.
 bool keep(const QQuickItem& view, const QImage& picture, const QString& path, int leastTexts);
+
+// Makes one picture of a state; false when it could not be made or a text in it cannot be read.
+using Draw =
+    std::function<bool(std::size_t state, AppearanceMode mode, AccentTheme accent, const QString& path)>;
+
+struct Subject {
+  std::string name;
+  bool inEveryAccent = false;
+};
+
+// Draws every state of a window into the folder, in light and dark; at 100 % some of them in every accent as
+// well. The status of the program.
+int drawAll(const QString& folder, const char* window, const std::vector<Subject>& states, const Draw& draw);
 
 } // namespace vantle::pictures

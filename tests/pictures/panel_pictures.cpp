@@ -8,7 +8,6 @@
 #include "platform/simulated/SampleDesktop.h"
 #include "tests/pictures/Readable.h"
 
-#include <QDir>
 #include <QFont>
 #include <QGuiApplication>
 #include <QQuickItem>
@@ -103,24 +102,13 @@ int main(int argc, char** argv) {
   qunsetenv("DBUS_SESSION_BUS_ADDRESS");
   const QGuiApplication application(argc, argv);
   QGuiApplication::setFont(QFont("Inter"));
-  const QDir folder(argc > 1 ? argv[1] : ".");
-  if (!folder.mkpath(".")) return 1;
-  const QString scale = qEnvironmentVariable("QT_SCALE_FACTOR", "1");
-  bool good = true;
-  for (const AppearanceMode mode : {AppearanceMode::light, AppearanceMode::dark}) {
-    const std::string look(rawValue(mode));
-    const auto pathOf = [&](const std::string& what) {
-      return folder.filePath(QStringLiteral("panel-%1-%2-%3.png")
-                                 .arg(QString::fromStdString(what), QString::fromStdString(look), scale));
-    };
-    for (const State& state : states) good = draw(state, mode, AccentTheme::blue, pathOf(state.name)) && good;
-    if (scale != "1") continue;
-    for (const AccentTheme accent : allAccentThemes) {
-      for (const int index : {1, 4}) {
-        const State& state = states[index];
-        good = draw(state, mode, accent, pathOf(state.name + ("-" + std::string(rawValue(accent))))) && good;
-      }
-    }
+  std::vector<pictures::Subject> subjects;
+  for (const State& state : states) {
+    const std::string name = state.name;
+    subjects.push_back({name, name == "idle" || name == "boost"});
   }
-  return good ? 0 : 1;
+  return pictures::drawAll(argc > 1 ? argv[1] : ".", "panel", subjects,
+                           [](std::size_t at, AppearanceMode mode, AccentTheme accent, const QString& path) {
+                             return draw(states[at], mode, accent, path);
+                           });
 }

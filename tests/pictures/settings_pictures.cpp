@@ -193,25 +193,14 @@ int main(int argc, char** argv) {
   const QGuiApplication application(argc, argv);
   QGuiApplication::setQuitOnLastWindowClosed(false);
   QGuiApplication::setFont(QFont("Inter"));
-  const QDir folder(argc > 1 ? argv[1] : ".");
-  if (!folder.mkpath(".")) return 1;
-  const QString scale = qEnvironmentVariable("QT_SCALE_FACTOR", "1");
-  bool good = true;
-  for (const AppearanceMode mode : {AppearanceMode::light, AppearanceMode::dark}) {
-    const std::string look(rawValue(mode));
-    const auto pathOf = [&](const std::string& what) {
-      return folder.filePath(QStringLiteral("settings-%1-%2-%3.png")
-                                 .arg(QString::fromStdString(what), QString::fromStdString(look), scale));
-    };
-    for (const State& state : states) good = draw(state, mode, AccentTheme::blue, pathOf(state.name)) && good;
-    if (scale != "1") continue;
-    for (const AccentTheme accent : allAccentThemes) {
-      for (const State& state : states) {
-        const std::string name = state.name;
-        if (name != "appearance" && name != "updates-available" && name != "picker-search") continue;
-        good = draw(state, mode, accent, pathOf(name + ("-" + std::string(rawValue(accent))))) && good;
-      }
-    }
+  std::vector<pictures::Subject> subjects;
+  for (const State& state : states) {
+    const std::string name = state.name;
+    subjects.push_back(
+        {name, name == "appearance" || name == "updates-available" || name == "picker-search"});
   }
-  return good ? 0 : 1;
+  return pictures::drawAll(argc > 1 ? argv[1] : ".", "settings", subjects,
+                           [](std::size_t at, AppearanceMode mode, AccentTheme accent, const QString& path) {
+                             return draw(states[at], mode, accent, path);
+                           });
 }
