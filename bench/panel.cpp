@@ -17,14 +17,17 @@ namespace vantle::bench {
 namespace {
 
 constexpr int reopenings = 9;
+constexpr int releases = 4; // times it is made anew
 constexpr std::chrono::seconds watched{20};
 
 struct Figures {
   std::vector<double> never; // MB
   std::vector<double> open;
   std::vector<double> closed;
-  std::vector<double> first; // ms
+  std::vector<double> closedLast; // after the last release
+  std::vector<double> first;      // ms
   std::vector<double> again;
+  std::vector<double> anew; // the memory had been given back
   std::vector<double> wakeUps;
 };
 
@@ -44,6 +47,12 @@ void measureOnce(Figures& figures) {
   shell.closePanel();
   shell.waitForRelease();
   figures.closed.push_back(shell.ownMegabytes());
+  for (int i = 0; i < releases; ++i) {
+    figures.anew.push_back(shell.openPanel().count());
+    shell.closePanel();
+    shell.waitForRelease();
+  }
+  figures.closedLast.push_back(shell.ownMegabytes());
 }
 
 void print(const char* what, const std::vector<double>& values, const char* unit) {
@@ -58,8 +67,10 @@ int run(int rounds) {
   print("own memory, never opened", figures.never, "MB");
   print("own memory, open", figures.open, "MB");
   print("own memory, closed again", figures.closed, "MB");
+  print("own memory, closed 5 times", figures.closedLast, "MB");
   print("first opening", figures.first, "ms");
   print("opening again", figures.again, "ms");
+  print("opening after a release", figures.anew, "ms");
   print("wake-ups in 20 s open", figures.wakeUps, "");
   return 0;
 }

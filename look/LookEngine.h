@@ -8,12 +8,16 @@
 namespace vantle {
 
 // The declarative engine of one window, with everything of this room in it. Made when the window is first
-// opened, and destroyed with it; see giveMemoryBack for the moment after.
+// opened, and destroyed with it; see giveMemoryBack for the moment after. The last one takes the registered
+// types of all rooms with it.
 class LookEngine : public QQmlEngine {
   Q_OBJECT
 
  public:
   explicit LookEngine(AppSettings& settings, QObject* parent = nullptr);
+  ~LookEngine() override;
+  LookEngine(const LookEngine&) = delete;
+  LookEngine& operator=(const LookEngine&) = delete;
 
   AppSettings& settings() const { return m_settings; }
 
@@ -24,7 +28,8 @@ class LookEngine : public QQmlEngine {
 // Chooses the software renderer. To be called before the first QQuickWindow is made.
 void prepareRendering();
 
-// Hands the heap of a destroyed engine back to the system.
+// Hands the heap of a destroyed engine back to the system, and the caches that only windows use once there is
+// no engine left.
 void giveMemoryBack();
 
 } // namespace vantle

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "look/Resources.h"
 
+#include "look/TypeRegistrations.h"
+
 #include <QtGlobal>
 #include <qqml.h>
 
@@ -22,7 +24,7 @@ void loadLookResources() { initSymbols(); }
 void registerLookTypes() {
   loadLookResources();
   initViews();
-  qml_register_types_Vantle_Look();
+  registerTypesOnce(qml_register_types_Vantle_Look);
 }
 
 } // namespace vantle

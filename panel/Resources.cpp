@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "panel/Resources.h"
 
+#include "look/TypeRegistrations.h"
+
 #include <QtGlobal>
 #include <qqml.h>
 
@@ -18,7 +20,7 @@ namespace vantle {
 
 void registerPanelTypes() {
   initViews();
-  qml_register_types_Vantle_Panel();
+  registerTypesOnce(qml_register_types_Vantle_Panel);
 }
 
 } // namespace vantle

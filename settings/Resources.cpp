@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "settings/Resources.h"
 
+#include "look/TypeRegistrations.h"
+
 #include <QtGlobal>
 
 // Written by the build from the module's types.
@@ -17,7 +19,7 @@ namespace vantle {
 
 void registerSettingsTypes() {
   initViews();
-  qml_register_types_Vantle_Settings();
+  registerTypesOnce(qml_register_types_Vantle_Settings);
 }
 
 } // namespace vantle

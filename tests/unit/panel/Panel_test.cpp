@@ -336,5 +336,20 @@ TEST_F(Panel, HasNothingBeforeTheFirstOpeningAndNothingAWhileAfterTheLast) {
   EXPECT_TRUE(panel.isOpen());
 }
 
+TEST_F(Panel, IsTheSameEachTimeItIsMadeAnew) {
+  panel.setKeepTime(0);
+  int discarded = 0;
+  QObject::connect(&panel, &PanelController::discarded, &panel, [&discarded] { ++discarded; });
+  open();
+  const QStringList first = texts();
+  EXPECT_FALSE(first.isEmpty());
+  for (int times = 1; times <= 3; ++times) {
+    panel.close();
+    ASSERT_TRUE(until([&] { return discarded == times; }));
+    open();
+    EXPECT_EQ(texts(), first);
+  }
+}
+
 } // namespace
 } // namespace vantle
