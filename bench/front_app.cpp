@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: MIT
 // What the app in front gets while other apps keep every processor busy: frame times of a 60 Hz program with
-// 8 ms of work a frame, and its share of a processor when it wants one whole. Each column is one way of
-// slowing the others down; all are measured in one run, one after the other in every round, so that whatever
-// else the machine does meets them all alike.
+// 8 ms of work a frame, and its share of a processor when it wants one whole. Each row is one way of slowing
+// the others down; all are measured in one run, taking turns, each round in another order, so that whatever
+// else the machine does meets them all alike. What else it does can be more than what is looked for, on a
+// virtual machine above all: so "p99/alone" is the middle of the rounds, each against its own round alone,
+// with the quarters below and above it; what a second row alone gets there is what the figure is worth.
 //
 // usage: front_app [ROUNDS [SECONDS]]     (as root, VANTLE_BENCH_USER=UID runs it as that user)
 #include "bench/support/FrontApp.h"
+#include "bench/support/Series.h"
 #include "platform/linux/band/LinuxBand.h"
 #include "platform/linux/bus/BusConnection.h"
 #include "platform/linux/files/PosixFileStore.h"
@@ -118,6 +121,7 @@ std::vector<Column> columns(LinuxBand& band, GameDaemon& games) {
   };
   std::vector<Column> all;
   all.push_back({"alone", false});
+  all.push_back({"alone again", false});
   all.push_back({"nothing done"});
   all.push_back({"SCHED_IDLE", true, everyApp([](pid_t pid) {
                    const sched_param none{};
@@ -155,33 +159,34 @@ struct Result {
   bool couldDoIt = true;
   std::vector<double> frames;
   std::vector<double> shares;
+  std::vector<double> roundP99s;
 };
 
-double percentile(std::vector<double>& sorted, double part) {
-  if (sorted.empty()) return 0;
-  return sorted[std::min(sorted.size() - 1,
-                         static_cast<std::size_t>(static_cast<double>(sorted.size()) * part))];
+double percentile(std::vector<double> values, double part) {
+  if (values.empty()) return 0;
+  std::sort(values.begin(), values.end());
+  return values[std::min(values.size() - 1,
+                         static_cast<std::size_t>(static_cast<double>(values.size()) * part))];
 }
 
-void print(const Placement& placement, const std::vector<Column>& all, std::vector<Result>& results) {
-  std::printf("\n%s\n  %-14s %7s %7s %7s %8s %7s %10s\n", placement.name, "", "p50", "p95", "p99", "late",
+void print(const Placement& placement, const std::vector<Column>& all, const std::vector<Result>& results) {
+  std::printf("\n%s\n  %-14s %7s %7s %7s %8s %7s   %s\n", placement.name, "", "p50", "p95", "p99", "late",
               "share", "p99/alone");
-  double alone = 0;
+  const double limit = std::chrono::duration<double, std::milli>(FrontApp::frame).count();
   for (std::size_t at = 0; at < all.size(); ++at) {
-    Result& result = results[at];
-    std::sort(result.frames.begin(), result.frames.end());
-    std::sort(result.shares.begin(), result.shares.end());
-    const double p99 = percentile(result.frames, 0.99);
-    if (at == 0) alone = p99;
-    const double limit = std::chrono::duration<double, std::milli>(FrontApp::frame).count();
+    const Result& result = results[at];
     const auto late = std::count_if(result.frames.begin(), result.frames.end(),
                                     [limit](double frame) { return frame > limit; });
-    std::printf("  %-14s %7.1f %7.1f %7.1f %6.1f %% %5.1f %% %10.2f%s\n", all[at].name,
-                percentile(result.frames, 0.5), percentile(result.frames, 0.95), p99,
+    std::vector<double> ratios;
+    for (std::size_t round = 0; round < result.roundP99s.size(); ++round)
+      ratios.push_back(result.roundP99s[round] / results.front().roundP99s[round]);
+    std::printf("  %-14s %7.1f %7.1f %7.1f %6.1f %% %5.1f %%   %4.2f (%.2f to %.2f)%s\n", all[at].name,
+                percentile(result.frames, 0.5), percentile(result.frames, 0.95),
+                percentile(result.frames, 0.99),
                 100.0 * static_cast<double>(late) /
                     static_cast<double>(std::max<std::size_t>(1, result.frames.size())),
-                100 * percentile(result.shares, 0.5), p99 / alone,
-                result.couldDoIt ? "" : "  (could do nothing)");
+                100 * median(result.shares), median(ratios), percentile(ratios, 0.25),
+                percentile(ratios, 0.75), result.couldDoIt ? "" : "  (could do nothing)");
   }
 }
 
@@ -192,7 +197,8 @@ void measure(const Placement& placement, LinuxBand& band, GameDaemon& games, int
   if (placement.ownUnit) band.placeAsApp(front.pid());
   const long processors = ::sysconf(_SC_NPROCESSORS_ONLN);
   for (int round = 0; round < rounds; ++round) {
-    for (std::size_t at = 0; at < all.size(); ++at) {
+    for (std::size_t turn = 0; turn < all.size(); ++turn) {
+      const std::size_t at = (turn + static_cast<std::size_t>(round)) % all.size();
       // New ones each time: not every way can be undone by everybody.
       Apps apps;
       for (long count = 0; all[at].hasOthers && count < processors; ++count) {
@@ -206,6 +212,7 @@ void measure(const Placement& placement, LinuxBand& band, GameDaemon& games, int
       results[at].frames.insert(results[at].frames.end(), figures.frameMillis.begin(),
                                 figures.frameMillis.end());
       results[at].shares.push_back(figures.share);
+      results[at].roundP99s.push_back(percentile(figures.frameMillis, 0.99));
     }
   }
   print(placement, all, results);
