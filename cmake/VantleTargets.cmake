@@ -21,12 +21,30 @@ function(vantle_room name)
   vantle_target(${name})
 endfunction()
 
+# The toolkit's headers take most of the time of every source that uses it. The build that only runs tests reads them
+# once a target; the others show that each source includes what it uses.
+function(vantle_precompile name)
+  if(VANTLE_SANITIZE)
+    target_precompile_headers(${name} PRIVATE <QGuiApplication> <QQmlEngine> <QQuickItem> <QQuickWindow> <functional>
+                                              <memory> <string> <vector> ${ARGN})
+  endif()
+endfunction()
+
 # Gives a room its views: every *.qml of the room's own folder, compiled, as the module `uri`. There is no plugin:
 # the room's register function makes the module known (a static library's initialisers do not run by themselves).
 function(vantle_qml_module name uri)
   file(GLOB views RELATIVE ${CMAKE_CURRENT_SOURCE_DIR} CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.qml)
   string(REPLACE . / folder ${uri})
-  qt_add_qml_module(${name} URI ${uri} VERSION 1.0 NO_PLUGIN RESOURCE_PREFIX /qt/qml
+  set(options)
+  if(VANTLE_SANITIZE)
+    # Compiling the views takes longer than everything else of the windows, and is not what is looked at there.
+    set(options NO_CACHEGEN)
+    set(stub ${CMAKE_CURRENT_BINARY_DIR}/${name}_without_cache.cpp)
+    set(function "int qInitResources_qmlcache_${name}()")
+    file(CONFIGURE OUTPUT ${stub} CONTENT "@function@;\n@function@ { return 0; }\n" @ONLY)
+    target_sources(${name} PRIVATE ${stub})
+  endif()
+  qt_add_qml_module(${name} URI ${uri} VERSION 1.0 NO_PLUGIN RESOURCE_PREFIX /qt/qml ${options}
                     OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/${folder} QML_FILES ${views} ${ARGN})
   # The collector of types looks again at files that changed, but never at one that is new: its stamp must go then.
   get_target_property(sources ${name} SOURCES)
@@ -42,4 +60,5 @@ function(vantle_qml_module name uri)
   # The compiler of views writes C++ that is not ours to keep free of warnings.
   list(FILTER sources INCLUDE REGEX "/qmlcache/")
   set_source_files_properties(${sources} PROPERTIES COMPILE_OPTIONS -w)
+  vantle_precompile(${name})
 endfunction()

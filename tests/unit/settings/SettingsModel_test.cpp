@@ -79,7 +79,8 @@ TEST_F(SettingsModelTest, SwitchesStoreAtOnceAndFollowOthers) {
       {model.updates()->automatically(), "checkUpdatesAutomatically"}};
   for (const auto& [choice, key] : switches) {
     int told = 0;
-    QObject::connect(choice, &Switch::changed, [&told] { ++told; });
+    const QObject listener;
+    QObject::connect(choice, &Switch::changed, &listener, [&told] { ++told; });
     EXPECT_TRUE(choice->isOn()) << key;
     choice->toggle();
     EXPECT_FALSE(choice->isOn()) << key;
