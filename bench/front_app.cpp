@@ -106,20 +106,20 @@ class GameDaemon {
 };
 
 // One way of making the app in front faster. `begin` is false where it could do nothing.
-struct Column {
+struct Way {
   const char* name;
   bool hasOthers = true;
   std::function<bool(const FrontApp&, const Apps&)> begin = [](const FrontApp&, const Apps&) { return true; };
   std::function<void(const FrontApp&, const Apps&)> end = [](const FrontApp&, const Apps&) {};
 };
 
-std::vector<Column> columns(LinuxBand& band, GameDaemon& games) {
+std::vector<Way> waysOf(LinuxBand& band, GameDaemon& games) {
   const auto everyApp = [](const auto& change) {
     return [change](const FrontApp&, const Apps& apps) {
       return std::all_of(apps.begin(), apps.end(), [&](const auto& app) { return change(app->pid()) == 0; });
     };
   };
-  std::vector<Column> all;
+  std::vector<Way> all;
   all.push_back({"alone", false});
   all.push_back({"alone again", false});
   all.push_back({"nothing done"});
@@ -169,7 +169,7 @@ double percentile(std::vector<double> values, double part) {
                          static_cast<std::size_t>(static_cast<double>(values.size()) * part))];
 }
 
-void print(const Placement& placement, const std::vector<Column>& all, const std::vector<Result>& results) {
+void print(const Placement& placement, const std::vector<Way>& all, const std::vector<Result>& results) {
   std::printf("\n%s\n  %-14s %7s %7s %7s %8s %7s   %s\n", placement.name, "", "p50", "p95", "p99", "late",
               "share", "p99/alone");
   const double limit = std::chrono::duration<double, std::milli>(FrontApp::frame).count();
@@ -191,7 +191,7 @@ void print(const Placement& placement, const std::vector<Column>& all, const std
 }
 
 void measure(const Placement& placement, LinuxBand& band, GameDaemon& games, int rounds, milliseconds time) {
-  const std::vector<Column> all = columns(band, games);
+  const std::vector<Way> all = waysOf(band, games);
   std::vector<Result> results(all.size());
   const FrontApp front(placement.session);
   if (placement.ownUnit) band.placeAsApp(front.pid());
@@ -229,7 +229,7 @@ int run(int rounds, milliseconds time) {
   const std::string bus = userBus();
   LinuxBand band(loop, files, {.ledger = {}, .userBus = bus, .busLimit = std::chrono::seconds(5)});
   GameDaemon games(loop);
-  std::printf("%ld processors, each with a busy app; user %d; %d rounds of %.0f s a column; milliseconds\n",
+  std::printf("%ld processors, each with a busy app; user %d; %d rounds of %.0f s a row; milliseconds\n",
               ::sysconf(_SC_NPROCESSORS_ONLN), static_cast<int>(::geteuid()), rounds,
               std::chrono::duration<double>(time).count());
   measure({"all in one session", OwnSession::no, false}, band, games, rounds, time);

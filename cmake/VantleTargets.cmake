@@ -59,6 +59,6 @@ function(vantle_qml_module name uri)
   endif()
   # The compiler of views writes C++ that is not ours to keep free of warnings.
   list(FILTER sources INCLUDE REGEX "/qmlcache/")
-  set_source_files_properties(${sources} PROPERTIES COMPILE_OPTIONS -w)
+  set_source_files_properties(${sources} PROPERTIES COMPILE_OPTIONS "-w;-O1")
   vantle_precompile(${name})
 endfunction()

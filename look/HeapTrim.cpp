@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdlib>
 #include <malloc.h>
+#include <system_error>
 #include <thread>
 
 namespace vantle {
@@ -24,11 +25,16 @@ void emptyThreadCache() {
   for (std::size_t at = 0; at < sizes; ++at) {
     for (void*& block : blocks[at]) block = std::malloc(smallest + at * step);
   }
-  std::thread([&blocks] {
+  const auto freeAll = [&blocks] {
     for (const auto& ofOneSize : blocks) {
       for (void* block : ofOneSize) std::free(block);
     }
-  }).join();
+  };
+  try {
+    std::thread(freeAll).join();
+  } catch (const std::system_error&) { // no thread to be had
+    freeAll();
+  }
 }
 
 } // namespace
