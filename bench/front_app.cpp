@@ -10,6 +10,7 @@
 #include "bench/support/FrontApp.h"
 #include "bench/support/Series.h"
 #include "platform/linux/band/LinuxBand.h"
+#include "platform/linux/band/UserManager.h"
 #include "platform/linux/bus/BusConnection.h"
 #include "platform/linux/files/PosixFileStore.h"
 #include "platform/linux/files/XdgFolders.h"
@@ -227,7 +228,8 @@ int run(int rounds, milliseconds time) {
   PollEventLoop loop;
   PosixFileStore files("/nonexistent", PosixFileStore::Sync::none);
   const std::string bus = userBus();
-  LinuxBand band(loop, files, {.ledger = {}, .userBus = bus, .busLimit = std::chrono::seconds(5)});
+  LinuxBand band(loop, files,
+                 {.manager = std::make_unique<UserManager>(loop, bus), .busLimit = std::chrono::seconds(5)});
   GameDaemon games(loop);
   std::printf("%ld processors, each with a busy app; user %d; %d rounds of %.0f s a row; milliseconds\n",
               ::sysconf(_SC_NPROCESSORS_ONLN), static_cast<int>(::geteuid()), rounds,

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "bench/support/BarePass.h"
 
-#include "platform/linux/process/ProcessFiles.h"
+#include "platform/linux/kernel/ProcKernel.h"
 
 #include <algorithm>
 #include <array>
@@ -49,9 +49,9 @@ BarePass::BarePass(std::vector<pid_t> roots, const std::string& userBus)
       m_chosen(m_online & ~(m_online >> 1U)), m_isRoot(::geteuid() == 0) {
   if (userBus.empty()) return;
   m_manager.emplace(m_loop, userBus);
-  const ProcessFiles files("/proc");
+  const ProcKernel kernel;
   for (const pid_t root : m_roots) {
-    const std::string path = files.unifiedPath(root);
+    const std::string path = kernel.unifiedPath(root);
     m_units.push_back(path.substr(path.rfind('/') + 1));
   }
 }

@@ -4,6 +4,7 @@
 #include "engine/ports/Machine.h"
 #include "platform/linux/Absent.h"
 #include "platform/linux/band/LinuxBand.h"
+#include "platform/linux/band/UserManager.h"
 #include "platform/linux/files/PosixFileStore.h"
 #include "platform/linux/process/BootClock.h"
 #include "platform/linux/process/LinuxHost.h"
@@ -69,11 +70,11 @@ struct BenchMachine {
   explicit BenchMachine(const std::string& folder, const std::vector<pid_t>& roots,
                         const std::string& userBus = {})
       : files(folder, PosixFileStore::Sync::none), epoch(BootEpoch::load(files, {})),
-        processes(epoch, processFiles), clock(epoch),
+        processes(epoch, kernel), clock(epoch),
         band(loop, files,
-             {.files = processFiles,
+             {.kernel = kernel,
+              .manager = std::make_unique<UserManager>(loop, userBus),
               .ledger = folder + "/band.json",
-              .userBus = userBus,
               .busLimit = std::chrono::seconds(userBus.empty() ? 1 : 60)}),
         workspace(roots) {}
 
@@ -87,7 +88,7 @@ struct BenchMachine {
   PosixFileStore files;
   BootEpoch epoch;
   LinuxHost host;
-  std::shared_ptr<const ProcessFiles> processFiles = std::make_shared<ProcessFiles>("/proc");
+  std::shared_ptr<ProcKernel> kernel = std::make_shared<ProcKernel>();
   ProcfsProcessTable processes;
   BootClock clock;
   PollEventLoop loop;

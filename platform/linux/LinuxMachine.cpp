@@ -4,6 +4,7 @@
 #include "platform/linux/Absent.h"
 #include "platform/linux/audio/PulseAudioActivity.h"
 #include "platform/linux/band/LinuxBand.h"
+#include "platform/linux/band/UserManager.h"
 #include "platform/linux/bus/BusConnection.h"
 #include "platform/linux/files/PosixFileStore.h"
 #include "platform/linux/notices/DesktopNotifications.h"
@@ -49,14 +50,13 @@ struct LinuxMachine::Parts {
   Parts(const XdgFolders& folders, const std::vector<std::string>& keptEpochs)
       : files(folders.data, PosixFileStore::Sync::none),
         settingsFiles(folders.data, PosixFileStore::Sync::disk), epoch(BootEpoch::load(files, keptEpochs)),
-        processes(epoch, processFiles), clock(epoch), defaults(settingsFiles, folders.config, applicationId) {
-  }
+        processes(epoch, kernel), clock(epoch), defaults(settingsFiles, folders.config, applicationId) {}
 
   PosixFileStore files;         // another boot has no use for what is kept here: the disk need not be awaited
   PosixFileStore settingsFiles; // the person's choices
   BootEpoch epoch;
   LinuxHost host;
-  std::shared_ptr<const ProcessFiles> processFiles = std::make_shared<ProcessFiles>("/proc");
+  std::shared_ptr<ProcKernel> kernel = std::make_shared<ProcKernel>();
   ProcfsProcessTable processes;
   BootClock clock;
   JsonUserDefaults defaults;
@@ -82,10 +82,11 @@ LinuxMachine::~LinuxMachine() = default;
 std::unique_ptr<LinuxMachine> LinuxMachine::forDesktop(const XdgFolders& folders, EventLoop& loop,
                                                        std::function<void()> onDesktopLost) {
   auto parts = std::make_unique<Parts>(folders, epochPaths(folders));
-  parts->band = std::make_unique<LinuxBand>(loop, parts->files,
-                                            BandPaths{.files = parts->processFiles,
-                                                      .ledger = folders.data + "/Vantle/band.json",
-                                                      .userBus = userBus(folders)});
+  parts->band =
+      std::make_unique<LinuxBand>(loop, parts->files,
+                                  BandParts{.kernel = parts->kernel,
+                                            .manager = std::make_unique<UserManager>(loop, userBus(folders)),
+                                            .ledger = folders.data + "/Vantle/band.json"});
   parts->systemBus = std::make_unique<BusConnection>(loop, BusConnection::Kind::system);
   parts->sessionBus = std::make_unique<BusConnection>(loop, BusConnection::Kind::session);
   parts->audio = std::make_unique<PulseAudioActivity>();
@@ -104,7 +105,8 @@ std::unique_ptr<LinuxMachine> LinuxMachine::forSelfTest(const XdgFolders& folder
   // take its time.
   auto band = std::make_unique<LinuxBand>(
       parts->ownLoop, parts->files,
-      BandPaths{.ledger = {}, .userBus = userBus(folders), .busLimit = std::chrono::seconds(2)});
+      BandParts{.manager = std::make_unique<UserManager>(parts->ownLoop, userBus(folders)),
+                .busLimit = std::chrono::seconds(2)});
   parts->launcher = SessionLauncher([band = band.get()](Pid pid) { band->placeAsApp(pid); });
   parts->band = std::move(band);
   return std::unique_ptr<LinuxMachine>(new LinuxMachine(std::move(parts)));

@@ -16,6 +16,7 @@
 #include "engine/SelfTest.h"
 #include "platform/linux/LinuxMachine.h"
 #include "platform/linux/band/LinuxBand.h"
+#include "platform/linux/band/UserManager.h"
 #include "platform/linux/files/PosixFileStore.h"
 #include "platform/linux/process/BootEpoch.h"
 #include "platform/linux/process/ProcfsProcessTable.h"
@@ -34,8 +35,11 @@ namespace {
 
 class Console {
  public:
-  explicit Console(BandPaths paths)
-      : m_epoch(0), m_processes(m_epoch), m_band(m_loop, m_files, std::move(paths)) {}
+  Console(const std::string& ledger, const std::string& bus, std::chrono::milliseconds limit)
+      : m_epoch(0), m_processes(m_epoch),
+        m_band(m_loop, m_files,
+               {.manager = std::make_unique<UserManager>(m_loop, bus), .ledger = ledger, .busLimit = limit}) {
+  }
 
   int run() {
     const auto input = m_loop.watch(STDIN_FILENO, EventLoop::Readiness::readable, [this] { readInput(); });
@@ -118,7 +122,7 @@ int main(int count, char** arguments) {
   if (first != "test") {
     const std::string bus = count > 2 ? arguments[2] : "";
     const long limit = count > 3 ? std::stol(arguments[3]) : 200;
-    return Console({.ledger = first, .userBus = bus, .busLimit = std::chrono::milliseconds(limit)}).run();
+    return Console(first, bus, std::chrono::milliseconds(limit)).run();
   }
   const auto machine = LinuxMachine::forSelfTest(XdgFolders::fromEnvironment());
   Machine ports = machine->machine();

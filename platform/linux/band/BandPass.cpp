@@ -4,7 +4,6 @@
 #include "platform/linux/band/SystemParts.h"
 
 #include <algorithm>
-#include <unistd.h>
 #include <utility>
 
 namespace vantle {
@@ -12,7 +11,7 @@ namespace vantle {
 BandPass::BandPass(Parts parts, std::span<const BandGroup> groups, const std::vector<Pid>& boostApp,
                    const std::set<Pid>& everyApp)
     : m_parts(parts), m_groups(groups), m_boostTree(boostApp),
-      m_boostApp(boostApp.empty() ? 0 : boostApp.back()), m_everyApp(everyApp), m_self(::getpid()),
+      m_boostApp(boostApp.empty() ? 0 : boostApp.back()), m_everyApp(everyApp), m_self(parts.kernel.self()),
       m_companions(groups.size()) {}
 
 std::vector<std::vector<bool>> BandPass::run() {
@@ -20,7 +19,7 @@ std::vector<std::vector<bool>> BandPass::run() {
   // long as anything was born anywhere, look again. Each look finds only what escaped the one before.
   constexpr int mostLooks = 4;
   for (int look = 0; look < mostLooks; ++look) {
-    const std::optional<Pid> births = m_parts.files.birthMark();
+    const std::optional<Pid> births = m_parts.kernel.birthMark();
     this->look();
     // First of all, because it decides where processes stand from then on.
     if (m_parts.units) {
@@ -29,7 +28,7 @@ std::vector<std::vector<bool>> BandPass::run() {
     }
     lookAtBoostApp();
     for (std::size_t at = 0; at < m_groups.size(); ++at) enterGroup(at);
-    if (births && births == m_parts.files.birthMark()) break;
+    if (births && births == m_parts.kernel.birthMark()) break;
   }
   m_parts.sessions.apply();
   if (m_parts.units) m_parts.units->raiseUnused(m_enteredPaths);
@@ -47,7 +46,7 @@ std::vector<std::vector<bool>> BandPass::run() {
 }
 
 void BandPass::look() {
-  m_scan = ProcessScan(m_parts.files.recentScan());
+  m_scan = ProcessScan(m_parts.kernel.recentScan());
   m_owners.emplace(m_scan, m_everyApp);
   if (m_boostApp != 0) m_owners->claim(m_boostApp, m_boostTree);
   for (const BandGroup& group : m_groups) m_owners->claim(group.root, group.tree);
@@ -98,7 +97,7 @@ bool BandPass::enter(const ProcessStat& process) {
   plan.classIsTheEffect = lever == Lever::schedulingClass;
   plan.sessionLowered = lever == Lever::session;
   entered = m_parts.threads.enter(process.pid, plan);
-  if (entered && lever == Lever::unit) m_enteredPaths.push_back(m_parts.files.unifiedPath(process.pid));
+  if (entered && lever == Lever::unit) m_enteredPaths.push_back(m_parts.kernel.unifiedPath(process.pid));
   // The mark comes first: from here on a crash leaves the session's weight to be found by it.
   if (entered && lever == Lever::session) {
     const SessionPlan& session = sessionPlan(process.session);
@@ -113,12 +112,12 @@ bool BandPass::mayTouch(const ProcessStat& process) {
   if (known != m_mayTouch.end()) return known->second;
   const bool may = process.pid > 1 && process.pid != m_self && !process.isKernelThread() &&
                    process.isAlive() && (m_boostApp == 0 || appOf(process) != m_boostApp) &&
-                   !isSystemPart(process.shortName()) && m_parts.files.isOwn(process.pid);
+                   !isSystemPart(process.shortName()) && m_parts.kernel.isOwn(process.pid);
   return m_mayTouch.emplace(process.pid, may).first->second;
 }
 
 BandPass::Lever BandPass::leverFor(const ProcessStat& process) {
-  if (m_parts.units && m_parts.unitWeights.isLowered(m_parts.files.unifiedPath(process.pid))) {
+  if (m_parts.units && m_parts.unitWeights.isLowered(m_parts.kernel.unifiedPath(process.pid))) {
     return Lever::unit;
   }
   const TaskGroup group = m_parts.taskGroups.of(process);
@@ -159,7 +158,7 @@ const BandPass::SessionPlan& BandPass::sessionPlan(Pid session) {
 // The session whose weight can be lowered, or was lowered by this program earlier.
 std::optional<Autogroup> BandPass::weightThatIsOurs(const std::vector<Pid>& members) const {
   for (const Pid pid : members) {
-    const std::optional<Autogroup> group = m_parts.sessions.readWritable(pid);
+    const std::optional<Autogroup> group = m_parts.kernel.writableAutogroup(pid);
     if (!group) continue;
     if (group->nice == SessionWeights::own) return group;
     const std::optional<ThreadMark> mark = m_parts.threads.mark(pid);

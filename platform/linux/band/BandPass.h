@@ -24,7 +24,7 @@ namespace vantle {
 class BandPass {
  public:
   struct Parts {
-    const ProcessFiles& files;
+    const Kernel& kernel;
     ThreadLevers& threads;
     SessionWeights& sessions;
     TaskGroups& taskGroups;

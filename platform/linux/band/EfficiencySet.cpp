@@ -1,28 +1,29 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/band/EfficiencySet.h"
 
-#include "platform/linux/process/KernelFile.h"
-
 #include <algorithm>
 #include <charconv>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace vantle {
 
 namespace {
 
-std::optional<ProcessorSet> readSet(const std::string& path) {
-  const std::optional<std::string> text = readKernelFile(path);
+const std::string processors = "/sys/devices/system/cpu";
+
+std::optional<ProcessorSet> readSet(const Kernel& kernel, const std::string& path) {
+  const std::optional<std::string> text = kernel.read(path);
   return text ? ProcessorSet::parse(*text) : std::nullopt;
 }
 
 // Chips with cores of several sizes state each one's capacity; 1024 is the largest.
-ProcessorSet smallestCores(const std::string& processors, const ProcessorSet& online) {
+ProcessorSet smallestCores(const Kernel& kernel, const ProcessorSet& online) {
   std::vector<std::pair<int, std::size_t>> capacities;
   for (std::size_t cpu = 0; cpu < ProcessorSet::most; ++cpu) {
     if (!online.contains(cpu)) continue;
-    const auto text = readKernelFile(processors + "/cpu" + std::to_string(cpu) + "/cpu_capacity");
+    const auto text = kernel.read(processors + "/cpu" + std::to_string(cpu) + "/cpu_capacity");
     int capacity = 0;
     if (!text || std::from_chars(text->data(), text->data() + text->size(), capacity).ec != std::errc{}) {
       return {};
@@ -38,7 +39,7 @@ ProcessorSet smallestCores(const std::string& processors, const ProcessorSet& on
   return smallest;
 }
 
-ProcessorSet lastQuarterOfCores(const std::string& processors, const ProcessorSet& online) {
+ProcessorSet lastQuarterOfCores(const Kernel& kernel, const ProcessorSet& online) {
   std::vector<ProcessorSet> cores;
   ProcessorSet seen;
   for (std::size_t cpu = 0; cpu < ProcessorSet::most; ++cpu) {
@@ -46,7 +47,7 @@ ProcessorSet lastQuarterOfCores(const std::string& processors, const ProcessorSe
     ProcessorSet core;
     core.add(cpu);
     const std::string topology = processors + "/cpu" + std::to_string(cpu) + "/topology/thread_siblings_list";
-    if (const auto siblings = readSet(topology); siblings && siblings->contains(cpu)) {
+    if (const auto siblings = readSet(kernel, topology); siblings && siblings->contains(cpu)) {
       core = *siblings & online;
     }
     for (std::size_t sibling = cpu; sibling < ProcessorSet::most; ++sibling) {
@@ -66,17 +67,16 @@ ProcessorSet lastQuarterOfCores(const std::string& processors, const ProcessorSe
 
 } // namespace
 
-EfficiencySet EfficiencySet::read(const std::string& sysRoot) {
-  const std::string processors = sysRoot + "/devices/system/cpu";
+EfficiencySet EfficiencySet::read(const Kernel& kernel) {
   EfficiencySet set;
-  set.online = readSet(processors + "/online").value_or(ProcessorSet{});
+  set.online = readSet(kernel, processors + "/online").value_or(ProcessorSet{});
   if (set.online.count() < 2) return set;
 
   const auto usable = [&set](const ProcessorSet& some) { return !some.empty() && some != set.online; };
   const ProcessorSet atoms =
-      readSet(sysRoot + "/devices/cpu_atom/cpus").value_or(ProcessorSet{}) & set.online;
-  const ProcessorSet choices[] = {atoms, smallestCores(processors, set.online),
-                                  lastQuarterOfCores(processors, set.online)};
+      readSet(kernel, "/sys/devices/cpu_atom/cpus").value_or(ProcessorSet{}) & set.online;
+  const ProcessorSet choices[] = {atoms, smallestCores(kernel, set.online),
+                                  lastQuarterOfCores(kernel, set.online)};
   const auto found = std::find_if(std::begin(choices), std::end(choices), usable);
   if (found != std::end(choices)) set.chosen = *found;
   return set;

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "platform/linux/band/ProcessorSet.h"
-
-#include <string>
+#include "platform/linux/kernel/Kernel.h"
 
 namespace vantle {
 
@@ -13,9 +11,9 @@ struct EfficiencySet {
   ProcessorSet online;
   ProcessorSet chosen; // empty when the machine has nothing to spare; never all of `online`
 
-  // From the kernel's device tree ("/sys"). On hybrid processors the set is the efficiency cores; elsewhere
+  // From the kernel's device tree. On hybrid processors the set is the efficiency cores; elsewhere
   // the last quarter of the cores, rounded up, with all threads of a core together.
-  static EfficiencySet read(const std::string& sysRoot);
+  static EfficiencySet read(const Kernel& kernel);
 };
 
 } // namespace vantle

@@ -4,7 +4,8 @@
 #include "platform/linux/band/AppOwners.h"
 #include "platform/linux/band/BandPass.h"
 #include "platform/linux/band/UnitPass.h"
-#include "platform/linux/process/KernelFile.h"
+#include "platform/linux/band/UserManager.h"
+#include "platform/linux/kernel/ProcKernel.h"
 
 #include <utility>
 
@@ -15,19 +16,23 @@ namespace {
 // The path stands for a neighbour of all apps, for when no app in front is known.
 std::string anyAppPath(const UnitWeights& units) { return units.appSlice() + "/-"; }
 
-std::string bootId(const std::string& procRoot) {
-  const std::string text = readKernelFile(procRoot + "/sys/kernel/random/boot_id").value_or("");
+std::string bootId(const Kernel& kernel) {
+  const std::string text = kernel.read("/proc/sys/kernel/random/boot_id").value_or("");
   return text.substr(0, text.find('\n'));
+}
+
+std::unique_ptr<ServiceManager> managerOrNone(EventLoop& loop, std::unique_ptr<ServiceManager> manager) {
+  return manager ? std::move(manager) : std::make_unique<UserManager>(loop, "");
 }
 
 } // namespace
 
-LinuxBand::LinuxBand(EventLoop& loop, FileStore& files, BandPaths paths)
-    : m_paths(std::move(paths)),
-      m_shared(m_paths.files ? m_paths.files : std::make_shared<ProcessFiles>(m_paths.procRoot)),
-      m_files(*m_shared), m_threads(m_files, m_paths.sysRoot),
-      m_controlGroups(controlGroupMount(m_paths.sysRoot)), m_sessions(loop, m_files),
-      m_units(loop, files, {m_controlGroups, m_paths.userBus, m_paths.ledger, bootId(m_paths.procRoot)}),
+LinuxBand::LinuxBand(EventLoop& loop, FileStore& files, BandParts parts)
+    : m_shared(parts.kernel ? std::move(parts.kernel) : std::make_shared<ProcKernel>()), m_kernel(*m_shared),
+      m_busLimit(parts.busLimit), m_threads(m_kernel), m_controlGroups(controlGroupMount(m_kernel)),
+      m_sessions(loop, m_kernel),
+      m_units(loop, files, m_kernel, managerOrNone(loop, std::move(parts.manager)),
+              {m_controlGroups, std::move(parts.ledger), bootId(m_kernel)}),
       m_frontPath(anyAppPath(m_units)) {
   m_sessions.onRaised([this](const std::vector<Pid>& members) {
     for (const Pid pid : members) m_threads.leave(pid, false);
@@ -45,9 +50,9 @@ std::vector<std::vector<bool>> LinuxBand::enterBackgroundBand(std::span<const Ba
                                                               const std::set<Pid>& everyApp) {
   if (groups.empty()) return {};
   m_threads.refresh();
-  TaskGroups taskGroups(m_files, m_paths.procRoot, m_controlGroups);
-  UnitPass units(m_units, m_files, m_frontPath, std::chrono::steady_clock::now() + m_paths.busLimit);
-  BandPass pass({m_files, m_threads, m_sessions, taskGroups, m_units.isUsable() ? &units : nullptr, m_units},
+  TaskGroups taskGroups(m_kernel, m_controlGroups);
+  UnitPass units(m_units, m_kernel, m_frontPath, m_kernel.now() + m_busLimit);
+  BandPass pass({m_kernel, m_threads, m_sessions, taskGroups, m_units.isUsable() ? &units : nullptr, m_units},
                 groups, m_boostApp, everyApp);
   std::vector<std::vector<bool>> entered = pass.run();
   for (std::size_t at = 0; at < groups.size(); ++at) {
@@ -69,18 +74,18 @@ void LinuxBand::leaveCompanions(Pid root) {
   const std::vector<Companion> companions = std::move(found->second);
   m_companions.erase(found);
   for (const Companion& companion : companions) {
-    const std::optional<ProcessStat> now = m_files.stat(companion.pid);
+    const std::optional<ProcessStat> now = m_kernel.stat(companion.pid);
     if (now && now->startTicks == companion.startTicks) leaveProcess(companion.pid);
   }
 }
 
 bool LinuxBand::leaveProcess(Pid pid) {
-  const std::optional<ProcessStat> process = m_files.stat(pid);
-  if (!process || !process->isAlive() || process->isKernelThread() || !m_files.isOwn(pid)) return false;
+  const std::optional<ProcessStat> process = m_kernel.stat(pid);
+  if (!process || !process->isAlive() || process->isKernelThread() || !m_kernel.isOwn(pid)) return false;
   const std::optional<ThreadMark> mark = markOf(*process);
   if (!mark) return true;
 
-  if (m_units.hasLowered()) m_units.raise(m_files.unifiedPath(pid));
+  if (m_units.hasLowered()) m_units.raise(m_kernel.unifiedPath(pid));
   // The session's weight goes back before the mark that remembers it.
   auto session = SessionWeights::Outcome::done;
   if (mark->sessionLowered) session = m_sessions.raise({pid});
@@ -96,7 +101,7 @@ std::optional<ThreadMark> LinuxBand::markOf(const ProcessStat& process) const {
 
 std::vector<Pid> LinuxBand::sessionOf(const ProcessStat& process) const {
   std::vector<Pid> members;
-  for (const ProcessStat& other : m_files.scan()) {
+  for (const ProcessStat& other : m_kernel.scan()) {
     if (other.session == process.session) members.push_back(other.pid);
   }
   return members;
@@ -108,35 +113,35 @@ void LinuxBand::prepareBoostApp(Pid root, std::span<const Pid> tree, const std::
   m_boostApp.assign(tree.begin(), tree.end());
   m_boostApp.push_back(root);
   m_frontPath = anyAppPath(m_units);
-  const std::optional<ProcessStat> app = m_files.stat(root);
+  const std::optional<ProcessStat> app = m_kernel.stat(root);
   if (!app || !m_units.isUsable()) return;
   // Weights are compared between neighbours only: an app in front that stands elsewhere would share its
   // processor with all of them together, however low each of them is.
-  if (!m_files.unifiedPath(root).starts_with(m_units.appSlice() + "/")) {
-    giveUnit(*app, m_boostApp, everyApp, std::chrono::steady_clock::now() + m_paths.busLimit / 2);
+  if (!m_kernel.unifiedPath(root).starts_with(m_units.appSlice() + "/")) {
+    giveUnit(*app, m_boostApp, everyApp, m_kernel.now() + m_busLimit / 2);
   }
-  m_frontPath = m_files.unifiedPath(root);
+  m_frontPath = m_kernel.unifiedPath(root);
 }
 
 void LinuxBand::releaseInherited(Pid root, const std::set<Pid>& everyApp) {
   if (!m_threads.mark(root)) return; // as nearly always, and told by one call
-  const ProcessScan scan(m_files.scan());
+  const ProcessScan scan(m_kernel.scan());
   for (const Pid pid : AppOwners(scan, everyApp).processesOf(root)) leaveProcess(pid);
 }
 
 void LinuxBand::placeAsApp(Pid pid) {
-  const std::optional<ProcessStat> app = m_files.stat(pid);
+  const std::optional<ProcessStat> app = m_kernel.stat(pid);
   if (!app || !m_units.isUsable()) return;
-  giveUnit(*app, {pid}, {pid}, std::chrono::steady_clock::now() + m_paths.busLimit);
+  giveUnit(*app, {pid}, {pid}, m_kernel.now() + m_busLimit);
 }
 
 void LinuxBand::giveUnit(const ProcessStat& root, std::vector<Pid> tree, const std::set<Pid>& everyApp,
-                         BusDeadline deadline) {
-  auto adoption = UnitPass::adoptionOf(m_units, m_files, root, std::move(tree), everyApp);
+                         UnitWeights::Deadline deadline) {
+  auto adoption = UnitPass::adoptionOf(m_units, m_kernel, root, std::move(tree), everyApp);
   if (!adoption) return;
   std::vector<UnitWeights::Adoption> adoptions;
   adoptions.push_back(std::move(*adoption));
-  m_units.adopt(adoptions, m_files, deadline);
+  m_units.adopt(adoptions, deadline);
 }
 
 void LinuxBand::reclaim() {
@@ -145,7 +150,7 @@ void LinuxBand::reclaim() {
   m_companions.clear();
   // Only a program that was killed leaves a process marked in part.
   const bool inPart = !std::exchange(m_hasReclaimed, true);
-  for (const ProcessStat& process : m_files.recentScan()) {
+  for (const ProcessStat& process : m_kernel.recentScan()) {
     if (process.isKernelThread() || !process.isAlive()) continue;
     if (inPart ? markOf(process) : m_threads.mark(process.pid)) leaveProcess(process.pid);
   }
@@ -153,9 +158,9 @@ void LinuxBand::reclaim() {
 }
 
 bool LinuxBand::settle(std::chrono::milliseconds limit) {
-  const auto end = std::chrono::steady_clock::now() + limit;
+  const auto end = m_kernel.now() + limit;
   const bool sessions = m_sessions.settle(limit);
-  const auto left = end - std::chrono::steady_clock::now();
+  const auto left = end - m_kernel.now();
   return m_units.settle(std::chrono::duration_cast<std::chrono::milliseconds>(left)) && sessions;
 }
 

@@ -20,13 +20,11 @@
 
 namespace vantle {
 
-// Where the band finds the kernel's files and keeps its own.
-struct BandPaths {
-  std::string procRoot = "/proc";
-  std::shared_ptr<const ProcessFiles> files = {}; // the same, shared with the process table; null: its own
-  std::string sysRoot = "/sys";
-  std::string ledger;  // a file of the band's own beside the journal; empty: kept in memory
-  std::string userBus; // address of the bus that the user's service manager is on; empty: there is none
+// What the band stands on.
+struct BandParts {
+  std::shared_ptr<Kernel> kernel = {};          // shared with the process table; null: this machine's, alone
+  std::unique_ptr<ServiceManager> manager = {}; // null: there is none
+  std::string ledger = {}; // a file of the band's own beside the journal; empty: kept in memory
   // How long one call may wait for that manager.
   std::chrono::milliseconds busLimit{200};
 };
@@ -35,7 +33,7 @@ struct BandPaths {
 // and for this user, found by looking at each process. docs/band.md tells which, and why.
 class LinuxBand final : public BackgroundBand {
  public:
-  LinuxBand(EventLoop& loop, FileStore& files, BandPaths paths);
+  LinuxBand(EventLoop& loop, FileStore& files, BandParts parts);
   ~LinuxBand() override;
 
   // Gives a process that this program started the place that a desktop gives to an app.
@@ -65,11 +63,11 @@ class LinuxBand final : public BackgroundBand {
   std::optional<ThreadMark> markOf(const ProcessStat& process) const;
   std::vector<Pid> sessionOf(const ProcessStat& process) const;
   void giveUnit(const ProcessStat& root, std::vector<Pid> tree, const std::set<Pid>& everyApp,
-                BusDeadline deadline);
+                UnitWeights::Deadline deadline);
 
-  BandPaths m_paths;
-  std::shared_ptr<const ProcessFiles> m_shared;
-  const ProcessFiles& m_files;
+  std::shared_ptr<Kernel> m_shared;
+  Kernel& m_kernel;
+  std::chrono::milliseconds m_busLimit;
   ThreadLevers m_threads;
   std::string m_controlGroups; // mount of the version 2 tree
   SessionWeights m_sessions;

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "engine/ports/Pid.h"
-#include "platform/linux/process/ProcessFiles.h"
+#include "platform/linux/kernel/Kernel.h"
 
 #include <cstddef>
 #include <span>
@@ -16,7 +16,7 @@ namespace vantle {
 class ProcessScan {
  public:
   ProcessScan() = default; // sees nothing
-  explicit ProcessScan(const ProcessFiles& files) : ProcessScan(files.scan()) {}
+  explicit ProcessScan(const Kernel& kernel) : ProcessScan(kernel.scan()) {}
   explicit ProcessScan(std::vector<ProcessStat> processes);
 
   const std::vector<ProcessStat>& all() const { return m_all; }

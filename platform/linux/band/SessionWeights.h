@@ -2,7 +2,7 @@
 #pragma once
 
 #include "engine/ports/Pid.h"
-#include "platform/linux/band/ProcessScan.h"
+#include "platform/linux/kernel/Kernel.h"
 #include "platform/shared/EventLoop.h"
 
 #include <chrono>
@@ -10,18 +10,9 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <string_view>
 #include <vector>
 
 namespace vantle {
-
-// One session's automatic task group, as /proc/PID/autogroup shows it.
-struct Autogroup {
-  long id = 0; // never used again for another session
-  int nice = 0;
-
-  static std::optional<Autogroup> parse(std::string_view text); // "/autogroup-16 nice 0"
-};
 
 // Lowers and gives back the weight of whole sessions. The kernel lets an ordinary user make one such change
 // in 100 ms, all users together, and answers EAGAIN to the others; those wait in a queue here, without
@@ -38,15 +29,10 @@ class SessionWeights {
     friend auto operator<=>(const Load&, const Load&) = default;
   };
 
-  SessionWeights(EventLoop& loop, const ProcessFiles& files) : m_loop(loop), m_files(files) {}
+  SessionWeights(EventLoop& loop, Kernel& kernel) : m_loop(loop), m_kernel(kernel) {}
 
   // Called with the processes whose session came back late, so that their marks can go.
   void onRaised(std::function<void(const std::vector<Pid>&)> raised) { m_raised = std::move(raised); }
-
-  std::optional<Autogroup> read(Pid pid) const;
-  // The session of a process that this user may weigh, now or after a wait; absent otherwise. Changes
-  // nothing.
-  std::optional<Autogroup> readWritable(Pid pid) const;
 
   // Puts a session into the queue; `apply` then does what can be done at once.
   void lower(const Autogroup& session, const std::vector<Pid>& members, const Load& load);
@@ -58,7 +44,7 @@ class SessionWeights {
   bool settle(std::chrono::milliseconds limit);
 
  private:
-  struct Change {
+  struct Order {
     long autogroup = 0;
     int from = 0;
     int to = 0;
@@ -66,13 +52,13 @@ class SessionWeights {
     std::vector<Pid> members;
   };
 
-  Outcome write(const Change& change) const;
-  std::vector<Change>::iterator find(long autogroup);
+  Outcome write(const Order& order);
+  std::vector<Order>::iterator find(long autogroup);
 
   EventLoop& m_loop;
-  const ProcessFiles& m_files;
+  Kernel& m_kernel;
   std::function<void(const std::vector<Pid>&)> m_raised;
-  std::vector<Change> m_queue;
+  std::vector<Order> m_queue;
   std::unique_ptr<EventLoop::Handle> m_timer;
 };
 

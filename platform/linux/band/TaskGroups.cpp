@@ -2,10 +2,7 @@
 #include "platform/linux/band/TaskGroups.h"
 
 #include "platform/linux/process/ControlGroupFile.h"
-#include "platform/linux/process/KernelFile.h"
 
-#include <array>
-#include <unistd.h>
 #include <utility>
 
 namespace vantle {
@@ -13,27 +10,24 @@ namespace vantle {
 namespace {
 
 // The number that the kernel gives to the first control group namespace (PROC_CGROUP_INIT_INO).
-bool isFirstControlGroupNamespace(const std::string& procRoot) {
-  std::array<char, 64> target{};
-  const ssize_t got = ::readlink((procRoot + "/self/ns/cgroup").c_str(), target.data(), target.size() - 1);
-  return got > 0 && std::string_view(target.data()) == "cgroup:[4026531835]";
+bool isFirstControlGroupNamespace(const Kernel& kernel) {
+  return kernel.link("/proc/self/ns/cgroup") == "cgroup:[4026531835]";
 }
 
 } // namespace
 
-std::string controlGroupMount(const std::string& sysRoot) {
-  for (const char* mount : {"/fs/cgroup", "/fs/cgroup/unified"}) {
-    std::string root = sysRoot + mount;
-    if (::access((root + "/cgroup.controllers").c_str(), F_OK) == 0) return root;
+std::string controlGroupMount(const Kernel& kernel) {
+  for (const std::string mount : {"/sys/fs/cgroup", "/sys/fs/cgroup/unified"}) {
+    if (kernel.exists(mount + "/cgroup.controllers")) return mount;
   }
   return {};
 }
 
-TaskGroups::TaskGroups(const ProcessFiles& files, const std::string& procRoot, std::string controlGroups)
-    : m_files(files), m_controlGroups(std::move(controlGroups)) {
-  const auto enabled = readKernelFile(procRoot + "/sys/kernel/sched_autogroup_enabled");
+TaskGroups::TaskGroups(const Kernel& kernel, std::string controlGroups)
+    : m_kernel(kernel), m_controlGroups(std::move(controlGroups)) {
+  const auto enabled = m_kernel.read("/proc/sys/kernel/sched_autogroup_enabled");
   m_autogroup = enabled && enabled->starts_with('1');
-  m_rootIsReal = isFirstControlGroupNamespace(procRoot);
+  m_rootIsReal = isFirstControlGroupNamespace(m_kernel);
 }
 
 const std::string& TaskGroups::cpuFolder(std::string_view path) {
@@ -41,14 +35,14 @@ const std::string& TaskGroups::cpuFolder(std::string_view path) {
   if (known != m_cpuFolders.end()) return known->second;
   std::string folder(path);
   // cpu.weight stands in every folder that the cpu controller is on for; the machine's own root has none.
-  while (!folder.empty() && ::access((m_controlGroups + folder + "/cpu.weight").c_str(), F_OK) != 0) {
+  while (!folder.empty() && !m_kernel.exists(m_controlGroups + folder + "/cpu.weight")) {
     folder.erase(folder.rfind('/'));
   }
   return m_cpuFolders.emplace(path, std::move(folder)).first->second;
 }
 
 TaskGroup TaskGroups::of(const ProcessStat& process) {
-  const std::optional<std::string> file = m_files.read(process.pid, "cgroup");
+  const std::optional<std::string> file = m_kernel.controlGroups(process.pid);
   if (!file) return {};
   if (const auto version1 = controlGroupPath(*file, true)) {
     if (*version1 != "/") return {TaskGroup::Kind::control, 0, "cpu:" + std::string(*version1)};

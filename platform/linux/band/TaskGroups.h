@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "platform/linux/band/ProcessScan.h"
+#include "platform/linux/kernel/Kernel.h"
 
 #include <optional>
 #include <string>
@@ -27,12 +27,12 @@ struct TaskGroup {
 };
 
 // Where version 2 control groups are mounted; empty when they are not.
-std::string controlGroupMount(const std::string& sysRoot);
+std::string controlGroupMount(const Kernel& kernel);
 
 // Finds the task group of processes. Made anew for each pass: what it looked up is kept for that long.
 class TaskGroups {
  public:
-  TaskGroups(const ProcessFiles& files, const std::string& procRoot, std::string controlGroups);
+  TaskGroups(const Kernel& kernel, std::string controlGroups);
 
   bool autogroupEnabled() const { return m_autogroup; }
   TaskGroup of(const ProcessStat& process);
@@ -41,7 +41,7 @@ class TaskGroups {
   // The innermost folder on the way to this path whose processes form a task group; empty for none.
   const std::string& cpuFolder(std::string_view path);
 
-  const ProcessFiles& m_files;
+  const Kernel& m_kernel;
   std::string m_controlGroups; // mount of version 2; empty when there is none
   bool m_autogroup = false;
   bool m_rootIsReal = false; // "/" in a cgroup file is the machine's own root, not a container's

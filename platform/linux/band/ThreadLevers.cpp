@@ -1,11 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/band/ThreadLevers.h"
 
-#include "platform/linux/band/ThreadCalls.h"
-#include "platform/linux/process/KernelFile.h"
-
 #include <algorithm>
-#include <cerrno>
 #include <sched.h>
 #include <utility>
 #include <vector>
@@ -16,11 +12,6 @@ namespace {
 
 using SchedulingClass = ThreadMark::SchedulingClass;
 
-std::optional<ThreadMark> threadMark(Pid tid) {
-  const std::optional<int> priority = threadCalls::ioPriority(tid);
-  return priority ? ThreadMark::decode(*priority) : std::nullopt;
-}
-
 // The real-time I/O class is the only one that an ordinary user cannot give back.
 bool needsPrivilegeToGiveBack(const ThreadMark& mark) {
   constexpr int realTimeIo = 1;
@@ -30,13 +21,12 @@ bool needsPrivilegeToGiveBack(const ThreadMark& mark) {
 // Calls back with each thread once, and with those born meanwhile, until no new one is left. The callback
 // says whether to go on. The main thread comes first, or last with `Order::mainLast`.
 enum class Order { mainFirst, mainLast };
-template <typename Callback>
-void forEachThread(const ProcessFiles& files, Pid pid, Order order, Callback call) {
+template <typename Callback> void forEachThread(const Kernel& kernel, Pid pid, Order order, Callback call) {
   std::vector<Pid> seen;
-  std::optional<Pid> births = files.birthMark();
+  std::optional<Pid> births = kernel.birthMark();
   for (bool foundNew = true; foundNew;) {
     foundNew = false;
-    std::vector<Pid> threads = files.threads(pid); // as the kernel lists them, the main thread first
+    std::vector<Pid> threads = kernel.threads(pid); // as the kernel lists them, the main thread first
     if (order == Order::mainLast) std::reverse(threads.begin(), threads.end());
     for (const Pid tid : threads) {
       if (std::find(seen.begin(), seen.end(), tid) != seen.end()) continue;
@@ -44,23 +34,22 @@ void forEachThread(const ProcessFiles& files, Pid pid, Order order, Callback cal
       foundNew = true;
       if (!call(tid)) return;
     }
-    const std::optional<Pid> before = std::exchange(births, files.birthMark());
+    const std::optional<Pid> before = std::exchange(births, kernel.birthMark());
     if (before && before == births) return; // nobody was born anywhere: the list was complete
   }
 }
 
 } // namespace
 
-ThreadLevers::ThreadLevers(const ProcessFiles& files, std::string sysRoot)
-    : m_files(files), m_sysRoot(std::move(sysRoot)), m_mayRaise(threadCalls::hasNiceCapability()) {
+ThreadLevers::ThreadLevers(Kernel& kernel) : m_kernel(kernel), m_mayRaise(kernel.hasNiceCapability()) {
   refresh();
 }
 
 void ThreadLevers::refresh() {
-  std::string online = readKernelFile(m_sysRoot + "/devices/system/cpu/online").value_or("");
+  std::string online = m_kernel.read("/sys/devices/system/cpu/online").value_or("");
   if (online == m_onlineText) return;
   m_onlineText = std::move(online);
-  m_efficiency = EfficiencySet::read(m_sysRoot);
+  m_efficiency = EfficiencySet::read(m_kernel);
 }
 
 bool ThreadLevers::enter(Pid pid, const Plan& plan) {
@@ -69,7 +58,7 @@ bool ThreadLevers::enter(Pid pid, const Plan& plan) {
   bool refused = false;
   bool marked = false;
   bool slowedByClass = false;
-  forEachThread(m_files, pid, Order::mainFirst, [&](Pid tid) {
+  forEachThread(m_kernel, pid, Order::mainFirst, [&](Pid tid) {
     const Entered entered = enterThread(tid, plan, isNew);
     refused = refused || entered.outcome == Outcome::refused;
     marked = marked || entered.outcome == Outcome::done;
@@ -82,9 +71,10 @@ bool ThreadLevers::enter(Pid pid, const Plan& plan) {
 }
 
 ThreadLevers::Entered ThreadLevers::enterThread(Pid tid, const Plan& plan, bool isNew) {
-  const std::optional<int> priority = threadCalls::ioPriority(tid);
-  const auto scheduling = priority ? threadCalls::scheduling(tid) : std::nullopt;
-  if (!scheduling) return {errno == ESRCH ? Outcome::gone : Outcome::refused};
+  const Answer<int> priority = m_kernel.ioPriority(tid);
+  if (!priority) return {priority.isGone ? Outcome::gone : Outcome::refused};
+  const Answer<Scheduling> scheduling = m_kernel.scheduling(tid);
+  if (!scheduling) return {scheduling.isGone ? Outcome::gone : Outcome::refused};
   if (scheduling->isRealTime()) return {Outcome::untouchable};
 
   const std::optional<ThreadMark> earlier = ThreadMark::decode(*priority);
@@ -97,7 +87,7 @@ ThreadLevers::Entered ThreadLevers::enterThread(Pid tid, const Plan& plan, bool 
   const bool isFair = scheduling->policy == SCHED_OTHER || scheduling->policy == SCHED_BATCH;
   // A thread born from a marked one between its mark and its change carries the mark only; one that somebody
   // else has changed back since looks the same, so this is done only while its process enters.
-  const bool slowClass = isNew && isFair && (m_mayRaise || threadCalls::mayLeaveIdleClass(tid));
+  const bool slowClass = isNew && isFair && (m_mayRaise || m_kernel.mayLeaveIdleClass(tid));
   if (slowClass) {
     mark.schedulingClass =
         scheduling->policy == SCHED_BATCH ? SchedulingClass::wasBatch : SchedulingClass::wasOther;
@@ -107,36 +97,36 @@ ThreadLevers::Entered ThreadLevers::enterThread(Pid tid, const Plan& plan, bool 
   const bool narrow = isNew && mayNarrow(tid);
   mark.affinityNarrowed = mark.affinityNarrowed || narrow;
 
-  if (mark.encode() != *priority && !setMark(tid, mark, *priority)) {
-    return {errno == ESRCH ? Outcome::gone : Outcome::refused};
+  Change change = mark.encode() == *priority ? Change::done : setMark(tid, mark, *priority);
+  if (change == Change::done && slowClass) {
+    change = m_kernel.setScheduling(tid, {SCHED_IDLE, scheduling->resetsOnFork});
   }
-  if (slowClass && !threadCalls::setScheduling(tid, {SCHED_IDLE, scheduling->resetsOnFork})) {
-    return {errno == ESRCH ? Outcome::gone : Outcome::refused};
-  }
-  if (narrow) m_efficiency.chosen.applyTo(tid); // a refusal is no loss: undoing looks at what is there
+  if (change != Change::done) return {change == Change::gone ? Outcome::gone : Outcome::refused};
+  if (narrow)
+    m_kernel.setAffinity(tid, m_efficiency.chosen); // a refusal is no loss: undoing looks at what is there
   return {Outcome::done, slowClass};
 }
 
 // A kernel that does not keep all bits cannot hold the memory, so it is asked, with the first mark: the
 // pattern in every mark reaches the highest bits.
-bool ThreadLevers::setMark(Pid tid, const ThreadMark& mark, int before) {
-  if (!threadCalls::setIoPriority(tid, mark.encode())) return false;
-  m_keepsBits = m_keepsBits || threadCalls::ioPriority(tid) == mark.encode();
-  if (m_keepsBits) return true;
-  threadCalls::setIoPriority(tid, before);
-  return false;
+Change ThreadLevers::setMark(Pid tid, const ThreadMark& mark, int before) {
+  const Change change = m_kernel.setIoPriority(tid, mark.encode());
+  if (change != Change::done) return change;
+  m_keepsBits = m_keepsBits || m_kernel.ioPriority(tid) == mark.encode();
+  if (m_keepsBits) return Change::done;
+  return m_kernel.setIoPriority(tid, before) == Change::gone ? Change::gone : Change::refused;
 }
 
 // Only threads that may run anywhere: a mask of its own is kept.
 bool ThreadLevers::mayNarrow(Pid tid) const {
-  return !m_efficiency.chosen.empty() && ProcessorSet::ofThread(tid) == m_efficiency.online;
+  return !m_efficiency.chosen.empty() && m_kernel.affinity(tid) == m_efficiency.online;
 }
 
 bool ThreadLevers::leave(Pid pid, bool keepSession) {
   bool refused = false;
   bool found = false;
   // The main thread comes last: as long as it is marked, the process is found again after a crash.
-  forEachThread(m_files, pid, Order::mainLast, [&](Pid tid) {
+  forEachThread(m_kernel, pid, Order::mainLast, [&](Pid tid) {
     found = true;
     refused = !leaveThread(tid, keepSession) || refused;
     return true;
@@ -144,10 +134,10 @@ bool ThreadLevers::leave(Pid pid, bool keepSession) {
   return found && !refused;
 }
 
-bool ThreadLevers::leaveThread(Pid tid, bool keepSession) const {
+bool ThreadLevers::leaveThread(Pid tid, bool keepSession) {
   const std::optional<ThreadMark> mark = threadMark(tid);
   if (!mark) return true;
-  const auto scheduling = threadCalls::scheduling(tid);
+  const Answer<Scheduling> scheduling = m_kernel.scheduling(tid);
   if (!scheduling) return true; // gone
 
   // What is no longer as this program left it was changed by somebody else, and is theirs.
@@ -155,10 +145,11 @@ bool ThreadLevers::leaveThread(Pid tid, bool keepSession) const {
                           mark->schedulingClass == SchedulingClass::wasBatch;
   if (slowedByUs && scheduling->policy == SCHED_IDLE) {
     const int policy = mark->schedulingClass == SchedulingClass::wasBatch ? SCHED_BATCH : SCHED_OTHER;
-    if (!threadCalls::setScheduling(tid, {policy, scheduling->resetsOnFork})) return errno == ESRCH;
+    const Change change = m_kernel.setScheduling(tid, {policy, scheduling->resetsOnFork});
+    if (change != Change::done) return change == Change::gone;
   }
-  if (mark->affinityNarrowed && ProcessorSet::ofThread(tid) == (m_efficiency.chosen & m_efficiency.online)) {
-    ProcessorSet::everything().applyTo(tid);
+  if (mark->affinityNarrowed && m_kernel.affinity(tid) == (m_efficiency.chosen & m_efficiency.online)) {
+    m_kernel.setAffinity(tid, ProcessorSet::everything());
   }
   int priority = mark->originalIoPriority();
   if (keepSession && mark->sessionLowered) {
@@ -169,11 +160,16 @@ bool ThreadLevers::leaveThread(Pid tid, bool keepSession) const {
     rest.sessionLowered = true;
     priority = rest.encode();
   }
-  return threadCalls::setIoPriority(tid, priority) || errno == ESRCH;
+  return m_kernel.setIoPriority(tid, priority) != Change::refused;
+}
+
+std::optional<ThreadMark> ThreadLevers::threadMark(Pid tid) const {
+  const Answer<int> priority = m_kernel.ioPriority(tid);
+  return priority ? ThreadMark::decode(*priority) : std::nullopt;
 }
 
 std::optional<bool> ThreadLevers::isIn(Pid pid) const {
-  const std::optional<int> priority = pid > 0 ? threadCalls::ioPriority(pid) : std::nullopt;
+  const std::optional<int> priority = pid > 0 ? m_kernel.ioPriority(pid) : Answer<int>();
   if (!priority) return std::nullopt;
   const std::optional<ThreadMark> own = ThreadMark::decode(*priority);
   const std::optional<ThreadMark> found = own ? own : markBehindRealTime(pid);
@@ -187,16 +183,16 @@ std::optional<ThreadMark> ThreadLevers::mark(Pid pid) const {
 
 std::optional<ThreadMark> ThreadLevers::markBehindRealTime(Pid pid) const {
   // A main thread that is real-time is never marked, whatever its process is.
-  const auto scheduling = threadCalls::scheduling(pid);
+  const Answer<Scheduling> scheduling = m_kernel.scheduling(pid);
   if (!scheduling || !scheduling->isRealTime()) return std::nullopt;
-  for (const Pid tid : m_files.threads(pid)) {
+  for (const Pid tid : m_kernel.threads(pid)) {
     if (const std::optional<ThreadMark> any = threadMark(tid)) return any;
   }
   return std::nullopt;
 }
 
 std::optional<ThreadMark> ThreadLevers::anyMark(Pid pid) const {
-  for (const Pid tid : m_files.threads(pid)) {
+  for (const Pid tid : m_kernel.threads(pid)) {
     if (const std::optional<ThreadMark> any = threadMark(tid)) return any;
   }
   return std::nullopt;

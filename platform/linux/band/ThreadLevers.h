@@ -2,8 +2,8 @@
 #pragma once
 
 #include "platform/linux/band/EfficiencySet.h"
-#include "platform/linux/band/ProcessScan.h"
 #include "platform/linux/band/ThreadMark.h"
+#include "platform/linux/kernel/Kernel.h"
 
 #include <optional>
 #include <string>
@@ -21,7 +21,7 @@ class ThreadLevers {
     bool sessionLowered = false;   // remember that the session's weight was ours to change
   };
 
-  ThreadLevers(const ProcessFiles& files, std::string sysRoot);
+  explicit ThreadLevers(Kernel& kernel);
 
   // Looks for processors that were switched on or off since; once a pass.
   void refresh();
@@ -56,13 +56,14 @@ class ThreadLevers {
   };
 
   Entered enterThread(Pid tid, const Plan& plan, bool isNew);
-  bool leaveThread(Pid tid, bool keepSession) const; // true when the thread is out, or gone
-  bool setMark(Pid tid, const ThreadMark& mark, int before);
+  bool leaveThread(Pid tid, bool keepSession); // true when the thread is out, or gone
+  Change setMark(Pid tid, const ThreadMark& mark, int before);
   bool mayNarrow(Pid tid) const;
   std::optional<ThreadMark> markBehindRealTime(Pid pid) const;
 
-  const ProcessFiles& m_files;
-  std::string m_sysRoot;
+  std::optional<ThreadMark> threadMark(Pid tid) const;
+
+  Kernel& m_kernel;
   std::string m_onlineText;
   EfficiencySet m_efficiency;
   bool m_mayRaise;          // CAP_SYS_NICE where it counts

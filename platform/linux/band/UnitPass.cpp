@@ -36,22 +36,22 @@ UnitPlace UnitPass::scopeOf(const UnitWeights& units, const ProcessStat& root) {
   return {std::move(name), std::move(path)};
 }
 
-std::optional<UnitWeights::Adoption> UnitPass::adoptionOf(const UnitWeights& units, const ProcessFiles& files,
+std::optional<UnitWeights::Adoption> UnitPass::adoptionOf(const UnitWeights& units, const Kernel& kernel,
                                                           const ProcessStat& root, std::vector<Pid> processes,
                                                           const std::set<Pid>& everyApp) {
-  const std::string path = files.unifiedPath(root.pid);
+  const std::string path = kernel.unifiedPath(root.pid);
   const UnitPlace scope = scopeOf(units, root);
   const std::optional<UnitPlace> unit = unitOf(units.managerPath(), path);
   if (!unit && !isLoginSession(path, units)) return std::nullopt;
   // A service's own main process stays: the manager watches it there.
-  if (unit && unit->isService() && !unit->holds(files.unifiedPath(root.parent))) return std::nullopt;
+  if (unit && unit->isService() && !unit->holds(kernel.unifiedPath(root.parent))) return std::nullopt;
 
   std::set<std::string> sources; // what stands elsewhere has a place of its own
-  for (const Pid pid : processes) sources.insert(files.unifiedPath(pid));
+  for (const Pid pid : processes) sources.insert(kernel.unifiedPath(pid));
   UnitWeights::Adoption adoption;
   adoption.scope = scope.name;
   adoption.isStarted = unit && unit->path == scope.path;
-  adoption.outside = [&files, everyApp, app = root.pid, sources = std::move(sources),
+  adoption.outside = [&kernel, everyApp, app = root.pid, sources = std::move(sources),
                       processes = std::move(processes)](const ProcessScan& now) {
     AppOwners owners(now, everyApp);
     owners.claim(app, processes);
@@ -59,7 +59,7 @@ std::optional<UnitWeights::Adoption> UnitPass::adoptionOf(const UnitWeights& uni
     for (const Pid pid : owners.processesOf(app)) {
       const ProcessStat& process = *now.find(pid);
       if (!process.isAlive() || isSystemPart(process.shortName())) continue;
-      if (sources.contains(files.unifiedPath(pid)) && files.isOwn(pid)) outside.push_back(pid);
+      if (sources.contains(kernel.unifiedPath(pid)) && kernel.isOwn(pid)) outside.push_back(pid);
     }
     return outside;
   };
@@ -106,13 +106,13 @@ std::vector<UnitPlace> UnitPass::adopt(std::span<const BandGroup> groups, const 
     if (found.homeless[at].empty() || !root) continue;
     const UnitPlace scope = scopeOf(m_units, *root);
     if (weighingUnit(m_units.managerPath(), m_frontPath, scope.path) != scope) continue;
-    if (auto adoption = adoptionOf(m_units, m_files, *root, std::move(found.homeless[at]), view.everyApp)) {
+    if (auto adoption = adoptionOf(m_units, m_kernel, *root, std::move(found.homeless[at]), view.everyApp)) {
       adoptions.push_back(std::move(*adoption));
       scopes.push_back(scope);
     }
   }
   if (adoptions.empty()) return {};
-  m_units.adopt(adoptions, m_files, m_deadline);
+  m_units.adopt(adoptions, m_deadline);
   found = find(groups, view);
   std::vector<UnitPlace> incomplete;
   for (std::size_t at = 0; at < adoptions.size(); ++at) {
@@ -130,7 +130,7 @@ void UnitPass::raiseUnused(const std::vector<std::string>& enteredPaths) {
 }
 
 std::optional<UnitPlace> UnitPass::ownUnit(const ProcessStat& process, Pid app, const View& view) {
-  const std::string path = m_files.unifiedPath(process.pid);
+  const std::string path = m_kernel.unifiedPath(process.pid);
   std::optional<UnitPlace> unit = weighingUnit(m_units.managerPath(), m_frontPath, path);
   if (!unit) return std::nullopt;
   const auto known = m_apps.find(unit->path);
@@ -145,7 +145,7 @@ Pid UnitPass::appIn(const UnitPlace& place, const View& view) const {
   Pid owner = 0;
   for (const Pid pid : *pids) {
     const ProcessStat* known = view.scan.find(pid);
-    const std::optional<ProcessStat> process = known ? *known : m_files.stat(pid);
+    const std::optional<ProcessStat> process = known ? *known : m_kernel.stat(pid);
     if (!process || !process->isAlive()) continue;
     const Pid app = view.owners.of(*process);
     if (app == 0 || (owner != 0 && app != owner) || !view.mayTouch(*process)) return 0;

@@ -28,8 +28,8 @@ class UnitPass {
     std::function<bool(const ProcessStat&)> mayTouch;
   };
 
-  UnitPass(UnitWeights& units, const ProcessFiles& files, std::string frontPath, BusDeadline deadline)
-      : m_units(units), m_files(files), m_frontPath(std::move(frontPath)), m_deadline(deadline) {}
+  UnitPass(UnitWeights& units, const Kernel& kernel, std::string frontPath, UnitWeights::Deadline deadline)
+      : m_units(units), m_kernel(kernel), m_frontPath(std::move(frontPath)), m_deadline(deadline) {}
 
   void run(std::span<const BandGroup> groups, const View& view);
 
@@ -40,7 +40,7 @@ class UnitPass {
   static UnitPlace scopeOf(const UnitWeights& units, const ProcessStat& root);
   // The move of these processes of an app, and of what they start meanwhile; absent when the app may not be
   // moved from where its main process stands. `everyApp` as in the port.
-  static std::optional<UnitWeights::Adoption> adoptionOf(const UnitWeights& units, const ProcessFiles& files,
+  static std::optional<UnitWeights::Adoption> adoptionOf(const UnitWeights& units, const Kernel& kernel,
                                                          const ProcessStat& root, std::vector<Pid> processes,
                                                          const std::set<Pid>& everyApp);
 
@@ -56,9 +56,9 @@ class UnitPass {
   Pid appIn(const UnitPlace& place, const View& view) const;
 
   UnitWeights& m_units;
-  const ProcessFiles& m_files;
+  const Kernel& m_kernel;
   std::string m_frontPath;
-  BusDeadline m_deadline;
+  UnitWeights::Deadline m_deadline;
   std::unordered_map<std::string, Pid> m_apps; // that a unit belongs to, by its path; 0: to none alone
   std::vector<UnitPlace> m_lowered;            // by this pass
 };

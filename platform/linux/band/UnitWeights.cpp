@@ -1,15 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/band/UnitWeights.h"
 
-#include "platform/linux/process/KernelFile.h"
-
 #include <algorithm>
 #include <charconv>
-#include <filesystem>
 #include <map>
 #include <system_error>
-#include <thread>
-#include <unistd.h>
 #include <utility>
 
 namespace vantle {
@@ -50,19 +45,21 @@ bool appendPids(std::string_view lines, std::vector<Pid>& pids) {
 
 } // namespace
 
-UnitWeights::UnitWeights(EventLoop& loop, FileStore& files, Places places)
-    : m_loop(loop), m_places(std::move(places)), m_managerPath(userManagerPath(::geteuid())),
-      m_appSlice(appSlicePath(::geteuid())), m_ledger(files, m_places.ledger, m_places.bootId),
-      m_retryDelay(firstRetry), m_manager(loop, m_places.bus) {}
+UnitWeights::UnitWeights(EventLoop& loop, FileStore& files, Kernel& kernel,
+                         std::unique_ptr<ServiceManager> manager, Places places)
+    : m_loop(loop), m_kernel(kernel), m_places(std::move(places)),
+      m_managerPath(userManagerPath(kernel.user())), m_appSlice(appSlicePath(kernel.user())),
+      m_ledger(files, m_places.ledger, m_places.bootId), m_retryDelay(firstRetry),
+      m_manager(std::move(manager)) {}
 
 bool UnitWeights::isUsable() const {
-  if (!m_manager.isReachable() || m_manager.isLate() || m_places.controlGroups.empty()) return false;
-  const auto controllers = readKernelFile(m_places.controlGroups + m_managerPath + "/cgroup.controllers");
+  if (!m_manager->isReachable() || m_manager->isLate() || m_places.controlGroups.empty()) return false;
+  const auto controllers = m_kernel.read(m_places.controlGroups + m_managerPath + "/cgroup.controllers");
   return controllers && hasWord(*controllers, "cpu");
 }
 
 bool UnitWeights::isIdle(const UnitPlace& place) const {
-  const auto idle = readKernelFile(m_places.controlGroups + place.path + "/cpu.idle");
+  const auto idle = m_kernel.read(m_places.controlGroups + place.path + "/cpu.idle");
   return idle && idle->starts_with('1');
 }
 
@@ -72,9 +69,9 @@ bool UnitWeights::isLowered(std::string_view processPath) const {
   });
 }
 
-std::vector<UnitPlace> UnitWeights::lower(const std::vector<UnitPlace>& places, BusDeadline deadline) {
+std::vector<UnitPlace> UnitWeights::lower(const std::vector<UnitPlace>& places, Deadline deadline) {
   // What is on its way back arrives first: orders are served one after the other.
-  if (!m_raising.empty() && !m_manager.finish(deadline)) return {};
+  if (!m_raising.empty() && !m_manager->finish(deadline)) return {};
 
   auto weights = std::make_shared<std::map<std::string, std::optional<std::uint64_t>>>();
   std::vector<UnitLedger::Entry> wanted;
@@ -86,23 +83,23 @@ std::vector<UnitPlace> UnitWeights::lower(const std::vector<UnitPlace>& places, 
     if (earlier) {
       (*weights)[place.name] = earlier->weight;
     } else {
-      m_manager.getWeight(place.name, [weights, name = place.name](std::optional<std::uint64_t> weight) {
+      m_manager->getWeight(place.name, [weights, name = place.name](std::optional<std::uint64_t> weight) {
         (*weights)[name] = weight;
       });
     }
   }
-  m_manager.finish(deadline);
+  m_manager->finish(deadline);
   // A unit that is idle already was put there by somebody else, who will take it out again.
   const auto isUnknown = [&weights](UnitLedger::Entry& entry) {
     const std::optional<std::uint64_t> weight = (*weights)[entry.place.name];
-    entry.weight = weight.value_or(UserManager::idleWeight);
-    return entry.weight == UserManager::idleWeight;
+    entry.weight = weight.value_or(ServiceManager::idleWeight);
+    return entry.weight == ServiceManager::idleWeight;
   };
   wanted.erase(std::remove_if(wanted.begin(), wanted.end(), isUnknown), wanted.end());
-  if (wanted.empty() || SteadyClock::now() >= deadline || !m_ledger.add(wanted)) return {};
+  if (wanted.empty() || m_kernel.now() >= deadline || !m_ledger.add(wanted)) return {};
 
   for (const UnitLedger::Entry& entry : wanted) {
-    m_manager.setWeight(entry.place.name, UserManager::idleWeight, [](bool) {});
+    m_manager->setWeight(entry.place.name, ServiceManager::idleWeight, [](bool) {});
   }
   waitUntilIdle(wanted, deadline);
   std::vector<UnitPlace> lowered;
@@ -117,12 +114,12 @@ std::vector<UnitPlace> UnitWeights::lower(const std::vector<UnitPlace>& places, 
   return lowered;
 }
 
-void UnitWeights::waitUntilIdle(const std::vector<UnitLedger::Entry>& entries, BusDeadline deadline) {
+void UnitWeights::waitUntilIdle(const std::vector<UnitLedger::Entry>& entries, Deadline deadline) {
   // The first weighted unit makes the manager switch the controller on along the whole path, in more than one
   // step of its own.
-  for (int step = 0; step < mostSteps && SteadyClock::now() < deadline; ++step) {
-    m_manager.barrier([](bool) {});
-    m_manager.finish(deadline);
+  for (int step = 0; step < mostSteps && m_kernel.now() < deadline; ++step) {
+    m_manager->barrier([](bool) {});
+    m_manager->finish(deadline);
     if (std::all_of(entries.begin(), entries.end(),
                     [this](const auto& entry) { return isIdle(entry.place); })) {
       return;
@@ -144,14 +141,13 @@ void UnitWeights::raiseUnit(const std::string& unit) {
   if (!entry || !m_raising.insert(unit).second) return;
   const std::uint64_t weight = entry->weight;
   if (isIdle(entry->place)) return giveBack(unit, weight);
-  std::error_code ignored;
   if (!entry->place.isService() && !entry->place.name.ends_with(".slice") &&
-      !std::filesystem::exists(m_places.controlGroups + entry->place.path, ignored)) {
+      !m_kernel.exists(m_places.controlGroups + entry->place.path)) {
     return forget(unit); // a scope ends with its processes, and its weight with it
   }
-  m_manager.getWeight(unit, [this, unit, weight](std::optional<std::uint64_t> now) {
+  m_manager->getWeight(unit, [this, unit, weight](std::optional<std::uint64_t> now) {
     if (!now) return failed(unit);
-    if (*now != UserManager::idleWeight) return forget(unit); // somebody else's choice by now
+    if (*now != ServiceManager::idleWeight) return forget(unit); // somebody else's choice by now
     giveBack(unit, weight);
   });
 }
@@ -159,7 +155,7 @@ void UnitWeights::raiseUnit(const std::string& unit) {
 void UnitWeights::giveBack(const std::string& unit, std::uint64_t weight) {
   const auto order = std::make_shared<Return>(Return{unit});
   m_returns.push_back(order);
-  m_manager.setWeight(unit, weight, [this, order](bool done) {
+  m_manager->setWeight(unit, weight, [this, order](bool done) {
     order->isServed = done;
     confirmReturns();
   });
@@ -170,7 +166,7 @@ void UnitWeights::giveBack(const std::string& unit, std::uint64_t weight) {
 void UnitWeights::confirmReturns() {
   if (m_confirming > 0 || m_returns.empty()) return;
   m_confirming = m_returns.size();
-  m_manager.barrier([this](bool) {
+  m_manager->barrier([this](bool) {
     const auto end = m_returns.begin() + static_cast<std::ptrdiff_t>(std::exchange(m_confirming, 0));
     const std::vector<std::shared_ptr<Return>> confirmed(m_returns.begin(), end);
     m_returns.erase(m_returns.begin(), end);
@@ -196,7 +192,7 @@ void UnitWeights::forget(const std::string& unit) {
 
 void UnitWeights::failed(const std::string& unit) {
   returned(unit);
-  if (m_retry || !m_manager.isReachable()) return;
+  if (m_retry || !m_manager->isReachable()) return;
   m_retry = m_loop.after(m_retryDelay, [this] {
     m_retry.reset();
     raiseDebts();
@@ -220,73 +216,71 @@ bool UnitWeights::hasDebts() const {
 void UnitWeights::raiseAll() {
   m_inForce.clear();
   raiseDebts();
-  m_manager.finish(SteadyClock::now() + reclaimLimit);
+  m_manager->finish(m_kernel.now() + reclaimLimit);
 }
 
 bool UnitWeights::settle(milliseconds limit) {
-  const BusDeadline end = SteadyClock::now() + limit;
+  const Deadline end = m_kernel.now() + limit;
   for (;;) {
-    m_manager.finish(end);
+    m_manager->finish(end);
     if (!hasDebts()) return true;
-    if (SteadyClock::now() >= end || !m_manager.isReachable()) return false;
-    std::this_thread::sleep_for(std::min<SteadyClock::duration>(settleStep, end - SteadyClock::now()));
+    if (m_kernel.now() >= end || !m_manager->isReachable()) return false;
+    m_kernel.sleep(std::min<SteadyClock::duration>(settleStep, end - m_kernel.now()));
     raiseDebts();
   }
 }
 
-void UnitWeights::adopt(std::vector<Adoption>& adoptions, const ProcessFiles& files, BusDeadline deadline) {
+void UnitWeights::adopt(std::vector<Adoption>& adoptions, Deadline deadline) {
   auto started = std::make_shared<std::set<std::string>>();
   for (const Adoption& adoption : adoptions) {
     if (adoption.isStarted) started->insert(adoption.scope);
   }
   // Twice: one process that ended meanwhile makes the manager refuse the whole list.
   for (int attempt = 0; attempt < 2; ++attempt) {
-    const ProcessScan now(files);
+    const ProcessScan now(m_kernel);
     for (const Adoption& adoption : adoptions) {
       const std::vector<Pid> pids =
           started->contains(adoption.scope) ? std::vector<Pid>{} : adoption.outside(now);
       if (pids.empty()) continue;
-      m_manager.startScope(adoption.scope, pids, [started, scope = adoption.scope](bool done) {
+      m_manager->startScope(adoption.scope, pids, [started, scope = adoption.scope](bool done) {
         if (done) started->insert(scope);
       });
     }
-    m_manager.finish(deadline);
+    m_manager->finish(deadline);
   }
 
   // Moving goes on after the answer, and processes that were born meanwhile are still where their parents
   // were: each round moves what is left.
-  for (int round = 0; round < mostAttachRounds && SteadyClock::now() < deadline; ++round) {
-    m_manager.barrier([](bool) {});
-    m_manager.finish(deadline);
+  for (int round = 0; round < mostAttachRounds && m_kernel.now() < deadline; ++round) {
+    m_manager->barrier([](bool) {});
+    m_manager->finish(deadline);
     bool isComplete = true;
-    const ProcessScan now(files);
+    const ProcessScan now(m_kernel);
     for (Adoption& adoption : adoptions) {
       if (!started->contains(adoption.scope) || adoption.succeeded) continue;
       const std::vector<Pid> outside = adoption.outside(now);
       adoption.succeeded = outside.empty();
       isComplete = isComplete && adoption.succeeded;
       if (round == 0) continue; // the first move may still be under way
-      for (const Pid pid : outside) m_manager.attach(adoption.scope, pid, [](bool) {});
+      for (const Pid pid : outside) m_manager->attach(adoption.scope, pid, [](bool) {});
     }
     if (isComplete) return;
-    m_manager.finish(deadline);
+    m_manager->finish(deadline);
   }
 }
 
 std::optional<std::vector<Pid>> UnitWeights::processesIn(const std::string& path) const {
   const std::string folder = m_places.controlGroups + path;
-  const auto own = readKernelFile(folder + "/cgroup.procs");
+  const auto own = m_kernel.read(folder + "/cgroup.procs");
   std::vector<Pid> pids;
   if (!own || !appendPids(*own, pids)) return std::nullopt;
-  std::error_code error;
-  for (std::filesystem::directory_iterator below(folder, error), end; !error && below != end;
-       below.increment(error)) {
-    if (!below->is_directory(error)) continue;
-    const auto inner = processesIn(path + "/" + below->path().filename().string());
+  const std::optional<std::vector<std::string>> below = m_kernel.folders(folder);
+  if (!below) return std::nullopt;
+  for (const std::string& name : *below) {
+    const auto inner = processesIn(path + "/" + name);
     if (!inner) return std::nullopt;
     pids.insert(pids.end(), inner->begin(), inner->end());
   }
-  if (error) return std::nullopt;
   return pids;
 }
 

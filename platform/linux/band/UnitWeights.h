@@ -2,9 +2,9 @@
 #pragma once
 
 #include "platform/linux/band/ProcessScan.h"
+#include "platform/linux/band/ServiceManager.h"
 #include "platform/linux/band/UnitLedger.h"
 #include "platform/linux/band/UnitPath.h"
-#include "platform/linux/band/UserManager.h"
 #include "platform/shared/EventLoop.h"
 
 #include <chrono>
@@ -29,7 +29,6 @@ class UnitWeights {
  public:
   struct Places {
     std::string controlGroups; // mount of the version 2 tree; empty for none
-    std::string bus;           // address of the user bus; empty for none
     std::string ledger;
     std::string bootId;
   };
@@ -42,7 +41,10 @@ class UnitWeights {
     bool succeeded = false;
   };
 
-  UnitWeights(EventLoop& loop, FileStore& files, Places places);
+  using Deadline = ServiceManager::Deadline;
+
+  UnitWeights(EventLoop& loop, FileStore& files, Kernel& kernel, std::unique_ptr<ServiceManager> manager,
+              Places places);
 
   // Whether there is a user manager with power over processor time.
   bool isUsable() const;
@@ -50,13 +52,13 @@ class UnitWeights {
   const std::string& appSlice() const { return m_appSlice; }
 
   // Which of them are in force now and were not before.
-  std::vector<UnitPlace> lower(const std::vector<UnitPlace>& places, BusDeadline deadline);
+  std::vector<UnitPlace> lower(const std::vector<UnitPlace>& places, Deadline deadline);
   // Whether the unit that this path leads through was lowered by this program and still is.
   bool isLowered(std::string_view processPath) const;
   bool hasLowered() const { return !m_ledger.entries().empty(); } // and not given back yet
   void raise(std::string_view processPath);                       // the units that it leads through
   void raiseAll();
-  void adopt(std::vector<Adoption>& adoptions, const ProcessFiles& files, BusDeadline deadline);
+  void adopt(std::vector<Adoption>& adoptions, Deadline deadline);
 
   // Waits until nothing is left to give back, at most this long; true when nothing is.
   bool settle(std::chrono::milliseconds limit);
@@ -77,12 +79,13 @@ class UnitWeights {
   void returned(const std::string& unit);
   void forget(const std::string& unit);
   void failed(const std::string& unit);
-  void waitUntilIdle(const std::vector<UnitLedger::Entry>& entries, BusDeadline deadline);
+  void waitUntilIdle(const std::vector<UnitLedger::Entry>& entries, Deadline deadline);
   void raiseDebts();
   bool hasDebts() const;
   bool isIdle(const UnitPlace& place) const; // as the kernel has it
 
   EventLoop& m_loop;
+  Kernel& m_kernel;
   Places m_places;
   std::string m_managerPath;
   std::string m_appSlice;
@@ -93,7 +96,7 @@ class UnitWeights {
   std::size_t m_confirming = 0;                   // how many of these the question covers that is under way
   std::chrono::milliseconds m_retryDelay;
   std::unique_ptr<EventLoop::Handle> m_retry;
-  UserManager m_manager; // goes first: its answers come here
+  std::unique_ptr<ServiceManager> m_manager; // goes first: its answers come here
 };
 
 } // namespace vantle

@@ -120,7 +120,7 @@ void UserManager::barrier(Done done) {
   send(std::move(message), succeeded(std::move(done)));
 }
 
-bool UserManager::finish(BusDeadline deadline) {
+bool UserManager::finish(Deadline deadline) {
   if (!m_bus || *m_open == 0) return true;
   m_bus->runUntil([this] { return *m_open == 0; }, deadline);
   m_isLate = *m_open > 0;

@@ -34,12 +34,12 @@ bool isSameFile(const struct stat& left, const struct stat& right) {
 
 } // namespace
 
-ProcfsProcessTable::ProcfsProcessTable(BootEpoch epoch, std::shared_ptr<const ProcessFiles> files)
-    : m_files(std::move(files)), m_epoch(epoch),
+ProcfsProcessTable::ProcfsProcessTable(BootEpoch epoch, std::shared_ptr<const ProcKernel> kernel)
+    : m_kernel(std::move(kernel)), m_epoch(epoch),
       m_microsPerTick(1'000'000 / static_cast<std::uint64_t>(::sysconf(_SC_CLK_TCK))) {}
 
 std::optional<ProcStat> ProcfsProcessTable::readStat(Pid pid) const {
-  const std::optional<ProcessStat> stat = m_files->stat(pid);
+  const std::optional<ProcessStat> stat = m_kernel->stat(pid);
   if (!stat || !stat->isAlive()) return std::nullopt;
   return *stat;
 }
@@ -56,7 +56,7 @@ std::optional<ProcessRecord> ProcfsProcessTable::record(Pid pid) const {
 }
 
 std::vector<ProcessRecord> ProcfsProcessTable::scan() const {
-  const std::vector<ProcessStat> processes = m_files->scan();
+  const std::vector<ProcessStat> processes = m_kernel->scan();
   std::vector<ProcessRecord> records;
   records.reserve(processes.size());
   for (const ProcessStat& process : processes) {
@@ -68,14 +68,14 @@ std::vector<ProcessRecord> ProcfsProcessTable::scan() const {
 std::optional<std::string> ProcfsProcessTable::executablePathBytes(Pid pid) const {
   const std::string link = std::to_string(pid) + "/exe";
   std::string path(longestPath, '\0');
-  const ssize_t length = ::readlinkat(m_files->folder(), link.c_str(), path.data(), path.size());
+  const ssize_t length = ::readlinkat(m_kernel->folder(), link.c_str(), path.data(), path.size());
   if (length <= 0) return std::nullopt;
   path.resize(static_cast<std::size_t>(length));
   if (path.ends_with(deletedMark)) {
     // A file may really be called so; then the path leads to the very file that runs.
     struct stat running {};
     struct stat named {};
-    const bool isItsName = ::fstatat(m_files->folder(), link.c_str(), &running, 0) == 0 &&
+    const bool isItsName = ::fstatat(m_kernel->folder(), link.c_str(), &running, 0) == 0 &&
                            ::stat(path.c_str(), &named) == 0 && isSameFile(running, named);
     if (!isItsName) path.resize(path.size() - deletedMark.size());
   }
@@ -83,7 +83,7 @@ std::optional<std::string> ProcfsProcessTable::executablePathBytes(Pid pid) cons
 }
 
 std::optional<std::uint64_t> ProcfsProcessTable::footprint(Pid pid) const {
-  const std::string status = m_files->read(pid, "status").value_or("");
+  const std::string status = m_kernel->readOf(pid, "status").value_or("");
   // The name line comes first, but a line break in a name is written as "\n": these are always the kernel's.
   const auto resident = kibibytesOf(status, "\nRssAnon:");
   const auto swapped = kibibytesOf(status, "\nVmSwap:");

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "engine/ports/ProcessTable.h"
+#include "platform/linux/kernel/ProcKernel.h"
 #include "platform/linux/process/BootEpoch.h"
-#include "platform/linux/process/ProcessFiles.h"
 
 #include <memory>
 #include <string>
@@ -14,8 +14,8 @@ namespace vantle {
 class ProcfsProcessTable final : public ProcessTable {
  public:
   explicit ProcfsProcessTable(BootEpoch epoch, const std::string& procRoot = "/proc")
-      : ProcfsProcessTable(epoch, std::make_shared<ProcessFiles>(procRoot)) {}
-  ProcfsProcessTable(BootEpoch epoch, std::shared_ptr<const ProcessFiles> files);
+      : ProcfsProcessTable(epoch, std::make_shared<ProcKernel>(procRoot)) {}
+  ProcfsProcessTable(BootEpoch epoch, std::shared_ptr<const ProcKernel> kernel);
 
   std::optional<ProcessRecord> record(Pid pid) const override;
   std::vector<ProcessRecord> scan() const override; // in ascending order of pids, as the kernel lists them
@@ -30,7 +30,7 @@ class ProcfsProcessTable final : public ProcessTable {
   std::optional<ProcStat> readStat(Pid pid) const;
   ProcessRecord recordOf(Pid pid, const ProcStat& stat) const;
 
-  std::shared_ptr<const ProcessFiles> m_files;
+  std::shared_ptr<const ProcKernel> m_kernel;
   BootEpoch m_epoch;
   std::uint64_t m_microsPerTick;
 };

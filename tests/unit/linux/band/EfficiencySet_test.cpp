@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/band/EfficiencySet.h"
+#include "platform/linux/kernel/ProcKernel.h"
 
 #include <filesystem>
 #include <fstream>
@@ -31,7 +32,7 @@ class SysTree : public testing::Test {
     put("/devices/system/cpu/cpu" + std::to_string(cpu) + "/" + file, text);
   }
   std::vector<std::size_t> chosen() const {
-    const EfficiencySet set = EfficiencySet::read(m_root);
+    const EfficiencySet set = EfficiencySet::read(ProcKernel("/proc", m_root));
     std::vector<std::size_t> list;
     for (std::size_t cpu = 0; cpu < ProcessorSet::most; ++cpu) {
       if (set.chosen.contains(cpu)) list.push_back(cpu);
@@ -116,7 +117,7 @@ TEST_F(SysTree, NonsenseIsNoSet) {
     online(text);
     EXPECT_EQ(chosen(), List{}) << text;
   }
-  EXPECT_TRUE(EfficiencySet::read("/nonexistent").chosen.empty());
+  EXPECT_TRUE(EfficiencySet::read(ProcKernel("/proc", "/nonexistent")).chosen.empty());
 }
 
 } // namespace

@@ -30,9 +30,9 @@ using namespace test;
 struct Program {
   explicit Program(const std::string& folder)
       : files(folder, PosixFileStore::Sync::none), epoch(BootEpoch::load(files, {folder + "/boot.json"})),
-        processes(epoch, processFiles), clock(epoch),
-        band(loop, files, {.files = processFiles, .ledger = folder + "/band.json", .userBus = {}}),
-        settings(desktop.defaults), engine(ports(), settings) {}
+        processes(epoch, kernel), clock(epoch),
+        band(loop, files, {.kernel = kernel, .ledger = folder + "/band.json"}), settings(desktop.defaults),
+        engine(ports(), settings) {}
 
   Machine ports() {
     desktop.host.self = ::getpid();
@@ -72,7 +72,7 @@ struct Program {
   PollEventLoop loop;
   PosixFileStore files;
   BootEpoch epoch;
-  std::shared_ptr<const ProcessFiles> processFiles = std::make_shared<ProcessFiles>("/proc");
+  std::shared_ptr<ProcKernel> kernel = std::make_shared<ProcKernel>();
   ProcfsProcessTable processes;
   BootClock clock;
   LinuxBand band;

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The band on real processes and threads, as root and as an ordinary user.
-#include "platform/linux/band/ProcessorSet.h"
-#include "platform/linux/band/SessionWeights.h"
-#include "platform/linux/band/ThreadCalls.h"
+#include "platform/linux/kernel/ProcKernel.h"
 #include "tests/unit/linux/band/BandFixture.h"
 
 #include <array>
@@ -65,16 +63,16 @@ TEST_F(LinuxBandTest, WhatAProcessWasComesBackExactly) {
       const sched_param none{};
       ::setpriority(PRIO_PROCESS, 0, 7);
       ::sched_setscheduler(0, SCHED_BATCH, &none);
-      threadCalls::setIoPriority(0, bestEffort(2));
+      ProcKernel().setIoPriority(0, bestEffort(2));
       ProcessorSet first;
       first.add(0);
-      return first.applyTo(0) ? 1 : 0;
+      return ProcKernel().setAffinity(0, first) == Change::done ? 1 : 0;
     });
     app.ask('!');
     const Pid plain = app.ask('t'); // inherits all of it
     const Pid child = app.ask('f');
     const Pid other = app.ask('t');
-    threadCalls::setIoPriority(other, (3 << 13) | 4); // somebody's `ionice -c3`
+    ProcKernel().setIoPriority(other, (3 << 13) | 4); // somebody's `ionice -c3`
     const std::array<Pid, 4> tasks{app.pid(), plain, child, other};
     std::vector<std::string> before;
     for (const Pid tid : tasks) before.push_back(schedulingState(tid));
@@ -138,7 +136,7 @@ TEST_F(LinuxBandTest, ASessionWithOthersInItIsLeftAlone) {
     band.settled();
     for (const Pid pid : {shell.pid(), app, other}) {
       EXPECT_EQ(band.band.isInBackgroundBand(pid), false);
-      EXPECT_EQ(threadCalls::ioPriority(pid), 0);
+      EXPECT_EQ(ProcKernel().ioPriority(pid), 0);
     }
     EXPECT_EQ(autogroupLine(app), "nice 0");
   });
@@ -185,15 +183,15 @@ TEST_F(LinuxBandTest, AChoiceOfSomebodyElseStays) {
     band.settled();
     ProcessorSet first;
     first.add(0);
-    EXPECT_TRUE(first.applyTo(bound));
-    EXPECT_TRUE(threadCalls::setIoPriority(ioOwn, bestEffort(6)));
+    EXPECT_TRUE(ProcKernel().setAffinity(bound, first) == Change::done);
+    EXPECT_TRUE(ProcKernel().setIoPriority(ioOwn, bestEffort(6)) == Change::done);
     EXPECT_EQ(::setpriority(PRIO_PROCESS, static_cast<id_t>(app.pid()), 11), 0);
     EXPECT_TRUE(band.band.leaveBackgroundBand(app.pid()));
     band.settled();
-    EXPECT_EQ(ProcessorSet::ofThread(bound), first);
-    EXPECT_EQ(threadCalls::ioPriority(ioOwn), bestEffort(6));
+    EXPECT_EQ(ProcKernel().affinity(bound), first);
+    EXPECT_EQ(ProcKernel().ioPriority(ioOwn), bestEffort(6));
     EXPECT_EQ(::getpriority(PRIO_PROCESS, static_cast<id_t>(app.pid())), 11);
-    EXPECT_EQ(threadCalls::ioPriority(app.pid()), 0);
+    EXPECT_EQ(ProcKernel().ioPriority(app.pid()), 0);
   });
 }
 
@@ -222,7 +220,7 @@ TEST_F(LinuxBandTest, ASessionWeightOfSomebodyElseStays) {
     band.settled();
     EXPECT_EQ(autogroupLine(own.pid()), "nice 5");
     EXPECT_EQ(autogroupLine(changed.pid()), "nice 3");
-    EXPECT_EQ(threadCalls::ioPriority(changed.pid()), 0);
+    EXPECT_EQ(ProcKernel().ioPriority(changed.pid()), 0);
   });
 }
 
@@ -242,7 +240,7 @@ TEST_F(LinuxBandTest, RealTimeThreadsAreNeverTouched) {
   ASSERT_EQ(::sched_setscheduler(realTime, SCHED_OTHER, std::array<sched_param, 1>{}.data()), 0);
   EXPECT_TRUE(band.band.enterBackgroundBand(app.pid()));
   EXPECT_EQ(band.band.isInBackgroundBand(app.pid()), true) << "its other thread is";
-  EXPECT_EQ(threadCalls::ioPriority(app.pid()), 0);
+  EXPECT_EQ(ProcKernel().ioPriority(app.pid()), 0);
   EXPECT_TRUE(band.band.leaveBackgroundBand(app.pid()));
   EXPECT_EQ(band.band.isInBackgroundBand(app.pid()), false);
 
@@ -258,7 +256,7 @@ TEST_F(LinuxBandTest, WhatIsNotAnAppIsRefused) {
       EXPECT_FALSE(band.band.enterBackgroundBand(pid)) << pid;
     }
     EXPECT_EQ(band.band.isInBackgroundBand(0), std::nullopt);
-    EXPECT_EQ(threadCalls::ioPriority(0), 0);
+    EXPECT_EQ(ProcKernel().ioPriority(0), 0);
 
     TestProcess gone;
     const Pid pid = gone.pid();
@@ -300,7 +298,7 @@ TEST_F(LinuxBandTest, SystemPartsAreNeverTouched) {
     server.ask('!');
     Band band;
     EXPECT_FALSE(band.band.enterBackgroundBand(server.pid()));
-    EXPECT_EQ(threadCalls::ioPriority(server.pid()), 0);
+    EXPECT_EQ(ProcKernel().ioPriority(server.pid()), 0);
   });
 }
 
@@ -323,7 +321,7 @@ TEST_F(LinuxBandTest, ManySessionsWaitTheirTurnWithoutHoldingUpTheLoop) {
       EXPECT_EQ(band.band.isInBackgroundBand(app.pid()), false) << "out, whatever still waits";
     }
     EXPECT_TRUE(band.loop.runUntil([&] { return allShow("nice 0"); }, guard));
-    for (const TestProcess& app : apps) EXPECT_EQ(threadCalls::ioPriority(app.pid()), 0);
+    for (const TestProcess& app : apps) EXPECT_EQ(ProcKernel().ioPriority(app.pid()), 0);
   });
 }
 

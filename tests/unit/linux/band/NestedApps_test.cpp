@@ -2,7 +2,7 @@
 // Apps that another app has started, from a terminal or a file manager: each is an app of its own, in
 // whatever place it stands.
 #include "platform/linux/band/AppOwners.h"
-#include "platform/linux/band/ThreadCalls.h"
+#include "platform/linux/kernel/ProcKernel.h"
 #include "tests/unit/linux/band/BandFixture.h"
 #include "tests/unit/linux/band/UserManagerFixture.h"
 
@@ -21,7 +21,7 @@ class NestedApps : public LinuxBandTest {};
 // Nothing of it was touched, its session included.
 void expectUntouched(Band& band, Pid pid) {
   EXPECT_EQ(band.band.isInBackgroundBand(pid), false) << pid;
-  EXPECT_EQ(threadCalls::ioPriority(pid), 0) << pid;
+  EXPECT_EQ(ProcKernel().ioPriority(pid), 0) << pid;
   EXPECT_EQ(autogroupLine(pid), "nice 0") << pid;
 }
 

@@ -2,8 +2,7 @@
 #include "tests/unit/linux/band/TestProcess.h"
 
 #include "platform/linux/band/ProcessScan.h"
-#include "platform/linux/band/ProcessorSet.h"
-#include "platform/linux/band/ThreadCalls.h"
+#include "platform/linux/kernel/ProcKernel.h"
 
 #include <array>
 #include <csignal>
@@ -119,8 +118,7 @@ int TestProcess::ask(char letter) const {
 
 void TestProcess::end() {
   if (m_pid <= 0) return;
-  const ProcessFiles files("/proc");
-  const ProcessScan scan(files);
+  const ProcessScan scan(ProcKernel().scan());
   killTree(scan, m_pid);
   ::waitpid(m_pid, nullptr, 0);
   // What it left behind in its session, of which this process has become the parent.
@@ -156,9 +154,9 @@ bool asOrdinaryUser(const std::function<void()>& body) {
 }
 
 std::string schedulingState(Pid tid) {
-  const auto scheduling = threadCalls::scheduling(tid);
-  const auto io = threadCalls::ioPriority(tid);
-  const auto processors = ProcessorSet::ofThread(tid);
+  const auto scheduling = ProcKernel().scheduling(tid);
+  const auto io = ProcKernel().ioPriority(tid);
+  const auto processors = ProcKernel().affinity(tid);
   std::string mask;
   for (std::size_t cpu = 0; processors && cpu < 64; ++cpu) {
     if (processors->contains(cpu)) mask += ' ' + std::to_string(cpu);
@@ -175,6 +173,6 @@ std::string autogroupLine(Pid pid) {
   return line.substr(line.find(' ') + 1); // without the number: "nice 0"
 }
 
-std::vector<Pid> threadsOf(Pid pid) { return ProcessFiles("/proc").threads(pid); }
+std::vector<Pid> threadsOf(Pid pid) { return ProcKernel().threads(pid); }
 
 } // namespace vantle::test

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The band where a user manager weighs apps: its orders, and what it does when they fail.
-#include "platform/linux/band/ThreadCalls.h"
+#include "platform/linux/kernel/ProcKernel.h"
 #include "tests/unit/linux/band/UserManagerFixture.h"
 
 #include <array>
@@ -117,7 +117,7 @@ TEST_F(UserManagerBand, AServicesMainProcessStaysWhereItIsWatched) {
   stand(guest.pid(), "shared.service");
   EXPECT_FALSE(enter(service.pid(), {service.pid()}));
   EXPECT_THAT(m_groups.pathOf(service.pid()), HasSubstr("shared.service"));
-  EXPECT_EQ(threadCalls::ioPriority(service.pid()), 0);
+  EXPECT_EQ(ProcKernel().ioPriority(service.pid()), 0);
 }
 
 TEST_F(UserManagerBand, SuccessWithoutEffectIsNoSuccess) {
@@ -126,7 +126,7 @@ TEST_F(UserManagerBand, SuccessWithoutEffectIsNoSuccess) {
   m_manager.setMood(Mood::lying);
   EXPECT_FALSE(enter(app.pid(), {app.pid()}));
   EXPECT_EQ(m_band->isInBackgroundBand(app.pid()), false);
-  EXPECT_EQ(threadCalls::ioPriority(app.pid()), 0);
+  EXPECT_EQ(ProcKernel().ioPriority(app.pid()), 0);
   m_manager.setMood(Mood::obedient);
   EXPECT_TRUE(settled());
   EXPECT_THAT(ledger(), HasSubstr("\"units\":[]"));
@@ -150,7 +150,7 @@ TEST_F(UserManagerBand, AUnitThatIsGoneByNowLeavesTheAppAsItIs) {
                  FakeControlGroups::appSlice() + "/app-gone-1.scope"); // the manager has no such unit
   EXPECT_FALSE(enter(app.pid(), {app.pid()}));
   EXPECT_EQ(m_band->isInBackgroundBand(app.pid()), false);
-  EXPECT_EQ(threadCalls::ioPriority(app.pid()), 0);
+  EXPECT_EQ(ProcKernel().ioPriority(app.pid()), 0);
   EXPECT_NE(idle("app-gone-1.scope"), "1");
 }
 
@@ -160,7 +160,7 @@ TEST_F(UserManagerBand, WithoutABusNothingIsTouched) {
   m_bus.kill();
   start();
   EXPECT_FALSE(enter(app.pid(), {app.pid()}));
-  EXPECT_EQ(threadCalls::ioPriority(app.pid()), 0);
+  EXPECT_EQ(ProcKernel().ioPriority(app.pid()), 0);
   EXPECT_EQ(idle("app-a-1.scope"), "0");
   EXPECT_EQ(ledger(), "");
   m_manager.disconnect();
@@ -170,7 +170,7 @@ TEST_F(UserManagerBand, AUnitIsNotLoweredForNothing) {
   const TestProcess app;
   stand(app.pid(), "app-a-1.scope", 40);
   // Hints are what the mark cannot remember, so the process itself is refused.
-  ASSERT_TRUE(threadCalls::setIoPriority(app.pid(), (2 << 13) | (1 << 3) | 4));
+  ASSERT_TRUE(ProcKernel().setIoPriority(app.pid(), (2 << 13) | (1 << 3) | 4) == Change::done);
   EXPECT_FALSE(enter(app.pid(), {app.pid()}));
   EXPECT_TRUE(settled());
   EXPECT_EQ(m_manager.weight("app-a-1.scope"), 40U);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "platform/linux/band/UserManager.h"
+#include "platform/linux/kernel/ProcKernel.h"
 #include "tests/desktop/harness/PrivateBus.h"
 #include "tests/unit/linux/band/BandFixture.h"
 #include "tests/unit/linux/band/ScriptedUserManager.h"
@@ -24,12 +26,12 @@ class UserManagerBand : public testing::Test {
   // A new run of the program. A generous limit, so that a busy machine does not look like a late manager.
   void start(std::chrono::milliseconds limit = guard) {
     m_band.reset();
-    m_band = std::make_unique<LinuxBand>(m_loop, m_files,
-                                         BandPaths{.procRoot = m_groups.procRoot(),
-                                                   .sysRoot = m_groups.sysRoot(),
-                                                   .ledger = m_ledger,
-                                                   .userBus = m_bus.address(),
-                                                   .busLimit = limit});
+    m_band = std::make_unique<LinuxBand>(
+        m_loop, m_files,
+        BandParts{.kernel = std::make_shared<ProcKernel>(m_groups.procRoot(), m_groups.sysRoot()),
+                  .manager = std::make_unique<UserManager>(m_loop, m_bus.address()),
+                  .ledger = m_ledger,
+                  .busLimit = limit});
     const std::array<Pid, 1> front{m_front.pid()};
     m_band->prepareBoostApp(m_front.pid(), front, {m_front.pid()});
   }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // When one look at the processes may serve twice.
-#include "platform/linux/process/ProcessFiles.h"
+#include "platform/linux/kernel/ProcKernel.h"
 #include "tests/desktop/harness/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@
 namespace vantle {
 namespace {
 
-class ProcessFilesTest : public testing::Test {
+class ProcKernelTest : public testing::Test {
  protected:
   void addProcess(int pid) {
     proc.write(std::to_string(pid) + "/stat",
@@ -19,10 +19,10 @@ class ProcessFilesTest : public testing::Test {
   desktop::TemporaryFolder proc;
 };
 
-TEST_F(ProcessFilesTest, ALookServesAgainUntilSomebodyIsBorn) {
+TEST_F(ProcKernelTest, ALookServesAgainUntilSomebodyIsBorn) {
   addProcess(7);
   setLastPid(7);
-  const ProcessFiles files(proc.path());
+  const ProcKernel files(proc.path().string());
   ASSERT_EQ(files.scan().size(), 1U);
   addProcess(8);
   EXPECT_EQ(files.recentScan().size(), 1U) << "the kernel says that nobody was born";
@@ -31,11 +31,11 @@ TEST_F(ProcessFilesTest, ALookServesAgainUntilSomebodyIsBorn) {
   EXPECT_EQ(files.birthMark(), 8);
 }
 
-TEST_F(ProcessFilesTest, WhereTheKernelDoesNotSayEachLookIsNew) {
+TEST_F(ProcKernelTest, WhereTheKernelDoesNotSayEachLookIsNew) {
   for (const char* load : {"", "nonsense", "0.20 0.18 0.12 1/80 x\n"}) {
     addProcess(7);
     proc.write("loadavg", load);
-    const ProcessFiles files(proc.path());
+    const ProcKernel files(proc.path().string());
     EXPECT_EQ(files.birthMark(), std::nullopt) << load;
     ASSERT_EQ(files.scan().size(), 1U);
     addProcess(8);
@@ -44,10 +44,10 @@ TEST_F(ProcessFilesTest, WhereTheKernelDoesNotSayEachLookIsNew) {
   }
 }
 
-TEST_F(ProcessFilesTest, WithoutALookBeforeTheFirstIsNew) {
+TEST_F(ProcKernelTest, WithoutALookBeforeTheFirstIsNew) {
   addProcess(7);
   setLastPid(7);
-  EXPECT_EQ(ProcessFiles(proc.path()).recentScan().size(), 1U);
+  EXPECT_EQ(ProcKernel(proc.path().string()).recentScan().size(), 1U);
 }
 
 } // namespace

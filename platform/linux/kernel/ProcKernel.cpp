@@ -1,17 +1,21 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/process/ProcessFiles.h"
+#include "platform/linux/kernel/ProcKernel.h"
 
-#include "platform/linux/process/ControlGroupFile.h"
 #include "platform/linux/process/KernelFile.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
 #include <cstddef>
 #include <cstdio>
 #include <fcntl.h>
+#include <filesystem>
 #include <sys/stat.h>
 #include <sys/syscall.h>
+#include <system_error>
+#include <thread>
 #include <unistd.h>
+#include <utility>
 
 namespace vantle {
 
@@ -56,29 +60,34 @@ template <typename Callback> void forEachPid(int folder, Callback call) {
   }
 }
 
+// What an open /proc/PID/autogroup says.
+std::optional<Autogroup> readAutogroup(const Descriptor& file) {
+  std::array<char, 64> text; // NOLINT(cppcoreguidelines-pro-type-member-init): filled by read
+  const ssize_t got = file ? ::read(file.get(), text.data(), text.size()) : -1;
+  if (got <= 0) return std::nullopt;
+  return Autogroup::parse({text.data(), static_cast<std::size_t>(got)});
+}
+
 } // namespace
 
-ProcessFiles::ProcessFiles(const std::string& procRoot)
-    : m_root(::open(procRoot.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)),
+ProcKernel::ProcKernel(std::string procRoot, std::string sysRoot)
+    : m_procRoot(std::move(procRoot)), m_sysRoot(std::move(sysRoot)),
+      m_root(::open(m_procRoot.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)),
       m_load(::openat(m_root.get(), "loadavg", O_RDONLY | O_CLOEXEC)), m_user(::geteuid()) {}
 
-Descriptor ProcessFiles::open(Pid pid, const char* file, int flags) const {
+Pid ProcKernel::self() const { return ::getpid(); }
+
+Descriptor ProcKernel::open(Pid pid, const char* file, int flags) const {
   PathBuffer path;
   return Descriptor(::openat(m_root.get(), pathOf(path, pid, file), flags | O_CLOEXEC | O_NONBLOCK));
 }
 
-std::optional<std::string> ProcessFiles::read(Pid pid, const char* file) const {
+std::optional<std::string> ProcKernel::readOf(Pid pid, const char* file) const {
   PathBuffer path;
   return readKernelFile(m_root.get(), pathOf(path, pid, file));
 }
 
-std::string ProcessFiles::unifiedPath(Pid pid) const {
-  const std::optional<std::string> file = read(pid, "cgroup");
-  const auto path = file ? controlGroupPath(*file) : std::nullopt;
-  return path ? std::string(*path) : std::string();
-}
-
-std::optional<Pid> ProcessFiles::birthMark() const {
+std::optional<Pid> ProcKernel::birthMark() const {
   std::array<char, 128> text; // NOLINT(cppcoreguidelines-pro-type-member-init): filled by pread
   const ssize_t got = m_load ? ::pread(m_load.get(), text.data(), text.size(), 0) : -1;
   if (got <= 0) return std::nullopt;
@@ -87,7 +96,7 @@ std::optional<Pid> ProcessFiles::birthMark() const {
   return pidOf(load.substr(load.rfind(' ') + 1));
 }
 
-std::optional<ProcessStat> ProcessFiles::stat(Pid pid) const {
+std::optional<ProcessStat> ProcKernel::stat(Pid pid) const {
   if (pid <= 0) return std::nullopt;
   const Descriptor file = open(pid, "stat", O_RDONLY);
   std::array<char, longestStat> text; // NOLINT(cppcoreguidelines-pro-type-member-init): filled by read
@@ -104,7 +113,7 @@ std::optional<ProcessStat> ProcessFiles::stat(Pid pid) const {
   return process;
 }
 
-std::vector<ProcessStat> ProcessFiles::scan() const {
+std::vector<ProcessStat> ProcKernel::scan() const {
   std::vector<ProcessStat> found;
   m_last = {{}, birthMark(), std::chrono::steady_clock::now()};
   const Descriptor folder(::openat(m_root.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -116,7 +125,7 @@ std::vector<ProcessStat> ProcessFiles::scan() const {
   return found;
 }
 
-std::vector<ProcessStat> ProcessFiles::recentScan() const {
+std::vector<ProcessStat> ProcKernel::recentScan() const {
   // Processes also end and change their sessions, so it must be one of the same pass, however slow.
   constexpr std::chrono::seconds oldest{5};
   const bool isRecent = std::chrono::steady_clock::now() - m_last.at < oldest;
@@ -126,27 +135,85 @@ std::vector<ProcessStat> ProcessFiles::recentScan() const {
   return scan();
 }
 
-std::vector<Pid> ProcessFiles::threads(Pid pid) const {
+std::vector<Pid> ProcKernel::threads(Pid pid) const {
   std::vector<Pid> found;
   const Descriptor folder = open(pid, "task", O_RDONLY | O_DIRECTORY);
   if (folder) forEachPid(folder.get(), [&](Pid tid) { found.push_back(tid); });
   return found;
 }
 
-bool ProcessFiles::isOwn(Pid pid) const {
+bool ProcKernel::isOwn(Pid pid) const {
   PathBuffer path;
   struct stat folder {};
   if (::fstatat(m_root.get(), pathOf(path, pid, ""), &folder, 0) != 0) return false;
   // The folder belongs to the process's user, but to root when the process hides its memory, as one does that
   // has another real user. So an ordinary user's own folder says all; otherwise only status does.
   if (m_user != 0 && folder.st_uid == m_user) return true;
-  const std::optional<std::string> status = read(pid, "status");
+  const std::optional<std::string> status = readOf(pid, "status");
   const std::size_t line = status ? status->find("\nUid:") : std::string::npos;
   if (line == std::string::npos) return false;
   unsigned real = 0;
   unsigned effective = 0;
   if (std::sscanf(status->c_str() + line, "\nUid: %u %u", &real, &effective) != 2) return false;
   return real == m_user && effective == m_user;
+}
+
+std::optional<Autogroup> ProcKernel::autogroup(Pid pid) const {
+  return readAutogroup(open(pid, "autogroup", O_RDONLY));
+}
+
+std::optional<Autogroup> ProcKernel::writableAutogroup(Pid pid) const {
+  // Opening for writing is the whole permission check: after it the kernel only asks for patience.
+  return readAutogroup(open(pid, "autogroup", O_RDWR));
+}
+
+SessionChange ProcKernel::setAutogroupNice(Pid pid, const Autogroup& expected, int nice) {
+  // The descriptor stays bound to that very process.
+  const Descriptor file = open(pid, "autogroup", O_RDWR);
+  const std::optional<Autogroup> group = readAutogroup(file);
+  if (!group || group->id != expected.id) return SessionChange::elsewhere;
+  if (group->nice != expected.nice) return SessionChange::chosen;
+  const std::string text = std::to_string(nice);
+  if (::write(file.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size())) {
+    return SessionChange::done;
+  }
+  return errno == EAGAIN ? SessionChange::later : SessionChange::refused;
+}
+
+std::string ProcKernel::placeOf(const std::string& path) const {
+  constexpr std::string_view proc = "/proc/";
+  constexpr std::string_view sys = "/sys/";
+  if (path.starts_with(proc)) return m_procRoot + path.substr(proc.size() - 1);
+  if (path.starts_with(sys)) return m_sysRoot + path.substr(sys.size() - 1);
+  return path;
+}
+
+std::optional<std::string> ProcKernel::read(const std::string& path) const {
+  return readKernelFile(placeOf(path));
+}
+
+bool ProcKernel::exists(const std::string& path) const { return ::access(placeOf(path).c_str(), F_OK) == 0; }
+
+std::optional<std::string> ProcKernel::link(const std::string& path) const {
+  std::array<char, 256> target{};
+  const ssize_t got = ::readlink(placeOf(path).c_str(), target.data(), target.size() - 1);
+  if (got <= 0) return std::nullopt;
+  return std::string(target.data());
+}
+
+std::optional<std::vector<std::string>> ProcKernel::folders(const std::string& path) const {
+  std::vector<std::string> found;
+  std::error_code error;
+  for (std::filesystem::directory_iterator entry(placeOf(path), error), end; !error && entry != end;
+       entry.increment(error)) {
+    if (entry->is_directory(error)) found.push_back(entry->path().filename().string());
+  }
+  if (error) return std::nullopt;
+  return found;
+}
+
+void ProcKernel::sleep(std::chrono::steady_clock::duration duration) {
+  std::this_thread::sleep_for(duration);
 }
 
 } // namespace vantle

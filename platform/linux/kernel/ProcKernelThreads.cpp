@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/band/ThreadCalls.h"
+// The system calls on one thread that the C library does not offer, or offers for the caller only.
+#include "platform/linux/kernel/ProcKernel.h"
 
 #include <array>
 #include <cerrno>
@@ -11,7 +12,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-namespace vantle::threadCalls {
+namespace vantle {
 
 namespace {
 
@@ -19,35 +20,53 @@ namespace {
 // takes.
 constexpr int ioprioWhoProcess = 1;
 
+template <class Value> Answer<Value> noAnswer() {
+  Answer<Value> none;
+  none.isGone = errno == ESRCH;
+  return none;
+}
+
+Change outcome(long result) {
+  if (result == 0) return Change::done;
+  return errno == ESRCH ? Change::gone : Change::refused;
+}
+
 } // namespace
 
-std::optional<int> ioPriority(Pid tid) {
+Answer<int> ProcKernel::ioPriority(Pid tid) const {
   const long value = ::syscall(SYS_ioprio_get, ioprioWhoProcess, tid);
-  if (value < 0) return std::nullopt;
+  if (value < 0) return noAnswer<int>();
   return static_cast<int>(value);
 }
 
-bool setIoPriority(Pid tid, int priority) {
-  return ::syscall(SYS_ioprio_set, ioprioWhoProcess, tid, priority) == 0;
+Change ProcKernel::setIoPriority(Pid tid, int priority) {
+  return outcome(::syscall(SYS_ioprio_set, ioprioWhoProcess, tid, priority));
 }
 
-bool Scheduling::isRealTime() const {
-  return policy == SCHED_FIFO || policy == SCHED_RR || policy == SCHED_DEADLINE;
-}
-
-std::optional<Scheduling> scheduling(Pid tid) {
+Answer<Scheduling> ProcKernel::scheduling(Pid tid) const {
   const int value = ::sched_getscheduler(tid);
-  if (value < 0) return std::nullopt;
+  if (value < 0) return noAnswer<Scheduling>();
   return Scheduling{value & ~SCHED_RESET_ON_FORK, (value & SCHED_RESET_ON_FORK) != 0};
 }
 
-bool setScheduling(Pid tid, Scheduling scheduling) {
+Change ProcKernel::setScheduling(Pid tid, Scheduling scheduling) {
   const sched_param none{};
   const int flag = scheduling.resetsOnFork ? SCHED_RESET_ON_FORK : 0;
-  return ::sched_setscheduler(tid, scheduling.policy | flag, &none) == 0;
+  return outcome(::sched_setscheduler(tid, scheduling.policy | flag, &none));
 }
 
-bool mayLeaveIdleClass(Pid tid) {
+// The plain system calls: the library's types stop at 1,024 processors.
+std::optional<ProcessorSet> ProcKernel::affinity(Pid tid) const {
+  ProcessorSet set;
+  if (::syscall(SYS_sched_getaffinity, tid, set.bytes(), set.data()) <= 0) return std::nullopt;
+  return set;
+}
+
+Change ProcKernel::setAffinity(Pid tid, const ProcessorSet& processors) {
+  return outcome(::syscall(SYS_sched_setaffinity, tid, processors.bytes(), processors.data()));
+}
+
+bool ProcKernel::mayLeaveIdleClass(Pid tid) const {
   rlimit limit{};
   if (::prlimit(tid, RLIMIT_NICE, nullptr, &limit) != 0 || limit.rlim_cur == 0) return false;
   errno = 0;
@@ -56,7 +75,7 @@ bool mayLeaveIdleClass(Pid tid) {
   return static_cast<rlim_t>(20 - nice) <= limit.rlim_cur; // the kernel's own rule
 }
 
-bool hasNiceCapability() {
+bool ProcKernel::hasNiceCapability() const {
   __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
   std::array<__user_cap_data_struct, _LINUX_CAPABILITY_U32S_3> sets{};
   if (::syscall(SYS_capget, &header, sets.data()) != 0) return false;
@@ -68,4 +87,4 @@ bool hasNiceCapability() {
          std::string_view(target.data()) == "user:[4026531837]";
 }
 
-} // namespace vantle::threadCalls
+} // namespace vantle

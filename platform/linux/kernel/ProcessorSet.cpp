@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/band/ProcessorSet.h"
+#include "platform/linux/kernel/ProcessorSet.h"
 
 #include <bit>
 #include <charconv>
-#include <sys/syscall.h>
-#include <unistd.h>
 
 namespace vantle {
 
@@ -58,17 +56,6 @@ ProcessorSet ProcessorSet::everything() {
   ProcessorSet set;
   set.m_words.fill(~0UL);
   return set;
-}
-
-// The plain system calls: the library's types stop at 1,024 processors.
-std::optional<ProcessorSet> ProcessorSet::ofThread(Pid tid) {
-  ProcessorSet set;
-  if (::syscall(SYS_sched_getaffinity, tid, sizeof set.m_words, set.m_words.data()) <= 0) return std::nullopt;
-  return set;
-}
-
-bool ProcessorSet::applyTo(Pid tid) const {
-  return ::syscall(SYS_sched_setaffinity, tid, sizeof m_words, m_words.data()) == 0;
 }
 
 } // namespace vantle

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "engine/ports/Pid.h"
-
 #include <array>
 #include <cstddef>
 #include <optional>
@@ -27,8 +25,10 @@ class ProcessorSet {
   // Every bit set: what a thread that was never bound to anything has, as the kernel cuts it down itself.
   static ProcessorSet everything();
 
-  static std::optional<ProcessorSet> ofThread(Pid tid); // the active ones only
-  bool applyTo(Pid tid) const;
+  // For the system calls.
+  unsigned long* data() { return m_words.data(); }
+  const unsigned long* data() const { return m_words.data(); }
+  std::size_t bytes() const { return sizeof m_words; }
 
  private:
   static constexpr std::size_t bitsPerWord = sizeof(unsigned long) * 8;

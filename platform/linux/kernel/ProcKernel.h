@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/linux/Descriptor.h"
+#include "platform/linux/kernel/Kernel.h"
+
+#include <sys/types.h>
+
+namespace vantle {
+
+// The kernel that this program runs on. /proc is read through one descriptor and fixed buffers: a pass reads
+// hundreds of these files. Shared by the process table and the band, so that one look serves both.
+class ProcKernel final : public Kernel {
+ public:
+  explicit ProcKernel(std::string procRoot = "/proc", std::string sysRoot = "/sys");
+
+  Pid self() const override;
+  unsigned user() const override { return m_user; }
+  std::optional<ProcessStat> stat(Pid pid) const override;
+  std::vector<ProcessStat> scan() const override;
+  // As long as it is only moments old and nobody was born since; otherwise a new one.
+  std::vector<ProcessStat> recentScan() const override;
+  std::vector<Pid> threads(Pid pid) const override;
+  std::optional<std::string> controlGroups(Pid pid) const override { return readOf(pid, "cgroup"); }
+  bool isOwn(Pid pid) const override;
+  std::optional<Pid> birthMark() const override;
+
+  std::optional<Autogroup> autogroup(Pid pid) const override;
+  std::optional<Autogroup> writableAutogroup(Pid pid) const override;
+  SessionChange setAutogroupNice(Pid pid, const Autogroup& expected, int nice) override;
+
+  Answer<int> ioPriority(Pid tid) const override;
+  Change setIoPriority(Pid tid, int priority) override;
+  Answer<Scheduling> scheduling(Pid tid) const override;
+  Change setScheduling(Pid tid, Scheduling scheduling) override;
+  bool mayLeaveIdleClass(Pid tid) const override;
+  bool hasNiceCapability() const override;
+  std::optional<ProcessorSet> affinity(Pid tid) const override;
+  Change setAffinity(Pid tid, const ProcessorSet& processors) override;
+
+  std::optional<std::string> read(const std::string& path) const override;
+  bool exists(const std::string& path) const override;
+  std::optional<std::string> link(const std::string& path) const override;
+  std::optional<std::vector<std::string>> folders(const std::string& path) const override;
+
+  std::chrono::steady_clock::time_point now() const override { return std::chrono::steady_clock::now(); }
+  void sleep(std::chrono::steady_clock::duration duration) override;
+
+  // For the process table, which reads more than the band does.
+  std::optional<std::string> readOf(Pid pid, const char* file) const;
+  int folder() const { return m_root.get(); } // for calls that take one
+
+ private:
+  struct LastScan {
+    std::vector<ProcessStat> processes;
+    std::optional<Pid> births; // before it
+    std::chrono::steady_clock::time_point at;
+  };
+
+  Descriptor open(Pid pid, const char* file, int flags) const;
+  std::string placeOf(const std::string& path) const; // below the roots that were given
+
+  std::string m_procRoot;
+  std::string m_sysRoot;
+  Descriptor m_root;
+  Descriptor m_load;
+  uid_t m_user;
+  mutable LastScan m_last;
+};
+
+} // namespace vantle
