@@ -16,7 +16,7 @@ struct InstalledApplication {
   bool operator==(const InstalledApplication&) const = default;
 };
 
-// The apps that a person can choose from.
+// The apps that a person can choose from. Those of the system itself are none (systemBundleIDs).
 class ApplicationCatalog {
  public:
   virtual ~ApplicationCatalog() = default;
@@ -28,7 +28,7 @@ class ApplicationCatalog {
   virtual std::optional<InstalledApplication> applicationForKey(const std::string& key) const = 0;
 
   // The app behind a bundle or desktop file that the person picked anywhere on the disk. Absent when the file
-  // is none.
+  // is none, or of an app that cannot be chosen.
   virtual std::optional<InstalledApplication> applicationAt(const std::string& path) const = 0;
 };
 

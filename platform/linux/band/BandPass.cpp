@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/band/BandPass.h"
 
-#include "platform/linux/band/SystemParts.h"
+#include "platform/linux/programs/DesktopPrograms.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/band/UnitPass.h"
 
-#include "platform/linux/band/SystemParts.h"
 #include "platform/linux/band/TaskGroups.h"
+#include "platform/linux/programs/DesktopPrograms.h"
 
 #include <algorithm>
 #include <cctype>

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/catalog/DesktopCatalog.h"
 
+#include "engine/Protection.h"
 #include "platform/linux/workspace/IdentifierMap.h"
 
 #include <filesystem>
@@ -21,8 +22,13 @@ std::string iconOf(const DesktopEntry& entry) {
   return icon;
 }
 
+// Apps of the system itself are on no list: they are left alone anyway, and boost nothing.
+bool canBeChosen(const InstalledApplication& application) {
+  return !systemBundleIDs().contains(application.key);
+}
+
 InstalledApplication described(const DesktopEntry& entry) {
-  std::string key = bundleIdentifierOf(entry.id);
+  std::string key = bundleIdentifierOf(entry);
   std::string name = entry.name.empty() ? key : entry.name;
   return {std::move(key), std::move(name), iconOf(entry), entry.path};
 }
@@ -35,6 +41,7 @@ std::vector<InstalledApplication> DesktopCatalog::installedApplications() const 
   for (const DesktopEntry& entry : m_entries.all()) {
     if (entry.isHidden) continue;
     InstalledApplication application = described(entry);
+    if (!canBeChosen(application)) continue;
     if (keys.insert(application.key).second) applications.push_back(std::move(application));
   }
   return applications;
@@ -43,7 +50,7 @@ std::vector<InstalledApplication> DesktopCatalog::installedApplications() const 
 std::optional<InstalledApplication> DesktopCatalog::applicationForKey(const std::string& key) const {
   const DesktopEntry* hidden = nullptr;
   for (const DesktopEntry& entry : m_entries.all()) {
-    if (bundleIdentifierOf(entry.id) != key) continue;
+    if (bundleIdentifierOf(entry) != key) continue;
     if (!entry.isHidden) return described(entry);
     hidden = &entry;
   }
@@ -53,12 +60,16 @@ std::optional<InstalledApplication> DesktopCatalog::applicationForKey(const std:
 std::optional<InstalledApplication> DesktopCatalog::applicationAt(const std::string& path) const {
   const std::filesystem::path file(path);
   if (file.extension() != ".desktop") return std::nullopt;
+  std::optional<InstalledApplication> application;
   // One of the installed files goes by its full id, which holds the folders above it.
   for (const DesktopEntry& entry : m_entries.all()) {
-    if (entry.path == path) return described(entry);
+    if (entry.path == path) application = described(entry);
   }
-  const std::optional<DesktopEntry> entry = readDesktopEntry(path, file.stem().string());
-  return entry ? std::optional(described(*entry)) : std::nullopt;
+  if (!application) {
+    const std::optional<DesktopEntry> entry = readDesktopEntry(path, file.stem().string());
+    if (entry) application = described(*entry);
+  }
+  return application && canBeChosen(*application) ? application : std::nullopt;
 }
 
 } // namespace vantle

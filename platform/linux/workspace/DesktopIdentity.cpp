@@ -161,12 +161,12 @@ const DesktopEntry* findEntry(const AppEvidence& evidence, Entries entries) {
 
 AppIdentity identityOf(const AppEvidence& evidence, const DesktopEntry* entry) {
   AppIdentity identity;
+  identity.bundleIdentifier = bundleIdentifierOf(evidence, entry);
   if (entry == nullptr) {
     identity.localizedName = ownName(evidence);
     identity.executablePath = unlessEmpty(cleanUtf8(evidence.executable));
     return identity;
   }
-  identity.bundleIdentifier = bundleIdentifierOf(entry->id);
   identity.localizedName = entry->name.empty() ? ownName(evidence) : entry->name;
   identity.bundlePath = cleanUtf8(entry->path);
   identity.executablePath = unlessEmpty(cleanUtf8(entry->executable));

@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/workspace/IdentifierMap.h"
 
+#include "platform/linux/programs/DesktopPrograms.h"
+
 #include <algorithm>
 #include <array>
+#include <initializer_list>
+#include <string_view>
 #include <utility>
 
 namespace vantle {
@@ -30,12 +34,33 @@ constexpr std::array editions{
     Edition{"com.codeweavers.crossover", "com.codeweavers.CrossOver"},
 };
 
-} // namespace
-
-std::string bundleIdentifierOf(std::string_view desktopId) {
+std::string editionOf(std::string_view desktopId) {
   const auto* const found = std::find_if(editions.begin(), editions.end(),
                                          [&](const Edition& edition) { return edition.first == desktopId; });
   return std::string(found == editions.end() ? desktopId : found->second);
+}
+
+std::optional<std::string_view> systemIdentifierOfAny(std::initializer_list<std::string_view> paths) {
+  for (const std::string_view path : paths) {
+    const auto identifier = systemIdentifierOfProgram(path.substr(path.rfind('/') + 1));
+    if (identifier) return identifier;
+  }
+  return {};
+}
+
+} // namespace
+
+std::string bundleIdentifierOf(const DesktopEntry& entry) {
+  if (const auto identifier = systemIdentifierOfDesktopId(entry.id)) return std::string(*identifier);
+  if (const auto identifier = systemIdentifierOfAny({entry.executable, entry.realPath}))
+    return std::string(*identifier);
+  return editionOf(entry.id);
+}
+
+std::optional<std::string> bundleIdentifierOf(const AppEvidence& evidence, const DesktopEntry* entry) {
+  if (const auto identifier = systemIdentifierOfAny({evidence.program, evidence.executable}))
+    return std::string(*identifier);
+  return entry == nullptr ? std::nullopt : std::optional(bundleIdentifierOf(*entry));
 }
 
 } // namespace vantle

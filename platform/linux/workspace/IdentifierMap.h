@@ -1,14 +1,22 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "platform/linux/workspace/AppEvidence.h"
+#include "platform/linux/workspace/DesktopEntry.h"
+
+#include <optional>
 #include <string>
-#include <string_view>
 
 namespace vantle {
 
-// The bundle identifier of the app with this desktop-file id (without ".desktop"): the id itself, except for
-// the Linux editions of apps that the built-in lists know under another name ("com.spotify.Client" is
-// "com.spotify.client"), so that those lists mean the same apps everywhere.
-std::string bundleIdentifierOf(std::string_view desktopId);
+// The bundle identifier of the app with this desktop file: its id, except for what Vantle's own lists know
+// under another name, so that those lists mean the same apps everywhere. Such are the Linux editions of apps
+// ("com.spotify.Client" is "com.spotify.client") and the desktop's own file manager, settings and the like
+// ("org.gnome.Nautilus" is "com.apple.finder"), which are known by the program that the file starts as well.
+std::string bundleIdentifierOf(const DesktopEntry& entry);
+
+// The same for a process, of which the program that runs says more than the desktop file (null: there is
+// none).
+std::optional<std::string> bundleIdentifierOf(const AppEvidence& evidence, const DesktopEntry* entry);
 
 } // namespace vantle

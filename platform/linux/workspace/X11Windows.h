@@ -3,7 +3,7 @@
 
 #include "engine/ports/Pid.h"
 #include "platform/linux/Descriptor.h"
-#include "platform/linux/workspace/ShellComponents.h"
+#include "platform/linux/workspace/WindowKind.h"
 #include "platform/linux/workspace/X11Connection.h"
 #include "platform/shared/EventLoop.h"
 

@@ -2,6 +2,7 @@
 #include "platform/linux/workspace/X11Workspace.h"
 
 #include "platform/linux/process/ProcStat.h"
+#include "platform/linux/programs/DesktopPrograms.h"
 
 #include <algorithm>
 #include <array>

@@ -50,6 +50,16 @@ TEST_F(DesktopCatalogTest, EachKeyOnce) {
   EXPECT_THAT(keys(), testing::ElementsAre("com.spotify.client"));
 }
 
+TEST_F(DesktopCatalogTest, SystemAppsCannotBeChosenButAKeyStillFinds) {
+  const std::string path = install("org.gnome.Nautilus", "Name=Files\n");
+  install("org.example.Editor", "Name=Editor\n");
+  EXPECT_THAT(keys(), testing::ElementsAre("org.example.Editor"));
+  EXPECT_FALSE(catalog.applicationAt(path));
+  EXPECT_FALSE(catalog.applicationAt(write("elsewhere/thunar.desktop", "Name=Thunar\n")));
+  ASSERT_TRUE(catalog.applicationForKey("com.apple.finder"));
+  EXPECT_EQ(catalog.applicationForKey("com.apple.finder")->name, "Files");
+}
+
 TEST_F(DesktopCatalogTest, MenuHidesButAKeyStillFinds) {
   install("hidden", "Name=Helper\nNoDisplay=true\n");
   EXPECT_THAT(keys(), testing::IsEmpty());

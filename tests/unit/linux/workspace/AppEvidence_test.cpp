@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/workspace/AppEvidence.h"
 
-#include "platform/linux/workspace/ShellComponents.h"
+#include "platform/linux/workspace/WindowKind.h"
 #include "platform/linux/workspace/X11Windows.h"
 #include "tests/desktop/harness/Program.h"
 #include "tests/desktop/harness/TemporaryFolder.h"
@@ -124,20 +124,6 @@ TEST(WindowKind, FollowsTheFirstKnownType) {
   EXPECT_EQ(windowKindOf(Types{"DESKTOP", "NORMAL"}), WindowKind::shell);
   EXPECT_EQ(windowKindOf(Types{"NOTIFICATION"}), WindowKind::passing);
   EXPECT_EQ(windowKindOf(Types{"POPUP_MENU", "NORMAL"}), WindowKind::passing);
-}
-
-TEST(ShellComponent, IsKnownOnEveryDesktop) {
-  for (const char* name :
-       {"gnome-shell", "plasmashell", "xfce4-panel", "xfdesktop", "mate-panel", "lxqt-panel", "openbox",
-        "kwin_x11", "tint2", "polybar", "dunst", "polkit-gnome-authentication-agent-1",
-        "polkit-kde-authentication-agent-1", "lxpolkit", "xdg-desktop-portal", "xdg-desktop-portal-gtk",
-        "nm-applet", "gcr-prompter", "rofi"}) {
-    EXPECT_TRUE(isShellComponent(name)) << name;
-  }
-  for (const char* name : {"xterm", "mousepad", "firefox", "nautilus", "pcmanfm", "steam", "blueman-manager",
-                           "", "sgt-blackbox", "i3-game", "swayland"}) {
-    EXPECT_FALSE(isShellComponent(name)) << name;
-  }
 }
 
 TEST(WindowOwner, IsTheServersWordBeforeTheWindows) {

@@ -239,7 +239,62 @@ TEST(IdentifierMap, LinuxEditionsCarryTheNamesOfTheBuiltInLists) {
       {"Spotify", "Spotify"},
       {"", ""},
   };
-  for (const auto& [id, identifier] : cases) EXPECT_EQ(bundleIdentifierOf(id), identifier);
+  for (const auto& [id, identifier] : cases) EXPECT_EQ(bundleIdentifierOf(entry(id, {})), identifier);
+}
+
+// The whole way, as Debian installs and runs them: desktop file, program, identity.
+TEST(SystemApps, AreWhatTheyAreOnEveryDesktop) {
+  struct Case {
+    const char* id;
+    const char* program;
+    const char* identifier;
+  };
+  const std::vector<Case> cases{
+      {"org.gnome.Nautilus", "/usr/bin/nautilus", "com.apple.finder"},
+      {"org.kde.dolphin", "/usr/bin/dolphin", "com.apple.finder"},
+      {"thunar", "/usr/bin/thunar", "com.apple.finder"},
+      {"caja-browser", "/usr/bin/caja", "com.apple.finder"},
+      {"nemo", "/usr/bin/nemo", "com.apple.finder"},
+      {"pcmanfm", "/usr/bin/pcmanfm", "com.apple.finder"},
+      {"pcmanfm-qt", "/usr/bin/pcmanfm-qt", "com.apple.finder"},
+      {"org.gnome.Settings", "/usr/bin/gnome-control-center", "com.apple.controlcenter"},
+      {"gnome-wifi-panel", "/usr/bin/gnome-control-center", "com.apple.controlcenter"},
+      {"systemsettings", "/usr/bin/systemsettings", "com.apple.controlcenter"},
+      {"xfce-display-settings", "/usr/bin/xfce4-display-settings", "com.apple.controlcenter"},
+      {"matecc", "/usr/bin/mate-control-center", "com.apple.controlcenter"},
+      {"lxqt-config-monitor", "/usr/bin/lxqt-config-monitor", "com.apple.controlcenter"},
+      {"gnome-system-monitor", "/usr/bin/gnome-system-monitor", "com.apple.ActivityMonitor"},
+      {"org.kde.plasma-systemmonitor", "/usr/bin/plasma-systemmonitor", "com.apple.ActivityMonitor"},
+      {"net.nokyan.Resources", "/usr/bin/resources", "com.apple.ActivityMonitor"},
+      {"org.kde.plasmashell", "/usr/bin/plasmashell", "com.apple.systemuiserver"},
+      {"org.xfce.mousepad", "/usr/bin/mousepad", "org.xfce.mousepad"},
+  };
+  for (const Case& each : cases) {
+    const std::vector<DesktopEntry> menu{entry(each.id, each.program)};
+    const AppEvidence evidence = running(each.program);
+    EXPECT_EQ(identityOf(evidence, findEntry(evidence, menu)).bundleIdentifier, each.identifier) << each.id;
+    EXPECT_EQ(bundleIdentifierOf(menu.front()), each.identifier) << "the menu's " << each.id;
+  }
+}
+
+TEST(SystemApps, AreKnownInsideASandbox) {
+  const std::vector<DesktopEntry> menu{entry("org.gnome.Nautilus", "/usr/bin/flatpak", {"run"}),
+                                       entry("net.nokyan.Resources", "/usr/bin/flatpak", {"run"})};
+  AppEvidence evidence = running("/app/libexec/something");
+  evidence.sandboxId = "net.nokyan.Resources";
+  EXPECT_EQ(identityOf(evidence, findEntry(evidence, menu)).bundleIdentifier, "com.apple.ActivityMonitor");
+  EXPECT_EQ(identityOf(running("/app/bin/nautilus"), nullptr).bundleIdentifier, "com.apple.finder")
+      << "without its desktop file";
+}
+
+TEST(SystemApps, AreKnownByTheirScript) {
+  AppEvidence evidence = running("/usr/bin/python3.11");
+  evidence.program = "/usr/share/cinnamon/cinnamon-settings/cinnamon-settings.py";
+  EXPECT_EQ(identityOf(evidence, nullptr).bundleIdentifier, "com.apple.controlcenter");
+  evidence.program = "/usr/bin/cinnamon-settings";
+  EXPECT_EQ(identityOf(evidence, nullptr).bundleIdentifier, "com.apple.controlcenter");
+  evidence.program = "/usr/bin/lollypop.py";
+  EXPECT_EQ(identityOf(evidence, nullptr).bundleIdentifier, std::nullopt);
 }
 
 } // namespace

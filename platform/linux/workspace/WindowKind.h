@@ -3,7 +3,6 @@
 
 #include <span>
 #include <string>
-#include <string_view>
 
 namespace vantle {
 
@@ -17,9 +16,5 @@ enum class WindowKind {
 // The types in the order in which the window names them, without the common "_NET_WM_WINDOW_TYPE_" before
 // each; the first that is known counts. A window that names none is ordinary.
 WindowKind windowKindOf(std::span<const std::string> types);
-
-// Whether a program is a part of some desktop rather than an app: panels, docks, window managers, launchers,
-// notices, screen locks, polkit agents, portals and the like, by the name of its file.
-bool isShellComponent(std::string_view fileName);
 
 } // namespace vantle
