@@ -41,7 +41,7 @@ int recoverOnly(const XdgFolders& folders) {
   const std::unique_ptr<LinuxMachine> linuxMachine = LinuxMachine::forDesktop(folders, loop);
   const Machine machine = linuxMachine->machine();
   Journal(machine.files).restoreAllAndClear(machine.processes, machine.band);
-  machine.band.reclaim();
+  machine.band.reclaim(nullptr);
   machine.band.settle(longestSettling);
   std::fputs("vantle: there is no desktop session here (neither DISPLAY nor WAYLAND_DISPLAY is set).\n",
              stderr);

@@ -207,9 +207,11 @@ class Demo {
   // The three that use most, by this program's own count.
   void checkNotice(const std::string& shown) {
     std::vector<std::pair<std::uint64_t, std::string>> apps;
-    const ProcessSnapshot snapshot(m_processes);
+    std::set<Pid> roots;
+    for (const Stage::App& app : m_stage.apps()) roots.insert(app.pid());
+    const AppTrees trees(m_processes, {.apps = roots, .self = ::getpid(), .members = {}});
     for (const Stage::App& app : m_stage.apps())
-      apps.emplace_back(appFootprint(m_processes, snapshot, app.pid()), app.name);
+      apps.emplace_back(appFootprint(m_processes, trees, app.pid()), app.name);
     std::sort(apps.rbegin(), apps.rend());
     m_report.say("it says: " + shown.substr(0, shown.find('\n')));
     const bool isWarning = shown.starts_with("Vantle|Memory is running low|Using the most memory: ");

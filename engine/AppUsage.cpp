@@ -41,9 +41,9 @@ std::uint64_t footprint(const ProcessTable& processes, Pid pid) {
   return processes.footprint(pid).value_or(0);
 }
 
-std::uint64_t appFootprint(const ProcessTable& processes, const ProcessSnapshot& snapshot, Pid root) {
+std::uint64_t appFootprint(const ProcessTable& processes, const AppTrees& trees, Pid app) {
   std::uint64_t sum = 0;
-  for (const Pid pid : snapshot.processTree(root)) {
+  for (const Pid pid : trees.processesOf(app)) {
     const std::uint64_t bytes = footprint(processes, pid);
     invariant(bytes <= std::numeric_limits<std::uint64_t>::max() - sum, "memory sum overflows");
     sum += bytes;
@@ -51,13 +51,11 @@ std::uint64_t appFootprint(const ProcessTable& processes, const ProcessSnapshot&
   return sum;
 }
 
-std::vector<AppUsage> usageList(const ProcessTable& processes, const std::map<Pid, ManagedApp>& managed) {
+std::vector<AppUsage> usageList(const ProcessTable& processes, const AppTrees& trees,
+                                const std::map<Pid, ManagedApp>& managed) {
   std::vector<AppUsage> rows;
-  if (managed.empty()) return rows;
-  const ProcessSnapshot snapshot(processes);
   rows.reserve(managed.size());
-  for (const auto& [pid, app] : managed)
-    rows.push_back({pid, app.name, appFootprint(processes, snapshot, pid)});
+  for (const auto& [pid, app] : managed) rows.push_back({pid, app.name, appFootprint(processes, trees, pid)});
   std::stable_sort(rows.begin(), rows.end(),
                    [](const AppUsage& left, const AppUsage& right) { return left.bytes > right.bytes; });
   return rows;

@@ -2,7 +2,7 @@
 #include "engine/Engine.h"
 
 #include "engine/GameDetection.h"
-#include "engine/Protection.h"
+#include "engine/ProcessQueries.h"
 
 #include <algorithm>
 #include <utility>
@@ -13,15 +13,24 @@ namespace {
 
 bool hasPid(const AppRef& app, Pid pid) { return app && app->processIdentifier() == pid; }
 
+// Slowing down what this program was started from would slow down what it stands in.
+bool ownsThisProgram(Pid app, const AppTrees& trees) {
+  const std::vector<Pid>& owned = trees.processesOf(app);
+  return std::any_of(owned.begin(), owned.end(), [&](Pid one) { return trees.isOwnChain(one); });
+}
+
 } // namespace
 
 Engine::Engine(Machine machine, AppSettings& appSettings)
     : profile(gamingProfile(appSettings, machine.processes, machine.text)), settings(appSettings),
-      m_machine(machine), m_journal(machine.files), m_selfPID(machine.host.selfPID()) {
+      m_machine(machine), m_backgrounder(machine),
+      m_memory(machine, appSettings, m_backgrounder,
+               {.isRunning = [this] { return activeGame.get() != nullptr; },
+                .isPartOfIt = [this](const RunningApplication& app) { return isPartOfBoost(app); }}),
+      m_selfPID(machine.host.selfPID()) {
   automatic.assign(storedBool(m_machine.defaults, defaultsKey::automatic, true));
   // Nothing may be slowed down before everything that an earlier run left has been put back.
-  m_journal.restoreAllAndClear(m_machine.processes, m_machine.band);
-  m_machine.band.reclaim();
+  m_backgrounder.recover();
 
   Workspace& workspace = m_machine.workspace;
   m_observers.push_back(
@@ -30,7 +39,7 @@ Engine::Engine(Machine machine, AppSettings& appSettings)
       workspace.observe(WorkspaceEvent::launched, [this](const AppRef& app) { appLaunched(app); }));
   m_observers.push_back(
       workspace.observe(WorkspaceEvent::terminated, [this](const AppRef& app) { appTerminated(app); }));
-  startPressureMonitor();
+  m_memory.startPressureMonitor();
   m_machine.notifications.requestAuthorization();
   if (const AppRef front = workspace.frontmostApplication()) frontmostChanged(front);
 }
@@ -51,32 +60,95 @@ void Engine::frontmostChanged(const AppRef& app) {
   }
 }
 
-void Engine::adoptBoostApp(const AppRef& game, const ProcessSnapshot& snapshot) {
-  const Pid pid = game->processIdentifier();
+Pid Engine::boostApp() const { return activeGame.get() ? activeGame.get()->processIdentifier() : 0; }
+
+void Engine::adoptBoostApp(const AppRef& game) {
   activeGame.assign(game);
-  m_gameAncestors = ancestorPIDs(m_machine.processes, pid);
-  const std::set<Pid> everyApp = this->everyApp();
-  m_machine.band.prepareBoostApp(pid, snapshot.processTree(pid, everyApp), everyApp);
+  m_gameAncestors = ancestorPIDs(m_machine.processes, boostApp());
+  m_backgrounder.note(boostApp(), Verdict::boostApp);
+  m_backgrounder.makeRoomFor(boostApp());
 }
 
 void Engine::startBoost(const AppRef& game) {
-  const ProcessSnapshot snapshot(m_machine.processes);
-  adoptBoostApp(game, snapshot);
+  adoptBoostApp(game);
   m_foregroundException = nullptr;
-  const std::set<Pid> shielded = shieldedPIDs(m_machine.audio, m_machine.power);
-  manage(m_machine.workspace.runningApplications(), shielded, snapshot);
+  // Probes and moves take their time: what is running is looked at after them.
+  const ShieldedPIDs shielded = shieldedPIDs(m_machine.audio, m_machine.power);
+  manage(m_machine.workspace.runningApplications(), shielded);
   refreshManagedNames();
+}
+
+Verdict Engine::shouldManage(const RunningApplication& app, const ShieldedPIDs& shielded,
+                             const AppTrees& trees) const {
+  const Pid pid = app.processIdentifier();
+  AppFacts facts;
+  const auto decides = [&facts](bool AppFacts::*fact, bool holds) {
+    facts.*fact = holds;
+    return holds;
+  };
+  std::optional<std::string> bundleID;
+  if (decides(&AppFacts::noBoost, !activeGame.get()) ||
+      decides(&AppFacts::isNotRegular, app.activationPolicy() != ActivationPolicy::regular) ||
+      decides(&AppFacts::hasEnded, app.isTerminated()) ||
+      decides(&AppFacts::isOwnProcess, ownsThisProgram(pid, trees)) ||
+      decides(&AppFacts::isSlowed, m_backgrounder.isManaged(pid)) ||
+      decides(&AppFacts::isInFront, hasPid(m_foregroundException, pid)) ||
+      decides(&AppFacts::isProtectedByPerson,
+              isProtectedByPerson(settings, bundleID = app.bundleIdentifier())) ||
+      decides(&AppFacts::isSystemApp, isSystemApp(bundleID)) ||
+      decides(&AppFacts::isBoostApp, profile.isTrigger(app))) {
+    return judge(facts);
+  }
+  // Any process of the app counts, an app that it started included: a launcher may be a child of its app, and
+  // so may the one that is heard.
+  std::vector<Pid> processes = processTree(trees, pid);
+  const std::vector<Pid>& owned = trees.processesOf(pid);
+  processes.insert(processes.end(), owned.begin(), owned.end());
+  const auto anyIn = [&processes](const std::set<Pid>& pids) {
+    return std::any_of(processes.begin(), processes.end(), [&](Pid one) { return pids.contains(one); });
+  };
+  facts.isLauncher =
+      anyIn(m_gameAncestors) || trees.isPartOf(pid, trees.clientsAmong(m_gameAncestors, boostApp()));
+  facts.isHeard = anyIn(shielded.heard);
+  facts.keepsAwake = anyIn(shielded.keepsAwake);
+  return judge(facts);
+}
+
+AppTrees Engine::manage(std::span<const AppRef> apps, const ShieldedPIDs& shielded) {
+  return m_backgrounder.manage(apps, boostApp(), [&](const RunningApplication& app, const AppTrees& trees) {
+    return shouldManage(app, shielded, trees);
+  });
+}
+
+AppTrees Engine::manage(const AppRef& app) {
+  const ShieldedPIDs shielded = shieldedPIDs(m_machine.audio, m_machine.power);
+  std::vector<AppRef> apps{app};
+  // Those that could not be slowed beside this one get another try together with it.
+  for (const Pid pid : m_backgrounder.givenUp()) {
+    const AppRef other = m_machine.workspace.runningApplication(pid);
+    if (other && !hasPid(app, pid)) apps.push_back(other);
+  }
+  return manage(apps, shielded);
+}
+
+bool Engine::isPartOfBoost(const RunningApplication& app) const {
+  const Pid pid = app.processIdentifier();
+  if (profile.isTrigger(app) || pid == boostApp() || m_gameAncestors.contains(pid)) return true;
+  const AppTrees trees = m_backgrounder.look();
+  return trees.isPartOf(pid, trees.clientsAmong(m_gameAncestors, boostApp()));
 }
 
 void Engine::frontChangedWhileBoosting(const AppRef& app) {
   // The app that leaves the front goes back first: what takes its place must not be slowed with it.
+  std::optional<AppTrees> trees;
   if (m_foregroundException && !hasPid(m_foregroundException, app->processIdentifier())) {
     const AppRef previous = std::exchange(m_foregroundException, nullptr);
-    if (!previous->isTerminated()) manage(previous);
+    if (!previous->isTerminated()) trees = manage(previous);
   }
-  const Pid pid = app->processIdentifier();
-  if (!restoreIfManaged(pid)) m_machine.band.releaseInherited(pid, everyApp());
-  m_foregroundException = profile.isTrigger(*app) ? nullptr : app;
+  const bool isBoostApp = profile.isTrigger(*app);
+  m_backgrounder.restore(app->processIdentifier(), boostApp(), std::move(trees));
+  m_backgrounder.note(app->processIdentifier(), isBoostApp ? Verdict::boostApp : Verdict::inFront);
+  m_foregroundException = isBoostApp ? nullptr : app;
   refreshManagedNames();
 }
 
@@ -88,7 +160,8 @@ void Engine::appLaunched(const AppRef& app) {
 
 void Engine::appTerminated(const AppRef& app) {
   const Pid pid = app->processIdentifier();
-  restoreIfManaged(pid);
+  m_backgrounder.restore(pid, boostApp());
+  m_backgrounder.forget(pid);
   if (dismissedPID == pid) dismissedPID.reset();
   if (hasPid(m_foregroundException, pid)) m_foregroundException = nullptr;
   if (hasPid(activeGame.get(), pid)) {
@@ -98,7 +171,7 @@ void Engine::appTerminated(const AppRef& app) {
     });
     if (next != running.end()) {
       // The Boost goes on for the next Boost app; what is slowed stays so and is not examined again.
-      adoptBoostApp(*next, ProcessSnapshot(m_machine.processes));
+      adoptBoostApp(*next);
     } else {
       stopBoost();
     }
@@ -107,16 +180,24 @@ void Engine::appTerminated(const AppRef& app) {
 }
 
 void Engine::stopBoost() {
-  std::vector<ManagedApp> apps;
-  apps.reserve(m_managed.size());
-  for (auto& [pid, app] : m_managed) apps.push_back(std::move(app));
-  m_managed.clear();
-  restore(apps);
-  m_machine.band.reclaim();
+  m_backgrounder.restoreAll();
   activeGame.assign(nullptr);
   m_gameAncestors.clear();
   m_foregroundException = nullptr;
   refreshManagedNames();
+}
+
+std::vector<std::string> Engine::protectedInUse() {
+  const std::set<Pid> heard = audioPIDs(m_machine.audio);
+  std::vector<std::string> names;
+  for (const AppRef& app : m_machine.workspace.runningApplications()) {
+    if (!isProtectedByPerson(settings, app->bundleIdentifier())) continue;
+    std::optional<std::string> name = app->localizedName();
+    if (!name) continue;
+    if (heard.contains(app->processIdentifier())) *name += " \u00B7 playing audio";
+    names.push_back(std::move(*name));
+  }
+  return sortedByScalars(std::move(names));
 }
 
 void Engine::alwaysBoost() {
@@ -124,8 +205,7 @@ void Engine::alwaysBoost() {
   if (!app) return;
   const std::optional<std::string> key = appListKey(*app);
   if (!key) return;
-  const std::optional<std::string> bundleID = app->bundleIdentifier();
-  if (bundleID && systemBundleIDs().contains(*bundleID)) return;
+  if (isSystemApp(app->bundleIdentifier())) return;
 
   std::vector<std::string> games = settings.userGames.get();
   if (std::find(games.begin(), games.end(), *key) == games.end()) {
@@ -134,24 +214,20 @@ void Engine::alwaysBoost() {
     settings.defaults.set(defaultsKey::userGames, games);
   }
   dismissedPID.reset();
-  if (!activeGame.get()) startBoost(app);
+  if (!activeGame.get() && !app->isTerminated()) startBoost(app);
 }
 
 void Engine::recheckManaged() {
-  const std::vector<std::string>& list = settings.protectedApps.get();
-  const std::set<std::string> protectedKeys(list.begin(), list.end());
-  std::vector<ManagedApp> released;
-  for (auto entry = m_managed.begin(); entry != m_managed.end();) {
-    const AppRef app = m_machine.workspace.runningApplication(entry->first);
-    const std::optional<std::string>& bundleID = entry->second.bundleID;
-    if ((bundleID && protectedKeys.contains(*bundleID)) || (app && profile.isTrigger(*app))) {
-      released.push_back(std::move(entry->second));
-      entry = m_managed.erase(entry);
-    } else {
-      ++entry;
-    }
+  std::vector<Pid> released;
+  for (const auto& [pid, managedApp] : m_backgrounder.managed()) {
+    const AppRef app = m_machine.workspace.runningApplication(pid);
+    const bool isBoostApp = app && profile.isTrigger(*app);
+    const bool isProtected = isProtectedByPerson(settings, managedApp.bundleID);
+    if (!isProtected && !isBoostApp) continue;
+    released.push_back(pid);
+    m_backgrounder.note(pid, isProtected ? Verdict::protectedByPerson : Verdict::boostApp);
   }
-  restore(released);
+  for (const Pid pid : released) m_backgrounder.restore(pid, boostApp());
   refreshManagedNames();
 }
 
@@ -159,8 +235,8 @@ AppRef Engine::runningApplication(Pid pid) const { return m_machine.workspace.ru
 
 void Engine::refreshManagedNames() {
   std::vector<std::string> names;
-  names.reserve(m_managed.size());
-  for (const auto& [pid, app] : m_managed) names.push_back(app.name);
+  names.reserve(managed().size());
+  for (const auto& [pid, app] : managed()) names.push_back(app.name);
   managedNames.assign(sortedByScalars(std::move(names)));
 }
 

@@ -3,11 +3,10 @@
 
 #include "engine/AppSettings.h"
 #include "engine/AppUsage.h"
-#include "engine/Journal.h"
-#include "engine/ManagedApp.h"
-#include "engine/MemoryPressure.h"
-#include "engine/ProcessQueries.h"
+#include "engine/Backgrounder.h"
+#include "engine/MemoryWatch.h"
 #include "engine/Profile.h"
+#include "engine/Protection.h"
 #include "engine/Published.h"
 #include "engine/ports/Machine.h"
 
@@ -43,8 +42,10 @@ class Engine {
   const Profile profile;
   AppSettings& settings;
 
-  const std::map<Pid, ManagedApp>& managed() const { return m_managed; }
-  const Journal& journal() const { return m_journal; }
+  const std::map<Pid, ManagedApp>& managed() const { return m_backgrounder.managed(); }
+  // What the last look at each app during this Boost has decided, by the pid of its main process.
+  const std::map<Pid, AppVerdict>& verdicts() const { return m_backgrounder.verdicts(); }
+  const Journal& journal() const { return m_backgrounder.journal(); }
   Pid selfPID() const { return m_selfPID; }
 
   // A Boost app that the person turned off: it does not start a Boost by itself again until it quits.
@@ -53,7 +54,9 @@ class Engine {
   void setAutomatic(bool value);       // starts or stops nothing by itself
   void startBoost(const AppRef& game); // only while idle
   void stopBoost();
-  void alwaysBoost();    // adds the app last in front to the person's Boost list
+  // Adds the app last in front to the person's Boost list, and starts a Boost if it still runs: nothing would
+  // end one for an app that has ended.
+  void alwaysBoost();
   void recheckManaged(); // after the Boost list or the protected list changed
 
   // The workspace's events. Public so that the order of things can be tested call by call.
@@ -61,47 +64,37 @@ class Engine {
   void appLaunched(const AppRef& app);
   void appTerminated(const AppRef& app);
 
-  // Acts on one memory-pressure event: tells the person which apps in the background use most, or asks the
-  // apps to quit that the person marked. At most once in 300 seconds, only during a Boost.
-  void handleMemoryPressure(bool isCritical);
+  // As MemoryWatch.
+  void handleMemoryPressure(bool isCritical) { m_memory.handleMemoryPressure(isCritical); }
 
   // The person's protected apps that are running, by name, with a note on those that are heard.
   std::vector<std::string> protectedInUse();
-  std::vector<AppUsage> usageList() const;
-  MemoryPressure::Level currentPressureLevel() const;
-  std::uint64_t ownFootprint() const;
+  std::vector<AppUsage> usageList() const { return m_memory.usageList(); }
+  MemoryPressure::Level currentPressureLevel() const { return m_memory.currentPressureLevel(); }
+  std::uint64_t ownFootprint() const { return m_memory.ownFootprint(); }
   AppRef runningApplication(Pid pid) const; // null when there is none
 
  private:
-  // Puts apps into the band: every app's processes are journalled before the first of them is changed. One
-  // snapshot and two writes of the journal serve all of them.
-  std::set<Pid> everyApp() const; // main processes of all running apps
-  void manage(std::span<const AppRef> apps, const std::set<Pid>& shielded, const ProcessSnapshot& snapshot);
-  void manage(const AppRef& app); // with fresh protection probes
-  // Takes apps out again, children born meanwhile included. The caller has taken them out of `m_managed`.
-  void restore(std::span<const ManagedApp> apps);
-  bool restoreIfManaged(Pid pid);
-  bool shouldManage(const RunningApplication& app, const std::set<Pid>& shielded,
-                    const ProcessSnapshot& snapshot) const;
+  AppTrees manage(std::span<const AppRef> apps, const ShieldedPIDs& shielded);
+  // An app that comes into the background, with fresh protection probes.
+  AppTrees manage(const AppRef& app);
+  Verdict shouldManage(const RunningApplication& app, const ShieldedPIDs& shielded,
+                       const AppTrees& trees) const;
+  bool isPartOfBoost(const RunningApplication& app) const;
 
   void frontChangedWhileBoosting(const AppRef& app);
-  void adoptBoostApp(const AppRef& game, const ProcessSnapshot& snapshot);
+  void adoptBoostApp(const AppRef& game);
+  Pid boostApp() const; // its main process; 0 when no Boost is running
   void refreshManagedNames();
   // Plain, case-sensitive string order: by Unicode scalar values after canonical normalisation.
   std::vector<std::string> sortedByScalars(std::vector<std::string> names) const;
-  void startPressureMonitor();
-  bool quitIfAllowed(RunningApplication& app, const std::set<std::string>& quittable,
-                     const std::set<std::string>& protectedKeys) const;
-  void postMemoryNotice(const std::string& title, const std::string& body);
 
   Machine m_machine;
-  Journal m_journal;
-  std::map<Pid, ManagedApp> m_managed; // by the pid of the main process
-  std::set<Pid> m_gameAncestors;       // the Boost app, its launcher and the chain above
-  AppRef m_foregroundException;        // in front during the Boost, and so at full speed for now
+  Backgrounder m_backgrounder;
+  MemoryWatch m_memory;
+  std::set<Pid> m_gameAncestors; // the Boost app, its launcher and the chain above
+  AppRef m_foregroundException;  // in front during the Boost, and so at full speed for now
   std::vector<std::unique_ptr<Registration>> m_observers;
-  std::unique_ptr<MemoryPressureEvents::Source> m_pressureSource;
-  std::optional<std::uint64_t> m_lastPressureNotice; // processMicros; absent until the first notice
   Pid m_selfPID;
 };
 

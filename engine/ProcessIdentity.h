@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "engine/ports/Pid.h"
+#include "engine/ports/ProcessTable.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -17,6 +17,10 @@ struct ProcessIdentity {
 
   bool operator==(const ProcessIdentity&) const = default;
 };
+
+inline ProcessIdentity identityOf(const ProcessRecord& record) {
+  return {record.pid, record.startSec, record.startUsec};
+}
 
 // Microseconds since the Unix epoch, to be compared with Clock::processMicros.
 std::uint64_t startMicros(const ProcessIdentity& identity);

@@ -28,49 +28,34 @@ std::uint64_t startMicros(const ProcessIdentity& identity) {
 std::optional<ProcessIdentity> readIdentity(const ProcessTable& table, Pid pid) {
   const std::optional<ProcessRecord> record = table.record(pid);
   if (!record) return std::nullopt;
-  return ProcessIdentity{pid, record->startSec, record->startUsec};
+  return identityOf(*record);
 }
 
 bool isSameLiveProcess(const ProcessTable& table, const ProcessIdentity& identity) {
   return readIdentity(table, identity.pid) == identity;
 }
 
-ProcessSnapshot::ProcessSnapshot(const ProcessTable& table) {
-  for (const ProcessRecord& record : table.scan()) {
-    invariant(record.pid >= 0 && record.parent >= 0, "negative pid in the process table");
-    if (record.pid >= firstAppPid) m_children[record.parent].push_back(record.pid);
-  }
-}
-
-const std::vector<Pid>& ProcessSnapshot::childPIDs(Pid pid) const {
-  static const std::vector<Pid> none;
-  const auto found = m_children.find(pid);
-  return found == m_children.end() ? none : found->second;
-}
-
-std::vector<Pid> ProcessSnapshot::processTree(Pid root) const { return processTree(root, {}); }
-
-std::vector<Pid> ProcessSnapshot::processTree(Pid root, const std::set<Pid>& others) const {
+std::vector<Pid> processTree(const ProcessView& view, Pid root) {
   std::vector<Pid> tree;
   std::vector<Pid> toVisit{root};
   std::unordered_set<Pid> visited;
   while (!toVisit.empty()) {
     const Pid pid = toVisit.back();
     toVisit.pop_back();
-    if (!visited.insert(pid).second || (pid != root && others.contains(pid))) continue;
+    if (!visited.insert(pid).second) continue;
     tree.push_back(pid);
-    const std::vector<Pid>& children = childPIDs(pid);
+    const std::vector<Pid>& children = view.childPIDs(pid);
     toVisit.insert(toVisit.end(), children.begin(), children.end());
   }
   return tree;
 }
 
 std::vector<Pid> childPIDs(const ProcessTable& table, Pid pid) {
-  return ProcessSnapshot(table).childPIDs(pid);
+  return ProcessView(table.scan(), {}).childPIDs(pid);
 }
 
 std::vector<Pid> processTree(const ProcessTable& table, Pid root) {
-  return ProcessSnapshot(table).processTree(root);
+  return processTree(ProcessView(table.scan(), {}), root);
 }
 
 std::set<Pid> ancestorPIDs(const ProcessTable& table, Pid pid) {

@@ -2,12 +2,11 @@
 #pragma once
 
 #include "engine/ProcessIdentity.h"
-#include "engine/ports/ProcessTable.h"
+#include "engine/ports/ProcessView.h"
 
 #include <optional>
 #include <set>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
 namespace vantle {
@@ -20,25 +19,9 @@ std::optional<ProcessIdentity> readIdentity(const ProcessTable& table, Pid pid);
 // True while the recorded process itself still lives: same pid and same start time.
 bool isSameLiveProcess(const ProcessTable& table, const ProcessIdentity& identity);
 
-// One scan of the process table, arranged by parent. Building trees from it costs no further system call, so
-// one scan serves a whole pass over the running apps.
-class ProcessSnapshot {
- public:
-  explicit ProcessSnapshot(const ProcessTable& table);
-
-  // The direct children in the order in which the platform lists them, never 0 or 1.
-  const std::vector<Pid>& childPIDs(Pid pid) const;
-
-  // The root, then all its descendants, each once, depth first from a stack: of two siblings the one listed
-  // later comes first. The root is always there, even when it no longer exists.
-  std::vector<Pid> processTree(Pid root) const;
-
-  // The same without what belongs to others: below the root, the walk stops at each of these.
-  std::vector<Pid> processTree(Pid root, const std::set<Pid>& others) const;
-
- private:
-  std::unordered_map<Pid, std::vector<Pid>> m_children;
-};
+// The root, then all its descendants, each once, depth first from a stack: of two siblings the one listed
+// later comes first. The root is always there, even when it no longer exists.
+std::vector<Pid> processTree(const ProcessView& view, Pid root);
 
 // The same from a scan of their own.
 std::vector<Pid> childPIDs(const ProcessTable& table, Pid pid);

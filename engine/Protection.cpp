@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "engine/Protection.h"
 
+#include <algorithm>
+#include <utility>
+#include <vector>
+
 namespace vantle {
 
 const std::set<std::string>& systemBundleIDs() {
@@ -12,6 +16,15 @@ const std::set<std::string>& systemBundleIDs() {
                                                  "com.apple.ActivityMonitor",
                                                  "com.apple.loginwindow"};
   return identifiers;
+}
+
+bool isSystemApp(const std::optional<std::string>& bundleID) {
+  return bundleID && systemBundleIDs().contains(*bundleID);
+}
+
+bool isProtectedByPerson(const AppSettings& settings, const std::optional<std::string>& bundleID) {
+  const std::vector<std::string>& list = settings.protectedApps.get();
+  return bundleID && std::find(list.begin(), list.end(), *bundleID) != list.end();
 }
 
 std::set<Pid> audioPIDs(AudioActivity& audio) {
@@ -28,10 +41,9 @@ std::set<Pid> assertionPIDs(PowerAssertions& power) {
   return holders;
 }
 
-std::set<Pid> shieldedPIDs(AudioActivity& audio, PowerAssertions& power) {
-  std::set<Pid> shielded = audioPIDs(audio);
-  shielded.merge(assertionPIDs(power));
-  return shielded;
+ShieldedPIDs shieldedPIDs(AudioActivity& audio, PowerAssertions& power) {
+  std::set<Pid> heard = audioPIDs(audio);
+  return {std::move(heard), assertionPIDs(power)};
 }
 
 } // namespace vantle

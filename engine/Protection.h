@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "engine/AppSettings.h"
 #include "engine/ports/AudioActivity.h"
 #include "engine/ports/Pid.h"
 #include "engine/ports/PowerAssertions.h"
+#include "engine/ports/RunningApplication.h"
 
+#include <optional>
 #include <set>
 #include <string>
 
@@ -12,6 +15,17 @@ namespace vantle {
 
 // Apps of the system itself: never slowed down, never Boost apps, never quit.
 const std::set<std::string>& systemBundleIDs();
+bool isSystemApp(const std::optional<std::string>& bundleID);
+
+// Whether the person has put this identifier on the protected list.
+bool isProtectedByPerson(const AppSettings& settings, const std::optional<std::string>& bundleID);
+
+// Who must not be slowed because of what it is doing right now: a snapshot that protects only the decisions
+// made with it.
+struct ShieldedPIDs {
+  std::set<Pid> heard;      // with running audio output
+  std::set<Pid> keepsAwake; // keeping the system or the display awake on purpose
+};
 
 // The processes that are heard now; empty where the system cannot tell.
 std::set<Pid> audioPIDs(AudioActivity& audio);
@@ -19,7 +33,6 @@ std::set<Pid> audioPIDs(AudioActivity& audio);
 // The processes that keep the system or the display awake on purpose.
 std::set<Pid> assertionPIDs(PowerAssertions& power);
 
-// Both: a snapshot that protects only the decisions made with it.
-std::set<Pid> shieldedPIDs(AudioActivity& audio, PowerAssertions& power);
+ShieldedPIDs shieldedPIDs(AudioActivity& audio, PowerAssertions& power);
 
 } // namespace vantle

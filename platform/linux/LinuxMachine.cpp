@@ -38,6 +38,14 @@ std::vector<std::string> epochPaths(const XdgFolders& folders) {
   return paths;
 }
 
+// The other way round: what it remembers ends with the user manager, and so does the runtime folder.
+std::vector<std::string> ledgerPaths(const XdgFolders& folders) {
+  std::vector<std::string> paths;
+  if (folders.runtime) paths.push_back(*folders.runtime + "/" + applicationId + ".band.json");
+  paths.push_back(folders.data + "/Vantle/band.json");
+  return paths;
+}
+
 // The bus that the user's service manager is on; another session bus may stand beside it.
 std::string userBus(const XdgFolders& folders) {
   if (!folders.runtime || ::access((*folders.runtime + "/bus").c_str(), F_OK) != 0) return {};
@@ -86,7 +94,7 @@ std::unique_ptr<LinuxMachine> LinuxMachine::forDesktop(const XdgFolders& folders
       std::make_unique<LinuxBand>(loop, parts->files,
                                   BandParts{.kernel = parts->kernel,
                                             .manager = std::make_unique<UserManager>(loop, userBus(folders)),
-                                            .ledger = folders.data + "/Vantle/band.json"});
+                                            .ledgers = ledgerPaths(folders)});
   parts->systemBus = std::make_unique<BusConnection>(loop, BusConnection::Kind::system);
   parts->sessionBus = std::make_unique<BusConnection>(loop, BusConnection::Kind::session);
   parts->audio = std::make_unique<PulseAudioActivity>();

@@ -43,22 +43,16 @@ std::optional<bool> SimulatedBand::isInBackgroundBand(Pid pid) const {
   return process->band != BandState::normal;
 }
 
-void SimulatedBand::prepareBoostApp(Pid root, std::span<const Pid> /*tree*/,
-                                    const std::set<Pid>& /*everyApp*/) {
-  m_calls.change({.operation = Operation::prepareBoostApp, .pid = root}, [&] { m_preparedFor = root; });
+bool SimulatedBand::carriesOwnMark(Pid pid) const {
+  const SimulatedProcess* process = m_processes.find(pid);
+  return knowsItsOwnTraces && process != nullptr && process->band == BandState::byVantle;
 }
 
-void SimulatedBand::releaseInherited(Pid root, const std::set<Pid>& everyApp) {
-  if (!knowsItsOwnTraces) return;
-  for (const auto& [pid, known] : m_processes.all()) {
-    if (known.band != BandState::byVantle) continue;
-    const SimulatedProcess* owner = &known;
-    while (owner != nullptr && !everyApp.contains(owner->pid)) owner = m_processes.find(owner->parent);
-    if (owner != nullptr && owner->pid == root) m_processes.find(pid)->band = BandState::normal;
-  }
+void SimulatedBand::makeRoomFor(Pid boostApp, const std::function<const ProcessView&()>& /*look*/) {
+  m_calls.change({.operation = Operation::makeRoom, .pid = boostApp}, [&] { m_preparedFor = boostApp; });
 }
 
-void SimulatedBand::reclaim() {
+void SimulatedBand::reclaim(const ProcessView* /*recent*/) {
   m_calls.change({.operation = Operation::reclaimBand}, [this] {
     m_preparedFor.reset();
     if (!knowsItsOwnTraces) return;

@@ -6,9 +6,8 @@
 #include "platform/simulated/SimulatedProcesses.h"
 
 #include <chrono>
+#include <functional>
 #include <optional>
-#include <set>
-#include <span>
 
 namespace vantle {
 
@@ -18,12 +17,10 @@ class SimulatedBand final : public BackgroundBand {
   SimulatedBand(SimulatedCalls& calls, SimulatedProcesses& processes)
       : m_calls(calls), m_processes(processes) {}
 
-  using BackgroundBand::enterBackgroundBand; // the pass over several apps
-
   // Calls succeed and nothing happens: a machine on which backgrounding does not work.
   bool isEffective = true;
-  // Whether `reclaim` finds what inherited the band from this program, as a platform with a mark of its own
-  // on the processes can.
+  // Whether it can tell whom this program put into the band, and who inherited it from them, as a platform
+  // with a mark of its own on the processes can.
   bool knowsItsOwnTraces = false;
 
   // Somebody else's doing.
@@ -36,9 +33,9 @@ class SimulatedBand final : public BackgroundBand {
   bool enterBackgroundBand(Pid pid) override;
   bool leaveBackgroundBand(Pid pid) override;
   std::optional<bool> isInBackgroundBand(Pid pid) const override;
-  void prepareBoostApp(Pid root, std::span<const Pid> tree, const std::set<Pid>& everyApp) override;
-  void releaseInherited(Pid root, const std::set<Pid>& everyApp) override;
-  void reclaim() override;
+  bool carriesOwnMark(Pid pid) const override;
+  void makeRoomFor(Pid boostApp, const std::function<const ProcessView&()>& look) override;
+  void reclaim(const ProcessView* recent) override;
   bool settle(std::chrono::milliseconds limit) override;
 
  private:

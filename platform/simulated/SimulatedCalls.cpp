@@ -23,8 +23,8 @@ std::string_view name(Operation operation) {
     return "band.leave";
   case Operation::isInBand:
     return "band.isIn";
-  case Operation::prepareBoostApp:
-    return "band.prepare";
+  case Operation::makeRoom:
+    return "band.makeRoom";
   case Operation::reclaimBand:
     return "band.reclaim";
   case Operation::settleBand:
@@ -87,7 +87,7 @@ bool changesMachine(Operation operation) {
   switch (operation) {
   case Operation::enterBand:
   case Operation::leaveBand:
-  case Operation::prepareBoostApp:
+  case Operation::makeRoom:
   case Operation::reclaimBand:
   case Operation::terminateApp:
   case Operation::requestAuthorization:

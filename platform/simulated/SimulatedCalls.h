@@ -26,7 +26,7 @@ enum class Operation {
   enterBand,
   leaveBand,
   isInBand,
-  prepareBoostApp,
+  makeRoom,
   reclaimBand,
   settleBand,
   listApps,

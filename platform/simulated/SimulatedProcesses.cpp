@@ -15,7 +15,15 @@ constexpr int bandPriority = 39;
 
 ProcessRecord recordOf(const SimulatedProcess& process) {
   const ProcessIdentity identity = process.identity();
-  return {process.pid, process.parent, identity.startSec, identity.startUsec};
+  ProcessRecord record;
+  record.pid = process.pid;
+  record.parent = process.parent;
+  record.startSec = identity.startSec;
+  record.startUsec = identity.startUsec;
+  record.startTicks = process.startMicros;
+  record.session = process.session;
+  record.role = process.role;
+  return record;
 }
 
 } // namespace
@@ -63,6 +71,9 @@ Pid SimulatedProcesses::spawn(const ProcessSpec& spec) {
   process.footprint = spec.footprint;
   process.isBusy = spec.isBusy;
   process.band = parent->band;
+  process.session = spec.leadsSession ? pid : parent->session;
+  process.role = spec.role;
+  process.place = spec.place.empty() ? parent->place : spec.place;
   if (!m_lastStart.insert_or_assign(pid, process.startMicros).second) ++m_reusedPids;
   m_processes.emplace(pid, std::move(process));
   return pid;
@@ -123,6 +134,11 @@ std::optional<ProcessRecord> SimulatedProcesses::record(Pid pid) const {
   const SimulatedProcess* process = readable(Operation::readRecord, pid);
   if (process == nullptr) return std::nullopt;
   return recordOf(*process);
+}
+
+std::string SimulatedProcesses::place(Pid pid) const {
+  const SimulatedProcess* process = find(pid);
+  return process == nullptr ? std::string() : process->place;
 }
 
 std::vector<ProcessRecord> SimulatedProcesses::scan() const {

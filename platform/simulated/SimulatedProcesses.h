@@ -24,6 +24,9 @@ struct ProcessSpec {
   std::string executable = "/usr/bin/program";
   std::uint64_t footprint = 0; // bytes
   bool isBusy = false;         // uses all the CPU it gets
+  bool leadsSession = false;   // has a session of its own; otherwise its parent's
+  ProcessRole role = ProcessRole::program;
+  std::string place{};         // that the desktop made for its app; its parent's when empty
   std::optional<Pid> pid{};    // a particular free one; otherwise the next free one
 };
 
@@ -35,6 +38,9 @@ struct SimulatedProcess {
   std::uint64_t footprint = 0;
   std::uint64_t cpuTime = 0;
   BandState band = BandState::normal;
+  Pid session = 0;
+  ProcessRole role = ProcessRole::program;
+  std::string place;
   bool isBusy = false;
   bool isZombie = false; // ended, but its parent has not taken note: still listed, cannot be changed
 
@@ -71,6 +77,7 @@ class SimulatedProcesses final : public ProcessTable {
   void passTime(std::chrono::microseconds duration); // the busy processes use their share of it
 
   std::optional<ProcessRecord> record(Pid pid) const override;
+  std::string place(Pid pid) const override;
   std::vector<ProcessRecord> scan() const override;
   std::optional<std::string> executablePathBytes(Pid pid) const override;
   std::optional<std::uint64_t> footprint(Pid pid) const override;

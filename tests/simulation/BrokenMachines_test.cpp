@@ -41,16 +41,13 @@ template <class Port> struct Instead {
 class BandAround : public BackgroundBand {
  public:
   explicit BandAround(SimulatedMachine& machine) : m_machine(machine) {}
-  using BackgroundBand::enterBackgroundBand; // the pass over several apps
   bool enterBackgroundBand(Pid pid) override { return m_machine.band.enterBackgroundBand(pid); }
   bool leaveBackgroundBand(Pid pid) override { return m_machine.band.leaveBackgroundBand(pid); }
   std::optional<bool> isInBackgroundBand(Pid pid) const override {
     return m_machine.band.isInBackgroundBand(pid);
   }
-  void releaseInherited(Pid root, const std::set<Pid>& everyApp) override {
-    m_machine.band.releaseInherited(root, everyApp);
-  }
-  void reclaim() override { m_machine.band.reclaim(); }
+  bool carriesOwnMark(Pid pid) const override { return m_machine.band.carriesOwnMark(pid); }
+  void reclaim(const ProcessView* recent) override { m_machine.band.reclaim(recent); }
 
  protected:
   SimulatedMachine& m_machine;
@@ -110,7 +107,7 @@ TEST(BrokenMachines, anAppThatStaysAsItWasBornIsFound) {
   class ForgetfulBand final : public BandAround {
    public:
     using BandAround::BandAround;
-    void releaseInherited(Pid /*root*/, const std::set<Pid>& /*everyApp*/) override {}
+    bool carriesOwnMark(Pid /*pid*/) const override { return false; }
   };
   EXPECT_EQ((foundWith<BackgroundBand, ForgetfulBand>()), "slow although it is in front");
 }
@@ -147,7 +144,7 @@ TEST(BrokenMachines, aBandThatDoesNotLetGoIsFound) {
    public:
     using BandAround::BandAround;
     bool leaveBackgroundBand(Pid /*pid*/) override { return true; }
-    void reclaim() override {}
+    void reclaim(const ProcessView* /*recent*/) override {}
   };
   const std::string found = foundWith<BackgroundBand, StickyBand>();
   EXPECT_TRUE(found == "still slowed after the end of a Boost" || found == "still slowed after a start" ||
@@ -159,7 +156,6 @@ TEST(BrokenMachines, aBandThatTakesTheParentAlongIsFound) {
   class GreedyBand final : public BandAround {
    public:
     using BandAround::BandAround;
-    using BandAround::enterBackgroundBand;
     bool enterBackgroundBand(Pid pid) override {
       const SimulatedProcess* process = m_machine.processes.find(pid);
       if (process != nullptr && process->parent > 1) m_machine.band.enterBackgroundBand(process->parent);
@@ -175,7 +171,6 @@ TEST(BrokenMachines, aRefusalThatSlowsAllTheSameIsFound) {
   class LyingBand final : public BandAround {
    public:
     using BandAround::BandAround;
-    using BandAround::enterBackgroundBand;
     bool enterBackgroundBand(Pid pid) override {
       m_machine.band.enterBackgroundBand(pid);
       return false;

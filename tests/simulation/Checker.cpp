@@ -87,7 +87,8 @@ void Checker::checkEnter(const SimulatedProcess& process) {
 }
 
 void Checker::checkLeave(const SimulatedProcess& process) {
-  const bool isOurs = m_journalIsStale || m_onDisk.contains(process.identity());
+  const bool carriesOwnMark = m_machine.band.knowsItsOwnTraces && process.band == BandState::byVantle;
+  const bool isOurs = m_journalIsStale || carriesOwnMark || m_onDisk.contains(process.identity());
   if (!isOurs && !isMember(process) && !isSweepable(process))
     fail("a foreign process was touched", process.pid);
   m_entered.erase(process.identity());
@@ -101,12 +102,16 @@ bool Checker::isMember(const SimulatedProcess& process) const {
   });
 }
 
-// A child born while its app was slowed: found by its age below the same root.
+// A child born while its app was slowed: found by its age below the same root, or below what the root has
+// left behind.
 bool Checker::isSweepable(const SimulatedProcess& process) const {
   return std::any_of(m_managedBefore.begin(), m_managedBefore.end(), [&](const auto& entry) {
     const ManagedApp& app = entry.second;
+    const auto isAbove = [&](const ProcessIdentity& one) {
+      return m_machine.processes.lives(one) && isAtOrAbove(one.pid, process.pid);
+    };
     return m_machine.processes.lives(app.root) && process.startMicros >= app.changedAtMicros &&
-           isAtOrAbove(app.root.pid, process.pid);
+           (isAbove(app.root) || std::any_of(app.members.begin(), app.members.end(), isAbove));
   });
 }
 

@@ -29,7 +29,7 @@ class Traces : public EngineTest {
   Trace changes() {
     Trace lines;
     for (std::string& line : taken()) {
-      for (const char* kind : {"journal", "band.enter", "band.leave", "band.prepare", "band.reclaim"}) {
+      for (const char* kind : {"journal", "band.enter", "band.leave", "band.makeRoom", "band.reclaim"}) {
         if (line.starts_with(kind)) lines.push_back(line);
       }
     }
@@ -70,14 +70,13 @@ TEST_F(Traces, oneAppIsReadThenRecordedThenSlowed) {
   const SimulatedAppRef game = gameAt(200);
   startWithGameOnTheList();
   machine.activate(game);
-  EXPECT_THAT(taken(),
-              ElementsAre("processes.scan", // one look for the pass
-                          "processes.record 200", "workspace.list", "band.prepare 200",     // who is spared
-                          "audio.probe", "power.probe", "workspace.list", "workspace.list", // once
-                          "processes.record 100", "clock.read",    // root, then the moment
-                          "band.isIn 100", "processes.record 100", // its tree
-                          "band.isIn 101", "processes.record 101", //
-                          "journal 100 101", "band.enter 100", "band.enter 101"));
+  EXPECT_THAT(taken(), ElementsAre("processes.record 200", "band.makeRoom 200",    // who is spared
+                                   "audio.probe", "power.probe", "workspace.list", // once
+                                   "workspace.list", "processes.scan",   // one look for the pass, after them
+                                   "processes.record 100", "clock.read", // root, then the moment
+                                   "band.isIn 100", "processes.record 100", // its tree
+                                   "band.isIn 101", "processes.record 101", //
+                                   "journal 100 101", "band.enter 100", "band.enter 101"));
 }
 
 TEST_F(Traces, whatWasRefusedIsTakenOutOfTheJournalAfterAllCalls) {
@@ -88,7 +87,7 @@ TEST_F(Traces, whatWasRefusedIsTakenOutOfTheJournalAfterAllCalls) {
   machine.calls.refuse(Operation::enterBand, 101);
   startWithGameOnTheList();
   machine.activate(game);
-  EXPECT_THAT(changes(), ElementsAre("band.prepare 200", "journal 100 101 110", "band.enter 100",
+  EXPECT_THAT(changes(), ElementsAre("band.makeRoom 200", "journal 100 101 110", "band.enter 100",
                                      "band.enter 101", "band.enter 110", "journal 100 110"));
 }
 
@@ -103,7 +102,7 @@ TEST_F(Traces, aRestoreSweepsTheYoungThenPutsBackTheMembersThenForgets) {
   childAt(101, 102);
   taken();
   machine.quit(game);
-  EXPECT_THAT(taken(), ElementsAre("workspace.list", "processes.scan",
+  EXPECT_THAT(taken(), ElementsAre("workspace.list", "workspace.list", "processes.scan",
                                    "processes.record 100", // the root still lives
                                    "processes.record 100", // too old
                                    "processes.record 101", // too old
@@ -178,10 +177,11 @@ TEST_F(Traces, thePreviousExceptionGoesBackBeforeTheNewFrontAppIsRestored) {
   taken();
   machine.activate(notes);
   EXPECT_THAT(taken(),
-              ElementsAre("audio.probe", "power.probe", "processes.scan", "workspace.list", // fresh probes
+              ElementsAre("audio.probe", "power.probe", "workspace.list", "processes.scan", // fresh probes
                           "processes.record 100", "clock.read", "band.isIn 100", "processes.record 100",
-                          "journal 100 110", "band.enter 100", "processes.scan", "processes.record 110",
-                          "processes.record 110", "processes.record 110", "band.leave 110", "journal 100"));
+                          "journal 100 110", "band.enter 100", "workspace.list", "processes.scan",
+                          "processes.record 110", "processes.record 110", "processes.record 110",
+                          "band.leave 110", "journal 100"));
 }
 
 TEST_F(Traces, theNamesArePublishedAfterTheLastChange) {
@@ -192,12 +192,12 @@ TEST_F(Traces, theNamesArePublishedAfterTheLastChange) {
   Trace seen;
   const auto watching = engine->managedNames.observe([&] { seen = changes(); });
   machine.activate(game);
-  EXPECT_THAT(seen, ElementsAre("band.prepare 200", "journal 100", "band.enter 100"));
+  EXPECT_THAT(seen, ElementsAre("band.makeRoom 200", "journal 100", "band.enter 100"));
   machine.quit(mail);
-  EXPECT_THAT(seen, ElementsAre("journal empty"));
+  EXPECT_THAT(seen, ElementsAre("journal empty", "band.reclaim"));
 }
 
-TEST_F(Traces, aHandOverPreparesTheNewBoostAppAndTouchesNobody) {
+TEST_F(Traces, aHandOverMakesRoomForTheNewBoostAppAndTouchesNobody) {
   openAt(100, "Mail");
   const SimulatedAppRef game = gameAt(200);
   gameAt(210, "Chess");
@@ -205,7 +205,7 @@ TEST_F(Traces, aHandOverPreparesTheNewBoostAppAndTouchesNobody) {
   machine.activate(game);
   machine.calls.startTrace();
   machine.quit(game);
-  EXPECT_THAT(changes(), ElementsAre("band.prepare 210"));
+  EXPECT_THAT(changes(), ElementsAre("band.makeRoom 210"));
 }
 
 TEST_F(Traces, stoppingPutsEveryAppBackAndWritesTheJournalOnce) {

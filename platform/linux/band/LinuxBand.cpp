@@ -1,20 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/band/LinuxBand.h"
 
-#include "platform/linux/band/AppOwners.h"
-#include "platform/linux/band/BandPass.h"
+#include "platform/linux/band/EnteringPass.h"
 #include "platform/linux/band/UnitPass.h"
 #include "platform/linux/band/UserManager.h"
 #include "platform/linux/kernel/ProcKernel.h"
+#include "platform/linux/process/ProcessRecords.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace vantle {
 
 namespace {
-
-// The path stands for a neighbour of all apps, for when no app in front is known.
-std::string anyAppPath(const UnitWeights& units) { return units.appSlice() + "/-"; }
 
 std::string bootId(const Kernel& kernel) {
   const std::string text = kernel.read("/proc/sys/kernel/random/boot_id").value_or("");
@@ -32,8 +30,7 @@ LinuxBand::LinuxBand(EventLoop& loop, FileStore& files, BandParts parts)
       m_busLimit(parts.busLimit), m_threads(m_kernel), m_controlGroups(controlGroupMount(m_kernel)),
       m_sessions(loop, m_kernel),
       m_units(loop, files, m_kernel, managerOrNone(loop, std::move(parts.manager)),
-              {m_controlGroups, std::move(parts.ledger), bootId(m_kernel)}),
-      m_frontPath(anyAppPath(m_units)) {
+              {m_controlGroups, std::move(parts.ledgers), bootId(m_kernel)}) {
   m_sessions.onRaised([this](const std::vector<Pid>& members) {
     for (const Pid pid : members) m_threads.leave(pid, false);
   });
@@ -41,118 +38,193 @@ LinuxBand::LinuxBand(EventLoop& loop, FileStore& files, BandParts parts)
 
 LinuxBand::~LinuxBand() = default;
 
-bool LinuxBand::enterBackgroundBand(Pid pid) {
-  const BandGroup group{pid, {pid}, {pid}};
-  return enterBackgroundBand(std::span(&group, 1), {pid}).front().front();
+ProcessView LinuxBand::lookAt(Pid app) const {
+  const std::optional<Pid> births = m_kernel.birthMark();
+  std::vector<ProcessRecord> records;
+  for (const ProcessStat& process : m_kernel.scan()) {
+    if (process.isAlive()) records.push_back(recordOf(process));
+  }
+  ProcessView view(std::move(records), births);
+  std::vector<Pid> toVisit{app};
+  while (!toVisit.empty()) {
+    const Pid pid = toVisit.back();
+    toVisit.pop_back();
+    if (pid < 2 || view.appOf(pid) == app) continue;
+    view.assign(pid, app);
+    const std::vector<Pid>& children = view.childPIDs(pid);
+    toVisit.insert(toVisit.end(), children.begin(), children.end());
+  }
+  return view;
 }
 
-std::vector<std::vector<bool>> LinuxBand::enterBackgroundBand(std::span<const BandGroup> groups,
-                                                              const std::set<Pid>& everyApp) {
-  if (groups.empty()) return {};
+bool LinuxBand::enterBackgroundBand(Pid pid) {
+  const ProcessView view = lookAt(pid);
+  const BandApp app{pid, {pid}};
+  return enter({.view = view, .boostApp = 0, .apps = {&app, 1}, .slowed = {}}).front().front().entered();
+}
+
+std::vector<std::vector<BandAnswer>> LinuxBand::enter(const BandPass& pass) {
+  if (pass.apps.empty()) return {};
   m_threads.refresh();
-  TaskGroups taskGroups(m_kernel, m_controlGroups);
-  UnitPass units(m_units, m_kernel, m_frontPath, m_kernel.now() + m_busLimit);
-  BandPass pass({m_kernel, m_threads, m_sessions, taskGroups, m_units.isUsable() ? &units : nullptr, m_units},
-                groups, m_boostApp, everyApp);
-  std::vector<std::vector<bool>> entered = pass.run();
-  for (std::size_t at = 0; at < groups.size(); ++at) {
-    for (const ProcessStat& process : pass.companions()[at]) {
-      m_companions[groups[at].root].push_back({process.pid, process.startTicks});
+  return EnteringPass({m_kernel, m_threads, m_sessions, m_units, m_controlGroups, m_busLimit}, pass).run();
+}
+
+// What leaves together. The weight of a session or a unit is one for all that stand in it, so whoever is to
+// stay slowed there has to be told when one that leaves takes it back.
+class LinuxBand::LeavingTogether final : public Leaving {
+ public:
+  LeavingTogether(LinuxBand& band, const ProcessView& view) : m_band(band), m_view(view) {}
+
+  bool leave(Pid pid) override {
+    const ProcessRecord* process = m_view.find(pid);
+    if (process == nullptr) return m_band.leaveBackgroundBand(pid); // born since the look
+    m_left.insert(pid);
+    const std::optional<ThreadMark> mark = m_band.markOf(*process);
+    if (!mark) return true;
+    if (m_band.m_units.hasLowered()) noteUnit(pid);
+
+    // The session's weight goes back before the mark that remembers it.
+    auto session = SessionWeights::Outcome::done;
+    if (mark->sessionLowered) session = raiseSession(*process);
+    const bool out = m_band.m_threads.leave(pid, session != SessionWeights::Outcome::done);
+    return out && session != SessionWeights::Outcome::impossible;
+  }
+
+  std::vector<Pid> finish() override {
+    std::vector<Pid> raised;
+    for (const auto& [session, outcome] : m_sessions) {
+      for (const std::size_t place : m_view.session(session)) noteRaised(m_view.all()[place].pid, raised);
+    }
+    for (const auto& [path, leavers] : m_units) leaveUnit(path, leavers, raised);
+    return raised;
+  }
+
+ private:
+  SessionWeights::Outcome raiseSession(const ProcessRecord& process) {
+    const auto known = m_sessions.find(process.session);
+    if (known != m_sessions.end() && known->second == SessionWeights::Outcome::done) return known->second;
+    auto outcome = m_band.m_sessions.raise({process.pid});
+    if (outcome == SessionWeights::Outcome::impossible) outcome = m_band.m_sessions.raise(othersOf(process));
+    m_sessions[process.session] = outcome;
+    return outcome;
+  }
+
+  std::vector<Pid> othersOf(const ProcessRecord& process) const {
+    std::vector<Pid> pids;
+    for (const std::size_t place : m_view.session(process.session)) pids.push_back(m_view.all()[place].pid);
+    return pids;
+  }
+
+  void noteUnit(Pid pid) {
+    if (const auto unit = m_band.m_units.loweredUnitOf(m_band.m_kernel.unifiedPath(pid))) {
+      m_units[unit->path].push_back(pid);
     }
   }
-  return entered;
+
+  void noteRaised(Pid pid, std::vector<Pid>& raised) const {
+    if (!m_left.contains(pid) && m_band.carriesOwnMark(pid)) raised.push_back(pid);
+  }
+
+  // Those that leave are moved out of a unit in which others are to stay slowed; only when that is impossible
+  // the unit gets its weight back.
+  void leaveUnit(const std::string& path, const std::vector<Pid>& leavers, std::vector<Pid>& raised) {
+    std::vector<Pid> others;
+    bool allStaySlowed = true;
+    for (const Pid pid : m_band.m_units.processesIn(path).value_or(std::vector<Pid>{})) {
+      if (m_left.contains(pid)) continue;
+      const ProcessRecord* process = m_view.find(pid);
+      if (process == nullptr && !m_band.m_kernel.stat(pid)) continue; // gone
+      others.push_back(pid);
+      allStaySlowed = allStaySlowed && m_band.carriesOwnMark(pid);
+    }
+    if (!others.empty() && allStaySlowed && moveOut(leavers)) return;
+    m_band.m_units.raise(path);
+    for (const Pid pid : others) noteRaised(pid, raised);
+  }
+
+  bool moveOut(const std::vector<Pid>& leavers) {
+    std::unordered_map<Pid, std::vector<Pid>> byApp;
+    for (const Pid pid : leavers) byApp[m_view.appOf(pid)].push_back(pid);
+    const auto deadline = m_band.m_kernel.now() + m_band.m_busLimit / 2;
+    return std::all_of(byApp.begin(), byApp.end(), [&](const auto& entry) {
+      return entry.first != 0 && m_band.giveUnit(m_view, entry.first, entry.second, deadline);
+    });
+  }
+
+  LinuxBand& m_band;
+  const ProcessView& m_view;
+  std::set<Pid> m_left;
+  std::unordered_map<Pid, SessionWeights::Outcome> m_sessions; // whose weight was taken back
+  std::unordered_map<std::string, std::vector<Pid>> m_units;   // lowered ones, with those that leave them
+};
+
+std::unique_ptr<BackgroundBand::Leaving> LinuxBand::leaving(const ProcessView& view) {
+  return std::make_unique<LeavingTogether>(*this, view);
 }
 
 bool LinuxBand::leaveBackgroundBand(Pid pid) {
-  leaveCompanions(pid);
-  return leaveProcess(pid);
-}
-
-void LinuxBand::leaveCompanions(Pid root) {
-  const auto found = m_companions.find(root);
-  if (found == m_companions.end()) return;
-  const std::vector<Companion> companions = std::move(found->second);
-  m_companions.erase(found);
-  for (const Companion& companion : companions) {
-    const std::optional<ProcessStat> now = m_kernel.stat(companion.pid);
-    if (now && now->startTicks == companion.startTicks) leaveProcess(companion.pid);
-  }
-}
-
-bool LinuxBand::leaveProcess(Pid pid) {
   const std::optional<ProcessStat> process = m_kernel.stat(pid);
   if (!process || !process->isAlive() || process->isKernelThread() || !m_kernel.isOwn(pid)) return false;
-  const std::optional<ThreadMark> mark = markOf(*process);
-  if (!mark) return true;
+  return leaveProcess(recordOf(*process));
+}
 
-  if (m_units.hasLowered()) m_units.raise(m_kernel.unifiedPath(pid));
-  // The session's weight goes back before the mark that remembers it.
+// By itself, whoever shares its place.
+bool LinuxBand::leaveProcess(const ProcessRecord& process) {
+  const std::optional<ThreadMark> mark = markOf(process);
+  if (!mark) return true;
+  if (m_units.hasLowered()) m_units.raise(m_kernel.unifiedPath(process.pid));
   auto session = SessionWeights::Outcome::done;
-  if (mark->sessionLowered) session = m_sessions.raise({pid});
-  if (session == SessionWeights::Outcome::impossible) session = m_sessions.raise(sessionOf(*process));
-  const bool out = m_threads.leave(pid, session != SessionWeights::Outcome::done);
+  if (mark->sessionLowered) session = m_sessions.raise({process.pid});
+  if (session == SessionWeights::Outcome::impossible) {
+    std::vector<Pid> members;
+    for (const ProcessStat& other : m_kernel.scan()) {
+      if (other.session == process.session) members.push_back(other.pid);
+    }
+    session = m_sessions.raise(members);
+  }
+  const bool out = m_threads.leave(process.pid, session != SessionWeights::Outcome::done);
   return out && session != SessionWeights::Outcome::impossible;
 }
 
-std::optional<ThreadMark> LinuxBand::markOf(const ProcessStat& process) const {
+std::optional<ThreadMark> LinuxBand::markOf(const ProcessRecord& process) const {
   const std::optional<ThreadMark> mark = m_threads.mark(process.pid);
   return mark || process.threads <= 1 ? mark : m_threads.anyMark(process.pid);
 }
 
-std::vector<Pid> LinuxBand::sessionOf(const ProcessStat& process) const {
-  std::vector<Pid> members;
-  for (const ProcessStat& other : m_kernel.scan()) {
-    if (other.session == process.session) members.push_back(other.pid);
-  }
-  return members;
-}
-
-std::optional<bool> LinuxBand::isInBackgroundBand(Pid pid) const { return m_threads.isIn(pid); }
-
-void LinuxBand::prepareBoostApp(Pid root, std::span<const Pid> tree, const std::set<Pid>& everyApp) {
-  m_boostApp.assign(tree.begin(), tree.end());
-  m_boostApp.push_back(root);
-  m_frontPath = anyAppPath(m_units);
-  const std::optional<ProcessStat> app = m_kernel.stat(root);
-  if (!app || !m_units.isUsable()) return;
+void LinuxBand::makeRoomFor(Pid boostApp, const std::function<const ProcessView&()>& look) {
   // Weights are compared between neighbours only: an app in front that stands elsewhere would share its
   // processor with all of them together, however low each of them is.
-  if (!m_kernel.unifiedPath(root).starts_with(m_units.appSlice() + "/")) {
-    giveUnit(*app, m_boostApp, everyApp, m_kernel.now() + m_busLimit / 2);
+  if (!m_units.isUsable() || m_kernel.unifiedPath(boostApp).starts_with(m_units.appSlice() + "/")) return;
+  const ProcessView& view = look();
+  std::vector<Pid> processes;
+  for (const ProcessRecord& process : view.all()) {
+    if (view.appOf(process.pid) == boostApp) processes.push_back(process.pid);
   }
-  m_frontPath = m_kernel.unifiedPath(root);
-}
-
-void LinuxBand::releaseInherited(Pid root, const std::set<Pid>& everyApp) {
-  if (!m_threads.mark(root)) return; // as nearly always, and told by one call
-  const ProcessScan scan(m_kernel.scan());
-  for (const Pid pid : AppOwners(scan, everyApp).processesOf(root)) leaveProcess(pid);
+  giveUnit(view, boostApp, std::move(processes), m_kernel.now() + m_busLimit / 2);
 }
 
 void LinuxBand::placeAsApp(Pid pid) {
-  const std::optional<ProcessStat> app = m_kernel.stat(pid);
-  if (!app || !m_units.isUsable()) return;
-  giveUnit(*app, {pid}, {pid}, m_kernel.now() + m_busLimit);
+  if (!m_units.isUsable()) return;
+  giveUnit(lookAt(pid), pid, {pid}, m_kernel.now() + m_busLimit);
 }
 
-void LinuxBand::giveUnit(const ProcessStat& root, std::vector<Pid> tree, const std::set<Pid>& everyApp,
+bool LinuxBand::giveUnit(const ProcessView& view, Pid app, std::vector<Pid> processes,
                          UnitWeights::Deadline deadline) {
-  auto adoption = UnitPass::adoptionOf(m_units, m_kernel, root, std::move(tree), everyApp);
-  if (!adoption) return;
+  auto adoption = UnitPass::adoptionOf(m_units, m_kernel, view, app, std::move(processes));
+  if (!adoption) return false;
   std::vector<UnitWeights::Adoption> adoptions;
   adoptions.push_back(std::move(*adoption));
   m_units.adopt(adoptions, deadline);
+  return adoptions.front().succeeded;
 }
 
-void LinuxBand::reclaim() {
-  m_boostApp.clear();
-  m_frontPath = anyAppPath(m_units);
-  m_companions.clear();
+void LinuxBand::reclaim(const ProcessView* recent) {
   // Only a program that was killed leaves a process marked in part.
   const bool inPart = !std::exchange(m_hasReclaimed, true);
-  for (const ProcessStat& process : m_kernel.recentScan()) {
-    if (process.isKernelThread() || !process.isAlive()) continue;
-    if (inPart ? markOf(process) : m_threads.mark(process.pid)) leaveProcess(process.pid);
+  const ProcessView own = recent == nullptr ? lookAt(0) : ProcessView();
+  for (const ProcessRecord& process : (recent == nullptr ? own : *recent).all()) {
+    if (process.isKernelThread || !(inPart ? markOf(process) : m_threads.mark(process.pid))) continue;
+    leaveBackgroundBand(process.pid);
   }
   m_units.raiseAll();
 }

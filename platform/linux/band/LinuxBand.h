@@ -3,15 +3,12 @@
 
 #include "engine/ports/BackgroundBand.h"
 #include "engine/ports/FileStore.h"
-#include "platform/linux/band/ProcessScan.h"
 #include "platform/linux/band/SessionWeights.h"
-#include "platform/linux/band/TaskGroups.h"
 #include "platform/linux/band/ThreadLevers.h"
 #include "platform/linux/band/UnitWeights.h"
 #include "platform/shared/EventLoop.h"
 
 #include <chrono>
-#include <cstdint>
 #include <memory>
 #include <set>
 #include <string>
@@ -24,7 +21,8 @@ namespace vantle {
 struct BandParts {
   std::shared_ptr<Kernel> kernel = {};          // shared with the process table; null: this machine's, alone
   std::unique_ptr<ServiceManager> manager = {}; // null: there is none
-  std::string ledger = {}; // a file of the band's own beside the journal; empty: kept in memory
+  // Files of the band's own, in the order in which they are tried; none: kept in memory.
+  std::vector<std::string> ledgers = {};
   // How long one call may wait for that manager.
   std::chrono::milliseconds busLimit{200};
 };
@@ -39,31 +37,23 @@ class LinuxBand final : public BackgroundBand {
   // Gives a process that this program started the place that a desktop gives to an app.
   void placeAsApp(Pid pid);
 
-  using BackgroundBand::enterBackgroundBand;
   bool enterBackgroundBand(Pid pid) override;
-  std::vector<std::vector<bool>> enterBackgroundBand(std::span<const BandGroup> groups,
-                                                     const std::set<Pid>& everyApp) override;
   bool leaveBackgroundBand(Pid pid) override;
-  std::optional<bool> isInBackgroundBand(Pid pid) const override;
-  void prepareBoostApp(Pid root, std::span<const Pid> tree, const std::set<Pid>& everyApp) override;
-  void releaseInherited(Pid root, const std::set<Pid>& everyApp) override;
-  void reclaim() override;
+  std::optional<bool> isInBackgroundBand(Pid pid) const override { return m_threads.isIn(pid); }
+  bool carriesOwnMark(Pid pid) const override { return m_threads.isIn(pid) == true; }
+  std::vector<std::vector<BandAnswer>> enter(const BandPass& pass) override;
+  std::unique_ptr<Leaving> leaving(const ProcessView& view) override;
+  void makeRoomFor(Pid boostApp, const std::function<const ProcessView&()>& look) override;
+  void reclaim(const ProcessView* recent) override;
   bool settle(std::chrono::milliseconds limit) override;
 
  private:
-  // A process that entered with an app without being asked for: born during the pass, or an orphan that the
-  // app left in its session. It leaves with the app.
-  struct Companion {
-    Pid pid = 0;
-    std::uint64_t startTicks = 0;
-  };
+  class LeavingTogether;
 
-  bool leaveProcess(Pid pid);
-  void leaveCompanions(Pid root);
-  std::optional<ThreadMark> markOf(const ProcessStat& process) const;
-  std::vector<Pid> sessionOf(const ProcessStat& process) const;
-  void giveUnit(const ProcessStat& root, std::vector<Pid> tree, const std::set<Pid>& everyApp,
-                UnitWeights::Deadline deadline);
+  bool leaveProcess(const ProcessRecord& process);
+  std::optional<ThreadMark> markOf(const ProcessRecord& process) const;
+  bool giveUnit(const ProcessView& view, Pid app, std::vector<Pid> processes, UnitWeights::Deadline deadline);
+  ProcessView lookAt(Pid app) const; // everybody: the tree of this process as an app, all others as nobody's
 
   std::shared_ptr<Kernel> m_shared;
   Kernel& m_kernel;
@@ -73,9 +63,6 @@ class LinuxBand final : public BackgroundBand {
   SessionWeights m_sessions;
   UnitWeights m_units;
   bool m_hasReclaimed = false; // what a program before this one left
-  std::vector<Pid> m_boostApp; // the app in front: its tree, its main process last
-  std::string m_frontPath;     // and its place in the control group tree
-  std::unordered_map<Pid, std::vector<Companion>> m_companions; // by the app's main process
 };
 
 } // namespace vantle

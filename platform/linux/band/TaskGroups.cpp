@@ -28,6 +28,12 @@ TaskGroups::TaskGroups(const Kernel& kernel, std::string controlGroups)
   const auto enabled = m_kernel.read("/proc/sys/kernel/sched_autogroup_enabled");
   m_autogroup = enabled && enabled->starts_with('1');
   m_rootIsReal = isFirstControlGroupNamespace(m_kernel);
+  // With the controller off at the very top it is off everywhere.
+  const auto own = m_kernel.controlGroups(m_kernel.self());
+  if (m_rootIsReal && !m_controlGroups.empty() && own && !controlGroupPath(*own, true)) {
+    const auto below = m_kernel.read(m_controlGroups + "/cgroup.subtree_control");
+    m_noneIsWeighed = below && !hasWord(*below, "cpu");
+  }
 }
 
 const std::string& TaskGroups::cpuFolder(std::string_view path) {
@@ -41,8 +47,9 @@ const std::string& TaskGroups::cpuFolder(std::string_view path) {
   return m_cpuFolders.emplace(path, std::move(folder)).first->second;
 }
 
-TaskGroup TaskGroups::of(const ProcessStat& process) {
-  const std::optional<std::string> file = m_kernel.controlGroups(process.pid);
+TaskGroup TaskGroups::of(Pid pid, Pid session) {
+  if (m_noneIsWeighed) return withoutGroups(session);
+  const std::optional<std::string> file = m_kernel.controlGroups(pid);
   if (!file) return {};
   if (const auto version1 = controlGroupPath(*file, true)) {
     if (*version1 != "/") return {TaskGroup::Kind::control, 0, "cpu:" + std::string(*version1)};
@@ -54,9 +61,13 @@ TaskGroup TaskGroups::of(const ProcessStat& process) {
       return {TaskGroup::Kind::control, 0, folder};
     }
   }
+  return withoutGroups(session);
+}
+
+TaskGroup TaskGroups::withoutGroups(Pid session) const {
   if (!m_autogroup) return {TaskGroup::Kind::root, 0, {}};
-  if (process.session <= 0) return {};
-  return {TaskGroup::Kind::session, process.session, {}};
+  if (session <= 0) return {};
+  return {TaskGroup::Kind::session, session, {}};
 }
 
 } // namespace vantle

@@ -34,17 +34,18 @@ class TaskGroups {
  public:
   TaskGroups(const Kernel& kernel, std::string controlGroups);
 
-  bool autogroupEnabled() const { return m_autogroup; }
-  TaskGroup of(const ProcessStat& process);
+  TaskGroup of(Pid pid, Pid session);
 
  private:
+  TaskGroup withoutGroups(Pid session) const;
   // The innermost folder on the way to this path whose processes form a task group; empty for none.
   const std::string& cpuFolder(std::string_view path);
 
   const Kernel& m_kernel;
   std::string m_controlGroups; // mount of version 2; empty when there is none
   bool m_autogroup = false;
-  bool m_rootIsReal = false; // "/" in a cgroup file is the machine's own root, not a container's
+  bool m_noneIsWeighed = false; // no control group has the cpu controller on
+  bool m_rootIsReal = false;    // "/" in a cgroup file is the machine's own root, not a container's
   std::unordered_map<std::string, std::string> m_cpuFolders;
 };
 

@@ -21,9 +21,15 @@ bool needsPrivilegeToGiveBack(const ThreadMark& mark) {
 // Calls back with each thread once, and with those born meanwhile, until no new one is left. The callback
 // says whether to go on. The main thread comes first, or last with `Order::mainLast`.
 enum class Order { mainFirst, mainLast };
-template <typename Callback> void forEachThread(const Kernel& kernel, Pid pid, Order order, Callback call) {
+template <typename Callback> void forEachThread(const Kernel& kernel, Pid pid, Order order,
+                                                const ThreadLevers::Plan& known, Callback call) {
   std::vector<Pid> seen;
-  std::optional<Pid> births = kernel.birthMark();
+  std::optional<Pid> births = known.birthMark ? known.birthMark : kernel.birthMark();
+  if (known.birthMark && known.hasOneThread) {
+    if (!call(pid) || births == kernel.birthMark()) return;
+    seen.push_back(pid);
+    births = kernel.birthMark();
+  }
   for (bool foundNew = true; foundNew;) {
     foundNew = false;
     std::vector<Pid> threads = kernel.threads(pid); // as the kernel lists them, the main thread first
@@ -58,14 +64,14 @@ bool ThreadLevers::enter(Pid pid, const Plan& plan) {
   bool refused = false;
   bool marked = false;
   bool slowedByClass = false;
-  forEachThread(m_kernel, pid, Order::mainFirst, [&](Pid tid) {
+  forEachThread(m_kernel, pid, Order::mainFirst, plan, [&](Pid tid) {
     const Entered entered = enterThread(tid, plan, isNew);
     refused = refused || entered.outcome == Outcome::refused;
     marked = marked || entered.outcome == Outcome::done;
     slowedByClass = slowedByClass || entered.slowedByClass;
     return !refused;
   });
-  if (plan.classIsTheEffect && isNew && !slowedByClass) refused = true;
+  if (plan.classIsTheEffect && !slowedByClass) refused = true;
   if (refused && isNew) leave(pid, before && before->sessionLowered);
   return marked && !refused;
 }
@@ -86,12 +92,13 @@ ThreadLevers::Entered ThreadLevers::enterThread(Pid tid, const Plan& plan, bool 
   mark.sessionLowered = mark.sessionLowered || plan.sessionLowered;
   const bool isFair = scheduling->policy == SCHED_OTHER || scheduling->policy == SCHED_BATCH;
   // A thread born from a marked one between its mark and its change carries the mark only; one that somebody
-  // else has changed back since looks the same, so this is done only while its process enters.
-  const bool slowClass = isNew && isFair && (m_mayRaise || m_kernel.mayLeaveIdleClass(tid));
+  // else has changed back since looks the same, so this is done only while its process enters, by this lever.
+  const bool enters = isNew || (plan.classIsTheEffect && mark.schedulingClass == SchedulingClass::unchanged);
+  const bool slowClass = enters && isFair && (m_mayRaise || m_kernel.mayLeaveIdleClass(tid));
   if (slowClass) {
     mark.schedulingClass =
         scheduling->policy == SCHED_BATCH ? SchedulingClass::wasBatch : SchedulingClass::wasOther;
-  } else if (isFair && isNew && plan.classIsTheEffect) {
+  } else if (isFair && enters && plan.classIsTheEffect) {
     return {Outcome::refused};
   }
   const bool narrow = isNew && mayNarrow(tid);
@@ -104,7 +111,7 @@ ThreadLevers::Entered ThreadLevers::enterThread(Pid tid, const Plan& plan, bool 
   if (change != Change::done) return {change == Change::gone ? Outcome::gone : Outcome::refused};
   if (narrow)
     m_kernel.setAffinity(tid, m_efficiency.chosen); // a refusal is no loss: undoing looks at what is there
-  return {Outcome::done, slowClass};
+  return {Outcome::done, mark.schedulingClass != SchedulingClass::unchanged};
 }
 
 // A kernel that does not keep all bits cannot hold the memory, so it is asked, with the first mark: the
@@ -126,7 +133,7 @@ bool ThreadLevers::leave(Pid pid, bool keepSession) {
   bool refused = false;
   bool found = false;
   // The main thread comes last: as long as it is marked, the process is found again after a crash.
-  forEachThread(m_kernel, pid, Order::mainLast, [&](Pid tid) {
+  forEachThread(m_kernel, pid, Order::mainLast, {}, [&](Pid tid) {
     found = true;
     refused = !leaveThread(tid, keepSession) || refused;
     return true;

@@ -19,6 +19,10 @@ class ThreadLevers {
   struct Plan {
     bool classIsTheEffect = false; // refuse the process unless its threads can be slowed by class
     bool sessionLowered = false;   // remember that the session's weight was ours to change
+    // Known from a look, if nobody was born since: the birth mark of that moment, and whether the main thread
+    // was the only one.
+    std::optional<Pid> birthMark = {};
+    bool hasOneThread = false;
   };
 
   explicit ThreadLevers(Kernel& kernel);

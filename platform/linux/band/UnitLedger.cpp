@@ -40,10 +40,16 @@ std::vector<UnitLedger::Entry> decode(const std::string& bytes, const std::strin
 
 } // namespace
 
-UnitLedger::UnitLedger(FileStore& files, std::string path, std::string bootId)
-    : m_files(files), m_path(std::move(path)), m_bootId(std::move(bootId)) {
-  if (m_path.empty()) return;
-  if (const auto bytes = m_files.read(m_path, largestLedger)) m_entries = decode(*bytes, m_bootId);
+UnitLedger::UnitLedger(FileStore& files, std::vector<std::string> paths, std::string bootId)
+    : m_files(files), m_paths(std::move(paths)), m_bootId(std::move(bootId)) {
+  for (const std::string& path : m_paths) {
+    const auto bytes = m_files.read(path, largestLedger);
+    if (!bytes) continue;
+    m_held.insert(path);
+    for (Entry& entry : decode(*bytes, m_bootId)) {
+      if (!find(entry.place.name)) m_entries.push_back(std::move(entry));
+    }
+  }
 }
 
 const UnitLedger::Entry* UnitLedger::find(const std::string& unit) const {
@@ -73,17 +79,31 @@ void UnitLedger::remove(const std::string& unit) {
 }
 
 bool UnitLedger::save() {
-  if (m_path.empty() || m_isSaved) return true;
+  if (m_paths.empty() || m_isSaved) return true;
+  for (const std::string& path : m_paths) {
+    // What an earlier one holds by now, a later one must not contradict.
+    if (m_isSaved) {
+      if (m_held.contains(path)) write(path, {});
+    } else {
+      m_isSaved = write(path, m_entries);
+    }
+  }
+  return m_isSaved;
+}
+
+bool UnitLedger::write(const std::string& path, const std::vector<Entry>& entries) {
   nlohmann::ordered_json units = nlohmann::ordered_json::array();
-  for (const Entry& entry : m_entries) {
+  for (const Entry& entry : entries) {
     units.push_back({{"name", entry.place.name}, {"path", entry.place.path}, {"weight", entry.weight}});
   }
   const nlohmann::ordered_json document{{"boot", m_bootId}, {"units", std::move(units)}};
-  m_files.createFolders(m_path.substr(0, m_path.rfind('/')));
+  m_files.createFolders(path.substr(0, path.rfind('/')));
   // A unit's name is whatever its owner chose; bytes that are no text must not stop the program.
-  m_isSaved = m_files.writeAtomically(
-      m_path, document.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
-  return m_isSaved;
+  const bool written = m_files.writeAtomically(
+      path, document.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+  if (!written) return false;
+  entries.empty() ? static_cast<void>(m_held.erase(path)) : static_cast<void>(m_held.insert(path));
+  return true;
 }
 
 } // namespace vantle

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -25,8 +26,9 @@ class UnitLedger {
     friend bool operator==(const Entry&, const Entry&) = default;
   };
 
-  // An empty path: the ledger lives in memory only.
-  UnitLedger(FileStore& files, std::string path, std::string bootId);
+  // The first of the paths that can be written holds it; what any of them held is read. Without one the
+  // ledger lives in memory only.
+  UnitLedger(FileStore& files, std::vector<std::string> paths, std::string bootId);
 
   const std::vector<Entry>& entries() const { return m_entries; }
   const Entry* find(const std::string& unit) const;
@@ -40,8 +42,11 @@ class UnitLedger {
   bool save();
 
  private:
+  bool write(const std::string& path, const std::vector<Entry>& entries);
+
   FileStore& m_files;
-  std::string m_path;
+  std::vector<std::string> m_paths;
+  std::set<std::string> m_held; // those of them that hold entries
   std::string m_bootId;
   std::vector<Entry> m_entries;
   bool m_isSaved = true;

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/band/UnitPass.h"
 
-#include "platform/linux/band/TaskGroups.h"
 #include "platform/linux/programs/DesktopPrograms.h"
 
 #include <algorithm>
 #include <cctype>
 #include <set>
 #include <string>
+#include <unordered_map>
 #include <utility>
 
 namespace vantle {
@@ -19,6 +19,29 @@ bool isLoginSession(const std::string& path, const UnitWeights& units) {
   const std::string userSlice = units.managerPath().substr(0, units.managerPath().rfind('/'));
   return path.starts_with(userSlice + "/session-") && path.ends_with(".scope");
 }
+
+// Whose the processes of a later look are: as the view has it, and what was born since is its parent's.
+class OwnersNow {
+ public:
+  OwnersNow(const ProcessView& view, const std::vector<ProcessStat>& now) : m_view(view) {
+    for (const ProcessStat& process : now) m_now.emplace(process.pid, &process);
+  }
+
+  Pid of(Pid pid) const {
+    // A circle, which reused numbers can make, is longer than everybody there is.
+    std::size_t steps = 0;
+    for (auto at = m_now.find(pid); at != m_now.end() && steps <= m_now.size(); ++steps) {
+      const ProcessRecord* known = m_view.find(at->first);
+      if (known != nullptr && known->startTicks == at->second->startTicks) return m_view.appOf(at->first);
+      at = m_now.find(at->second->parent);
+    }
+    return 0;
+  }
+
+ private:
+  const ProcessView& m_view;
+  std::unordered_map<Pid, const ProcessStat*> m_now;
+};
 
 } // namespace
 
@@ -37,38 +60,39 @@ UnitPlace UnitPass::scopeOf(const UnitWeights& units, const ProcessStat& root) {
 }
 
 std::optional<UnitWeights::Adoption> UnitPass::adoptionOf(const UnitWeights& units, const Kernel& kernel,
-                                                          const ProcessStat& root, std::vector<Pid> processes,
-                                                          const std::set<Pid>& everyApp) {
-  const std::string path = kernel.unifiedPath(root.pid);
-  const UnitPlace scope = scopeOf(units, root);
+                                                          const ProcessView& view, Pid app,
+                                                          std::vector<Pid> processes) {
+  const std::optional<ProcessStat> root = kernel.stat(app);
+  if (!root) return std::nullopt;
+  const std::string path = kernel.unifiedPath(app);
+  const UnitPlace scope = scopeOf(units, *root);
   const std::optional<UnitPlace> unit = unitOf(units.managerPath(), path);
   if (!unit && !isLoginSession(path, units)) return std::nullopt;
   // A service's own main process stays: the manager watches it there.
-  if (unit && unit->isService() && !unit->holds(kernel.unifiedPath(root.parent))) return std::nullopt;
+  if (unit && unit->isService() && !unit->holds(kernel.unifiedPath(root->parent))) return std::nullopt;
 
   std::set<std::string> sources; // what stands elsewhere has a place of its own
   for (const Pid pid : processes) sources.insert(kernel.unifiedPath(pid));
   UnitWeights::Adoption adoption;
   adoption.scope = scope.name;
   adoption.isStarted = unit && unit->path == scope.path;
-  adoption.outside = [&kernel, everyApp, app = root.pid, sources = std::move(sources),
-                      processes = std::move(processes)](const ProcessScan& now) {
-    AppOwners owners(now, everyApp);
-    owners.claim(app, processes);
+  adoption.outside = [&kernel, &view, app,
+                      sources = std::move(sources)](const std::vector<ProcessStat>& now) {
+    const OwnersNow owners(view, now);
     std::vector<Pid> outside;
-    for (const Pid pid : owners.processesOf(app)) {
-      const ProcessStat& process = *now.find(pid);
-      if (!process.isAlive() || isSystemPart(process.shortName())) continue;
-      if (sources.contains(kernel.unifiedPath(pid)) && kernel.isOwn(pid)) outside.push_back(pid);
+    for (const ProcessStat& process : now) {
+      if (!process.isAlive() || owners.of(process.pid) != app || isSystemPart(process.shortName())) continue;
+      if (sources.contains(kernel.unifiedPath(process.pid)) && kernel.isOwn(process.pid))
+        outside.push_back(process.pid);
     }
     return outside;
   };
   return adoption;
 }
 
-void UnitPass::run(std::span<const BandGroup> groups, const View& view) {
-  Found found = find(groups, view);
-  const std::vector<UnitPlace> incomplete = adopt(groups, view, found);
+void UnitPass::run(const BandPass& pass, const MayTouch& mayTouch) {
+  Found found = find(pass, mayTouch);
+  const std::vector<UnitPlace> incomplete = adopt(pass, mayTouch, found);
   std::erase_if(found.own, [&](const UnitPlace& place) {
     return std::find(incomplete.begin(), incomplete.end(), place) != incomplete.end();
   });
@@ -77,20 +101,27 @@ void UnitPass::run(std::span<const BandGroup> groups, const View& view) {
   m_lowered.insert(m_lowered.end(), lowered.begin(), lowered.end());
 }
 
-UnitPass::Found UnitPass::find(std::span<const BandGroup> groups, const View& view) {
+const std::string& UnitPass::pathOf(Pid pid) {
+  const auto known = m_paths.find(pid);
+  return known != m_paths.end() ? known->second
+                                : m_paths.emplace(pid, m_kernel.unifiedPath(pid)).first->second;
+}
+
+UnitPass::Found UnitPass::find(const BandPass& pass, const MayTouch& mayTouch) {
   Found found;
   m_apps.clear();
-  for (std::size_t at = 0; at < groups.size(); ++at) {
-    std::vector<Pid>& homeless = found.homeless.emplace_back();
-    for (const Pid pid : view.trees[at]) {
-      const ProcessStat* process = view.scan.find(pid);
-      if (!process || !view.mayTouch(*process)) continue;
-      const std::optional<UnitPlace> unit = ownUnit(*process, groups[at].root, view);
-      if (!unit) {
-        homeless.push_back(pid);
-      } else if (std::find(found.own.begin(), found.own.end(), *unit) == found.own.end()) {
-        found.own.push_back(*unit);
-      }
+  m_paths.clear();
+  found.homeless.resize(pass.apps.size());
+  std::unordered_map<Pid, std::size_t> places;
+  for (std::size_t at = 0; at < pass.apps.size(); ++at) places.emplace(pass.apps[at].root, at);
+  for (const ProcessRecord& process : pass.view.all()) {
+    const auto place = places.find(pass.view.appOf(process.pid));
+    if (place == places.end() || !mayTouch(process)) continue;
+    const std::optional<UnitPlace> unit = ownUnit(process.pid, place->first, pass, mayTouch);
+    if (!unit) {
+      found.homeless[place->second].push_back(process.pid);
+    } else if (std::find(found.own.begin(), found.own.end(), *unit) == found.own.end()) {
+      found.own.push_back(*unit);
     }
   }
   return found;
@@ -98,22 +129,23 @@ UnitPass::Found UnitPass::find(std::span<const BandGroup> groups, const View& vi
 
 // Moves what has no unit of its app's own, and looks again: an app that has left a unit may have been all
 // that another one shared it with. The scopes of the answer did not get all that they should hold.
-std::vector<UnitPlace> UnitPass::adopt(std::span<const BandGroup> groups, const View& view, Found& found) {
+std::vector<UnitPlace> UnitPass::adopt(const BandPass& pass, const MayTouch& mayTouch, Found& found) {
   std::vector<UnitPlace> scopes;
   std::vector<UnitWeights::Adoption> adoptions;
-  for (std::size_t at = 0; at < groups.size(); ++at) {
-    const ProcessStat* root = view.scan.find(groups[at].root);
-    if (found.homeless[at].empty() || !root) continue;
+  for (std::size_t at = 0; at < pass.apps.size(); ++at) {
+    const Pid app = pass.apps[at].root;
+    const std::optional<ProcessStat> root = found.homeless[at].empty() ? std::nullopt : m_kernel.stat(app);
+    if (!root) continue;
     const UnitPlace scope = scopeOf(m_units, *root);
     if (weighingUnit(m_units.managerPath(), m_frontPath, scope.path) != scope) continue;
-    if (auto adoption = adoptionOf(m_units, m_kernel, *root, std::move(found.homeless[at]), view.everyApp)) {
+    if (auto adoption = adoptionOf(m_units, m_kernel, pass.view, app, std::move(found.homeless[at]))) {
       adoptions.push_back(std::move(*adoption));
       scopes.push_back(scope);
     }
   }
   if (adoptions.empty()) return {};
   m_units.adopt(adoptions, m_deadline);
-  found = find(groups, view);
+  found = find(pass, mayTouch);
   std::vector<UnitPlace> incomplete;
   for (std::size_t at = 0; at < adoptions.size(); ++at) {
     if (!adoptions[at].succeeded) incomplete.push_back(scopes[at]);
@@ -129,26 +161,32 @@ void UnitPass::raiseUnused(const std::vector<std::string>& enteredPaths) {
   }
 }
 
-std::optional<UnitPlace> UnitPass::ownUnit(const ProcessStat& process, Pid app, const View& view) {
-  const std::string path = m_kernel.unifiedPath(process.pid);
-  std::optional<UnitPlace> unit = weighingUnit(m_units.managerPath(), m_frontPath, path);
+std::optional<UnitPlace> UnitPass::ownUnit(Pid pid, Pid app, const BandPass& pass, const MayTouch& mayTouch) {
+  std::optional<UnitPlace> unit = weighingUnit(m_units.managerPath(), m_frontPath, pathOf(pid));
   if (!unit) return std::nullopt;
   const auto known = m_apps.find(unit->path);
-  const Pid owner = known != m_apps.end() ? known->second : (m_apps[unit->path] = appIn(*unit, view));
+  const Pid owner =
+      known != m_apps.end() ? known->second : (m_apps[unit->path] = appIn(*unit, pass, mayTouch));
   return owner == app ? unit : std::nullopt;
 }
 
 // The app that every process in a unit belongs to.
-Pid UnitPass::appIn(const UnitPlace& place, const View& view) const {
+Pid UnitPass::appIn(const UnitPlace& place, const BandPass& pass, const MayTouch& mayTouch) const {
   const std::optional<std::vector<Pid>> pids = m_units.processesIn(place.path);
   if (!pids) return 0;
   Pid owner = 0;
   for (const Pid pid : *pids) {
-    const ProcessStat* known = view.scan.find(pid);
-    const std::optional<ProcessStat> process = known ? *known : m_kernel.stat(pid);
-    if (!process || !process->isAlive()) continue;
-    const Pid app = view.owners.of(*process);
-    if (app == 0 || (owner != 0 && app != owner) || !view.mayTouch(*process)) return 0;
+    const ProcessRecord* process = pass.view.find(pid);
+    if (process == nullptr) {
+      // Born since the look: whose it is will be known at the next one.
+      const std::optional<ProcessStat> now = m_kernel.stat(pid);
+      const ProcessRecord* parent = now && now->isAlive() ? pass.view.find(now->parent) : nullptr;
+      if (!now || !now->isAlive()) continue;
+      if (parent == nullptr) return 0;
+      process = parent;
+    }
+    const Pid app = pass.view.appOf(process->pid);
+    if (app == 0 || (owner != 0 && app != owner) || !mayTouch(*process)) return 0;
     owner = app;
   }
   return owner;

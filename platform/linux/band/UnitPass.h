@@ -2,13 +2,10 @@
 #pragma once
 
 #include "engine/ports/BackgroundBand.h"
-#include "platform/linux/band/AppOwners.h"
-#include "platform/linux/band/ProcessScan.h"
 #include "platform/linux/band/UnitWeights.h"
 
 #include <functional>
 #include <optional>
-#include <set>
 #include <span>
 #include <string>
 #include <unordered_map>
@@ -20,18 +17,15 @@ namespace vantle {
 // between it and the app in front, gives apps that have none a unit of their own, and lowers them all.
 class UnitPass {
  public:
-  struct View {
-    const ProcessScan& scan;
-    AppOwners& owners;
-    const std::vector<std::vector<Pid>>& trees; // one a group
-    const std::set<Pid>& everyApp;
-    std::function<bool(const ProcessStat&)> mayTouch;
-  };
+  using MayTouch = std::function<bool(const ProcessRecord&)>;
 
-  UnitPass(UnitWeights& units, const Kernel& kernel, std::string frontPath, UnitWeights::Deadline deadline)
+  UnitPass(UnitWeights& units, Kernel& kernel, std::string frontPath, UnitWeights::Deadline deadline)
       : m_units(units), m_kernel(kernel), m_frontPath(std::move(frontPath)), m_deadline(deadline) {}
 
-  void run(std::span<const BandGroup> groups, const View& view);
+  void run(const BandPass& pass, const MayTouch& mayTouch);
+
+  // Where a process stands, as this pass knows it.
+  const std::string& pathOf(Pid pid);
 
   // Gives back what this pass lowered for nothing: units that no process with such a path has entered.
   void raiseUnused(const std::vector<std::string>& enteredPaths);
@@ -39,26 +33,27 @@ class UnitPass {
   // Where an app is adopted to: a scope as desktops make them.
   static UnitPlace scopeOf(const UnitWeights& units, const ProcessStat& root);
   // The move of these processes of an app, and of what they start meanwhile; absent when the app may not be
-  // moved from where its main process stands. `everyApp` as in the port.
+  // moved from where its main process stands.
   static std::optional<UnitWeights::Adoption> adoptionOf(const UnitWeights& units, const Kernel& kernel,
-                                                         const ProcessStat& root, std::vector<Pid> processes,
-                                                         const std::set<Pid>& everyApp);
+                                                         const ProcessView& view, Pid app,
+                                                         std::vector<Pid> processes);
 
  private:
-  // What one look at the groups found.
+  // What one look at the apps found.
   struct Found {
     std::vector<UnitPlace> own;
-    std::vector<std::vector<Pid>> homeless; // one list a group: processes without a unit of their app's own
+    std::vector<std::vector<Pid>> homeless; // one list an app: processes without a unit of their app's own
   };
-  Found find(std::span<const BandGroup> groups, const View& view);
-  std::vector<UnitPlace> adopt(std::span<const BandGroup> groups, const View& view, Found& found);
-  std::optional<UnitPlace> ownUnit(const ProcessStat& process, Pid app, const View& view);
-  Pid appIn(const UnitPlace& place, const View& view) const;
+  Found find(const BandPass& pass, const MayTouch& mayTouch);
+  std::vector<UnitPlace> adopt(const BandPass& pass, const MayTouch& mayTouch, Found& found);
+  std::optional<UnitPlace> ownUnit(Pid pid, Pid app, const BandPass& pass, const MayTouch& mayTouch);
+  Pid appIn(const UnitPlace& place, const BandPass& pass, const MayTouch& mayTouch) const;
 
   UnitWeights& m_units;
-  const Kernel& m_kernel;
+  Kernel& m_kernel;
   std::string m_frontPath;
   UnitWeights::Deadline m_deadline;
+  std::unordered_map<Pid, std::string> m_paths;
   std::unordered_map<std::string, Pid> m_apps; // that a unit belongs to, by its path; 0: to none alone
   std::vector<UnitPlace> m_lowered;            // by this pass
 };

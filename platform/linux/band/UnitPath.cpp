@@ -63,6 +63,14 @@ std::optional<UnitPlace> unitOf(std::string_view managerPath, std::string_view p
   }
 }
 
+std::string appPlaceOf(std::string_view managerPath, std::string_view processPath) {
+  std::optional<UnitPlace> unit = unitOf(managerPath, processPath);
+  if (!unit || unit->name == "init.scope") return {};
+  const bool isForAnApp =
+      !unit->isService() || unit->name.starts_with("app-") || unit->name.starts_with("dbus-:");
+  return isForAnApp ? std::move(unit->path) : std::string();
+}
+
 std::optional<UnitPlace> weighingUnit(std::string_view managerPath, std::string_view frontPath,
                                       std::string_view processPath) {
   const std::string_view common = commonFolder(frontPath, processPath);

@@ -26,6 +26,10 @@ std::string appSlicePath(unsigned user);
 // processes that stand elsewhere.
 std::optional<UnitPlace> unitOf(std::string_view managerPath, std::string_view processPath);
 
+// The path of the unit that a process stands in, if desktops make such units for one app each: scopes, and
+// services that were made for an app or for its activation. Empty for all others.
+std::string appPlaceOf(std::string_view managerPath, std::string_view processPath);
+
 // The unit whose weight decides between a process and the app in front: where their two paths part, the
 // folder on the side of the process. A weight further in would be compared only with the process's own
 // neighbours. Absent when they do not part at a unit of this manager.

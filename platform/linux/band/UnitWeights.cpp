@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/band/UnitWeights.h"
 
+#include "platform/linux/process/ControlGroupFile.h"
+
 #include <algorithm>
 #include <charconv>
 #include <map>
@@ -21,15 +23,6 @@ constexpr milliseconds settleStep{50};
 constexpr int mostSteps = 4;
 constexpr int mostAttachRounds = 8; // two were enough for a shell that forks without end
 
-bool hasWord(std::string_view list, std::string_view word) {
-  while (!list.empty()) {
-    const std::size_t end = list.find_first_of(" \n");
-    if (list.substr(0, end) == word) return true;
-    list.remove_prefix(end == std::string_view::npos ? list.size() : end + 1);
-  }
-  return false;
-}
-
 bool appendPids(std::string_view lines, std::vector<Pid>& pids) {
   const char* at = lines.data();
   const char* const end = at + lines.size();
@@ -49,7 +42,7 @@ UnitWeights::UnitWeights(EventLoop& loop, FileStore& files, Kernel& kernel,
                          std::unique_ptr<ServiceManager> manager, Places places)
     : m_loop(loop), m_kernel(kernel), m_places(std::move(places)),
       m_managerPath(userManagerPath(kernel.user())), m_appSlice(appSlicePath(kernel.user())),
-      m_ledger(files, m_places.ledger, m_places.bootId), m_retryDelay(firstRetry),
+      m_ledger(files, m_places.ledgers, m_places.bootId), m_retryDelay(firstRetry),
       m_manager(std::move(manager)) {}
 
 bool UnitWeights::isUsable() const {
@@ -67,6 +60,13 @@ bool UnitWeights::isLowered(std::string_view processPath) const {
   return std::any_of(m_ledger.entries().begin(), m_ledger.entries().end(), [&](const auto& entry) {
     return m_inForce.contains(entry.place.name) && entry.place.holds(processPath);
   });
+}
+
+std::optional<UnitPlace> UnitWeights::loweredUnitOf(std::string_view processPath) const {
+  for (const UnitLedger::Entry& entry : m_ledger.entries()) {
+    if (entry.place.holds(processPath)) return entry.place;
+  }
+  return std::nullopt;
 }
 
 std::vector<UnitPlace> UnitWeights::lower(const std::vector<UnitPlace>& places, Deadline deadline) {
@@ -237,7 +237,7 @@ void UnitWeights::adopt(std::vector<Adoption>& adoptions, Deadline deadline) {
   }
   // Twice: one process that ended meanwhile makes the manager refuse the whole list.
   for (int attempt = 0; attempt < 2; ++attempt) {
-    const ProcessScan now(m_kernel);
+    const std::vector<ProcessStat> now = m_kernel.scan();
     for (const Adoption& adoption : adoptions) {
       const std::vector<Pid> pids =
           started->contains(adoption.scope) ? std::vector<Pid>{} : adoption.outside(now);
@@ -255,7 +255,7 @@ void UnitWeights::adopt(std::vector<Adoption>& adoptions, Deadline deadline) {
     m_manager->barrier([](bool) {});
     m_manager->finish(deadline);
     bool isComplete = true;
-    const ProcessScan now(m_kernel);
+    const std::vector<ProcessStat> now = m_kernel.scan();
     for (Adoption& adoption : adoptions) {
       if (!started->contains(adoption.scope) || adoption.succeeded) continue;
       const std::vector<Pid> outside = adoption.outside(now);

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "platform/linux/band/ProcessScan.h"
 #include "platform/linux/band/ServiceManager.h"
 #include "platform/linux/band/UnitLedger.h"
 #include "platform/linux/band/UnitPath.h"
+#include "platform/linux/kernel/Kernel.h"
 #include "platform/shared/EventLoop.h"
 
 #include <chrono>
@@ -29,14 +29,14 @@ class UnitWeights {
  public:
   struct Places {
     std::string controlGroups; // mount of the version 2 tree; empty for none
-    std::string ledger;
+    std::vector<std::string> ledgers;
     std::string bootId;
   };
   // An app that is to stand in a unit of its own.
   struct Adoption {
     std::string scope;
     // Those of its processes that do not stand there yet; asked again until there are none.
-    std::function<std::vector<Pid>(const ProcessScan& now)> outside;
+    std::function<std::vector<Pid>(const std::vector<ProcessStat>& now)> outside;
     bool isStarted = false; // the scope exists already
     bool succeeded = false;
   };
@@ -55,6 +55,8 @@ class UnitWeights {
   std::vector<UnitPlace> lower(const std::vector<UnitPlace>& places, Deadline deadline);
   // Whether the unit that this path leads through was lowered by this program and still is.
   bool isLowered(std::string_view processPath) const;
+  // The unit that this path leads through and that still owes its weight; absent when there is none.
+  std::optional<UnitPlace> loweredUnitOf(std::string_view processPath) const;
   bool hasLowered() const { return !m_ledger.entries().empty(); } // and not given back yet
   void raise(std::string_view processPath);                       // the units that it leads through
   void raiseAll();

@@ -19,6 +19,7 @@ namespace vantle {
 struct ProcessStat : ProcStat {
   Pid pid = 0;
   std::array<char, 16> name{}; // as the kernel keeps it, at most 15 bytes
+  unsigned user = 0;           // of its files: 0 also when it hides its memory
 
   std::string_view shortName() const { return name.data(); }
   std::uint64_t cpuTicks() const { return userTicks + kernelTicks; }
@@ -74,9 +75,7 @@ class Kernel {
   virtual Pid self() const = 0;      // this program
   virtual unsigned user() const = 0; // that it runs as
   virtual std::optional<ProcessStat> stat(Pid pid) const = 0;
-  virtual std::vector<ProcessStat> scan() const = 0; // of every process, in ascending order of pids
-  // The last scan, where that is as good as a new one.
-  virtual std::vector<ProcessStat> recentScan() const { return scan(); }
+  virtual std::vector<ProcessStat> scan() const = 0;   // of every process, in ascending order of pids
   virtual std::vector<Pid> threads(Pid pid) const = 0; // the main thread first; empty when it is gone
   virtual std::optional<std::string> controlGroups(Pid pid) const = 0; // the text of /proc/PID/cgroup
   // True when the process is wholly this user's: real and effective user are the one that runs this program.

@@ -107,6 +107,8 @@ std::optional<ProcessStat> ProcKernel::stat(Pid pid) const {
   if (!numbers) return std::nullopt;
   ProcessStat process{*numbers};
   process.pid = pid;
+  struct stat owner {};
+  if (::fstat(file.get(), &owner) == 0) process.user = owner.st_uid;
   const std::size_t name = line.find('(') + 1;
   const std::size_t length = std::min(line.rfind(')') - name, process.name.size() - 1);
   std::copy_n(line.data() + name, length, process.name.data());
@@ -115,24 +117,12 @@ std::optional<ProcessStat> ProcKernel::stat(Pid pid) const {
 
 std::vector<ProcessStat> ProcKernel::scan() const {
   std::vector<ProcessStat> found;
-  m_last = {{}, birthMark(), std::chrono::steady_clock::now()};
   const Descriptor folder(::openat(m_root.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!folder) return found;
   forEachPid(folder.get(), [&](Pid pid) {
     if (const std::optional<ProcessStat> process = stat(pid)) found.push_back(*process);
   });
-  m_last.processes = found;
   return found;
-}
-
-std::vector<ProcessStat> ProcKernel::recentScan() const {
-  // Processes also end and change their sessions, so it must be one of the same pass, however slow.
-  constexpr std::chrono::seconds oldest{5};
-  const bool isRecent = std::chrono::steady_clock::now() - m_last.at < oldest;
-  if (isRecent && m_last.births && !m_last.processes.empty() && m_last.births == birthMark()) {
-    return m_last.processes;
-  }
-  return scan();
 }
 
 std::vector<Pid> ProcKernel::threads(Pid pid) const {

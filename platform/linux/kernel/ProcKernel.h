@@ -18,8 +18,6 @@ class ProcKernel final : public Kernel {
   unsigned user() const override { return m_user; }
   std::optional<ProcessStat> stat(Pid pid) const override;
   std::vector<ProcessStat> scan() const override;
-  // As long as it is only moments old and nobody was born since; otherwise a new one.
-  std::vector<ProcessStat> recentScan() const override;
   std::vector<Pid> threads(Pid pid) const override;
   std::optional<std::string> controlGroups(Pid pid) const override { return readOf(pid, "cgroup"); }
   bool isOwn(Pid pid) const override;
@@ -51,12 +49,6 @@ class ProcKernel final : public Kernel {
   int folder() const { return m_root.get(); } // for calls that take one
 
  private:
-  struct LastScan {
-    std::vector<ProcessStat> processes;
-    std::optional<Pid> births; // before it
-    std::chrono::steady_clock::time_point at;
-  };
-
   Descriptor open(Pid pid, const char* file, int flags) const;
   std::string placeOf(const std::string& path) const; // below the roots that were given
 
@@ -65,7 +57,6 @@ class ProcKernel final : public Kernel {
   Descriptor m_root;
   Descriptor m_load;
   uid_t m_user;
-  mutable LastScan m_last;
 };
 
 } // namespace vantle

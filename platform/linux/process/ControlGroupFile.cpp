@@ -30,4 +30,13 @@ std::optional<std::string_view> controlGroupPath(std::string_view cgroupFile, bo
   return std::nullopt;
 }
 
+bool hasWord(std::string_view list, std::string_view word) {
+  while (!list.empty()) {
+    const std::size_t end = list.find_first_of(" \n");
+    if (list.substr(0, end) == word) return true;
+    list.remove_prefix(end == std::string_view::npos ? list.size() : end + 1);
+  }
+  return false;
+}
+
 } // namespace vantle

@@ -10,4 +10,7 @@ namespace vantle {
 // none. With `cpuOnly` the version 1 cpu hierarchy instead.
 std::optional<std::string_view> controlGroupPath(std::string_view cgroupFile, bool cpuOnly = false);
 
+// Whether a list as "cgroup.controllers" holds the word.
+bool hasWord(std::string_view list, std::string_view word);
+
 } // namespace vantle

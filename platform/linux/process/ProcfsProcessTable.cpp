@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/process/ProcfsProcessTable.h"
 
+#include "platform/linux/band/UnitPath.h"
+#include "platform/linux/process/ProcessRecords.h"
+
 #include <charconv>
 #include <cstddef>
 #include <string_view>
@@ -38,21 +41,24 @@ ProcfsProcessTable::ProcfsProcessTable(BootEpoch epoch, std::shared_ptr<const Pr
     : m_kernel(std::move(kernel)), m_epoch(epoch),
       m_microsPerTick(1'000'000 / static_cast<std::uint64_t>(::sysconf(_SC_CLK_TCK))) {}
 
-std::optional<ProcStat> ProcfsProcessTable::readStat(Pid pid) const {
+std::optional<ProcessStat> ProcfsProcessTable::readStat(Pid pid) const {
   const std::optional<ProcessStat> stat = m_kernel->stat(pid);
   if (!stat || !stat->isAlive()) return std::nullopt;
   return *stat;
 }
 
-ProcessRecord ProcfsProcessTable::recordOf(Pid pid, const ProcStat& stat) const {
+ProcessRecord ProcfsProcessTable::datedRecordOf(const ProcessStat& stat) const {
+  ProcessRecord record = recordOf(stat);
   const std::uint64_t start = m_epoch.micros() + stat.startTicks * m_microsPerTick;
-  return {pid, stat.parent, start / 1'000'000, start % 1'000'000};
+  record.startSec = start / 1'000'000;
+  record.startUsec = start % 1'000'000;
+  return record;
 }
 
 std::optional<ProcessRecord> ProcfsProcessTable::record(Pid pid) const {
-  const std::optional<ProcStat> stat = readStat(pid);
+  const std::optional<ProcessStat> stat = readStat(pid);
   if (!stat) return std::nullopt;
-  return recordOf(pid, *stat);
+  return datedRecordOf(*stat);
 }
 
 std::vector<ProcessRecord> ProcfsProcessTable::scan() const {
@@ -60,9 +66,18 @@ std::vector<ProcessRecord> ProcfsProcessTable::scan() const {
   std::vector<ProcessRecord> records;
   records.reserve(processes.size());
   for (const ProcessStat& process : processes) {
-    if (process.isAlive()) records.push_back(recordOf(process.pid, process));
+    if (process.isAlive()) records.push_back(datedRecordOf(process));
   }
   return records;
+}
+
+std::optional<std::uint64_t> ProcfsProcessTable::birthMark() const {
+  const std::optional<Pid> mark = m_kernel->birthMark();
+  return mark ? std::optional(static_cast<std::uint64_t>(*mark)) : std::nullopt;
+}
+
+std::string ProcfsProcessTable::place(Pid pid) const {
+  return appPlaceOf(userManagerPath(m_kernel->user()), m_kernel->unifiedPath(pid));
 }
 
 std::optional<std::string> ProcfsProcessTable::executablePathBytes(Pid pid) const {
@@ -92,13 +107,13 @@ std::optional<std::uint64_t> ProcfsProcessTable::footprint(Pid pid) const {
 }
 
 std::optional<std::uint64_t> ProcfsProcessTable::cpuTime(Pid pid) const {
-  const std::optional<ProcStat> stat = readStat(pid);
+  const std::optional<ProcessStat> stat = readStat(pid);
   if (!stat) return std::nullopt;
   return stat->userTicks + stat->kernelTicks;
 }
 
 std::optional<int> ProcfsProcessTable::schedulerPriority(Pid pid) const {
-  const std::optional<ProcStat> stat = readStat(pid);
+  const std::optional<ProcessStat> stat = readStat(pid);
   if (!stat) return std::nullopt;
   return stat->priority;
 }

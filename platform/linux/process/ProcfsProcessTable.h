@@ -19,6 +19,9 @@ class ProcfsProcessTable final : public ProcessTable {
 
   std::optional<ProcessRecord> record(Pid pid) const override;
   std::vector<ProcessRecord> scan() const override; // in ascending order of pids, as the kernel lists them
+  std::optional<std::uint64_t> birthMark() const override;
+  // The path of the user manager's unit, if it is one that desktops make for an app.
+  std::string place(Pid pid) const override;
   // Without the mark that the kernel puts behind the path of a file that was deleted or replaced by an
   // update.
   std::optional<std::string> executablePathBytes(Pid pid) const override;
@@ -27,8 +30,8 @@ class ProcfsProcessTable final : public ProcessTable {
   std::optional<int> schedulerPriority(Pid pid) const override;
 
  private:
-  std::optional<ProcStat> readStat(Pid pid) const;
-  ProcessRecord recordOf(Pid pid, const ProcStat& stat) const;
+  std::optional<ProcessStat> readStat(Pid pid) const;
+  ProcessRecord datedRecordOf(const ProcessStat& stat) const;
 
   std::shared_ptr<const ProcKernel> m_kernel;
   BootEpoch m_epoch;

@@ -16,6 +16,7 @@ constexpr std::size_t longestProcessName = 15; // the kernel's TASK_COMM_LEN wit
 
 constexpr std::string_view processNameOf(std::string_view name) { return name.substr(0, longestProcessName); }
 constexpr bool isWaited(const Row& row) { return (row.kinds & programTable::waited) != 0; }
+constexpr bool isStarterRow(const Row& row) { return (row.kinds & programTable::starter) != 0; }
 constexpr bool isShell(const Row& row) { return (row.kinds & programTable::shell) != 0; }
 constexpr bool isBefore(const Row& left, const Row& right) { return left.name < right.name; }
 
@@ -85,6 +86,13 @@ bool isSystemPart(std::string_view processName) {
   if (const Row* row = find(processes, processName)) return isWaited(*row);
   return std::any_of(families.begin(), families.end(), [processName](const Row& family) {
     return isWaited(family) && processName.starts_with(processNameOf(family.name));
+  });
+}
+
+bool isStarter(std::string_view processName) {
+  if (const Row* row = find(processes, processName)) return isStarterRow(*row);
+  return std::any_of(families.begin(), families.end(), [processName](const Row& family) {
+    return isStarterRow(family) && processName.starts_with(processNameOf(family.name));
   });
 }
 

@@ -12,6 +12,10 @@ namespace vantle {
 // off after 15 bytes. A program that takes such a name only spares itself.
 bool isSystemPart(std::string_view processName);
 
+// True for shells and the like, by the kernel's name of the process: what such a program has started has
+// nothing to do with what else it has started.
+bool isStarter(std::string_view processName);
+
 // Whether a program is a part of some desktop rather than an app: panels, docks, window managers, launchers,
 // notices, screen locks, polkit agents, portals and the like, by the name of its file.
 bool isShellComponent(std::string_view fileName);

@@ -7,11 +7,13 @@
 // All that Vantle knows by name of the programs that make up a desktop. DesktopPrograms.h answers from it.
 namespace vantle::programTable {
 
-// What a program is; both can be true.
+// What a program is; several can be true.
 enum Kinds : unsigned {
   app = 0,
   waited = 1, // others wait for it: it must not be slowed, whichever app it belongs to
   shell = 2,  // its windows belong to the desktop, whatever their type says
+  starter =
+      4, // starts whatever it is told to and stays above it: what else it started has nothing to do with that
 };
 constexpr Kinds operator|(Kinds left, Kinds right) {
   return static_cast<Kinds>(static_cast<unsigned>(left) | static_cast<unsigned>(right));
@@ -36,6 +38,39 @@ struct Row {
 
 // By the names of their files; whole, also where the kernel's name for the process is cut off.
 inline constexpr std::array programs = std::to_array<Row>({
+    // shells and their like
+    {"bash", starter},
+    {"busybox", starter},
+    {"csh", starter},
+    {"dash", starter},
+    {"doas", starter},
+    {"env", starter},
+    {"fish", starter},
+    {"ksh", starter},
+    {"ksh93", starter},
+    {"login", starter},
+    {"make", starter},
+    {"mksh", starter},
+    {"ninja", starter},
+    {"nohup", starter},
+    {"nu", starter},
+    {"parallel", starter},
+    {"posh", starter},
+    {"screen", starter},
+    {"script", starter},
+    {"setsid", starter},
+    {"sh", starter},
+    {"sshd", starter},
+    {"sshd-session", starter},
+    {"startx", starter},
+    {"su", starter},
+    {"sudo", starter},
+    {"tcsh", starter},
+    {"tmux", starter},
+    {"xargs", starter},
+    {"xonsh", starter},
+    {"yash", starter},
+    {"zsh", starter},
     // the first programs, service managers, seats, buses, rights, settings stores
     {"(sd-pam)", waited},
     {"dbus-broker", waited},
@@ -377,6 +412,7 @@ inline constexpr std::array programs = std::to_array<Row>({
 
 // Families of programs, by the start of their files' names.
 inline constexpr std::array families = std::to_array<Row>({
+    {"tmux:", starter}, // as it calls its server
     {"at-spi", waited | shell},
     {"blueman-applet", shell},
     {"blueman-tray", shell},

@@ -267,7 +267,9 @@ TEST_F(ProtectionTest, theThreeAssertionsAgainstSleepShieldAndOthersDoNot) {
 TEST_F(ProtectionTest, theShieldIsTheUnionOfBothProbes) {
   machine.audio.heard = {10, 11};
   machine.power.held = {{11, "PreventSystemSleep"}, {12, "PreventSystemSleep"}};
-  EXPECT_THAT(shieldedPIDs(machine.audio, machine.power), ElementsAre(10, 11, 12));
+  const ShieldedPIDs shielded = shieldedPIDs(machine.audio, machine.power);
+  EXPECT_THAT(shielded.heard, ElementsAre(10, 11));
+  EXPECT_THAT(shielded.keepsAwake, ElementsAre(11, 12));
 }
 
 TEST_F(ProtectionTest, aProbeThatFailsShieldsNobody) {

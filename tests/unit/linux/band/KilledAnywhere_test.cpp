@@ -31,7 +31,7 @@ struct Program {
   explicit Program(const std::string& folder)
       : files(folder, PosixFileStore::Sync::none), epoch(BootEpoch::load(files, {folder + "/boot.json"})),
         processes(epoch, kernel), clock(epoch),
-        band(loop, files, {.kernel = kernel, .ledger = folder + "/band.json"}), settings(desktop.defaults),
+        band(loop, files, {.kernel = kernel, .ledgers = {folder + "/band.json"}}), settings(desktop.defaults),
         engine(ports(), settings) {}
 
   Machine ports() {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The band on real processes and threads, as root and as an ordinary user.
-#include "platform/linux/kernel/ProcKernel.h"
+#include "platform/linux/band/ThreadMark.h"
 #include "tests/unit/linux/band/BandFixture.h"
 
 #include <array>
@@ -20,6 +20,7 @@ using namespace test;
 using namespace std::chrono_literals;
 
 constexpr int bestEffort(int level) { return (2 << 13) | level; }
+
 TEST_F(LinuxBandTest, SlowsAnAppAndPutsItBack) {
   asBoth([] {
     const TestProcess app;
@@ -116,12 +117,27 @@ TEST_F(LinuxBandTest, ReclaimFindsWhatNobodyRemembers) {
     const Pid child = app.ask('f');
     const Pid distant = app.ask('s');
     Band next;
-    next.band.reclaim();
+    next.band.reclaim(nullptr);
     next.settled();
     for (const Pid pid : {app.pid(), child, distant}) {
       EXPECT_EQ(schedulingState(pid), before);
       EXPECT_EQ(next.band.isInBackgroundBand(pid), false);
     }
+    EXPECT_EQ(autogroupLine(app.pid()), "nice 0");
+  });
+}
+
+TEST_F(LinuxBandTest, ReclaimTakesARecentLook) {
+  asBoth([] {
+    const TestProcess app;
+    const std::string before = schedulingState(app.pid());
+    Band band;
+    EXPECT_TRUE(band.band.enterBackgroundBand(app.pid()));
+    band.settled();
+    const AppTrees recent = band.look({app.pid()});
+    band.band.reclaim(&recent);
+    band.settled();
+    EXPECT_EQ(schedulingState(app.pid()), before);
     EXPECT_EQ(autogroupLine(app.pid()), "nice 0");
   });
 }
@@ -132,7 +148,7 @@ TEST_F(LinuxBandTest, ASessionWithOthersInItIsLeftAlone) {
     const Pid app = shell.ask('f');
     const Pid other = shell.ask('f');
     Band band;
-    EXPECT_FALSE(band.enter(app, {app}));
+    EXPECT_EQ(refusalsAmong(band.answersFor(app, {app})), std::vector{BandRefusal::shared});
     band.settled();
     for (const Pid pid : {shell.pid(), app, other}) {
       EXPECT_EQ(band.band.isInBackgroundBand(pid), false);
@@ -148,12 +164,32 @@ TEST_F(LinuxBandTest, AnAppsOrphansGoAndComeWithIt) {
     const Pid orphan = app.ask('o');
     const std::string before = schedulingState(orphan);
     Band band;
-    EXPECT_TRUE(band.enter(app.pid(), {app.pid()}));
+    const std::vector<Pid> all = band.look({app.pid()}).processesOf(app.pid());
+    EXPECT_EQ(all, (std::vector<Pid>{app.pid(), orphan}));
+    EXPECT_TRUE(band.enter(app.pid(), all));
     EXPECT_EQ(band.band.isInBackgroundBand(orphan), true);
     band.settled();
-    EXPECT_TRUE(band.band.leaveBackgroundBand(app.pid()));
+    EXPECT_TRUE(band.leave(all, {app.pid()}).empty());
     band.settled();
     EXPECT_EQ(schedulingState(orphan), before);
+    EXPECT_EQ(autogroupLine(app.pid()), "nice 0");
+  });
+}
+
+TEST_F(LinuxBandTest, NobodyEntersUnasked) {
+  asBoth([] {
+    const TestProcess app;
+    const Pid child = app.ask('f');
+    const Pid orphan = app.ask('o');
+    Band band;
+    EXPECT_TRUE(band.enter(app.pid(), {app.pid()}));
+    band.settled();
+    for (const Pid pid : {child, orphan}) {
+      EXPECT_FALSE(band.band.carriesOwnMark(pid));
+      EXPECT_EQ(ProcKernel().ioPriority(pid), 0);
+    }
+    EXPECT_TRUE(band.leave({app.pid()}, {app.pid()}).empty());
+    band.settled();
   });
 }
 
@@ -162,14 +198,44 @@ TEST_F(LinuxBandTest, TheSessionOfTheBoostAppIsNeverLowered) {
     const TestProcess terminal;
     const Pid game = terminal.ask('o'); // started from it, and on its own since
     Band band;
-    const std::array<Pid, 1> tree{game};
-    band.band.prepareBoostApp(game, tree, {game, terminal.pid()});
     // As root its class may still be lowered: it shares the session with the game.
-    EXPECT_EQ(band.enter(terminal.pid(), {terminal.pid()}), runsAsRoot());
+    EXPECT_EQ(band.enter(terminal.pid(), {terminal.pid()}, {}, game), runsAsRoot());
     band.settled();
     EXPECT_EQ(autogroupLine(game), "nice 0");
     EXPECT_EQ(band.band.isInBackgroundBand(game), false);
     band.band.leaveBackgroundBand(terminal.pid());
+  });
+}
+
+TEST_F(LinuxBandTest, TheBoostAppItselfIsRefused) {
+  asBoth([] {
+    const TestProcess game;
+    Band band;
+    EXPECT_EQ(refusalsAmong(band.answersFor(game.pid(), {game.pid()}, {}, game.pid())),
+              std::vector{BandRefusal::notAllowed});
+    EXPECT_EQ(ProcKernel().ioPriority(game.pid()), 0);
+  });
+}
+
+TEST_F(LinuxBandTest, AMarkAloneIsNotTakenForASlowClass) {
+  asBoth([] {
+    const TestProcess app;
+    const Pid game = app.ask('f'); // in its session, so only the class weighs between the two
+    const std::string before = schedulingState(app.pid());
+    // Born of a process that had its mark, but not its class yet.
+    ASSERT_TRUE(ProcKernel().setIoPriority(app.pid(), ThreadMark::remembering(0)->encode()) == Change::done);
+    Band band;
+    const BandAnswer answer = band.answersFor(app.pid(), {app.pid()}, {}, game).at(0);
+    if (runsAsRoot()) {
+      EXPECT_TRUE(answer.entered());
+      EXPECT_EQ(answer.lever, BandLever::schedulingClass);
+      EXPECT_EQ(ProcKernel().scheduling(app.pid())->policy, SCHED_IDLE);
+    } else {
+      EXPECT_EQ(answer.refusal, BandRefusal::noWayBack);
+    }
+    EXPECT_TRUE(band.band.carriesOwnMark(app.pid())) << "until it leaves";
+    EXPECT_TRUE(band.leave({app.pid()}, {app.pid(), game}).empty());
+    EXPECT_EQ(schedulingState(app.pid()), before);
   });
 }
 
@@ -306,11 +372,9 @@ TEST_F(LinuxBandTest, ManySessionsWaitTheirTurnWithoutHoldingUpTheLoop) {
   asBoth([] {
     const std::array<TestProcess, 4> apps{};
     Band band;
-    std::vector<BandGroup> groups;
-    for (const TestProcess& app : apps) groups.push_back({app.pid(), {app.pid()}, {app.pid()}});
-    for (const std::vector<bool>& entered : band.band.enterBackgroundBand(groups, {})) {
-      EXPECT_EQ(entered, std::vector<bool>{true});
-    }
+    std::vector<Pid> roots;
+    for (const TestProcess& app : apps) roots.push_back(app.pid());
+    EXPECT_TRUE(band.allEnterTogether(roots));
     const auto allShow = [&apps](const char* line) {
       return std::all_of(apps.begin(), apps.end(),
                          [line](const TestProcess& app) { return autogroupLine(app.pid()) == line; });
@@ -366,7 +430,7 @@ TEST_F(LinuxBandTest, AProgramThatDiesWhileItsChangesWaitIsMadeGoodByTheNext) {
       }
       ::waitpid(first, nullptr, 0);
       Band next;
-      next.band.reclaim();
+      next.band.reclaim(nullptr);
       next.settled();
       for (const TestProcess& app : apps) {
         EXPECT_EQ(autogroupLine(app.pid()), "nice 0");

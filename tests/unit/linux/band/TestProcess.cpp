@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "tests/unit/linux/band/TestProcess.h"
 
-#include "platform/linux/band/ProcessScan.h"
 #include "platform/linux/kernel/ProcKernel.h"
 
 #include <array>
@@ -12,6 +11,7 @@
 #include <grp.h>
 #include <gtest/gtest.h>
 #include <sched.h>
+#include <set>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
@@ -78,8 +78,15 @@ int startChild(bool ownSession, bool orphan) {
   ::_exit(0);
 }
 
-void killTree(const ProcessScan& scan, Pid root) {
-  for (const Pid pid : scan.withDescendants(std::array<Pid, 1>{root})) ::kill(pid, SIGKILL);
+void killTree(const std::vector<ProcessStat>& all, Pid root) {
+  std::set<Pid> tree{root};
+  for (std::size_t before = 0; before != tree.size();) {
+    before = tree.size();
+    for (const ProcessStat& process : all) {
+      if (tree.contains(process.parent)) tree.insert(process.pid);
+    }
+  }
+  for (const Pid pid : tree) ::kill(pid, SIGKILL);
 }
 
 } // namespace
@@ -118,11 +125,11 @@ int TestProcess::ask(char letter) const {
 
 void TestProcess::end() {
   if (m_pid <= 0) return;
-  const ProcessScan scan(ProcKernel().scan());
-  killTree(scan, m_pid);
+  const std::vector<ProcessStat> all = ProcKernel().scan();
+  killTree(all, m_pid);
   ::waitpid(m_pid, nullptr, 0);
   // What it left behind in its session, of which this process has become the parent.
-  for (const ProcessStat& process : scan.all()) {
+  for (const ProcessStat& process : all) {
     if (process.session != m_pid || process.parent != ::getpid() || process.pid == m_pid) continue;
     ::kill(process.pid, SIGKILL);
     ::waitpid(process.pid, nullptr, 0);

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The band where a user manager weighs apps: its orders, and what it does when they fail.
-#include "platform/linux/kernel/ProcKernel.h"
 #include "tests/unit/linux/band/UserManagerFixture.h"
 
-#include <array>
 #include <fstream>
 #include <gmock/gmock.h>
 
@@ -99,14 +97,13 @@ TEST_F(UserManagerBand, AppsOfALoginSessionAreAdoptedTheOneInFrontIncluded) {
   for (const Pid pid : {front.pid(), app.pid(), child, server.pid()}) {
     m_groups.place(pid, FakeControlGroups::loginSession());
   }
-  const std::array<Pid, 1> tree{front.pid()};
-  m_band->prepareBoostApp(front.pid(), tree, {front.pid()});
+  makeRoomFor(front.pid(), {front.pid()});
   EXPECT_THAT(m_groups.pathOf(front.pid()), HasSubstr("/app.slice/app-vantle-"));
-  EXPECT_TRUE(enter(app.pid(), {app.pid(), child}));
+  EXPECT_TRUE(m_user->enter(app.pid(), {app.pid(), child}, {}, front.pid()));
   EXPECT_EQ(m_groups.pathOf(child), m_groups.pathOf(app.pid()));
   EXPECT_EQ(m_groups.idle(m_groups.pathOf(app.pid())), "1");
   EXPECT_NE(m_groups.idle(m_groups.pathOf(front.pid())), "1");
-  EXPECT_FALSE(enter(server.pid(), {server.pid()}));
+  EXPECT_FALSE(m_user->enter(server.pid(), {server.pid()}, {}, front.pid()));
   EXPECT_EQ(m_groups.pathOf(server.pid()), FakeControlGroups::loginSession());
 }
 
@@ -236,10 +233,10 @@ TEST_F(UserManagerBand, TheNextStartPutsBackAUnitWhoseProcessesAreAllNew) {
     stand(app.pid(), "worker.service", 30);
     EXPECT_TRUE(enter(app.pid(), {app.pid()}));
   }
-  m_band.reset(); // as if killed: nothing is put back
+  killed();
   EXPECT_EQ(m_manager.weight("worker.service"), 0U);
   start();
-  m_band->reclaim();
+  m_band->reclaim(nullptr);
   EXPECT_TRUE(settled());
   EXPECT_EQ(m_manager.weight("worker.service"), 30U);
 }
@@ -252,7 +249,7 @@ TEST_F(UserManagerBand, AScopeThatHasEndedIsForgotten) {
   }
   m_groups.removeFolder(FakeControlGroups::appSlice() + "/app-a-1.scope");
   m_manager.takeOrders();
-  m_band->reclaim();
+  m_band->reclaim(nullptr);
   EXPECT_TRUE(settled());
   EXPECT_THAT(m_manager.takeOrders(), IsEmpty());
   EXPECT_THAT(ledger(), HasSubstr("\"units\":[]"));
@@ -276,10 +273,67 @@ TEST_F(UserManagerBand, AWeightOfSomebodyElseStays) {
 TEST_F(UserManagerBand, WithoutALedgerNothingIsLowered) {
   const TestProcess app;
   stand(app.pid(), "app-a-1.scope");
-  m_ledger = "/proc/vantle/band.json"; // where nobody can write
+  m_ledgers = {"/proc/vantle/band.json"}; // where nobody can write
   start();
   EXPECT_FALSE(enter(app.pid(), {app.pid()}));
   EXPECT_EQ(m_manager.weight("app-a-1.scope"), ScriptedUserManager::notSet);
+}
+
+TEST_F(UserManagerBand, AFolderThatCannotBeWrittenHasAnotherStandIn) {
+  const TestProcess app;
+  const TestProcess second;
+  stand(app.pid(), "app-a-1.scope", 30);
+  stand(second.pid(), "app-b-1.scope", 40);
+  const std::string good = m_ledgers.front();
+  const std::string spare = (m_groups.folder() / "run/Vantle/band.json").string();
+  m_ledgers = {"/proc/vantle/band.json", spare};
+  start();
+  EXPECT_TRUE(enter(app.pid(), {app.pid()}));
+  EXPECT_EQ(idle("app-a-1.scope"), "1");
+  EXPECT_THAT(textOf(spare), HasSubstr("app-a-1.scope"));
+  killed();
+
+  // By now the first can be written, and has all of it; the other must not contradict it later.
+  m_ledgers = {good, spare};
+  start();
+  EXPECT_TRUE(enter(second.pid(), {second.pid()}));
+  EXPECT_THAT(textOf(good), testing::AllOf(HasSubstr("app-a-1.scope"), HasSubstr("app-b-1.scope")));
+  EXPECT_THAT(textOf(spare), HasSubstr("\"units\":[]"));
+  killed();
+
+  start();
+  m_band->reclaim(nullptr);
+  EXPECT_TRUE(settled());
+  EXPECT_EQ(m_manager.weight("app-a-1.scope"), 30U);
+  EXPECT_EQ(m_manager.weight("app-b-1.scope"), 40U);
+  for (const std::string& path : m_ledgers) EXPECT_THAT(textOf(path), HasSubstr("\"units\":[]"));
+}
+
+TEST_F(UserManagerBand, TheNextStartReadsTheStandInAlone) {
+  {
+    const TestProcess app;
+    stand(app.pid(), "worker.service", 30);
+    m_ledgers = {"/proc/vantle/band.json", (m_groups.folder() / "run/band.json").string()};
+    start();
+    EXPECT_TRUE(enter(app.pid(), {app.pid()}));
+  }
+  killed();
+  start();
+  m_band->reclaim(nullptr);
+  EXPECT_TRUE(settled());
+  EXPECT_EQ(m_manager.weight("worker.service"), 30U);
+  EXPECT_THAT(textOf(m_ledgers.back()), HasSubstr("\"units\":[]"));
+}
+
+TEST_F(UserManagerBand, NobodyLooksForABoostAppThatHasAPlace) {
+  bool hasLooked = false;
+  m_band->makeRoomFor(m_front.pid(), [&]() -> const ProcessView& {
+    static const ProcessView nobody;
+    hasLooked = true;
+    return nobody;
+  });
+  EXPECT_FALSE(hasLooked);
+  EXPECT_THAT(m_manager.takeOrders(), IsEmpty());
 }
 
 TEST_F(UserManagerBand, LedgersThatAreNotOursCountAsEmpty) {
@@ -293,11 +347,11 @@ TEST_F(UserManagerBand, LedgersThatAreNotOursCountAsEmpty) {
                                              R"({"boot":7,"units":3})",
                                              "\xff\xfe"};
   for (const std::string& content : contents) {
-    std::filesystem::create_directories(std::filesystem::path(m_ledger).parent_path());
-    std::ofstream(m_ledger) << content;
+    std::filesystem::create_directories(std::filesystem::path(m_ledgers.front()).parent_path());
+    std::ofstream(m_ledgers.front()) << content;
     start();
     m_manager.takeOrders();
-    m_band->reclaim();
+    m_band->reclaim(nullptr);
     EXPECT_THAT(m_manager.takeOrders(), IsEmpty()) << content.substr(0, 40);
   }
 }

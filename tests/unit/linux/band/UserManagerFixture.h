@@ -2,14 +2,12 @@
 #pragma once
 
 #include "platform/linux/band/UserManager.h"
-#include "platform/linux/kernel/ProcKernel.h"
 #include "tests/desktop/harness/PrivateBus.h"
 #include "tests/unit/linux/band/BandFixture.h"
 #include "tests/unit/linux/band/ScriptedUserManager.h"
 
-#include <algorithm>
-#include <array>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace vantle::test {
@@ -18,39 +16,49 @@ namespace vantle::test {
 class UserManagerBand : public testing::Test {
  protected:
   UserManagerBand() : m_manager(m_bus.address(), m_groups) {
-    m_ledger = (m_groups.folder() / "data/Vantle/band.json").string();
+    m_ledgers = {(m_groups.folder() / "data/Vantle/band.json").string()};
     stand(m_front.pid(), "app-front-1.scope");
     start();
   }
 
   // A new run of the program. A generous limit, so that a busy machine does not look like a late manager.
   void start(std::chrono::milliseconds limit = guard) {
+    m_user.reset();
     m_band.reset();
-    m_band = std::make_unique<LinuxBand>(
-        m_loop, m_files,
-        BandParts{.kernel = std::make_shared<ProcKernel>(m_groups.procRoot(), m_groups.sysRoot()),
-                  .manager = std::make_unique<UserManager>(m_loop, m_bus.address()),
-                  .ledger = m_ledger,
-                  .busLimit = limit});
-    const std::array<Pid, 1> front{m_front.pid()};
-    m_band->prepareBoostApp(m_front.pid(), front, {m_front.pid()});
+    const auto kernel = std::make_shared<ProcKernel>(m_groups.procRoot(), m_groups.sysRoot());
+    m_band =
+        std::make_unique<LinuxBand>(m_loop, m_files,
+                                    BandParts{.kernel = kernel,
+                                              .manager = std::make_unique<UserManager>(m_loop, m_bus.address()),
+                                              .ledgers = m_ledgers,
+                                              .busLimit = limit});
+    m_user.emplace(*m_band, kernel);
+  }
+  void killed() { // nothing is put back
+    m_user.reset();
+    m_band.reset();
   }
   void stand(Pid pid, const std::string& unit, std::uint64_t weight = ScriptedUserManager::notSet) {
     m_manager.addUnit(unit, weight);
     m_groups.place(pid, FakeControlGroups::appSlice() + "/" + unit);
   }
   bool enter(Pid root, const std::vector<Pid>& tree, const std::set<Pid>& everyApp = {}) {
-    const BandGroup group{root, tree, tree};
-    const std::vector<bool> entered = m_band->enterBackgroundBand(std::span(&group, 1), everyApp).front();
-    return std::all_of(entered.begin(), entered.end(), [](bool one) { return one; });
+    return m_user->enter(root, tree, everyApp, m_front.pid());
   }
   bool settled() { return m_band->settle(guard); }
   std::string idle(const std::string& unit) {
     return m_groups.idle(FakeControlGroups::appSlice() + "/" + unit);
   }
-  std::string ledger() const {
-    std::ifstream file(m_ledger);
+  std::string idleAround(Pid pid) { return m_groups.idle(m_groups.pathOf(pid)); }
+  static std::string textOf(const std::string& path) {
+    std::ifstream file(path);
     return {std::istreambuf_iterator<char>(file), {}};
+  }
+  std::string ledger() const { return textOf(m_ledgers.front()); }
+  void makeRoomFor(Pid boostApp, const std::set<Pid>& apps) {
+    std::optional<AppTrees> trees;
+    m_band->makeRoomFor(boostApp,
+                        [&]() -> const ProcessView& { return trees.emplace(m_user->look(apps)); });
   }
 
   desktop::PrivateBus m_bus;
@@ -58,9 +66,10 @@ class UserManagerBand : public testing::Test {
   ScriptedUserManager m_manager;
   PollEventLoop m_loop;
   PosixFileStore m_files{"/nonexistent", PosixFileStore::Sync::none};
-  std::string m_ledger;
+  std::vector<std::string> m_ledgers;
   TestProcess m_front;
   std::unique_ptr<LinuxBand> m_band;
+  std::optional<BandUser> m_user;
 };
 
 } // namespace vantle::test

@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: MIT
+#include "engine/AppTrees.h"
+
+#include <algorithm>
+
+namespace vantle {
+
+namespace {
+
+constexpr Pid firstAppPid = 2; // 0 is the kernel, 1 the first process
+
+} // namespace
+
+AppTrees::AppTrees(const ProcessTable& table, const Known& known)
+    : AppTrees(table, known, table.birthMark()) {}
+
+AppTrees::AppTrees(const ProcessTable& table, const Known& known, std::optional<std::uint64_t> birthMark)
+    : ProcessView(table.scan(), birthMark), m_table(&table) {
+  std::set<Pid> apps = known.apps;
+  if (known.self != 0) apps.insert(known.self);
+  if (const ProcessRecord* self = find(known.self)) m_ownUser = self->user;
+  for (const ProcessRecord* at = find(known.self); at != nullptr && at->pid >= firstAppPid;
+       at = find(at->parent)) {
+    if (!m_ownChain.insert(at->pid).second) break; // a circle, which reused numbers can make
+  }
+  for (const Pid app : apps) walkTree(app, apps);
+  adoptOrphans(known);
+}
+
+const std::vector<Pid>& AppTrees::processesOf(Pid app) const {
+  static const std::vector<Pid> none;
+  const auto found = m_processes.find(app);
+  return found == m_processes.end() ? none : found->second;
+}
+
+Pid AppTrees::ownerOf(const ProcessIdentity& identity) const {
+  const ProcessRecord* record = find(identity.pid);
+  return record != nullptr && identityOf(*record) == identity ? appOf(identity.pid) : 0;
+}
+
+void AppTrees::walkTree(Pid app, const std::set<Pid>& apps) {
+  std::vector<Pid>& tree = m_processes[app];
+  std::vector<Pid> toVisit{app};
+  while (!toVisit.empty()) {
+    const Pid pid = toVisit.back();
+    toVisit.pop_back();
+    if (appOf(pid) != 0 || (pid != app && apps.contains(pid))) continue;
+    assign(pid, app);
+    tree.push_back(pid);
+    const std::vector<Pid>& children = childPIDs(pid);
+    toVisit.insert(toVisit.end(), children.begin(), children.end());
+  }
+}
+
+void AppTrees::adoptOrphans(const Known& known) {
+  const auto mayBeAdopted = [this](const ProcessRecord& record) {
+    return record.pid >= firstAppPid && !record.isKernelThread && record.role != ProcessRole::system &&
+           appOf(record.pid) == 0;
+  };
+  std::unordered_map<Pid, Pid> owners; // 0: nobody's
+  for (const ProcessRecord& record : all()) {
+    if (!mayBeAdopted(record) || owners.contains(record.pid)) continue;
+    // Up to the first whose owner is known, then down again: each belongs to whom its parent belongs.
+    std::vector<const ProcessRecord*> chain;
+    const ProcessRecord* at = &record;
+    for (; at != nullptr && mayBeAdopted(*at) && owners.emplace(at->pid, 0).second; at = find(at->parent)) {
+      chain.push_back(at);
+    }
+    const auto above = at == nullptr ? owners.end() : owners.find(at->pid);
+    Pid owner = above == owners.end() ? 0 : above->second;
+    std::reverse(chain.begin(), chain.end());
+    for (const ProcessRecord* one : chain) {
+      if (owner == 0) owner = orphanOwner(*one, known);
+      owners[one->pid] = owner;
+    }
+  }
+  for (const ProcessRecord& record : all()) {
+    const auto found = owners.find(record.pid);
+    if (found == owners.end() || found->second == 0) continue;
+    assign(record.pid, found->second);
+    m_processes[found->second].push_back(record.pid);
+  }
+}
+
+Pid AppTrees::orphanOwner(const ProcessRecord& orphan, const Known& known) const {
+  const ProcessIdentity identity = identityOf(orphan);
+  const auto seen = std::find_if(known.members.begin(), known.members.end(),
+                                 [&identity](const auto& member) { return member.first == identity; });
+  if (seen != known.members.end()) return seen->second;
+  // Whatever a session holds was started in it by its first process.
+  if (orphan.session != orphan.pid && orphan.session >= firstAppPid && find(orphan.session) != nullptr) {
+    if (const Pid app = appOf(orphan.session); app != 0) return app;
+  }
+  const ProcessRecord* parent = find(orphan.parent);
+  const bool isOrphan = parent == nullptr || parent->pid < firstAppPid || parent->role == ProcessRole::system;
+  if (!isOrphan || orphan.user != m_ownUser) return 0;
+  const std::string& place = placeOf(orphan.pid);
+  return place.empty() ? 0 : onlyAppIn(place, known.apps);
+}
+
+Pid AppTrees::onlyAppIn(const std::string& place, const std::set<Pid>& apps) const {
+  Pid only = 0;
+  for (const Pid app : apps) {
+    if (find(app) == nullptr || placeOf(app) != place) continue;
+    if (only != 0) return 0;
+    only = app;
+  }
+  return only;
+}
+
+const std::string& AppTrees::placeOf(Pid pid) const {
+  const auto known = m_places.find(pid);
+  return known != m_places.end() ? known->second : m_places.emplace(pid, m_table->place(pid)).first->second;
+}
+
+std::set<Pid> AppTrees::clientsAmong(const std::set<Pid>& gameAncestors, Pid game) const {
+  std::set<Pid> clients;
+  for (const Pid pid : gameAncestors) {
+    const ProcessRecord* ancestor = find(pid);
+    if (pid == game || ancestor == nullptr || ancestor->role != ProcessRole::program) continue;
+    if (ancestor->user != m_ownUser || appOf(pid) != 0 || isOwnChain(pid)) continue;
+    if (!standsAboveTheDesktop(pid, gameAncestors)) clients.insert(pid);
+  }
+  return clients;
+}
+
+// What has started a part of the desktop is no store but a session. A store may put a part of its own
+// between itself and the game.
+bool AppTrees::standsAboveTheDesktop(Pid pid, const std::set<Pid>& gameAncestors) const {
+  std::vector<Pid> toVisit{pid};
+  std::set<Pid> visited;
+  while (!toVisit.empty()) {
+    const Pid at = toVisit.back();
+    toVisit.pop_back();
+    if (!visited.insert(at).second) continue;
+    const ProcessRecord* record = find(at);
+    if (record != nullptr && record->role == ProcessRole::system && !gameAncestors.contains(at)) return true;
+    const std::vector<Pid>& children = childPIDs(at);
+    toVisit.insert(toVisit.end(), children.begin(), children.end());
+  }
+  return false;
+}
+
+bool AppTrees::isPartOf(Pid app, const std::set<Pid>& clients) const {
+  const ProcessRecord* root = find(app);
+  std::set<Pid> visited;
+  for (const ProcessRecord* at = root; at != nullptr && visited.insert(at->pid).second;
+       at = find(at->parent)) {
+    if (at->pid == app || !clients.contains(at->pid)) continue;
+    // An app that it only started, as a desktop does, has a session and a place of its own.
+    const bool sharesSession = root->session == at->session && root->session != 0;
+    const std::string& place = placeOf(app);
+    if (sharesSession || (!place.empty() && place == placeOf(at->pid))) return true;
+  }
+  return false;
+}
+
+} // namespace vantle

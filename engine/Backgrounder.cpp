@@ -1,0 +1,307 @@
+// SPDX-License-Identifier: MIT
+#include "engine/Backgrounder.h"
+
+#include "engine/ProcessQueries.h"
+
+#include <algorithm>
+#include <memory>
+#include <string>
+
+namespace vantle {
+
+namespace {
+
+// Each look finds only what was born during the one before and escaped it.
+constexpr int mostLooks = 4;
+
+std::string nameOf(const RunningApplication& app) {
+  return app.localizedName().value_or("pid " + std::to_string(app.processIdentifier()));
+}
+
+template <class Container, class Item> bool contains(const Container& container, const Item& item) {
+  return std::find(container.begin(), container.end(), item) != container.end();
+}
+
+} // namespace
+
+Backgrounder::Backgrounder(const Machine& machine) : m_machine(machine), m_journal(machine.files) {}
+
+void Backgrounder::recover() {
+  m_journal.restoreAllAndClear(m_machine.processes, m_machine.band);
+  m_machine.band.reclaim(nullptr);
+}
+
+bool Backgrounder::isSame(const ProcessIdentity& identity) const {
+  return isSameLiveProcess(m_machine.processes, identity);
+}
+
+AppTrees Backgrounder::look() const {
+  AppTrees::Known known;
+  known.self = m_machine.host.selfPID();
+  for (const AppRef& app : m_machine.workspace.runningApplications()) {
+    known.apps.insert(app->processIdentifier());
+  }
+  for (const auto& [pid, app] : m_managed) {
+    known.apps.insert(pid);
+    for (const ProcessIdentity& member : app.members) known.members.emplace_back(member, pid);
+  }
+  return {m_machine.processes, known};
+}
+
+void Backgrounder::makeRoomFor(Pid boostApp) {
+  std::optional<AppTrees> trees;
+  m_machine.band.makeRoomFor(boostApp, [&]() -> const ProcessView& { return trees.emplace(look()); });
+}
+
+AppTrees Backgrounder::manage(std::span<const AppRef> apps, Pid boostApp, const Judge& judge) {
+  AppTrees trees = look();
+  std::vector<Entering> entering = chosen(apps, judge, trees);
+  std::unordered_set<ProcessIdentity> seen;
+  for (int count = 0; count < mostLooks; ++count) {
+    if (count > 0) trees = look();
+    for (Entering& one : entering) collect(one, trees, seen);
+    if (count == 0 && !m_managed.empty()) sortOut(trees, entering, boostApp);
+    std::erase_if(entering, [](const Entering& one) { return one.processes.empty(); });
+    if (entering.empty()) break;
+    enter(entering, boostApp, trees);
+    if (!trees.birthMark() || isCurrent(trees)) break;
+    std::erase_if(entering, [this](const Entering& one) { return !m_managed.contains(one.root.pid); });
+  }
+  return trees;
+}
+
+std::vector<Backgrounder::Entering> Backgrounder::chosen(std::span<const AppRef> apps, const Judge& judge,
+                                                         const AppTrees& trees) {
+  std::vector<Entering> all;
+  for (const AppRef& app : apps) {
+    const Pid pid = app->processIdentifier();
+    const bool isTwice =
+        std::any_of(all.begin(), all.end(), [pid](const auto& one) { return one.root.pid == pid; });
+    if (isTwice) continue;
+    const Verdict verdict = judge(*app, trees);
+    if (verdict != Verdict::slowedAlready) note(pid, verdict);
+    if (verdict != Verdict::slowed) continue;
+    const std::optional<ProcessIdentity> root = readIdentity(m_machine.processes, pid);
+    if (root) all.push_back({app, *root, m_machine.clock.processMicros(), {}});
+  }
+  return all;
+}
+
+// Those of an app's processes that are to enter now.
+void Backgrounder::collect(Entering& entering, const AppTrees& trees,
+                           std::unordered_set<ProcessIdentity>& seen) const {
+  entering.processes.clear();
+  const auto listed = m_managed.find(entering.root.pid);
+  for (const Pid pid : trees.processesOf(entering.root.pid)) {
+    // What is in the band already was put there by somebody else, who will take it out again; unless it was
+    // born there, below an app that this program has slowed.
+    const bool isIn = m_machine.band.isInBackgroundBand(pid) == true;
+    if (isIn && !m_machine.band.carriesOwnMark(pid)) continue;
+    const std::optional<ProcessIdentity> identity = readIdentity(m_machine.processes, pid);
+    if (!identity || !seen.insert(*identity).second) continue;
+    if (listed != m_managed.end() && contains(listed->second.members, *identity)) continue;
+    entering.processes.push_back(*identity);
+  }
+}
+
+void Backgrounder::enter(const std::vector<Entering>& all, Pid boostApp, const AppTrees& trees) {
+  std::vector<ProcessIdentity> recorded;
+  std::vector<BandApp> apps;
+  for (const Entering& one : all) {
+    recorded.insert(recorded.end(), one.processes.begin(), one.processes.end());
+    BandApp& app = apps.emplace_back(BandApp{one.root.pid, {}});
+    for (const ProcessIdentity& process : one.processes) app.candidates.push_back(process.pid);
+  }
+  m_journal.add(recorded);
+  const std::vector<std::vector<BandAnswer>> answers =
+      m_machine.band.enter({trees, boostApp, apps, slowedApps()});
+
+  std::vector<ProcessIdentity> failed;
+  for (std::size_t at = 0; at < all.size(); ++at) {
+    const Entering& one = all[at];
+    AppVerdict& verdict = m_verdicts[one.root.pid];
+    std::vector<ProcessIdentity> members;
+    for (std::size_t index = 0; index < one.processes.size(); ++index) {
+      const BandAnswer& answer = answers.at(at).at(index);
+      (answer.entered() ? members : failed).push_back(one.processes[index]);
+      if (answer.entered() && !verdict.lever) verdict.lever = answer.lever;
+      if (!answer.entered() && !verdict.refusal) verdict.refusal = answer.refusal;
+    }
+    const auto listed = m_managed.find(one.root.pid);
+    if (listed != m_managed.end()) {
+      auto& known = listed->second.members;
+      known.insert(known.end(), members.begin(), members.end());
+    } else if (!members.empty()) {
+      m_givenUp.erase(one.root.pid);
+      m_managed.emplace(one.root.pid, ManagedApp{nameOf(*one.app), one.app->bundleIdentifier(), one.root,
+                                                 std::move(members), one.changedAtMicros});
+    } else {
+      verdict.verdict = Verdict::refused;
+    }
+  }
+  // What was born slowed and may not be slowed on its own account comes out.
+  std::vector<ProcessIdentity> marked;
+  std::copy_if(failed.begin(), failed.end(), std::back_inserter(marked),
+               [this](const ProcessIdentity& one) { return m_machine.band.carriesOwnMark(one.pid); });
+  if (!marked.empty()) leave(marked, boostApp, trees);
+  m_journal.remove(failed);
+}
+
+std::set<Pid> Backgrounder::slowedApps() const {
+  std::set<Pid> apps;
+  for (const auto& [pid, app] : m_managed) apps.insert(pid);
+  return apps;
+}
+
+// Puts processes back and looks after those that lost their place with them.
+void Backgrounder::leave(const std::vector<ProcessIdentity>& processes, Pid boostApp, const AppTrees& trees) {
+  const std::unique_ptr<BackgroundBand::Leaving> leaving = m_machine.band.leaving(trees);
+  for (const ProcessIdentity& process : processes) {
+    if (isSame(process)) leaving->leave(process.pid);
+  }
+  retry(leaving->finish(), boostApp, trees);
+}
+
+// Makes the lists fit who owns what by now. An app that got its first window late was slowed as a part of
+// another one, and what a slowed app starts is born slowed.
+void Backgrounder::sortOut(const AppTrees& trees, const std::vector<Entering>& entering, Pid boostApp) {
+  const auto isListed = [&](Pid app) {
+    return m_managed.contains(app) || std::any_of(entering.begin(), entering.end(),
+                                                  [app](const auto& one) { return one.root.pid == app; });
+  };
+  std::vector<ProcessIdentity> freed;
+  std::vector<std::pair<Pid, ProcessIdentity>> handedOver;
+  for (auto& [root, app] : m_managed) {
+    std::erase_if(app.members, [&, app = root](const ProcessIdentity& member) {
+      const Pid owner = trees.ownerOf(member);
+      if (owner == 0 || owner == app) return false;
+      if (m_managed.contains(owner)) {
+        handedOver.emplace_back(owner, member);
+      } else if (!isListed(owner)) {
+        freed.push_back(member);
+      }
+      return true;
+    });
+  }
+  for (const auto& [app, member] : handedOver) m_managed.at(app).members.push_back(member);
+  std::erase_if(m_managed, [](const auto& entry) { return entry.second.members.empty(); });
+
+  const std::size_t journalled = freed.size();
+  for (const ProcessRecord& record : trees.all()) {
+    if (record.isKernelThread || !m_machine.band.carriesOwnMark(record.pid)) continue;
+    const ProcessIdentity identity = identityOf(record);
+    if (!isListed(trees.appOf(record.pid)) && !contains(freed, identity)) freed.push_back(identity);
+  }
+  if (freed.empty()) return;
+  leave(freed, boostApp, trees);
+  freed.resize(journalled);
+  m_journal.remove(freed);
+}
+
+void Backgrounder::restore(Pid app, Pid boostApp, std::optional<AppTrees> earlier) {
+  const auto listed = m_managed.find(app);
+  // Told by one call, as nearly always: nobody is slowed, or this app has inherited nothing.
+  if (listed == m_managed.end() && (m_managed.empty() || !m_machine.band.carriesOwnMark(app))) return;
+  AppTrees trees = earlier && isCurrent(*earlier) ? std::move(*earlier) : look();
+  if (listed != m_managed.end()) {
+    const ManagedApp restored = std::move(listed->second);
+    m_managed.erase(listed);
+    putBack({&restored, 1}, boostApp, trees);
+  }
+  if (m_managed.empty()) return reclaim(trees);
+  // What was born of a process whose turn was still to come has inherited the band.
+  for (int count = 0; count < mostLooks; ++count) {
+    if (count > 0) trees = look();
+    sortOut(trees, {}, boostApp);
+    if (!trees.birthMark() || isCurrent(trees)) return;
+  }
+}
+
+void Backgrounder::restoreAll() {
+  if (m_managed.empty()) {
+    m_machine.band.reclaim(nullptr);
+  } else {
+    const AppTrees trees = look();
+    std::vector<ManagedApp> all;
+    all.reserve(m_managed.size());
+    for (auto& [pid, app] : m_managed) all.push_back(std::move(app));
+    m_managed.clear();
+    putBack(all, 0, trees);
+    reclaim(trees);
+  }
+  m_givenUp.clear();
+  m_verdicts.clear();
+}
+
+// Nobody was born since.
+bool Backgrounder::isCurrent(const AppTrees& trees) const {
+  return trees.birthMark() && trees.birthMark() == m_machine.processes.birthMark();
+}
+
+void Backgrounder::reclaim(const AppTrees& trees) {
+  m_machine.band.reclaim(isCurrent(trees) ? &trees : nullptr);
+}
+
+void Backgrounder::putBack(std::span<const ManagedApp> apps, Pid boostApp, const AppTrees& trees) {
+  const ProcessTable& processes = m_machine.processes;
+  const std::unique_ptr<BackgroundBand::Leaving> leaving = m_machine.band.leaving(trees);
+  std::vector<ProcessIdentity> forgotten;
+  for (const ManagedApp& app : apps) {
+    // Children that were born slowed are nobody's members: found by their age, while the root still stands.
+    if (isSame(app.root)) {
+      for (const Pid pid : trees.processesOf(app.root.pid)) {
+        const std::optional<ProcessIdentity> identity = readIdentity(processes, pid);
+        if (!identity || startMicros(*identity) < app.changedAtMicros) continue;
+        if (m_machine.band.isInBackgroundBand(pid) == true) leaving->leave(pid);
+      }
+    }
+    for (const ProcessIdentity& member : app.members) {
+      if (isSame(member)) leaving->leave(member.pid);
+    }
+    forgotten.insert(forgotten.end(), app.members.begin(), app.members.end());
+  }
+  retry(leaving->finish(), boostApp, trees);
+  m_journal.remove(forgotten);
+}
+
+// Those that lost their place with one that left it are slowed in another way, or given up.
+void Backgrounder::retry(const std::vector<Pid>& raised, Pid boostApp, const AppTrees& trees) {
+  std::set<Pid> owners;
+  for (const Pid pid : raised) {
+    if (const Pid app = trees.appOf(pid); m_managed.contains(app)) owners.insert(app);
+  }
+  if (owners.empty()) return;
+  std::vector<BandApp> apps;
+  for (const Pid owner : owners) {
+    BandApp& app = apps.emplace_back(BandApp{owner, {}});
+    for (const ProcessIdentity& member : m_managed.at(owner).members) {
+      if (trees.ownerOf(member) != 0) app.candidates.push_back(member.pid);
+    }
+  }
+  const auto answers = m_machine.band.enter({trees, boostApp, apps, slowedApps()});
+  std::vector<ProcessIdentity> lost;
+  for (std::size_t at = 0; at < apps.size(); ++at) {
+    std::vector<ProcessIdentity>& members = m_managed.at(apps[at].root).members;
+    for (std::size_t index = 0; index < answers[at].size(); ++index) {
+      if (answers[at][index].entered()) continue;
+      const Pid pid = apps[at].candidates[index];
+      const auto member = std::find_if(members.begin(), members.end(),
+                                       [pid](const ProcessIdentity& one) { return one.pid == pid; });
+      lost.push_back(*member);
+      members.erase(member);
+    }
+    // Whoever has ended meanwhile keeps nobody listed.
+    const bool anyLives = std::any_of(members.begin(), members.end(),
+                                      [this](const ProcessIdentity& one) { return isSame(one); });
+    if (anyLives) continue;
+    lost.insert(lost.end(), members.begin(), members.end());
+    m_managed.erase(apps[at].root);
+    m_givenUp.insert(apps[at].root);
+    m_verdicts[apps[at].root] = {Verdict::refused, {}, BandRefusal::shared};
+  }
+  if (lost.empty()) return;
+  leave(lost, boostApp, trees);
+  m_journal.remove(lost);
+}
+
+} // namespace vantle

@@ -1,0 +1,145 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/band/EnteringPass.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace vantle {
+
+EnteringPass::EnteringPass(Parts parts, const BandPass& pass)
+    : m_parts(parts), m_pass(pass), m_slowed(pass.slowed), m_taskGroups(parts.kernel, parts.controlGroups) {
+  for (const BandApp& app : pass.apps) m_slowed.insert(app.root);
+}
+
+std::vector<std::vector<BandAnswer>> EnteringPass::run() {
+  // First of all, because it decides where processes stand from then on.
+  if (m_parts.units.isUsable()) {
+    const std::string front =
+        m_pass.boostApp == 0 ? std::string() : m_parts.kernel.unifiedPath(m_pass.boostApp);
+    // Without an app in front a path stands for a neighbour of all apps.
+    m_units.emplace(m_parts.units, m_parts.kernel, front.empty() ? m_parts.units.appSlice() + "/-" : front,
+                    m_parts.kernel.now() + m_parts.busLimit);
+    m_units->run(m_pass, [this](const ProcessRecord& process) { return mayTouch(process); });
+  }
+  m_isStale = !m_pass.view.birthMark() || m_pass.view.birthMark() != m_parts.kernel.birthMark();
+  findBoostGroups();
+
+  std::vector<std::vector<BandAnswer>> answers;
+  answers.reserve(m_pass.apps.size());
+  for (const BandApp& app : m_pass.apps) {
+    std::vector<BandAnswer>& ofApp = answers.emplace_back();
+    for (const Pid pid : app.candidates) ofApp.push_back(enter(pid));
+  }
+  m_parts.sessions.apply();
+  if (m_units) m_units->raiseUnused(m_enteredPaths);
+  return answers;
+}
+
+void EnteringPass::findBoostGroups() {
+  if (m_pass.boostApp == 0) return;
+  for (const ProcessRecord& process : m_pass.view.all()) {
+    if (m_pass.view.appOf(process.pid) != m_pass.boostApp) continue;
+    TaskGroup group = m_taskGroups.of(process.pid, process.session);
+    if (std::find(m_boostGroups.begin(), m_boostGroups.end(), group) == m_boostGroups.end())
+      m_boostGroups.push_back(std::move(group));
+  }
+}
+
+BandAnswer EnteringPass::enter(Pid pid) {
+  const ProcessRecord* process = m_pass.view.find(pid);
+  if (process == nullptr) return {BandRefusal::gone};
+  if (m_isStale) {
+    // Its number may be another one's by now.
+    const std::optional<ProcessStat> now = m_parts.kernel.stat(pid);
+    if (!now || !now->isAlive() || now->startTicks != process->startTicks) return {BandRefusal::gone};
+  }
+  if (!mayTouch(*process)) return {BandRefusal::notAllowed};
+  const BandAnswer answer = leverFor(*process);
+  if (!answer.entered()) return answer;
+
+  ThreadLevers::Plan plan;
+  if (!m_isStale) plan.birthMark = static_cast<Pid>(*m_pass.view.birthMark());
+  plan.hasOneThread = process->threads == 1;
+  plan.classIsTheEffect = answer.lever == BandLever::schedulingClass;
+  plan.sessionLowered = answer.lever == BandLever::session;
+  if (!m_parts.threads.enter(pid, plan)) return {BandRefusal::noWayBack};
+  if (answer.lever == BandLever::unit) m_enteredPaths.push_back(m_units->pathOf(pid));
+  // The mark comes first: from here on a crash leaves the session's weight to be found by it.
+  if (answer.lever == BandLever::session && m_lowered.insert(process->session).second) {
+    const SessionPlan& session = sessionPlan(process->session);
+    m_parts.sessions.lower(session.group, session.members, session.load);
+  }
+  return answer;
+}
+
+bool EnteringPass::mayTouch(const ProcessRecord& process) {
+  const auto known = m_mayTouch.find(process.pid);
+  if (known != m_mayTouch.end()) return known->second;
+  const auto isOwn = [&] {
+    // An ordinary user's own file says all; root's may be that of a process which hides its memory.
+    return (process.user != 0 && process.user == m_parts.kernel.user()) || m_parts.kernel.isOwn(process.pid);
+  };
+  const Pid app = m_pass.view.appOf(process.pid);
+  const bool may = process.pid > 1 && process.pid != m_parts.kernel.self() && !process.isKernelThread &&
+                   process.role != ProcessRole::system && (m_pass.boostApp == 0 || app != m_pass.boostApp) &&
+                   isOwn();
+  return m_mayTouch.emplace(process.pid, may).first->second;
+}
+
+BandAnswer EnteringPass::leverFor(const ProcessRecord& process) {
+  if (m_units && m_parts.units.isLowered(m_units->pathOf(process.pid))) return {{}, BandLever::unit};
+  const TaskGroup group = m_taskGroups.of(process.pid, process.session);
+  std::optional<BandRefusal> refusal;
+  if (group.kind == TaskGroup::Kind::session) {
+    refusal = sessionPlan(group.session).refusal;
+    if (!refusal) return {{}, BandLever::session};
+  }
+  // A scheduling class says something only to those in the same group. Without an app in front to compare
+  // with, that is everybody as long as there are no groups.
+  const bool meetsBoostApp = m_boostGroups.empty() ? group.kind == TaskGroup::Kind::root
+                                                   : std::find(m_boostGroups.begin(), m_boostGroups.end(),
+                                                               group) != m_boostGroups.end();
+  if (meetsBoostApp && group.kind != TaskGroup::Kind::unknown) return {{}, BandLever::schedulingClass};
+  return {refusal.value_or(BandRefusal::noLever)};
+}
+
+const EnteringPass::SessionPlan& EnteringPass::sessionPlan(Pid session) {
+  const auto known = m_sessionPlans.find(session);
+  if (known != m_sessionPlans.end()) return known->second;
+  SessionPlan plan;
+  for (const std::size_t place : m_pass.view.session(session)) {
+    const ProcessRecord& process = m_pass.view.all()[place];
+    const Pid app = m_pass.view.appOf(process.pid);
+    // It has one weight for all that stand in it.
+    if (app == 0 || !isSlowed(app) || !mayTouch(process)) {
+      plan.refusal = BandRefusal::shared;
+      break;
+    }
+    plan.members.push_back(process.pid);
+    plan.load.running += process.isRunning ? 1 : 0;
+    plan.load.cpuTicks += process.cpuTicks;
+  }
+  if (!plan.refusal) {
+    const std::optional<Autogroup> group = weightThatIsOurs(plan.members);
+    if (group) {
+      plan.group = *group;
+    } else {
+      plan.refusal = BandRefusal::noWayBack;
+    }
+  }
+  return m_sessionPlans.emplace(session, std::move(plan)).first->second;
+}
+
+// The session whose weight can be lowered, or was lowered by this program earlier.
+std::optional<Autogroup> EnteringPass::weightThatIsOurs(const std::vector<Pid>& members) const {
+  for (const Pid pid : members) {
+    const std::optional<Autogroup> group = m_parts.kernel.writableAutogroup(pid);
+    if (!group) continue;
+    if (group->nice == SessionWeights::own) return group;
+    const std::optional<ThreadMark> mark = m_parts.threads.mark(pid);
+    if (group->nice == SessionWeights::lowered && mark && mark->sessionLowered) return group;
+  }
+  return std::nullopt;
+}
+
+} // namespace vantle
