@@ -18,6 +18,10 @@ AppTrees::AppTrees(const ProcessTable& table, const Known& known, std::optional<
     : ProcessView(table.scan(), birthMark), m_table(&table) {
   std::set<Pid> apps = known.apps;
   if (known.self != 0) apps.insert(known.self);
+  for (const ProcessIdentity& root : known.roots) {
+    const ProcessRecord* record = find(root.pid);
+    if (record != nullptr && identityOf(*record) == root) apps.insert(root.pid);
+  }
   if (const ProcessRecord* self = find(known.self)) m_ownUser = self->user;
   for (const ProcessRecord* at = find(known.self); at != nullptr && at->pid >= firstAppPid;
        at = find(at->parent)) {
@@ -132,7 +136,8 @@ bool AppTrees::standsAboveTheDesktop(Pid pid, const std::set<Pid>& gameAncestors
   while (!toVisit.empty()) {
     const Pid at = toVisit.back();
     toVisit.pop_back();
-    if (!visited.insert(at).second) continue;
+    // What an app has started for itself is not the desktop.
+    if (!visited.insert(at).second || appOf(at) != 0) continue;
     const ProcessRecord* record = find(at);
     if (record != nullptr && record->role == ProcessRole::system && !gameAncestors.contains(at)) return true;
     const std::vector<Pid>& children = childPIDs(at);

@@ -26,6 +26,7 @@ class AppTrees final : public ProcessView {
  public:
   struct Known {
     std::set<Pid> apps;                                   // the main processes of all running apps
+    std::vector<ProcessIdentity> roots;                   // further ones, if they still are those
     Pid self = 0;                                         // this program
     std::vector<std::pair<ProcessIdentity, Pid>> members; // who was seen in whose tree before
   };

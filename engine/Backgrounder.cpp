@@ -39,10 +39,10 @@ AppTrees Backgrounder::look() const {
   AppTrees::Known known;
   known.self = m_machine.host.selfPID();
   for (const AppRef& app : m_machine.workspace.runningApplications()) {
-    known.apps.insert(app->processIdentifier());
+    if (!app->isTerminated()) known.apps.insert(app->processIdentifier());
   }
   for (const auto& [pid, app] : m_managed) {
-    known.apps.insert(pid);
+    known.roots.push_back(app.root);
     for (const ProcessIdentity& member : app.members) known.members.emplace_back(member, pid);
   }
   return {m_machine.processes, known};
@@ -87,16 +87,22 @@ std::vector<Backgrounder::Entering> Backgrounder::chosen(std::span<const AppRef>
   return all;
 }
 
+bool Backgrounder::isOwnDoing(Pid pid, const AppTrees& trees) const {
+  const ProcessRecord* record = trees.find(pid);
+  return m_machine.band.carriesOwnMark(pid) ||
+         (record != nullptr && m_journal.entries().contains(identityOf(*record)));
+}
+
 // Those of an app's processes that are to enter now.
 void Backgrounder::collect(Entering& entering, const AppTrees& trees,
                            std::unordered_set<ProcessIdentity>& seen) const {
   entering.processes.clear();
   const auto listed = m_managed.find(entering.root.pid);
   for (const Pid pid : trees.processesOf(entering.root.pid)) {
-    // What is in the band already was put there by somebody else, who will take it out again; unless it was
-    // born there, below an app that this program has slowed.
+    // What is in the band already was put there by somebody else, who will take it out again; unless it is
+    // this program's doing, because it was slowed, or born, as a part of another app.
     const bool isIn = m_machine.band.isInBackgroundBand(pid) == true;
-    if (isIn && !m_machine.band.carriesOwnMark(pid)) continue;
+    if (isIn && !isOwnDoing(pid, trees)) continue;
     const std::optional<ProcessIdentity> identity = readIdentity(m_machine.processes, pid);
     if (!identity || !seen.insert(*identity).second) continue;
     if (listed != m_managed.end() && contains(listed->second.members, *identity)) continue;

@@ -74,6 +74,7 @@ class Backgrounder {
   void collect(Entering& entering, const AppTrees& trees, std::unordered_set<ProcessIdentity>& seen) const;
   void enter(const std::vector<Entering>& all, Pid boostApp, const AppTrees& trees);
   void putBack(std::span<const ManagedApp> apps, Pid boostApp, const AppTrees& trees);
+  bool isOwnDoing(Pid pid, const AppTrees& trees) const;
   bool isCurrent(const AppTrees& trees) const;
   void reclaim(const AppTrees& trees);
   void leave(const std::vector<ProcessIdentity>& processes, Pid boostApp, const AppTrees& trees);

@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <memory>
+#include <utility>
 
 namespace vantle {
 
@@ -26,9 +27,17 @@ Machine SimulatedMachine::ports() {
 }
 
 SimulatedAppRef SimulatedMachine::launch(const AppSpec& spec, Opening opening) {
-  const Pid pid = processes.spawn(
-      {.parent = spec.parent, .executable = spec.program, .footprint = spec.footprint, .pid = spec.pid});
-  auto app = std::make_shared<SimulatedApp>(workspace, calls, pid, spec);
+  const Pid pid = processes.spawn({.parent = spec.parent,
+                                   .executable = spec.program,
+                                   .footprint = spec.footprint,
+                                   .leadsSession = spec.leadsSession,
+                                   .place = spec.place,
+                                   .pid = spec.pid});
+  return showWindow(pid, spec, opening);
+}
+
+SimulatedAppRef SimulatedMachine::showWindow(Pid pid, AppSpec spec, Opening opening) {
+  auto app = std::make_shared<SimulatedApp>(workspace, calls, pid, std::move(spec));
   workspace.add(app);
   if (opening == Opening::inFront) workspace.setFrontmost(app);
   deliver();
@@ -46,11 +55,11 @@ void SimulatedMachine::exit(Pid pid) {
   deliver();
 }
 
-void SimulatedMachine::restartProgram() {
+void SimulatedMachine::restartProgram(Pid parent) {
   calls.cancelCrash();
   workspace.dropEvents();
   processes.exit(host.self);
-  host.self = processes.spawn({.executable = ownExecutable});
+  host.self = processes.spawn({.parent = parent, .executable = ownExecutable});
 }
 
 void SimulatedMachine::deliver() {

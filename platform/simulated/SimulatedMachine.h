@@ -69,13 +69,15 @@ class SimulatedMachine {
   Machine ports();
 
   SimulatedAppRef launch(const AppSpec& spec, Opening opening);
+  // The first window of a process that runs already: an app from now on.
+  SimulatedAppRef showWindow(Pid pid, AppSpec spec, Opening opening);
   void activate(const SimulatedAppRef& app); // null: nobody is in front
   // Ends a process; an app whose main process it is has quit.
   void exit(Pid pid);
   void quit(const SimulatedAppRef& app) { exit(app->processIdentifier()); }
   // The end of this program in whatever way: events that nobody heard are lost. Call it before the next
-  // start, which then has a pid of its own.
-  void restartProgram();
+  // start, which then has a pid of its own, below the given process.
+  void restartProgram(Pid parent = 1);
 
  private:
   void deliver();

@@ -71,6 +71,7 @@ Pid SimulatedProcesses::spawn(const ProcessSpec& spec) {
   process.footprint = spec.footprint;
   process.isBusy = spec.isBusy;
   process.band = parent->band;
+  ++m_births;
   process.session = spec.leadsSession ? pid : parent->session;
   process.role = spec.role;
   process.place = spec.place.empty() ? parent->place : spec.place;
@@ -134,6 +135,10 @@ std::optional<ProcessRecord> SimulatedProcesses::record(Pid pid) const {
   const SimulatedProcess* process = readable(Operation::readRecord, pid);
   if (process == nullptr) return std::nullopt;
   return recordOf(*process);
+}
+
+std::optional<std::uint64_t> SimulatedProcesses::birthMark() const {
+  return tellsOfBirths ? std::optional(m_births) : std::nullopt;
 }
 
 std::string SimulatedProcesses::place(Pid pid) const {

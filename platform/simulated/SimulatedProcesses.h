@@ -26,8 +26,8 @@ struct ProcessSpec {
   bool isBusy = false;         // uses all the CPU it gets
   bool leadsSession = false;   // has a session of its own; otherwise its parent's
   ProcessRole role = ProcessRole::program;
-  std::string place{};         // that the desktop made for its app; its parent's when empty
-  std::optional<Pid> pid{};    // a particular free one; otherwise the next free one
+  std::string place{};      // that the desktop made for its app; its parent's when empty
+  std::optional<Pid> pid{}; // a particular free one; otherwise the next free one
 };
 
 struct SimulatedProcess {
@@ -73,10 +73,12 @@ class SimulatedProcesses final : public ProcessTable {
 
   void setHighestPid(Pid highest) { m_highest = highest; } // small values make reuse happen soon
   std::size_t reusedPids() const { return m_reusedPids; }  // processes whose pid another one had before
+  bool tellsOfBirths = false;                              // whether there is a birth mark
   CpuModel cpu;
   void passTime(std::chrono::microseconds duration); // the busy processes use their share of it
 
   std::optional<ProcessRecord> record(Pid pid) const override;
+  std::optional<std::uint64_t> birthMark() const override;
   std::string place(Pid pid) const override;
   std::vector<ProcessRecord> scan() const override;
   std::optional<std::string> executablePathBytes(Pid pid) const override;
@@ -97,6 +99,7 @@ class SimulatedProcesses final : public ProcessTable {
   Pid m_highest = 32768;
   Pid m_last = 1;
   std::size_t m_reusedPids = 0;
+  std::uint64_t m_births = 0;
 };
 
 } // namespace vantle

@@ -34,6 +34,8 @@ struct AppSpec {
   std::string program = "/usr/bin/program";    // the executable of its main process
   std::uint64_t footprint = 100 * 1024 * 1024; // of its main process, in bytes
   std::optional<Pid> pid{};                    // a particular free one for its main process
+  bool leadsSession = false;                   // its main process has a session of its own
+  std::string place{};                         // that the desktop made for it
 };
 
 class SimulatedApp final : public RunningApplication {

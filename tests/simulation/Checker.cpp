@@ -4,6 +4,7 @@
 #include "engine/Protection.h"
 
 #include <algorithm>
+#include <sstream>
 
 namespace vantle {
 
@@ -17,18 +18,51 @@ bool contains(const std::vector<std::string>& list, const std::optional<std::str
 
 Checker::Checker(SimulatedMachine& machine)
     : m_machine(machine), m_journalPath(machine.files.applicationSupport() + "/Vantle/journal.json") {
-  machine.calls.watcher = [this](const SimulatedCall& call) { watch(call); };
+  machine.calls.watcher = [this](const SimulatedCall& call) {
+    watch(call);
+    if (betweenCalls) betweenCalls();
+  };
 }
 
 Checker::~Checker() { m_machine.calls.watcher = nullptr; }
 
 void Checker::fail(const std::string& what, Pid pid) {
-  if (!m_violation) m_violation = what + " (pid " + std::to_string(pid) + ")";
+  if (m_violation) return;
+  m_violation = what + " (pid " + std::to_string(pid) + ")";
+  m_scene = describe();
+}
+
+std::string Checker::describe() const {
+  std::ostringstream text;
+  const RunningApplication* game = m_settings != nullptr ? boostApp() : nullptr;
+  for (const auto& [pid, process] : m_machine.processes.all()) {
+    text << "  " << pid << " below " << process.parent << ", session " << process.session << ", owner "
+         << ownerOf(process);
+    if (!process.place.empty()) text << ", in " << process.place;
+    if (process.role == ProcessRole::system) text << ", system";
+    if (process.role == ProcessRole::starter) text << ", starter";
+    if (process.band != BandState::normal)
+      text << (process.band == BandState::byVantle ? ", slow" : ", slow by others");
+    if (process.isZombie) text << ", zombie";
+    if (m_excused.contains(pid)) text << ", refused";
+    if (pid == m_machine.host.self) text << ", this program";
+    if (game != nullptr && game->processIdentifier() == pid) text << ", the Boost app";
+    for (const SimulatedAppRef& app : m_machine.workspace.apps()) {
+      if (app->processIdentifier() != pid) continue;
+      text << ", app " << app->spec.name.value_or("?") << (app->isTerminated() ? " (ended)" : "");
+      if (m_settings != nullptr && game != nullptr && isProtected(*app)) text << " (protected)";
+    }
+    if (m_engine != nullptr && m_engine->managed().contains(pid)) text << ", listed";
+    if (m_machine.audio.heard.contains(pid)) text << ", heard";
+    text << '\n';
+  }
+  return text.str();
 }
 
 void Checker::expectStart(const AppSettings& settings) {
   m_settings = &settings;
   m_managedBefore.clear();
+  m_wasBoosting = false;
   m_journalBefore = m_onDisk;
 }
 
@@ -52,7 +86,12 @@ void Checker::programDied() {
   if (m_journalIsStale) std::erase_if(m_entered, [this](const auto& one) { return !m_onDisk.contains(one); });
 }
 
+void Checker::expectNoBoost(const char* when) {
+  if (m_engine->activeGame.get()) fail(std::string("a Boost ") + when, 0);
+}
+
 void Checker::beforeEvent() {
+  m_wasBoosting = m_engine->activeGame.get() != nullptr;
   m_managedBefore = m_engine->managed();
   m_journalBefore = m_engine->journal().entries();
 }
@@ -62,6 +101,7 @@ void Checker::afterEvent() {
   checkJournal();
   checkBand();
   checkFront();
+  checkLife();
   checkPublished();
 }
 
@@ -102,16 +142,12 @@ bool Checker::isMember(const SimulatedProcess& process) const {
   });
 }
 
-// A child born while its app was slowed: found by its age below the same root, or below what the root has
-// left behind.
+// A child born while its app was slowed: found by its age among what belongs to the same root.
 bool Checker::isSweepable(const SimulatedProcess& process) const {
   return std::any_of(m_managedBefore.begin(), m_managedBefore.end(), [&](const auto& entry) {
     const ManagedApp& app = entry.second;
-    const auto isAbove = [&](const ProcessIdentity& one) {
-      return m_machine.processes.lives(one) && isAtOrAbove(one.pid, process.pid);
-    };
     return m_machine.processes.lives(app.root) && process.startMicros >= app.changedAtMicros &&
-           (isAbove(app.root) || std::any_of(app.members.begin(), app.members.end(), isAbove));
+           (isAtOrAbove(app.root.pid, process.pid) || ownerOf(process) == app.root.pid);
   });
 }
 
@@ -124,7 +160,83 @@ bool Checker::isAtOrAbove(Pid ancestor, Pid pid) const {
 }
 
 bool Checker::holds(const SimulatedApp& app, Pid pid) const {
-  return isAtOrAbove(app.processIdentifier(), pid);
+  const SimulatedProcess* process = m_machine.processes.find(pid);
+  return process != nullptr &&
+         (isAtOrAbove(app.processIdentifier(), pid) || ownerOf(*process) == app.processIdentifier());
+}
+
+bool Checker::isAppRoot(Pid pid) const {
+  const auto& apps = m_machine.workspace.apps();
+  const bool runs = std::any_of(apps.begin(), apps.end(), [pid](const SimulatedAppRef& app) {
+    return !app->isTerminated() && app->processIdentifier() == pid;
+  });
+  return runs || pid == m_machine.host.self;
+}
+
+Pid Checker::appAbove(const SimulatedProcess& process) const {
+  for (const SimulatedProcess* at = &process; at != nullptr; at = m_machine.processes.find(at->parent)) {
+    if (isAppRoot(at->pid)) return at->pid;
+  }
+  return 0;
+}
+
+Pid Checker::ownerOf(const SimulatedProcess& process) const {
+  if (const Pid app = appAbove(process); app != 0) return app;
+  // A part of the system that nobody's app has above it serves all of them, and so does what it has started.
+  // Of the others each belongs to whom its parent belongs.
+  std::vector<const SimulatedProcess*> chain;
+  for (const SimulatedProcess* at = &process; at != nullptr && at->role != ProcessRole::system;
+       at = m_machine.processes.find(at->parent)) {
+    chain.push_back(at);
+  }
+  for (auto one = chain.rbegin(); one != chain.rend(); ++one) {
+    if (const Pid app = ownerOfOrphan(**one); app != 0) return app;
+  }
+  return 0;
+}
+
+Pid Checker::ownerOfOrphan(const SimulatedProcess& process) const {
+  if (process.pid <= 1 || process.role == ProcessRole::system) return 0;
+  const auto isSlowedWith = [&process](const auto& entry) {
+    const auto& members = entry.second.members;
+    return std::find(members.begin(), members.end(), process.identity()) != members.end();
+  };
+  const auto slowedWithIn = [&isSlowedWith](const std::map<Pid, ManagedApp>& managed) {
+    const auto found = std::find_if(managed.begin(), managed.end(), isSlowedWith);
+    return found == managed.end() ? 0 : found->first;
+  };
+  if (m_engine != nullptr) {
+    if (const Pid app = slowedWithIn(m_engine->managed()); app != 0) return app;
+    if (const Pid app = slowedWithIn(m_managedBefore); app != 0) return app;
+  }
+  const SimulatedProcess* leader = m_machine.processes.find(process.session);
+  if (leader != nullptr && leader->pid > 1 && leader->pid != process.pid) {
+    if (const Pid app = appAbove(*leader); app != 0) return app;
+  }
+  const SimulatedProcess* parent = m_machine.processes.find(process.parent);
+  const bool isLeftBehind = process.parent <= 1 || (parent != nullptr && parent->role == ProcessRole::system);
+  if (!isLeftBehind || process.place.empty()) return 0;
+  std::set<Pid> inPlace;
+  for (const SimulatedAppRef& app : m_machine.workspace.apps()) {
+    const SimulatedProcess* root = m_machine.processes.find(app->processIdentifier());
+    if (!app->isTerminated() && root != nullptr && root->place == process.place) inPlace.insert(root->pid);
+  }
+  return inPlace.size() == 1 ? *inPlace.begin() : 0;
+}
+
+std::vector<const SimulatedProcess*> Checker::ownedBy(Pid app) const {
+  std::vector<const SimulatedProcess*> owned;
+  for (const auto& [pid, process] : m_machine.processes.all()) {
+    if (!process.isZombie && ownerOf(process) == app) owned.push_back(&process);
+  }
+  return owned;
+}
+
+bool Checker::isSpared(Pid app) const {
+  const auto owned = ownedBy(app);
+  return m_excused.contains(app) || std::any_of(owned.begin(), owned.end(), [this](const auto* process) {
+           return m_excused.contains(process->pid);
+         });
 }
 
 const RunningApplication* Checker::boostApp() const {
@@ -134,13 +246,45 @@ const RunningApplication* Checker::boostApp() const {
 
 bool Checker::mayBeSlowed(const SimulatedProcess& process) const {
   if (boostApp() == nullptr) return false;
+  const Pid owner = ownerOf(process);
   const auto& apps = m_machine.workspace.apps();
-  for (const SimulatedProcess* above = &process; above != nullptr;
-       above = m_machine.processes.find(above->parent)) {
-    const auto owner = std::find_if(apps.begin(), apps.end(), [above](const SimulatedAppRef& app) {
-      return !app->isTerminated() && app->processIdentifier() == above->pid;
-    });
-    if (owner != apps.end()) return !isProtected(**owner);
+  const auto app = std::find_if(apps.begin(), apps.end(), [owner](const SimulatedAppRef& one) {
+    return !one->isTerminated() && one->processIdentifier() == owner;
+  });
+  return app != apps.end() && !isProtected(**app);
+}
+
+bool Checker::isAboveThisProgram(const SimulatedApp& app) const {
+  for (const SimulatedProcess* at = m_machine.processes.find(m_machine.host.self);
+       at != nullptr && at->pid > 1; at = m_machine.processes.find(at->parent)) {
+    if (ownerOf(*at) == app.processIdentifier()) return true;
+  }
+  return false;
+}
+
+bool Checker::isAboveTheDesktop(Pid pid, Pid game) const {
+  return std::any_of(m_machine.processes.all().begin(), m_machine.processes.all().end(),
+                     [&](const auto& entry) {
+                       const SimulatedProcess& process = entry.second;
+                       return process.role == ProcessRole::system && ownerOf(process) == 0 &&
+                              isAtOrAbove(pid, process.pid) && !isAtOrAbove(process.pid, game);
+                     });
+}
+
+// Above the game, or below a process of nobody's that is: as the window of a store whose client has none.
+bool Checker::isLauncher(const SimulatedApp& app, const RunningApplication& game) const {
+  if (holds(app, game.processIdentifier())) return true;
+  const SimulatedProcess* root = m_machine.processes.find(app.processIdentifier());
+  for (const SimulatedProcess* at = m_machine.processes.find(game.processIdentifier());
+       at != nullptr && at->pid > 1; at = m_machine.processes.find(at->parent)) {
+    if (ownerOf(*at) == app.processIdentifier()) return true;
+    const bool isClient = at->pid != game.processIdentifier() && ownerOf(*at) == 0 &&
+                          at->role == ProcessRole::program && !isAtOrAbove(at->pid, m_machine.host.self) &&
+                          !isAboveTheDesktop(at->pid, game.processIdentifier());
+    if (!isClient || root == nullptr || root->pid == at->pid || !isAtOrAbove(at->pid, root->pid)) continue;
+    const bool isTogether = (root->session == at->session && root->session != 0) ||
+                            (!root->place.empty() && root->place == at->place);
+    if (isTogether) return true;
   }
   return false;
 }
@@ -148,7 +292,7 @@ bool Checker::mayBeSlowed(const SimulatedProcess& process) const {
 bool Checker::isProtected(const SimulatedApp& app) const {
   const AppSpec& spec = app.spec;
   if (spec.policy != ActivationPolicy::regular || app.isTerminated()) return true;
-  if (app.processIdentifier() == m_machine.host.self) return true;
+  if (app.processIdentifier() == m_machine.host.self || isAboveThisProgram(app)) return true;
   if (spec.bundleID && systemBundleIDs().contains(*spec.bundleID)) return true;
   if (contains(m_settings->protectedApps.get(), spec.bundleID)) return true;
   if (spec.category || contains(m_settings->userGames.get(), spec.bundleID ? spec.bundleID : spec.name)) {
@@ -157,7 +301,7 @@ bool Checker::isProtected(const SimulatedApp& app) const {
   const RunningApplication* front = m_engine != nullptr ? m_engine->lastFrontmost.get().get() : nullptr;
   if (front == &app) return true;
   const RunningApplication* game = boostApp();
-  if (!game->isTerminated() && holds(app, game->processIdentifier())) return true;
+  if (!game->isTerminated() && isLauncher(app, *game)) return true;
   const auto isHeld = [&](Pid pid) { return holds(app, pid); };
   const auto& heard = m_machine.audio.heard;
   const auto& held = m_machine.power.held;
@@ -203,6 +347,34 @@ void Checker::checkFront() {
   const SimulatedProcess* process = m_machine.processes.find(front->processIdentifier());
   if (front->isTerminated() || process == nullptr || m_excused.contains(process->pid)) return;
   if (process->band == BandState::byVantle) fail("slow although it is in front", process->pid);
+}
+
+// Safe is also what does nothing: whoever may be slowed is slowed when a Boost begins, and who is listed is
+// slowed whole.
+void Checker::checkLife() {
+  if (!m_engine->activeGame.get()) return;
+  const auto isOut = [this](const SimulatedProcess* process) { return !m_machine.band.isIn(process->pid); };
+  if (!m_wasBoosting && !m_engine->activeGame.get()->isTerminated()) {
+    for (const SimulatedAppRef& app : m_machine.workspace.apps()) {
+      const Pid pid = app->processIdentifier();
+      if (isProtected(*app) || isSpared(pid)) continue;
+      const auto owned = ownedBy(pid);
+      if (std::any_of(owned.begin(), owned.end(), isOut))
+        fail("not slowed although nothing protects it", pid);
+    }
+  }
+  for (const auto& [pid, app] : m_engine->managed()) {
+    if (m_managedBefore.contains(pid) || isSpared(pid) || !m_machine.processes.lives(app.root)) continue;
+    const auto owned = ownedBy(pid);
+    if (std::any_of(owned.begin(), owned.end(), isOut)) fail("listed, but not slowed whole", pid);
+  }
+  // The engine has not been told of everybody yet, or cannot tell whom it has slowed.
+  if (m_machine.workspace.queuedEvents() > 0 || !m_machine.band.knowsItsOwnTraces) return;
+  for (const auto& [pid, process] : m_machine.processes.all()) {
+    const bool isOwn = ownerOf(process) == m_machine.host.self || isAtOrAbove(pid, m_machine.host.self);
+    if (isOwn && pid > 1 && process.band == BandState::byVantle && !m_excused.contains(pid))
+      fail("slow although it is this program or above it", pid);
+  }
 }
 
 void Checker::checkPublished() {

@@ -20,6 +20,7 @@ const std::vector<RandomRun::Choice>& RandomRun::choices() {
       {2, "nobody is in front", &RandomRun::activateNobody},
       {8, "an app quits", &RandomRun::quitApp},
       {12, "a process forks", &RandomRun::forkProcess},
+      {5, "a process opens its first window", &RandomRun::openLateWindow},
       {8, "a process exits", &RandomRun::exitProcess},
       {6, "a stranger takes over a pid", &RandomRun::reusePid},
       {2, "a process becomes a zombie", &RandomRun::makeZombie},
@@ -58,7 +59,9 @@ AppSpec RandomRun::randomSpec() {
     spec.category = "public.app-category.games";
   }
   if (m_random.oneIn(5)) spec.quitReaction = QuitReaction::refuses;
-  if (m_random.oneIn(4)) spec.parent = randomProcess();
+  if (m_random.oneIn(3)) spec.parent = randomProcess();
+  spec.leadsSession = m_random.oneIn(2);
+  if (m_random.oneIn(4)) spec.place = "app-" + name + ".scope";
   return spec;
 }
 
@@ -104,6 +107,20 @@ void RandomRun::quitApp() {
 
 void RandomRun::forkProcess() {
   if (m_machine.processes.all().size() >= mostProcesses) return;
+  const ProcessRole role = m_random.oneIn(8)   ? ProcessRole::starter
+                           : m_random.oneIn(8) ? ProcessRole::system
+                                               : ProcessRole::program;
+  m_machine.processes.spawn({.parent = randomProcess(), .leadsSession = m_random.oneIn(4), .role = role});
+}
+
+// Not every process that will be an app is one from the start.
+void RandomRun::openLateWindow() {
+  if (const auto pid = randomOrdinaryProcess())
+    m_machine.showWindow(*pid, randomSpec(), m_random.oneIn(3) ? Opening::inFront : Opening::inBackground);
+}
+
+void RandomRun::forkBetweenCalls() {
+  if (!m_forksMeanwhile || !m_random.oneIn(20) || m_machine.processes.all().size() >= mostProcesses) return;
   m_machine.processes.spawn({.parent = randomProcess()});
 }
 
@@ -211,7 +228,10 @@ void RandomRun::turnOff() {
 // As the panel's button does it, with the settings window open: another copy of the app may be slowed, and
 // only the window has it looked at again.
 void RandomRun::alwaysBoost() {
+  const AppRef front = m_engine->lastFrontmost.get();
+  const bool wouldNeverEnd = !m_engine->activeGame.get() && front && front->isTerminated();
   m_engine->alwaysBoost();
+  if (wouldNeverEnd) m_checker.expectNoBoost("for an app that has ended");
   m_engine->recheckManaged();
 }
 

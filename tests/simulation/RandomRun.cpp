@@ -43,6 +43,7 @@ RunResult RandomRun::run() {
   }
   m_machine.calls.cancelCrash();
   if (!m_checker.violation()) perform("turn off at the end", &RandomRun::turnOff);
+  if (m_options.log != nullptr && m_checker.violation()) *m_options.log << m_checker.scene();
   m_figures.reusedPids = m_machine.processes.reusedPids();
   return {m_checker.violation(), m_figures};
 }
@@ -51,12 +52,19 @@ void RandomRun::arrange() {
   m_isLazy = m_random.oneIn(3);
   m_hasFaults = m_random.oneIn(4);
   m_canBeHit = m_random.oneIn(2);
+  m_machine.processes.tellsOfBirths = m_random.oneIn(2);
+  m_forksMeanwhile = m_machine.processes.tellsOfBirths && m_random.oneIn(2);
   m_machine.delivery = EventDelivery::onDemand;
   m_machine.band.knowsItsOwnTraces = m_random.oneIn(2);
   m_machine.clock.setResolution(m_random.oneIn(2) ? 1 : 10'000);
   m_machine.processes.setHighestPid(highestPid);
   if (m_options.log != nullptr) m_machine.calls.startTrace();
   for (std::size_t count = 2 + m_random.below(4); count > 0; --count) launchApp();
+  m_checker.betweenCalls = [this] { forkBetweenCalls(); };
+  if (m_random.oneIn(3)) { // the program is started from a terminal
+    m_starter = m_machine.processes.spawn({.parent = randomProcess(), .role = ProcessRole::starter});
+    m_machine.restartProgram(m_starter);
+  }
   m_machine.workspace.dropEvents();
 }
 
@@ -88,7 +96,13 @@ void RandomRun::die() {
   m_checker.programDied();
   m_engine.reset();
   m_settings.reset();
-  m_machine.restartProgram();
+  m_machine.restartProgram(livingStarter());
+}
+
+Pid RandomRun::livingStarter() const {
+  const SimulatedProcess* starter = m_machine.processes.find(m_starter);
+  const bool isThere = starter != nullptr && !starter->isZombie && m_starter != m_machine.host.self;
+  return isThere ? m_starter : 1;
 }
 
 void RandomRun::perform(const char* name, Event event) {

@@ -67,6 +67,7 @@ class RandomRun {
   void activateNobody();
   void quitApp();
   void forkProcess();
+  void openLateWindow();
   void exitProcess();
   void reusePid();
   void makeZombie();
@@ -92,6 +93,8 @@ class RandomRun {
   void kill();
 
   AppSpec randomSpec();
+  void forkBetweenCalls();
+  Pid livingStarter() const;
   SimulatedAppRef randomApp();                // null when there is none
   Pid randomProcess();                        // neither the first one nor this program
   std::optional<Pid> randomOrdinaryProcess(); // no app's main process
@@ -103,9 +106,11 @@ class RandomRun {
   std::optional<AppSettings> m_settings;
   std::optional<Engine> m_engine;
   RunFigures m_figures;
-  bool m_isLazy = false;    // events wait in the queue
-  bool m_hasFaults = false; // calls are refused
-  bool m_canBeHit = false;  // by a crash in the middle of a call
+  bool m_isLazy = false;         // events wait in the queue
+  bool m_hasFaults = false;      // calls are refused
+  bool m_canBeHit = false;       // by a crash in the middle of a call
+  bool m_forksMeanwhile = false; // processes are born between two calls
+  Pid m_starter = 1;             // what the program is started from
 };
 
 } // namespace vantle
