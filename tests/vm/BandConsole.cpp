@@ -3,8 +3,9 @@
 // place processes themselves, and for looking at a machine by hand.
 //
 //   boost PID          the app in front, with its tree
-//   enter PID...       each the main process of an app: "1" or "0" for each
-//   leave PID          the process and its tree: "1" or "0" for each
+//   enter PID...       each the main process of an app: "1" or "0" for each of its processes
+//   leave PID          the main process of an app: "1" or "0" for each of its processes, then who lost its
+//                      place with them
 //   in PID             "1", "0" or "?"
 //   reclaim            what start-up and the end of a Boost do
 //   settle             waits for what is under way: "1" when nothing is left
@@ -12,12 +13,13 @@
 //
 // usage: band_console [LEDGER [BUS_ADDRESS [BUS_LIMIT_IN_MILLISECONDS]]]
 // With the argument "test" alone it runs the self-test instead.
-#include "engine/ProcessQueries.h"
+#include "engine/AppTrees.h"
 #include "engine/SelfTest.h"
 #include "platform/linux/LinuxMachine.h"
 #include "platform/linux/band/LinuxBand.h"
 #include "platform/linux/band/UserManager.h"
 #include "platform/linux/files/PosixFileStore.h"
+#include "platform/linux/kernel/ProcKernel.h"
 #include "platform/linux/process/BootEpoch.h"
 #include "platform/linux/process/ProcfsProcessTable.h"
 #include "platform/shared/PollEventLoop.h"
@@ -25,9 +27,14 @@
 #include <array>
 #include <cstdio>
 #include <iostream>
+#include <memory>
+#include <optional>
+#include <set>
 #include <sstream>
 #include <string>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace vantle {
 
@@ -36,10 +43,12 @@ namespace {
 class Console {
  public:
   Console(const std::string& ledger, const std::string& bus, std::chrono::milliseconds limit)
-      : m_epoch(0), m_processes(m_epoch),
+      : m_processes(BootEpoch(0), m_kernel),
         m_band(m_loop, m_files,
-               {.manager = std::make_unique<UserManager>(m_loop, bus), .ledger = ledger, .busLimit = limit}) {
-  }
+               {.kernel = m_kernel,
+                .manager = std::make_unique<UserManager>(m_loop, bus),
+                .ledgers = ledger.empty() ? std::vector<std::string>{} : std::vector{ledger},
+                .busLimit = limit}) {}
 
   int run() {
     const auto input = m_loop.watch(STDIN_FILENO, EventLoop::Readiness::readable, [this] { readInput(); });
@@ -69,46 +78,64 @@ class Console {
     for (Pid pid = 0; words >> pid;) pids.push_back(pid);
     const Pid first = pids.empty() ? 0 : pids.front();
     if (command == "boost") {
-      m_band.prepareBoostApp(first, processTree(m_processes, first), {first});
+      m_boostApp = first;
+      std::optional<AppTrees> trees;
+      m_band.makeRoomFor(first, [&]() -> const ProcessView& { return trees.emplace(look({})); });
       return "ok";
     }
     if (command == "enter") return enter(pids);
-    if (command == "leave") {
-      std::string text;
-      for (const Pid pid : processTree(m_processes, first))
-        text += m_band.leaveBackgroundBand(pid) ? "1" : "0";
-      return text;
-    }
+    if (command == "leave") return leave(first);
     if (command == "in") {
       const std::optional<bool> isIn = m_band.isInBackgroundBand(first);
       return isIn ? std::to_string(static_cast<int>(*isIn)) : "?";
     }
     if (command == "settle") return m_band.settle(std::chrono::seconds(60)) ? "1" : "0";
-    if (command == "reclaim") m_band.reclaim();
+    if (command == "reclaim") m_band.reclaim(nullptr);
     if (command == "quit") m_isDone = true;
     return "ok";
   }
 
+  AppTrees look(const std::vector<Pid>& roots) const {
+    std::set<Pid> apps(roots.begin(), roots.end());
+    apps.insert(m_slowed.begin(), m_slowed.end());
+    if (m_boostApp != 0) apps.insert(m_boostApp);
+    return {m_processes, {.apps = std::move(apps), .self = ::getpid(), .members = {}}};
+  }
+
   std::string enter(const std::vector<Pid>& roots) {
-    std::vector<BandGroup> groups;
-    for (const Pid root : roots) {
-      const std::vector<Pid> tree = processTree(m_processes, root);
-      groups.push_back({root, tree, tree});
-    }
+    const AppTrees trees = look(roots);
+    std::vector<BandApp> apps;
+    for (const Pid root : roots) apps.push_back({root, trees.processesOf(root)});
+    const auto answers = m_band.enter({trees, m_boostApp, apps, m_slowed});
     std::string text;
-    for (const std::vector<bool>& app : m_band.enterBackgroundBand(groups, {roots.begin(), roots.end()})) {
-      for (const bool entered : app) text += entered ? '1' : '0';
+    for (std::size_t at = 0; at < apps.size(); ++at) {
+      for (const BandAnswer& answer : answers.at(at)) {
+        text += answer.entered() ? '1' : '0';
+        if (answer.entered()) m_slowed.insert(apps[at].root);
+      }
       text += ' ';
     }
     return text;
   }
 
+  std::string leave(Pid root) {
+    const AppTrees trees = look({root});
+    const auto leaving = m_band.leaving(trees);
+    std::string text;
+    for (const Pid pid : trees.processesOf(root)) text += leaving->leave(pid) ? '1' : '0';
+    for (const Pid pid : leaving->finish()) text += ' ' + std::to_string(pid);
+    m_slowed.erase(root);
+    return text;
+  }
+
   PollEventLoop m_loop;
   PosixFileStore m_files{"/nonexistent", PosixFileStore::Sync::none};
-  BootEpoch m_epoch;
+  std::shared_ptr<ProcKernel> m_kernel = std::make_shared<ProcKernel>();
   ProcfsProcessTable m_processes;
   LinuxBand m_band;
   std::string m_input;
+  Pid m_boostApp = 0;
+  std::set<Pid> m_slowed; // main processes of apps
   bool m_isDone = false;
 };
 

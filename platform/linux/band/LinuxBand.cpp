@@ -137,17 +137,24 @@ class LinuxBand::LeavingTogether final : public Leaving {
       others.push_back(pid);
       allStaySlowed = allStaySlowed && m_band.carriesOwnMark(pid);
     }
-    if (!others.empty() && allStaySlowed && moveOut(leavers)) return;
+    if (!others.empty() && allStaySlowed && moveOut(path, leavers, others)) return;
     m_band.m_units.raise(path);
     for (const Pid pid : others) noteRaised(pid, raised);
   }
 
-  bool moveOut(const std::vector<Pid>& leavers) {
+  bool moveOut(const std::string& path, const std::vector<Pid>& leavers, const std::vector<Pid>& others) {
     std::unordered_map<Pid, std::vector<Pid>> byApp;
     for (const Pid pid : leavers) byApp[m_view.appOf(pid)].push_back(pid);
+    // An app moves as a whole.
+    if (std::any_of(others.begin(), others.end(),
+                    [&](Pid pid) { return byApp.contains(m_view.appOf(pid)); })) {
+      return false;
+    }
     const auto deadline = m_band.m_kernel.now() + m_band.m_busLimit / 2;
     return std::all_of(byApp.begin(), byApp.end(), [&](const auto& entry) {
-      return entry.first != 0 && m_band.giveUnit(m_view, entry.first, entry.second, deadline);
+      const std::optional<ProcessStat> root = m_band.m_kernel.stat(entry.first);
+      if (!root || UnitPass::scopeOf(m_band.m_units, *root).path == path) return false; // there already
+      return m_band.giveUnit(m_view, entry.first, entry.second, deadline);
     });
   }
 

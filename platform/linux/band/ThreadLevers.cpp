@@ -111,7 +111,9 @@ ThreadLevers::Entered ThreadLevers::enterThread(Pid tid, const Plan& plan, bool 
   if (change != Change::done) return {change == Change::gone ? Outcome::gone : Outcome::refused};
   if (narrow)
     m_kernel.setAffinity(tid, m_efficiency.chosen); // a refusal is no loss: undoing looks at what is there
-  return {Outcome::done, mark.schedulingClass != SchedulingClass::unchanged};
+  // A mark that tells of it says nothing about now: somebody else may have given the class back.
+  const bool isSlow = slowClass || scheduling->policy == SCHED_IDLE;
+  return {Outcome::done, isSlow && mark.schedulingClass != SchedulingClass::unchanged};
 }
 
 // A kernel that does not keep all bits cannot hold the memory, so it is asked, with the first mark: the

@@ -47,10 +47,13 @@ class BandUser {
       : m_band(band), m_table(BootEpoch(0), kernel) {}
 
   // The tests are not named as the program itself: they would own what is orphaned below them.
-  AppTrees look(const std::set<Pid>& apps) const { return {m_table, {.apps = apps}}; }
+  AppTrees look(const std::set<Pid>& apps) const {
+    return {m_table, {.apps = apps, .self = 0, .members = {}}};
+  }
 
-  std::vector<BandAnswer> answersFor(Pid root, const std::vector<Pid>& candidates, std::set<Pid> everyApp = {},
-                                     Pid boostApp = 0, const std::set<Pid>& slowed = {}) {
+  std::vector<BandAnswer> answersFor(Pid root, const std::vector<Pid>& candidates,
+                                     std::set<Pid> everyApp = {}, Pid boostApp = 0,
+                                     const std::set<Pid>& slowed = {}) {
     const AppTrees trees = look(known(std::move(everyApp), {root}, boostApp, slowed));
     const BandApp app{root, candidates};
     return m_band.enter({trees, boostApp, {&app, 1}, slowed}).at(0);

@@ -239,6 +239,21 @@ TEST_F(LinuxBandTest, AMarkAloneIsNotTakenForASlowClass) {
   });
 }
 
+TEST_F(LinuxBandTest, AClassThatSomebodyElseGaveBackDoesNotCountAsSlow) {
+  if (!runsAsRoot()) GTEST_SKIP() << "only root can give it back";
+  const TestProcess app;
+  const Pid game = app.ask('f');
+  Band band;
+  EXPECT_TRUE(band.enter(app.pid(), {app.pid()}, {}, game));
+  const sched_param none{};
+  ASSERT_EQ(::sched_setscheduler(app.pid(), SCHED_OTHER, &none), 0);
+  EXPECT_FALSE(band.enter(app.pid(), {app.pid()}, {}, game, {app.pid()}));
+  EXPECT_EQ(ProcKernel().scheduling(app.pid())->policy, SCHED_OTHER);
+  EXPECT_TRUE(band.band.carriesOwnMark(app.pid()));
+  EXPECT_TRUE(band.leave({app.pid()}, {app.pid(), game}).empty());
+  EXPECT_EQ(ProcKernel().ioPriority(app.pid()), 0);
+}
+
 TEST_F(LinuxBandTest, AChoiceOfSomebodyElseStays) {
   asBoth([] {
     const TestProcess app;

@@ -5,6 +5,7 @@
 #include "tests/unit/linux/band/UserManagerFixture.h"
 
 #include <gmock/gmock.h>
+#include <sched.h>
 
 namespace vantle {
 
@@ -73,14 +74,19 @@ TEST_F(NestedApps, TwoInOneSessionAreSlowedTogether) {
     EXPECT_TRUE(band.band.carriesOwnMark(terminal.pid()));
 
     // What else there is: its class, for those who can give it back.
-    const auto answers = band.answersFor(terminal.pid(), {terminal.pid(), shell}, {}, player, {terminal.pid()});
+    const auto answers =
+        band.answersFor(terminal.pid(), {terminal.pid(), shell}, {}, player, {terminal.pid()});
     for (const BandAnswer& answer : answers) {
       EXPECT_EQ(answer.entered(), runsAsRoot());
-      if (answer.entered()) EXPECT_EQ(answer.lever, BandLever::schedulingClass);
+      if (answer.entered()) {
+        EXPECT_EQ(answer.lever, BandLever::schedulingClass);
+      }
     }
     band.settled();
     EXPECT_EQ(autogroupLine(player), "nice 0");
-    if (runsAsRoot()) EXPECT_EQ(ProcKernel().scheduling(shell)->policy, SCHED_IDLE);
+    if (runsAsRoot()) {
+      EXPECT_EQ(ProcKernel().scheduling(shell)->policy, SCHED_IDLE);
+    }
     EXPECT_THAT(band.leave({terminal.pid(), shell}, everyApp), IsEmpty());
     band.settled();
     for (const Pid pid : {terminal.pid(), shell, player}) expectUntouched(band, pid);
@@ -125,8 +131,9 @@ TEST_F(NestedApps, WhatIsRefusedKeepsItsMarkUntilItLeaves) {
     band.settled();
     const Pid player = terminal.ask('f'); // an app by now, and nobody wants it slowed
     const std::set<Pid> everyApp{terminal.pid(), player};
-    EXPECT_THAT(refusalsAmong(band.answersFor(terminal.pid(), {terminal.pid()}, everyApp, 0, {terminal.pid()})),
-                ElementsAre(BandRefusal::shared));
+    EXPECT_THAT(
+        refusalsAmong(band.answersFor(terminal.pid(), {terminal.pid()}, everyApp, 0, {terminal.pid()})),
+        ElementsAre(BandRefusal::shared));
     EXPECT_TRUE(band.band.carriesOwnMark(terminal.pid()));
     EXPECT_THAT(band.leave({player}, everyApp), ElementsAre(terminal.pid()));
     EXPECT_THAT(band.leave({terminal.pid()}, everyApp), IsEmpty());
@@ -267,7 +274,7 @@ TEST_F(NestedAppsInUnits, OneThatWasBornInALoweredUnitIsMovedOutAndTheUnitStaysL
   EXPECT_TRUE(enter(terminal.pid(), {terminal.pid(), shell}));
   EXPECT_EQ(idle("app-terminal-1.scope"), "1");
   const Pid editor = terminal.ask('s');
-  stand(editor, "app-terminal-1.scope");
+  m_groups.place(editor, m_groups.pathOf(terminal.pid()));
   EXPECT_TRUE(m_band->carriesOwnMark(editor));
   EXPECT_THAT(m_user->leave({editor}, {terminal.pid(), editor}), IsEmpty());
   EXPECT_TRUE(settled());
@@ -289,7 +296,7 @@ TEST_F(NestedAppsInUnits, AUnitHasItsWeightBackWhenNobodyCanBeMovedOut) {
   stand(terminal.pid(), "terminal.service", 70);
   EXPECT_TRUE(enter(terminal.pid(), {terminal.pid()}));
   const Pid editor = terminal.ask('s');
-  stand(editor, "terminal.service", m_manager.weight("terminal.service"));
+  m_groups.place(editor, m_groups.pathOf(terminal.pid()));
   EXPECT_THAT(m_user->leave({terminal.pid()}, {terminal.pid(), editor}), ElementsAre(editor));
   EXPECT_TRUE(settled());
   EXPECT_THAT(m_groups.pathOf(terminal.pid()), HasSubstr("/terminal.service"));
@@ -310,7 +317,7 @@ TEST_F(NestedAppsInUnits, AManagerThatMovesNobodyHasTheUnitRaised) {
   stand(terminal.pid(), "app-terminal-1.scope");
   EXPECT_TRUE(enter(terminal.pid(), {terminal.pid()}));
   const Pid editor = terminal.ask('f');
-  stand(editor, "app-terminal-1.scope", m_manager.weight("app-terminal-1.scope"));
+  m_groups.place(editor, m_groups.pathOf(terminal.pid()));
   m_manager.setMood(ScriptedUserManager::Mood::refusing);
   EXPECT_THAT(m_user->leave({editor}, {terminal.pid(), editor}), ElementsAre(terminal.pid()));
   m_manager.setMood(ScriptedUserManager::Mood::obedient);
@@ -320,12 +327,44 @@ TEST_F(NestedAppsInUnits, AManagerThatMovesNobodyHasTheUnitRaised) {
   EXPECT_TRUE(m_band->carriesOwnMark(terminal.pid())) << "still meant to be slowed";
 }
 
+TEST_F(NestedAppsInUnits, OneThatStandsInAScopeOfItsOwnIsNotMovedIntoItAgain) {
+  const TestProcess terminal;
+  m_groups.place(terminal.pid(), FakeControlGroups::loginSession());
+  EXPECT_TRUE(enter(terminal.pid(), {terminal.pid()}));
+  const std::string scope = m_groups.pathOf(terminal.pid());
+  EXPECT_THAT(scope, HasSubstr("/app.slice/app-vantle-"));
+  const Pid editor = terminal.ask('f');
+  m_groups.place(editor, scope);
+  m_manager.takeOrders();
+  EXPECT_THAT(m_user->leave({terminal.pid()}, {terminal.pid(), editor}), ElementsAre(editor));
+  EXPECT_TRUE(settled());
+  EXPECT_EQ(m_groups.idle(scope), "0");
+  for (const std::string& order : m_manager.takeOrders()) EXPECT_THAT(order, HasSubstr("SetUnitProperties"));
+}
+
+TEST_F(NestedAppsInUnits, APartOfAnAppThatLeavesAloneHidesNoneOfTheRest) {
+  const TestProcess app;
+  const Pid child = app.ask('f');
+  for (const Pid pid : {app.pid(), child}) stand(pid, "app-a-1.scope");
+  EXPECT_TRUE(enter(app.pid(), {app.pid(), child}));
+  const std::vector<Pid> raised = m_user->leave({child}, {app.pid()});
+  EXPECT_TRUE(settled());
+  EXPECT_FALSE(m_band->carriesOwnMark(child));
+  // Either it is as slow as before, or it is named.
+  if (idleAround(app.pid()) == "1") {
+    EXPECT_THAT(raised, IsEmpty());
+  } else {
+    EXPECT_THAT(raised, ElementsAre(app.pid()));
+  }
+  EXPECT_EQ(idleAround(child), "0");
+}
+
 TEST_F(NestedAppsInUnits, ALoweredUnitThatHoldsSomebodyNotSlowedIsRaised) {
   const TestProcess terminal;
   stand(terminal.pid(), "app-terminal-1.scope");
   EXPECT_TRUE(enter(terminal.pid(), {terminal.pid()}));
   const TestProcess guest; // came in from elsewhere meanwhile
-  stand(guest.pid(), "app-terminal-1.scope", m_manager.weight("app-terminal-1.scope"));
+  m_groups.place(guest.pid(), m_groups.pathOf(terminal.pid()));
   EXPECT_THAT(m_user->leave({terminal.pid()}, {terminal.pid(), guest.pid()}), IsEmpty());
   EXPECT_TRUE(settled());
   EXPECT_EQ(idle("app-terminal-1.scope"), "0");

@@ -37,7 +37,8 @@ class UnitLedgerTest : public testing::Test {
 
 TEST_F(UnitLedgerTest, IsKeptInTheFirstThatCanBeWritten) {
   EXPECT_TRUE(open({m_first, m_second}).add({entry("a.scope", 7)}));
-  EXPECT_EQ(textOf(m_first), R"({"boot":"today","units":[{"name":"a.scope","path":"/x/a.scope","weight":7}]})");
+  EXPECT_EQ(textOf(m_first),
+            R"({"boot":"today","units":[{"name":"a.scope","path":"/x/a.scope","weight":7}]})");
   EXPECT_EQ(textOf(m_second), "");
   std::filesystem::remove(m_first);
   EXPECT_TRUE(open({m_closed, m_second}).add({entry("a.scope", 7)}));

@@ -56,6 +56,28 @@ TEST(UnitPath, TheWeighingUnitIsWhereTwoPathsPart) {
   }
 }
 
+TEST(UnitPath, AnAppsPlaceIsAUnitThatWasMadeForOneApp) {
+  const std::vector<std::pair<std::string, std::string>> cases = {
+      {apps + "/app-gnome-firefox-12.scope", apps + "/app-gnome-firefox-12.scope"},
+      {apps + "/app-gnome-firefox-12.scope/inner", apps + "/app-gnome-firefox-12.scope"},
+      {apps + "/run-u7.scope", apps + "/run-u7.scope"},
+      {apps + "/app-org.example.Editor@a1.service", apps + "/app-org.example.Editor@a1.service"},
+      {apps + "/app-a.slice/app-a-1.service", apps + "/app-a.slice/app-a-1.service"},
+      {apps + "/dbus-:1.2-org.example.Editor@0.service", apps + "/dbus-:1.2-org.example.Editor@0.service"},
+      {apps + "/gnome-terminal-server.service", ""},
+      {apps + "/dbus.service", ""},
+      {manager + "/session.slice/pipewire.service", ""},
+      {manager + "/init.scope", ""},
+      {manager, ""},
+      {apps, ""},
+      {"/user.slice/user-1000.slice/session-2.scope", ""},
+      {"/user.slice/user-1001.slice/user@1001.service/app.slice/app-a-1.scope", ""},
+      {"/system.slice/cron.service", ""},
+      {"/", ""},
+      {"", ""}};
+  for (const auto& [path, place] : cases) EXPECT_EQ(appPlaceOf(manager, path), place) << path;
+}
+
 TEST(UnitPath, HoldsWhatIsBelow) {
   const UnitPlace place{"a.scope", apps + "/a.scope"};
   EXPECT_TRUE(place.holds(apps + "/a.scope"));

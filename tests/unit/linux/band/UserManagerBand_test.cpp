@@ -67,7 +67,7 @@ TEST_F(UserManagerBand, AUnitWithAnotherAppInItIsNeverLowered) {
   const Pid child = app.ask('f');
   const TestProcess other;
   for (const Pid pid : {app.pid(), child, other.pid()}) stand(pid, "shared.scope");
-  EXPECT_TRUE(enter(app.pid(), {app.pid(), child}));
+  EXPECT_TRUE(enter(app.pid(), {app.pid(), child}, {other.pid()}));
   EXPECT_EQ(idle("shared.scope"), "0");
   const std::string own = m_groups.pathOf(app.pid());
   EXPECT_THAT(own, HasSubstr("/app.slice/app-vantle-"));
@@ -81,8 +81,23 @@ TEST_F(UserManagerBand, AUnitWithAnotherAppInItIsNeverLowered) {
 
   // The second time it stands in a unit of its own already.
   m_manager.takeOrders();
-  EXPECT_TRUE(enter(app.pid(), {app.pid(), child}));
+  EXPECT_TRUE(enter(app.pid(), {app.pid(), child}, {other.pid()}));
   for (const std::string& order : m_manager.takeOrders()) EXPECT_EQ(order.find("StartTransient"), order.npos);
+}
+
+TEST_F(UserManagerBand, AnOrphanInTheUnitOfOneAppIsSlowedWithIt) {
+  if (!runsAsRoot()) GTEST_SKIP() << "a look without the program itself takes root for its user";
+  const TestProcess app;
+  const TestProcess orphan; // its parent stands nowhere that can be seen
+  for (const Pid pid : {app.pid(), orphan.pid()}) stand(pid, "app-a-1.scope");
+  const std::vector<Pid> all = m_user->look({app.pid(), m_front.pid()}).processesOf(app.pid());
+  EXPECT_THAT(all, testing::UnorderedElementsAre(app.pid(), orphan.pid()));
+  EXPECT_TRUE(enter(app.pid(), all));
+  EXPECT_EQ(idle("app-a-1.scope"), "1");
+  EXPECT_THAT(m_groups.pathOf(orphan.pid()), HasSubstr("/app-a-1.scope"));
+  EXPECT_THAT(m_user->leave(all, {app.pid()}), IsEmpty());
+  EXPECT_TRUE(settled());
+  EXPECT_EQ(idle("app-a-1.scope"), "0");
 }
 
 TEST_F(UserManagerBand, AppsOfALoginSessionAreAdoptedTheOneInFrontIncluded) {

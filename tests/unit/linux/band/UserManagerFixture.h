@@ -26,12 +26,12 @@ class UserManagerBand : public testing::Test {
     m_user.reset();
     m_band.reset();
     const auto kernel = std::make_shared<ProcKernel>(m_groups.procRoot(), m_groups.sysRoot());
-    m_band =
-        std::make_unique<LinuxBand>(m_loop, m_files,
-                                    BandParts{.kernel = kernel,
-                                              .manager = std::make_unique<UserManager>(m_loop, m_bus.address()),
-                                              .ledgers = m_ledgers,
-                                              .busLimit = limit});
+    m_band = std::make_unique<LinuxBand>(
+        m_loop, m_files,
+        BandParts{.kernel = kernel,
+                  .manager = std::make_unique<UserManager>(m_loop, m_bus.address()),
+                  .ledgers = m_ledgers,
+                  .busLimit = limit});
     m_user.emplace(*m_band, kernel);
   }
   void killed() { // nothing is put back
@@ -57,8 +57,7 @@ class UserManagerBand : public testing::Test {
   std::string ledger() const { return textOf(m_ledgers.front()); }
   void makeRoomFor(Pid boostApp, const std::set<Pid>& apps) {
     std::optional<AppTrees> trees;
-    m_band->makeRoomFor(boostApp,
-                        [&]() -> const ProcessView& { return trees.emplace(m_user->look(apps)); });
+    m_band->makeRoomFor(boostApp, [&]() -> const ProcessView& { return trees.emplace(m_user->look(apps)); });
   }
 
   desktop::PrivateBus m_bus;

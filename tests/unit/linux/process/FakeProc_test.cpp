@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: MIT
 // What the process table makes of a procfs that shows what no test can make the real one show.
+#include "engine/AppTrees.h"
+#include "platform/linux/band/UnitPath.h"
 #include "platform/linux/process/ProcfsProcessTable.h"
 #include "tests/desktop/harness/TemporaryFolder.h"
 
-#include <gtest/gtest.h>
+#include <algorithm>
+#include <gmock/gmock.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace vantle {
 namespace {
@@ -37,6 +41,114 @@ TEST_F(FakeProcTest, addsTheTicksToTheEpoch) {
   // 1,000,000.5 s after the epoch, and 123.45 s after that.
   EXPECT_EQ(record->startSec, 1'000'123U);
   EXPECT_EQ(record->startUsec, 950'000U);
+}
+
+TEST_F(FakeProcTest, scansWhatAProcessIsToOthers) {
+  proc.write("7/stat", "7 (xterm) R 1 7 5 0 -1 0 0 0 0 0 17 23 0 0 20 0 3 0 55 0 0\n");
+  proc.write("8/stat", "8 (bash) S 7 8 8 0 -1 0 0 0 0 0 1 2 0 0 20 0 0 0 56 0 0\n");
+  proc.write("9/stat", "9 (pipewire) S 7 8 8 0 -1 0 0 0 0 0 1 2 0 0 20 0 1 0 57 0 0\n");
+  proc.write("10/stat", "10 (kworker/0:1) I 2 0 0 0 -1 2129984 0 0 0 0 0 9 0 0 20 0 1 0 58 0 0\n");
+  auto all = table.scan();
+  ASSERT_EQ(all.size(), 4U);
+  // Only the real one lists them by number.
+  std::sort(all.begin(), all.end(), [](const auto& one, const auto& other) { return one.pid < other.pid; });
+  EXPECT_EQ(all[0].session, 5);
+  EXPECT_EQ(all[0].threads, 3U);
+  EXPECT_EQ(all[0].cpuTicks, 40U);
+  EXPECT_EQ(all[0].startTicks, 55U);
+  EXPECT_TRUE(all[0].isRunning);
+  EXPECT_EQ(all[0].user, ::geteuid()) << "the file's owner";
+  EXPECT_EQ(all[0].role, ProcessRole::program);
+  EXPECT_EQ(all[1].session, 8);
+  EXPECT_EQ(all[1].threads, 1U) << "the kernel writes 0 of one that is ending";
+  EXPECT_EQ(all[1].role, ProcessRole::starter);
+  EXPECT_FALSE(all[1].isRunning);
+  EXPECT_EQ(all[2].role, ProcessRole::system);
+  EXPECT_FALSE(all[2].isKernelThread);
+  EXPECT_TRUE(all[3].isKernelThread);
+  const auto single = table.record(7);
+  ASSERT_TRUE(single);
+  EXPECT_EQ(single->session, 5);
+  EXPECT_EQ(single->threads, 3U);
+}
+
+TEST_F(FakeProcTest, hasTheKernelsBirthMark) {
+  EXPECT_EQ(table.birthMark(), std::nullopt) << "no file says";
+  proc.write("loadavg", "0.20 0.18 0.12 1/80 11206\n");
+  EXPECT_EQ(ProcfsProcessTable(BootEpoch(0), proc.path()).birthMark(), 11'206U);
+}
+
+// Apps, orphans and what the desktop is made of, in places as a user manager makes them.
+class FakePlacesTest : public FakeProcTest {
+ protected:
+  static constexpr Pid self = 40;
+  FakePlacesTest() { add(self, 1, self, "app-vantle-40.scope"); }
+  void add(Pid pid, Pid parent, Pid session, const std::string& unit, const std::string& name = "x") const {
+    const std::string id = std::to_string(pid);
+    proc.write(id + "/stat", id + " (" + name + ") S " + std::to_string(parent) + " " + id + " " +
+                                 std::to_string(session) + " 0 -1 0 0 0 0 0 1 2 0 0 20 0 1 0 " + id +
+                                 " 0 0\n");
+    proc.write(id + "/cgroup", "0::" + apps + "/" + unit + "\n");
+  }
+  AppTrees look(const std::set<Pid>& known) const {
+    return {table, {.apps = known, .self = self, .members = {}}};
+  }
+
+  const std::string apps = appSlicePath(::geteuid());
+};
+
+TEST_F(FakePlacesTest, namesTheUnitOfAnApp) {
+  add(7, 1, 7, "app-a-7.scope/inner");
+  add(8, 1, 8, "helper.service");
+  EXPECT_EQ(table.place(7), apps + "/app-a-7.scope");
+  EXPECT_EQ(table.place(8), "");
+  EXPECT_EQ(table.place(9), "") << "gone";
+  proc.write("8/cgroup", "nonsense");
+  EXPECT_EQ(table.place(8), "");
+}
+
+TEST_F(FakePlacesTest, givesAnOrphanToTheOnlyAppOfItsPlace) {
+  add(7, 1, 7, "app-a-7.scope");
+  add(8, 1, 8, "app-a-7.scope"); // on its own, with a session of its own
+  add(9, 8, 8, "app-a-7.scope");
+  EXPECT_THAT(look({7}).processesOf(7), testing::UnorderedElementsAre(7, 8, 9));
+  // Adopted by the user manager, as orphans are where one runs.
+  add(3, 1, 3, "init.scope", "systemd");
+  add(8, 3, 8, "app-a-7.scope");
+  EXPECT_THAT(look({7}).processesOf(7), testing::UnorderedElementsAre(7, 8, 9));
+}
+
+TEST_F(FakePlacesTest, givesAnOrphanToNobodyWhereItMayBeAnothers) {
+  add(7, 1, 7, "app-a-7.scope");
+  add(6, 1, 6, "app-a-7.scope"); // a second app in it
+  add(8, 1, 8, "app-a-7.scope");
+  EXPECT_EQ(look({6, 7}).appOf(8), 0);
+  add(8, 1, 8, "shared.service");
+  add(7, 1, 7, "shared.service");
+  EXPECT_EQ(look({7}).appOf(8), 0) << "services hold what they like";
+  add(7, 1, 7, "app-a-7.scope");
+  add(8, 1, 8, "app-b-8.scope");
+  EXPECT_EQ(look({7}).appOf(8), 0);
+}
+
+TEST_F(FakePlacesTest, leavesAloneWhatHasAParentAndWhatOthersWaitFor) {
+  add(7, 1, 7, "app-a-7.scope");
+  add(5, 1, 5, "app-b-5.scope"); // no app
+  add(8, 5, 8, "app-a-7.scope");
+  add(9, 1, 9, "app-a-7.scope", "dbus-daemon");
+  const AppTrees trees = look({7});
+  for (const Pid pid : {5, 8, 9}) EXPECT_EQ(trees.appOf(pid), 0) << pid;
+}
+
+TEST_F(FakePlacesTest, thisProgramSharesItsPlaceWithNobody) {
+  add(7, 1, 7, "app-a-7.scope");
+  add(self, 7, 7, "app-a-7.scope"); // started from a terminal
+  add(41, self, 7, "app-a-7.scope");
+  const AppTrees trees = look({7});
+  EXPECT_EQ(trees.processesOf(7), std::vector<Pid>{7});
+  EXPECT_EQ(trees.appOf(self), self);
+  EXPECT_EQ(trees.appOf(41), self);
+  EXPECT_TRUE(trees.isOwnChain(7));
 }
 
 TEST_F(FakeProcTest, listsOnlyWhatIsAProcess) {

@@ -110,6 +110,27 @@ TEST_F(ProcessTableTest, seesAProcessWhoseMainThreadHasEnded) {
   EXPECT_TRUE(table.record(child.pid()));
 }
 
+TEST_F(ProcessTableTest, seesSessionOwnerAndThreads) {
+  const ForkedProcess child([] {
+    ::setsid();
+    std::thread([] { ::pause(); }).detach();
+  });
+  const auto record = scanned(child.pid());
+  ASSERT_TRUE(record);
+  EXPECT_EQ(record->session, child.pid());
+  EXPECT_EQ(record->user, ::geteuid());
+  EXPECT_EQ(record->threads, 2U);
+  EXPECT_FALSE(record->isKernelThread);
+  EXPECT_EQ(scanned(::getpid())->session, ::getsid(0));
+}
+
+TEST_F(ProcessTableTest, itsBirthMarkTellsOfEveryoneBorn) {
+  const auto before = table.birthMark();
+  ASSERT_TRUE(before);
+  const ForkedProcess child;
+  EXPECT_NE(table.birthMark(), before);
+}
+
 TEST_F(ProcessTableTest, isNotMisledByHostileNames) {
   // The longest that a name can be is 15 bytes.
   for (const char* name : {")", "a) R 1 2 (b", "\n", "\xff\xfe\x80", "\nRssAnon:\t9 kB", "\nVmSwap:\t9 kB\n",

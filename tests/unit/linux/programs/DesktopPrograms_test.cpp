@@ -62,6 +62,25 @@ TEST(SystemPart, IsNothingElse) {
   for (const char* name : {"", " ", "  ", "sway i3", " sway"}) EXPECT_FALSE(isSystemPart(name)) << name;
 }
 
+TEST(Starter, IsAShellAndItsLike) {
+  for (const std::string& name :
+       words("sh bash dash zsh fish tcsh busybox env nohup setsid xargs sudo su doas login sshd sshd-session "
+             "tmux screen script make ninja startx")) {
+    EXPECT_TRUE(isStarter(name)) << name;
+    EXPECT_FALSE(isSystemPart(name)) << name;
+  }
+  EXPECT_TRUE(isStarter("tmux: server")) << "as the kernel has it";
+}
+
+TEST(Starter, IsNothingElse) {
+  for (const std::string& name :
+       words("tmuxinator bas bashful zshx steam firefox xterm konsole python3 wine sway systemd "
+             "gnome-session-b SH")) {
+    EXPECT_FALSE(isStarter(name)) << name;
+  }
+  for (const char* name : {"", " ", " sh"}) EXPECT_FALSE(isStarter(name)) << name;
+}
+
 TEST(ShellComponent, IsKnownByItsFile) {
   for (const std::string& name :
        words("gnome-shell gnome-panel gnome-flashback plasmashell latte-dock xfce4-panel mate-panel lxpanel "
