@@ -81,11 +81,8 @@ LinuxMachine::~LinuxMachine() = default;
 
 std::unique_ptr<LinuxMachine> LinuxMachine::forDesktop(const XdgFolders& folders, EventLoop& loop,
                                                        std::function<void()> onDesktopLost) {
-  auto parts = std::make_unique<Parts>(folders, epochPaths(folders));
-  parts->band = std::make_unique<LinuxBand>(loop, parts->files,
-                                            BandPaths{.files = parts->processFiles,
-                                                      .ledger = folders.data + "/Vantle/band.json",
-                                                      .userBus = userBus(folders)});
+  std::unique_ptr<LinuxMachine> machine = forRecovery(folders, loop);
+  const auto& parts = machine->m_parts;
   parts->systemBus = std::make_unique<BusConnection>(loop, BusConnection::Kind::system);
   parts->sessionBus = std::make_unique<BusConnection>(loop, BusConnection::Kind::session);
   parts->audio = std::make_unique<PulseAudioActivity>();
@@ -95,6 +92,15 @@ std::unique_ptr<LinuxMachine> LinuxMachine::forDesktop(const XdgFolders& folders
   parts->workspace = std::make_unique<X11Workspace>(
       loop, X11Workspace::Options{.onConnectionLost = std::move(onDesktopLost)});
   parts->notifications = std::make_unique<DesktopNotifications>(*parts->sessionBus);
+  return machine;
+}
+
+std::unique_ptr<LinuxMachine> LinuxMachine::forRecovery(const XdgFolders& folders, EventLoop& loop) {
+  auto parts = std::make_unique<Parts>(folders, epochPaths(folders));
+  parts->band = std::make_unique<LinuxBand>(loop, parts->files,
+                                            BandPaths{.files = parts->processFiles,
+                                                      .ledger = folders.data + "/Vantle/band.json",
+                                                      .userBus = userBus(folders)});
   return std::unique_ptr<LinuxMachine>(new LinuxMachine(std::move(parts)));
 }
 
