@@ -9,6 +9,7 @@
 #include "platform/linux/notices/DesktopNotifications.h"
 #include "platform/linux/power/LogindPowerAssertions.h"
 #include "platform/linux/pressure/PsiMemoryPressure.h"
+#include "platform/linux/process/AppSessions.h"
 #include "platform/linux/process/BootClock.h"
 #include "platform/linux/process/LinuxHost.h"
 #include "platform/linux/process/ProcfsProcessTable.h"
@@ -18,6 +19,8 @@
 #include "platform/shared/JsonUserDefaults.h"
 #include "platform/shared/PollEventLoop.h"
 
+#include <cstdlib>
+#include <set>
 #include <string>
 #include <unistd.h>
 #include <utility>
@@ -41,6 +44,21 @@ std::vector<std::string> epochPaths(const XdgFolders& folders) {
 std::string userBus(const XdgFolders& folders) {
   if (!folders.runtime || ::access((*folders.runtime + "/bus").c_str(), F_OK) != 0) return {};
   return "unix:path=" + *folders.runtime + "/bus";
+}
+
+// Whether this desktop, when there is one, leaves the apps of this user without sessions of their own.
+bool appsShareSessionsHere(PollEventLoop& loop, const ProcessFiles& files) {
+  const char* const display = std::getenv("DISPLAY");
+  if (display == nullptr || *display == '\0') return false;
+  const X11Workspace workspace(loop, {});
+  // A server that is slow is not a desktop without apps.
+  loop.runUntil([&] { return !workspace.runningApplications().empty(); }, std::chrono::seconds(1));
+  std::set<Pid> apps;
+  for (const AppRef& app : workspace.runningApplications()) {
+    const Pid pid = app->processIdentifier();
+    if (app->activationPolicy() == ActivationPolicy::regular && files.isOwn(pid)) apps.insert(pid);
+  }
+  return mostShareTheirSession(files.scan(), apps);
 }
 
 } // namespace
@@ -111,7 +129,18 @@ std::unique_ptr<LinuxMachine> LinuxMachine::forSelfTest(const XdgFolders& folder
   auto band = std::make_unique<LinuxBand>(
       parts->ownLoop, parts->files,
       BandPaths{.ledger = {}, .userBus = userBus(folders), .busLimit = std::chrono::seconds(2)});
-  parts->launcher = SessionLauncher([band = band.get()](Pid pid) { band->placeAsApp(pid); });
+  if (appsShareSessionsHere(parts->ownLoop, *parts->processFiles)) {
+    // Among those that share a session, only a comparison with the app in front tells what helps. The process
+    // that is started first is none of those that are slowed.
+    parts->launcher = SessionLauncher(
+        [band = band.get(), isFirst = true](Pid pid) mutable {
+          band->placeAsApp(pid);
+          if (std::exchange(isFirst, false)) band->prepareBoostApp(pid, {}, {pid});
+        },
+        SessionLauncher::Session::shared);
+  } else {
+    parts->launcher = SessionLauncher([band = band.get()](Pid pid) { band->placeAsApp(pid); });
+  }
   parts->band = std::move(band);
   return std::unique_ptr<LinuxMachine>(new LinuxMachine(std::move(parts)));
 }

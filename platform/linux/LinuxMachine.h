@@ -20,8 +20,8 @@ class LinuxMachine {
   // What it takes to put back what an earlier run left: the journal's files, the processes and the band.
   // Everything else is absent.
   static std::unique_ptr<LinuxMachine> forRecovery(const XdgFolders& folders, EventLoop& loop);
-  // The processes, the band, the clock and the launcher; everything else is absent, and nothing is connected
-  // to or kept on disk.
+  // The processes, the band, the clock and the launcher, which starts programs as apps stand on this desktop;
+  // everything else is absent, and nothing is kept on disk.
   static std::unique_ptr<LinuxMachine> forSelfTest(const XdgFolders& folders);
 
   ~LinuxMachine();
