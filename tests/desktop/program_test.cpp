@@ -286,6 +286,35 @@ TEST_P(SelfTest, AndABoostLeaveEachOtherAlone) {
   EXPECT_TRUE(becomesUnchanged()) << changes();
 }
 
+TEST_P(SelfTest, TakesItsProcessesWithItWhenASignalEndsIt) {
+  for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
+    SCOPED_TRACE(number);
+    Program& selfTest = launchVantle({"--test"}, {{"DISPLAY", "unset"}});
+    require("the test processes",
+            [&] { return selfTestProcesses(m_user).size() == 2 * static_cast<std::size_t>(processors()); });
+    selfTest.signal(number);
+    EXPECT_EQ(selfTest.exitStatus(), -number);
+    EXPECT_TRUE(waitUntil([&] { return selfTestProcesses(m_user).empty(); }, std::chrono::seconds(5)));
+    for (const Pid pid : selfTestProcesses(m_user)) ::kill(pid, SIGKILL);
+  }
+  // Whoever reads it may have seen enough.
+  EXPECT_TRUE(
+      m_desktop->run({"/bin/sh", "-c", "unset DISPLAY; " VANTLE_PROGRAM " --test | head -n 1 >/dev/null"}));
+  EXPECT_TRUE(waitUntil([&] { return selfTestProcesses(m_user).empty(); }, std::chrono::seconds(5)));
+}
+
+// The recovery of another copy puts back every process of this user that carries the mark, these too.
+TEST_P(SelfTest, DISABLED_IsLeftAloneByACopyThatStartsMeanwhile) {
+  if (!sessionsWeigh()) GTEST_SKIP() << "this kernel has no automatic groups";
+  Program& selfTest = launchVantle({"--test"});
+  const fs::path output = m_output;
+  expectHalfSlowed();
+  startVantle();
+  expectHalfSlowed();
+  m_output = output;
+  EXPECT_TRUE(read(end(selfTest)).works) << contents(output);
+}
+
 TEST_P(SelfTest, SaysThatItsProcessesCannotBeStarted) {
   if (!canChooseNextPid()) GTEST_SKIP() << "needs mounts of its own";
   const fs::path nothing = m_desktop->folder().write("nothing", "");
