@@ -2,6 +2,7 @@
 #include "platform/linux/LinuxMachine.h"
 
 #include "platform/linux/Absent.h"
+#include "platform/linux/Descriptor.h"
 #include "platform/linux/audio/PulseAudioActivity.h"
 #include "platform/linux/band/LinuxBand.h"
 #include "platform/linux/bus/BusConnection.h"
@@ -20,6 +21,7 @@
 #include "platform/shared/PollEventLoop.h"
 
 #include <cstdlib>
+#include <fcntl.h>
 #include <set>
 #include <string>
 #include <unistd.h>
@@ -46,10 +48,28 @@ std::string userBus(const XdgFolders& folders) {
   return "unix:path=" + *folders.runtime + "/bus";
 }
 
+// The X library writes to the standard errors when a server does not let it in.
+class SilentErrors {
+ public:
+  SilentErrors() : m_kept(::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0)) {
+    const Descriptor nowhere(::open("/dev/null", O_WRONLY | O_CLOEXEC));
+    if (m_kept && nowhere) ::dup2(nowhere.get(), STDERR_FILENO);
+  }
+  ~SilentErrors() {
+    if (m_kept) ::dup2(m_kept.get(), STDERR_FILENO);
+  }
+  SilentErrors(const SilentErrors&) = delete;
+  SilentErrors& operator=(const SilentErrors&) = delete;
+
+ private:
+  Descriptor m_kept;
+};
+
 // Whether this desktop, when there is one, leaves the apps of this user without sessions of their own.
 bool appsShareSessionsHere(PollEventLoop& loop, const ProcessFiles& files) {
   const char* const display = std::getenv("DISPLAY");
   if (display == nullptr || *display == '\0') return false;
+  const SilentErrors silence;
   const X11Workspace workspace(loop, {});
   // A server that is slow is not a desktop without apps.
   loop.runUntil([&] { return !workspace.runningApplications().empty(); }, std::chrono::seconds(1));

@@ -171,6 +171,22 @@ class Vantle : public testing::TestWithParam<Who> {
     ASSERT_NE(journal(), "[]");
   }
 
+  // The name of a display whose server wants a password that nobody has.
+  std::string refusingDisplay() {
+    const std::string protocol = "MIT-MAGIC-COOKIE-1";
+    std::string entry("\xff\xff\0\0\0\0\0", 7); // any machine, any display
+    entry += static_cast<char>(protocol.size());
+    entry += protocol + std::string("\0\x10", 2) + "0123456789abcdef";
+    const fs::path file = m_desktop->folder().write("authority", entry);
+    const fs::path number = m_desktop->folder().path() / "tmp/number";
+    m_desktop->launch(
+        {"/bin/sh", "-c",
+         "exec Xvfb -displayfd 1 -auth " + file.string() + " -nolisten tcp -noreset >" + number.string()});
+    require("the other X server", [&] { return contents(number).ends_with('\n'); });
+    const std::string text = contents(number);
+    return ":" + text.substr(0, text.find('\n'));
+  }
+
   VirtualDesktop::Options m_options;
   uid_t m_user = 0;
   std::unique_ptr<VirtualDesktop> m_desktop;
@@ -303,6 +319,16 @@ TEST_P(SelfTest, TakesItsProcessesWithItWhenASignalEndsIt) {
   EXPECT_TRUE(waitUntil([&] { return selfTestProcesses(m_user).empty(); }, std::chrono::seconds(5)));
 }
 
+TEST_P(SelfTest, SaysNothingOfADesktopThatRefusesIt) {
+  Program& selfTest = launchVantle({"--test"}, {{"DISPLAY", refusingDisplay()}});
+  require("the test processes", [&] { return !selfTestProcesses(m_user).empty(); });
+  selfTest.signal(SIGTERM);
+  const Ended ended = end(selfTest);
+  EXPECT_EQ(ended.status, -SIGTERM);
+  EXPECT_EQ(ended.errors, "");
+  EXPECT_TRUE(waitUntil([&] { return selfTestProcesses(m_user).empty(); }));
+}
+
 // The recovery of another copy puts back every process of this user that carries the mark, these too.
 TEST_P(SelfTest, DISABLED_IsLeftAloneByACopyThatStartsMeanwhile) {
   if (!sessionsWeigh()) GTEST_SKIP() << "this kernel has no automatic groups";
@@ -316,7 +342,7 @@ TEST_P(SelfTest, DISABLED_IsLeftAloneByACopyThatStartsMeanwhile) {
 }
 
 TEST_P(SelfTest, SaysThatItsProcessesCannotBeStarted) {
-  if (!canChooseNextPid()) GTEST_SKIP() << "needs mounts of its own";
+  if (::geteuid() != 0 || !canChooseNextPid()) GTEST_SKIP() << "needs mounts of its own";
   const fs::path nothing = m_desktop->folder().write("nothing", "");
   ASSERT_EQ(::mount(nothing.c_str(), "/usr/bin/yes", nullptr, MS_BIND, nullptr), 0);
   const Ended ended = end(launchVantle({"--test"}, {{"DISPLAY", "unset"}}));
@@ -578,22 +604,6 @@ class NoDesktop : public Vantle {
       "vantle: there is no desktop session here (neither DISPLAY nor WAYLAND_DISPLAY is set).";
   static constexpr const char* unreachable =
       "vantle: the desktop session that DISPLAY or WAYLAND_DISPLAY names cannot be reached.";
-
-  // The name of a display whose server wants a password that nobody has.
-  std::string refusingDisplay() {
-    const std::string protocol = "MIT-MAGIC-COOKIE-1";
-    std::string entry("\xff\xff\0\0\0\0\0", 7); // any machine, any display
-    entry += static_cast<char>(protocol.size());
-    entry += protocol + std::string("\0\x10", 2) + "0123456789abcdef";
-    const fs::path file = m_desktop->folder().write("authority", entry);
-    const fs::path number = m_desktop->folder().path() / "tmp/number";
-    m_desktop->launch(
-        {"/bin/sh", "-c",
-         "exec Xvfb -displayfd 1 -auth " + file.string() + " -nolisten tcp -noreset >" + number.string()});
-    require("the other X server", [&] { return contents(number).ends_with('\n'); });
-    const std::string text = contents(number);
-    return ":" + text.substr(0, text.find('\n'));
-  }
 };
 
 TEST_P(NoDesktop, NamedIsSaidAndWhatWasLeftIsPutBack) { expectOnlyRecovery({{"DISPLAY", "unset"}}, none); }
