@@ -6,6 +6,7 @@
 #include "app/QtEventLoop.h"
 #include "app/SelfTestMode.h"
 #include "app/SignalSource.h"
+#include "app/ToolkitGuard.h"
 #include "engine/Journal.h"
 #include "platform/linux/LinuxMachine.h"
 #include "platform/linux/catalog/DesktopCatalog.h"
@@ -20,6 +21,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string_view>
 
@@ -30,21 +32,23 @@ namespace {
 constexpr const char* bundleIdentifier = "com.halvo.vantle";
 constexpr const char* formerIdentifier = "com.halvo.murn";
 
-bool hasDesktopSession() {
-  return std::getenv("DISPLAY") != nullptr || std::getenv("WAYLAND_DISPLAY") != nullptr;
+bool isNamed(const char* variable) {
+  const char* const value = std::getenv(variable);
+  return value != nullptr && *value != '\0';
 }
+
+bool hasDesktopSession() { return isNamed("DISPLAY") || isNamed("WAYLAND_DISPLAY"); }
 
 // Started where no desktop is (on a console after the session died, say): nothing can be watched, but what an
 // earlier run left slowed is put back all the same.
-int recoverOnly(const XdgFolders& folders) {
+int recoverOnly(const XdgFolders& folders, const char* reason) {
   PollEventLoop loop;
-  const std::unique_ptr<LinuxMachine> linuxMachine = LinuxMachine::forDesktop(folders, loop);
+  const std::unique_ptr<LinuxMachine> linuxMachine = LinuxMachine::forRecovery(folders, loop);
   const Machine machine = linuxMachine->machine();
   Journal(machine.files).restoreAllAndClear(machine.processes, machine.band);
   machine.band.reclaim(nullptr);
   machine.band.settle(longestSettling);
-  std::fputs("vantle: there is no desktop session here (neither DISPLAY nor WAYLAND_DISPLAY is set).\n",
-             stderr);
+  std::fprintf(stderr, "vantle: %s\n", reason);
   return 1;
 }
 
@@ -69,13 +73,21 @@ int VantleApp::run() {
   const XdgFolders folders = XdgFolders::fromEnvironment();
   const SingleCopyLock lock = SingleCopyLock::acquire(folders);
   if (lock.outcome() == SingleCopyLock::Outcome::heldByOther) return EXIT_SUCCESS;
-  if (!hasDesktopSession()) return recoverOnly(folders);
+  if (!hasDesktopSession()) {
+    return recoverOnly(folders,
+                       "there is no desktop session here (neither DISPLAY nor WAYLAND_DISPLAY is set).");
+  }
 
   holdTerminationSignals();
+  std::optional<ToolkitGuard> startGuard([&folders] {
+    return recoverOnly(folders,
+                       "the desktop session that DISPLAY or WAYLAND_DISPLAY names cannot be reached.");
+  });
   QGuiApplication::setDesktopFileName(bundleIdentifier);
   QGuiApplication::setApplicationDisplayName("Vantle");
   QGuiApplication::setQuitOnLastWindowClosed(false);
   QGuiApplication application(m_argc, m_argv);
+  startGuard.reset();
   QtEventLoop loop;
   const std::unique_ptr<LinuxMachine> machine =
       LinuxMachine::forDesktop(folders, loop, [] { QCoreApplication::exit(EXIT_SUCCESS); });

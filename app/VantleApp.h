@@ -9,7 +9,7 @@ class VantleApp {
   VantleApp(int& argc, char** argv) : m_argc(argc), m_argv(argv) {}
 
   // The exit status: 0 in the ordinary course of things and for a second copy, the self-test's own with
-  // "--test", 1 when there is no desktop session to live in.
+  // "--test", 1 when there is no desktop session to live in, or none that lets the program in.
   int run();
 
  private:

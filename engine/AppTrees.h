@@ -25,10 +25,10 @@ namespace vantle {
 class AppTrees final : public ProcessView {
  public:
   struct Known {
-    std::set<Pid> apps;                                   // the main processes of all running apps
-    std::vector<ProcessIdentity> roots;                   // further ones, if they still are those
-    Pid self = 0;                                         // this program
-    std::vector<std::pair<ProcessIdentity, Pid>> members; // who was seen in whose tree before
+    std::set<Pid> apps{};                                   // the main processes of all running apps
+    std::vector<ProcessIdentity> roots{};                   // further ones, if they still are those
+    Pid self = 0;                                           // this program
+    std::vector<std::pair<ProcessIdentity, Pid>> members{}; // who was seen in whose tree before
   };
 
   AppTrees() = default; // sees nothing

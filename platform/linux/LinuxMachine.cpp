@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/LinuxMachine.h"
 
+#include "engine/AppTrees.h"
 #include "platform/linux/Absent.h"
+#include "platform/linux/Descriptor.h"
 #include "platform/linux/audio/PulseAudioActivity.h"
 #include "platform/linux/band/LinuxBand.h"
 #include "platform/linux/band/UserManager.h"
@@ -10,6 +12,7 @@
 #include "platform/linux/notices/DesktopNotifications.h"
 #include "platform/linux/power/LogindPowerAssertions.h"
 #include "platform/linux/pressure/PsiMemoryPressure.h"
+#include "platform/linux/process/AppSessions.h"
 #include "platform/linux/process/BootClock.h"
 #include "platform/linux/process/LinuxHost.h"
 #include "platform/linux/process/ProcfsProcessTable.h"
@@ -19,6 +22,9 @@
 #include "platform/shared/JsonUserDefaults.h"
 #include "platform/shared/PollEventLoop.h"
 
+#include <cstdlib>
+#include <fcntl.h>
+#include <set>
 #include <string>
 #include <unistd.h>
 #include <utility>
@@ -50,6 +56,39 @@ std::vector<std::string> ledgerPaths(const XdgFolders& folders) {
 std::string userBus(const XdgFolders& folders) {
   if (!folders.runtime || ::access((*folders.runtime + "/bus").c_str(), F_OK) != 0) return {};
   return "unix:path=" + *folders.runtime + "/bus";
+}
+
+// The X library writes to the standard errors when a server does not let it in.
+class SilentErrors {
+ public:
+  SilentErrors() : m_kept(::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0)) {
+    const Descriptor nowhere(::open("/dev/null", O_WRONLY | O_CLOEXEC));
+    if (m_kept && nowhere) ::dup2(nowhere.get(), STDERR_FILENO);
+  }
+  ~SilentErrors() {
+    if (m_kept) ::dup2(m_kept.get(), STDERR_FILENO);
+  }
+  SilentErrors(const SilentErrors&) = delete;
+  SilentErrors& operator=(const SilentErrors&) = delete;
+
+ private:
+  Descriptor m_kept;
+};
+
+// Whether this desktop, when there is one, leaves the apps of this user without sessions of their own.
+bool appsShareSessionsHere(PollEventLoop& loop, const Kernel& kernel, const ProcessTable& processes) {
+  const char* const display = std::getenv("DISPLAY");
+  if (display == nullptr || *display == '\0') return false;
+  const SilentErrors silence;
+  const X11Workspace workspace(loop, {});
+  // A server that is slow is not a desktop without apps.
+  loop.runUntil([&] { return !workspace.runningApplications().empty(); }, std::chrono::seconds(1));
+  std::set<Pid> apps;
+  for (const AppRef& app : workspace.runningApplications()) {
+    const Pid pid = app->processIdentifier();
+    if (app->activationPolicy() == ActivationPolicy::regular && kernel.isOwn(pid)) apps.insert(pid);
+  }
+  return mostShareTheirSession(AppTrees(processes, {.apps = apps, .self = ::getpid()}), apps);
 }
 
 } // namespace
@@ -89,12 +128,8 @@ LinuxMachine::~LinuxMachine() = default;
 
 std::unique_ptr<LinuxMachine> LinuxMachine::forDesktop(const XdgFolders& folders, EventLoop& loop,
                                                        std::function<void()> onDesktopLost) {
-  auto parts = std::make_unique<Parts>(folders, epochPaths(folders));
-  parts->band =
-      std::make_unique<LinuxBand>(loop, parts->files,
-                                  BandParts{.kernel = parts->kernel,
-                                            .manager = std::make_unique<UserManager>(loop, userBus(folders)),
-                                            .ledgers = ledgerPaths(folders)});
+  std::unique_ptr<LinuxMachine> machine = forRecovery(folders, loop);
+  const auto& parts = machine->m_parts;
   parts->systemBus = std::make_unique<BusConnection>(loop, BusConnection::Kind::system);
   parts->sessionBus = std::make_unique<BusConnection>(loop, BusConnection::Kind::session);
   parts->audio = std::make_unique<PulseAudioActivity>();
@@ -104,6 +139,16 @@ std::unique_ptr<LinuxMachine> LinuxMachine::forDesktop(const XdgFolders& folders
   parts->workspace = std::make_unique<X11Workspace>(
       loop, X11Workspace::Options{.onConnectionLost = std::move(onDesktopLost)});
   parts->notifications = std::make_unique<DesktopNotifications>(*parts->sessionBus);
+  return machine;
+}
+
+std::unique_ptr<LinuxMachine> LinuxMachine::forRecovery(const XdgFolders& folders, EventLoop& loop) {
+  auto parts = std::make_unique<Parts>(folders, epochPaths(folders));
+  parts->band =
+      std::make_unique<LinuxBand>(loop, parts->files,
+                                  BandParts{.kernel = parts->kernel,
+                                            .manager = std::make_unique<UserManager>(loop, userBus(folders)),
+                                            .ledgers = ledgerPaths(folders)});
   return std::unique_ptr<LinuxMachine>(new LinuxMachine(std::move(parts)));
 }
 
@@ -115,7 +160,18 @@ std::unique_ptr<LinuxMachine> LinuxMachine::forSelfTest(const XdgFolders& folder
       parts->ownLoop, parts->files,
       BandParts{.manager = std::make_unique<UserManager>(parts->ownLoop, userBus(folders)),
                 .busLimit = std::chrono::seconds(2)});
-  parts->launcher = SessionLauncher([band = band.get()](Pid pid) { band->placeAsApp(pid); });
+  if (appsShareSessionsHere(parts->ownLoop, *parts->kernel, parts->processes)) {
+    // Among those that share a session, only a comparison with the app in front tells what helps. The process
+    // that is started first is none of those that are slowed.
+    parts->launcher = SessionLauncher(
+        [band = band.get(), isFirst = true](Pid pid) mutable {
+          band->placeAsApp(pid);
+          if (std::exchange(isFirst, false)) band->compareWith(pid);
+        },
+        SessionLauncher::Session::shared);
+  } else {
+    parts->launcher = SessionLauncher([band = band.get()](Pid pid) { band->placeAsApp(pid); });
+  }
   parts->band = std::move(band);
   return std::unique_ptr<LinuxMachine>(new LinuxMachine(std::move(parts)));
 }

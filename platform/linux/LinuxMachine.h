@@ -17,8 +17,11 @@ class LinuxMachine {
   // called on the main loop when the X server goes away: the desktop is over.
   static std::unique_ptr<LinuxMachine> forDesktop(const XdgFolders& folders, EventLoop& loop,
                                                   std::function<void()> onDesktopLost = {});
-  // The processes, the band, the clock and the launcher; everything else is absent, and nothing is connected
-  // to or kept on disk.
+  // What it takes to put back what an earlier run left: the journal's files, the processes and the band.
+  // Everything else is absent.
+  static std::unique_ptr<LinuxMachine> forRecovery(const XdgFolders& folders, EventLoop& loop);
+  // The processes, the band, the clock and the launcher, which starts programs as apps stand on this desktop;
+  // everything else is absent, and nothing is kept on disk.
   static std::unique_ptr<LinuxMachine> forSelfTest(const XdgFolders& folders);
 
   ~LinuxMachine();

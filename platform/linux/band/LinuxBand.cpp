@@ -45,11 +45,12 @@ ProcessView LinuxBand::lookAt(Pid app) const {
     if (process.isAlive()) records.push_back(recordOf(process));
   }
   ProcessView view(std::move(records), births);
+  if (m_front != 0) view.assign(m_front, m_front);
   std::vector<Pid> toVisit{app};
   while (!toVisit.empty()) {
     const Pid pid = toVisit.back();
     toVisit.pop_back();
-    if (pid < 2 || view.appOf(pid) == app) continue;
+    if (pid < 2 || view.appOf(pid) != 0) continue;
     view.assign(pid, app);
     const std::vector<Pid>& children = view.childPIDs(pid);
     toVisit.insert(toVisit.end(), children.begin(), children.end());
@@ -60,7 +61,10 @@ ProcessView LinuxBand::lookAt(Pid app) const {
 bool LinuxBand::enterBackgroundBand(Pid pid) {
   const ProcessView view = lookAt(pid);
   const BandApp app{pid, {pid}};
-  return enter({.view = view, .boostApp = 0, .apps = {&app, 1}, .slowed = {}}).front().front().entered();
+  return enter({.view = view, .boostApp = m_front, .apps = {&app, 1}, .slowed = {}})
+      .front()
+      .front()
+      .entered();
 }
 
 std::vector<std::vector<BandAnswer>> LinuxBand::enter(const BandPass& pass) {

@@ -37,6 +37,9 @@ class LinuxBand final : public BackgroundBand {
   // Gives a process that this program started the place that a desktop gives to an app.
   void placeAsApp(Pid pid);
 
+  // The process that single ones are to be slowed against; without one, everybody is.
+  void compareWith(Pid front) { m_front = front; }
+
   bool enterBackgroundBand(Pid pid) override;
   bool leaveBackgroundBand(Pid pid) override;
   std::optional<bool> isInBackgroundBand(Pid pid) const override { return m_threads.isIn(pid); }
@@ -62,6 +65,7 @@ class LinuxBand final : public BackgroundBand {
   std::string m_controlGroups; // mount of the version 2 tree
   SessionWeights m_sessions;
   UnitWeights m_units;
+  Pid m_front = 0;             // for the calls on single processes
   bool m_hasReclaimed = false; // what a program before this one left
 };
 

@@ -47,14 +47,15 @@ class ChildProcess final : public Subprocess {
   bool m_hasEnded = false;
 };
 
-// What the child starts with: a session, standard descriptors that lead nowhere and no others, and the
-// signal handling that programs expect.
+// What the child starts with: perhaps a session, standard descriptors that lead nowhere and no others, and
+// the signal handling that programs expect.
 class SpawnOptions {
  public:
-  SpawnOptions() {
+  explicit SpawnOptions(SessionLauncher::Session session) {
     ::posix_spawnattr_init(&m_attributes);
-    ::posix_spawnattr_setflags(&m_attributes,
-                               POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+    const int ownSession = session == SessionLauncher::Session::own ? POSIX_SPAWN_SETSID : 0;
+    ::posix_spawnattr_setflags(
+        &m_attributes, static_cast<short>(ownSession | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF));
     sigset_t signals;
     ::sigemptyset(&signals);
     ::posix_spawnattr_setsigmask(&m_attributes, &signals);
@@ -85,7 +86,7 @@ class SpawnOptions {
 } // namespace
 
 std::unique_ptr<Subprocess> SessionLauncher::launch(const std::string& executablePath) {
-  const SpawnOptions options;
+  const SpawnOptions options(m_session);
   std::string name = executablePath; // posix_spawn wants the arguments writable
   std::array<char*, 2> arguments{name.data(), nullptr};
   Pid pid = 0;

@@ -7,18 +7,22 @@
 
 namespace vantle {
 
-// Starts programs as a desktop starts apps: in a session of their own, and where somebody says how, in a
-// place of their own besides (a unit of the user manager).
+// Starts programs as a desktop starts apps: in a session of their own, unless this desktop does not give them
+// one, and where somebody says how, in a place of their own besides (a unit of the user manager).
 class SessionLauncher final : public SubprocessLauncher {
  public:
   using Place = std::function<void(Pid)>; // called once for each process that was started
 
-  explicit SessionLauncher(Place place = {}) : m_place(std::move(place)) {}
+  enum class Session { own, shared };
+
+  explicit SessionLauncher(Place place = {}, Session session = Session::own)
+      : m_place(std::move(place)), m_session(session) {}
 
   std::unique_ptr<Subprocess> launch(const std::string& executablePath) override;
 
  private:
   Place m_place;
+  Session m_session;
 };
 
 } // namespace vantle

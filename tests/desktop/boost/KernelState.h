@@ -6,6 +6,7 @@
 #include <iosfwd>
 #include <map>
 #include <string>
+#include <sys/types.h>
 #include <vector>
 
 namespace vantle::desktop {
@@ -21,12 +22,21 @@ struct KernelState {
   };
   std::map<Pid, Thread> threads; // by their ids; empty when the process is gone
   int sessionNice = 0;           // of its autogroup
+  std::string start;             // in the kernel's ticks, so that a number that is used again is told apart
   bool operator==(const KernelState&) const = default;
 };
 
 std::ostream& operator<<(std::ostream& out, const KernelState& state);
 
 KernelState kernelState(Pid pid);
+
+// Every process of one user, whoever started it.
+using MachineState = std::map<Pid, KernelState>;
+MachineState machineState(uid_t user);
+
+// What is not as it was then, a line for each process; empty when nothing is. Threads that came or went since
+// do not count, but new ones, of new processes as well, must be as the kernel makes them.
+std::string changesSince(const MachineState& before, uid_t user);
 
 // Every thread in the I/O class "idle", which no process is in by itself.
 bool isSlowed(Pid pid);

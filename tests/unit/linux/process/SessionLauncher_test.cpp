@@ -52,6 +52,13 @@ TEST(SessionLauncher, startsAProgramInASessionOfItsOwnWithItsOutputDiscarded) {
   EXPECT_TRUE(child.process->isRunning());
 }
 
+TEST(SessionLauncher, leavesAProgramInThisSessionWhenAskedTo) {
+  SessionLauncher launcher({}, SessionLauncher::Session::shared);
+  const Ended child(launcher.launch(endless));
+  ASSERT_TRUE(child.process);
+  EXPECT_EQ(::getsid(child.process->processIdentifier()), ::getsid(0));
+}
+
 TEST(SessionLauncher, endsAndAwaitsWhatItStarted) {
   SessionLauncher launcher;
   const auto child = launcher.launch(endless);
