@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,7 +18,6 @@ namespace {
 
 using desktop::Program;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 // Real windows on an engine whose every other part is simulated.
 class SystemAppsTest : public testing::Test {
@@ -85,8 +85,8 @@ TEST_F(SystemAppsTest, FileManagerIsNeitherSlowedNorQuitNorBoosted) {
   engine.handleMemoryPressure(true);
   m_desktop.activate(editor);
   ASSERT_TRUE(isFront(editor)) << "whatever was asked of a window before has arrived";
-  EXPECT_TRUE(fileManager.isRunning());
-  EXPECT_TRUE(monitor.isRunning());
+  ASSERT_TRUE(fileManager.isRunning());
+  ASSERT_TRUE(monitor.isRunning());
 
   m_desktop.activate(fileManager);
   ASSERT_TRUE(isFront(fileManager));
