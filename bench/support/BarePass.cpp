@@ -41,10 +41,32 @@ template <class Callback> void forEachNumber(const char* path, Callback call) {
   ::close(folder);
 }
 
+// What follows the name in a process's stat file; null when it is gone.
+using StatText = std::array<char, 2048>;
+const char* readStat(pid_t pid, StatText& text) {
+  std::array<char, 32> path{};
+  std::snprintf(path.data(), path.size(), "/proc/%d/stat", pid);
+  const int file = ::open(path.data(), O_RDONLY | O_CLOEXEC);
+  const ssize_t got = file < 0 ? -1 : ::read(file, text.data(), text.size() - 1);
+  if (file >= 0) ::close(file);
+  if (got <= 0) return nullptr;
+  text[static_cast<std::size_t>(got)] = '\0';
+  const char* rest = std::strrchr(text.data(), ')');
+  return rest != nullptr && std::strlen(rest) > 4 ? rest : nullptr;
+}
+
+// 0 when the process is gone.
+unsigned long startOf(pid_t pid) {
+  StatText text;
+  const char* at = readStat(pid, text);
+  for (int field = 2; at != nullptr && field < 22; ++field) at = std::strchr(at + 1, ' ');
+  return at != nullptr ? std::strtoul(at, nullptr, 10) : 0;
+}
+
 } // namespace
 
-BarePass::BarePass(std::vector<pid_t> roots, const std::string& userBus)
-    : m_roots(std::move(roots)),
+BarePass::BarePass(std::vector<pid_t> roots, const std::string& userBus, std::string journal)
+    : m_roots(std::move(roots)), m_journal(std::move(journal)),
       m_online((1UL << static_cast<unsigned>(::sysconf(_SC_NPROCESSORS_ONLN))) - 1),
       m_chosen(m_online & ~(m_online >> 1U)), m_isRoot(::geteuid() == 0) {
   if (userBus.empty()) return;
@@ -59,20 +81,36 @@ BarePass::BarePass(std::vector<pid_t> roots, const std::string& userBus)
 void BarePass::scan() {
   m_processes.clear();
   forEachNumber("/proc", [this](pid_t pid) {
-    std::array<char, 32> path{};
-    std::array<char, 2048> text{};
-    std::snprintf(path.data(), path.size(), "/proc/%d/stat", pid);
-    const int file = ::open(path.data(), O_RDONLY | O_CLOEXEC);
-    const ssize_t got = file < 0 ? -1 : ::read(file, text.data(), text.size() - 1);
-    if (file >= 0) ::close(file);
-    if (got <= 0) return;
-    text[static_cast<std::size_t>(got)] = '\0';
-    const char* rest = std::strrchr(text.data(), ')');
-    if (rest != nullptr && std::strlen(rest) > 4) m_processes.push_back({pid, std::atoi(rest + 4)});
+    StatText text;
+    const char* rest = readStat(pid, text);
+    if (rest != nullptr) m_processes.push_back({pid, std::atoi(rest + 4)});
   });
 }
 
-void BarePass::change(pid_t pid, bool enter) {
+std::vector<pid_t> BarePass::treeOf(pid_t root) const {
+  std::vector<pid_t> tree{root};
+  for (const Process& process : m_processes) {
+    if (process.parent == root) tree.push_back(process.pid);
+  }
+  return tree;
+}
+
+void BarePass::enterProcess(pid_t pid) {
+  if (isOrdered() && startOf(pid) == 0) return;
+  change(pid, true);
+  if (isOrdered() && startOf(pid) == 0) {
+    std::erase_if(m_recorded, [pid](const Identity& identity) { return identity.pid == pid; });
+  }
+}
+
+void BarePass::leaveProcess(pid_t pid) {
+  for (int reads = isOrdered() ? 2 : 0; reads > 0; --reads) {
+    if (startOf(pid) == 0) return;
+  }
+  change(pid, false);
+}
+
+void BarePass::change(pid_t pid, bool enter) const {
   std::array<char, 32> path{};
   std::snprintf(path.data(), path.size(), "/proc/%d/task", pid);
   forEachNumber(path.data(), [this, enter](pid_t tid) {
@@ -88,14 +126,40 @@ void BarePass::change(pid_t pid, bool enter) {
 
 void BarePass::run(bool enter) {
   scan();
+  if (isOrdered() && enter) record();
   for (const pid_t root : m_roots) {
-    change(root, enter);
-    for (const Process& process : m_processes) {
-      if (process.parent == root) change(process.pid, enter);
-    }
+    for (const pid_t pid : treeOf(root)) enter ? enterProcess(pid) : leaveProcess(pid);
     if (!m_manager) weighSession(root, enter);
   }
   if (m_manager) weighUnits(enter);
+  if (!isOrdered()) return;
+  if (!enter) m_recorded.clear();
+  writeJournal();
+}
+
+void BarePass::record() {
+  for (const pid_t root : m_roots) {
+    for (const pid_t pid : treeOf(root)) m_recorded.push_back({pid, startOf(pid)});
+  }
+  writeJournal();
+}
+
+void BarePass::writeJournal() const {
+  std::string text = "[";
+  for (const Identity& identity : m_recorded) {
+    std::array<char, 96> entry{};
+    std::snprintf(entry.data(), entry.size(), R"(%s{"pid":%d,"startSec":%lu,"startUsec":%lu})",
+                  text.size() > 1 ? "," : "", identity.pid, identity.startTicks / 100,
+                  identity.startTicks % 100 * 10'000);
+    text += entry.data();
+  }
+  text += "]";
+  const std::string temporary = m_journal + ".new";
+  const int file = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+  if (file < 0) return;
+  (void)!::write(file, text.data(), text.size());
+  ::close(file);
+  ::rename(temporary.c_str(), m_journal.c_str());
 }
 
 void BarePass::weighSession(pid_t root, bool enter) const {

@@ -1,17 +1,24 @@
 // SPDX-License-Identifier: MIT
 #include "bench/support/FrontApp.h"
 
+#include "bench/support/ProcessorTime.h"
+#include "platform/linux/Descriptor.h"
+
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
+#include <fcntl.h>
+#include <limits>
 #include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 
 namespace vantle::bench {
 
@@ -19,12 +26,6 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 using Millis = std::chrono::duration<double, std::milli>;
-
-double processorMillis() {
-  timespec time{};
-  ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-  return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
-}
 
 void spin(std::uint64_t rounds) {
   volatile std::uint64_t value = 1;
@@ -54,6 +55,24 @@ bool transfer(int channel, void* data, std::size_t size, bool out) {
   return true;
 }
 
+// How long the calling thread has waited for a processor so far: the second number in its schedstat file.
+// Unlike the time on the wall it does not grow while a virtual machine's own processor is away.
+class ProcessorWait {
+ public:
+  ProcessorWait() : m_file(::open("/proc/thread-self/schedstat", O_RDONLY | O_CLOEXEC)) {}
+
+  double micros() const {
+    std::array<char, 64> text{};
+    const ssize_t got = m_file ? ::pread(m_file.get(), text.data(), text.size() - 1, 0) : -1;
+    const char* second = got > 0 ? std::strchr(text.data(), ' ') : nullptr;
+    if (second == nullptr) return std::numeric_limits<double>::quiet_NaN();
+    return static_cast<double>(std::strtoull(second, nullptr, 10)) / 1e3;
+  }
+
+ private:
+  Descriptor m_file;
+};
+
 struct Order {
   std::int64_t frames = 0; // milliseconds
   std::int64_t share = 0;
@@ -61,9 +80,12 @@ struct Order {
 
 [[noreturn]] void drawFrames(int channel) {
   const std::uint64_t rounds = roundsFor(FrontApp::work);
+  const ProcessorWait wait;
   Order order;
   while (transfer(channel, &order, sizeof order, false)) {
-    std::vector<double> frames;
+    std::vector<Frame> frames;
+    // Read before it sleeps: to wait after it was woken counts as well.
+    double waited = wait.micros();
     const Clock::time_point begin = Clock::now();
     for (Clock::time_point due = begin; due - begin < std::chrono::milliseconds(order.frames);) {
       const auto since = due.time_since_epoch();
@@ -72,7 +94,9 @@ struct Order {
       while (::clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &until, nullptr) == EINTR) {
       }
       spin(rounds);
-      frames.push_back(Millis(Clock::now() - due).count());
+      const double millis = Millis(Clock::now() - due).count();
+      const double before = std::exchange(waited, wait.micros());
+      frames.push_back({millis, waited - before});
       // A frame that took too long makes the following one start at once, and those in between are lost.
       do due += FrontApp::frame;
       while (due + FrontApp::frame < Clock::now());
@@ -83,7 +107,7 @@ struct Order {
     double share = (processorMillis() - used) / Millis(Clock::now() - wall).count();
     std::uint64_t count = frames.size();
     if (!transfer(channel, &count, sizeof count, true) || !transfer(channel, &share, sizeof share, true) ||
-        !transfer(channel, frames.data(), count * sizeof(double), true)) {
+        !transfer(channel, frames.data(), count * sizeof(Frame), true)) {
       break;
     }
   }
@@ -149,8 +173,8 @@ FrontFigures FrontApp::measure(std::chrono::milliseconds frames, std::chrono::mi
       !transfer(m_channel, &figures.share, sizeof figures.share, false)) {
     return figures;
   }
-  figures.frameMillis.resize(count);
-  transfer(m_channel, figures.frameMillis.data(), count * sizeof(double), false);
+  figures.frames.resize(count);
+  transfer(m_channel, figures.frames.data(), count * sizeof(Frame), false);
   return figures;
 }
 

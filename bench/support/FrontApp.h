@@ -23,10 +23,15 @@ class BusyApp {
   pid_t m_pid;
 };
 
+struct Frame {
+  double millis = 0;     // from the moment it is due to the end of its work
+  double waitMicros = 0; // of them able to run, but not running; not a number when the kernel does not tell
+};
+
 // What an app in front got in one measurement.
 struct FrontFigures {
-  std::vector<double> frameMillis; // from the moment a frame is due to the end of its work
-  double share = 0;                // of one processor, while it wants all of it
+  std::vector<Frame> frames;
+  double share = 0; // of one processor, while it wants all of it
 };
 
 // A program with a picture to draw: 60 times a second 8 ms of work, then for a while as much as it can get.
