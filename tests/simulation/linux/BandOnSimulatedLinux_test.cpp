@@ -90,11 +90,16 @@ class EverySetting : public testing::TestWithParam<Setting> {};
 
 TEST_P(EverySetting, AppsAreSlowedAndComeBackExactly) {
   Evening evening(GetParam().options);
+  std::set<Pid> slowed;
+  evening.desktop.kernel.onTransition = [&slowed](Pid pid, bool isSlow) {
+    isSlow ? static_cast<void>(slowed.insert(pid)) : static_cast<void>(slowed.erase(pid));
+  };
   evening.desktop.startBand();
   evening.enter();
   EXPECT_TRUE(evening.hasEntered());
   ASSERT_TRUE(evening.desktop.settle(guard));
   EXPECT_THAT(evening.slow(), testing::UnorderedElementsAre(evening.first, evening.child, evening.second));
+  EXPECT_THAT(slowed, testing::UnorderedElementsAreArray(evening.slow()));
   EXPECT_THAT(evening.desktop.kernel.effectOf(evening.first), testing::MatchesRegex(GetParam().effect));
   EXPECT_TRUE(evening.desktop.kernel.carriesMark(evening.second));
   EXPECT_EQ(evening.desktop.kernel.effectOf(evening.front), "");
@@ -102,6 +107,7 @@ TEST_P(EverySetting, AppsAreSlowedAndComeBackExactly) {
   evening.leave();
   ASSERT_TRUE(evening.desktop.settle(guard));
   EXPECT_THAT(evening.slow(), IsEmpty());
+  EXPECT_THAT(slowed, IsEmpty());
   EXPECT_THAT(evening.desktop.kernel.differences(), IsEmpty());
 }
 

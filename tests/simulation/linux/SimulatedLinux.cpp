@@ -166,8 +166,7 @@ void SimulatedLinux::byOthers(Pid tid, const std::function<void(ThreadState&)>& 
   const Found found = thread(tid);
   if (!found) return;
   // A value that they leave as it is stays whoever's it was.
-  ThreadState& now = found.thread->state.now;
-  ThreadState& own = found.thread->state.own;
+  auto& [now, own] = stateOf(found);
   const ThreadState before = now;
   change(now);
   if (now.ioPriority != before.ioPriority) own.ioPriority = now.ioPriority;
@@ -192,11 +191,17 @@ SimulatedLinux::Found SimulatedLinux::thread(Pid tid) const {
   const Pid pid = owner == m_threadOwners.end() ? tid : owner->second;
   const auto found = m_processes.find(pid);
   if (found == m_processes.end()) return {};
-  auto& process = const_cast<LinuxProcess&>(found->second); // NOLINT: for the calls that change it
+  const LinuxProcess& process = found->second;
   const auto one = std::find_if(process.threads.begin(), process.threads.end(),
                                 [tid](const LinuxThread& thread) { return thread.tid == tid; });
   if (one == process.threads.end()) return {};
   return {pid, &process, &*one};
+}
+
+Both<ThreadState>& SimulatedLinux::stateOf(const Found& found) {
+  return m_processes.at(found.pid)
+      .threads[static_cast<std::size_t>(found.thread - found.process->threads.data())]
+      .state;
 }
 
 bool SimulatedLinux::mayChange(const LinuxProcess& process) const {
@@ -307,7 +312,11 @@ SessionChange SimulatedLinux::setAutogroupNice(Pid pid, const Autogroup& expecte
   const SimulatedCall call{.operation = Operation::weighSession, .pid = pid, .detail = detail};
   const bool isDone = m_machine.calls.change(call, [&] {
     takeSessionTurn();
-    m_sessionNice[group->id].now = nice;
+    std::vector<Pid> members;
+    for (const auto& [member, state] : m_processes) {
+      if (state.autogroup == group->id) members.push_back(member);
+    }
+    bringAbout(members, [&] { m_sessionNice[group->id].now = nice; });
   });
   return isDone ? SessionChange::done : SessionChange::refused;
 }
@@ -322,7 +331,8 @@ Change SimulatedLinux::change(Operation operation, const Found& found, int value
     detail = std::to_string(value);
   }
   const SimulatedCall call{.operation = operation, .pid = found.pid, .about = about, .detail = detail};
-  const bool isDone = m_machine.calls.change(call, [&] { effect(found.thread->state.now); });
+  const bool isDone =
+      m_machine.calls.change(call, [&] { bringAbout({found.pid}, [&] { effect(stateOf(found).now); }); });
   return isDone ? Change::done : Change::refused;
 }
 

@@ -88,6 +88,11 @@ class SimulatedLinux final : public Kernel {
   // Called before each call of this program takes effect: what happens here happens between two of its calls.
   std::function<void()> beforeCall;
   std::size_t callCount() const { return m_calls; }
+  // Called when what this program changed or ordered has made a process slow, or fast again; not for what is
+  // born slow, or for others' doing.
+  std::function<void(Pid pid, bool isSlow)> onTransition;
+  // Makes a change that may slow these processes or end that.
+  template <class Effect> void bringAbout(const std::vector<Pid>& pids, Effect effect);
 
   // The machine's side.
   LinuxProcess& process(Pid pid);          // of a process that runs
@@ -142,8 +147,8 @@ class SimulatedLinux final : public Kernel {
  private:
   struct Found { // a thread that runs, with its process
     Pid pid = 0;
-    LinuxProcess* process = nullptr;
-    LinuxThread* thread = nullptr;
+    const LinuxProcess* process = nullptr;
+    const LinuxThread* thread = nullptr;
     explicit operator bool() const { return thread != nullptr; }
   };
 
@@ -152,6 +157,7 @@ class SimulatedLinux final : public Kernel {
   void startAsApp(const SimulatedProcess& born, LinuxProcess& process);
   void end(Pid pid);
   Found thread(Pid tid) const;
+  Both<ThreadState>& stateOf(const Found& found);
   bool mayChange(const LinuxProcess& process) const;
   std::uint64_t online() const;
   ProcessStat statOf(const SimulatedProcess& entry) const;
@@ -176,5 +182,16 @@ class SimulatedLinux final : public Kernel {
   mutable std::size_t m_calls = 0;
   mutable bool m_isBetweenCalls = false;
 };
+
+template <class Effect> void SimulatedLinux::bringAbout(const std::vector<Pid>& pids, Effect effect) {
+  if (!onTransition) return effect();
+  std::vector<bool> before;
+  for (const Pid pid : pids) before.push_back(isSlow(pid));
+  effect();
+  for (std::size_t at = 0; at < pids.size(); ++at) {
+    const bool now = isSlow(pids[at]);
+    if (now != before[at]) onTransition(pids[at], now);
+  }
+}
 
 } // namespace vantle

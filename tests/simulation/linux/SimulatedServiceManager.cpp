@@ -170,7 +170,9 @@ void SimulatedServiceManager::passStep() {
 
 void SimulatedServiceManager::tellKernel(const std::string& path) {
   const auto unit = m_kernel.units.units().find(path);
-  if (unit != m_kernel.units.units().end()) unit->second.inKernel = unit->second.weight;
+  if (unit == m_kernel.units.units().end()) return;
+  m_kernel.bringAbout(m_kernel.units.processesBelow(path),
+                      [unit] { unit->second.inKernel = unit->second.weight; });
 }
 
 bool SimulatedServiceManager::setWeight(const std::string& unit, std::uint64_t weight) {
@@ -192,6 +194,10 @@ bool SimulatedServiceManager::mayMove(Pid pid) const {
   return process != nullptr && process->user == m_kernel.user();
 }
 
+void SimulatedServiceManager::moveTo(Pid pid, const std::string& path) {
+  m_kernel.bringAbout({pid}, [&] { m_kernel.units.move(pid, path); });
+}
+
 bool SimulatedServiceManager::startScope(const std::string& unit, const std::vector<Pid>& pids) {
   if (mood == Mood::lying) return true;
   const std::string path = m_kernel.units.appSlice() + "/" + unit;
@@ -200,7 +206,7 @@ bool SimulatedServiceManager::startScope(const std::string& unit, const std::vec
   m_kernel.units.units().try_emplace(path); // there from now on, empty for a moment
   m_pending.push_back({ordersUntilMoved, [this, pids, path] {
                          for (const Pid pid : pids) {
-                           if (mayMove(pid)) m_kernel.units.move(pid, path);
+                           if (mayMove(pid)) moveTo(pid, path);
                          }
                          if (!m_kernel.units.hasFolder(path)) m_kernel.units.units().erase(path);
                        }});
@@ -211,7 +217,7 @@ bool SimulatedServiceManager::attach(const std::string& unit, Pid pid) {
   if (mood == Mood::lying) return true;
   const auto path = m_kernel.units.pathOfUnit(unit);
   if (!path || !mayMove(pid)) return false;
-  m_kernel.units.move(pid, *path);
+  moveTo(pid, *path);
   return true;
 }
 

@@ -64,6 +64,7 @@ class SimulatedServiceManager {
   bool startScope(const std::string& unit, const std::vector<Pid>& pids);
   bool attach(const std::string& unit, Pid pid);
   bool mayMove(Pid pid) const;
+  void moveTo(Pid pid, const std::string& path);
 
   // Something that goes on behind an answer.
   struct Pending {

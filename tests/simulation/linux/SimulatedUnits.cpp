@@ -110,6 +110,14 @@ std::vector<Pid> SimulatedUnits::processesIn(const std::string& path) const {
   return pids;
 }
 
+std::vector<Pid> SimulatedUnits::processesBelow(const std::string& path) const {
+  std::vector<Pid> pids;
+  for (const auto& [pid, place] : m_places) {
+    if (isAtOrBelow(place, path)) pids.push_back(pid);
+  }
+  return pids;
+}
+
 std::vector<std::string> SimulatedUnits::foldersIn(const std::string& path) const {
   std::set<std::string> names;
   const auto add = [&](const std::string& below) {

@@ -47,7 +47,8 @@ class SimulatedUnits {
   bool hasCpu(const std::string& path) const;  // cpu.weight and cpu.idle stand in the folder
   bool isIdle(const std::string& path) const;  // and cpu.idle is 1
   bool isWeighed(std::string_view path) const; // a process there stands in some group with a weight
-  std::vector<Pid> processesIn(const std::string& path) const; // in this very folder
+  std::vector<Pid> processesIn(const std::string& path) const;    // in this very folder
+  std::vector<Pid> processesBelow(const std::string& path) const; // and in it
   std::vector<std::string> foldersIn(const std::string& path) const;
 
  private:
