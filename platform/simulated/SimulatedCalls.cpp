@@ -79,6 +79,22 @@ std::string_view name(Operation operation) {
     return "clock.sleep";
   case Operation::launchProgram:
     return "launcher.launch";
+  case Operation::setIoPriority:
+    return "kernel.setIoPriority";
+  case Operation::setScheduling:
+    return "kernel.setScheduling";
+  case Operation::setAffinity:
+    return "kernel.setAffinity";
+  case Operation::weighSession:
+    return "kernel.weighSession";
+  case Operation::weighUnit:
+    return "manager.weigh";
+  case Operation::startScope:
+    return "manager.startScope";
+  case Operation::attachProcess:
+    return "manager.attach";
+  case Operation::askManager:
+    return "manager.ask";
   }
   return "unknown";
 }
@@ -100,6 +116,13 @@ bool changesMachine(Operation operation) {
   case Operation::createFolders:
   case Operation::removeFolder:
   case Operation::launchProgram:
+  case Operation::setIoPriority:
+  case Operation::setScheduling:
+  case Operation::setAffinity:
+  case Operation::weighSession:
+  case Operation::weighUnit:
+  case Operation::startScope:
+  case Operation::attachProcess:
     return true;
   default:
     return false;

@@ -54,6 +54,14 @@ enum class Operation {
   readClock,
   sleep,
   launchProgram,
+  setIoPriority,
+  setScheduling,
+  setAffinity,
+  weighSession,
+  weighUnit,
+  startScope,
+  attachProcess,
+  askManager,
 };
 
 // As it stands in the trace: "band.enter", "files.write", …
@@ -87,6 +95,7 @@ class SimulatedCalls {
   void grant(Operation operation, Pid pid);                  // takes back the refusal for this process
   void grantAll();                                           // takes back every refusal
 
+  bool isTracing() const { return m_tracing; }
   // The trace: one line a call, such as "band.enter 812" or "files.write /a/b []". Off until it is started.
   void startTrace();
   std::vector<std::string> takeTrace(); // what was written so far; the trace goes on, empty

@@ -66,7 +66,8 @@ class SimulatedMachine {
   IcuText text;
   EventDelivery delivery = EventDelivery::atOnce;
 
-  Machine ports();
+  Machine ports() { return ports(band); }
+  Machine ports(BackgroundBand& otherBand); // for the models of a particular system
 
   SimulatedAppRef launch(const AppSpec& spec, Opening opening);
   // The first window of a process that runs already: an app from now on.

@@ -43,7 +43,8 @@ std::optional<Pid> SimulatedProcesses::freePidOfThisTick() {
     m_last = m_last < m_highest ? m_last + 1 : firstProcess + 1;
     const auto earlier = m_lastStart.find(m_last);
     const bool bornInThisTick = earlier != m_lastStart.end() && earlier->second == now;
-    if (!m_processes.contains(m_last) && !bornInThisTick) return m_last;
+    if (m_processes.contains(m_last) || bornInThisTick) continue;
+    if (!isReserved || !isReserved(m_last)) return m_last;
   }
   return std::nullopt;
 }
@@ -76,7 +77,8 @@ Pid SimulatedProcesses::spawn(const ProcessSpec& spec) {
   process.role = spec.role;
   process.place = spec.place.empty() ? parent->place : spec.place;
   if (!m_lastStart.insert_or_assign(pid, process.startMicros).second) ++m_reusedPids;
-  m_processes.emplace(pid, std::move(process));
+  const auto born = m_processes.emplace(pid, std::move(process)).first;
+  if (onBirth) onBirth(born->second);
   return pid;
 }
 
@@ -87,12 +89,17 @@ void SimulatedProcesses::orphanChildrenOf(Pid pid) {
 }
 
 void SimulatedProcesses::exit(Pid pid) {
-  if (m_processes.erase(pid) != 0) orphanChildrenOf(pid);
+  const SimulatedProcess* process = find(pid);
+  if (process == nullptr) return;
+  if (onEnd && !process->isZombie) onEnd(pid);
+  m_processes.erase(pid);
+  orphanChildrenOf(pid);
 }
 
 void SimulatedProcesses::exitAsZombie(Pid pid) {
   SimulatedProcess* process = find(pid);
   if (process == nullptr) return;
+  if (onEnd && !process->isZombie) onEnd(pid);
   process->isZombie = true;
   process->isBusy = false;
   orphanChildrenOf(pid);

@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -74,6 +75,11 @@ class SimulatedProcesses final : public ProcessTable {
   void setHighestPid(Pid highest) { m_highest = highest; } // small values make reuse happen soon
   std::size_t reusedPids() const { return m_reusedPids; }  // processes whose pid another one had before
   bool tellsOfBirths = false;                              // whether there is a birth mark
+  // For a model of more than the table: sees each process that was born, and each that stops running (before
+  // it is gone), and may keep numbers from being given out.
+  std::function<void(const SimulatedProcess&)> onBirth;
+  std::function<void(Pid)> onEnd;
+  std::function<bool(Pid)> isReserved;
   CpuModel cpu;
   void passTime(std::chrono::microseconds duration); // the busy processes use their share of it
 

@@ -78,22 +78,24 @@ std::vector<UnitPlace> UnitWeights::lower(const std::vector<UnitPlace>& places, 
   for (const UnitPlace& place : places) {
     if (m_raising.contains(place.name)) continue;
     if (m_inForce.contains(place.name) && isIdle(place)) continue;
-    const UnitLedger::Entry* earlier = m_ledger.find(place.name);
-    wanted.push_back({place, earlier ? earlier->weight : 0});
-    if (earlier) {
-      (*weights)[place.name] = earlier->weight;
-    } else {
-      m_manager->getWeight(place.name, [weights, name = place.name](std::optional<std::uint64_t> weight) {
-        (*weights)[name] = weight;
-      });
-    }
+    wanted.push_back({place, 0});
+    m_manager->getWeight(place.name, [weights, name = place.name](std::optional<std::uint64_t> weight) {
+      (*weights)[name] = weight;
+    });
   }
   m_manager->finish(deadline);
   // A unit that is idle already was put there by somebody else, who will take it out again.
-  const auto isUnknown = [&weights](UnitLedger::Entry& entry) {
-    const std::optional<std::uint64_t> weight = (*weights)[entry.place.name];
-    entry.weight = weight.value_or(ServiceManager::idleWeight);
-    return entry.weight == ServiceManager::idleWeight;
+  const auto isUnknown = [this, &weights](UnitLedger::Entry& entry) {
+    entry.weight = (*weights)[entry.place.name].value_or(ServiceManager::idleWeight);
+    const UnitLedger::Entry* earlier = m_ledger.find(entry.place.name);
+    if (!earlier) return entry.weight == ServiceManager::idleWeight;
+    if (!(*weights)[entry.place.name]) return true;
+    if (entry.weight == ServiceManager::idleWeight) {
+      entry.weight = earlier->weight; // an order of this program's that was not undone
+    } else if (entry.weight != earlier->weight) {
+      m_ledger.remove(entry.place.name); // somebody else's choice by now
+    }
+    return false;
   };
   wanted.erase(std::remove_if(wanted.begin(), wanted.end(), isUnknown), wanted.end());
   if (wanted.empty() || m_kernel.now() >= deadline || !m_ledger.add(wanted)) return {};

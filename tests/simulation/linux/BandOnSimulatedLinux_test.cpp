@@ -1,0 +1,255 @@
+// SPDX-License-Identifier: MIT
+// The real band on a simulated Linux: it enters, leaves, recovers, and dies between any two of its changes.
+#include "tests/simulation/linux/LinuxDesktop.h"
+
+#include <algorithm>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <ostream>
+#include <sched.h>
+#include <set>
+#include <span>
+
+namespace vantle {
+
+namespace {
+
+using std::chrono::milliseconds;
+using testing::IsEmpty;
+using Mood = SimulatedServiceManager::Mood;
+
+constexpr milliseconds guard = std::chrono::minutes(10);
+
+// An app in front and two others, one with a child.
+struct Evening {
+  explicit Evening(LinuxOptions options) : desktop(machine, std::move(options)) {
+    machine.clock.setResolution(10'000);
+    front = start("game");
+    first = start("mail");
+    child = machine.processes.spawn({.parent = first, .executable = "/usr/bin/helper"});
+    second = start("notes");
+  }
+
+  Pid start(const std::string& name) { return machine.processes.spawn({.executable = "/usr/bin/" + name}); }
+  std::set<Pid> everyApp() const { return {front, first, second}; }
+  void enter() {
+    const std::vector<Pid> tree{front};
+    desktop.band->prepareBoostApp(front, tree, everyApp());
+    const std::vector<BandGroup> groups{{first, {first, child}, {first, child}},
+                                        {second, {second}, {second}}};
+    answers = desktop.band->enterBackgroundBand(groups, everyApp());
+  }
+  bool hasEntered() const {
+    return std::all_of(answers.begin(), answers.end(), [](const std::vector<bool>& app) {
+      return std::find(app.begin(), app.end(), false) == app.end();
+    });
+  }
+  void leave() {
+    for (const Pid pid : {first, child, second}) desktop.band->leaveBackgroundBand(pid);
+  }
+  // The program is killed and started again, and a person waits a while.
+  void restart() {
+    desktop.endBand();
+    machine.restartProgram();
+    desktop.startBand().reclaim();
+    desktop.settle(guard);
+  }
+  std::vector<Pid> slow() const {
+    std::vector<Pid> pids;
+    for (const auto& [pid, process] : machine.processes.all()) {
+      if (desktop.kernel.isSlow(pid)) pids.push_back(pid);
+    }
+    return pids;
+  }
+
+  SimulatedMachine machine;
+  LinuxDesktop desktop;
+  Pid front = 0;
+  Pid first = 0;
+  Pid child = 0;
+  Pid second = 0;
+  std::vector<std::vector<bool>> answers;
+};
+
+LinuxOptions sessions() { return {.delegatesCpu = false}; }
+LinuxOptions units() { return {.placement = LinuxPlacement::ownUnits}; }
+LinuxOptions loginScope() { return {.placement = LinuxPlacement::ownSessions}; }
+LinuxOptions rootInOneSession() {
+  return {.user = 0, .placement = LinuxPlacement::oneSession, .delegatesCpu = false};
+}
+
+struct Setting {
+  const char* name;
+  LinuxOptions options;
+  const char* effect; // on the first app, its number left out
+};
+
+std::ostream& operator<<(std::ostream& out, const Setting& setting) { return out << setting.name; }
+
+class EverySetting : public testing::TestWithParam<Setting> {};
+
+TEST_P(EverySetting, AppsAreSlowedAndComeBackExactly) {
+  Evening evening(GetParam().options);
+  std::set<Pid> slowed;
+  evening.desktop.kernel.onTransition = [&slowed](Pid pid, bool isSlow) {
+    isSlow ? static_cast<void>(slowed.insert(pid)) : static_cast<void>(slowed.erase(pid));
+  };
+  evening.desktop.startBand();
+  evening.enter();
+  EXPECT_TRUE(evening.hasEntered());
+  ASSERT_TRUE(evening.desktop.settle(guard));
+  EXPECT_THAT(evening.slow(), testing::UnorderedElementsAre(evening.first, evening.child, evening.second));
+  EXPECT_THAT(slowed, testing::UnorderedElementsAreArray(evening.slow()));
+  EXPECT_THAT(evening.desktop.kernel.effectOf(evening.first), testing::MatchesRegex(GetParam().effect));
+  EXPECT_TRUE(evening.desktop.kernel.carriesMark(evening.second));
+  EXPECT_EQ(evening.desktop.kernel.effectOf(evening.front), "");
+
+  evening.leave();
+  ASSERT_TRUE(evening.desktop.settle(guard));
+  EXPECT_THAT(evening.slow(), IsEmpty());
+  EXPECT_THAT(slowed, IsEmpty());
+  EXPECT_THAT(evening.desktop.kernel.differences(), IsEmpty());
+}
+
+TEST_P(EverySetting, ANextRunPutsBackWhatAKilledOneLeft) {
+  Evening evening(GetParam().options);
+  evening.desktop.startBand();
+  evening.enter();
+  evening.machine.processes.spawn({.parent = evening.child}); // born slowed, known to nobody
+  ASSERT_FALSE(evening.slow().empty());
+  evening.restart();
+  EXPECT_THAT(evening.slow(), IsEmpty());
+  EXPECT_THAT(evening.desktop.kernel.differences(), IsEmpty());
+}
+
+// The heart of it: whatever was done before the program died is found and undone.
+TEST_P(EverySetting, ItMayDieAtAnyStep) {
+  for (const CrashMoment moment : {CrashMoment::beforeEffect, CrashMoment::afterEffect}) {
+    std::size_t died = 0;
+    for (std::size_t step = 1;; ++step) {
+      SCOPED_TRACE("step " + std::to_string(step));
+      Evening evening(GetParam().options);
+      evening.machine.calls.crashAt(evening.machine.calls.steps() + step, moment);
+      bool hasDied = false;
+      try {
+        evening.desktop.startBand();
+        evening.enter();
+        evening.desktop.settle(guard);
+        evening.leave();
+        evening.desktop.settle(guard);
+      } catch (const SimulatedCrash&) {
+        hasDied = true;
+      }
+      evening.restart();
+      ASSERT_THAT(evening.desktop.kernel.differences(), IsEmpty());
+      if (!hasDied) break;
+      ++died;
+    }
+    EXPECT_GT(died, 8U);
+  }
+}
+
+TEST_P(EverySetting, WhatIsBornBetweenTwoCallsComesBackToo) {
+  std::size_t calls = 0;
+  {
+    Evening evening(GetParam().options);
+    evening.desktop.startBand();
+    const std::size_t before = evening.desktop.kernel.callCount();
+    evening.enter();
+    calls = evening.desktop.kernel.callCount() - before;
+  }
+  ASSERT_GT(calls, 20U);
+  for (std::size_t at = 1; at <= calls; ++at) {
+    SCOPED_TRACE("call " + std::to_string(at));
+    Evening evening(GetParam().options);
+    evening.desktop.startBand();
+    std::size_t left = at;
+    Pid born = 0;
+    evening.desktop.kernel.beforeCall = [&] {
+      if (--left == 0) born = evening.machine.processes.spawn({.parent = evening.child});
+    };
+    evening.enter();
+    evening.desktop.kernel.beforeCall = nullptr;
+    ASSERT_NE(born, 0);
+    ASSERT_TRUE(evening.desktop.settle(guard));
+    // One that was born between its parent's mark and its parent's change of class has only the mark.
+    EXPECT_TRUE(evening.desktop.kernel.isSlow(born) || evening.desktop.kernel.carriesMark(born));
+    evening.leave();
+    evening.desktop.band->reclaim();
+    ASSERT_TRUE(evening.desktop.settle(guard));
+    EXPECT_THAT(evening.desktop.kernel.differences(), IsEmpty());
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Settings, EverySetting,
+    testing::Values(Setting{"Sessions", sessions(), "session, processors, mark"},
+                    Setting{"Units", units(), "unit app-mail-[0-9]+.scope, processors, mark"},
+                    Setting{"LoginScope", loginScope(),
+                            "unit app-vantle-mail-[0-9]+.scope, processors, mark"},
+                    Setting{"RootInOneSession", rootInOneSession(), "class, processors, mark"}),
+    [](const auto& setting) { return setting.param.name; });
+
+TEST(BandOnLinux, AnOrdinaryUsersSessionsFollowOneByOne) {
+  Evening evening(sessions());
+  evening.desktop.startBand();
+  evening.enter();
+  EXPECT_TRUE(evening.hasEntered()) << "what waits for its turn has entered";
+  const auto isSessionLow = [&](Pid pid) { return evening.desktop.kernel.autogroup(pid)->nice == 19; };
+  EXPECT_NE(isSessionLow(evening.first), isSessionLow(evening.second));
+  evening.desktop.loop.run(milliseconds(100));
+  EXPECT_TRUE(isSessionLow(evening.first) && isSessionLow(evening.second));
+  evening.leave();
+  evening.desktop.loop.run(milliseconds(300));
+  EXPECT_TRUE(evening.desktop.loop.isQuiet());
+  EXPECT_THAT(evening.desktop.kernel.differences(), IsEmpty());
+}
+
+TEST(BandOnLinux, AnOrdinaryUserIsNeverTrappedInTheIdleClass) {
+  Evening evening({.placement = LinuxPlacement::oneSession, .delegatesCpu = false});
+  evening.desktop.startBand();
+  evening.enter();
+  EXPECT_FALSE(evening.answers.front().front());
+  EXPECT_THAT(evening.slow(), IsEmpty());
+  EXPECT_THAT(evening.desktop.kernel.differences(), IsEmpty());
+}
+
+TEST(BandOnLinux, NoMoodOfTheManagerLeavesAnythingBehind) {
+  for (const Mood mood : {Mood::lying, Mood::refusing, Mood::silent, Mood::late}) {
+    SCOPED_TRACE(static_cast<int>(mood));
+    Evening evening(units());
+    evening.desktop.startBand();
+    evening.desktop.manager.mood = mood;
+    evening.enter();
+    EXPECT_FALSE(evening.answers.front().front());
+    evening.desktop.loop.run(std::chrono::seconds(2));
+    evening.leave();
+    evening.desktop.manager.mood = Mood::obedient;
+    evening.desktop.loop.run(std::chrono::seconds(90));
+    evening.desktop.settle(guard);
+    EXPECT_THAT(evening.slow(), IsEmpty());
+    EXPECT_THAT(evening.desktop.kernel.differences(), IsEmpty());
+  }
+}
+
+TEST(BandOnLinux, AServiceThatWasRestartedComesBackFromTheLedger) {
+  Evening evening(units());
+  const Pid service = evening.start("sync");
+  evening.desktop.kernel.place(service, evening.desktop.kernel.units.appSlice() + "/sync.service");
+  evening.desktop.manager.setWeightByOthers("sync.service", 300);
+  evening.desktop.startBand();
+  const std::vector<Pid> tree{evening.front};
+  evening.desktop.band->prepareBoostApp(evening.front, tree, {evening.front, service});
+  const BandGroup group{service, {service}, {service}};
+  evening.desktop.band->enterBackgroundBand(std::span(&group, 1), {evening.front, service});
+  ASSERT_TRUE(evening.desktop.kernel.isSlow(service));
+  const Pid next = evening.desktop.manager.restartService("sync.service", "/usr/bin/sync");
+  ASSERT_TRUE(evening.desktop.kernel.isSlow(next));
+  evening.restart();
+  EXPECT_FALSE(evening.desktop.kernel.isSlow(next));
+  EXPECT_EQ(evening.desktop.kernel.units.units().at(*evening.desktop.kernel.units.pathOf(next)).weight, 300U);
+}
+
+} // namespace
+
+} // namespace vantle
