@@ -1,29 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include "look/HeapTrim.h"
 #include "look/LookEngine.h"
 #include "tests/unit/look/MemoryDefaults.h"
 
 #include <QQmlComponent>
-#include <array>
-#include <cstdlib>
 #include <gtest/gtest.h>
-#include <malloc.h>
 #include <memory>
 
 namespace vantle {
 namespace {
-
-TEST(HeapTrim, TakesWhatTheThreadHasSetAside) {
-  constexpr std::size_t size = 1000;
-  if (mallinfo2().arena == 0) GTEST_SKIP() << "not the C library's own heap";
-  trimHeap();
-  std::array<void*, 7> blocks{};
-  for (void*& block : blocks) block = std::malloc(size);
-  for (void* block : blocks) std::free(block);
-  const std::size_t before = mallinfo2().uordblks; // what is set aside counts as in use
-  trimHeap();
-  EXPECT_LE(mallinfo2().uordblks + blocks.size() * size, before);
-}
 
 class Engines : public ::testing::Test {
  protected:
