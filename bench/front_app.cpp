@@ -13,11 +13,13 @@
 #include "bench/support/BenchUser.h"
 #include "bench/support/FrontApp.h"
 #include "bench/support/Series.h"
+#include "engine/AppTrees.h"
 #include "platform/linux/band/LinuxBand.h"
 #include "platform/linux/band/UserManager.h"
 #include "platform/linux/bus/BusConnection.h"
 #include "platform/linux/files/PosixFileStore.h"
 #include "platform/linux/files/XdgFolders.h"
+#include "platform/linux/process/ProcfsProcessTable.h"
 #include "platform/shared/PollEventLoop.h"
 
 #include <algorithm>
@@ -143,18 +145,26 @@ std::vector<Way> waysOf(LinuxBand& band, GameDaemon& games) {
        [&games](const FrontApp& front, const Apps&) { games.call("UnregisterGame", front.pid()); }});
   all.push_back({"Vantle", true,
                  [&band](const FrontApp& front, const Apps& apps) {
-                   const std::array<Pid, 1> tree{front.pid()};
-                   band.prepareBoostApp(front.pid(), tree, {});
-                   std::vector<BandGroup> groups;
-                   for (const auto& app : apps) groups.push_back({app->pid(), {app->pid()}, {app->pid()}});
+                   AppTrees::Known known;
+                   known.self = ::getpid();
+                   known.apps.insert(front.pid());
+                   std::vector<BandApp> entering;
+                   for (const auto& app : apps) {
+                     known.apps.insert(app->pid());
+                     entering.push_back({app->pid(), {app->pid()}});
+                   }
+                   const ProcfsProcessTable table(BootEpoch(0));
+                   const AppTrees trees(table, known);
+                   band.makeRoomFor(front.pid(), [&]() -> const ProcessView& { return trees; });
                    bool every = true;
-                   for (const auto& entered : band.enterBackgroundBand(groups, {}))
-                     every = every && entered.front();
+                   for (const auto& answers :
+                        band.enter({.view = trees, .boostApp = front.pid(), .apps = entering, .slowed = {}}))
+                     every = every && answers.front().entered();
                    return band.settle(std::chrono::seconds(10)) && every;
                  },
                  [&band](const FrontApp&, const Apps& apps) {
                    for (const auto& app : apps) band.leaveBackgroundBand(app->pid());
-                   band.reclaim();
+                   band.reclaim(nullptr);
                    band.settle(std::chrono::seconds(10));
                  }});
   return all;

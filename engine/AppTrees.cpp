@@ -2,6 +2,7 @@
 #include "engine/AppTrees.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace vantle {
 
@@ -12,10 +13,11 @@ constexpr Pid firstAppPid = 2; // 0 is the kernel, 1 the first process
 } // namespace
 
 AppTrees::AppTrees(const ProcessTable& table, const Known& known)
-    : AppTrees(table, known, table.birthMark()) {}
+    : AppTrees(table, known, table.birthMark(), table.hold()) {}
 
-AppTrees::AppTrees(const ProcessTable& table, const Known& known, std::optional<std::uint64_t> birthMark)
-    : ProcessView(table.scan(), birthMark), m_table(&table) {
+AppTrees::AppTrees(const ProcessTable& table, const Known& known, std::optional<std::uint64_t> birthMark,
+                   std::shared_ptr<const void> hold)
+    : ProcessView(table.scan(), birthMark), m_table(&table), m_hold(std::move(hold)) {
   std::set<Pid> apps = known.apps;
   if (known.self != 0) apps.insert(known.self);
   for (const ProcessIdentity& root : known.roots) {

@@ -52,7 +52,8 @@ class AppTrees final : public ProcessView {
 
  private:
   // The mark was read before the scan: whoever is born during it makes it look old.
-  AppTrees(const ProcessTable& table, const Known& known, std::optional<std::uint64_t> birthMark);
+  AppTrees(const ProcessTable& table, const Known& known, std::optional<std::uint64_t> birthMark,
+           std::shared_ptr<const void> hold);
 
   void walkTree(Pid app, const std::set<Pid>& apps);
   void adoptOrphans(const Known& known);
@@ -63,6 +64,7 @@ class AppTrees final : public ProcessView {
   const std::string& placeOf(Pid pid) const;
 
   const ProcessTable* m_table = nullptr; // asked for places only
+  std::shared_ptr<const void> m_hold;    // makes further records cheaper while this look is in use
   std::unordered_map<Pid, std::vector<Pid>> m_processes;
   std::set<Pid> m_ownChain;
   std::uint32_t m_ownUser = 0;

@@ -74,7 +74,7 @@ struct BenchMachine {
         band(loop, files,
              {.kernel = kernel,
               .manager = std::make_unique<UserManager>(loop, userBus),
-              .ledger = folder + "/band.json",
+              .ledgers = {folder + "/band.json"},
               .busLimit = std::chrono::seconds(userBus.empty() ? 1 : 60)}),
         workspace(roots) {}
 

@@ -4,6 +4,7 @@
 #include "engine/ports/Pid.h"
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -45,6 +46,10 @@ class ProcessTable {
 
   // Every process that can be read, in the platform's listing order. One scan serves all trees of one pass.
   virtual std::vector<ProcessRecord> scan() const = 0;
+
+  // As long as the answer lives, the platform may keep open what a scan has opened, so that the records of
+  // the same processes cost less. They are read afresh all the same. May be null.
+  virtual std::shared_ptr<const void> hold() const { return nullptr; }
 
   // Changes whenever a process or a thread is born anywhere: as long as it stays the same, a scan made before
   // lacks nobody. Absent when the platform cannot tell.

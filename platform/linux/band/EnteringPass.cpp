@@ -58,11 +58,11 @@ BandAnswer EnteringPass::enter(Pid pid) {
   if (!answer.entered()) return answer;
 
   ThreadLevers::Plan plan;
-  if (!m_isStale) plan.birthMark = static_cast<Pid>(*m_pass.view.birthMark());
-  plan.hasOneThread = process->threads == 1;
   plan.classIsTheEffect = answer.lever == BandLever::schedulingClass;
   plan.sessionLowered = answer.lever == BandLever::session;
-  if (!m_parts.threads.enter(pid, plan)) return {BandRefusal::noWayBack};
+  ThreadsSeen seen;
+  if (!m_isStale) seen = {static_cast<Pid>(*m_pass.view.birthMark()), process->threads == 1};
+  if (!m_parts.threads.enter(pid, plan, seen)) return {BandRefusal::noWayBack};
   if (answer.lever == BandLever::unit) m_enteredPaths.push_back(m_units->pathOf(pid));
   // The mark comes first: from here on a crash leaves the session's weight to be found by it.
   if (answer.lever == BandLever::session && m_lowered.insert(process->session).second) {
@@ -75,15 +75,19 @@ BandAnswer EnteringPass::enter(Pid pid) {
 bool EnteringPass::mayTouch(const ProcessRecord& process) {
   const auto known = m_mayTouch.find(process.pid);
   if (known != m_mayTouch.end()) return known->second;
-  const auto isOwn = [&] {
-    // An ordinary user's own file says all; root's may be that of a process which hides its memory.
-    return (process.user != 0 && process.user == m_parts.kernel.user()) || m_parts.kernel.isOwn(process.pid);
-  };
   const Pid app = m_pass.view.appOf(process.pid);
   const bool may = process.pid > 1 && process.pid != m_parts.kernel.self() && !process.isKernelThread &&
                    process.role != ProcessRole::system && (m_pass.boostApp == 0 || app != m_pass.boostApp) &&
-                   isOwn();
+                   isOwn(process);
   return m_mayTouch.emplace(process.pid, may).first->second;
+}
+
+bool EnteringPass::isOwn(const ProcessRecord& process) {
+  // An ordinary user's own file says all; root's may be that of a process which hides its memory.
+  if (process.user != 0 && process.user == m_parts.kernel.user()) return true;
+  const auto parent = m_mayTouch.find(process.parent);
+  const bool isOwnParents = parent != m_mayTouch.end() && parent->second;
+  return isOwnParents ? m_parts.kernel.isOwnChild(process.pid) : m_parts.kernel.isOwn(process.pid);
 }
 
 BandAnswer EnteringPass::leverFor(const ProcessRecord& process) {

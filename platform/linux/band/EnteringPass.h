@@ -45,6 +45,7 @@ class EnteringPass {
   BandAnswer enter(Pid pid);
   BandAnswer leverFor(const ProcessRecord& process);
   bool mayTouch(const ProcessRecord& process);
+  bool isOwn(const ProcessRecord& process);
   bool isSlowed(Pid app) const { return m_slowed.contains(app); }
   const SessionPlan& sessionPlan(Pid session);
   std::optional<Autogroup> weightThatIsOurs(const std::vector<Pid>& members) const;

@@ -77,7 +77,9 @@ std::vector<std::vector<BandAnswer>> LinuxBand::enter(const BandPass& pass) {
 // stay slowed there has to be told when one that leaves takes it back.
 class LinuxBand::LeavingTogether final : public Leaving {
  public:
-  LeavingTogether(LinuxBand& band, const ProcessView& view) : m_band(band), m_view(view) {}
+  LeavingTogether(LinuxBand& band, const ProcessView& view) : m_band(band), m_view(view) {
+    if (view.birthMark()) m_birthMark = static_cast<Pid>(*view.birthMark());
+  }
 
   bool leave(Pid pid) override {
     const ProcessRecord* process = m_view.find(pid);
@@ -90,7 +92,8 @@ class LinuxBand::LeavingTogether final : public Leaving {
     // The session's weight goes back before the mark that remembers it.
     auto session = SessionWeights::Outcome::done;
     if (mark->sessionLowered) session = raiseSession(*process);
-    const bool out = m_band.m_threads.leave(pid, session != SessionWeights::Outcome::done);
+    const bool out = m_band.m_threads.leave(pid, session != SessionWeights::Outcome::done,
+                                            {m_birthMark, process->threads == 1});
     return out && session != SessionWeights::Outcome::impossible;
   }
 
@@ -164,6 +167,7 @@ class LinuxBand::LeavingTogether final : public Leaving {
 
   LinuxBand& m_band;
   const ProcessView& m_view;
+  std::optional<Pid> m_birthMark; // of the look
   std::set<Pid> m_left;
   std::unordered_map<Pid, SessionWeights::Outcome> m_sessions; // whose weight was taken back
   std::unordered_map<std::string, std::vector<Pid>> m_units;   // lowered ones, with those that leave them

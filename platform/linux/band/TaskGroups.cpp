@@ -28,9 +28,13 @@ TaskGroups::TaskGroups(const Kernel& kernel, std::string controlGroups)
   const auto enabled = m_kernel.read("/proc/sys/kernel/sched_autogroup_enabled");
   m_autogroup = enabled && enabled->starts_with('1');
   m_rootIsReal = isFirstControlGroupNamespace(m_kernel);
-  // With the controller off at the very top it is off everywhere.
-  const auto own = m_kernel.controlGroups(m_kernel.self());
-  if (m_rootIsReal && !m_controlGroups.empty() && own && !controlGroupPath(*own, true)) {
+  // With the controller off at the very top it is off everywhere, and one without a folder in it weighs
+  // nobody.
+  const auto own = m_rootIsReal ? m_kernel.controlGroups(m_kernel.self()) : std::nullopt;
+  if (own && controlGroupPath(*own, true)) {
+    const auto below = m_kernel.folders("/sys/fs/cgroup/cpu");
+    m_noneIsWeighed = controlGroupPath(*own, true) == "/" && below && below->empty();
+  } else if (own && !m_controlGroups.empty()) {
     const auto below = m_kernel.read(m_controlGroups + "/cgroup.subtree_control");
     m_noneIsWeighed = below && !hasWord(*below, "cpu");
   }

@@ -22,7 +22,7 @@ bool needsPrivilegeToGiveBack(const ThreadMark& mark) {
 // says whether to go on. The main thread comes first, or last with `Order::mainLast`.
 enum class Order { mainFirst, mainLast };
 template <typename Callback> void forEachThread(const Kernel& kernel, Pid pid, Order order,
-                                                const ThreadLevers::Plan& known, Callback call) {
+                                                const ThreadsSeen& known, Callback call) {
   std::vector<Pid> seen;
   std::optional<Pid> births = known.birthMark ? known.birthMark : kernel.birthMark();
   if (known.birthMark && known.hasOneThread) {
@@ -56,15 +56,17 @@ void ThreadLevers::refresh() {
   if (online == m_onlineText) return;
   m_onlineText = std::move(online);
   m_efficiency = EfficiencySet::read(m_kernel);
+  m_narrowed = m_efficiency.chosen & m_efficiency.online;
+  m_canNarrow = !m_efficiency.chosen.empty();
 }
 
-bool ThreadLevers::enter(Pid pid, const Plan& plan) {
+bool ThreadLevers::enter(Pid pid, const Plan& plan, const ThreadsSeen& seen) {
   const std::optional<ThreadMark> before = mark(pid);
   const bool isNew = !before || before->isLeaving();
   bool refused = false;
   bool marked = false;
   bool slowedByClass = false;
-  forEachThread(m_kernel, pid, Order::mainFirst, plan, [&](Pid tid) {
+  forEachThread(m_kernel, pid, Order::mainFirst, seen, [&](Pid tid) {
     const Entered entered = enterThread(tid, plan, isNew);
     refused = refused || entered.outcome == Outcome::refused;
     marked = marked || entered.outcome == Outcome::done;
@@ -128,14 +130,14 @@ Change ThreadLevers::setMark(Pid tid, const ThreadMark& mark, int before) {
 
 // Only threads that may run anywhere: a mask of its own is kept.
 bool ThreadLevers::mayNarrow(Pid tid) const {
-  return !m_efficiency.chosen.empty() && m_kernel.affinity(tid) == m_efficiency.online;
+  return m_canNarrow && m_kernel.affinity(tid) == m_efficiency.online;
 }
 
-bool ThreadLevers::leave(Pid pid, bool keepSession) {
+bool ThreadLevers::leave(Pid pid, bool keepSession, const ThreadsSeen& seen) {
   bool refused = false;
   bool found = false;
   // The main thread comes last: as long as it is marked, the process is found again after a crash.
-  forEachThread(m_kernel, pid, Order::mainLast, {}, [&](Pid tid) {
+  forEachThread(m_kernel, pid, Order::mainLast, seen, [&](Pid tid) {
     found = true;
     refused = !leaveThread(tid, keepSession) || refused;
     return true;
@@ -146,18 +148,18 @@ bool ThreadLevers::leave(Pid pid, bool keepSession) {
 bool ThreadLevers::leaveThread(Pid tid, bool keepSession) {
   const std::optional<ThreadMark> mark = threadMark(tid);
   if (!mark) return true;
-  const Answer<Scheduling> scheduling = m_kernel.scheduling(tid);
-  if (!scheduling) return true; // gone
-
   // What is no longer as this program left it was changed by somebody else, and is theirs.
-  const bool slowedByUs = mark->schedulingClass == SchedulingClass::wasOther ||
-                          mark->schedulingClass == SchedulingClass::wasBatch;
-  if (slowedByUs && scheduling->policy == SCHED_IDLE) {
+  if (mark->schedulingClass == SchedulingClass::wasOther ||
+      mark->schedulingClass == SchedulingClass::wasBatch) {
+    const Answer<Scheduling> scheduling = m_kernel.scheduling(tid);
+    if (!scheduling) return true; // gone
     const int policy = mark->schedulingClass == SchedulingClass::wasBatch ? SCHED_BATCH : SCHED_OTHER;
-    const Change change = m_kernel.setScheduling(tid, {policy, scheduling->resetsOnFork});
+    const Change change = scheduling->policy == SCHED_IDLE
+                              ? m_kernel.setScheduling(tid, {policy, scheduling->resetsOnFork})
+                              : Change::done;
     if (change != Change::done) return change == Change::gone;
   }
-  if (mark->affinityNarrowed && m_kernel.affinity(tid) == (m_efficiency.chosen & m_efficiency.online)) {
+  if (mark->affinityNarrowed && m_kernel.affinity(tid) == m_narrowed) {
     m_kernel.setAffinity(tid, ProcessorSet::everything());
   }
   int priority = mark->originalIoPriority();

@@ -10,6 +10,13 @@
 
 namespace vantle {
 
+// What an earlier look has shown of a process: the birth mark of that moment, if it was told, and whether the
+// main thread was the only one. It serves as long as nobody was born since.
+struct ThreadsSeen {
+  std::optional<Pid> birthMark = {};
+  bool hasOneThread = false;
+};
+
 // Everything of the band that belongs to single threads: the mark, the I/O class that carries it, the
 // scheduling class and the affinity. Each thread is asked what it is, the mark that remembers this is set,
 // and only then is the thread changed; undoing goes the other way round, the mark last. So a stop between any
@@ -19,12 +26,7 @@ class ThreadLevers {
   struct Plan {
     bool classIsTheEffect = false; // refuse the process unless its threads can be slowed by class
     bool sessionLowered = false;   // remember that the session's weight was ours to change
-    // Known from a look, if nobody was born since: the birth mark of that moment, and whether the main thread
-    // was the only one.
-    std::optional<Pid> birthMark = {};
-    bool hasOneThread = false;
   };
-
   explicit ThreadLevers(Kernel& kernel);
 
   // Looks for processors that were switched on or off since; once a pass.
@@ -32,11 +34,11 @@ class ThreadLevers {
 
   // Marks and slows all threads of a process, those born meanwhile included. False when it was refused, and
   // then nothing is changed.
-  bool enter(Pid pid, const Plan& plan);
+  bool enter(Pid pid, const Plan& plan, const ThreadsSeen& seen = {});
 
   // Puts all marked threads back. With `keepSession` they stay marked as leaving, because the weight of their
   // session has still to be put back. False when the process is gone or may not be changed.
-  bool leave(Pid pid, bool keepSession);
+  bool leave(Pid pid, bool keepSession, const ThreadsSeen& seen = {});
 
   // The mark of the process: of its main thread, or of any other when the main thread cannot carry one.
   // Absent for a process that has none or cannot be read.
@@ -70,6 +72,8 @@ class ThreadLevers {
   Kernel& m_kernel;
   std::string m_onlineText;
   EfficiencySet m_efficiency;
+  ProcessorSet m_narrowed; // what a thread has that was narrowed to it
+  bool m_canNarrow = false;
   bool m_mayRaise;          // CAP_SYS_NICE where it counts
   bool m_keepsBits = false; // this kernel was seen to keep all bits of a mark
 };

@@ -19,7 +19,7 @@ namespace vantle {
 struct ProcessStat : ProcStat {
   Pid pid = 0;
   std::array<char, 16> name{}; // as the kernel keeps it, at most 15 bytes
-  unsigned user = 0;           // of its files: 0 also when it hides its memory
+  unsigned user = 0;           // of its files, in a scan only: 0 also when it hides its memory
 
   std::string_view shortName() const { return name.data(); }
   std::uint64_t cpuTicks() const { return userTicks + kernelTicks; }
@@ -80,6 +80,9 @@ class Kernel {
   virtual std::optional<std::string> controlGroups(Pid pid) const = 0; // the text of /proc/PID/cgroup
   // True when the process is wholly this user's: real and effective user are the one that runs this program.
   virtual bool isOwn(Pid pid) const = 0;
+  // The same for a child of such a process, of which one half says all: it would have to ask for two users by
+  // itself. Cheaper.
+  virtual bool isOwnChild(Pid pid) const { return isOwn(pid); }
   // Changes whenever a process or a thread was born anywhere (the pid that was given out last); absent when
   // the kernel does not say. Cheaper to ask than to list again.
   virtual std::optional<Pid> birthMark() const = 0;

@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <filesystem>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <system_error>
@@ -68,12 +69,32 @@ std::optional<Autogroup> readAutogroup(const Descriptor& file) {
   return Autogroup::parse({text.data(), static_cast<std::size_t>(got)});
 }
 
+std::optional<ProcessStat> parsed(Pid pid, std::string_view line) {
+  const std::optional<ProcStat> numbers = parseProcStat(line);
+  if (!numbers) return std::nullopt;
+  ProcessStat process{*numbers};
+  process.pid = pid;
+  const std::size_t name = line.find('(') + 1;
+  const std::size_t length = std::min(line.rfind(')') - name, process.name.size() - 1);
+  std::copy_n(line.data() + name, length, process.name.data());
+  return process;
+}
+
+// Half of what this process may have open, less what else it needs.
+std::size_t mostDescriptorsToHold() {
+  constexpr rlim_t reserve = 64;
+  rlimit limit{};
+  if (::getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur / 2 <= reserve) return 0;
+  return static_cast<std::size_t>(std::min<rlim_t>(limit.rlim_cur / 2 - reserve, 1024));
+}
+
 } // namespace
 
 ProcKernel::ProcKernel(std::string procRoot, std::string sysRoot)
     : m_procRoot(std::move(procRoot)), m_sysRoot(std::move(sysRoot)),
       m_root(::open(m_procRoot.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)),
-      m_load(::openat(m_root.get(), "loadavg", O_RDONLY | O_CLOEXEC)), m_user(::geteuid()) {}
+      m_load(::openat(m_root.get(), "loadavg", O_RDONLY | O_CLOEXEC)), m_user(::geteuid()),
+      m_mostHeld(mostDescriptorsToHold()) {}
 
 Pid ProcKernel::self() const { return ::getpid(); }
 
@@ -96,31 +117,45 @@ std::optional<Pid> ProcKernel::birthMark() const {
   return pidOf(load.substr(load.rfind(' ') + 1));
 }
 
+std::shared_ptr<const void> ProcKernel::hold() const {
+  auto held = std::make_shared<Held>();
+  m_held = held;
+  return held;
+}
+
 std::optional<ProcessStat> ProcKernel::stat(Pid pid) const {
   if (pid <= 0) return std::nullopt;
-  const Descriptor file = open(pid, "stat", O_RDONLY);
   std::array<char, longestStat> text; // NOLINT(cppcoreguidelines-pro-type-member-init): filled by read
+  if (const std::shared_ptr<Held> held = m_held.lock()) {
+    const auto known = held->find(pid);
+    const ssize_t got = known == held->end() ? -1 : ::pread(known->second.get(), text.data(), text.size(), 0);
+    if (got > 0) return parsed(pid, {text.data(), static_cast<std::size_t>(got)});
+    if (known != held->end()) held->erase(known); // it has ended; the number may be another one's by now
+  }
+  const Descriptor file = open(pid, "stat", O_RDONLY);
   const ssize_t got = file ? ::read(file.get(), text.data(), text.size()) : -1;
   if (got <= 0) return std::nullopt;
-  const std::string_view line(text.data(), static_cast<std::size_t>(got));
-  const std::optional<ProcStat> numbers = parseProcStat(line);
-  if (!numbers) return std::nullopt;
-  ProcessStat process{*numbers};
-  process.pid = pid;
-  struct stat owner {};
-  if (::fstat(file.get(), &owner) == 0) process.user = owner.st_uid;
-  const std::size_t name = line.find('(') + 1;
-  const std::size_t length = std::min(line.rfind(')') - name, process.name.size() - 1);
-  std::copy_n(line.data() + name, length, process.name.data());
-  return process;
+  return parsed(pid, {text.data(), static_cast<std::size_t>(got)});
 }
 
 std::vector<ProcessStat> ProcKernel::scan() const {
   std::vector<ProcessStat> found;
+  const std::shared_ptr<Held> held = m_held.lock();
+  if (held) held->clear();
   const Descriptor folder(::openat(m_root.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!folder) return found;
   forEachPid(folder.get(), [&](Pid pid) {
-    if (const std::optional<ProcessStat> process = stat(pid)) found.push_back(*process);
+    Descriptor file = open(pid, "stat", O_RDONLY);
+    std::array<char, longestStat> text; // NOLINT(cppcoreguidelines-pro-type-member-init): filled by read
+    const ssize_t got = file ? ::read(file.get(), text.data(), text.size()) : -1;
+    if (got <= 0) return;
+    std::optional<ProcessStat> process = parsed(pid, {text.data(), static_cast<std::size_t>(got)});
+    if (!process) return;
+    struct stat owner {};
+    if (::fstat(file.get(), &owner) == 0) process->user = owner.st_uid;
+    found.push_back(*process);
+    const bool isWorthIt = process->user == m_user && !process->isKernelThread();
+    if (held && isWorthIt && held->size() < m_mostHeld) held->emplace(pid, std::move(file));
   });
   return found;
 }
@@ -132,13 +167,20 @@ std::vector<Pid> ProcKernel::threads(Pid pid) const {
   return found;
 }
 
-bool ProcKernel::isOwn(Pid pid) const {
+bool ProcKernel::isOwnChild(Pid pid) const {
   PathBuffer path;
   struct stat folder {};
-  if (::fstatat(m_root.get(), pathOf(path, pid, ""), &folder, 0) != 0) return false;
-  // The folder belongs to the process's user, but to root when the process hides its memory, as one does that
-  // has another real user. So an ordinary user's own folder says all; otherwise only status does.
-  if (m_user != 0 && folder.st_uid == m_user) return true;
+  // The folder itself, unlike the files in it, always belongs to the effective user.
+  return ::fstatat(m_root.get(), pathOf(path, pid, ""), &folder, 0) == 0 && folder.st_uid == m_user;
+}
+
+bool ProcKernel::isOwn(Pid pid) const {
+  PathBuffer path;
+  struct stat file {};
+  if (::fstatat(m_root.get(), pathOf(path, pid, "stat"), &file, 0) != 0) return false;
+  // The file belongs to the process's effective user, but to root when the process hides its memory, as one
+  // does that has another real user. So an ordinary user's own file says all; otherwise only status does.
+  if (m_user != 0 && file.st_uid == m_user) return true;
   const std::optional<std::string> status = readOf(pid, "status");
   const std::size_t line = status ? status->find("\nUid:") : std::string::npos;
   if (line == std::string::npos) return false;

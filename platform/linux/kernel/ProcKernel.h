@@ -4,7 +4,10 @@
 #include "platform/linux/Descriptor.h"
 #include "platform/linux/kernel/Kernel.h"
 
+#include <cstddef>
+#include <memory>
 #include <sys/types.h>
+#include <unordered_map>
 
 namespace vantle {
 
@@ -21,6 +24,7 @@ class ProcKernel final : public Kernel {
   std::vector<Pid> threads(Pid pid) const override;
   std::optional<std::string> controlGroups(Pid pid) const override { return readOf(pid, "cgroup"); }
   bool isOwn(Pid pid) const override;
+  bool isOwnChild(Pid pid) const override;
   std::optional<Pid> birthMark() const override;
 
   std::optional<Autogroup> autogroup(Pid pid) const override;
@@ -44,11 +48,17 @@ class ProcKernel final : public Kernel {
   std::chrono::steady_clock::time_point now() const override { return std::chrono::steady_clock::now(); }
   void sleep(std::chrono::steady_clock::duration duration) override;
 
+  // While the answer lives, processes of a scan are read again through descriptors that stay open. Such a
+  // descriptor never names another process: what was opened for one that has ended says nothing any more.
+  std::shared_ptr<const void> hold() const;
+
   // For the process table, which reads more than the band does.
   std::optional<std::string> readOf(Pid pid, const char* file) const;
   int folder() const { return m_root.get(); } // for calls that take one
 
  private:
+  using Held = std::unordered_map<Pid, Descriptor>; // open stat files
+
   Descriptor open(Pid pid, const char* file, int flags) const;
   std::string placeOf(const std::string& path) const; // below the roots that were given
 
@@ -57,6 +67,8 @@ class ProcKernel final : public Kernel {
   Descriptor m_root;
   Descriptor m_load;
   uid_t m_user;
+  std::size_t m_mostHeld;
+  mutable std::weak_ptr<Held> m_held;
 };
 
 } // namespace vantle

@@ -19,6 +19,7 @@ class ProcfsProcessTable final : public ProcessTable {
 
   std::optional<ProcessRecord> record(Pid pid) const override;
   std::vector<ProcessRecord> scan() const override; // in ascending order of pids, as the kernel lists them
+  std::shared_ptr<const void> hold() const override { return m_kernel->hold(); }
   std::optional<std::uint64_t> birthMark() const override;
   // The path of the user manager's unit, if it is one that desktops make for an app.
   std::string place(Pid pid) const override;
