@@ -194,9 +194,10 @@ void Backgrounder::sortOut(const AppTrees& trees, const std::vector<Entering>& e
 
   const std::size_t journalled = freed.size();
   for (const ProcessRecord& record : trees.all()) {
-    if (record.isKernelThread || !m_machine.band.carriesOwnMark(record.pid)) continue;
+    if (record.isKernelThread || isListed(trees.appOf(record.pid))) continue;
+    if (!m_machine.band.carriesOwnMark(record.pid)) continue;
     const ProcessIdentity identity = identityOf(record);
-    if (!isListed(trees.appOf(record.pid)) && !contains(freed, identity)) freed.push_back(identity);
+    if (!contains(freed, identity)) freed.push_back(identity);
   }
   if (freed.empty()) return;
   leave(freed, boostApp, trees);

@@ -329,8 +329,8 @@ TEST_P(SelfTest, SaysNothingOfADesktopThatRefusesIt) {
   EXPECT_TRUE(waitUntil([&] { return selfTestProcesses(m_user).empty(); }));
 }
 
-// The recovery of another copy puts back every process of this user that carries the mark, these too.
-TEST_P(SelfTest, DISABLED_IsLeftAloneByACopyThatStartsMeanwhile) {
+// The recovery of another copy looks at every process of this user that carries a mark.
+TEST_P(SelfTest, IsLeftAloneByACopyThatStartsMeanwhile) {
   if (!sessionsWeigh()) GTEST_SKIP() << "this kernel has no automatic groups";
   Program& selfTest = launchVantle({"--test"});
   const fs::path output = m_output;

@@ -67,6 +67,19 @@ bool LinuxBand::enterBackgroundBand(Pid pid) {
       .entered();
 }
 
+bool LinuxBand::carriesOwnMark(Pid pid) const {
+  return m_threads.isIn(pid) == true && !isOfAnotherCopy(pid);
+}
+
+// The self-test is one: it slows its own children and takes them back by itself. Whatever it leaves behind is
+// nobody's child any more.
+bool LinuxBand::isOfAnotherCopy(Pid pid) const {
+  const std::optional<ProcessStat> process = m_kernel.stat(pid);
+  if (!process || process->parent == m_kernel.self()) return false;
+  const auto program = m_kernel.link("/proc/" + std::to_string(process->parent) + "/exe");
+  return program && program == m_kernel.link("/proc/self/exe");
+}
+
 std::vector<std::vector<BandAnswer>> LinuxBand::enter(const BandPass& pass) {
   if (pass.apps.empty()) return {};
   m_threads.refresh();
@@ -239,7 +252,7 @@ void LinuxBand::reclaim(const ProcessView* recent) {
   const ProcessView own = recent == nullptr ? lookAt(0) : ProcessView();
   for (const ProcessRecord& process : (recent == nullptr ? own : *recent).all()) {
     if (process.isKernelThread || !(inPart ? markOf(process) : m_threads.mark(process.pid))) continue;
-    leaveBackgroundBand(process.pid);
+    if (!isOfAnotherCopy(process.pid)) leaveBackgroundBand(process.pid);
   }
   m_units.raiseAll();
 }

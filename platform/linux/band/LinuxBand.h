@@ -43,7 +43,7 @@ class LinuxBand final : public BackgroundBand {
   bool enterBackgroundBand(Pid pid) override;
   bool leaveBackgroundBand(Pid pid) override;
   std::optional<bool> isInBackgroundBand(Pid pid) const override { return m_threads.isIn(pid); }
-  bool carriesOwnMark(Pid pid) const override { return m_threads.isIn(pid) == true; }
+  bool carriesOwnMark(Pid pid) const override;
   std::vector<std::vector<BandAnswer>> enter(const BandPass& pass) override;
   std::unique_ptr<Leaving> leaving(const ProcessView& view) override;
   void makeRoomFor(Pid boostApp, const std::function<const ProcessView&()>& look) override;
@@ -54,6 +54,7 @@ class LinuxBand final : public BackgroundBand {
   class LeavingTogether;
 
   bool leaveProcess(const ProcessRecord& process);
+  bool isOfAnotherCopy(Pid pid) const;
   std::optional<ThreadMark> markOf(const ProcessRecord& process) const;
   bool giveUnit(const ProcessView& view, Pid app, std::vector<Pid> processes, UnitWeights::Deadline deadline);
   ProcessView lookAt(Pid app) const; // everybody: the tree of this process as an app, all others as nobody's

@@ -1,0 +1,353 @@
+// SPDX-License-Identifier: MIT
+// Whose a process is, and what follows: an app that another one started, one whose window came late, and what
+// an app leaves behind when a part of it ends.
+#include "engine/AppTrees.h"
+#include "tests/unit/engine/EngineFixture.h"
+
+#include <functional>
+#include <gmock/gmock.h>
+
+namespace vantle {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class Ownership : public EngineTest {
+ protected:
+  Ownership() { machine.band.knowsItsOwnTraces = true; }
+
+  SimulatedAppRef openBelow(const std::string& name, Pid parent, Opening opening = Opening::inBackground) {
+    AppSpec spec = named(name);
+    spec.parent = parent;
+    return machine.launch(spec, opening);
+  }
+  SimulatedAppRef openWithSession(const std::string& name) {
+    AppSpec spec = named(name);
+    spec.leadsSession = true;
+    return open(spec);
+  }
+  // What the app's short-lived child has left behind.
+  Pid orphanOf(const SimulatedAppRef& app) {
+    const Pid middle = childOf(app);
+    const Pid orphan = childOf(middle);
+    machine.processes.exit(middle);
+    EXPECT_EQ(machine.processes.find(orphan)->parent, 1);
+    return orphan;
+  }
+  AppTrees look() {
+    AppTrees::Known known;
+    known.self = machine.host.self;
+    for (const SimulatedAppRef& app : machine.workspace.apps()) known.apps.insert(app->processIdentifier());
+    return AppTrees(machine.processes, known);
+  }
+  Verdict verdictOn(const SimulatedAppRef& app) {
+    return engine->verdicts().at(app->processIdentifier()).verdict;
+  }
+};
+
+TEST_F(Ownership, AnOrphanBelongsToTheAppThatLeadsItsSession) {
+  const SimulatedAppRef mail = openWithSession("Mail");
+  const Pid orphan = orphanOf(mail);
+  EXPECT_EQ(look().appOf(orphan), mail->processIdentifier());
+  EXPECT_THAT(look().processesOf(mail->processIdentifier()), ElementsAre(mail->processIdentifier(), orphan));
+}
+
+TEST_F(Ownership, AnOrphanOfNobodysSessionBelongsToNobody) {
+  const SimulatedAppRef mail = open("Mail"); // in the session of process 1, as all the others
+  EXPECT_EQ(look().appOf(orphanOf(mail)), 0);
+}
+
+TEST_F(Ownership, AnOrphanInThePlaceOfOneAppIsItsOwnAndOfTwoNobodys) {
+  AppSpec spec = named("Mail");
+  spec.place = "app-mail.scope";
+  const SimulatedAppRef mail = open(spec);
+  const Pid orphan = orphanOf(mail);
+  EXPECT_EQ(look().appOf(orphan), mail->processIdentifier());
+  spec.name = "Notes";
+  open(spec);
+  EXPECT_EQ(look().appOf(orphan), 0);
+}
+
+TEST_F(Ownership, APartOfTheSystemIsNobodysOrphan) {
+  const SimulatedAppRef mail = openWithSession("Mail");
+  const Pid middle = childOf(mail);
+  const Pid bus = machine.processes.spawn({.parent = middle, .role = ProcessRole::system});
+  machine.processes.exit(middle);
+  EXPECT_EQ(look().appOf(bus), 0);
+}
+
+TEST_F(Ownership, AnOrphanThatPlaysSpareItsApp) {
+  start();
+  const SimulatedAppRef player = openWithSession("Player");
+  const Pid orphan = orphanOf(player);
+  machine.audio.heard = {orphan};
+  playGame();
+  EXPECT_FALSE(isSlow(orphan));
+  EXPECT_FALSE(isSlow(player));
+  EXPECT_EQ(verdictOn(player), Verdict::heard);
+}
+
+TEST_F(Ownership, AnOrphanThatKeepsTheMachineAwakeSparesItsApp) {
+  start();
+  const SimulatedAppRef loader = openWithSession("Loader");
+  const Pid orphan = orphanOf(loader);
+  machine.power.held = {{orphan, "PreventUserIdleSystemSleep"}};
+  playGame();
+  EXPECT_FALSE(isSlow(orphan));
+  EXPECT_FALSE(isSlow(loader));
+  EXPECT_EQ(verdictOn(loader), Verdict::keepsAwake);
+}
+
+TEST_F(Ownership, AnOrphanIsInTheJournalAndBackWhenItsAppQuitsDuringTheBoost) {
+  start();
+  const SimulatedAppRef mail = openWithSession("Mail");
+  const Pid orphan = orphanOf(mail);
+  playGame();
+  EXPECT_TRUE(isSlow(orphan));
+  EXPECT_TRUE(journalledPids().contains(orphan));
+  machine.quit(mail);
+  EXPECT_FALSE(isSlow(orphan));
+  EXPECT_THAT(journalledPids(), IsEmpty());
+}
+
+TEST_F(Ownership, WhatWasBornSlowedIsFreeWhenItsAppQuitsDuringTheBoost) {
+  start();
+  const SimulatedAppRef mail = open("Mail");
+  open("Notes");
+  playGame();
+  later();
+  const Pid helper = childOf(mail);
+  ASSERT_TRUE(isSlow(helper));
+  machine.quit(mail);
+  EXPECT_FALSE(isSlow(helper));
+}
+
+TEST_F(Ownership, AnAppWhoseWindowCameLateStandsInOneListOnly) {
+  start();
+  const SimulatedAppRef terminal = open("Terminal");
+  const Pid editorPid = childOf(terminal);
+  const SimulatedAppRef game = playGame();
+  ASSERT_TRUE(isSlow(editorPid));
+  // It opens its window, is worked in, and left again.
+  const SimulatedAppRef editor = machine.showWindow(editorPid, named("Editor"), Opening::inFront);
+  EXPECT_FALSE(isSlow(editorPid));
+  EXPECT_FALSE(journalledPids().contains(editorPid));
+  machine.activate(game);
+  EXPECT_TRUE(isSlow(editorPid));
+  EXPECT_TRUE(isManaged(editor));
+  // The one that started it comes to the front: the editor stays slowed, listed and in the journal.
+  machine.activate(terminal);
+  EXPECT_FALSE(isSlow(terminal));
+  EXPECT_TRUE(isSlow(editorPid));
+  EXPECT_TRUE(isManaged(editor));
+  EXPECT_TRUE(journalledPids().contains(editorPid));
+}
+
+TEST_F(Ownership, ALateWindowInTheBackgroundGetsALineOfItsOwn) {
+  start();
+  const SimulatedAppRef terminal = open("Terminal");
+  const Pid editorPid = childOf(terminal);
+  const Pid helper = childOf(editorPid);
+  playGame();
+  const SimulatedAppRef editor = machine.showWindow(editorPid, named("Editor"), Opening::inBackground);
+  EXPECT_THAT(engine->managedNames.get(), ElementsAre("Editor", "Terminal"));
+  EXPECT_THAT(engine->managed().at(editorPid).members,
+              ElementsAre(identityOf(editorPid), identityOf(helper)));
+  EXPECT_THAT(engine->managed().at(terminal->processIdentifier()).members,
+              ElementsAre(identityOf(terminal->processIdentifier())));
+  EXPECT_TRUE(isSlow(editorPid) && isSlow(helper));
+}
+
+TEST_F(Ownership, AProtectedAppThatASlowedOneStartsIsFreeAtOnce) {
+  start();
+  settings->protectedApps.set({"org.example.Player"});
+  const SimulatedAppRef terminal = open("Terminal");
+  playGame();
+  const SimulatedAppRef player = openBelow("Player", terminal->processIdentifier());
+  EXPECT_FALSE(isSlow(player));
+  EXPECT_TRUE(isSlow(terminal));
+  EXPECT_EQ(verdictOn(player), Verdict::protectedByPerson);
+}
+
+TEST_F(Ownership, AnAppThatASlowedOneStartsDoesNotEscapeWithItsStarter) {
+  start();
+  const SimulatedAppRef terminal = open("Terminal");
+  const SimulatedAppRef game = playGame();
+  const SimulatedAppRef editor = openBelow("Editor", terminal->processIdentifier());
+  EXPECT_THAT(engine->managedNames.get(), ElementsAre("Editor", "Terminal"));
+  machine.activate(terminal);
+  EXPECT_FALSE(isSlow(terminal));
+  EXPECT_TRUE(isSlow(editor));
+  machine.activate(game);
+  EXPECT_TRUE(isSlow(terminal));
+  EXPECT_TRUE(isSlow(editor));
+  EXPECT_THAT(engine->managedNames.get(), ElementsAre("Editor", "Terminal"));
+  machine.quit(game);
+  EXPECT_FALSE(isSlow(terminal) || isSlow(editor));
+  EXPECT_EQ(journalText(), "[]");
+}
+
+TEST_F(Ownership, EachOfTwoIsPutBackByItselfInAnyOrder) {
+  start();
+  const SimulatedAppRef terminal = open("Terminal");
+  const SimulatedAppRef editor = openBelow("Editor", terminal->processIdentifier());
+  playGame();
+  machine.quit(terminal); // the editor is nobody's child from now on
+  EXPECT_TRUE(isSlow(editor));
+  EXPECT_TRUE(isManaged(editor));
+  machine.quit(editor);
+  EXPECT_THAT(engine->managedNames.get(), IsEmpty());
+}
+
+// The program runs from a terminal, below its shell.
+class StartedFromATerminal : public Ownership {
+ protected:
+  StartedFromATerminal() : terminal(open("Terminal")) {
+    shell = machine.processes.spawn({.parent = terminal->processIdentifier(), .role = ProcessRole::starter});
+    machine.restartProgram(shell);
+  }
+
+  SimulatedAppRef terminal;
+  Pid shell = 0;
+};
+
+TEST_F(StartedFromATerminal, NeitherTheProgramNorWhatIsAboveItIsSlowed) {
+  const Pid otherTab = childOf(terminal);
+  const SimulatedAppRef editor = openBelow("Editor", shell);
+  start();
+  const SimulatedAppRef game = playGame();
+  for (const Pid pid : {machine.host.self, shell, terminal->processIdentifier(), otherTab}) {
+    EXPECT_FALSE(isSlow(pid)) << pid;
+  }
+  EXPECT_EQ(verdictOn(terminal), Verdict::ownProcess);
+  EXPECT_TRUE(isSlow(editor)) << "an app of its own";
+  EXPECT_THAT(engine->managedNames.get(), ElementsAre("Editor"));
+  machine.quit(game);
+  EXPECT_FALSE(isSlow(editor));
+}
+
+TEST_F(StartedFromATerminal, WhatTheProgramHasStartedIsNotTheTerminals) {
+  start();
+  const Pid helper = childOf(machine.host.self);
+  playGame();
+  EXPECT_FALSE(isSlow(helper));
+}
+
+// A store without windows of its own has started both the game and the process that draws for it.
+class LauncherWithoutWindows : public Ownership {
+ protected:
+  struct Case {
+    const char* what;
+    ProcessSpec client;
+    bool isSpared;
+  };
+  bool isSpared(const ProcessSpec& spec, const std::function<void(Pid client)>& andAlso = {}) {
+    start();
+    const Pid client = machine.processes.spawn(spec);
+    const Pid reaper = childOf(client);
+    if (andAlso) andAlso(client);
+    AppSpec window = named("Store");
+    window.parent = client;
+    window.leadsSession = windowLeadsSession;
+    const SimulatedAppRef store = open(window);
+    AppSpec game = aGame();
+    game.parent = reaper;
+    const SimulatedAppRef boosted = openInFront(game);
+    const bool spared = !isSlow(store) && engine->activeGame.get() == boosted;
+    EXPECT_EQ(verdictOn(store) == Verdict::launcher, spared);
+    return spared;
+  }
+  bool windowLeadsSession = false;
+};
+
+TEST_F(LauncherWithoutWindows, IsSparedWithItsWindow) {
+  EXPECT_TRUE(isSpared({.executable = "/opt/store/client", .leadsSession = true}));
+}
+
+TEST_F(LauncherWithoutWindows, IsNoShell) {
+  EXPECT_FALSE(isSpared({.leadsSession = true, .role = ProcessRole::starter}));
+}
+
+TEST_F(LauncherWithoutWindows, IsNoPartOfTheDesktop) {
+  EXPECT_FALSE(isSpared({.leadsSession = true, .role = ProcessRole::system}));
+}
+
+TEST_F(LauncherWithoutWindows, IsNotWhatHasStartedTheDesktop) {
+  EXPECT_FALSE(isSpared({.leadsSession = true}, [this](Pid client) {
+    machine.processes.spawn({.parent = client, .role = ProcessRole::system});
+  }));
+}
+
+TEST_F(LauncherWithoutWindows, MayHaveAPartOfTheDesktopForTheGameAlone) {
+  EXPECT_TRUE(isSpared({.leadsSession = true}, [this](Pid client) {
+    const SimulatedAppRef helper = openBelow("Helper", client);
+    machine.processes.spawn({.parent = helper->processIdentifier(), .role = ProcessRole::system});
+  }));
+}
+
+TEST_F(LauncherWithoutWindows, IsNotWhatOnlyStartsAppsAsADesktopDoes) {
+  windowLeadsSession = true;
+  EXPECT_FALSE(isSpared({.leadsSession = true}));
+}
+
+TEST_F(Ownership, AlwaysBoostOfAnAppThatHasEndedStartsNothingButIsRemembered) {
+  start();
+  const SimulatedAppRef mail = open("Mail");
+  const SimulatedAppRef chess = openInFront(named("Chess"));
+  machine.quit(chess);
+  ASSERT_EQ(engine->lastFrontmost.get(), chess);
+  engine->dismissedPID = 4711;
+  engine->alwaysBoost();
+  EXPECT_EQ(engine->activeGame.get(), nullptr);
+  EXPECT_FALSE(isSlow(mail));
+  EXPECT_THAT(settings->userGames.get(), ElementsAre("org.example.Chess"));
+  EXPECT_EQ(engine->dismissedPID, std::nullopt);
+}
+
+TEST_F(Ownership, WhatIsBornWhileTheProbesAreAskedIsSlowedWithItsApp) {
+  start();
+  const SimulatedAppRef mail = open("Mail");
+  // The longest part of a start: two servers are asked, and an app is moved.
+  class SlowAudio final : public AudioActivity {
+   public:
+    explicit SlowAudio(std::function<void()> meanwhile) : m_meanwhile(std::move(meanwhile)) {}
+    bool isAvailable() const override { return true; }
+    std::set<Pid> runningOutput() override {
+      m_meanwhile();
+      return {};
+    }
+
+   private:
+    std::function<void()> m_meanwhile;
+  };
+  Pid born = 0;
+  SlowAudio audio([&] { born = childOf(mail); });
+  Machine ports = machine.ports();
+  engine.emplace(Machine{ports.host, ports.processes, ports.band, ports.workspace, audio, ports.power,
+                         ports.pressure, ports.notifications, ports.defaults, ports.files, ports.clock,
+                         ports.launcher, ports.text},
+                 *settings);
+  playGame();
+  ASSERT_NE(born, 0);
+  EXPECT_TRUE(isSlow(born));
+  EXPECT_TRUE(journalledPids().contains(born));
+}
+
+TEST_F(Ownership, AnAppIsChargedForItsOrphansAndNotForTheAppsThatItStarted) {
+  start();
+  const SimulatedAppRef terminal = openWithSession("Terminal");
+  const Pid orphan = orphanOf(terminal);
+  machine.processes.find(orphan)->footprint = 7;
+  machine.processes.find(terminal->processIdentifier())->footprint = 100;
+  AppSpec editor = named("Editor");
+  editor.parent = terminal->processIdentifier();
+  editor.footprint = 3000;
+  open(editor);
+  playGame();
+  EXPECT_THAT(engine->usageList(),
+              testing::Contains(AppUsage{terminal->processIdentifier(), "Terminal", 107}));
+}
+
+} // namespace
+} // namespace vantle
