@@ -57,11 +57,14 @@ AppTrees Backgrounder::manage(std::span<const AppRef> apps, Pid boostApp, const 
   AppTrees trees = look();
   std::vector<Entering> entering = chosen(apps, judge, trees);
   std::unordered_set<ProcessIdentity> seen;
+  bool isSorting = !m_managed.empty();
   for (int count = 0; count < mostLooks; ++count) {
     if (count > 0) trees = look();
     for (Entering& one : entering) collect(one, trees, seen);
-    if (count == 0 && !m_managed.empty()) sortOut(trees, entering, boostApp);
+    // Whoever was born of one that was just freed may still carry the mark.
+    if (isSorting) isSorting = sortOut(trees, entering, boostApp) && trees.birthMark() && !isCurrent(trees);
     std::erase_if(entering, [](const Entering& one) { return one.processes.empty(); });
+    if (entering.empty() && isSorting) continue;
     if (entering.empty()) break;
     enter(entering, boostApp, trees);
     if (!trees.birthMark() || isCurrent(trees)) break;
@@ -137,6 +140,12 @@ void Backgrounder::enter(const std::vector<Entering>& all, Pid boostApp, const A
     if (listed != m_managed.end()) {
       auto& known = listed->second.members;
       known.insert(known.end(), members.begin(), members.end());
+      // Slowed in part only, since one that was born meanwhile shares its place with something else.
+      if (std::any_of(answers.at(at).begin(), answers.at(at).end(),
+                      [](const BandAnswer& answer) { return answer.refusal == BandRefusal::shared; })) {
+        failed.insert(failed.end(), known.begin(), known.end());
+        giveUp(one.root.pid);
+      }
     } else if (!members.empty()) {
       m_givenUp.erase(one.root.pid);
       m_managed.emplace(one.root.pid, ManagedApp{nameOf(*one.app), one.app->bundleIdentifier(), one.root,
@@ -151,6 +160,17 @@ void Backgrounder::enter(const std::vector<Entering>& all, Pid boostApp, const A
                [this](const ProcessIdentity& one) { return m_machine.band.carriesOwnMark(one.pid); });
   if (!marked.empty()) leave(marked, boostApp, trees);
   m_journal.remove(failed);
+}
+
+void Backgrounder::forget(Pid app) {
+  m_verdicts.erase(app);
+  m_givenUp.erase(app);
+}
+
+void Backgrounder::giveUp(Pid app) {
+  m_managed.erase(app);
+  m_givenUp.insert(app);
+  m_verdicts[app] = {Verdict::refused, {}, BandRefusal::shared};
 }
 
 std::set<Pid> Backgrounder::slowedApps() const {
@@ -170,7 +190,7 @@ void Backgrounder::leave(const std::vector<ProcessIdentity>& processes, Pid boos
 
 // Makes the lists fit who owns what by now. An app that got its first window late was slowed as a part of
 // another one, and what a slowed app starts is born slowed.
-void Backgrounder::sortOut(const AppTrees& trees, const std::vector<Entering>& entering, Pid boostApp) {
+bool Backgrounder::sortOut(const AppTrees& trees, const std::vector<Entering>& entering, Pid boostApp) {
   const auto isListed = [&](Pid app) {
     return m_managed.contains(app) || std::any_of(entering.begin(), entering.end(),
                                                   [app](const auto& one) { return one.root.pid == app; });
@@ -199,10 +219,11 @@ void Backgrounder::sortOut(const AppTrees& trees, const std::vector<Entering>& e
     const ProcessIdentity identity = identityOf(record);
     if (!contains(freed, identity)) freed.push_back(identity);
   }
-  if (freed.empty()) return;
+  if (freed.empty()) return false;
   leave(freed, boostApp, trees);
   freed.resize(journalled);
   m_journal.remove(freed);
+  return true;
 }
 
 void Backgrounder::restore(Pid app, Pid boostApp, std::optional<AppTrees> earlier) {
@@ -259,7 +280,11 @@ void Backgrounder::putBack(std::span<const ManagedApp> apps, Pid boostApp, const
       for (const Pid pid : trees.processesOf(app.root.pid)) {
         const std::optional<ProcessIdentity> identity = readIdentity(processes, pid);
         if (!identity || startMicros(*identity) < app.changedAtMicros) continue;
-        if (m_machine.band.isInBackgroundBand(pid) == true) leaving->leave(pid);
+        if (m_machine.band.isInBackgroundBand(pid) == true) {
+          leaving->leave(pid);
+        } else {
+          leaving->releaseInherited(pid);
+        }
       }
     }
     for (const ProcessIdentity& member : app.members) {
@@ -302,9 +327,7 @@ void Backgrounder::retry(const std::vector<Pid>& raised, Pid boostApp, const App
                                       [this](const ProcessIdentity& one) { return isSame(one); });
     if (anyLives) continue;
     lost.insert(lost.end(), members.begin(), members.end());
-    m_managed.erase(apps[at].root);
-    m_givenUp.insert(apps[at].root);
-    m_verdicts[apps[at].root] = {Verdict::refused, {}, BandRefusal::shared};
+    giveUp(apps[at].root);
   }
   if (lost.empty()) return;
   leave(lost, boostApp, trees);

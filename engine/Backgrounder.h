@@ -56,10 +56,10 @@ class Backgrounder {
   void restoreAll();
 
   void note(Pid app, Verdict verdict) { m_verdicts[app] = {verdict, {}, {}}; }
-  void forget(Pid app) { m_verdicts.erase(app); }
+  void forget(Pid app);
 
-  // Apps that lost their place in the band because it was shared with one that left it; worth another try
-  // when that one goes back.
+  // Apps that lost their place in the band because it was shared with something that is not in it; worth another
+  // try when that may have changed.
   const std::set<Pid>& givenUp() const { return m_givenUp; }
 
  private:
@@ -78,8 +78,9 @@ class Backgrounder {
   bool isCurrent(const AppTrees& trees) const;
   void reclaim(const AppTrees& trees);
   void leave(const std::vector<ProcessIdentity>& processes, Pid boostApp, const AppTrees& trees);
-  void sortOut(const AppTrees& trees, const std::vector<Entering>& entering, Pid boostApp);
+  bool sortOut(const AppTrees& trees, const std::vector<Entering>& entering, Pid boostApp);
   void retry(const std::vector<Pid>& raised, Pid boostApp, const AppTrees& trees);
+  void giveUp(Pid app);
   std::set<Pid> slowedApps() const;
   bool isSame(const ProcessIdentity& identity) const;
 

@@ -122,11 +122,12 @@ AppTrees Engine::manage(std::span<const AppRef> apps, const ShieldedPIDs& shield
 
 AppTrees Engine::manage(const AppRef& app) {
   const ShieldedPIDs shielded = shieldedPIDs(m_machine.audio, m_machine.power);
-  std::vector<AppRef> apps{app};
-  // Those that could not be slowed beside this one get another try together with it.
+  std::vector<AppRef> apps;
+  if (app) apps.push_back(app);
+  // Those that could not be slowed beside another one get another try together with it.
   for (const Pid pid : m_backgrounder.givenUp()) {
     const AppRef other = m_machine.workspace.runningApplication(pid);
-    if (other && !hasPid(app, pid)) apps.push_back(other);
+    if (other && !hasPid(app, pid) && !hasPid(lastFrontmost.get(), pid)) apps.push_back(other);
   }
   return manage(apps, shielded);
 }
@@ -145,6 +146,7 @@ void Engine::frontChangedWhileBoosting(const AppRef& app) {
     const AppRef previous = std::exchange(m_foregroundException, nullptr);
     if (!previous->isTerminated()) trees = manage(previous);
   }
+  if (!trees && !m_backgrounder.givenUp().empty()) trees = manage(nullptr);
   const bool isBoostApp = profile.isTrigger(*app);
   m_backgrounder.restore(app->processIdentifier(), boostApp(), std::move(trees));
   m_backgrounder.note(app->processIdentifier(), isBoostApp ? Verdict::boostApp : Verdict::inFront);
@@ -176,6 +178,7 @@ void Engine::appTerminated(const AppRef& app) {
       stopBoost();
     }
   }
+  if (activeGame.get() && !m_backgrounder.givenUp().empty()) manage(nullptr);
   refreshManagedNames();
 }
 

@@ -76,7 +76,7 @@ class Engine {
 
  private:
   AppTrees manage(std::span<const AppRef> apps, const ShieldedPIDs& shielded);
-  // An app that comes into the background, with fresh protection probes.
+  // An app that comes into the background, if any, and those that were given up, with fresh protection probes.
   AppTrees manage(const AppRef& app);
   Verdict shouldManage(const RunningApplication& app, const ShieldedPIDs& shielded,
                        const AppTrees& trees) const;

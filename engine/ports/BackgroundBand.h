@@ -62,6 +62,8 @@ class BackgroundBand {
     virtual ~Leaving() = default;
     // As `leaveBackgroundBand`.
     virtual bool leave(Pid pid) = 0;
+    // One that was born in the band and shows it no longer: what it has inherited all the same comes off.
+    virtual void releaseInherited(Pid /*pid*/) {}
     // Ends it. Returns who is still meant to be slowed but is so no longer, because what weighed it was
     // shared with one that left.
     virtual std::vector<Pid> finish() { return {}; }

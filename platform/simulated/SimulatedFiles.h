@@ -4,6 +4,7 @@
 #include "engine/ports/FileStore.h"
 #include "platform/simulated/SimulatedCalls.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <map>
 #include <optional>
@@ -21,6 +22,7 @@ class SimulatedFiles final : public FileStore {
   // What is there, without a call.
   std::map<std::string, std::string> contents; // by path
   std::set<std::string> folders;
+  std::set<std::string> fullFolders; // nothing can be written in or below these
 
   std::string applicationSupport() const override { return "/home/player/.local/share"; }
   std::optional<std::string> read(const std::string& path, std::size_t limit) const override {
@@ -30,6 +32,10 @@ class SimulatedFiles final : public FileStore {
     return found->second;
   }
   bool writeAtomically(const std::string& path, const std::string& bytes) override {
+    const bool isFull =
+        std::any_of(fullFolders.begin(), fullFolders.end(),
+                    [&path](const std::string& folder) { return path.starts_with(folder + "/"); });
+    if (isFull) return false;
     return m_calls.change({.operation = Operation::writeFile, .about = path, .detail = bytes},
                           [&] { contents[path] = bytes; });
   }

@@ -21,9 +21,9 @@ SimulatedMachine::SimulatedMachine() {
   };
 }
 
-Machine SimulatedMachine::ports(BackgroundBand& otherBand) {
-  return {host,          processes, otherBand, workspace, audio,    power, pressure,
-          notifications, defaults,  files,     clock,     launcher, text};
+Machine SimulatedMachine::ports(ProcessTable& otherTable, BackgroundBand& otherBand) {
+  return {host,          otherTable, otherBand, workspace, audio,    power, pressure,
+          notifications, defaults,   files,     clock,     launcher, text};
 }
 
 SimulatedAppRef SimulatedMachine::launch(const AppSpec& spec, Opening opening) {

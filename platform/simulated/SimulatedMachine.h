@@ -67,7 +67,9 @@ class SimulatedMachine {
   EventDelivery delivery = EventDelivery::atOnce;
 
   Machine ports() { return ports(band); }
-  Machine ports(BackgroundBand& otherBand); // for the models of a particular system
+  Machine ports(BackgroundBand& otherBand) { return ports(processes, otherBand); }
+  // For the models of a particular system.
+  Machine ports(ProcessTable& otherTable, BackgroundBand& otherBand);
 
   SimulatedAppRef launch(const AppSpec& spec, Opening opening);
   // The first window of a process that runs already: an app from now on.

@@ -3,6 +3,7 @@
 
 #include "engine/Invariant.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace vantle {
@@ -44,9 +45,14 @@ std::optional<Pid> SimulatedProcesses::freePidOfThisTick() {
     const auto earlier = m_lastStart.find(m_last);
     const bool bornInThisTick = earlier != m_lastStart.end() && earlier->second == now;
     if (m_processes.contains(m_last) || bornInThisTick) continue;
-    if (!isReserved || !isReserved(m_last)) return m_last;
+    if (!namesSession(m_last) && (!isReserved || !isReserved(m_last))) return m_last;
   }
   return std::nullopt;
+}
+
+bool SimulatedProcesses::namesSession(Pid pid) const {
+  return std::any_of(m_processes.begin(), m_processes.end(),
+                     [pid](const auto& entry) { return entry.first != pid && entry.second.session == pid; });
 }
 
 Pid SimulatedProcesses::nextFreePid() {

@@ -72,6 +72,8 @@ class SimulatedProcesses final : public ProcessTable {
   const std::map<Pid, SimulatedProcess>& all() const { return m_processes; }
   bool lives(const ProcessIdentity& identity) const; // a zombie does not
 
+  bool namesSession(Pid pid) const; // of others: such a number is never given out
+
   void setHighestPid(Pid highest) { m_highest = highest; } // small values make reuse happen soon
   std::size_t reusedPids() const { return m_reusedPids; }  // processes whose pid another one had before
   bool tellsOfBirths = false;                              // whether there is a birth mark

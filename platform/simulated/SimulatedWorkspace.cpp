@@ -106,8 +106,9 @@ AppRef SimulatedWorkspace::frontmostApplication() const {
 
 AppRef SimulatedWorkspace::runningApplication(Pid pid) const {
   if (!m_calls.read({.operation = Operation::findApp, .pid = pid})) return nullptr;
-  const auto found = std::find_if(m_apps.begin(), m_apps.end(),
-                                  [pid](const SimulatedAppRef& app) { return app->m_pid == pid && !app->m_isTerminated; });
+  const auto found = std::find_if(m_apps.begin(), m_apps.end(), [pid](const SimulatedAppRef& app) {
+    return app->m_pid == pid && !app->m_isTerminated;
+  });
   return found == m_apps.end() ? nullptr : *found;
 }
 

@@ -16,8 +16,9 @@ bool contains(const std::vector<std::string>& list, const std::optional<std::str
 
 } // namespace
 
-Checker::Checker(SimulatedMachine& machine)
-    : m_machine(machine), m_journalPath(machine.files.applicationSupport() + "/Vantle/journal.json") {
+Checker::Checker(SimulatedMachine& machine, const BandTruth& truth)
+    : m_machine(machine), m_truth(truth),
+      m_journalPath(machine.files.applicationSupport() + "/Vantle/journal.json") {
   machine.calls.watcher = [this](const SimulatedCall& call) {
     watch(call);
     if (betweenCalls) betweenCalls();
@@ -41,8 +42,7 @@ std::string Checker::describe() const {
     if (!process.place.empty()) text << ", in " << process.place;
     if (process.role == ProcessRole::system) text << ", system";
     if (process.role == ProcessRole::starter) text << ", starter";
-    if (process.band != BandState::normal)
-      text << (process.band == BandState::byVantle ? ", slow" : ", slow by others");
+    if (const std::string effect = m_truth.effectOf(pid); !effect.empty()) text << ", " << effect;
     if (process.isZombie) text << ", zombie";
     if (m_excused.contains(pid)) text << ", refused";
     if (pid == m_machine.host.self) text << ", this program";
@@ -77,7 +77,7 @@ void Checker::programDied() {
   m_engine = nullptr;
   for (const ProcessIdentity& identity : m_entered) {
     const SimulatedProcess* process = m_machine.processes.find(identity.pid);
-    const bool isSlow = m_machine.processes.lives(identity) && process->band == BandState::byVantle;
+    const bool isSlow = m_machine.processes.lives(identity) && m_truth.isOurs(process->pid);
     if (isSlow && !m_journalIsStale && !m_excused.contains(identity.pid) && !m_onDisk.contains(identity)) {
       fail("the program died and its journal does not name a process that it slowed", identity.pid);
     }
@@ -91,6 +91,7 @@ void Checker::expectNoBoost(const char* when) {
 }
 
 void Checker::beforeEvent() {
+  m_placesBefore.clear();
   m_wasBoosting = m_engine->activeGame.get() != nullptr;
   m_managedBefore = m_engine->managed();
   m_journalBefore = m_engine->journal().entries();
@@ -127,7 +128,7 @@ void Checker::checkEnter(const SimulatedProcess& process) {
 }
 
 void Checker::checkLeave(const SimulatedProcess& process) {
-  const bool carriesOwnMark = m_machine.band.knowsItsOwnTraces && process.band == BandState::byVantle;
+  const bool carriesOwnMark = m_truth.knowsTraces() && m_truth.isOurs(process.pid);
   const bool isOurs = m_journalIsStale || carriesOwnMark || m_onDisk.contains(process.identity());
   if (!isOurs && !isMember(process) && !isSweepable(process))
     fail("a foreign process was touched", process.pid);
@@ -215,13 +216,19 @@ Pid Checker::ownerOfOrphan(const SimulatedProcess& process) const {
   }
   const SimulatedProcess* parent = m_machine.processes.find(process.parent);
   const bool isLeftBehind = process.parent <= 1 || (parent != nullptr && parent->role == ProcessRole::system);
-  if (!isLeftBehind || process.place.empty()) return 0;
+  const std::string& place = placeOf(process);
+  if (!isLeftBehind || place.empty()) return 0;
   std::set<Pid> inPlace;
   for (const SimulatedAppRef& app : m_machine.workspace.apps()) {
     const SimulatedProcess* root = m_machine.processes.find(app->processIdentifier());
-    if (!app->isTerminated() && root != nullptr && root->place == process.place) inPlace.insert(root->pid);
+    if (!app->isTerminated() && root != nullptr && placeOf(*root) == place) inPlace.insert(root->pid);
   }
   return inPlace.size() == 1 ? *inPlace.begin() : 0;
+}
+
+const std::string& Checker::placeOf(const SimulatedProcess& process) const {
+  const auto before = m_placesBefore.find(process.pid);
+  return m_judgesByPlacesBefore && before != m_placesBefore.end() ? before->second : process.place;
 }
 
 std::vector<const SimulatedProcess*> Checker::ownedBy(Pid app) const {
@@ -246,6 +253,12 @@ const RunningApplication* Checker::boostApp() const {
 
 bool Checker::mayBeSlowed(const SimulatedProcess& process) const {
   if (boostApp() == nullptr) return false;
+  if (!m_placesBefore.empty() && !m_judgesByPlacesBefore) {
+    m_judgesByPlacesBefore = true;
+    const bool couldBe = mayBeSlowed(process);
+    m_judgesByPlacesBefore = false;
+    if (couldBe) return true;
+  }
   const Pid owner = ownerOf(process);
   const auto& apps = m_machine.workspace.apps();
   const auto app = std::find_if(apps.begin(), apps.end(), [owner](const SimulatedAppRef& one) {
@@ -283,7 +296,7 @@ bool Checker::isLauncher(const SimulatedApp& app, const RunningApplication& game
                           !isAboveTheDesktop(at->pid, game.processIdentifier());
     if (!isClient || root == nullptr || root->pid == at->pid || !isAtOrAbove(at->pid, root->pid)) continue;
     const bool isTogether = (root->session == at->session && root->session != 0) ||
-                            (!root->place.empty() && root->place == at->place);
+                            (!placeOf(*root).empty() && placeOf(*root) == placeOf(*at));
     if (isTogether) return true;
   }
   return false;
@@ -313,7 +326,7 @@ void Checker::checkPutBack(const Identities& journalled, const char* when) {
   for (const ProcessIdentity& identity : journalled) {
     if (!m_machine.processes.lives(identity) || m_excused.contains(identity.pid)) continue;
     const bool isSlowAgain = m_engine->journal().entries().contains(identity);
-    if (m_machine.band.isIn(identity.pid) && !isSlowAgain) {
+    if (m_truth.isIn(identity.pid) && !isSlowAgain) {
       fail(std::string("still slowed ") + when, identity.pid);
     }
   }
@@ -327,9 +340,9 @@ void Checker::checkJournal() {
 }
 
 void Checker::checkBand() {
-  const bool nobodyMayBeSlow = !m_engine->activeGame.get() && m_machine.band.knowsItsOwnTraces;
+  const bool nobodyMayBeSlow = !m_engine->activeGame.get() && m_truth.knowsTraces();
   for (const auto& [pid, process] : m_machine.processes.all()) {
-    if (process.isZombie || process.band != BandState::byVantle || m_excused.contains(pid)) continue;
+    if (process.isZombie || !m_truth.isOurs(pid) || m_excused.contains(pid)) continue;
     if (nobodyMayBeSlow) fail("slow while no Boost is running", pid);
     const ProcessIdentity identity = process.identity();
     // A child that inherited the band is in no journal.
@@ -342,19 +355,19 @@ void Checker::checkBand() {
 // However an app came into being, the person who looks at it has it at full speed.
 void Checker::checkFront() {
   const AppRef front = m_machine.workspace.front();
-  if (!front || !m_engine->activeGame.get() || !m_machine.band.knowsItsOwnTraces) return;
+  if (!front || !m_engine->activeGame.get() || !m_truth.knowsTraces()) return;
   if (m_machine.workspace.queuedEvents() > 0) return; // the engine has not been told yet
   const SimulatedProcess* process = m_machine.processes.find(front->processIdentifier());
   if (front->isTerminated() || process == nullptr || m_excused.contains(process->pid)) return;
-  if (process->band == BandState::byVantle) fail("slow although it is in front", process->pid);
+  if (m_truth.isOurs(process->pid)) fail("slow although it is in front", process->pid);
 }
 
 // Safe is also what does nothing: whoever may be slowed is slowed when a Boost begins, and who is listed is
 // slowed whole.
 void Checker::checkLife() {
   if (!m_engine->activeGame.get()) return;
-  const auto isOut = [this](const SimulatedProcess* process) { return !m_machine.band.isIn(process->pid); };
-  if (!m_wasBoosting && !m_engine->activeGame.get()->isTerminated()) {
+  const auto isOut = [this](const SimulatedProcess* process) { return !m_truth.isIn(process->pid); };
+  if (m_truth.canSlowAll() && !m_wasBoosting && !m_engine->activeGame.get()->isTerminated()) {
     for (const SimulatedAppRef& app : m_machine.workspace.apps()) {
       const Pid pid = app->processIdentifier();
       if (isProtected(*app) || isSpared(pid)) continue;
@@ -364,15 +377,16 @@ void Checker::checkLife() {
     }
   }
   for (const auto& [pid, app] : m_engine->managed()) {
+    if (!m_truth.canSlowAll()) break;
     if (m_managedBefore.contains(pid) || isSpared(pid) || !m_machine.processes.lives(app.root)) continue;
     const auto owned = ownedBy(pid);
     if (std::any_of(owned.begin(), owned.end(), isOut)) fail("listed, but not slowed whole", pid);
   }
   // The engine has not been told of everybody yet, or cannot tell whom it has slowed.
-  if (m_machine.workspace.queuedEvents() > 0 || !m_machine.band.knowsItsOwnTraces) return;
+  if (m_machine.workspace.queuedEvents() > 0 || !m_truth.knowsTraces()) return;
   for (const auto& [pid, process] : m_machine.processes.all()) {
     const bool isOwn = ownerOf(process) == m_machine.host.self || isAtOrAbove(pid, m_machine.host.self);
-    if (isOwn && pid > 1 && process.band == BandState::byVantle && !m_excused.contains(pid))
+    if (isOwn && pid > 1 && m_truth.isOurs(pid) && !m_excused.contains(pid))
       fail("slow although it is this program or above it", pid);
   }
 }

@@ -14,11 +14,43 @@
 
 namespace vantle {
 
+// What a checker asks of the band under test, whatever that is made of.
+class BandTruth {
+ public:
+  virtual ~BandTruth() = default;
+  virtual bool knowsTraces() const = 0;            // the band tells this program's doing from others'
+  virtual bool isIn(Pid pid) const = 0;            // in the band, whoever put it there
+  virtual bool isOurs(Pid pid) const = 0;          // by this program, or born so
+  virtual bool canSlowAll() const = 0;             // nothing but a refused call keeps a process out
+  virtual std::string effectOf(Pid pid) const = 0; // in words; empty for none
+};
+
+class SimulatedBandTruth final : public BandTruth {
+ public:
+  explicit SimulatedBandTruth(const SimulatedMachine& machine) : m_machine(machine) {}
+  bool knowsTraces() const override { return m_machine.band.knowsItsOwnTraces; }
+  bool isIn(Pid pid) const override { return m_machine.band.isIn(pid); }
+  bool isOurs(Pid pid) const override { return stateOf(pid) == BandState::byVantle; }
+  bool canSlowAll() const override { return true; }
+  std::string effectOf(Pid pid) const override {
+    return isOurs(pid) ? "slow" : isIn(pid) ? "slow by others" : "";
+  }
+
+ private:
+  BandState stateOf(Pid pid) const {
+    const SimulatedProcess* process = m_machine.processes.find(pid);
+    return process == nullptr ? BandState::normal : process->band;
+  }
+
+  const SimulatedMachine& m_machine;
+};
+
 // Watches an engine on a simulated machine and knows, independently of it, what must never happen. It sees
 // every granted change at the moment it is made, and looks at the whole machine between two events.
 class Checker {
  public:
-  explicit Checker(SimulatedMachine& machine);
+  // The truth outlives the checker.
+  Checker(SimulatedMachine& machine, const BandTruth& truth);
   ~Checker();
   Checker(const Checker&) = delete;
   Checker& operator=(const Checker&) = delete;
@@ -45,6 +77,25 @@ class Checker {
   void expectNoBoost(const char* when);
   void journalIsRefused() { m_journalIsStale = true; } // until it is written again
 
+  // For a band whose changes are not seen as such by the watcher: right before, and right after.
+  void entered(const SimulatedProcess& process) { checkEnter(process); }
+  void left(const SimulatedProcess& process) { m_entered.erase(process.identity()); }
+  // The band gives a process another place while it decides; whose it is was read before.
+  void moved(Pid pid, const std::string& before) { m_placesBefore.try_emplace(pid, before); }
+
+  // What may be asked besides.
+  void fail(const std::string& what, Pid pid);
+  // Whether the app that the process belongs to is one that no rule protects.
+  bool mayBeSlowed(const SimulatedProcess& process) const;
+  bool isProtected(const SimulatedApp& app) const;
+  bool isAtOrAbove(Pid ancestor, Pid pid) const;
+  // Whose a process is: the nearest app at or above it; for what an app has left behind the one that it was
+  // slowed with, or that its session or its place belongs to. 0: nobody's.
+  Pid ownerOf(const SimulatedProcess& process) const;
+  bool isSpared(Pid app) const; // nothing is expected of it: calls about its processes are refused
+  bool isExcused(Pid pid) const { return m_excused.contains(pid); }
+  const RunningApplication* boostApp() const;
+
  private:
   using Identities = std::unordered_set<ProcessIdentity>;
 
@@ -60,27 +111,20 @@ class Checker {
 
   bool isMember(const SimulatedProcess& process) const;
   bool isSweepable(const SimulatedProcess& process) const;
-  // Whether the app that the process belongs to is one that no rule protects.
-  bool mayBeSlowed(const SimulatedProcess& process) const;
-  bool isProtected(const SimulatedApp& app) const;
   bool isLauncher(const SimulatedApp& app, const RunningApplication& game) const;
   bool isAboveTheDesktop(Pid pid, Pid game) const;
   bool isAboveThisProgram(const SimulatedApp& app) const;
   bool holds(const SimulatedApp& app, Pid pid) const; // in the tree of its main process, or as its own
-  bool isAtOrAbove(Pid ancestor, Pid pid) const;
-  // Whose a process is: the nearest app at or above it; for what an app has left behind the one that it was
-  // slowed with, or that its session or its place belongs to. 0: nobody's.
-  Pid ownerOf(const SimulatedProcess& process) const;
   Pid appAbove(const SimulatedProcess& process) const;
   Pid ownerOfOrphan(const SimulatedProcess& process) const;
   std::vector<const SimulatedProcess*> ownedBy(Pid app) const;
   bool isAppRoot(Pid pid) const;
-  bool isSpared(Pid app) const; // nothing is expected of it: calls about its processes are refused
-  const RunningApplication* boostApp() const;
-  void fail(const std::string& what, Pid pid);
   std::string describe() const;
 
+  const std::string& placeOf(const SimulatedProcess& process) const;
+
   SimulatedMachine& m_machine;
+  const BandTruth& m_truth;
   const AppSettings* m_settings = nullptr;
   const Engine* m_engine = nullptr;
   std::optional<std::string> m_violation;
@@ -91,6 +135,8 @@ class Checker {
   Identities m_entered; // what this program itself put into the band and did not take out
   std::set<Pid> m_excused;
   std::map<Pid, ManagedApp> m_managedBefore;
+  std::map<Pid, std::string> m_placesBefore; // of those that were moved since the event began
+  mutable bool m_judgesByPlacesBefore = false;
   bool m_wasBoosting = false;
   Identities m_journalBefore;
 };

@@ -13,7 +13,7 @@ constexpr std::size_t mostProcesses = 18;
 
 } // namespace
 
-const std::vector<RandomRun::Choice>& RandomRun::choices() {
+const std::vector<RandomRun::Choice>& RandomRun::choices() const {
   static const std::vector<Choice> all{
       {12, "an app is launched", &RandomRun::launchApp},
       {20, "an app comes to the front", &RandomRun::activateApp},
@@ -107,10 +107,20 @@ void RandomRun::quitApp() {
 
 void RandomRun::forkProcess() {
   if (m_machine.processes.all().size() >= mostProcesses) return;
-  const ProcessRole role = m_random.oneIn(8)   ? ProcessRole::starter
-                           : m_random.oneIn(8) ? ProcessRole::system
-                                               : ProcessRole::program;
-  m_machine.processes.spawn({.parent = randomProcess(), .leadsSession = m_random.oneIn(4), .role = role});
+  m_machine.processes.spawn(randomFork());
+}
+
+// By their names too, for the systems that know them by these.
+ProcessSpec RandomRun::randomFork() {
+  ProcessSpec spec{.parent = randomProcess(), .leadsSession = m_random.oneIn(4)};
+  if (m_random.oneIn(8)) {
+    spec.role = ProcessRole::starter;
+    spec.executable = "/usr/bin/bash";
+  } else if (m_random.oneIn(8)) {
+    spec.role = ProcessRole::system;
+    spec.executable = "/usr/bin/dbus-daemon";
+  }
+  return spec;
 }
 
 // Not every process that will be an app is one from the start.
@@ -121,7 +131,10 @@ void RandomRun::openLateWindow() {
 
 void RandomRun::forkBetweenCalls() {
   if (!m_forksMeanwhile || !m_random.oneIn(20) || m_machine.processes.all().size() >= mostProcesses) return;
-  m_machine.processes.spawn({.parent = randomProcess()});
+  const Pid born = m_machine.processes.spawn({.parent = randomProcess()});
+  // What another one with this number was heard for is over.
+  m_machine.audio.heard.erase(born);
+  std::erase_if(m_machine.power.held, [born](const auto& assertion) { return assertion.pid == born; });
 }
 
 void RandomRun::exitProcess() {
@@ -131,7 +144,8 @@ void RandomRun::exitProcess() {
 // What the identities are for: the process ends unnoticed, and another one has its number.
 void RandomRun::reusePid() {
   const Pid pid = randomProcess();
-  if (pid == 1) return;
+  const auto& isReserved = m_machine.processes.isReserved;
+  if (pid == 1 || m_machine.processes.namesSession(pid) || (isReserved && isReserved(pid))) return;
   m_machine.exit(pid);
   m_machine.clock.advance(std::chrono::microseconds(m_machine.clock.resolution()));
   m_machine.processes.spawn({.parent = randomProcess(), .pid = pid});
@@ -139,7 +153,11 @@ void RandomRun::reusePid() {
 }
 
 void RandomRun::makeZombie() {
-  if (const auto pid = randomOrdinaryProcess()) m_machine.processes.exitAsZombie(*pid);
+  const auto pid = randomOrdinaryProcess();
+  if (!pid) return;
+  m_machine.processes.exitAsZombie(*pid);
+  m_machine.audio.heard.erase(*pid);
+  std::erase_if(m_machine.power.held, [&pid](const auto& assertion) { return assertion.pid == *pid; });
 }
 
 void RandomRun::reapZombies() {

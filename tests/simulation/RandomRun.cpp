@@ -22,12 +22,14 @@ RunFigures& RunFigures::operator+=(const RunFigures& other) {
   return *this;
 }
 
-RandomRun::RandomRun(std::uint64_t seed, RunOptions options)
-    : m_random(seed), m_options(std::move(options)) {}
+RandomRun::RandomRun(std::uint64_t seed, RunOptions options, const BandTruth* truth)
+    : m_random(seed), m_options(std::move(options)),
+      m_checker(m_machine, truth != nullptr ? *truth : m_ownTruth) {}
 
 RunResult RandomRun::run() {
   arrange();
   start();
+  eventEnded();
   const std::size_t length = longestRun / 2 + m_random.below(longestRun / 2);
   std::size_t weights = 0;
   for (const Choice& choice : choices()) weights += choice.weight;
@@ -43,7 +45,9 @@ RunResult RandomRun::run() {
   }
   m_machine.calls.cancelCrash();
   if (!m_checker.violation()) perform("turn off at the end", &RandomRun::turnOff);
-  if (m_options.log != nullptr && m_checker.violation()) *m_options.log << m_checker.scene();
+  if (!m_checker.violation()) runEnds();
+  if (m_options.log != nullptr && m_checker.violation())
+    *m_options.log << m_checker.scene() << machineInWords();
   m_figures.reusedPids = m_machine.processes.reusedPids();
   return {m_checker.violation(), m_figures};
 }
@@ -59,10 +63,12 @@ void RandomRun::arrange() {
   m_machine.clock.setResolution(m_random.oneIn(2) ? 1 : 10'000);
   m_machine.processes.setHighestPid(highestPid);
   if (m_options.log != nullptr) m_machine.calls.startTrace();
+  arrangeMachine();
   for (std::size_t count = 2 + m_random.below(4); count > 0; --count) launchApp();
   m_checker.betweenCalls = [this] { forkBetweenCalls(); };
   if (m_random.oneIn(3)) { // the program is started from a terminal
-    m_starter = m_machine.processes.spawn({.parent = randomProcess(), .role = ProcessRole::starter});
+    m_starter = m_machine.processes.spawn(
+        {.parent = randomProcess(), .executable = "/usr/bin/bash", .role = ProcessRole::starter});
     m_machine.restartProgram(m_starter);
   }
   m_machine.workspace.dropEvents();
@@ -80,7 +86,7 @@ void RandomRun::start() {
     try {
       m_settings.emplace(m_machine.defaults);
       m_checker.expectStart(*m_settings);
-      m_engine.emplace(m_options.tamper ? m_options.tamper(m_machine) : m_machine.ports(), *m_settings);
+      m_engine.emplace(m_options.tamper ? m_options.tamper(m_machine) : ports(), *m_settings);
       m_checker.begin(*m_engine);
       note("the program starts");
       return;
@@ -96,6 +102,7 @@ void RandomRun::die() {
   m_checker.programDied();
   m_engine.reset();
   m_settings.reset();
+  programEnded();
   m_machine.restartProgram(livingStarter());
 }
 
@@ -115,17 +122,20 @@ void RandomRun::perform(const char* name, Event event) {
     if (!m_isLazy && m_engine) {
       while (m_machine.workspace.queuedEvents() > 0) {
         m_checker.afterEvent();
+        eventEnded();
         m_checker.beforeEvent();
         m_machine.workspace.deliverNext();
       }
     }
     note(name);
     m_checker.afterEvent();
+    eventEnded();
   } catch (const SimulatedCrash& crash) {
     ++m_figures.crashes;
     note(std::string(name) + ", and the program dies at step " + std::to_string(crash.step));
     die();
     start();
+    eventEnded();
     return;
   }
   if (wasIdle && m_engine->activeGame.get()) ++m_figures.boosts;

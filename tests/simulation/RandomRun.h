@@ -10,6 +10,7 @@
 #include <optional>
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vantle {
@@ -42,18 +43,30 @@ struct RunOptions {
 // started again. Ends at the first broken rule.
 class RandomRun {
  public:
-  RandomRun(std::uint64_t seed, RunOptions options);
+  RandomRun(std::uint64_t seed, RunOptions options) : RandomRun(seed, std::move(options), nullptr) {}
+  virtual ~RandomRun() = default;
+  RandomRun(const RandomRun&) = delete;
+  RandomRun& operator=(const RandomRun&) = delete;
 
   RunResult run();
 
- private:
+ protected:
+  // For runs on the band of a particular system.
+  RandomRun(std::uint64_t seed, RunOptions options, const BandTruth* truth);
+  virtual void arrangeMachine() {} // before anything runs on it
+  virtual Machine ports() { return m_machine.ports(); }
+  virtual void programEnded() {}
+  virtual std::string machineInWords() const { return {}; }
+  virtual void eventEnded() {} // and the checker has seen it
+  virtual void runEnds() {}    // with no Boost running
+
   using Event = void (RandomRun::*)();
   struct Choice {
     std::size_t weight;
     const char* name;
     Event event;
   };
-  static const std::vector<Choice>& choices();
+  virtual const std::vector<Choice>& choices() const;
 
   void arrange();
   void start(); // until one start was not hit by a crash
@@ -93,6 +106,7 @@ class RandomRun {
   void kill();
 
   AppSpec randomSpec();
+  ProcessSpec randomFork();
   void forkBetweenCalls();
   Pid livingStarter() const;
   SimulatedAppRef randomApp();                // null when there is none
@@ -102,7 +116,8 @@ class RandomRun {
   Random m_random;
   RunOptions m_options;
   SimulatedMachine m_machine;
-  Checker m_checker{m_machine};
+  SimulatedBandTruth m_ownTruth{m_machine};
+  Checker m_checker;
   std::optional<AppSettings> m_settings;
   std::optional<Engine> m_engine;
   RunFigures m_figures;

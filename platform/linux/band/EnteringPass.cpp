@@ -28,11 +28,56 @@ std::vector<std::vector<BandAnswer>> EnteringPass::run() {
   answers.reserve(m_pass.apps.size());
   for (const BandApp& app : m_pass.apps) {
     std::vector<BandAnswer>& ofApp = answers.emplace_back();
-    for (const Pid pid : app.candidates) ofApp.push_back(enter(pid));
+    for (const Pid pid : app.candidates) ofApp.push_back(answerFor(pid));
+    // An app that shares a place with something that must not be slowed would be slowed in part only.
+    const bool isShared = std::any_of(
+        ofApp.begin(), ofApp.end(), [](const BandAnswer& one) { return one.refusal == BandRefusal::shared; });
+    for (std::size_t index = 0; index < ofApp.size(); ++index) {
+      BandAnswer& answer = ofApp[index];
+      if (isShared) answer = {BandRefusal::shared};
+      if (answer.entered()) answer = enter(app.candidates[index], answer.lever);
+    }
   }
+  giveUpShared(answers);
   m_parts.sessions.apply();
   if (m_units) m_units->raiseUnused(m_enteredPaths);
   return answers;
+}
+
+// The weight of a session counted on all apps of this pass, and one of them may have been refused.
+void EnteringPass::giveUpShared(std::vector<std::vector<BandAnswer>>& answers) {
+  std::set<Pid> outside;
+  for (bool isNew = true; isNew;) {
+    isNew = false;
+    for (std::size_t at = 0; at < answers.size(); ++at) {
+      const Pid root = m_pass.apps[at].root;
+      const bool isIn =
+          m_pass.slowed.contains(root) || std::any_of(answers[at].begin(), answers[at].end(),
+                                                      [](const BandAnswer& one) { return one.entered(); });
+      if (!isIn && outside.insert(root).second) isNew = giveUpSessionsOf(root, answers) || isNew;
+    }
+  }
+}
+
+bool EnteringPass::giveUpSessionsOf(Pid refused, std::vector<std::vector<BandAnswer>>& answers) {
+  bool any = false;
+  for (std::size_t at = 0; at < answers.size(); ++at) {
+    for (std::size_t index = 0; index < answers[at].size(); ++index) {
+      BandAnswer& answer = answers[at][index];
+      if (!answer.entered() || answer.lever != BandLever::session) continue;
+      const Pid pid = m_pass.apps[at].candidates[index];
+      const SessionPlan& plan = sessionPlan(m_pass.view.find(pid)->session);
+      if (std::none_of(plan.members.begin(), plan.members.end(),
+                       [&](Pid member) { return m_pass.view.appOf(member) == refused; })) {
+        continue;
+      }
+      const auto outcome = m_parts.sessions.raise(plan.members);
+      m_parts.threads.leave(pid, outcome == SessionWeights::Outcome::queued);
+      answer = {BandRefusal::shared};
+      any = true;
+    }
+  }
+  return any;
 }
 
 void EnteringPass::findBoostGroups() {
@@ -45,7 +90,7 @@ void EnteringPass::findBoostGroups() {
   }
 }
 
-BandAnswer EnteringPass::enter(Pid pid) {
+BandAnswer EnteringPass::answerFor(Pid pid) {
   const ProcessRecord* process = m_pass.view.find(pid);
   if (process == nullptr) return {BandRefusal::gone};
   if (m_isStale) {
@@ -54,22 +99,24 @@ BandAnswer EnteringPass::enter(Pid pid) {
     if (!now || !now->isAlive() || now->startTicks != process->startTicks) return {BandRefusal::gone};
   }
   if (!mayTouch(*process)) return {BandRefusal::notAllowed};
-  const BandAnswer answer = leverFor(*process);
-  if (!answer.entered()) return answer;
+  return leverFor(*process);
+}
 
+BandAnswer EnteringPass::enter(Pid pid, BandLever lever) {
+  const ProcessRecord* process = m_pass.view.find(pid);
   ThreadLevers::Plan plan;
-  plan.classIsTheEffect = answer.lever == BandLever::schedulingClass;
-  plan.sessionLowered = answer.lever == BandLever::session;
+  plan.classIsTheEffect = lever == BandLever::schedulingClass;
+  plan.sessionLowered = lever == BandLever::session;
   ThreadsSeen seen;
   if (!m_isStale) seen = {static_cast<Pid>(*m_pass.view.birthMark()), process->threads == 1};
   if (!m_parts.threads.enter(pid, plan, seen)) return {BandRefusal::noWayBack};
-  if (answer.lever == BandLever::unit) m_enteredPaths.push_back(m_units->pathOf(pid));
+  if (lever == BandLever::unit) m_enteredPaths.push_back(m_units->pathOf(pid));
   // The mark comes first: from here on a crash leaves the session's weight to be found by it.
-  if (answer.lever == BandLever::session && m_lowered.insert(process->session).second) {
+  if (lever == BandLever::session && m_lowered.insert(process->session).second) {
     const SessionPlan& session = sessionPlan(process->session);
     m_parts.sessions.lower(session.group, session.members, session.load);
   }
-  return answer;
+  return {{}, lever};
 }
 
 bool EnteringPass::mayTouch(const ProcessRecord& process) {

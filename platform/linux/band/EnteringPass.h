@@ -42,7 +42,10 @@ class EnteringPass {
     SessionWeights::Load load;
   };
 
-  BandAnswer enter(Pid pid);
+  void giveUpShared(std::vector<std::vector<BandAnswer>>& answers);
+  bool giveUpSessionsOf(Pid refused, std::vector<std::vector<BandAnswer>>& answers); // whether there were any
+  BandAnswer answerFor(Pid pid); // changes nothing
+  BandAnswer enter(Pid pid, BandLever lever);
   BandAnswer leverFor(const ProcessRecord& process);
   bool mayTouch(const ProcessRecord& process);
   bool isOwn(const ProcessRecord& process);

@@ -14,6 +14,9 @@ namespace vantle {
 
 namespace {
 
+// Each look finds only what was born during the one before.
+constexpr int mostLooks = 4;
+
 std::string bootId(const Kernel& kernel) {
   const std::string text = kernel.read("/proc/sys/kernel/random/boot_id").value_or("");
   return text.substr(0, text.find('\n'));
@@ -32,7 +35,12 @@ LinuxBand::LinuxBand(EventLoop& loop, FileStore& files, BandParts parts)
       m_units(loop, files, m_kernel, managerOrNone(loop, std::move(parts.manager)),
               {m_controlGroups, std::move(parts.ledgers), bootId(m_kernel)}) {
   m_sessions.onRaised([this](const std::vector<Pid>& members) {
-    for (const Pid pid : members) m_threads.leave(pid, false);
+    for (const Pid pid : members) {
+      // Its number may be another one's by now, and that one slowed.
+      const std::optional<ThreadMark> mark = m_threads.mark(pid);
+      if (mark && mark->isLeaving()) m_threads.leave(pid, false);
+    }
+    if (!m_sessions.isRaising()) sweepLeaving();
   });
 }
 
@@ -58,6 +66,19 @@ ProcessView LinuxBand::lookAt(Pid app) const {
   return view;
 }
 
+// Whoever was born of a process that waited for its session's weight has its mark and is on nobody's list.
+void LinuxBand::sweepLeaving() {
+  for (const ProcessStat& process : m_kernel.scan()) {
+    if (!process.isAlive() || process.isKernelThread()) continue;
+    const std::optional<ThreadMark> mark = m_threads.mark(process.pid);
+    if (!mark || !mark->isLeaving() || isOfAnotherCopy(process.pid)) continue;
+    // It may be the last one through whom the weight can be given back.
+    const auto session =
+        mark->sessionLowered ? m_sessions.raise({process.pid}) : SessionWeights::Outcome::done;
+    m_threads.leave(process.pid, session == SessionWeights::Outcome::queued);
+  }
+}
+
 bool LinuxBand::enterBackgroundBand(Pid pid) {
   const ProcessView view = lookAt(pid);
   const BandApp app{pid, {pid}};
@@ -67,17 +88,16 @@ bool LinuxBand::enterBackgroundBand(Pid pid) {
       .entered();
 }
 
-bool LinuxBand::carriesOwnMark(Pid pid) const {
-  return m_threads.isIn(pid) == true && !isOfAnotherCopy(pid);
-}
+bool LinuxBand::carriesOwnMark(Pid pid) const { return m_threads.isIn(pid) == true && !isOfAnotherCopy(pid); }
 
-// The self-test is one: it slows its own children and takes them back by itself. Whatever it leaves behind is
-// nobody's child any more.
+// The self-test is one: it slows other programs that it has started, and takes them back by itself. Whatever
+// it leaves behind is nobody's child any more.
 bool LinuxBand::isOfAnotherCopy(Pid pid) const {
   const std::optional<ProcessStat> process = m_kernel.stat(pid);
   if (!process || process->parent == m_kernel.self()) return false;
-  const auto program = m_kernel.link("/proc/" + std::to_string(process->parent) + "/exe");
-  return program && program == m_kernel.link("/proc/self/exe");
+  const auto programOf = [this](Pid one) { return m_kernel.link("/proc/" + std::to_string(one) + "/exe"); };
+  const auto own = m_kernel.link("/proc/self/exe");
+  return own && programOf(process->parent) == own && programOf(pid) != own;
 }
 
 std::vector<std::vector<BandAnswer>> LinuxBand::enter(const BandPass& pass) {
@@ -99,7 +119,10 @@ class LinuxBand::LeavingTogether final : public Leaving {
     if (process == nullptr) return m_band.leaveBackgroundBand(pid); // born since the look
     m_left.insert(pid);
     const std::optional<ThreadMark> mark = m_band.markOf(*process);
-    if (!mark) return true;
+    if (!mark) {
+      m_band.m_threads.releaseUnmarked(pid);
+      return true;
+    }
     if (m_band.m_units.hasLowered()) noteUnit(pid);
 
     // The session's weight goes back before the mark that remembers it.
@@ -108,6 +131,11 @@ class LinuxBand::LeavingTogether final : public Leaving {
     const bool out = m_band.m_threads.leave(pid, session != SessionWeights::Outcome::done,
                                             {m_birthMark, process->threads == 1});
     return out && session != SessionWeights::Outcome::impossible;
+  }
+
+  // Somebody who chooses an I/O class puts it over the mark.
+  void releaseInherited(Pid pid) override {
+    if (m_view.find(pid) != nullptr) m_band.m_threads.releaseUnmarked(pid);
   }
 
   std::vector<Pid> finish() override {
@@ -228,7 +256,7 @@ void LinuxBand::makeRoomFor(Pid boostApp, const std::function<const ProcessView&
   for (const ProcessRecord& process : view.all()) {
     if (view.appOf(process.pid) == boostApp) processes.push_back(process.pid);
   }
-  giveUnit(view, boostApp, std::move(processes), m_kernel.now() + m_busLimit / 2);
+  giveUnit(view, boostApp, processes, m_kernel.now() + m_busLimit / 2);
 }
 
 void LinuxBand::placeAsApp(Pid pid) {
@@ -236,9 +264,9 @@ void LinuxBand::placeAsApp(Pid pid) {
   giveUnit(lookAt(pid), pid, {pid}, m_kernel.now() + m_busLimit);
 }
 
-bool LinuxBand::giveUnit(const ProcessView& view, Pid app, std::vector<Pid> processes,
+bool LinuxBand::giveUnit(const ProcessView& view, Pid app, const std::vector<Pid>& processes,
                          UnitWeights::Deadline deadline) {
-  auto adoption = UnitPass::adoptionOf(m_units, m_kernel, view, app, std::move(processes));
+  auto adoption = UnitPass::adoptionOf(m_units, m_kernel, view, app, processes);
   if (!adoption) return false;
   std::vector<UnitWeights::Adoption> adoptions;
   adoptions.push_back(std::move(*adoption));
@@ -246,13 +274,24 @@ bool LinuxBand::giveUnit(const ProcessView& view, Pid app, std::vector<Pid> proc
   return adoptions.front().succeeded;
 }
 
+bool LinuxBand::isNewest(const ProcessView& view) const {
+  const std::optional<Pid> births = m_kernel.birthMark();
+  return births && view.birthMark() == static_cast<std::uint64_t>(*births);
+}
+
 void LinuxBand::reclaim(const ProcessView* recent) {
   // Only a program that was killed leaves a process marked in part.
   const bool inPart = !std::exchange(m_hasReclaimed, true);
-  const ProcessView own = recent == nullptr ? lookAt(0) : ProcessView();
-  for (const ProcessRecord& process : (recent == nullptr ? own : *recent).all()) {
-    if (process.isKernelThread || !(inPart ? markOf(process) : m_threads.mark(process.pid))) continue;
-    if (!isOfAnotherCopy(process.pid)) leaveBackgroundBand(process.pid);
+  ProcessView own;
+  for (int count = 0; count < mostLooks; ++count) {
+    if (recent == nullptr) own = lookAt(0);
+    const ProcessView& view = recent == nullptr ? own : *std::exchange(recent, nullptr);
+    for (const ProcessRecord& process : view.all()) {
+      if (process.isKernelThread || !(inPart ? markOf(process) : m_threads.mark(process.pid))) continue;
+      if (!isOfAnotherCopy(process.pid)) leaveBackgroundBand(process.pid);
+    }
+    // What was born meanwhile may be a child of one whose turn was still to come.
+    if (!view.birthMark() || isNewest(view)) break;
   }
   m_units.raiseAll();
 }

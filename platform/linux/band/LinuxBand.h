@@ -53,10 +53,13 @@ class LinuxBand final : public BackgroundBand {
  private:
   class LeavingTogether;
 
+  void sweepLeaving();
+  bool isNewest(const ProcessView& view) const; // nobody was born since
   bool leaveProcess(const ProcessRecord& process);
   bool isOfAnotherCopy(Pid pid) const;
   std::optional<ThreadMark> markOf(const ProcessRecord& process) const;
-  bool giveUnit(const ProcessView& view, Pid app, std::vector<Pid> processes, UnitWeights::Deadline deadline);
+  bool giveUnit(const ProcessView& view, Pid app, const std::vector<Pid>& processes,
+                UnitWeights::Deadline deadline);
   ProcessView lookAt(Pid app) const; // everybody: the tree of this process as an app, all others as nobody's
 
   std::shared_ptr<Kernel> m_shared;

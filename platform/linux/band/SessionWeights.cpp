@@ -82,6 +82,10 @@ void SessionWeights::apply() {
   }
 }
 
+bool SessionWeights::isRaising() const {
+  return std::any_of(m_queue.begin(), m_queue.end(), [](const Order& order) { return order.to == own; });
+}
+
 bool SessionWeights::settle(std::chrono::milliseconds limit) {
   const auto end = m_kernel.now() + limit;
   for (apply(); !m_queue.empty(); apply()) {

@@ -40,6 +40,8 @@ class SessionWeights {
   Outcome raise(const std::vector<Pid>& members);
   void apply();
 
+  bool isRaising() const; // something waits for its own weight
+
   // Waits until the queue is empty, at most this long; true when it is.
   bool settle(std::chrono::milliseconds limit);
 

@@ -17,7 +17,7 @@ bool isFirstControlGroupNamespace(const Kernel& kernel) {
 } // namespace
 
 std::string controlGroupMount(const Kernel& kernel) {
-  for (const std::string mount : {"/sys/fs/cgroup", "/sys/fs/cgroup/unified"}) {
+  for (std::string mount : {"/sys/fs/cgroup", "/sys/fs/cgroup/unified"}) {
     if (kernel.exists(mount + "/cgroup.controllers")) return mount;
   }
   return {};

@@ -21,8 +21,8 @@ bool needsPrivilegeToGiveBack(const ThreadMark& mark) {
 // Calls back with each thread once, and with those born meanwhile, until no new one is left. The callback
 // says whether to go on. The main thread comes first, or last with `Order::mainLast`.
 enum class Order { mainFirst, mainLast };
-template <typename Callback> void forEachThread(const Kernel& kernel, Pid pid, Order order,
-                                                const ThreadsSeen& known, Callback call) {
+template <typename Callback>
+void forEachThread(const Kernel& kernel, Pid pid, Order order, const ThreadsSeen& known, Callback call) {
   std::vector<Pid> seen;
   std::optional<Pid> births = known.birthMark ? known.birthMark : kernel.birthMark();
   if (known.birthMark && known.hasOneThread) {
@@ -145,6 +145,20 @@ bool ThreadLevers::leave(Pid pid, bool keepSession, const ThreadsSeen& seen) {
   return found && !refused;
 }
 
+void ThreadLevers::releaseUnmarked(Pid pid) {
+  forEachThread(m_kernel, pid, Order::mainLast, {}, [&](Pid tid) {
+    const Answer<Scheduling> scheduling = m_kernel.scheduling(tid);
+    if (!scheduling || scheduling->isRealTime() || threadMark(tid)) return true;
+    if (m_mayRaise && scheduling->policy == SCHED_IDLE) {
+      m_kernel.setScheduling(tid, {SCHED_OTHER, scheduling->resetsOnFork});
+    }
+    if (m_canNarrow && m_kernel.affinity(tid) == m_narrowed) {
+      m_kernel.setAffinity(tid, ProcessorSet::everything());
+    }
+    return true;
+  });
+}
+
 bool ThreadLevers::leaveThread(Pid tid, bool keepSession) {
   const std::optional<ThreadMark> mark = threadMark(tid);
   if (!mark) return true;
@@ -180,7 +194,7 @@ std::optional<ThreadMark> ThreadLevers::threadMark(Pid tid) const {
 }
 
 std::optional<bool> ThreadLevers::isIn(Pid pid) const {
-  const std::optional<int> priority = pid > 0 ? m_kernel.ioPriority(pid) : Answer<int>();
+  const Answer<int> priority = pid > 0 ? m_kernel.ioPriority(pid) : Answer<int>();
   if (!priority) return std::nullopt;
   const std::optional<ThreadMark> own = ThreadMark::decode(*priority);
   const std::optional<ThreadMark> found = own ? own : markBehindRealTime(pid);

@@ -40,6 +40,10 @@ class ThreadLevers {
   // session has still to be put back. False when the process is gone or may not be changed.
   bool leave(Pid pid, bool keepSession, const ThreadsSeen& seen = {});
 
+  // For a process that was slowed, or born of one that was, and has put an I/O priority of its own over the mark:
+  // the class and the affinity that it still has of this program are given back.
+  void releaseUnmarked(Pid pid);
+
   // The mark of the process: of its main thread, or of any other when the main thread cannot carry one.
   // Absent for a process that has none or cannot be read.
   std::optional<ThreadMark> mark(Pid pid) const;

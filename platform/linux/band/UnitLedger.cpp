@@ -46,8 +46,10 @@ UnitLedger::UnitLedger(FileStore& files, std::vector<std::string> paths, std::st
     const auto bytes = m_files.read(path, largestLedger);
     if (!bytes) continue;
     m_held.insert(path);
+    // A later one is in use only while no earlier one can be written, so it is the newer one.
     for (Entry& entry : decode(*bytes, m_bootId)) {
-      if (!find(entry.place.name)) m_entries.push_back(std::move(entry));
+      std::erase_if(m_entries, [&entry](const Entry& other) { return other.place.name == entry.place.name; });
+      m_entries.push_back(std::move(entry));
     }
   }
 }

@@ -61,7 +61,7 @@ UnitPlace UnitPass::scopeOf(const UnitWeights& units, const ProcessStat& root) {
 
 std::optional<UnitWeights::Adoption> UnitPass::adoptionOf(const UnitWeights& units, const Kernel& kernel,
                                                           const ProcessView& view, Pid app,
-                                                          std::vector<Pid> processes) {
+                                                          const std::vector<Pid>& processes) {
   const std::optional<ProcessStat> root = kernel.stat(app);
   if (!root) return std::nullopt;
   const std::string path = kernel.unifiedPath(app);
@@ -73,6 +73,7 @@ std::optional<UnitWeights::Adoption> UnitPass::adoptionOf(const UnitWeights& uni
 
   std::set<std::string> sources; // what stands elsewhere has a place of its own
   for (const Pid pid : processes) sources.insert(kernel.unifiedPath(pid));
+  sources.erase(scope.path); // where somebody who is no part of the app may stand as well
   UnitWeights::Adoption adoption;
   adoption.scope = scope.name;
   adoption.isStarted = unit && unit->path == scope.path;
@@ -138,7 +139,7 @@ std::vector<UnitPlace> UnitPass::adopt(const BandPass& pass, const MayTouch& may
     if (!root) continue;
     const UnitPlace scope = scopeOf(m_units, *root);
     if (weighingUnit(m_units.managerPath(), m_frontPath, scope.path) != scope) continue;
-    if (auto adoption = adoptionOf(m_units, m_kernel, pass.view, app, std::move(found.homeless[at]))) {
+    if (auto adoption = adoptionOf(m_units, m_kernel, pass.view, app, found.homeless[at])) {
       adoptions.push_back(std::move(*adoption));
       scopes.push_back(scope);
     }

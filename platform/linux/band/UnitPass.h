@@ -36,7 +36,7 @@ class UnitPass {
   // moved from where its main process stands.
   static std::optional<UnitWeights::Adoption> adoptionOf(const UnitWeights& units, const Kernel& kernel,
                                                          const ProcessView& view, Pid app,
-                                                         std::vector<Pid> processes);
+                                                         const std::vector<Pid>& processes);
 
  private:
   // What one look at the apps found.

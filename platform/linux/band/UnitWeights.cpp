@@ -172,7 +172,11 @@ void UnitWeights::confirmReturns() {
     const auto end = m_returns.begin() + static_cast<std::ptrdiff_t>(std::exchange(m_confirming, 0));
     const std::vector<std::shared_ptr<Return>> confirmed(m_returns.begin(), end);
     m_returns.erase(m_returns.begin(), end);
-    for (const auto& order : confirmed) order->isServed ? forget(order->unit) : failed(order->unit);
+    for (const auto& order : confirmed) {
+      const UnitLedger::Entry* entry = m_ledger.find(order->unit);
+      const bool isBack = order->isServed && (!entry || !isIdle(entry->place));
+      isBack ? forget(order->unit) : failed(order->unit);
+    }
     confirmReturns();
   });
 }
@@ -241,8 +245,12 @@ void UnitWeights::adopt(std::vector<Adoption>& adoptions, Deadline deadline) {
   for (int attempt = 0; attempt < 2; ++attempt) {
     const std::vector<ProcessStat> now = m_kernel.scan();
     for (const Adoption& adoption : adoptions) {
-      const std::vector<Pid> pids =
-          started->contains(adoption.scope) ? std::vector<Pid>{} : adoption.outside(now);
+      // It may be there because an order of a program before this one was served late.
+      if (m_kernel.exists(m_places.controlGroups + m_appSlice + "/" + adoption.scope)) {
+        started->insert(adoption.scope);
+      }
+      if (started->contains(adoption.scope)) continue;
+      const std::vector<Pid> pids = adoption.outside(now);
       if (pids.empty()) continue;
       m_manager->startScope(adoption.scope, pids, [started, scope = adoption.scope](bool done) {
         if (done) started->insert(scope);

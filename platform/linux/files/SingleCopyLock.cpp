@@ -4,15 +4,21 @@
 #include "platform/linux/files/PosixFileStore.h"
 
 #include <cerrno>
+#include <chrono>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <thread>
 
 namespace vantle {
 
 namespace {
 
 constexpr const char* fileName = "/com.halvo.vantle.lock";
+
+// Together a quarter of a second: with much memory a process takes that long to end.
+constexpr int mostAttempts = 25;
+constexpr std::chrono::milliseconds betweenAttempts{10};
 
 // The sticky bit asks those who tidy runtime folders by age to leave the file alone.
 constexpr mode_t ownerOnlySticky = 01600;
@@ -38,6 +44,7 @@ SingleCopyLock SingleCopyLock::acquire(const XdgFolders& folders) {
 SingleCopyLock SingleCopyLock::acquire(const std::vector<std::string>& folders) {
   for (const std::string& folder : folders) {
     const std::string path = folder + fileName;
+    int attempts = 0;
     for (;;) {
       Descriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY,
                              ownerOnlySticky & 0777));
@@ -45,7 +52,10 @@ SingleCopyLock SingleCopyLock::acquire(const std::vector<std::string>& folders) 
       if (::flock(file.get(), LOCK_EX | LOCK_NB) != 0) {
         if (errno == EINTR) continue;
         if (errno != EWOULDBLOCK) break;
-        return {Outcome::heldByOther, Descriptor()};
+        // A copy that was killed a moment ago holds it until the kernel has taken it apart.
+        if (attempts++ == mostAttempts) return {Outcome::heldByOther, Descriptor()};
+        std::this_thread::sleep_for(betweenAttempts);
+        continue;
       }
       // Somebody may have tidied the file away between the two calls; the lock would then guard nothing.
       if (!stillNames(path, file.get())) continue;

@@ -4,7 +4,7 @@
 namespace vantle {
 
 LinuxDesktop::LinuxDesktop(SimulatedMachine& someMachine, LinuxOptions options)
-    : machine(someMachine), loop(machine.clock), kernel(machine, std::move(options)),
+    : machine(someMachine), loop(machine.clock), kernel(machine, std::move(options)), table(machine, kernel),
       manager(machine, kernel, loop) {}
 
 LinuxBand& LinuxDesktop::startBand() {
@@ -15,12 +15,14 @@ LinuxBand& LinuxDesktop::startBand() {
       loop, machine.files,
       BandParts{.kernel = shared,
                 .manager = hasManager ? manager.connect() : nullptr,
-                .ledger = machine.files.applicationSupport() + "/Vantle/band.json"});
+                .ledgers = {machine.files.applicationSupport() + "/Vantle/band.json",
+                            "/run/user/vantle/band.json"}});
   return *band;
 }
 
 bool LinuxDesktop::settle(std::chrono::milliseconds limit) {
   manager.work();
+  manager.finishMoves();
   const bool isSettled = !band || band->settle(limit);
   return loop.runUntilQuiet(limit) && isSettled;
 }

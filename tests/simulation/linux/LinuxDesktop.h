@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/linux/band/LinuxBand.h"
+#include "tests/simulation/linux/LinuxTable.h"
 #include "tests/simulation/linux/SimulatedLinux.h"
 #include "tests/simulation/linux/SimulatedLoop.h"
 #include "tests/simulation/linux/SimulatedServiceManager.h"
@@ -15,7 +16,7 @@ namespace vantle {
 //
 //   SimulatedMachine machine;
 //   LinuxDesktop desktop(machine, {.placement = LinuxPlacement::ownUnits});
-//   Engine engine(machine.ports(desktop.startBand()), settings);
+//   Engine engine(machine.ports(desktop.table, desktop.startBand()), settings);
 struct LinuxDesktop {
   explicit LinuxDesktop(SimulatedMachine& someMachine, LinuxOptions options = {});
 
@@ -31,6 +32,7 @@ struct LinuxDesktop {
   SimulatedMachine& machine;
   SimulatedLoop loop;
   SimulatedLinux kernel;
+  LinuxTable table;
   SimulatedServiceManager manager;
   bool hasManager = true;
   std::unique_ptr<LinuxBand> band;

@@ -39,7 +39,7 @@ bool SimulatedLinux::isSlowedBySession(Pid pid, const LinuxProcess& process) con
   const auto nice = m_sessionNice.find(process.autogroup);
   if (nice == m_sessionNice.end() || nice->second.now <= nice->second.own) return false;
   // A session's weight means nothing inside a control group that has one.
-  return options.hasAutogroups && !(options.hasControlGroups && units.isWeighed(*units.pathOf(pid)));
+  return options.hasAutogroups && !isWeighed(pid);
 }
 
 std::string SimulatedLinux::slowingUnit(Pid pid) const {
@@ -56,6 +56,21 @@ bool SimulatedLinux::isSlow(Pid pid) const {
   const LinuxProcess* process = find(pid);
   return process != nullptr && (isSlowedByClass(*process) || isNarrowed(*process) ||
                                 isSlowedBySession(pid, *process) || !slowingUnit(pid).empty());
+}
+
+bool SimulatedLinux::isHeldBack(Pid pid) const {
+  const LinuxProcess* process = find(pid);
+  return process != nullptr &&
+         (isSlowedByClass(*process) || isSlowedBySession(pid, *process) || !slowingUnit(pid).empty());
+}
+
+bool SimulatedLinux::isMarkedIn(Pid pid) const {
+  const LinuxProcess* process = find(pid);
+  return process != nullptr &&
+         std::any_of(process->threads.begin(), process->threads.end(), [](const LinuxThread& thread) {
+           const int priority = thread.state.now.ioPriority;
+           return isMark(priority) && (priority >> 2 & 3) != 3;
+         });
 }
 
 bool SimulatedLinux::carriesMark(Pid pid) const {
@@ -106,7 +121,7 @@ std::vector<std::string> SimulatedLinux::differences() const {
     all.push_back("session group " + std::to_string(id) + ": nice " + fromTo(nice.own, nice.now));
   }
   for (const auto& [path, unit] : units.units()) {
-    if (unit.weight == unit.own && unit.inKernel == unit.own) continue;
+    if (unit.weight == unit.own && (unit.inKernel == unit.own || !units.hasFolder(path))) continue;
     all.push_back("unit " + path.substr(path.rfind('/') + 1) + ": weight " + weightName(unit.own) + " to " +
                   weightName(unit.weight) + ", in the kernel " + weightName(unit.inKernel));
   }

@@ -34,6 +34,14 @@ SimulatedLinux::SimulatedLinux(SimulatedMachine& machine, LinuxOptions linuxOpti
     : options(std::move(linuxOptions)), units(userManagerPath(options.user), options.delegatesCpu),
       m_machine(machine), m_lastThread(firstThread) {
   m_sessionNice[++m_lastAutogroup] = {}; // of the login
+  // The table of processes shows the same places.
+  units.onMove = [this](Pid pid, const std::string& path) {
+    SimulatedProcess* entry = m_machine.processes.find(pid);
+    if (entry == nullptr) return;
+    const std::string before =
+        std::exchange(entry->place, options.hasControlGroups ? units.appUnitOn(path) : std::string());
+    if (onPlace && before != entry->place) onPlace(pid, before);
+  };
   for (const auto& [pid, entry] : machine.processes.all()) admit(entry);
   machine.processes.onBirth = [this](const SimulatedProcess& born) { admit(born); };
   machine.processes.onEnd = [this](Pid pid) { end(pid); };
@@ -79,18 +87,27 @@ void SimulatedLinux::admit(const SimulatedProcess& born) {
     process.session = born.pid; // process 1
     units.move(born.pid, "/init.scope");
   }
+  if (born.parent != 1 && born.session == born.pid) lead(born.pid, process);
+  tellSession(born.pid, process.session);
   m_processes[born.pid] = std::move(process);
+}
+
+void SimulatedLinux::lead(Pid pid, LinuxProcess& leader) {
+  leader.session = pid;
+  leader.autogroup = ++m_lastAutogroup;
+  m_sessionNice[leader.autogroup] = {};
+}
+
+// The table of processes shows the same session.
+void SimulatedLinux::tellSession(Pid pid, Pid session) {
+  if (SimulatedProcess* entry = m_machine.processes.find(pid)) entry->session = session;
 }
 
 void SimulatedLinux::startAsApp(const SimulatedProcess& born, LinuxProcess& process) {
   process.user = options.user;
   process.session = loginSession;
   process.autogroup = 1;
-  if (options.placement != LinuxPlacement::oneSession) {
-    process.session = born.pid;
-    process.autogroup = ++m_lastAutogroup;
-    m_sessionNice[process.autogroup] = {};
-  }
+  if (options.placement != LinuxPlacement::oneSession || born.session == born.pid) lead(born.pid, process);
   const bool inUnits = options.placement == LinuxPlacement::ownUnits;
   const std::string unit = "/app-" + baseName(born.executable) + "-" + std::to_string(born.pid) + ".scope";
   units.move(born.pid, inUnits ? units.appSlice() + unit : loginScope());
@@ -108,6 +125,7 @@ void SimulatedLinux::end(Pid pid) {
     return other.second.autogroup == autogroup;
   });
   if (isLast && autogroup > 1) m_sessionNice.erase(autogroup);
+  if (isLast && autogroup == 1) m_sessionNice[1] = {}; // the next ones log in anew
 }
 
 std::string SimulatedLinux::loginScope() const {
@@ -144,10 +162,8 @@ void SimulatedLinux::endThread(Pid tid) {
 }
 
 void SimulatedLinux::startSession(Pid pid) {
-  LinuxProcess& leader = process(pid);
-  leader.session = pid;
-  leader.autogroup = ++m_lastAutogroup;
-  m_sessionNice[leader.autogroup] = {};
+  lead(pid, process(pid));
+  tellSession(pid, pid);
 }
 
 void SimulatedLinux::joinSession(Pid pid, Pid ofOther) {
@@ -155,6 +171,7 @@ void SimulatedLinux::joinSession(Pid pid, Pid ofOther) {
   const LinuxProcess& other = process(ofOther);
   member.session = other.session;
   member.autogroup = other.autogroup;
+  tellSession(pid, member.session);
 }
 
 bool SimulatedLinux::mayReuse(Pid pid) const {
@@ -215,6 +232,7 @@ std::uint64_t SimulatedLinux::online() const {
 ProcessStat SimulatedLinux::statOf(const SimulatedProcess& entry) const {
   ProcessStat stat;
   stat.pid = entry.pid;
+  stat.user = options.user;
   stat.parent = entry.parent;
   stat.userTicks = entry.cpuTime;
   stat.priority = 20;
@@ -222,6 +240,7 @@ ProcessStat SimulatedLinux::statOf(const SimulatedProcess& entry) const {
   if (const LinuxProcess* process = find(entry.pid)) {
     stat.state = entry.isBusy ? 'R' : 'S';
     stat.session = process->session;
+    stat.user = process->user;
     stat.threads = static_cast<int>(process->threads.size());
     stat.flags = process->isKernelThread ? 0x00200000 : 0;
     std::copy_n(process->name.begin(), std::min(process->name.size(), stat.name.size() - 1),
@@ -353,9 +372,12 @@ Change SimulatedLinux::setIoPriority(Pid tid, int priority) {
   if (!mayChange(*found.process) || !isIoPriority(priority) || (isRealTime && options.user != root)) {
     return Change::refused;
   }
+  const bool wasMarked = isMarkedIn(found.pid);
   const int kept = options.keepsMarks || priority >> 13 != 3 ? priority : priority & ~0x1ff8;
-  return change(Operation::setIoPriority, found, priority,
-                [kept](ThreadState& state) { state.ioPriority = kept; });
+  return change(Operation::setIoPriority, found, priority, [&](ThreadState& state) {
+    state.ioPriority = kept;
+    if (onMark && isMarkedIn(found.pid) != wasMarked) onMark(found.pid, !wasMarked);
+  });
 }
 
 Answer<Scheduling> SimulatedLinux::scheduling(Pid tid) const {

@@ -91,6 +91,10 @@ class SimulatedLinux final : public Kernel {
   // Called when what this program changed or ordered has made a process slow, or fast again; not for what is
   // born slow, or for others' doing.
   std::function<void(Pid pid, bool isSlow)> onTransition;
+  // Called when this program has marked a process or taken its mark away; leaving is as good as unmarked.
+  std::function<void(Pid pid, bool isMarked)> onMark;
+  // Called when a process stands in another app's place than before, with that.
+  std::function<void(Pid pid, const std::string& before)> onPlace;
   // Makes a change that may slow these processes or end that.
   template <class Effect> void bringAbout(const std::vector<Pid>& pids, Effect effect);
 
@@ -111,8 +115,12 @@ class SimulatedLinux final : public Kernel {
   void takeSessionTurn(); // another ordinary user writes a session's weight
 
   // What is true, whatever the band believes.
-  bool isSlow(Pid pid) const;          // any lever of this program that acts on the processor is in force
-  bool carriesMark(Pid pid) const;     // in any thread
+  bool isSlow(Pid pid) const;      // any lever of this program that acts on the processor is in force
+  bool isHeldBack(Pid pid) const;  // by a lever that weighs it, not only by where it may run
+  bool carriesMark(Pid pid) const; // in any thread
+  bool isMarkedIn(Pid pid) const;  // and is not on its way out
+  bool isWeighed(Pid pid) const { return options.hasControlGroups && units.isWeighed(*units.pathOf(pid)); }
+  int sessionNice(Pid pid) const { return m_sessionNice.at(find(pid)->autogroup).now; }
   std::string effectOf(Pid pid) const; // "class, session, unit app-a-1.scope, processors, mark"; empty: none
   // Every process, session and unit that is not as it would be without this program, and how.
   std::vector<std::string> differences() const;
@@ -153,6 +161,8 @@ class SimulatedLinux final : public Kernel {
   };
 
   void called() const;
+  void lead(Pid pid, LinuxProcess& leader); // a session of its own
+  void tellSession(Pid pid, Pid session);
   void admit(const SimulatedProcess& born); // gives it its place and what it inherits
   void startAsApp(const SimulatedProcess& born, LinuxProcess& process);
   void end(Pid pid);

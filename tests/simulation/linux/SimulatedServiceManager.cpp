@@ -90,6 +90,9 @@ class SimulatedServiceManager::Connection final : public ServiceManager {
       const auto now = m_manager.m_machine.clock.now();
       const auto end = now + (deadline - m_manager.m_kernel.now());
       const bool isWaitOver = now >= end;
+      // An answer has led to another order, which is served at once.
+      const bool isServing = !m_manager.m_queue.empty() && m_manager.mood != Mood::silent;
+      if (isServing && m_manager.m_queue.front().due <= now) continue;
       const auto next = m_manager.m_queue.empty() ? end : std::min(m_manager.m_queue.front().due, end);
       if (isWaitOver) break;
       m_manager.m_machine.clock.advance(untilAfter(now, next > now ? next : end));
@@ -168,6 +171,10 @@ void SimulatedServiceManager::passStep() {
   }
 }
 
+void SimulatedServiceManager::finishMoves() {
+  while (!m_pending.empty()) passStep();
+}
+
 void SimulatedServiceManager::tellKernel(const std::string& path) {
   const auto unit = m_kernel.units.units().find(path);
   if (unit == m_kernel.units.units().end()) return;
@@ -180,8 +187,9 @@ bool SimulatedServiceManager::setWeight(const std::string& unit, std::uint64_t w
   if (!path) return false;
   m_kernel.units.units()[*path].weight = weight;
   // Where it has no controller it does not say so either.
-  if (mood == Mood::lying || !m_kernel.units.isDelegated()) return true;
-  if (m_kernel.units.hasCpu(*path)) {
+  const bool isTold = m_kernel.units.units()[*path].inKernel != SimulatedUnits::noWeight;
+  if ((mood == Mood::lying && !isTold) || !m_kernel.units.isDelegated()) return true;
+  if (m_kernel.units.hasCpu(*path) || !m_kernel.units.hasFolder(*path)) {
     tellKernel(*path);
   } else {
     m_pending.push_back({ordersUntilSwitchedOn, [this, path = *path] { tellKernel(path); }});

@@ -40,6 +40,9 @@ class SimulatedServiceManager {
   std::unique_ptr<ServiceManager> connect();
   // Serves all that its mood lets it serve by now, as it does while nobody looks.
   void work();
+  void finishMoves(); // what goes on behind its answers comes to its end, as it does in a moment of quiet
+
+  bool hasOrders() const { return !m_queue.empty() || !m_pending.empty(); } // not served to the end yet
 
   // The person's doing, or a package's.
   void setWeightByOthers(const std::string& unit, std::uint64_t weight);

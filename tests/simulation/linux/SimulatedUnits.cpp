@@ -38,11 +38,17 @@ void SimulatedUnits::addUnitsOn(const std::string& path) {
 
 void SimulatedUnits::endScope(const std::string& path) {
   for (const std::string& folder : foldersOnTheWay(path)) {
-    if (!folder.ends_with(".scope") || !isManaged(folder)) continue;
+    const bool isService = folder.ends_with(".service");
+    if (!(folder.ends_with(".scope") || isService) || !isManaged(folder)) continue;
     const bool isEmpty = std::none_of(m_places.begin(), m_places.end(), [&folder](const auto& place) {
       return isAtOrBelow(place.second, folder);
     });
-    if (isEmpty) m_units.erase(folder);
+    if (!isEmpty) continue;
+    if (!isService) {
+      m_units.erase(folder);
+    } else if (const auto unit = m_units.find(folder); unit != m_units.end()) {
+      unit->second.inKernel = unit->second.weight; // its folder goes, and the next one is made by the manager
+    }
   }
 }
 
@@ -51,6 +57,20 @@ void SimulatedUnits::move(Pid pid, const std::string& path) {
   const std::string before = std::exchange(place, path);
   addUnitsOn(path);
   if (before != path) endScope(before);
+  if (onMove) onMove(pid, path);
+}
+
+std::string SimulatedUnits::appUnitOn(std::string_view path) const {
+  if (!isManaged(path)) return {};
+  for (const std::string& folder : foldersOnTheWay(path)) {
+    if (!isManaged(folder) || folder.ends_with(".slice")) continue;
+    const std::string name = folder.substr(folder.rfind('/') + 1);
+    const bool isApps = name.ends_with(".scope") ? name != "init.scope"
+                                                 : name.ends_with(".service") && (name.starts_with("app-") ||
+                                                                                  name.starts_with("dbus-:"));
+    return isApps ? folder : std::string();
+  }
+  return {};
 }
 
 void SimulatedUnits::remove(Pid pid) {

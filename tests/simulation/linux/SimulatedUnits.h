@@ -4,6 +4,7 @@
 #include "engine/ports/Pid.h"
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <set>
@@ -29,8 +30,12 @@ class SimulatedUnits {
       : m_managerPath(std::move(managerPath)), m_isDelegated(isDelegated) {}
 
   const std::string& managerPath() const { return m_managerPath; }
+  // The unit on this path that a desktop made for an app; empty when there is none.
+  std::string appUnitOn(std::string_view path) const;
   std::string appSlice() const { return m_managerPath + "/app.slice"; }
   bool isDelegated() const { return m_isDelegated; } // the manager has the cpu controller
+
+  std::function<void(Pid pid, const std::string& path)> onMove;
 
   // Where processes stand. A scope ends with its last process; services and slices stay, with their weights.
   void move(Pid pid, const std::string& path);
