@@ -198,17 +198,17 @@ Pid Checker::ownerOf(const SimulatedProcess& process) const {
 
 Pid Checker::ownerOfOrphan(const SimulatedProcess& process) const {
   if (process.pid <= 1 || process.role == ProcessRole::system) return 0;
-  const auto isSlowedWith = [&process](const auto& entry) {
-    const auto& members = entry.second.members;
-    return std::find(members.begin(), members.end(), process.identity()) != members.end();
-  };
-  const auto slowedWithIn = [&isSlowedWith](const std::map<Pid, ManagedApp>& managed) {
-    const auto found = std::find_if(managed.begin(), managed.end(), isSlowedWith);
-    return found == managed.end() ? 0 : found->first;
+  const auto slowedWithIn = [&process](const std::map<Pid, ManagedApp>& managed) -> const ManagedApp* {
+    for (const auto& [pid, app] : managed) {
+      const auto& members = app.members;
+      if (std::find(members.begin(), members.end(), process.identity()) != members.end()) return &app;
+    }
+    return nullptr;
   };
   if (m_engine != nullptr) {
-    if (const Pid app = slowedWithIn(m_engine->managed()); app != 0) return app;
-    if (const Pid app = slowedWithIn(m_managedBefore); app != 0) return app;
+    if (const ManagedApp* app = slowedWithIn(m_engine->managed())) return app->root.pid;
+    const ManagedApp* before = slowedWithIn(m_managedBefore);
+    if (before != nullptr && m_machine.processes.lives(before->root)) return before->root.pid;
   }
   const SimulatedProcess* leader = m_machine.processes.find(process.session);
   if (leader != nullptr && leader->pid > 1 && leader->pid != process.pid) {
@@ -291,6 +291,7 @@ bool Checker::isLauncher(const SimulatedApp& app, const RunningApplication& game
   for (const SimulatedProcess* at = m_machine.processes.find(game.processIdentifier());
        at != nullptr && at->pid > 1; at = m_machine.processes.find(at->parent)) {
     if (ownerOf(*at) == app.processIdentifier()) return true;
+    if (m_excused.contains(at->pid)) break; // nobody can see what is above it
     const bool isClient = at->pid != game.processIdentifier() && ownerOf(*at) == 0 &&
                           at->role == ProcessRole::program && !isAtOrAbove(at->pid, m_machine.host.self) &&
                           !isAboveTheDesktop(at->pid, game.processIdentifier());
@@ -300,6 +301,15 @@ bool Checker::isLauncher(const SimulatedApp& app, const RunningApplication& game
     if (isTogether) return true;
   }
   return false;
+}
+
+// Calls about nobody above the app are refused: what is found out about its launcher is what is true.
+bool Checker::canSeeAbove(const RunningApplication& app) const {
+  for (const SimulatedProcess* at = m_machine.processes.find(app.processIdentifier()); at != nullptr;
+       at = m_machine.processes.find(at->parent)) {
+    if (m_excused.contains(at->pid)) return false;
+  }
+  return true;
 }
 
 bool Checker::isProtected(const SimulatedApp& app) const {
@@ -367,7 +377,8 @@ void Checker::checkFront() {
 void Checker::checkLife() {
   if (!m_engine->activeGame.get()) return;
   const auto isOut = [this](const SimulatedProcess* process) { return !m_truth.isIn(process->pid); };
-  if (m_truth.canSlowAll() && !m_wasBoosting && !m_engine->activeGame.get()->isTerminated()) {
+  if (m_truth.canSlowAll() && !m_wasBoosting && !m_engine->activeGame.get()->isTerminated() &&
+      canSeeAbove(*m_engine->activeGame.get())) {
     for (const SimulatedAppRef& app : m_machine.workspace.apps()) {
       const Pid pid = app->processIdentifier();
       if (isProtected(*app) || isSpared(pid)) continue;

@@ -112,6 +112,7 @@ class Checker {
   bool isMember(const SimulatedProcess& process) const;
   bool isSweepable(const SimulatedProcess& process) const;
   bool isLauncher(const SimulatedApp& app, const RunningApplication& game) const;
+  bool canSeeAbove(const RunningApplication& app) const;
   bool isAboveTheDesktop(Pid pid, Pid game) const;
   bool isAboveThisProgram(const SimulatedApp& app) const;
   bool holds(const SimulatedApp& app, Pid pid) const; // in the tree of its main process, or as its own

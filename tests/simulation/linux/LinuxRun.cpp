@@ -376,12 +376,26 @@ void LinuxRun::checkExactness(const char* when) {
   }
 }
 
+// Whether somebody who is no part of the app stands in a session with something of it.
+bool LinuxRun::sharesASession(Pid app) const {
+  const SimulatedLinux& kernel = m_desktop->kernel;
+  std::set<long> own;
+  std::set<long> others;
+  for (const auto& [pid, process] : m_machine.processes.all()) {
+    const LinuxProcess* known = kernel.find(pid);
+    if (known == nullptr) continue;
+    const bool isIts = m_checker.ownerOf(process) == app && !isUntouchable(process) && !isDisturbed(pid);
+    (isIts ? own : others).insert(known->autogroup);
+  }
+  return std::any_of(own.begin(), own.end(), [&others](long one) { return others.contains(one); });
+}
+
 // All that stand in its session are to be slowed, and it has a weight that nobody else has chosen.
 bool LinuxRun::hasWeighedSession(Pid app) const {
   const SimulatedLinux& kernel = m_desktop->kernel;
   const LinuxProcess* root = kernel.find(app);
   if (!kernel.options.hasAutogroups || root->session >= 1'000'000 || kernel.isWeighed(app)) return false;
-  if (kernel.sessionNice(app) != 0) return false;
+  if (kernel.sessionNice(app) != 0 || sharesASession(app)) return false;
   for (const auto& [pid, process] : m_machine.processes.all()) {
     const LinuxProcess* known = kernel.find(pid);
     if (known == nullptr || known->autogroup != root->autogroup) continue;
@@ -393,7 +407,8 @@ bool LinuxRun::hasWeighedSession(Pid app) const {
 
 bool LinuxRun::hasMovableUnit(Pid app) const {
   const SimulatedLinux& kernel = m_desktop->kernel;
-  if (!m_desktop->hasManager || m_managerFailed) return false;
+  // What it has not served yet was late.
+  if (!m_desktop->hasManager || m_managerFailed || m_desktop->manager.hasOrders()) return false;
   const std::string* path = kernel.units.pathOf(app);
   const std::string* front = kernel.units.pathOf(m_checker.boostApp()->processIdentifier());
   const auto isPlain = [&](const std::string* one) {
@@ -401,6 +416,11 @@ bool LinuxRun::hasMovableUnit(Pid app) const {
   };
   if (!isPlain(front) || path == nullptr || *path == *front || m_disturbedUnits.contains(*path)) return false;
   if (!isPlain(path) && *path != kernel.loginScope()) return false;
+  // What another app with this number has left in the scope that this one would get.
+  for (const auto& [other, unit] : kernel.units.units()) {
+    const bool isVantles = other.find("/app-vantle-") != std::string::npos;
+    if (isVantles && other != *path && other.ends_with("-" + std::to_string(app) + ".scope")) return false;
+  }
   for (const auto& [pid, process] : m_machine.processes.all()) {
     const std::string* place = kernel.units.pathOf(pid);
     const bool isIts = m_checker.ownerOf(process) == app;

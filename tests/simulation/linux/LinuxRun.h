@@ -91,6 +91,7 @@ class LinuxRun final : private LinuxTruthHolder, public RandomRun {
   void noteAboveGame();
   void checkExactness(const char* when);
   bool canBeSlowed(const SimulatedApp& app) const; // clearly
+  bool sharesASession(Pid app) const;
   bool hasWeighedSession(Pid app) const;
   bool hasMovableUnit(Pid app) const;
   bool meetsTheBoostApp(Pid app) const;
