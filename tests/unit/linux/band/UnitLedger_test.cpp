@@ -49,7 +49,8 @@ TEST_F(UnitLedgerTest, IsReadFromAllOfThem) {
   EXPECT_TRUE(open({m_first}).add({entry("a.scope", 7)}));
   EXPECT_TRUE(open({m_second}).add({entry("b.scope", 8), entry("a.scope", 9)}));
   const UnitLedger both = open({m_first, m_second});
-  EXPECT_EQ(both.entries(), (std::vector{entry("a.scope", 7), entry("b.scope", 8)}));
+  EXPECT_EQ(both.entries(), (std::vector{entry("b.scope", 8), entry("a.scope", 9)}))
+      << "a later one is written only while no earlier one can be";
   EXPECT_TRUE(open({m_first, m_second}, "tomorrow").entries().empty());
 }
 
