@@ -122,14 +122,25 @@ AppTrees Engine::manage(std::span<const AppRef> apps, const ShieldedPIDs& shield
 
 AppTrees Engine::manage(const AppRef& app) {
   const ShieldedPIDs shielded = shieldedPIDs(m_machine.audio, m_machine.power);
+  // Those that could not be slowed beside another one get another try together with it, and once more when
+  // one has just left the place that it shared with them.
+  std::vector<AppRef> apps = givenUpApps();
+  if (app) apps.insert(apps.begin(), app);
+  const std::set<Pid> before = m_backgrounder.givenUp();
+  AppTrees trees = manage(apps, shielded);
+  const std::set<Pid>& now = m_backgrounder.givenUp();
+  return std::includes(before.begin(), before.end(), now.begin(), now.end())
+             ? std::move(trees)
+             : manage(givenUpApps(), shielded);
+}
+
+std::vector<AppRef> Engine::givenUpApps() const {
   std::vector<AppRef> apps;
-  if (app) apps.push_back(app);
-  // Those that could not be slowed beside another one get another try together with it.
   for (const Pid pid : m_backgrounder.givenUp()) {
-    const AppRef other = m_machine.workspace.runningApplication(pid);
-    if (other && !hasPid(app, pid) && !hasPid(lastFrontmost.get(), pid)) apps.push_back(other);
+    const AppRef app = m_machine.workspace.runningApplication(pid);
+    if (app && !hasPid(lastFrontmost.get(), pid)) apps.push_back(app);
   }
-  return manage(apps, shielded);
+  return apps;
 }
 
 bool Engine::isPartOfBoost(const RunningApplication& app) const {

@@ -76,8 +76,10 @@ class Engine {
 
  private:
   AppTrees manage(std::span<const AppRef> apps, const ShieldedPIDs& shielded);
-  // An app that comes into the background, if any, and those that were given up, with fresh protection probes.
+  // An app that comes into the background, if any, and those that were given up, with fresh protection
+  // probes.
   AppTrees manage(const AppRef& app);
+  std::vector<AppRef> givenUpApps() const;
   Verdict shouldManage(const RunningApplication& app, const ShieldedPIDs& shielded,
                        const AppTrees& trees) const;
   bool isPartOfBoost(const RunningApplication& app) const;

@@ -38,6 +38,9 @@ std::vector<std::vector<BandAnswer>> EnteringPass::run() {
       if (answer.entered()) answer = enter(app.candidates[index], answer.lever);
     }
   }
+  if (!m_isStale && m_pass.view.birthMark() != m_parts.kernel.birthMark()) {
+    for (const auto& [pid, plan] : m_entered) m_parts.threads.complete(pid, plan);
+  }
   giveUpShared(answers);
   m_parts.sessions.apply();
   if (m_units) m_units->raiseUnused(m_enteredPaths);
@@ -108,8 +111,9 @@ BandAnswer EnteringPass::enter(Pid pid, BandLever lever) {
   plan.classIsTheEffect = lever == BandLever::schedulingClass;
   plan.sessionLowered = lever == BandLever::session;
   ThreadsSeen seen;
-  if (!m_isStale) seen = {static_cast<Pid>(*m_pass.view.birthMark()), process->threads == 1};
+  if (!m_isStale) seen = {static_cast<Pid>(*m_pass.view.birthMark()), process->threads == 1, true};
   if (!m_parts.threads.enter(pid, plan, seen)) return {BandRefusal::noWayBack};
+  m_entered.emplace_back(pid, plan);
   if (lever == BandLever::unit) m_enteredPaths.push_back(m_units->pathOf(pid));
   // The mark comes first: from here on a crash leaves the session's weight to be found by it.
   if (lever == BandLever::session && m_lowered.insert(process->session).second) {

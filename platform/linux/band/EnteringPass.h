@@ -13,6 +13,7 @@
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 namespace vantle {
@@ -44,7 +45,7 @@ class EnteringPass {
 
   void giveUpShared(std::vector<std::vector<BandAnswer>>& answers);
   bool giveUpSessionsOf(Pid refused, std::vector<std::vector<BandAnswer>>& answers); // whether there were any
-  BandAnswer answerFor(Pid pid); // changes nothing
+  BandAnswer answerFor(Pid pid);                                                     // changes nothing
   BandAnswer enter(Pid pid, BandLever lever);
   BandAnswer leverFor(const ProcessRecord& process);
   bool mayTouch(const ProcessRecord& process);
@@ -63,6 +64,7 @@ class EnteringPass {
   bool m_isStale = false; // somebody was born since the look
   std::unordered_map<Pid, SessionPlan> m_sessionPlans;
   std::unordered_map<Pid, bool> m_mayTouch;
+  std::vector<std::pair<Pid, ThreadLevers::Plan>> m_entered;
   std::unordered_set<Pid> m_lowered;       // sessions
   std::vector<std::string> m_enteredPaths; // of those that a unit's weight acts on
 };

@@ -26,7 +26,7 @@ void forEachThread(const Kernel& kernel, Pid pid, Order order, const ThreadsSeen
   std::vector<Pid> seen;
   std::optional<Pid> births = known.birthMark ? known.birthMark : kernel.birthMark();
   if (known.birthMark && known.hasOneThread) {
-    if (!call(pid) || births == kernel.birthMark()) return;
+    if (!call(pid) || known.isTrusted || births == kernel.birthMark()) return;
     seen.push_back(pid);
     births = kernel.birthMark();
   }
@@ -40,6 +40,7 @@ void forEachThread(const Kernel& kernel, Pid pid, Order order, const ThreadsSeen
       foundNew = true;
       if (!call(tid)) return;
     }
+    if (known.isTrusted) return;
     const std::optional<Pid> before = std::exchange(births, kernel.birthMark());
     if (before && before == births) return; // nobody was born anywhere: the list was complete
   }
@@ -76,6 +77,13 @@ bool ThreadLevers::enter(Pid pid, const Plan& plan, const ThreadsSeen& seen) {
   if (plan.classIsTheEffect && !slowedByClass) refused = true;
   if (refused && isNew) leave(pid, before && before->sessionLowered);
   return marked && !refused;
+}
+
+void ThreadLevers::complete(Pid pid, const Plan& plan) {
+  forEachThread(m_kernel, pid, Order::mainFirst, {}, [&](Pid tid) {
+    if (!threadMark(tid)) enterThread(tid, plan, /*isNew=*/true);
+    return true;
+  });
 }
 
 ThreadLevers::Entered ThreadLevers::enterThread(Pid tid, const Plan& plan, bool isNew) {

@@ -15,6 +15,8 @@ namespace vantle {
 struct ThreadsSeen {
   std::optional<Pid> birthMark = {};
   bool hasOneThread = false;
+  bool isTrusted =
+      false; // whoever asks will look himself whether anybody was born since, and call `complete`
 };
 
 // Everything of the band that belongs to single threads: the mark, the I/O class that carries it, the
@@ -36,12 +38,16 @@ class ThreadLevers {
   // then nothing is changed.
   bool enter(Pid pid, const Plan& plan, const ThreadsSeen& seen = {});
 
+  // Does the same to threads that were born while the process entered, before the one that they were born of
+  // had its mark.
+  void complete(Pid pid, const Plan& plan);
+
   // Puts all marked threads back. With `keepSession` they stay marked as leaving, because the weight of their
   // session has still to be put back. False when the process is gone or may not be changed.
   bool leave(Pid pid, bool keepSession, const ThreadsSeen& seen = {});
 
-  // For a process that was slowed, or born of one that was, and has put an I/O priority of its own over the mark:
-  // the class and the affinity that it still has of this program are given back.
+  // For a process that was slowed, or born of one that was, and has put an I/O priority of its own over the
+  // mark: the class and the affinity that it still has of this program are given back.
   void releaseUnmarked(Pid pid);
 
   // The mark of the process: of its main thread, or of any other when the main thread cannot carry one.
