@@ -58,8 +58,8 @@ class Backgrounder {
   void note(Pid app, Verdict verdict) { m_verdicts[app] = {verdict, {}, {}}; }
   void forget(Pid app);
 
-  // Apps that lost their place in the band because it was shared with something that is not in it; worth another
-  // try when that may have changed.
+  // Apps that lost their place in the band because it was shared with something that is not in it; worth
+  // another try when that may have changed.
   const std::set<Pid>& givenUp() const { return m_givenUp; }
 
  private:
