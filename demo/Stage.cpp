@@ -99,6 +99,8 @@ void Stage::startVantle(const std::string& program) {
   m_vantle = &m_desktop.launch({program});
   // Its first deed is to restore what an earlier run may have left, which ends with an empty journal.
   require("Vantle is running", [this] { return journal() == "[]"; });
+  // It can be asked for its panel a moment later only.
+  m_desktop.waitForBusName("com.halvo.vantle");
 }
 
 const Stage::App& Stage::app(const std::string& name) const {
