@@ -7,7 +7,7 @@
 #include "app/SelfTestMode.h"
 #include "app/SignalSource.h"
 #include "app/ToolkitGuard.h"
-#include "engine/Journal.h"
+#include "engine/Backgrounder.h"
 #include "platform/linux/LinuxMachine.h"
 #include "platform/linux/catalog/DesktopCatalog.h"
 #include "platform/linux/files/SingleCopyLock.h"
@@ -45,8 +45,7 @@ int recoverOnly(const XdgFolders& folders, const char* reason) {
   PollEventLoop loop;
   const std::unique_ptr<LinuxMachine> linuxMachine = LinuxMachine::forRecovery(folders, loop);
   const Machine machine = linuxMachine->machine();
-  Journal(machine.files).restoreAllAndClear(machine.processes, machine.band);
-  machine.band.reclaim(nullptr);
+  Backgrounder(machine).recover();
   machine.band.settle(longestSettling);
   std::fprintf(stderr, "vantle: %s\n", reason);
   return 1;

@@ -6,12 +6,6 @@
 
 namespace vantle {
 
-namespace {
-
-constexpr Pid firstAppPid = 2; // 0 is the kernel, 1 the first process
-
-} // namespace
-
 AppTrees::AppTrees(const ProcessTable& table, const Known& known)
     : AppTrees(table, known, table.birthMark(), table.hold()) {}
 
@@ -29,7 +23,7 @@ AppTrees::AppTrees(const ProcessTable& table, const Known& known, std::optional<
        at = find(at->parent)) {
     if (!m_ownChain.insert(at->pid).second) break; // a circle, which reused numbers can make
   }
-  for (const Pid app : apps) walkTree(app, apps);
+  for (const Pid app : apps) m_processes[app] = assignTree(app, apps);
   adoptOrphans(known);
 }
 
@@ -42,20 +36,6 @@ const std::vector<Pid>& AppTrees::processesOf(Pid app) const {
 Pid AppTrees::ownerOf(const ProcessIdentity& identity) const {
   const ProcessRecord* record = find(identity.pid);
   return record != nullptr && identityOf(*record) == identity ? appOf(identity.pid) : 0;
-}
-
-void AppTrees::walkTree(Pid app, const std::set<Pid>& apps) {
-  std::vector<Pid>& tree = m_processes[app];
-  std::vector<Pid> toVisit{app};
-  while (!toVisit.empty()) {
-    const Pid pid = toVisit.back();
-    toVisit.pop_back();
-    if (appOf(pid) != 0 || (pid != app && apps.contains(pid))) continue;
-    assign(pid, app);
-    tree.push_back(pid);
-    const std::vector<Pid>& children = childPIDs(pid);
-    toVisit.insert(toVisit.end(), children.begin(), children.end());
-  }
 }
 
 void AppTrees::adoptOrphans(const Known& known) {

@@ -55,7 +55,6 @@ class AppTrees final : public ProcessView {
   AppTrees(const ProcessTable& table, const Known& known, std::optional<std::uint64_t> birthMark,
            std::shared_ptr<const void> hold);
 
-  void walkTree(Pid app, const std::set<Pid>& apps);
   void adoptOrphans(const Known& known);
   Pid orphanOwner(const ProcessRecord& orphan, const Known& known) const;
   Pid onlyAppIn(const std::string& place, const std::set<Pid>& apps) const;

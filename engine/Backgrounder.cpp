@@ -263,7 +263,7 @@ void Backgrounder::restoreAll() {
 
 // Nobody was born since.
 bool Backgrounder::isCurrent(const AppTrees& trees) const {
-  return trees.birthMark() && trees.birthMark() == m_machine.processes.birthMark();
+  return trees.isCurrent(m_machine.processes.birthMark());
 }
 
 void Backgrounder::reclaim(const AppTrees& trees) {

@@ -25,7 +25,8 @@ namespace vantle {
 // The order is always: recorded, changed, put back, forgotten.
 class Backgrounder {
  public:
-  // Whether an app may be slowed now. `trees` is the look that the decision is made with.
+  // Whether an app may be slowed now. `trees` is the look that the decision is made with, one for all apps of
+  // a call.
   using Judge = std::function<Verdict(const RunningApplication& app, const AppTrees& trees)>;
 
   explicit Backgrounder(const Machine& machine); // reads the journal, changes nothing

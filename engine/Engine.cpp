@@ -79,7 +79,7 @@ void Engine::startBoost(const AppRef& game) {
 }
 
 Verdict Engine::shouldManage(const RunningApplication& app, const ShieldedPIDs& shielded,
-                             const AppTrees& trees) const {
+                             const AppTrees& trees, std::optional<std::set<Pid>>& clients) const {
   const Pid pid = app.processIdentifier();
   AppFacts facts;
   const auto decides = [&facts](bool AppFacts::*fact, bool holds) {
@@ -107,16 +107,17 @@ Verdict Engine::shouldManage(const RunningApplication& app, const ShieldedPIDs& 
   const auto anyIn = [&processes](const std::set<Pid>& pids) {
     return std::any_of(processes.begin(), processes.end(), [&](Pid one) { return pids.contains(one); });
   };
-  facts.isLauncher =
-      anyIn(m_gameAncestors) || trees.isPartOf(pid, trees.clientsAmong(m_gameAncestors, boostApp()));
+  if (!clients) clients = trees.clientsAmong(m_gameAncestors, boostApp());
+  facts.isLauncher = anyIn(m_gameAncestors) || trees.isPartOf(pid, *clients);
   facts.isHeard = anyIn(shielded.heard);
   facts.keepsAwake = anyIn(shielded.keepsAwake);
   return judge(facts);
 }
 
 AppTrees Engine::manage(std::span<const AppRef> apps, const ShieldedPIDs& shielded) {
+  std::optional<std::set<Pid>> clients; // the same for all apps: they are judged with one look
   return m_backgrounder.manage(apps, boostApp(), [&](const RunningApplication& app, const AppTrees& trees) {
-    return shouldManage(app, shielded, trees);
+    return shouldManage(app, shielded, trees, clients);
   });
 }
 

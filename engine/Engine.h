@@ -80,8 +80,9 @@ class Engine {
   // probes.
   AppTrees manage(const AppRef& app);
   std::vector<AppRef> givenUpApps() const;
-  Verdict shouldManage(const RunningApplication& app, const ShieldedPIDs& shielded,
-                       const AppTrees& trees) const;
+  // `clients`: of the Boost app in this look; filled in by whoever first needs them.
+  Verdict shouldManage(const RunningApplication& app, const ShieldedPIDs& shielded, const AppTrees& trees,
+                       std::optional<std::set<Pid>>& clients) const;
   bool isPartOfBoost(const RunningApplication& app) const;
 
   void frontChangedWhileBoosting(const AppRef& app);

@@ -11,8 +11,6 @@ namespace vantle {
 
 namespace {
 
-constexpr Pid firstAppPid = 2; // 0 is the kernel, 1 the first process
-
 // The longest path that is read, in bytes (PATH_MAX on Linux, PROC_PIDPATHINFO_MAXSIZE on Darwin).
 constexpr std::size_t longestPath = 4096;
 

@@ -9,7 +9,6 @@ namespace vantle {
 
 ProcessView::ProcessView(std::vector<ProcessRecord> records, std::optional<std::uint64_t> birthMark)
     : m_all(std::move(records)), m_birthMark(birthMark) {
-  constexpr Pid firstAppPid = 2; // 0 is the kernel, 1 the first process
   m_places.reserve(m_all.size());
   m_apps.reserve(m_all.size());
   for (std::size_t at = 0; at < m_all.size(); ++at) {
@@ -44,5 +43,20 @@ Pid ProcessView::appOf(Pid pid) const {
 }
 
 void ProcessView::assign(Pid pid, Pid app) { m_apps.insert_or_assign(pid, app); }
+
+std::vector<Pid> ProcessView::assignTree(Pid app, const std::set<Pid>& apps) {
+  std::vector<Pid> tree;
+  std::vector<Pid> toVisit{app};
+  while (!toVisit.empty()) {
+    const Pid pid = toVisit.back();
+    toVisit.pop_back();
+    if (appOf(pid) != 0 || (pid != app && apps.contains(pid))) continue;
+    assign(pid, app);
+    tree.push_back(pid);
+    const std::vector<Pid>& children = childPIDs(pid);
+    toVisit.insert(toVisit.end(), children.begin(), children.end());
+  }
+  return tree;
+}
 
 } // namespace vantle

@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <set>
 #include <span>
 #include <unordered_map>
 #include <vector>
@@ -27,10 +28,15 @@ class ProcessView {
 
   // Of the moment of the scan; absent when the platform cannot tell.
   const std::optional<std::uint64_t>& birthMark() const { return m_birthMark; }
+  // Nobody was born since, going by the mark of now.
+  bool isCurrent(const std::optional<std::uint64_t>& now) const { return m_birthMark && m_birthMark == now; }
 
   // The main process of the app that a process belongs to; 0 for a process of no app.
   Pid appOf(Pid pid) const;
   void assign(Pid pid, Pid app);
+  // Gives an app the tree below its main process, down to other apps and to what is somebody's already.
+  // Returns it: the main process, then depth first from a stack.
+  std::vector<Pid> assignTree(Pid app, const std::set<Pid>& apps);
 
  private:
   std::vector<ProcessRecord> m_all;

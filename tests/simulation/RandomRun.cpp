@@ -22,6 +22,12 @@ RunFigures& RunFigures::operator+=(const RunFigures& other) {
   return *this;
 }
 
+std::ostream& operator<<(std::ostream& stream, const RunFigures& figures) {
+  return stream << figures.events << " events, " << figures.boosts << " Boosts, " << figures.slowed
+                << " apps slowed, " << figures.crashes << " crashes, " << figures.kills << " kills, "
+                << figures.reusedPids << " reused pids";
+}
+
 RandomRun::RandomRun(std::uint64_t seed, RunOptions options, const BandTruth* truth)
     : m_random(seed), m_options(std::move(options)),
       m_checker(m_machine, truth != nullptr ? *truth : m_ownTruth) {}

@@ -27,6 +27,8 @@ struct RunFigures {
   RunFigures& operator+=(const RunFigures& other);
 };
 
+std::ostream& operator<<(std::ostream& stream, const RunFigures& figures);
+
 struct RunResult {
   std::optional<std::string> violation;
   RunFigures figures;

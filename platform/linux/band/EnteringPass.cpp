@@ -21,7 +21,7 @@ std::vector<std::vector<BandAnswer>> EnteringPass::run() {
                     m_parts.kernel.now() + m_parts.busLimit);
     m_units->run(m_pass, [this](const ProcessRecord& process) { return mayTouch(process); });
   }
-  m_isStale = !m_pass.view.birthMark() || m_pass.view.birthMark() != m_parts.kernel.birthMark();
+  m_isStale = !m_pass.view.isCurrent(m_parts.kernel.birthMark());
   findBoostGroups();
 
   std::vector<std::vector<BandAnswer>> answers;
@@ -38,7 +38,7 @@ std::vector<std::vector<BandAnswer>> EnteringPass::run() {
       if (answer.entered()) answer = enter(app.candidates[index], answer.lever);
     }
   }
-  if (!m_isStale && m_pass.view.birthMark() != m_parts.kernel.birthMark()) {
+  if (!m_isStale && !m_pass.view.isCurrent(m_parts.kernel.birthMark())) {
     for (const auto& [pid, plan] : m_entered) m_parts.threads.complete(pid, plan);
   }
   giveUpShared(answers);

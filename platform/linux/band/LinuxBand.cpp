@@ -54,15 +54,7 @@ ProcessView LinuxBand::lookAt(Pid app) const {
   }
   ProcessView view(std::move(records), births);
   if (m_front != 0) view.assign(m_front, m_front);
-  std::vector<Pid> toVisit{app};
-  while (!toVisit.empty()) {
-    const Pid pid = toVisit.back();
-    toVisit.pop_back();
-    if (pid < 2 || view.appOf(pid) != 0) continue;
-    view.assign(pid, app);
-    const std::vector<Pid>& children = view.childPIDs(pid);
-    toVisit.insert(toVisit.end(), children.begin(), children.end());
-  }
+  if (app >= firstAppPid) view.assignTree(app, {});
   return view;
 }
 
@@ -218,27 +210,23 @@ std::unique_ptr<BackgroundBand::Leaving> LinuxBand::leaving(const ProcessView& v
   return std::make_unique<LeavingTogether>(*this, view);
 }
 
+// By itself, whoever shares its place.
 bool LinuxBand::leaveBackgroundBand(Pid pid) {
   const std::optional<ProcessStat> process = m_kernel.stat(pid);
   if (!process || !process->isAlive() || process->isKernelThread() || !m_kernel.isOwn(pid)) return false;
-  return leaveProcess(recordOf(*process));
-}
-
-// By itself, whoever shares its place.
-bool LinuxBand::leaveProcess(const ProcessRecord& process) {
-  const std::optional<ThreadMark> mark = markOf(process);
+  const std::optional<ThreadMark> mark = markOf(recordOf(*process));
   if (!mark) return true;
-  if (m_units.hasLowered()) m_units.raise(m_kernel.unifiedPath(process.pid));
+  if (m_units.hasLowered()) m_units.raise(m_kernel.unifiedPath(pid));
   auto session = SessionWeights::Outcome::done;
-  if (mark->sessionLowered) session = m_sessions.raise({process.pid});
+  if (mark->sessionLowered) session = m_sessions.raise({pid});
   if (session == SessionWeights::Outcome::impossible) {
     std::vector<Pid> members;
     for (const ProcessStat& other : m_kernel.scan()) {
-      if (other.session == process.session) members.push_back(other.pid);
+      if (other.session == process->session) members.push_back(other.pid);
     }
     session = m_sessions.raise(members);
   }
-  const bool out = m_threads.leave(process.pid, session != SessionWeights::Outcome::done);
+  const bool out = m_threads.leave(pid, session != SessionWeights::Outcome::done);
   return out && session != SessionWeights::Outcome::impossible;
 }
 
@@ -274,11 +262,6 @@ bool LinuxBand::giveUnit(const ProcessView& view, Pid app, const std::vector<Pid
   return adoptions.front().succeeded;
 }
 
-bool LinuxBand::isNewest(const ProcessView& view) const {
-  const std::optional<Pid> births = m_kernel.birthMark();
-  return births && view.birthMark() == static_cast<std::uint64_t>(*births);
-}
-
 void LinuxBand::reclaim(const ProcessView* recent) {
   // Only a program that was killed leaves a process marked in part.
   const bool inPart = !std::exchange(m_hasReclaimed, true);
@@ -291,7 +274,7 @@ void LinuxBand::reclaim(const ProcessView* recent) {
       if (!isOfAnotherCopy(process.pid)) leaveBackgroundBand(process.pid);
     }
     // What was born meanwhile may be a child of one whose turn was still to come.
-    if (!view.birthMark() || isNewest(view)) break;
+    if (!view.birthMark() || view.isCurrent(m_kernel.birthMark())) break;
   }
   m_units.raiseAll();
 }

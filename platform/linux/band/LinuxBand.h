@@ -54,8 +54,6 @@ class LinuxBand final : public BackgroundBand {
   class LeavingTogether;
 
   void sweepLeaving();
-  bool isNewest(const ProcessView& view) const; // nobody was born since
-  bool leaveProcess(const ProcessRecord& process);
   bool isOfAnotherCopy(Pid pid) const;
   std::optional<ThreadMark> markOf(const ProcessRecord& process) const;
   bool giveUnit(const ProcessView& view, Pid app, const std::vector<Pid>& processes,

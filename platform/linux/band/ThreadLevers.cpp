@@ -217,11 +217,7 @@ std::optional<ThreadMark> ThreadLevers::mark(Pid pid) const {
 std::optional<ThreadMark> ThreadLevers::markBehindRealTime(Pid pid) const {
   // A main thread that is real-time is never marked, whatever its process is.
   const Answer<Scheduling> scheduling = m_kernel.scheduling(pid);
-  if (!scheduling || !scheduling->isRealTime()) return std::nullopt;
-  for (const Pid tid : m_kernel.threads(pid)) {
-    if (const std::optional<ThreadMark> any = threadMark(tid)) return any;
-  }
-  return std::nullopt;
+  return scheduling && scheduling->isRealTime() ? anyMark(pid) : std::nullopt;
 }
 
 std::optional<ThreadMark> ThreadLevers::anyMark(Pid pid) const {
