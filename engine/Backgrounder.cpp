@@ -237,6 +237,18 @@ void Backgrounder::restore(Pid app, Pid boostApp, std::optional<AppTrees> earlie
     putBack({&restored, 1}, boostApp, trees);
   }
   if (m_managed.empty()) return reclaim(trees);
+  sweep(std::move(trees), boostApp);
+}
+
+void Backgrounder::sweep(Pid boostApp) {
+  if (m_managed.empty()) {
+    m_machine.band.reclaim(nullptr);
+  } else {
+    sweep(look(), boostApp);
+  }
+}
+
+void Backgrounder::sweep(AppTrees trees, Pid boostApp) {
   // What was born of a process whose turn was still to come has inherited the band.
   for (int count = 0; count < mostLooks; ++count) {
     if (count > 0) trees = look();

@@ -55,6 +55,8 @@ class Backgrounder {
   // born since.
   void restore(Pid app, Pid boostApp, std::optional<AppTrees> earlier = {});
   void restoreAll();
+  // Looks for whoever carries this program's trace and is not listed.
+  void sweep(Pid boostApp);
 
   void note(Pid app, Verdict verdict) { m_verdicts[app] = {verdict, {}, {}}; }
   void forget(Pid app);
@@ -75,6 +77,7 @@ class Backgrounder {
   void collect(Entering& entering, const AppTrees& trees, std::unordered_set<ProcessIdentity>& seen) const;
   void enter(const std::vector<Entering>& all, Pid boostApp, const AppTrees& trees);
   void putBack(std::span<const ManagedApp> apps, Pid boostApp, const AppTrees& trees);
+  void sweep(AppTrees trees, Pid boostApp);
   bool isOwnDoing(Pid pid, const AppTrees& trees) const;
   bool isCurrent(const AppTrees& trees) const;
   void reclaim(const AppTrees& trees);

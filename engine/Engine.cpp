@@ -31,6 +31,10 @@ Engine::Engine(Machine machine, AppSettings& appSettings)
   automatic.assign(storedBool(m_machine.defaults, defaultsKey::automatic, true));
   // Nothing may be slowed down before everything that an earlier run left has been put back.
   m_backgrounder.recover();
+  m_machine.band.onLateBirths([this] {
+    m_backgrounder.sweep(boostApp());
+    refreshManagedNames();
+  });
 
   Workspace& workspace = m_machine.workspace;
   m_observers.push_back(
@@ -43,6 +47,8 @@ Engine::Engine(Machine machine, AppSettings& appSettings)
   m_machine.notifications.requestAuthorization();
   if (const AppRef front = workspace.frontmostApplication()) frontmostChanged(front);
 }
+
+Engine::~Engine() { m_machine.band.onLateBirths({}); }
 
 void Engine::setAutomatic(bool value) {
   automatic.assign(value);

@@ -31,6 +31,7 @@ class Engine {
   // Puts back what an earlier run left in the band, and only then starts to watch; may start a Boost at once
   // when a Boost app is in front.
   Engine(Machine machine, AppSettings& settings);
+  ~Engine();
   Engine(const Engine&) = delete;
   Engine& operator=(const Engine&) = delete;
 

@@ -11,13 +11,14 @@ std::string lineOf(const std::string& name, const ProcStat& stat) {
   return "42 (" + name + ") " + stat.state + " " + std::to_string(stat.parent) + " 1 1 0 -1 0 0 0 0 0 " +
          std::to_string(stat.userTicks) + " " + std::to_string(stat.kernelTicks) + " 0 0 " +
          std::to_string(stat.priority) + " 0 " + std::to_string(stat.threads) + " 0 " +
-         std::to_string(stat.startTicks) + " 0 0\n";
+         std::to_string(stat.startTicks) + " 0 " + std::to_string(stat.residentPages) + " 0\n";
 }
 
 bool isSame(const ProcStat& left, const ProcStat& right) {
   return left.state == right.state && left.parent == right.parent && left.userTicks == right.userTicks &&
          left.kernelTicks == right.kernelTicks && left.priority == right.priority &&
-         left.threads == right.threads && left.startTicks == right.startTicks;
+         left.threads == right.threads && left.startTicks == right.startTicks &&
+         left.residentPages == right.residentPages;
 }
 
 } // namespace

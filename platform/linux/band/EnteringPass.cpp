@@ -42,6 +42,7 @@ std::vector<std::vector<BandAnswer>> EnteringPass::run() {
     for (const auto& [pid, plan] : m_entered) m_parts.threads.complete(pid, plan);
   }
   giveUpShared(answers);
+  if (m_parts.threads.isDeparting()) m_parts.departures.expectBirths({}); // who was refused half-way
   m_parts.sessions.apply();
   if (m_units) m_units->raiseUnused(m_enteredPaths);
   return answers;
@@ -75,7 +76,7 @@ bool EnteringPass::giveUpSessionsOf(Pid refused, std::vector<std::vector<BandAns
         continue;
       }
       const auto outcome = m_parts.sessions.raise(plan.members);
-      m_parts.threads.leave(pid, outcome == SessionWeights::Outcome::queued);
+      m_parts.departures.leave(pid, outcome == SessionWeights::Outcome::queued);
       answer = {BandRefusal::shared};
       any = true;
     }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "engine/ports/BackgroundBand.h"
+#include "platform/linux/band/Departures.h"
 #include "platform/linux/band/SessionWeights.h"
 #include "platform/linux/band/TaskGroups.h"
 #include "platform/linux/band/ThreadLevers.h"
@@ -26,6 +27,7 @@ class EnteringPass {
     Kernel& kernel;
     ThreadLevers& threads;
     SessionWeights& sessions;
+    Departures& departures;
     UnitWeights& units;
     const std::string& controlGroups; // mount of the version 2 tree
     std::chrono::milliseconds busLimit;

@@ -32,17 +32,9 @@ LinuxBand::LinuxBand(EventLoop& loop, FileStore& files, BandParts parts)
     : m_shared(parts.kernel ? std::move(parts.kernel) : std::make_shared<ProcKernel>()), m_kernel(*m_shared),
       m_busLimit(parts.busLimit), m_threads(m_kernel), m_controlGroups(controlGroupMount(m_kernel)),
       m_sessions(loop, m_kernel),
+      m_departures(loop, m_kernel, m_threads, m_sessions, [this](Pid pid) { return isOfAnotherCopy(pid); }),
       m_units(loop, files, m_kernel, managerOrNone(loop, std::move(parts.manager)),
-              {m_controlGroups, std::move(parts.ledgers), bootId(m_kernel)}) {
-  m_sessions.onRaised([this](const std::vector<Pid>& members) {
-    for (const Pid pid : members) {
-      // Its number may be another one's by now, and that one slowed.
-      const std::optional<ThreadMark> mark = m_threads.mark(pid);
-      if (mark && mark->isLeaving()) m_threads.leave(pid, false);
-    }
-    if (!m_sessions.isRaising()) sweepLeaving();
-  });
-}
+              {m_controlGroups, std::move(parts.ledgers), bootId(m_kernel)}) {}
 
 LinuxBand::~LinuxBand() = default;
 
@@ -56,19 +48,6 @@ ProcessView LinuxBand::lookAt(Pid app) const {
   if (m_front != 0) view.assign(m_front, m_front);
   if (app >= firstAppPid) view.assignTree(app, {});
   return view;
-}
-
-// Whoever was born of a process that waited for its session's weight has its mark and is on nobody's list.
-void LinuxBand::sweepLeaving() {
-  for (const ProcessStat& process : m_kernel.scan()) {
-    if (!process.isAlive() || process.isKernelThread()) continue;
-    const std::optional<ThreadMark> mark = m_threads.mark(process.pid);
-    if (!mark || !mark->isLeaving() || isOfAnotherCopy(process.pid)) continue;
-    // It may be the last one through whom the weight can be given back.
-    const auto session =
-        mark->sessionLowered ? m_sessions.raise({process.pid}) : SessionWeights::Outcome::done;
-    m_threads.leave(process.pid, session == SessionWeights::Outcome::queued);
-  }
 }
 
 bool LinuxBand::enterBackgroundBand(Pid pid) {
@@ -95,7 +74,9 @@ bool LinuxBand::isOfAnotherCopy(Pid pid) const {
 std::vector<std::vector<BandAnswer>> LinuxBand::enter(const BandPass& pass) {
   if (pass.apps.empty()) return {};
   m_threads.refresh();
-  return EnteringPass({m_kernel, m_threads, m_sessions, m_units, m_controlGroups, m_busLimit}, pass).run();
+  return EnteringPass({m_kernel, m_threads, m_sessions, m_departures, m_units, m_controlGroups, m_busLimit},
+                      pass)
+      .run();
 }
 
 // What leaves together. The weight of a session or a unit is one for all that stand in it, so whoever is to
@@ -120,8 +101,8 @@ class LinuxBand::LeavingTogether final : public Leaving {
     // The session's weight goes back before the mark that remembers it.
     auto session = SessionWeights::Outcome::done;
     if (mark->sessionLowered) session = raiseSession(*process);
-    const bool out = m_band.m_threads.leave(pid, session != SessionWeights::Outcome::done,
-                                            {m_birthMark, process->threads == 1});
+    const bool out = m_band.m_departures.leave(pid, session != SessionWeights::Outcome::done,
+                                               {m_birthMark, process->threads == 1});
     return out && session != SessionWeights::Outcome::impossible;
   }
 
@@ -226,7 +207,7 @@ bool LinuxBand::leaveBackgroundBand(Pid pid) {
     }
     session = m_sessions.raise(members);
   }
-  const bool out = m_threads.leave(pid, session != SessionWeights::Outcome::done);
+  const bool out = m_departures.leave(pid, session != SessionWeights::Outcome::done);
   return out && session != SessionWeights::Outcome::impossible;
 }
 
@@ -281,9 +262,20 @@ void LinuxBand::reclaim(const ProcessView* recent) {
 
 bool LinuxBand::settle(std::chrono::milliseconds limit) {
   const auto end = m_kernel.now() + limit;
-  const bool sessions = m_sessions.settle(limit);
-  const auto left = end - m_kernel.now();
-  return m_units.settle(std::chrono::duration_cast<std::chrono::milliseconds>(left)) && sessions;
+  const auto left = [&] {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(end - m_kernel.now());
+  };
+  bool isSettled = m_sessions.settle(limit);
+  while (isSettled && m_departures.isBusy()) {
+    if (left() <= m_departures.pause()) {
+      isSettled = false;
+      break;
+    }
+    m_kernel.sleep(m_departures.pause());
+    m_departures.proceed();
+    isSettled = m_sessions.settle(left());
+  }
+  return m_units.settle(left()) && isSettled;
 }
 
 } // namespace vantle

@@ -3,6 +3,7 @@
 
 #include "engine/ports/BackgroundBand.h"
 #include "engine/ports/FileStore.h"
+#include "platform/linux/band/Departures.h"
 #include "platform/linux/band/SessionWeights.h"
 #include "platform/linux/band/ThreadLevers.h"
 #include "platform/linux/band/UnitWeights.h"
@@ -13,6 +14,7 @@
 #include <set>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace vantle {
@@ -48,12 +50,12 @@ class LinuxBand final : public BackgroundBand {
   std::unique_ptr<Leaving> leaving(const ProcessView& view) override;
   void makeRoomFor(Pid boostApp, const std::function<const ProcessView&()>& look) override;
   void reclaim(const ProcessView* recent) override;
+  void onLateBirths(std::function<void()> call) override { m_departures.onLateBirths(std::move(call)); }
   bool settle(std::chrono::milliseconds limit) override;
 
  private:
   class LeavingTogether;
 
-  void sweepLeaving();
   bool isOfAnotherCopy(Pid pid) const;
   std::optional<ThreadMark> markOf(const ProcessRecord& process) const;
   bool giveUnit(const ProcessView& view, Pid app, const std::vector<Pid>& processes,
@@ -66,6 +68,7 @@ class LinuxBand final : public BackgroundBand {
   ThreadLevers m_threads;
   std::string m_controlGroups; // mount of the version 2 tree
   SessionWeights m_sessions;
+  Departures m_departures;
   UnitWeights m_units;
   Pid m_front = 0;             // for the calls on single processes
   bool m_hasReclaimed = false; // what a program before this one left

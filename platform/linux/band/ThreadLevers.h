@@ -5,8 +5,12 @@
 #include "platform/linux/band/ThreadMark.h"
 #include "platform/linux/kernel/Kernel.h"
 
+#include <chrono>
+#include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace vantle {
 
@@ -23,6 +27,12 @@ struct ThreadsSeen {
 // scheduling class and the affinity. Each thread is asked what it is, the mark that remembers this is set,
 // and only then is the thread changed; undoing goes the other way round, the mark last. So a stop between any
 // two of these calls leaves nothing that a later `leave` does not put back.
+//
+// A fork copies class and affinity at its very beginning and the I/O priority with the mark at its end; with
+// much memory to copy in between, that is tens of milliseconds. A mark that is taken off meanwhile would
+// leave a child that is slow and that nobody knows. So a thread that was put back keeps its mark, as leaving,
+// until it was seen resting, or has used more processor time than any fork of its takes: from then on
+// whatever it starts is born with what it has now.
 class ThreadLevers {
  public:
   struct Plan {
@@ -43,8 +53,14 @@ class ThreadLevers {
   void complete(Pid pid, const Plan& plan);
 
   // Puts all marked threads back. With `keepSession` they stay marked as leaving, because the weight of their
-  // session has still to be put back. False when the process is gone or may not be changed.
+  // session has still to be put back. False when the process is gone or may not be changed. A process that
+  // may be in the middle of a fork is `departing` then, and has to leave again until it is not.
   bool leave(Pid pid, bool keepSession, const ThreadsSeen& seen = {});
+  std::vector<Pid> departing() const;
+  bool isDeparting() const { return !m_departing.empty(); }
+  void leaveAgain(Pid pid);
+  // The session of this process has its own weight again.
+  void sessionRaised(Pid pid);
 
   // For a process that was slowed, or born of one that was, and has put an I/O priority of its own over the
   // mark: the class and the affinity that it still has of this program are given back.
@@ -70,9 +86,24 @@ class ThreadLevers {
     Outcome outcome = Outcome::refused;
     bool slowedByClass = false;
   };
+  // A thread at the moment at which it had been put back and may have been in the middle of a fork.
+  struct Doubt {
+    ThreadActivity then;
+    std::chrono::steady_clock::time_point since; // it has used no processor time
+    std::uint64_t cpuTicks = 0;                  // when it last had used some
+  };
+  struct Departure {
+    bool keepSession = false;
+    std::map<Pid, Doubt> doubts;  // by thread
+    std::uint64_t startTicks = 0; // of the process, whose number may be another one's later
+  };
 
   Entered enterThread(Pid tid, const Plan& plan, bool isNew);
-  bool leaveThread(Pid tid, bool keepSession); // true when the thread is out, or gone
+  // True when the thread is out, or gone; absent when it has no mark.
+  std::optional<bool> leaveThread(Pid tid, Departure& departure);
+  std::optional<bool> giveBack(Pid tid, const ThreadMark& mark); // absent when the thread is gone
+  bool mayBeForking(Pid tid, std::map<Pid, Doubt>& doubts);
+  bool isKnown(Pid tid, std::map<Pid, Doubt>& doubts) const;
   Change setMark(Pid tid, const ThreadMark& mark, int before);
   bool mayNarrow(Pid tid) const;
   std::optional<ThreadMark> markBehindRealTime(Pid pid) const;
@@ -86,6 +117,7 @@ class ThreadLevers {
   bool m_canNarrow = false;
   bool m_mayRaise;          // CAP_SYS_NICE where it counts
   bool m_keepsBits = false; // this kernel was seen to keep all bits of a mark
+  std::map<Pid, Departure> m_departing;
 };
 
 } // namespace vantle

@@ -8,19 +8,23 @@ namespace {
 constexpr unsigned classShift = 13; // IOPRIO_CLASS_SHIFT of the kernel
 constexpr unsigned idleClass = 3;   // IOPRIO_CLASS_IDLE
 constexpr unsigned patternShift = 9;
-constexpr unsigned pattern = 0b1011;
-constexpr unsigned header = (idleClass << (classShift - patternShift)) | pattern;
+constexpr unsigned inBand = (idleClass << (classShift - patternShift)) | 0b1011U;
+constexpr unsigned leaving = (idleClass << (classShift - patternShift)) | 0b1101U;
 constexpr unsigned largestLevel = 7;
 
 } // namespace
 
 std::optional<ThreadMark> ThreadMark::decode(int ioPriority) {
   const auto bits = static_cast<unsigned>(ioPriority);
-  if (bits >> patternShift != header) return std::nullopt;
+  const unsigned header = bits >> patternShift;
+  const unsigned schedulingClass = (bits >> 2U) & 3U;
+  constexpr auto last = static_cast<unsigned>(SchedulingClass::wasBatch);
+  if ((header != inBand && header != leaving) || schedulingClass > last) return std::nullopt;
   ThreadMark mark;
+  mark.isLeaving = header == leaving;
   mark.ioClass = (bits >> 7U) & 3U;
   mark.ioLevel = (bits >> 4U) & 7U;
-  mark.schedulingClass = static_cast<SchedulingClass>((bits >> 2U) & 3U);
+  mark.schedulingClass = static_cast<SchedulingClass>(schedulingClass);
   mark.affinityNarrowed = (bits & 2U) != 0;
   mark.sessionLowered = (bits & 1U) != 0;
   return mark;
@@ -37,7 +41,7 @@ std::optional<ThreadMark> ThreadMark::remembering(int ioPriority) {
 }
 
 int ThreadMark::encode() const {
-  unsigned bits = header << patternShift;
+  unsigned bits = (isLeaving ? leaving : inBand) << patternShift;
   bits |= static_cast<unsigned>(ioClass) << 7U;
   bits |= static_cast<unsigned>(ioLevel) << 4U;
   bits |= static_cast<unsigned>(schedulingClass) << 2U;

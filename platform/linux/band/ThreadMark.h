@@ -13,25 +13,25 @@ namespace vantle {
 // it. Layout of the 16 bits, highest first:
 //
 //   15..13  3, the class "idle" itself
-//   12.. 9  1011, the pattern that tells our mark from somebody else's `ionice -c3`, which leaves them 0
+//   12.. 9  1011 in the band, 1101 out of it again but not done with: patterns that tell our mark from
+//   somebody
+//           else's `ionice -c3`, which leaves them 0
 //    8.. 7  the thread's own I/O class: 0 none, 1 real-time, 2 best effort, 3 idle
 //    6.. 4  the thread's own I/O level, 0 to 7
 //    3.. 2  scheduling class, see below
 //        1  its affinity was narrowed from all processors to the efficiency set
 //        0  the weight of its session (autogroup) was lowered from 0 to 19
 struct ThreadMark {
-  enum class SchedulingClass : std::uint8_t {
-    unchanged = 0,
-    wasOther = 1,
-    wasBatch = 2,
-    leaving = 3 // out of the band; only the weight of its session is still to be put back
-  };
+  enum class SchedulingClass : std::uint8_t { unchanged = 0, wasOther = 1, wasBatch = 2 };
 
   std::uint8_t ioClass = 0;
   std::uint8_t ioLevel = 0;
   SchedulingClass schedulingClass = SchedulingClass::unchanged;
   bool affinityNarrowed = false;
   bool sessionLowered = false;
+  // Out of the band. What the mark remembers may still have to be put back: the weight of the session whose
+  // turn has not come, or what a fork that was under way hands out together with this mark.
+  bool isLeaving = false;
 
   // What an I/O priority says; absent when it is not a mark of ours.
   static std::optional<ThreadMark> decode(int ioPriority);
@@ -41,7 +41,6 @@ struct ThreadMark {
 
   int encode() const;
   int originalIoPriority() const;
-  bool isLeaving() const { return schedulingClass == SchedulingClass::leaving; }
 
   friend bool operator==(const ThreadMark&, const ThreadMark&) = default;
 };

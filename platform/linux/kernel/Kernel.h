@@ -43,6 +43,17 @@ struct Scheduling {
   friend bool operator==(const Scheduling&, const Scheduling&) = default;
 };
 
+// What one thread is doing.
+struct ThreadActivity {
+  // Asleep where a signal would wake it, stopped, or ended: not in the middle of a fork, which sleeps where
+  // no signal reaches it.
+  bool isResting = false;
+  bool isRunning = false;         // on a processor, or waiting for one
+  std::uint64_t cpuTicks = 0;     // clock ticks of processor time so far
+  std::uint64_t startTicks = 0;   // with the number: which thread it is
+  std::int64_t residentPages = 0; // of its process
+};
+
 // What was asked about one thread. Without a value the thread is gone, or may not be asked.
 template <class Value> struct Answer : std::optional<Value> {
   using std::optional<Value>::optional;
@@ -105,6 +116,8 @@ class Kernel {
   virtual bool mayLeaveIdleClass(Pid tid) const = 0;
   // Whether this program has CAP_SYS_NICE over every process of the machine.
   virtual bool hasNiceCapability() const = 0;
+  // Absent when the thread has ended.
+  virtual std::optional<ThreadActivity> activity(Pid tid) const = 0;
   virtual std::optional<ProcessorSet> affinity(Pid tid) const = 0; // the active processors only
   virtual Change setAffinity(Pid tid, const ProcessorSet& processors) = 0;
 

@@ -160,6 +160,26 @@ std::vector<ProcessStat> ProcKernel::scan() const {
   return found;
 }
 
+// Every thread is found by its own number as well, and below that with figures of its own.
+std::optional<ThreadActivity> ProcKernel::activity(Pid tid) const {
+  PathBuffer path;
+  std::snprintf(path.data(), path.size(), "%d/task/%d/stat", tid, tid);
+  const Descriptor file(::openat(m_root.get(), path.data(), O_RDONLY | O_CLOEXEC));
+  std::array<char, longestStat> text; // NOLINT(cppcoreguidelines-pro-type-member-init): filled by read
+  const ssize_t got = file ? ::read(file.get(), text.data(), text.size()) : -1;
+  if (got <= 0) return std::nullopt;
+  const std::optional<ProcStat> stat = parseProcStat({text.data(), static_cast<std::size_t>(got)});
+  if (!stat) return std::nullopt;
+  ThreadActivity activity;
+  // Interruptible sleep, stopped by a signal or a tracer, ended.
+  activity.isResting = std::string_view("STtZXx").find(stat->state) != std::string_view::npos;
+  activity.isRunning = stat->state == 'R';
+  activity.cpuTicks = stat->userTicks + stat->kernelTicks;
+  activity.startTicks = stat->startTicks;
+  activity.residentPages = stat->residentPages;
+  return activity;
+}
+
 std::vector<Pid> ProcKernel::threads(Pid pid) const {
   std::vector<Pid> found;
   const Descriptor folder = open(pid, "task", O_RDONLY | O_DIRECTORY);

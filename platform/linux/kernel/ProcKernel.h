@@ -37,6 +37,7 @@ class ProcKernel final : public Kernel {
   Change setScheduling(Pid tid, Scheduling scheduling) override;
   bool mayLeaveIdleClass(Pid tid) const override;
   bool hasNiceCapability() const override;
+  std::optional<ThreadActivity> activity(Pid tid) const override;
   std::optional<ProcessorSet> affinity(Pid tid) const override;
   Change setAffinity(Pid tid, const ProcessorSet& processors) override;
 

@@ -53,7 +53,8 @@ std::optional<ProcStat> parseProcStat(std::string_view line) {
                      fields.read(stat.session) && fields.skip(9 - 7) && fields.read(stat.flags) &&
                      fields.skip(14 - 10) && fields.read(stat.userTicks) && fields.read(stat.kernelTicks) &&
                      fields.skip(18 - 16) && fields.read(stat.priority) && fields.skip(20 - 19) &&
-                     fields.read(stat.threads) && fields.skip(22 - 21) && fields.read(stat.startTicks);
+                     fields.read(stat.threads) && fields.skip(22 - 21) && fields.read(stat.startTicks) &&
+                     fields.skip(24 - 23) && fields.read(stat.residentPages);
   if (!whole || stat.parent < 0) return std::nullopt;
   return stat;
 }

@@ -67,6 +67,10 @@ class LinuxRun final : private LinuxTruthHolder, public RandomRun {
   // The machine's side.
   void startSessionOf();
   void startOrEndThread();
+  void beginFork();
+  void endFork();
+  void endForks();
+  void bear(Pid parent);
   void launchBelow();
   void launchService();
   void restartService();
@@ -86,7 +90,7 @@ class LinuxRun final : private LinuxTruthHolder, public RandomRun {
   void marked(Pid pid, bool isMarked);
   bool isUntouchable(const SimulatedProcess& process) const; // never to be slowed, whoever owns it
   bool isListed(Pid app) const { return m_engine && m_engine->managed().contains(app); }
-  void checkTruth();
+  void checkTruth(bool managerFailed);
   void checkLife();
   void noteAboveGame();
   void checkExactness(const char* when);
@@ -109,6 +113,7 @@ class LinuxRun final : private LinuxTruthHolder, public RandomRun {
   std::set<Pid> m_aboveGame;                               // at any moment of this Boost
   std::size_t m_looks = 0;
   std::size_t m_forksInEvent = 0;
+  bool m_isSettling = false;
   bool m_managerFailed = false; // since the Boost began, or before and not mended yet
 };
 

@@ -18,8 +18,10 @@ std::string weightName(std::uint64_t weight) {
   return weight == SimulatedUnits::noWeight ? "not set" : std::to_string(weight);
 }
 
-// The idle I/O class with the pattern above its lowest nine bits that nobody else uses.
-bool isMark(int ioPriority) { return ioPriority >> 9 == 0b0111011; }
+// The idle I/O class with one of the patterns above its lowest nine bits that nobody else uses: of what is in
+// the band, and of what is on its way out.
+bool isInBand(int ioPriority) { return ioPriority >> 9 == 0b0111011; }
+bool isMark(int ioPriority) { return isInBand(ioPriority) || ioPriority >> 9 == 0b0111101; }
 
 } // namespace
 
@@ -68,8 +70,7 @@ bool SimulatedLinux::isMarkedIn(Pid pid) const {
   const LinuxProcess* process = find(pid);
   return process != nullptr &&
          std::any_of(process->threads.begin(), process->threads.end(), [](const LinuxThread& thread) {
-           const int priority = thread.state.now.ioPriority;
-           return isMark(priority) && (priority >> 2 & 3) != 3;
+           return isInBand(thread.state.now.ioPriority);
          });
 }
 

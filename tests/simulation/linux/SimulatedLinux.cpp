@@ -74,6 +74,7 @@ void SimulatedLinux::admit(const SimulatedProcess& born) {
   process.threads.resize(1); // whichever thread forked: they are alike here
   LinuxThread& main = process.threads.front();
   main.tid = born.pid;
+  finishFork(born.parent, main);
   for (ThreadState* state : {&main.state.now, &main.state.own}) {
     if (!state->resetsOnFork) continue;
     state->resetsOnFork = false;
@@ -120,6 +121,7 @@ void SimulatedLinux::end(Pid pid) {
   m_zombieSessions[pid] = found->second.session;
   const long autogroup = found->second.autogroup;
   m_processes.erase(found);
+  m_forks.erase(pid);
   units.remove(pid);
   const bool isLast = std::none_of(m_processes.begin(), m_processes.end(), [autogroup](const auto& other) {
     return other.second.autogroup == autogroup;
@@ -149,9 +151,30 @@ Pid SimulatedLinux::startThread(Pid pid) {
   ++m_births;
   LinuxThread thread = owner.threads.front();
   thread.tid = ++m_lastThread;
+  finishFork(pid, thread);
   owner.threads.push_back(thread);
   m_threadOwners[thread.tid] = pid;
   return thread.tid;
+}
+
+void SimulatedLinux::beginFork(Pid pid) { m_forks.try_emplace(pid, process(pid).threads.front().state); }
+
+std::vector<Pid> SimulatedLinux::forking() const {
+  std::vector<Pid> parents;
+  for (const auto& [pid, state] : m_forks) parents.push_back(pid);
+  return parents;
+}
+
+void SimulatedLinux::finishFork(Pid parent, LinuxThread& born) {
+  const auto fork = m_forks.find(parent);
+  if (fork == m_forks.end()) return;
+  const auto take = [](ThreadState& state, ThreadState begun) {
+    begun.ioPriority = state.ioPriority;
+    state = begun;
+  };
+  take(born.state.now, fork->second.now);
+  take(born.state.own, fork->second.own);
+  m_forks.erase(fork);
 }
 
 void SimulatedLinux::endThread(Pid tid) {
@@ -414,6 +437,20 @@ bool SimulatedLinux::mayLeaveIdleClass(Pid tid) const {
 }
 
 bool SimulatedLinux::hasNiceCapability() const { return options.user == root; }
+
+std::optional<ThreadActivity> SimulatedLinux::activity(Pid tid) const {
+  called();
+  const Found found = thread(tid);
+  if (!found) return std::nullopt;
+  const SimulatedProcess& entry = m_machine.processes.all().at(found.pid);
+  ThreadActivity activity;
+  activity.isRunning = entry.isBusy || (tid == found.pid && m_forks.contains(tid));
+  activity.isResting = !activity.isRunning;
+  activity.cpuTicks = entry.cpuTime / m_machine.clock.resolution();
+  activity.startTicks =
+      tid == found.pid ? entry.startMicros / m_machine.clock.resolution() : static_cast<std::uint64_t>(tid);
+  return activity;
+}
 
 std::optional<ProcessorSet> SimulatedLinux::affinity(Pid tid) const {
   called();

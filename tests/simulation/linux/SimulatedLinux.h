@@ -103,6 +103,10 @@ class SimulatedLinux final : public Kernel {
   const LinuxProcess* find(Pid pid) const; // null when it does not, or is a zombie
   Pid startThread(Pid pid);                // inherits from the main thread
   void endThread(Pid tid);                 // not a main thread
+  // A fork takes its time: what is born next of this process, a child or a thread, has the class and the
+  // processors of this moment, and the I/O priority of the moment at which it is born.
+  void beginFork(Pid pid);
+  std::vector<Pid> forking() const;
   void startSession(Pid pid);
   void joinSession(Pid pid, Pid ofOther); // as a child of it would have
   void place(Pid pid, const std::string& path) { units.move(pid, path); }
@@ -143,6 +147,7 @@ class SimulatedLinux final : public Kernel {
   Change setScheduling(Pid tid, Scheduling scheduling) override;
   bool mayLeaveIdleClass(Pid tid) const override;
   bool hasNiceCapability() const override;
+  std::optional<ThreadActivity> activity(Pid tid) const override;
   std::optional<ProcessorSet> affinity(Pid tid) const override;
   Change setAffinity(Pid tid, const ProcessorSet& processors) override;
   std::optional<std::string> read(const std::string& path) const override;
@@ -166,6 +171,7 @@ class SimulatedLinux final : public Kernel {
   void admit(const SimulatedProcess& born); // gives it its place and what it inherits
   void startAsApp(const SimulatedProcess& born, LinuxProcess& process);
   void end(Pid pid);
+  void finishFork(Pid parent, LinuxThread& born);
   Found thread(Pid tid) const;
   Both<ThreadState>& stateOf(const Found& found);
   bool mayChange(const LinuxProcess& process) const;
@@ -184,6 +190,7 @@ class SimulatedLinux final : public Kernel {
   std::unordered_map<Pid, LinuxProcess> m_processes; // those that run
   std::unordered_map<Pid, Pid> m_threadOwners;       // of threads that are no main threads
   std::unordered_map<Pid, Pid> m_zombieSessions;
+  std::map<Pid, Both<ThreadState>> m_forks; // under way, by the parent, as it was when they began
   std::map<long, Both<int>> m_sessionNice; // by autogroup
   long m_lastAutogroup = 0;
   Pid m_lastThread = 0;

@@ -80,12 +80,15 @@ class BandUser {
            });
   }
 
-  // Returns who lost its place with them.
+  // Returns who lost its place with them. Whoever was just at work keeps a mark for a moment, which is waited
+  // for.
   std::vector<Pid> leave(const std::vector<Pid>& pids, const std::set<Pid>& apps) {
     const AppTrees trees = look(apps);
     const auto leaving = m_band.leaving(trees);
     for (const Pid pid : pids) EXPECT_TRUE(leaving->leave(pid)) << pid;
-    return leaving->finish();
+    std::vector<Pid> raised = leaving->finish();
+    m_band.settle(std::chrono::seconds(1)); // a manager may be silent for ever
+    return raised;
   }
 
  private:

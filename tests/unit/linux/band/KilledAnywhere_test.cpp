@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The program killed after each single change that it makes to the machine, and then started again.
-#include "engine/Engine.h"
-#include "platform/linux/process/BootClock.h"
-#include "platform/linux/process/ProcfsProcessTable.h"
-#include "platform/simulated/SimulatedMachine.h"
 #include "tests/desktop/harness/TemporaryFolder.h"
 #include "tests/unit/linux/band/BandFixture.h"
+#include "tests/unit/linux/band/ForkingApp.h"
+#include "tests/unit/linux/band/ProgramOnBand.h"
 
 #include <algorithm>
 #include <array>
@@ -14,6 +12,8 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <memory>
+#include <string>
 #include <sys/ptrace.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
@@ -25,60 +25,6 @@ namespace vantle {
 namespace {
 
 using namespace test;
-
-// The whole program but for the desktop: that one is in memory, and its apps are real processes.
-struct Program {
-  explicit Program(const std::string& folder)
-      : files(folder, PosixFileStore::Sync::none), epoch(BootEpoch::load(files, {folder + "/boot.json"})),
-        processes(epoch, kernel), clock(epoch),
-        band(loop, files, {.kernel = kernel, .ledgers = {folder + "/band.json"}}), settings(desktop.defaults),
-        engine(ports(), settings) {}
-
-  Machine ports() {
-    desktop.host.self = ::getpid();
-    return {desktop.host,
-            processes,
-            band,
-            desktop.workspace,
-            desktop.audio,
-            desktop.power,
-            desktop.pressure,
-            desktop.notifications,
-            desktop.defaults,
-            files,
-            clock,
-            desktop.launcher,
-            desktop.text};
-  }
-  SimulatedAppRef add(Pid pid, bool isGame) {
-    AppSpec spec{.name = std::to_string(pid)};
-    if (isGame) spec.bundlePath = "/games/steamapps/game";
-    auto app = std::make_shared<SimulatedApp>(desktop.workspace, desktop.calls, pid, spec);
-    desktop.workspace.add(app);
-    return app;
-  }
-  // A Boost from its beginning to its end.
-  bool playGame(Pid game, std::span<const Pid> apps) {
-    for (const Pid app : apps) add(app, false);
-    desktop.workspace.setFrontmost(add(game, true));
-    desktop.workspace.deliverAll();
-    const bool slowed = engine.managedNames.get().size() == apps.size() && band.settle(guard);
-    desktop.workspace.markTerminated(game);
-    desktop.workspace.deliverAll();
-    return slowed && !engine.activeGame.get() && band.settle(guard);
-  }
-
-  SimulatedMachine desktop;
-  PollEventLoop loop;
-  PosixFileStore files;
-  BootEpoch epoch;
-  std::shared_ptr<ProcKernel> kernel = std::make_shared<ProcKernel>();
-  ProcfsProcessTable processes;
-  BootClock clock;
-  LinuxBand band;
-  AppSettings settings;
-  Engine engine;
-};
 
 using SystemCall = __ptrace_syscall_info; // the C library's name for the kernel's structure
 
@@ -187,14 +133,15 @@ TEST_F(KilledAnywhere, TheNextStartPutsEverythingBackAsItWas) {
     for (std::size_t nth = 1;; nth += stride(), ++tried) {
       const desktop::TemporaryFolder folder;
       const std::string data = folder.path().string();
-      const Ending ending = runUntilChange(nth, [&] { return Program(data).playGame(game.pid(), apps); });
+      const Ending ending =
+          runUntilChange(nth, [&] { return ProgramOnBand(data).playGame(game.pid(), apps); });
       ASSERT_NE(ending, Ending::failed) << "at change " << nth;
       if (ending == Ending::byItself) break;
       const State left = stateOf(everybody);
       wasSlowed = wasSlowed || left != before;
       EXPECT_EQ(left.at(stranger.pid()), before.at(stranger.pid())) << "after change " << nth;
 
-      Program next(data);
+      ProgramOnBand next(data);
       EXPECT_TRUE(next.band.settle(guard));
       EXPECT_EQ(stateOf(everybody), before) << "after change " << nth;
       std::ifstream journal(data + "/Vantle/journal.json");
@@ -204,6 +151,36 @@ TEST_F(KilledAnywhere, TheNextStartPutsEverythingBackAsItWas) {
     EXPECT_EQ(stateOf(everybody), before);
     EXPECT_TRUE(wasSlowed);
     EXPECT_GE(tried * stride(), 50U);
+  });
+}
+
+// Children are on their way at every one of these deaths, and sessions wait for their turn.
+TEST_F(KilledAnywhere, TheNextStartPutsBackWhatWasBeingBorn) {
+  asBoth([] {
+    const TestProcess game;
+    const std::string letters = "mq";
+    std::vector<std::unique_ptr<TestProcess>> apps;
+    std::vector<Pid> pids;
+    for (const char letter : letters) {
+      apps.push_back(std::make_unique<TestProcess>(TestProcess::Session::own, forkingApp));
+      pids.push_back(apps.back()->pid());
+      apps.back()->ask(letter);
+    }
+    const std::string before = schedulingState(pids.front()) + ", session " + autogroupLine(pids.front());
+    std::size_t slowed = 0;
+    constexpr std::size_t step = 53; // no divisor of what one app or one thread takes
+    for (std::size_t nth = 5;; nth += step) {
+      const desktop::TemporaryFolder folder;
+      const std::string data = folder.path().string();
+      const Ending ending =
+          runUntilChange(nth, [&] { return ProgramOnBand(data).playGame(game.pid(), pids); });
+      slowed += differencesIn(pids, before).size();
+      ProgramOnBand next(data);
+      EXPECT_TRUE(next.band.settle(guard));
+      EXPECT_EQ(differencesIn(pids, before), "") << "after change " << nth;
+      if (ending != Ending::killed || testing::Test::HasFailure()) break;
+    }
+    EXPECT_GT(slowed, 0U);
   });
 }
 

@@ -254,6 +254,35 @@ TEST_F(LinuxBandTest, AClassThatSomebodyElseGaveBackDoesNotCountAsSlow) {
   EXPECT_EQ(ProcKernel().ioPriority(app.pid()), 0);
 }
 
+// Whoever may write an I/O priority can write a mark that says whatever is useful.
+TEST_F(LinuxBandTest, AForgedMarkGivesNobodyRealTimeIo) {
+  asBoth([] {
+    const TestProcess app;
+    const Pid second = app.ask('t');
+    ThreadMark forged;
+    forged.ioClass = 1;
+    forged.ioLevel = 0;
+    ASSERT_TRUE(ProcKernel().setIoPriority(app.pid(), forged.encode()) == Change::done);
+    forged.isLeaving = true;
+    ASSERT_TRUE(ProcKernel().setIoPriority(second, forged.encode()) == Change::done);
+    Band band;
+    band.band.reclaim(nullptr);
+    band.settled();
+    EXPECT_EQ(ProcKernel().ioPriority(app.pid()), 0);
+    EXPECT_EQ(ProcKernel().ioPriority(second), 0);
+  });
+}
+
+TEST_F(LinuxBandTest, RealTimeIoIsNeverTakenFromAnybody) {
+  if (!runsAsRoot()) GTEST_SKIP() << "only root can give it";
+  const TestProcess app;
+  constexpr int realTime = (1 << 13) | 3;
+  ASSERT_TRUE(ProcKernel().setIoPriority(app.pid(), realTime) == Change::done);
+  Band band;
+  EXPECT_FALSE(band.band.enterBackgroundBand(app.pid()));
+  EXPECT_EQ(ProcKernel().ioPriority(app.pid()), realTime);
+}
+
 TEST_F(LinuxBandTest, AChoiceOfSomebodyElseStays) {
   asBoth([] {
     const TestProcess app;
@@ -316,6 +345,7 @@ TEST_F(LinuxBandTest, RealTimeThreadsAreNeverTouched) {
   EXPECT_TRUE(band.band.enterBackgroundBand(app.pid()));
   EXPECT_EQ(schedulingState(realTime), before);
   EXPECT_TRUE(band.band.leaveBackgroundBand(app.pid()));
+  band.settled();
 
   ASSERT_EQ(::sched_setscheduler(app.pid(), SCHED_RR, &priority), 0);
   ASSERT_EQ(::sched_setscheduler(realTime, SCHED_OTHER, std::array<sched_param, 1>{}.data()), 0);
@@ -400,6 +430,7 @@ TEST_F(LinuxBandTest, ManySessionsWaitTheirTurnWithoutHoldingUpTheLoop) {
       EXPECT_EQ(band.band.isInBackgroundBand(app.pid()), false) << "out, whatever still waits";
     }
     EXPECT_TRUE(band.loop.runUntil([&] { return allShow("nice 0"); }, guard));
+    band.settled();
     for (const TestProcess& app : apps) EXPECT_EQ(ProcKernel().ioPriority(app.pid()), 0);
   });
 }

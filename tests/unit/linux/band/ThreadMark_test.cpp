@@ -20,8 +20,10 @@ TEST(ThreadMark, RemembersEveryIoPriority) {
 }
 
 TEST(ThreadMark, EverythingSurvivesTheKernelsBits) {
-  for (unsigned bits = 0; bits < 512; ++bits) {
+  for (unsigned bits = 0; bits < 1024; ++bits) {
+    if ((bits >> 2U & 3U) == 3U) continue; // no class
     ThreadMark mark;
+    mark.isLeaving = bits >= 512;
     mark.sessionLowered = (bits & 1U) != 0;
     mark.affinityNarrowed = (bits & 2U) != 0;
     mark.schedulingClass = static_cast<ThreadMark::SchedulingClass>((bits >> 2U) & 3U);
@@ -38,6 +40,7 @@ TEST(ThreadMark, IsNotWhatOthersSet) {
     for (int data = 0; data < 64; ++data) EXPECT_FALSE(ThreadMark::decode(ioPriorityOf(ioClass, data)));
   }
   EXPECT_FALSE(ThreadMark::decode(ioPriorityOf(3, 0x1fff)));
+  EXPECT_FALSE(ThreadMark::decode(ThreadMark{}.encode() | 3 << 2)) << "no scheduling class";
   EXPECT_FALSE(ThreadMark::decode(ThreadMark{}.encode() & ~(1 << 13))) << "best effort";
   EXPECT_FALSE(ThreadMark::decode(-1));
 }

@@ -21,10 +21,11 @@ TEST(ProcStat, readsTheFieldsByTheirNumbers) {
   EXPECT_EQ(stat->priority, 39);
   EXPECT_EQ(stat->threads, 7);
   EXPECT_EQ(stat->startTicks, 123456U);
+  EXPECT_EQ(stat->residentPages, 500);
 }
 
 TEST(ProcStat, readsANegativePriority) {
-  const auto stat = parseProcStat("7 (irq) S 2 0 0 0 -1 0 0 0 0 0 1 2 0 0 -51 0 1 0 33 0 0\n");
+  const auto stat = parseProcStat("7 (irq) S 2 0 0 0 -1 0 0 0 0 0 1 2 0 0 -51 0 1 0 33 0 0 0\n");
   ASSERT_TRUE(stat);
   EXPECT_EQ(stat->priority, -51);
 }
@@ -52,7 +53,7 @@ TEST(ProcStat, isNotMisledByAnyName) {
 
 TEST(ProcStat, readsNothingFromALineThatWasCutShort) {
   const std::string whole = lineOf("cat");
-  const std::size_t needed = whole.find("123456") + std::string("123456 ").size();
+  const std::size_t needed = whole.find(" 500 ") + std::string(" 500 ").size();
   for (std::size_t length = 0; length < needed; ++length) {
     EXPECT_FALSE(parseProcStat(whole.substr(0, length))) << length;
   }
@@ -61,13 +62,13 @@ TEST(ProcStat, readsNothingFromALineThatWasCutShort) {
 
 TEST(ProcStat, readsNothingFromWhatTheKernelNeverWrites) {
   const std::string lines[] = {
-      "42 (cat) S -1 42 42 0 -1 0 0 0 0 0 17 23 0 0 39 -20 7 0 123456 0\n",               // negative parent
-      "42 (cat) S 4294967297 42 42 0 -1 0 0 0 0 0 17 23 0 0 39 -20 7 0 123456 0\n",       // no pid
-      "42 (cat) S 41 42 42 0 -1 0 0 0 0 0 17 23 0 0 39 -20 7 0 18446744073709551616 0\n", // beyond 64 bits
-      "42 (cat) S 41 42 42 0 -1 0 0 0 0 0 x 23 0 0 39 -20 7 0 123456 0\n",                // no number
-      "42 (cat)  S 41 42 42 0 -1 0 0 0 0 0 17 23 0 0 39 -20 7 0 123456 0\n",              // two blanks
-      "42 cat S 41 42 42 0 -1 0 0 0 0 0 17 23 0 0 39 -20 7 0 123456 0\n",                 // no name
-      "42 (cat) S 41 42 42 0 -1 0 0 0 0 0 -17 23 0 0 39 -20 7 0 123456 0\n",              // negative time
+      "42 (cat) S -1 42 42 0 -1 0 0 0 0 0 17 23 0 0 39 -20 7 0 123456 0 0 0\n",               // negative parent
+      "42 (cat) S 4294967297 42 42 0 -1 0 0 0 0 0 17 23 0 0 39 -20 7 0 123456 0 0 0\n",       // no pid
+      "42 (cat) S 41 42 42 0 -1 0 0 0 0 0 17 23 0 0 39 -20 7 0 18446744073709551616 0 0 0\n", // beyond 64 bits
+      "42 (cat) S 41 42 42 0 -1 0 0 0 0 0 x 23 0 0 39 -20 7 0 123456 0 0 0\n",                // no number
+      "42 (cat)  S 41 42 42 0 -1 0 0 0 0 0 17 23 0 0 39 -20 7 0 123456 0 0 0\n",              // two blanks
+      "42 cat S 41 42 42 0 -1 0 0 0 0 0 17 23 0 0 39 -20 7 0 123456 0 0 0\n",                 // no name
+      "42 (cat) S 41 42 42 0 -1 0 0 0 0 0 -17 23 0 0 39 -20 7 0 123456 0 0 0\n",              // negative time
   };
   for (const std::string& line : lines) EXPECT_FALSE(parseProcStat(line)) << line;
 }

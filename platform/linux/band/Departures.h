@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "engine/ports/Pid.h"
+#include "platform/linux/band/SessionWeights.h"
+#include "platform/linux/band/ThreadLevers.h"
+#include "platform/linux/kernel/Kernel.h"
+#include "platform/shared/EventLoop.h"
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace vantle {
+
+// Sees those out who have left the band: processes that keep a mark because they may be in the middle of a
+// fork, or because the weight of their session has not had its turn. When the last of them is done with,
+// everybody is looked at once more, if anybody was born since: a child that was on its way when its parent
+// came back has been born by then, with a mark that is on nobody's list.
+class Departures {
+ public:
+  // Whose mark is another copy's business.
+  using IsForeign = std::function<bool(Pid)>;
+
+  Departures(EventLoop& loop, Kernel& kernel, ThreadLevers& threads, SessionWeights& sessions,
+             IsForeign isForeign);
+
+  // As `ThreadLevers::leave`; what is left to do is done later.
+  bool leave(Pid pid, bool keepSession, const ThreadsSeen& seen = {});
+
+  // Called after that last look, in which only leaving processes are put back, for whoever knows who is meant
+  // to be in the band.
+  void onLateBirths(std::function<void()> call) { m_lateBirths = std::move(call); }
+
+  // Somebody has left, who may have forked since that moment; absent: now.
+  void expectBirths(const std::optional<Pid>& since);
+
+  // There is something left to do, after a pause, by this class itself or by `proceed`.
+  bool isBusy() const { return m_isWatching; }
+  std::chrono::milliseconds pause() const { return m_pause; }
+  void proceed();
+
+ private:
+  void wait();
+  void sessionRaised(const std::vector<Pid>& members);
+  void sweep();
+
+  EventLoop& m_loop;
+  Kernel& m_kernel;
+  ThreadLevers& m_threads;
+  SessionWeights& m_sessions;
+  IsForeign m_isForeign;
+  std::function<void()> m_lateBirths;
+  bool m_isWatching = false;
+  std::optional<Pid> m_births; // of the moment from which on somebody may have been born unseen
+  std::chrono::milliseconds m_pause;
+  std::unique_ptr<EventLoop::Handle> m_timer;
+};
+
+} // namespace vantle

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/linux/kernel/Kernel.h"
+
+#include <string>
+#include <vector>
+
+namespace vantle::test {
+
+// What a test process does that is to be an app which starts others without end, a letter for each kind:
+//   m  has 400 MB and forks 20 times a second; its children live for a while, and some fork on
+//   q  the same with little memory, 50 times a second
+//   c  has 50 MB and computes between two forks
+//   p  a shell that starts programs
+//   T  starts threads as fast as it can
+int forkingApp(char letter);
+
+// Every process in these sessions.
+std::vector<ProcessStat> membersOf(const std::vector<Pid>& sessions);
+
+// Everything of any thread there that is not as it was, in words; empty when all is well.
+std::string differencesIn(const std::vector<Pid>& sessions, const std::string& before);
+
+} // namespace vantle::test
