@@ -30,10 +30,10 @@ std::unique_ptr<ServiceManager> managerOrNone(EventLoop& loop, std::unique_ptr<S
 
 LinuxBand::LinuxBand(EventLoop& loop, FileStore& files, BandParts parts)
     : m_shared(parts.kernel ? std::move(parts.kernel) : std::make_shared<ProcKernel>()), m_kernel(*m_shared),
-      m_busLimit(parts.busLimit), m_threads(m_kernel), m_controlGroups(controlGroupMount(m_kernel)),
-      m_sessions(loop, m_kernel),
-      m_units(loop, files, m_kernel, managerOrNone(loop, std::move(parts.manager)),
-              {m_controlGroups, std::move(parts.ledgers), bootId(m_kernel)}) {
+      m_busLimit(parts.busLimit), m_ledger(files, std::move(parts.ledgers), bootId(m_kernel)),
+      m_threads(m_kernel, m_ledger), m_controlGroups(controlGroupMount(m_kernel)),
+      m_sessions(loop, m_ledger, m_kernel),
+      m_units(loop, m_ledger, m_kernel, managerOrNone(loop, std::move(parts.manager)), m_controlGroups) {
   m_sessions.onRaised([this](const std::vector<Pid>& members) {
     for (const Pid pid : members) {
       // Its number may be another one's by now, and that one slowed.
@@ -113,6 +113,7 @@ class LinuxBand::LeavingTogether final : public Leaving {
     const std::optional<ThreadMark> mark = m_band.markOf(*process);
     if (!mark) {
       m_band.m_threads.releaseUnmarked(pid);
+      if (m_band.m_sessions.owes(pid)) raiseSession(*process);
       return true;
     }
     if (m_band.m_units.hasLowered()) noteUnit(pid);
@@ -276,6 +277,7 @@ void LinuxBand::reclaim(const ProcessView* recent) {
     // What was born meanwhile may be a child of one whose turn was still to come.
     if (!view.birthMark() || view.isCurrent(m_kernel.birthMark())) break;
   }
+  m_sessions.raiseAll();
   m_units.raiseAll();
 }
 

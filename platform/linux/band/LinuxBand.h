@@ -3,6 +3,7 @@
 
 #include "engine/ports/BackgroundBand.h"
 #include "engine/ports/FileStore.h"
+#include "platform/linux/band/BandLedger.h"
 #include "platform/linux/band/SessionWeights.h"
 #include "platform/linux/band/ThreadLevers.h"
 #include "platform/linux/band/UnitWeights.h"
@@ -49,6 +50,7 @@ class LinuxBand final : public BackgroundBand {
   void makeRoomFor(Pid boostApp, const std::function<const ProcessView&()>& look) override;
   void reclaim(const ProcessView* recent) override;
   bool settle(std::chrono::milliseconds limit) override;
+  std::size_t owed() const override { return m_sessions.owed() + m_units.owed(); }
 
  private:
   class LeavingTogether;
@@ -63,6 +65,7 @@ class LinuxBand final : public BackgroundBand {
   std::shared_ptr<Kernel> m_shared;
   Kernel& m_kernel;
   std::chrono::milliseconds m_busLimit;
+  BandLedger m_ledger;
   ThreadLevers m_threads;
   std::string m_controlGroups; // mount of the version 2 tree
   SessionWeights m_sessions;

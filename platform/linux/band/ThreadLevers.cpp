@@ -48,7 +48,8 @@ void forEachThread(const Kernel& kernel, Pid pid, Order order, const ThreadsSeen
 
 } // namespace
 
-ThreadLevers::ThreadLevers(Kernel& kernel) : m_kernel(kernel), m_mayRaise(kernel.hasNiceCapability()) {
+ThreadLevers::ThreadLevers(Kernel& kernel, BandLedger& ledger)
+    : m_kernel(kernel), m_narrowed(ledger), m_mayRaise(kernel.hasNiceCapability()) {
   refresh();
 }
 
@@ -57,8 +58,6 @@ void ThreadLevers::refresh() {
   if (online == m_onlineText) return;
   m_onlineText = std::move(online);
   m_efficiency = EfficiencySet::read(m_kernel);
-  m_narrowed = m_efficiency.chosen & m_efficiency.online;
-  m_canNarrow = !m_efficiency.chosen.empty();
 }
 
 bool ThreadLevers::enter(Pid pid, const Plan& plan, const ThreadsSeen& seen) {
@@ -137,8 +136,19 @@ Change ThreadLevers::setMark(Pid tid, const ThreadMark& mark, int before) {
 }
 
 // Only threads that may run anywhere: a mask of its own is kept.
-bool ThreadLevers::mayNarrow(Pid tid) const {
-  return m_canNarrow && m_kernel.affinity(tid) == m_efficiency.online;
+bool ThreadLevers::mayNarrow(Pid tid) {
+  return !m_efficiency.chosen.empty() && m_kernel.affinity(tid) == m_efficiency.online &&
+         m_narrowed.remember(m_efficiency.chosen);
+}
+
+// Which processors are active is asked only where they may have changed: when none of the sets is there
+// whole.
+bool ThreadLevers::isOurNarrowing(Pid tid) {
+  const std::optional<ProcessorSet> now = m_kernel.affinity(tid);
+  if (!now) return false;
+  if (*now == m_efficiency.chosen || m_narrowed.contains(*now)) return true;
+  refresh();
+  return m_narrowed.contains(*now, m_efficiency.online);
 }
 
 bool ThreadLevers::leave(Pid pid, bool keepSession, const ThreadsSeen& seen) {
@@ -160,9 +170,7 @@ void ThreadLevers::releaseUnmarked(Pid pid) {
     if (m_mayRaise && scheduling->policy == SCHED_IDLE) {
       m_kernel.setScheduling(tid, {SCHED_OTHER, scheduling->resetsOnFork});
     }
-    if (m_canNarrow && m_kernel.affinity(tid) == m_narrowed) {
-      m_kernel.setAffinity(tid, ProcessorSet::everything());
-    }
+    if (isOurNarrowing(tid)) m_kernel.setAffinity(tid, ProcessorSet::everything());
     return true;
   });
 }
@@ -181,7 +189,7 @@ bool ThreadLevers::leaveThread(Pid tid, bool keepSession) {
                               : Change::done;
     if (change != Change::done) return change == Change::gone;
   }
-  if (mark->affinityNarrowed && m_kernel.affinity(tid) == m_narrowed) {
+  if (mark->affinityNarrowed && isOurNarrowing(tid)) {
     m_kernel.setAffinity(tid, ProcessorSet::everything());
   }
   int priority = mark->originalIoPriority();
