@@ -50,7 +50,7 @@ SessionWeights::Outcome SessionWeights::raise(const std::vector<Pid>& members) {
     if (outcome != Outcome::queued) return outcome;
     m_queue.push_back(order);
     m_ledger.addSession(group->id);
-    if (!m_timer) wakeAfter(waitAfterRefusal());
+    if (!m_timer) wakeAfter(waitAfterRefusal(false));
     return Outcome::queued;
   }
   for (const Pid member : members) {
@@ -93,7 +93,7 @@ std::optional<SessionWeights::Duration> SessionWeights::advance() {
     const auto early = m_nextTurn - longestTick - m_kernel.now();
     if (insists && early > Duration::zero()) return early;
     if (write(m_queue.front(), insists ? longestInsisting : milliseconds{}) == Outcome::queued) {
-      return waitAfterRefusal();
+      return waitAfterRefusal(insists);
     }
     const Order order = std::move(m_queue.front());
     m_queue.erase(m_queue.begin());
@@ -103,11 +103,11 @@ std::optional<SessionWeights::Duration> SessionWeights::advance() {
   return std::nullopt;
 }
 
-SessionWeights::Duration SessionWeights::waitAfterRefusal() {
+SessionWeights::Duration SessionWeights::waitAfterRefusal(bool hasInsisted) {
   const auto untilTurn = m_nextTurn - m_kernel.now();
   if (untilTurn > Duration::zero()) return untilTurn; // it was this program's own turn
   m_rivalry = std::min(m_rivalry + 2, mostRivalry);
-  const milliseconds longest = m_rivalry > rivalsAreSeen ? turn / 10 : turn / 2;
+  const milliseconds longest = hasInsisted ? turn / 10 : turn / 2;
   return milliseconds(std::uniform_int_distribution<milliseconds::rep>(1, longest.count())(m_random));
 }
 

@@ -75,7 +75,7 @@ class SessionWeights {
   Outcome write(const Order& order, std::chrono::milliseconds insisting);
   // Does what can be done now; how long to wait before the next try, absent when nothing is left.
   std::optional<Duration> advance();
-  Duration waitAfterRefusal();
+  Duration waitAfterRefusal(bool hasInsisted);
   void wakeAfter(Duration wait);
   std::vector<Order>::iterator find(long autogroup);
   std::unordered_map<long, std::vector<Pid>> membersOfLedger() const;

@@ -297,6 +297,21 @@ TEST(BandOnLinux, WhatIsOwedAtADeathIsOnDisk) {
   EXPECT_THAT(evening.desktop.kernel.differences(), IsEmpty());
 }
 
+TEST(BandOnLinux, AnAppThatHasOverwrittenItsMarkEntersAgain) {
+  Evening evening(sessions());
+  evening.desktop.startBand();
+  evening.enter();
+  ASSERT_TRUE(evening.desktop.settle(guard));
+  evening.desktop.kernel.byOthers(evening.second,
+                                  [](ThreadState& state) { state = {.ioPriority = 2 << 13}; });
+  evening.enterOnly({evening.second});
+  EXPECT_TRUE(evening.hasEntered()) << "the weight of its session is this program's all the same";
+  EXPECT_TRUE(evening.desktop.kernel.carriesMark(evening.second));
+  evening.leave();
+  ASSERT_TRUE(evening.desktop.settle(guard));
+  EXPECT_THAT(evening.desktop.kernel.differences(), IsEmpty());
+}
+
 // Every thread keeps the set of processors of its moment, and they come and go.
 TEST(BandOnLinux, ThreadsLeaveWhicheverSetTheyWereNarrowedTo) {
   for (const bool restarts : {false, true}) {

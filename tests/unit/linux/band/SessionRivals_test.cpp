@@ -23,7 +23,7 @@ namespace {
 using namespace test;
 using namespace std::chrono_literals;
 
-using Apps = std::array<TestProcess, 4>;
+using Apps = std::array<TestProcess, 8>;
 
 // Somebody who takes every turn that can be had, for nothing.
 class Spammer {
