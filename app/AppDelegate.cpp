@@ -2,12 +2,15 @@
 #include "app/AppDelegate.h"
 
 #include "BuildConfiguration.h"
+#include "engine/LastWait.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDesktopServices>
 #include <QUrl>
 #include <csignal>
+#include <cstddef>
+#include <cstdio>
 #include <cstdlib>
 #include <string>
 #include <utility>
@@ -70,20 +73,28 @@ void AppDelegate::showInTray() {
   bus.registerService(busName);
 }
 
+// Everything is put back on the way out, as at any other end. A signal that arrives meanwhile is only noted.
 void AppDelegate::installSignalSources() {
   for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
-    m_signalSources.push_back(std::make_unique<SignalSource>(m_loop, signal, [this] { restoreAndExit(); }));
+    m_signalSources.push_back(
+        std::make_unique<SignalSource>(m_loop, signal, [] { QCoreApplication::exit(EXIT_SUCCESS); }));
   }
-}
-
-void AppDelegate::restoreAndExit() {
-  applicationWillTerminate();
-  QCoreApplication::exit(EXIT_SUCCESS);
 }
 
 void AppDelegate::applicationWillTerminate() {
   engine().stopBoost();
-  m_machine.band.settle(longestSettling);
+  letAllComeBack(m_machine.band);
+}
+
+void letAllComeBack(BackgroundBand& band) {
+  const auto apps = [](std::size_t count) { return std::to_string(count) + (count == 1 ? " app" : " apps"); };
+  const bool isDone = waitUntilAllIsBack(band, [&apps](std::size_t left) {
+    std::fprintf(stderr, "vantle: giving %s their speed back; the system allows about ten a second.\n",
+                 apps(left).c_str());
+  });
+  if (isDone || band.owed() == 0) return;
+  std::fprintf(stderr, "vantle: %s could not be given their speed back; the next start does it.\n",
+               apps(band.owed()).c_str());
 }
 
 } // namespace vantle

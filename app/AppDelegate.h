@@ -14,15 +14,13 @@
 #include "settings/SettingsWindowController.h"
 #include "update/UpdateChecker.h"
 
-#include <chrono>
 #include <memory>
 #include <vector>
 
 namespace vantle {
 
-// How long the end of the program may wait for changes that the kernel lets through one by one. One takes
-// 0.1 s, so this is a desktop of a hundred apps.
-inline constexpr std::chrono::seconds longestSettling{10};
+// Waits until every app has its speed back, and says so on the standard error stream when that takes a while.
+void letAllComeBack(BackgroundBand& band);
 
 // Owns the engine and what the person sees of it, and wires up the start and the orderly end.
 class AppDelegate {
@@ -42,8 +40,6 @@ class AppDelegate {
  private:
   void showInTray();
   void installSignalSources();
-  // Puts everything back and ends the program with status 0.
-  void restoreAndExit();
 
   EventLoop& m_loop;
   Machine m_machine;

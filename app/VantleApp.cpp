@@ -17,7 +17,6 @@
 
 #include <QGuiApplication>
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -46,7 +45,7 @@ int recoverOnly(const XdgFolders& folders, const char* reason) {
   const std::unique_ptr<LinuxMachine> linuxMachine = LinuxMachine::forRecovery(folders, loop);
   const Machine machine = linuxMachine->machine();
   Backgrounder(machine).recover();
-  machine.band.settle(longestSettling);
+  letAllComeBack(machine.band);
   std::fprintf(stderr, "vantle: %s\n", reason);
   return 1;
 }
@@ -72,12 +71,12 @@ int VantleApp::run() {
   const XdgFolders folders = XdgFolders::fromEnvironment();
   const SingleCopyLock lock = SingleCopyLock::acquire(folders);
   if (lock.outcome() == SingleCopyLock::Outcome::heldByOther) return EXIT_SUCCESS;
+  holdTerminationSignals();
   if (!hasDesktopSession()) {
     return recoverOnly(folders,
                        "there is no desktop session here (neither DISPLAY nor WAYLAND_DISPLAY is set).");
   }
 
-  holdTerminationSignals();
   std::optional<ToolkitGuard> startGuard([&folders] {
     return recoverOnly(folders,
                        "the desktop session that DISPLAY or WAYLAND_DISPLAY names cannot be reached.");

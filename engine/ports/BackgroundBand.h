@@ -5,6 +5,7 @@
 #include "engine/ports/ProcessView.h"
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -110,6 +111,8 @@ class BackgroundBand {
 
   // Waits until changes that are under way are in force, at most this long; true when none is left.
   virtual bool settle(std::chrono::milliseconds /*limit*/) { return true; }
+  // How many of them there are; 0 also when waiting for the rest is of no use.
+  virtual std::size_t owed() const { return 0; }
 };
 
 } // namespace vantle

@@ -8,8 +8,10 @@
 #include "tests/desktop/harness/SoundServer.h"
 #include "tests/desktop/harness/VirtualDesktop.h"
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
@@ -18,8 +20,12 @@
 #include <random>
 #include <set>
 #include <string>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 namespace vantle::desktop {
@@ -53,8 +59,8 @@ class Boost : public testing::TestWithParam<Who> {
   }
   Program& game(const char* name = "Game") { return app({"--class", name, "--background"}); }
 
-  void startVantle() {
-    m_vantle = &m_desktop->launch({VANTLE_PROGRAM});
+  void startVantle(const std::string& errors = "/dev/null") {
+    m_vantle = &m_desktop->launch({"sh", "-c", std::string("exec ") + VANTLE_PROGRAM + " 2>" + errors});
     // Recovery has run when the bus knows the program: it is the last thing that it does when it starts.
     require("Vantle", [&] { return m_desktop->hasBusName("com.halvo.vantle") || !m_vantle->isRunning(); });
     ASSERT_TRUE(m_vantle->isRunning()) << *m_vantle->exitStatus();
@@ -219,6 +225,92 @@ TEST_P(Boost, EndsWithEachTerminationSignal) {
   }
 }
 
+// Takes every turn at a session's weight that an ordinary user can have.
+class Spammer {
+ public:
+  explicit Spammer(uid_t user) : m_pid(::fork()) {
+    if (m_pid != 0) return;
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    ::setsid();
+    if (::geteuid() == 0 && ::setuid(user) != 0) ::_exit(1);
+    ::prctl(PR_SET_DUMPABLE, 1); // a program that changed its user hides from /proc otherwise
+    const int file = ::open("/proc/self/autogroup", O_RDWR);
+    for (;;) (void)!::write(file, "0", 1);
+  }
+  ~Spammer() { end(); }
+  Spammer(const Spammer&) = delete;
+  Spammer& operator=(const Spammer&) = delete;
+  void end() {
+    if (m_pid <= 0) return;
+    ::kill(m_pid, SIGKILL);
+    ::waitpid(std::exchange(m_pid, 0), nullptr, 0);
+  }
+
+ private:
+  Pid m_pid;
+};
+
+// Apps in sessions that have lost their weight to a game, and a rival for every turn to give it back.
+class Giving : public Boost {
+ protected:
+  void SetUp() override {
+    Boost::SetUp();
+    m_errors = (m_desktop->folder().path() / "tmp/errors").string();
+  }
+  void slow(int count) {
+    for (int number = 0; number < count; ++number) m_apps.push_back(app().pid());
+    Program& played = game();
+    startVantle(m_errors);
+    remember(m_apps);
+    m_desktop->activate(played);
+    const auto isLow = [](Pid pid) { return kernelState(pid).sessionNice == 19; };
+    ASSERT_TRUE(waitUntil([&] { return std::all_of(m_apps.begin(), m_apps.end(), isLow); }));
+  }
+
+  std::string m_errors;
+  std::vector<Pid> m_apps;
+};
+
+TEST_P(Giving, LastsUntilEverybodyIsBackWhateverElseIsAsked) {
+  slow(12);
+  const Spammer spammer(somebody - 1);
+  m_vantle->signal(SIGTERM);
+  while (m_vantle->isRunning()) {
+    m_vantle->signal(SIGINT);
+    m_vantle->signal(SIGTERM);
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  }
+  EXPECT_EQ(m_vantle->exitStatus(), 0);
+  for (const Pid pid : m_apps) EXPECT_EQ(kernelState(pid), m_before[pid]) << "back before its end";
+  expectAllBack();
+  std::ifstream errors(m_errors);
+  std::string line;
+  EXPECT_TRUE(std::getline(errors, line));
+  EXPECT_THAT(line, testing::MatchesRegex("vantle: giving [0-9]+ apps? their speed back; .*"));
+  EXPECT_FALSE(std::getline(errors, line)) << line;
+}
+
+// Killed in the middle, and then the apps overwrite what they carried.
+TEST_P(Giving, IsFinishedByTheNextStartWhateverTheAppsRemember) {
+  slow(6);
+  Spammer spammer(somebody - 1);
+  m_vantle->signal(SIGTERM);
+  require("an empty journal", [&] { return journal() == "[]"; });
+  m_vantle->kill();
+  for (const Pid pid : m_apps) {
+    for (const auto& [tid, thread] : m_before[pid].threads) {
+      ASSERT_EQ(::syscall(SYS_ioprio_set, 1, tid, thread.ioPriority), 0);
+    }
+  }
+  EXPECT_TRUE(std::any_of(m_apps.begin(), m_apps.end(), [](Pid pid) {
+    return kernelState(pid).sessionNice == 19;
+  })) << "nothing was put to the test";
+  spammer.end();
+  m_desktop->windows().activate(m_desktop->waitForWindow(m_apps.front()).id); // or it starts with a Boost
+  startVantle();
+  expectAllBack();
+}
+
 TEST_P(Boost, TakesBackAChildBornMeanwhile) {
   Program& plain = app();
   Program& played = game();
@@ -378,6 +470,9 @@ INSTANTIATE_TEST_SUITE_P(Desktop, Boost, testing::Values(Who::root, Who::somebod
                          [](const auto& about) {
                            return about.param == Who::root ? "AsRoot" : "AsOrdinaryUser";
                          });
+// Root waits for no turn.
+INSTANTIATE_TEST_SUITE_P(Desktop, Giving, testing::Values(Who::somebodyElse),
+                         [](const auto&) { return "AsOrdinaryUser"; });
 
 } // namespace
 } // namespace vantle::desktop

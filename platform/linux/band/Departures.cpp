@@ -8,9 +8,6 @@ namespace vantle {
 
 namespace {
 
-// A child whose parent was seen resting between two forks, and forked before its mark was off, is born within
-// this time; and a thread that computes has used a good part of what a fork may take.
-constexpr std::chrono::milliseconds firstPause{20};
 constexpr std::chrono::milliseconds longestPause{1000};
 
 } // namespace
@@ -18,7 +15,7 @@ constexpr std::chrono::milliseconds longestPause{1000};
 Departures::Departures(EventLoop& loop, Kernel& kernel, ThreadLevers& threads, SessionWeights& sessions,
                        IsForeign isForeign)
     : m_loop(loop), m_kernel(kernel), m_threads(threads), m_sessions(sessions),
-      m_isForeign(std::move(isForeign)), m_pause(firstPause) {
+      m_isForeign(std::move(isForeign)) {
   m_sessions.onRaised([this](const std::vector<Pid>& members) { sessionRaised(members); });
 }
 

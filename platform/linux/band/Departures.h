@@ -21,6 +21,10 @@ namespace vantle {
 // came back has been born by then, with a mark that is on nobody's list.
 class Departures {
  public:
+  // A child whose parent was seen resting between two forks, and forked before its mark was off, is born
+  // within this time; and a thread that computes has used a good part of what a fork may take.
+  static constexpr std::chrono::milliseconds firstPause{20};
+
   // Whose mark is another copy's business.
   using IsForeign = std::function<bool(Pid)>;
 
@@ -39,7 +43,6 @@ class Departures {
 
   // There is something left to do, after a pause, by this class itself or by `proceed`.
   bool isBusy() const { return m_isWatching; }
-  std::chrono::milliseconds pause() const { return m_pause; }
   void proceed();
 
  private:
@@ -55,7 +58,7 @@ class Departures {
   std::function<void()> m_lateBirths;
   bool m_isWatching = false;
   std::optional<Pid> m_births; // of the moment from which on somebody may have been born unseen
-  std::chrono::milliseconds m_pause;
+  std::chrono::milliseconds m_pause = firstPause;
   std::unique_ptr<EventLoop::Handle> m_timer;
 };
 

@@ -192,8 +192,9 @@ std::optional<Autogroup> EnteringPass::weightThatIsOurs(const std::vector<Pid>& 
     const std::optional<Autogroup> group = m_parts.kernel.writableAutogroup(pid);
     if (!group) continue;
     if (group->nice == SessionWeights::own) return group;
+    if (group->nice != SessionWeights::lowered) continue;
     const std::optional<ThreadMark> mark = m_parts.threads.mark(pid);
-    if (group->nice == SessionWeights::lowered && mark && mark->sessionLowered) return group;
+    if ((mark && mark->sessionLowered) || m_parts.sessions.owes(pid)) return group;
   }
   return std::nullopt;
 }

@@ -30,11 +30,11 @@ std::unique_ptr<ServiceManager> managerOrNone(EventLoop& loop, std::unique_ptr<S
 
 LinuxBand::LinuxBand(EventLoop& loop, FileStore& files, BandParts parts)
     : m_shared(parts.kernel ? std::move(parts.kernel) : std::make_shared<ProcKernel>()), m_kernel(*m_shared),
-      m_busLimit(parts.busLimit), m_threads(m_kernel), m_controlGroups(controlGroupMount(m_kernel)),
-      m_sessions(loop, m_kernel),
+      m_busLimit(parts.busLimit), m_ledger(files, std::move(parts.ledgers), bootId(m_kernel)),
+      m_threads(m_kernel, m_ledger), m_controlGroups(controlGroupMount(m_kernel)),
+      m_sessions(loop, m_ledger, m_kernel),
       m_departures(loop, m_kernel, m_threads, m_sessions, [this](Pid pid) { return isOfAnotherCopy(pid); }),
-      m_units(loop, files, m_kernel, managerOrNone(loop, std::move(parts.manager)),
-              {m_controlGroups, std::move(parts.ledgers), bootId(m_kernel)}) {}
+      m_units(loop, m_ledger, m_kernel, managerOrNone(loop, std::move(parts.manager)), m_controlGroups) {}
 
 LinuxBand::~LinuxBand() = default;
 
@@ -94,6 +94,7 @@ class LinuxBand::LeavingTogether final : public Leaving {
     const std::optional<ThreadMark> mark = m_band.markOf(*process);
     if (!mark) {
       m_band.m_threads.releaseUnmarked(pid);
+      if (m_band.m_sessions.owes(pid)) raiseSession(*process);
       return true;
     }
     if (m_band.m_units.hasLowered()) noteUnit(pid);
@@ -257,6 +258,7 @@ void LinuxBand::reclaim(const ProcessView* recent) {
     // What was born meanwhile may be a child of one whose turn was still to come.
     if (!view.birthMark() || view.isCurrent(m_kernel.birthMark())) break;
   }
+  m_sessions.raiseAll();
   m_units.raiseAll();
 }
 
@@ -267,11 +269,9 @@ bool LinuxBand::settle(std::chrono::milliseconds limit) {
   };
   bool isSettled = m_sessions.settle(limit);
   while (isSettled && m_departures.isBusy()) {
-    if (left() <= m_departures.pause()) {
-      isSettled = false;
-      break;
-    }
-    m_kernel.sleep(m_departures.pause());
+    isSettled = left() > Departures::firstPause;
+    if (!isSettled) break;
+    m_kernel.sleep(Departures::firstPause);
     m_departures.proceed();
     isSettled = m_sessions.settle(left());
   }

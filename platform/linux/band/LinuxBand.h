@@ -3,6 +3,7 @@
 
 #include "engine/ports/BackgroundBand.h"
 #include "engine/ports/FileStore.h"
+#include "platform/linux/band/BandLedger.h"
 #include "platform/linux/band/Departures.h"
 #include "platform/linux/band/SessionWeights.h"
 #include "platform/linux/band/ThreadLevers.h"
@@ -52,6 +53,9 @@ class LinuxBand final : public BackgroundBand {
   void reclaim(const ProcessView* recent) override;
   void onLateBirths(std::function<void()> call) override { m_departures.onLateBirths(std::move(call)); }
   bool settle(std::chrono::milliseconds limit) override;
+  std::size_t owed() const override {
+    return m_sessions.owed() + m_units.owed() + m_threads.departing().size();
+  }
 
  private:
   class LeavingTogether;
@@ -65,6 +69,7 @@ class LinuxBand final : public BackgroundBand {
   std::shared_ptr<Kernel> m_shared;
   Kernel& m_kernel;
   std::chrono::milliseconds m_busLimit;
+  BandLedger m_ledger;
   ThreadLevers m_threads;
   std::string m_controlGroups; // mount of the version 2 tree
   SessionWeights m_sessions;

@@ -2,14 +2,18 @@
 #pragma once
 
 #include "engine/ports/Pid.h"
+#include "platform/linux/band/BandLedger.h"
 #include "platform/linux/kernel/Kernel.h"
 #include "platform/shared/EventLoop.h"
 
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
+#include <random>
+#include <unordered_map>
 #include <vector>
 
 namespace vantle {
@@ -17,6 +21,10 @@ namespace vantle {
 // Lowers and gives back the weight of whole sessions. The kernel lets an ordinary user make one such change
 // in 100 ms, all users together, and answers EAGAIN to the others; those wait in a queue here, without
 // holding up the main loop: first what gets faster, then the heaviest of what gets slower.
+//
+// A turn goes to whoever asks first when it comes. Others who ask as well are met at irregular moments, so
+// that nobody is always the second; and where turns keep being lost and something is to be given back, this
+// program asks without a pause for a while, as somebody who wants to keep an app slowed may do the same.
 class SessionWeights {
  public:
   static constexpr int own = 0;      // the only weight that is ever changed: another was chosen by somebody
@@ -29,7 +37,9 @@ class SessionWeights {
     friend auto operator<=>(const Load&, const Load&) = default;
   };
 
-  SessionWeights(EventLoop& loop, Kernel& kernel) : m_loop(loop), m_kernel(kernel) {}
+  SessionWeights(EventLoop& loop, BandLedger& ledger, Kernel& kernel)
+      : m_loop(loop), m_ledger(ledger), m_kernel(kernel),
+        m_random(static_cast<std::minstd_rand::result_type>(kernel.self())) {}
 
   // Called with the processes whose session came back late, so that their marks can go.
   void onRaised(std::function<void(const std::vector<Pid>&)> raised) { m_raised = std::move(raised); }
@@ -39,8 +49,14 @@ class SessionWeights {
   // Gives a session its own weight back, at once or as soon as the kernel allows it.
   Outcome raise(const std::vector<Pid>& members);
   void apply();
+  // The same with every session that this program, or one before it, has lowered and not given back, whatever
+  // its processes remember.
+  void raiseAll();
 
-  bool isRaising() const; // something waits for its own weight
+  // Whether the process stands in a session that was lowered and not given back.
+  bool owes(Pid pid) const;
+  bool isRaising() const { return owed() > 0; } // something waits for its own weight
+  std::size_t owed() const;                     // how many sessions
 
   // Waits until the queue is empty, at most this long; true when it is.
   bool settle(std::chrono::milliseconds limit);
@@ -54,13 +70,24 @@ class SessionWeights {
     std::vector<Pid> members;
   };
 
-  Outcome write(const Order& order);
+  using Duration = std::chrono::steady_clock::duration;
+
+  Outcome write(const Order& order, std::chrono::milliseconds insisting);
+  // Does what can be done now; how long to wait before the next try, absent when nothing is left.
+  std::optional<Duration> advance();
+  Duration waitAfterRefusal(bool hasInsisted);
+  void wakeAfter(Duration wait);
   std::vector<Order>::iterator find(long autogroup);
+  std::unordered_map<long, std::vector<Pid>> membersOfLedger() const;
 
   EventLoop& m_loop;
+  BandLedger& m_ledger;
   Kernel& m_kernel;
   std::function<void(const std::vector<Pid>&)> m_raised;
   std::vector<Order> m_queue;
+  std::minstd_rand m_random;
+  std::chrono::steady_clock::time_point m_nextTurn{}; // not before, after this program's own last one
+  int m_rivalry = 0;                                  // grows with every turn that somebody else took
   std::unique_ptr<EventLoop::Handle> m_timer;
 };
 

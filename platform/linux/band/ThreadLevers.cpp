@@ -75,7 +75,8 @@ bool forEachThread(const Kernel& kernel, Pid pid, Order order, const ThreadsSeen
 
 } // namespace
 
-ThreadLevers::ThreadLevers(Kernel& kernel) : m_kernel(kernel), m_mayRaise(kernel.hasNiceCapability()) {
+ThreadLevers::ThreadLevers(Kernel& kernel, BandLedger& ledger)
+    : m_kernel(kernel), m_narrowed(ledger), m_mayRaise(kernel.hasNiceCapability()) {
   refresh();
 }
 
@@ -84,8 +85,6 @@ void ThreadLevers::refresh() {
   if (online == m_onlineText) return;
   m_onlineText = std::move(online);
   m_efficiency = EfficiencySet::read(m_kernel);
-  m_narrowed = m_efficiency.chosen & m_efficiency.online;
-  m_canNarrow = !m_efficiency.chosen.empty();
 }
 
 bool ThreadLevers::enter(Pid pid, const Plan& plan, const ThreadsSeen& seen) {
@@ -127,7 +126,7 @@ ThreadLevers::Entered ThreadLevers::enterThread(Pid tid, const Plan& plan, bool 
 
   ThreadMark mark = *remembered;
   if (mark.isLeaving && scheduling->policy != SCHED_IDLE) mark.schedulingClass = SchedulingClass::unchanged;
-  if (mark.isLeaving) mark.affinityNarrowed = mark.affinityNarrowed && m_kernel.affinity(tid) == m_narrowed;
+  if (mark.isLeaving) mark.affinityNarrowed = mark.affinityNarrowed && isOurNarrowing(tid);
   mark.isLeaving = false;
   mark.sessionLowered = mark.sessionLowered || plan.sessionLowered;
   const bool isFair = scheduling->policy == SCHED_OTHER || scheduling->policy == SCHED_BATCH;
@@ -167,8 +166,19 @@ Change ThreadLevers::setMark(Pid tid, const ThreadMark& mark, int before) {
 }
 
 // Only threads that may run anywhere: a mask of its own is kept.
-bool ThreadLevers::mayNarrow(Pid tid) const {
-  return m_canNarrow && m_kernel.affinity(tid) == m_efficiency.online;
+bool ThreadLevers::mayNarrow(Pid tid) {
+  return !m_efficiency.chosen.empty() && m_kernel.affinity(tid) == m_efficiency.online &&
+         m_narrowed.remember(m_efficiency.chosen);
+}
+
+// Which processors are active is asked only where they may have changed: when none of the sets is there
+// whole.
+bool ThreadLevers::isOurNarrowing(Pid tid) {
+  const std::optional<ProcessorSet> now = m_kernel.affinity(tid);
+  if (!now) return false;
+  if (*now == m_efficiency.chosen || m_narrowed.contains(*now)) return true;
+  refresh();
+  return m_narrowed.contains(*now, m_efficiency.online);
 }
 
 bool ThreadLevers::leave(Pid pid, bool keepSession, const ThreadsSeen& seen) {
@@ -228,9 +238,7 @@ void ThreadLevers::releaseUnmarked(Pid pid) {
     if (m_mayRaise && scheduling->policy == SCHED_IDLE) {
       m_kernel.setScheduling(tid, {SCHED_OTHER, scheduling->resetsOnFork});
     }
-    if (m_canNarrow && m_kernel.affinity(tid) == m_narrowed) {
-      m_kernel.setAffinity(tid, ProcessorSet::everything());
-    }
+    if (isOurNarrowing(tid)) m_kernel.setAffinity(tid, ProcessorSet::everything());
     return Visit::goOn;
   });
 }
@@ -272,7 +280,7 @@ std::optional<bool> ThreadLevers::giveBack(Pid tid, const ThreadMark& mark) {
     if (change == Change::gone) return std::nullopt;
     if (change == Change::refused) return false;
   }
-  if (mark.affinityNarrowed && m_kernel.affinity(tid) == m_narrowed) {
+  if (mark.affinityNarrowed && isOurNarrowing(tid)) {
     m_kernel.setAffinity(tid, ProcessorSet::everything());
   }
   return true;

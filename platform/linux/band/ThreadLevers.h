@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/linux/band/EfficiencySet.h"
+#include "platform/linux/band/NarrowedSets.h"
 #include "platform/linux/band/ThreadMark.h"
 #include "platform/linux/kernel/Kernel.h"
 
@@ -39,7 +40,7 @@ class ThreadLevers {
     bool classIsTheEffect = false; // refuse the process unless its threads can be slowed by class
     bool sessionLowered = false;   // remember that the session's weight was ours to change
   };
-  explicit ThreadLevers(Kernel& kernel);
+  ThreadLevers(Kernel& kernel, BandLedger& ledger);
 
   // Looks for processors that were switched on or off since; once a pass.
   void refresh();
@@ -105,7 +106,8 @@ class ThreadLevers {
   bool mayBeForking(Pid tid, std::map<Pid, Doubt>& doubts);
   bool isKnown(Pid tid, std::map<Pid, Doubt>& doubts) const;
   Change setMark(Pid tid, const ThreadMark& mark, int before);
-  bool mayNarrow(Pid tid) const;
+  bool mayNarrow(Pid tid);
+  bool isOurNarrowing(Pid tid); // where it may run is where this program has put it, now or earlier
   std::optional<ThreadMark> markBehindRealTime(Pid pid) const;
 
   std::optional<ThreadMark> threadMark(Pid tid) const;
@@ -113,8 +115,7 @@ class ThreadLevers {
   Kernel& m_kernel;
   std::string m_onlineText;
   EfficiencySet m_efficiency;
-  ProcessorSet m_narrowed; // what a thread has that was narrowed to it
-  bool m_canNarrow = false;
+  NarrowedSets m_narrowed;
   bool m_mayRaise;          // CAP_SYS_NICE where it counts
   bool m_keepsBits = false; // this kernel was seen to keep all bits of a mark
   std::map<Pid, Departure> m_departing;

@@ -20,6 +20,7 @@ constexpr milliseconds firstRetry{1000};
 constexpr milliseconds lastRetry{60'000};
 constexpr milliseconds reclaimLimit{200}; // what the main loop may be held up for
 constexpr milliseconds settleStep{50};
+constexpr milliseconds longestAnswer{1000};
 constexpr int mostSteps = 4;
 constexpr int mostAttachRounds = 8; // two were enough for a shell that forks without end
 
@@ -38,32 +39,31 @@ bool appendPids(std::string_view lines, std::vector<Pid>& pids) {
 
 } // namespace
 
-UnitWeights::UnitWeights(EventLoop& loop, FileStore& files, Kernel& kernel,
-                         std::unique_ptr<ServiceManager> manager, Places places)
-    : m_loop(loop), m_kernel(kernel), m_places(std::move(places)),
+UnitWeights::UnitWeights(EventLoop& loop, BandLedger& ledger, Kernel& kernel,
+                         std::unique_ptr<ServiceManager> manager, std::string controlGroups)
+    : m_loop(loop), m_kernel(kernel), m_controlGroups(std::move(controlGroups)),
       m_managerPath(userManagerPath(kernel.user())), m_appSlice(appSlicePath(kernel.user())),
-      m_ledger(files, m_places.ledgers, m_places.bootId), m_retryDelay(firstRetry),
-      m_manager(std::move(manager)) {}
+      m_ledger(ledger), m_retryDelay(firstRetry), m_manager(std::move(manager)) {}
 
 bool UnitWeights::isUsable() const {
-  if (!m_manager->isReachable() || m_manager->isLate() || m_places.controlGroups.empty()) return false;
-  const auto controllers = m_kernel.read(m_places.controlGroups + m_managerPath + "/cgroup.controllers");
+  if (!m_manager->isReachable() || m_manager->isLate() || m_controlGroups.empty()) return false;
+  const auto controllers = m_kernel.read(m_controlGroups + m_managerPath + "/cgroup.controllers");
   return controllers && hasWord(*controllers, "cpu");
 }
 
 bool UnitWeights::isIdle(const UnitPlace& place) const {
-  const auto idle = m_kernel.read(m_places.controlGroups + place.path + "/cpu.idle");
+  const auto idle = m_kernel.read(m_controlGroups + place.path + "/cpu.idle");
   return idle && idle->starts_with('1');
 }
 
 bool UnitWeights::isLowered(std::string_view processPath) const {
-  return std::any_of(m_ledger.entries().begin(), m_ledger.entries().end(), [&](const auto& entry) {
+  return std::any_of(m_ledger.units().begin(), m_ledger.units().end(), [&](const auto& entry) {
     return m_inForce.contains(entry.place.name) && entry.place.holds(processPath);
   });
 }
 
 std::optional<UnitPlace> UnitWeights::loweredUnitOf(std::string_view processPath) const {
-  for (const UnitLedger::Entry& entry : m_ledger.entries()) {
+  for (const BandLedger::Unit& entry : m_ledger.units()) {
     if (entry.place.holds(processPath)) return entry.place;
   }
   return std::nullopt;
@@ -74,7 +74,7 @@ std::vector<UnitPlace> UnitWeights::lower(const std::vector<UnitPlace>& places, 
   if (!m_raising.empty() && !m_manager->finish(deadline)) return {};
 
   auto weights = std::make_shared<std::map<std::string, std::optional<std::uint64_t>>>();
-  std::vector<UnitLedger::Entry> wanted;
+  std::vector<BandLedger::Unit> wanted;
   for (const UnitPlace& place : places) {
     if (m_raising.contains(place.name)) continue;
     if (m_inForce.contains(place.name) && isIdle(place)) continue;
@@ -85,9 +85,9 @@ std::vector<UnitPlace> UnitWeights::lower(const std::vector<UnitPlace>& places, 
   }
   m_manager->finish(deadline);
   // A unit that is idle already was put there by somebody else, who will take it out again.
-  const auto isUnknown = [this, &weights](UnitLedger::Entry& entry) {
+  const auto isUnknown = [this, &weights](BandLedger::Unit& entry) {
     entry.weight = (*weights)[entry.place.name].value_or(ServiceManager::idleWeight);
-    const UnitLedger::Entry* earlier = m_ledger.find(entry.place.name);
+    const BandLedger::Unit* earlier = m_ledger.find(entry.place.name);
     if (!earlier) return entry.weight == ServiceManager::idleWeight;
     if (!(*weights)[entry.place.name]) return true;
     if (entry.weight == ServiceManager::idleWeight) {
@@ -100,12 +100,12 @@ std::vector<UnitPlace> UnitWeights::lower(const std::vector<UnitPlace>& places, 
   wanted.erase(std::remove_if(wanted.begin(), wanted.end(), isUnknown), wanted.end());
   if (wanted.empty() || m_kernel.now() >= deadline || !m_ledger.add(wanted)) return {};
 
-  for (const UnitLedger::Entry& entry : wanted) {
+  for (const BandLedger::Unit& entry : wanted) {
     m_manager->setWeight(entry.place.name, ServiceManager::idleWeight, [](bool) {});
   }
   waitUntilIdle(wanted, deadline);
   std::vector<UnitPlace> lowered;
-  for (const UnitLedger::Entry& entry : wanted) {
+  for (const BandLedger::Unit& entry : wanted) {
     if (isIdle(entry.place)) {
       m_inForce.insert(entry.place.name);
       lowered.push_back(entry.place);
@@ -116,7 +116,7 @@ std::vector<UnitPlace> UnitWeights::lower(const std::vector<UnitPlace>& places, 
   return lowered;
 }
 
-void UnitWeights::waitUntilIdle(const std::vector<UnitLedger::Entry>& entries, Deadline deadline) {
+void UnitWeights::waitUntilIdle(const std::vector<BandLedger::Unit>& entries, Deadline deadline) {
   // The first weighted unit makes the manager switch the controller on along the whole path, in more than one
   // step of its own.
   for (int step = 0; step < mostSteps && m_kernel.now() < deadline; ++step) {
@@ -131,7 +131,7 @@ void UnitWeights::waitUntilIdle(const std::vector<UnitLedger::Entry>& entries, D
 
 void UnitWeights::raise(std::string_view processPath) {
   std::vector<std::string> units;
-  for (const UnitLedger::Entry& entry : m_ledger.entries()) {
+  for (const BandLedger::Unit& entry : m_ledger.units()) {
     if (entry.place.holds(processPath)) units.push_back(entry.place.name);
   }
   for (const std::string& unit : units) raiseUnit(unit);
@@ -139,12 +139,12 @@ void UnitWeights::raise(std::string_view processPath) {
 
 void UnitWeights::raiseUnit(const std::string& unit) {
   m_inForce.erase(unit);
-  const UnitLedger::Entry* entry = m_ledger.find(unit);
+  const BandLedger::Unit* entry = m_ledger.find(unit);
   if (!entry || !m_raising.insert(unit).second) return;
   const std::uint64_t weight = entry->weight;
   if (isIdle(entry->place)) return giveBack(unit, weight);
   if (!entry->place.isService() && !entry->place.name.ends_with(".slice") &&
-      !m_kernel.exists(m_places.controlGroups + entry->place.path)) {
+      !m_kernel.exists(m_controlGroups + entry->place.path)) {
     return forget(unit); // a scope ends with its processes, and its weight with it
   }
   m_manager->getWeight(unit, [this, unit, weight](std::optional<std::uint64_t> now) {
@@ -173,7 +173,7 @@ void UnitWeights::confirmReturns() {
     const std::vector<std::shared_ptr<Return>> confirmed(m_returns.begin(), end);
     m_returns.erase(m_returns.begin(), end);
     for (const auto& order : confirmed) {
-      const UnitLedger::Entry* entry = m_ledger.find(order->unit);
+      const BandLedger::Unit* entry = m_ledger.find(order->unit);
       const bool isBack = order->isServed && (!entry || !isIdle(entry->place));
       isBack ? forget(order->unit) : failed(order->unit);
     }
@@ -208,16 +208,19 @@ void UnitWeights::failed(const std::string& unit) {
 
 void UnitWeights::raiseDebts() {
   std::vector<std::string> debts;
-  for (const UnitLedger::Entry& entry : m_ledger.entries()) {
+  for (const BandLedger::Unit& entry : m_ledger.units()) {
     if (!m_inForce.contains(entry.place.name)) debts.push_back(entry.place.name);
   }
   for (const std::string& unit : debts) raiseUnit(unit);
 }
 
-bool UnitWeights::hasDebts() const {
-  return std::any_of(m_ledger.entries().begin(), m_ledger.entries().end(),
-                     [this](const auto& entry) { return !m_inForce.contains(entry.place.name); });
+std::size_t UnitWeights::countDebts() const {
+  return static_cast<std::size_t>(
+      std::count_if(m_ledger.units().begin(), m_ledger.units().end(),
+                    [this](const auto& entry) { return !m_inForce.contains(entry.place.name); }));
 }
+
+std::size_t UnitWeights::owed() const { return m_manager->isReachable() ? countDebts() : 0; }
 
 void UnitWeights::raiseAll() {
   m_inForce.clear();
@@ -228,7 +231,8 @@ void UnitWeights::raiseAll() {
 bool UnitWeights::settle(milliseconds limit) {
   const Deadline end = m_kernel.now() + limit;
   for (;;) {
-    m_manager->finish(end);
+    // One answer that never comes must not use up the time in which the units could be asked for again.
+    m_manager->finish(std::min(end, m_kernel.now() + longestAnswer));
     if (!hasDebts()) return true;
     if (m_kernel.now() >= end || !m_manager->isReachable()) return false;
     m_kernel.sleep(std::min<SteadyClock::duration>(settleStep, end - m_kernel.now()));
@@ -246,7 +250,7 @@ void UnitWeights::adopt(std::vector<Adoption>& adoptions, Deadline deadline) {
     const std::vector<ProcessStat> now = m_kernel.scan();
     for (const Adoption& adoption : adoptions) {
       // It may be there because an order of a program before this one was served late.
-      if (m_kernel.exists(m_places.controlGroups + m_appSlice + "/" + adoption.scope)) {
+      if (m_kernel.exists(m_controlGroups + m_appSlice + "/" + adoption.scope)) {
         started->insert(adoption.scope);
       }
       if (started->contains(adoption.scope)) continue;
@@ -280,14 +284,14 @@ void UnitWeights::adopt(std::vector<Adoption>& adoptions, Deadline deadline) {
 }
 
 std::optional<std::vector<Pid>> UnitWeights::processesIn(const std::string& path) const {
-  const std::string folder = m_places.controlGroups + path;
+  const std::string folder = m_controlGroups + path;
   const auto own = m_kernel.read(folder + "/cgroup.procs");
   std::vector<Pid> pids;
   if (!own || !appendPids(*own, pids)) return std::nullopt;
   const std::optional<std::vector<std::string>> below = m_kernel.folders(folder);
   if (!below) return std::nullopt;
   for (const std::string& name : *below) {
-    const auto inner = processesIn(path + "/" + name);
+    const auto inner = processesIn(std::string(path).append("/").append(name));
     if (!inner) return std::nullopt;
     pids.insert(pids.end(), inner->begin(), inner->end());
   }

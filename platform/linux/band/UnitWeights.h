@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "platform/linux/band/BandLedger.h"
 #include "platform/linux/band/ServiceManager.h"
-#include "platform/linux/band/UnitLedger.h"
 #include "platform/linux/band/UnitPath.h"
 #include "platform/linux/kernel/Kernel.h"
 #include "platform/shared/EventLoop.h"
@@ -27,11 +27,6 @@ namespace vantle {
 // the ledger and is tried again later, and at the latest by the next start.
 class UnitWeights {
  public:
-  struct Places {
-    std::string controlGroups; // mount of the version 2 tree; empty for none
-    std::vector<std::string> ledgers;
-    std::string bootId;
-  };
   // An app that is to stand in a unit of its own.
   struct Adoption {
     std::string scope;
@@ -43,8 +38,9 @@ class UnitWeights {
 
   using Deadline = ServiceManager::Deadline;
 
-  UnitWeights(EventLoop& loop, FileStore& files, Kernel& kernel, std::unique_ptr<ServiceManager> manager,
-              Places places);
+  // `controlGroups`: mount of the version 2 tree; empty for none.
+  UnitWeights(EventLoop& loop, BandLedger& ledger, Kernel& kernel, std::unique_ptr<ServiceManager> manager,
+              std::string controlGroups);
 
   // Whether there is a user manager with power over processor time.
   bool isUsable() const;
@@ -57,13 +53,14 @@ class UnitWeights {
   bool isLowered(std::string_view processPath) const;
   // The unit that this path leads through and that still owes its weight; absent when there is none.
   std::optional<UnitPlace> loweredUnitOf(std::string_view processPath) const;
-  bool hasLowered() const { return !m_ledger.entries().empty(); } // and not given back yet
-  void raise(std::string_view processPath);                       // the units that it leads through
+  bool hasLowered() const { return !m_ledger.units().empty(); } // and not given back yet
+  void raise(std::string_view processPath);                     // the units that it leads through
   void raiseAll();
   void adopt(std::vector<Adoption>& adoptions, Deadline deadline);
 
   // Waits until nothing is left to give back, at most this long; true when nothing is.
   bool settle(std::chrono::milliseconds limit);
+  std::size_t owed() const; // units that it would wait for
 
   // Every process in a folder and below it; absent when it cannot be read.
   std::optional<std::vector<Pid>> processesIn(const std::string& path) const;
@@ -81,17 +78,18 @@ class UnitWeights {
   void returned(const std::string& unit);
   void forget(const std::string& unit);
   void failed(const std::string& unit);
-  void waitUntilIdle(const std::vector<UnitLedger::Entry>& entries, Deadline deadline);
+  void waitUntilIdle(const std::vector<BandLedger::Unit>& entries, Deadline deadline);
   void raiseDebts();
-  bool hasDebts() const;
+  bool hasDebts() const { return countDebts() > 0; }
+  std::size_t countDebts() const;
   bool isIdle(const UnitPlace& place) const; // as the kernel has it
 
   EventLoop& m_loop;
   Kernel& m_kernel;
-  Places m_places;
+  std::string m_controlGroups;
   std::string m_managerPath;
   std::string m_appSlice;
-  UnitLedger m_ledger;
+  BandLedger& m_ledger;
   std::set<std::string> m_inForce;                // units of the ledger that stay lowered for now
   std::set<std::string> m_raising;                // units whose weight is on its way back
   std::vector<std::shared_ptr<Return>> m_returns; // those of them that were ordered, in order

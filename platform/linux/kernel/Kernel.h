@@ -103,8 +103,10 @@ class Kernel {
   virtual std::optional<Autogroup> autogroup(Pid pid) const = 0;
   virtual std::optional<Autogroup> writableAutogroup(Pid pid) const = 0;
   // Gives the session of this process another weight (a nice value, -20 to 19), if it still is that session
-  // and still has that weight.
-  virtual SessionChange setAutogroupNice(Pid pid, const Autogroup& expected, int nice) = 0;
+  // and still has that weight. An ordinary user's turn goes to whoever asks first when it comes: asks again
+  // without a pause as long as it is given, as a turn is short and others may never pause.
+  virtual SessionChange setAutogroupNice(Pid pid, const Autogroup& expected, int nice,
+                                         std::chrono::milliseconds insisting = {}) = 0;
 
   // Threads.
   virtual Answer<int> ioPriority(Pid tid) const = 0; // as it was set, see ioprio_get(2)

@@ -63,8 +63,8 @@ template <typename Callback> void forEachPid(int folder, Callback call) {
 
 // What an open /proc/PID/autogroup says.
 std::optional<Autogroup> readAutogroup(const Descriptor& file) {
-  std::array<char, 64> text; // NOLINT(cppcoreguidelines-pro-type-member-init): filled by read
-  const ssize_t got = file ? ::read(file.get(), text.data(), text.size()) : -1;
+  std::array<char, 64> text; // NOLINT(cppcoreguidelines-pro-type-member-init): filled by pread
+  const ssize_t got = file ? ::pread(file.get(), text.data(), text.size(), 0) : -1;
   if (got <= 0) return std::nullopt;
   return Autogroup::parse({text.data(), static_cast<std::size_t>(got)});
 }
@@ -219,17 +219,23 @@ std::optional<Autogroup> ProcKernel::writableAutogroup(Pid pid) const {
   return readAutogroup(open(pid, "autogroup", O_RDWR));
 }
 
-SessionChange ProcKernel::setAutogroupNice(Pid pid, const Autogroup& expected, int nice) {
+SessionChange ProcKernel::setAutogroupNice(Pid pid, const Autogroup& expected, int nice,
+                                           std::chrono::milliseconds insisting) {
+  constexpr int writesBetweenLooks = 64; // well below a tenth of a millisecond
   // The descriptor stays bound to that very process.
   const Descriptor file = open(pid, "autogroup", O_RDWR);
-  const std::optional<Autogroup> group = readAutogroup(file);
-  if (!group || group->id != expected.id) return SessionChange::elsewhere;
-  if (group->nice != expected.nice) return SessionChange::chosen;
   const std::string text = std::to_string(nice);
-  if (::write(file.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size())) {
-    return SessionChange::done;
-  }
-  return errno == EAGAIN ? SessionChange::later : SessionChange::refused;
+  const auto end = now() + insisting;
+  do {
+    const std::optional<Autogroup> group = readAutogroup(file);
+    if (!group || group->id != expected.id) return SessionChange::elsewhere;
+    if (group->nice != expected.nice) return SessionChange::chosen;
+    for (int count = insisting.count() > 0 ? writesBetweenLooks : 1; count > 0; --count) {
+      if (::write(file.get(), text.data(), text.size()) >= 0) return SessionChange::done;
+      if (errno != EAGAIN) return SessionChange::refused;
+    }
+  } while (now() < end);
+  return SessionChange::later;
 }
 
 std::string ProcKernel::placeOf(const std::string& path) const {

@@ -29,7 +29,8 @@ class ProcKernel final : public Kernel {
 
   std::optional<Autogroup> autogroup(Pid pid) const override;
   std::optional<Autogroup> writableAutogroup(Pid pid) const override;
-  SessionChange setAutogroupNice(Pid pid, const Autogroup& expected, int nice) override;
+  SessionChange setAutogroupNice(Pid pid, const Autogroup& expected, int nice,
+                                 std::chrono::milliseconds insisting) override;
 
   Answer<int> ioPriority(Pid tid) const override;
   Change setIoPriority(Pid tid, int priority) override;

@@ -52,6 +52,20 @@ std::optional<ProcessorSet> ProcessorSet::parse(std::string_view list) {
   return set;
 }
 
+std::string ProcessorSet::text() const {
+  std::string list;
+  for (std::size_t first = 0; first < most; ++first) {
+    if (!contains(first)) continue;
+    std::size_t last = first;
+    while (contains(last + 1)) ++last;
+    if (!list.empty()) list += ',';
+    list += std::to_string(first);
+    if (last != first) list += '-' + std::to_string(last);
+    first = last;
+  }
+  return list;
+}
+
 ProcessorSet ProcessorSet::everything() {
   ProcessorSet set;
   set.m_words.fill(~0UL);

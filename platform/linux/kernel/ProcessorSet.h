@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace vantle {
@@ -22,6 +23,7 @@ class ProcessorSet {
 
   // The kernel's list form, "0-3,6". Absent when the text is not one.
   static std::optional<ProcessorSet> parse(std::string_view list);
+  std::string text() const;
   // Every bit set: what a thread that was never bound to anything has, as the kernel cuts it down itself.
   static ProcessorSet everything();
 

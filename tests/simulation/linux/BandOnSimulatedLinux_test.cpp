@@ -32,7 +32,11 @@ struct Evening {
   }
 
   Pid start(const std::string& name) { return machine.processes.spawn({.executable = "/usr/bin/" + name}); }
-  std::set<Pid> everyApp() const { return {front, first, second, further}; }
+  std::set<Pid> everyApp() const {
+    std::set<Pid> apps{front, first, second, further};
+    apps.insert(everybodyElse.begin(), everybodyElse.end());
+    return apps;
+  }
   AppTrees look() const { return {desktop.table, {.apps = everyApp(), .self = machine.host.self}}; }
   void enter() { enterOnly({first, second}); }
   void enterOnly(const std::set<Pid>& roots) {
@@ -76,6 +80,7 @@ struct Evening {
   Pid child = 0;
   Pid second = 0;
   Pid further = 0;
+  std::set<Pid> everybodyElse;
   std::optional<AppTrees> trees;
   std::vector<std::vector<BandAnswer>> answers;
 };
@@ -213,6 +218,135 @@ TEST(BandOnLinux, AnOrdinaryUsersSessionsFollowOneByOne) {
   evening.leave();
   evening.desktop.loop.run(milliseconds(300));
   EXPECT_TRUE(evening.desktop.loop.isQuiet());
+  EXPECT_THAT(evening.desktop.kernel.differences(), IsEmpty());
+}
+
+// Every third turn goes to the one of two who both never pause.
+struct Rivalry {
+  explicit Rivalry(Evening& evening) {
+    evening.desktop.kernel.rivalIsFirst = [this] { return ++m_turns % 3 != 0; };
+  }
+
+ private:
+  int m_turns = 0;
+};
+
+TEST(BandOnLinux, ARivalWhoNeverPausesKeepsNobodySlowed) {
+  for (const bool isAtTheEnd : {true, false}) {
+    Evening evening(sessions());
+    evening.desktop.startBand();
+    evening.enter();
+    ASSERT_TRUE(evening.desktop.settle(guard));
+    ASSERT_THAT(evening.slow(), testing::SizeIs(3));
+    const Rivalry rivalry(evening);
+    evening.leave();
+    if (isAtTheEnd) {
+      EXPECT_TRUE(evening.desktop.band->settle(std::chrono::seconds(20)));
+      EXPECT_EQ(evening.desktop.band->owed(), 0U);
+    } else {
+      evening.desktop.loop.run(std::chrono::seconds(20));
+    }
+    EXPECT_THAT(evening.desktop.kernel.differences(), IsEmpty());
+  }
+}
+
+TEST(BandOnLinux, NoCallHoldsUpTheLoopWhileARivalNeverPauses) {
+  Evening evening(sessions());
+  evening.desktop.startBand();
+  evening.enter();
+  ASSERT_TRUE(evening.desktop.settle(guard));
+  evening.desktop.kernel.rivalIsFirst = [] { return true; };
+  evening.leave();
+  int calls = 0;
+  auto last = evening.machine.clock.now();
+  evening.desktop.kernel.beforeCall = [&] {
+    ++calls;
+    EXPECT_LE(evening.machine.clock.now() - last, milliseconds(200));
+    last = evening.machine.clock.now();
+  };
+  evening.desktop.loop.run(std::chrono::seconds(10));
+  EXPECT_GT(calls, 50);
+  EXPECT_LT(calls, 5000) << "asking without a pause is the kernel's part";
+  evening.desktop.kernel.beforeCall = nullptr;
+}
+
+// What processes remember they can lose, also all of them, while their session waits for its turn.
+TEST(BandOnLinux, WhatIsOwedAtADeathIsOnDisk) {
+  LinuxOptions options = sessions();
+  options.processors = 1; // where a thread may run is remembered by its mark alone
+  Evening evening(options);
+  std::set<Pid> apps{evening.first, evening.second};
+  for (int count = 0; count < 248; ++count) apps.insert(evening.start("app" + std::to_string(count)));
+  evening.everybodyElse = apps;
+  evening.desktop.startBand();
+  evening.enterOnly(apps);
+  ASSERT_TRUE(evening.desktop.settle(guard));
+  const AppTrees now = evening.look();
+  const auto leaving = evening.desktop.band->leaving(now);
+  for (const Pid pid : apps) leaving->leave(pid);
+  leaving->leave(evening.child);
+  leaving->finish();
+  EXPECT_EQ(evening.desktop.band->owed(), 250U);
+  EXPECT_FALSE(evening.desktop.band->settle(std::chrono::seconds(5)));
+  EXPECT_THAT(evening.slow(), testing::SizeIs(testing::AllOf(testing::Gt(150U), testing::Lt(250U))));
+  for (const auto& [pid, process] : evening.machine.processes.all()) {
+    evening.desktop.kernel.byOthers(pid, [](ThreadState& state) { state.ioPriority = 2 << 13; });
+  }
+  evening.restart();
+  EXPECT_THAT(evening.slow(), IsEmpty());
+  EXPECT_THAT(evening.desktop.kernel.differences(), IsEmpty());
+}
+
+TEST(BandOnLinux, AnAppThatHasOverwrittenItsMarkEntersAgain) {
+  Evening evening(sessions());
+  evening.desktop.startBand();
+  evening.enter();
+  ASSERT_TRUE(evening.desktop.settle(guard));
+  evening.desktop.kernel.byOthers(evening.second,
+                                  [](ThreadState& state) { state = {.ioPriority = 2 << 13}; });
+  evening.enterOnly({evening.second});
+  EXPECT_TRUE(evening.hasEntered()) << "the weight of its session is this program's all the same";
+  EXPECT_TRUE(evening.desktop.kernel.carriesMark(evening.second));
+  evening.leave();
+  ASSERT_TRUE(evening.desktop.settle(guard));
+  EXPECT_THAT(evening.desktop.kernel.differences(), IsEmpty());
+}
+
+// Every thread keeps the set of processors of its moment, and they come and go.
+TEST(BandOnLinux, ThreadsLeaveWhicheverSetTheyWereNarrowedTo) {
+  for (const bool restarts : {false, true}) {
+    for (const unsigned atTheEnd : {2U, 3U, 4U, 8U, 16U}) {
+      SCOPED_TRACE(std::to_string(atTheEnd) + " processors" + (restarts ? ", another program" : ""));
+      Evening evening(sessions());
+      evening.desktop.kernel.options.processors = 8; // the last two
+      evening.desktop.startBand();
+      evening.enterOnly({evening.first});
+      evening.desktop.kernel.options.processors = 4; // the last one
+      evening.desktop.kernel.startThread(evening.second);
+      evening.enterOnly({evening.second});
+      ASSERT_THAT(evening.desktop.kernel.effectOf(evening.second), testing::HasSubstr("processors"));
+      evening.desktop.kernel.options.processors = atTheEnd;
+      restarts ? evening.restart() : evening.leave();
+      ASSERT_TRUE(evening.desktop.settle(guard));
+      for (const unsigned later : {2U, 4U, 8U, 16U}) {
+        evening.desktop.kernel.options.processors = later;
+        EXPECT_THAT(evening.desktop.kernel.differences(), IsEmpty());
+      }
+    }
+  }
+}
+
+TEST(BandOnLinux, WhereSomebodyElseHasPutAThreadItStays) {
+  Evening evening(sessions());
+  evening.desktop.kernel.options.processors = 8;
+  evening.desktop.startBand();
+  evening.enterOnly({evening.first});
+  evening.desktop.kernel.options.processors = 4;
+  evening.enterOnly({evening.second});
+  evening.desktop.kernel.byOthers(evening.first, [](ThreadState& state) { state.processors = 3; });
+  evening.leave();
+  ASSERT_TRUE(evening.desktop.settle(guard));
+  EXPECT_EQ(evening.desktop.kernel.find(evening.first)->threads.front().state.now.processors, 3U);
   EXPECT_THAT(evening.desktop.kernel.differences(), IsEmpty());
 }
 

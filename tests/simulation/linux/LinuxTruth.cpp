@@ -33,7 +33,7 @@ bool SimulatedLinux::isSlowedByClass(const LinuxProcess& process) const {
 
 bool SimulatedLinux::isNarrowed(const LinuxProcess& process) const {
   return std::any_of(process.threads.begin(), process.threads.end(), [this](const LinuxThread& thread) {
-    return (thread.state.now.processors & online()) != (thread.state.own.processors & online());
+    return running(thread.state.now) != running(thread.state.own);
   });
 }
 

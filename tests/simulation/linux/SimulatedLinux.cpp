@@ -252,6 +252,12 @@ std::uint64_t SimulatedLinux::online() const {
   return options.processors >= 64 ? ~std::uint64_t{0} : (std::uint64_t{1} << options.processors) - 1;
 }
 
+// A set of which no processor is left counts for nothing, until one of them is back.
+std::uint64_t SimulatedLinux::running(const ThreadState& state) const {
+  const std::uint64_t active = state.processors & online();
+  return active == 0 ? online() : active;
+}
+
 ProcessStat SimulatedLinux::statOf(const SimulatedProcess& entry) const {
   ProcessStat stat;
   stat.pid = entry.pid;
@@ -340,16 +346,33 @@ std::optional<Autogroup> SimulatedLinux::writableAutogroup(Pid pid) const {
   return process != nullptr && mayChange(*process) ? autogroupOf(*process) : std::nullopt;
 }
 
-SessionChange SimulatedLinux::setAutogroupNice(Pid pid, const Autogroup& expected, int nice) {
+// Whether this ordinary user's write is let through, now or within that time.
+bool SimulatedLinux::awaitTurn(std::chrono::milliseconds insisting) {
+  const auto micros = [](std::chrono::steady_clock::duration time) {
+    return static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::microseconds>(time).count());
+  };
+  const std::uint64_t start = micros(now().time_since_epoch());
+  while (rivalIsFirst && m_nextSessionWrite <= start) m_nextSessionWrite += micros(sessionStep);
+  const std::uint64_t end = start + micros(insisting);
+  while (m_nextSessionWrite <= end) {
+    if (m_nextSessionWrite > start)
+      sleep(std::chrono::microseconds(m_nextSessionWrite) - now().time_since_epoch());
+    if (!rivalIsFirst || !rivalIsFirst()) return true;
+    m_nextSessionWrite += micros(sessionStep);
+  }
+  sleep(std::chrono::microseconds(end) - now().time_since_epoch());
+  return false;
+}
+
+SessionChange SimulatedLinux::setAutogroupNice(Pid pid, const Autogroup& expected, int nice,
+                                               std::chrono::milliseconds insisting) {
   called();
   const LinuxProcess* process = find(pid);
   const auto group = process != nullptr && mayChange(*process) ? autogroupOf(*process) : std::nullopt;
   if (!group || group->id != expected.id) return SessionChange::elsewhere;
   if (group->nice != expected.nice) return SessionChange::chosen;
   if (nice < 0 && options.user != root) return SessionChange::refused;
-  const auto moment = static_cast<std::uint64_t>(
-      std::chrono::duration_cast<std::chrono::microseconds>(now().time_since_epoch()).count());
-  if (options.user != root && moment < m_nextSessionWrite) return SessionChange::later;
+  if (options.user != root && !awaitTurn(insisting)) return SessionChange::later;
   const std::string detail = m_machine.calls.isTracing() ? std::to_string(nice) : std::string();
   const SimulatedCall call{.operation = Operation::weighSession, .pid = pid, .detail = detail};
   const bool isDone = m_machine.calls.change(call, [&] {
@@ -457,7 +480,7 @@ std::optional<ProcessorSet> SimulatedLinux::affinity(Pid tid) const {
   const Found found = thread(tid);
   if (!found) return std::nullopt;
   ProcessorSet set;
-  *set.data() = static_cast<unsigned long>(found.thread->state.now.processors & online());
+  *set.data() = static_cast<unsigned long>(running(found.thread->state.now));
   return set;
 }
 

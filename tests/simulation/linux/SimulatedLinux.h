@@ -117,6 +117,9 @@ class SimulatedLinux final : public Kernel {
   void byOthers(Pid tid, const std::function<void(ThreadState&)>& change);
   void weighSessionByOthers(Pid pid, int nice);
   void takeSessionTurn(); // another ordinary user writes a session's weight
+  // Another ordinary user does so without a pause: whether they are first when a turn comes while this
+  // program asks without a pause as well. When it does not, they always are.
+  std::function<bool()> rivalIsFirst;
 
   // What is true, whatever the band believes.
   bool isSlow(Pid pid) const;      // any lever of this program that acts on the processor is in force
@@ -140,7 +143,8 @@ class SimulatedLinux final : public Kernel {
   std::optional<Pid> birthMark() const override;
   std::optional<Autogroup> autogroup(Pid pid) const override;
   std::optional<Autogroup> writableAutogroup(Pid pid) const override;
-  SessionChange setAutogroupNice(Pid pid, const Autogroup& expected, int nice) override;
+  SessionChange setAutogroupNice(Pid pid, const Autogroup& expected, int nice,
+                                 std::chrono::milliseconds insisting = {}) override;
   Answer<int> ioPriority(Pid tid) const override;
   Change setIoPriority(Pid tid, int priority) override;
   Answer<Scheduling> scheduling(Pid tid) const override;
@@ -166,6 +170,7 @@ class SimulatedLinux final : public Kernel {
   };
 
   void called() const;
+  bool awaitTurn(std::chrono::milliseconds insisting);
   void lead(Pid pid, LinuxProcess& leader); // a session of its own
   void tellSession(Pid pid, Pid session);
   void admit(const SimulatedProcess& born); // gives it its place and what it inherits
@@ -176,6 +181,7 @@ class SimulatedLinux final : public Kernel {
   Both<ThreadState>& stateOf(const Found& found);
   bool mayChange(const LinuxProcess& process) const;
   std::uint64_t online() const;
+  std::uint64_t running(const ThreadState& state) const; // the processors that it may run on now
   ProcessStat statOf(const SimulatedProcess& entry) const;
   std::optional<Autogroup> autogroupOf(const LinuxProcess& process) const;
   std::optional<std::string> controlGroupFile(const std::string& folder, std::string_view file) const;

@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "engine/ports/BackgroundBand.h"
+
+#include <cstddef>
+#include <functional>
+
+namespace vantle {
+
+// Waits at the end of the program until everybody is out of the band, as long as there are fewer of them from
+// time to time; true when nobody is left. `tell` is called once, with how many there are, when it takes
+// longer than a person expects.
+bool waitUntilAllIsBack(BackgroundBand& band, const std::function<void(std::size_t left)>& tell);
+
+} // namespace vantle

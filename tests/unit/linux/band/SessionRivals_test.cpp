@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: MIT
+// The kernel lets all ordinary users together change one session's weight in 100 ms. Others want to as well.
+#include "tests/unit/linux/ForkedProcess.h"
+#include "tests/unit/linux/band/BandFixture.h"
+
+#include <array>
+#include <atomic>
+#include <csignal>
+#include <fcntl.h>
+#include <functional>
+#include <grp.h>
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace vantle {
+
+namespace {
+
+using namespace test;
+using namespace std::chrono_literals;
+
+using Apps = std::array<TestProcess, 8>;
+
+// Somebody who takes every turn that can be had, for nothing.
+class Spammer {
+ public:
+  Spammer() : m_process([] { ::setsid(); }, [] { takeTurns(); }) {}
+
+ private:
+  [[noreturn]] static void takeTurns() {
+    const int file = ::open("/proc/self/autogroup", O_RDWR);
+    for (;;) (void)!::write(file, "0", 1);
+  }
+
+  ForkedProcess m_process;
+};
+
+bool allShow(const Apps& apps, const char* line) {
+  return std::all_of(apps.begin(), apps.end(),
+                     [line](const TestProcess& app) { return autogroupLine(app.pid()) == line; });
+}
+
+void slow(Band& band, const Apps& apps) {
+  for (const TestProcess& app : apps) EXPECT_TRUE(band.band.enterBackgroundBand(app.pid()));
+  band.settled();
+  EXPECT_TRUE(allShow(apps, "nice 19"));
+}
+
+void giveBack(Band& band, const Apps& apps) {
+  for (const TestProcess& app : apps) EXPECT_TRUE(band.band.leaveBackgroundBand(app.pid()));
+}
+
+TEST_F(LinuxBandTest, ASpammerDoesNotKeepAppsSlowedAtTheEnd) {
+  EXPECT_TRUE(asOrdinaryUser([] {
+    const Apps apps{};
+    Band band;
+    slow(band, apps);
+    const Spammer spammer;
+    giveBack(band, apps);
+    band.settled();
+    EXPECT_EQ(band.band.owed(), 0U);
+    EXPECT_TRUE(allShow(apps, "nice 0"));
+  }));
+}
+
+TEST_F(LinuxBandTest, ASpammerDoesNotKeepAppsSlowedWhileTheProgramLivesOn) {
+  EXPECT_TRUE(asOrdinaryUser([] {
+    const Apps apps{};
+    Band band;
+    slow(band, apps);
+    const Spammer spammer;
+    giveBack(band, apps);
+    EXPECT_TRUE(band.loop.runUntil([&] { return allShow(apps, "nice 0"); }, guard));
+  }));
+}
+
+// The same for two people at once. What they tell each other is shared memory.
+TEST_F(LinuxBandTest, TwoPeopleBothGetTheirAppsBack) {
+  if (!runsAsRoot()) GTEST_SKIP() << "there is no other user";
+  struct Meeting {
+    std::atomic<int> slowed;
+    std::atomic<bool> isSpammed;
+  };
+  void* const shared =
+      ::mmap(nullptr, sizeof(Meeting), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+  ASSERT_NE(shared, MAP_FAILED);
+  auto& meeting = *new (shared) Meeting{};
+  const auto become = [](uid_t user) {
+    const bool done = ::setgroups(0, nullptr) == 0 && ::setgid(user) == 0 && ::setuid(user) == 0;
+    ::prctl(PR_SET_DUMPABLE, 1); // a program that changed its user hides from /proc otherwise
+    return done;
+  };
+  const auto live = [&](uid_t user) {
+    EXPECT_TRUE(become(user));
+    const Apps apps{};
+    Band band;
+    slow(band, apps);
+    ++meeting.slowed;
+    while (!meeting.isSpammed) std::this_thread::sleep_for(1ms);
+    giveBack(band, apps);
+    band.settled();
+    EXPECT_TRUE(allShow(apps, "nice 0"));
+  };
+  std::vector<Pid> people;
+  for (const uid_t user : {47'321U, 47'322U}) {
+    const Pid person = ::fork();
+    if (person == 0) {
+      live(user);
+      std::fflush(nullptr);
+      ::_exit(testing::Test::HasFailure() ? 1 : 0);
+    }
+    people.push_back(person);
+  }
+  const auto end = std::chrono::steady_clock::now() + guard;
+  while (meeting.slowed < 2 && std::chrono::steady_clock::now() < end) std::this_thread::sleep_for(1ms);
+  const Pid third = ::fork();
+  if (third == 0) {
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (!become(47'323U)) ::_exit(1);
+    const Spammer spammer;
+    meeting.isSpammed = true;
+    for (;;) ::pause();
+  }
+  for (const Pid person : people) {
+    int status = 0;
+    ::waitpid(person, &status, 0);
+    EXPECT_EQ(status, 0);
+  }
+  ::kill(third, SIGKILL);
+  ::waitpid(third, nullptr, 0);
+  ::munmap(shared, sizeof(Meeting));
+}
+
+// Whoever chooses an I/O class puts it over the mark, and the weight of the session is still owed.
+TEST_F(LinuxBandTest, ASessionWhoseProcessesForgetComesBack) {
+  asBoth([] {
+    const std::array<TestProcess, 2> apps{};
+    const auto forget = [](const TestProcess& app) {
+      EXPECT_TRUE(ProcKernel().setIoPriority(app.pid(), 2 << 13) == Change::done);
+    };
+    Band band;
+    for (const TestProcess& app : apps) EXPECT_TRUE(band.enter(app.pid(), {app.pid()}));
+    band.settled();
+    for (const TestProcess& app : apps) forget(app);
+    EXPECT_TRUE(band.leave({apps[0].pid()}, {apps[0].pid(), apps[1].pid()}).empty());
+    band.settled();
+    EXPECT_EQ(autogroupLine(apps[0].pid()), "nice 0");
+    EXPECT_EQ(autogroupLine(apps[1].pid()), "nice 19");
+    band.band.reclaim(nullptr);
+    band.settled();
+    EXPECT_EQ(autogroupLine(apps[1].pid()), "nice 0");
+  });
+}
+
+} // namespace
+
+} // namespace vantle
