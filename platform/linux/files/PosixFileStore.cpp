@@ -2,6 +2,7 @@
 #include "platform/linux/files/PosixFileStore.h"
 
 #include "platform/linux/Descriptor.h"
+#include "platform/linux/files/RegularFile.h"
 #include "platform/linux/files/TemporaryFile.h"
 
 #include <algorithm>
@@ -47,11 +48,9 @@ std::optional<std::string> writeTarget(std::string path) {
 } // namespace
 
 std::optional<std::string> PosixFileStore::read(const std::string& path, std::size_t limit) const {
-  // Looked at before it is opened: opening alone can already move a device.
+  const Descriptor file = openRegularFile(path);
   struct stat about {};
-  if (::stat(path.c_str(), &about) != 0 || !S_ISREG(about.st_mode)) return std::nullopt;
-  const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-  if (!file || ::fstat(file.get(), &about) != 0 || !S_ISREG(about.st_mode)) return std::nullopt;
+  if (!file || ::fstat(file.get(), &about) != 0) return std::nullopt;
   if (about.st_size > 0 && static_cast<std::uintmax_t>(about.st_size) > limit) return std::nullopt;
 
   // One byte more than there is, so that the end shows with the first read; more only if the file grows.
