@@ -10,6 +10,7 @@
 #include "engine/Backgrounder.h"
 #include "platform/linux/LinuxMachine.h"
 #include "platform/linux/catalog/DesktopCatalog.h"
+#include "platform/linux/files/OwnFolder.h"
 #include "platform/linux/files/SingleCopyLock.h"
 #include "platform/linux/files/XdgFolders.h"
 #include "platform/linux/login/AutostartLoginItem.h"
@@ -56,6 +57,15 @@ void putBackLeftovers(const XdgFolders& folders) {
   machine.band.settle(longestSettling);
 }
 
+void sayWhatIsNotKept(const XdgFolders& folders) {
+  for (const std::string& folder : {folders.data, folders.config}) {
+    if (isOwnFolder(folder)) continue;
+    std::fprintf(stderr, "vantle: %s is, or could be, somebody else's: nothing is kept there.\n",
+                 folder.c_str());
+    return;
+  }
+}
+
 int cannotStart(const char* reason) {
   std::fprintf(stderr, "vantle: %s\n", reason);
   return EXIT_FAILURE;
@@ -90,6 +100,7 @@ int VantleApp::run() {
   putBackLeftovers(folders);
   watchdog.recovered();
 
+  sayWhatIsNotKept(folders);
   forgetEmptyNames();
   if (!hasDesktopSession()) {
     return cannotStart("there is no desktop session here (neither DISPLAY nor WAYLAND_DISPLAY is set).");

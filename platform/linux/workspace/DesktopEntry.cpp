@@ -64,7 +64,8 @@ std::string keyOf(GKeyFile* file, const char* key) {
 
 GOwned<GKeyFile> readKeyFile(const std::string& path) {
   const std::optional<std::string> bytes =
-      PosixFileStore({}, PosixFileStore::Sync::none).read(path, largestFile);
+      PosixFileStore({}, PosixFileStore::Sync::none, PosixFileStore::Foreign::readable)
+          .read(path, largestFile);
   GOwned<GKeyFile> file(g_key_file_new());
   const bool isWhole = bytes && g_key_file_load_from_data(file.get(), bytes->data(), bytes->size(),
                                                           G_KEY_FILE_KEEP_TRANSLATIONS, nullptr) != 0;
