@@ -74,8 +74,8 @@ void say(std::string_view line) {
   static_cast<void>(written); // whoever could read it is gone
 }
 
-// In a process of its own, since the main thread may have been stopped with any lock in its hands. Until it is
-// done this one holds the lock on the single copy.
+// In a process of its own, since the main thread may have been stopped with any lock in its hands. Until it
+// is done this one holds the lock on the single copy.
 void putBackInAnotherProcess() {
   std::array<char, 16> name{"vantle"};
   std::string argument = Watchdog::helperArgument;
@@ -182,8 +182,8 @@ void Watchdog::State::endIfDue() {
   std::_Exit(EXIT_SUCCESS);
 }
 
-// It may not wake up in the middle and slow what has just been put back. While it waits in the kernel in such a
-// way that the signal cannot reach it, it changes nothing; when it comes out, the signal is there first.
+// It may not wake up in the middle and slow what has just been put back. While it waits in the kernel in such
+// a way that the signal cannot reach it, it changes nothing; when it comes out, the signal is there first.
 void Watchdog::State::putBackWithoutMain() const {
   ::pthread_kill(mainThread, freezingSignal());
   const Clock::time_point end = Clock::now() + longestFreezing;

@@ -5,10 +5,10 @@
 
 namespace vantle {
 
-// Ends the program when its main thread cannot: an X server that no longer answers, or a file of a file system
-// that has died, can keep that thread waiting for ever. A thread of its own hears the signals that ask the
-// program to end, and whatever happens, nothing stays slowed: what the main thread does not put back in time
-// another process does, while the main thread is kept from changing anything more.
+// Ends the program when its main thread cannot: an X server that no longer answers, or a file of a file
+// system that has died, can keep that thread waiting for ever. A thread of its own hears the signals that ask
+// the program to end, and whatever happens, nothing stays slowed: what the main thread does not put back in
+// time another process does, while the main thread is kept from changing anything more.
 //
 // How far the program is, is told it step by step.
 class Watchdog {

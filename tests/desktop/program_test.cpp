@@ -4,6 +4,7 @@
 #include "tests/desktop/boost/KernelState.h"
 #include "tests/desktop/harness/AccessibleTree.h"
 #include "tests/desktop/harness/Isolation.h"
+#include "tests/desktop/harness/TemporaryFolder.h"
 #include "tests/desktop/harness/VirtualDesktop.h"
 
 #include <algorithm>
@@ -23,6 +24,7 @@
 #include <string>
 #include <sys/mount.h>
 #include <sys/ptrace.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -194,9 +196,9 @@ class Vantle : public testing::TestWithParam<Who> {
   };
   OtherDisplay otherDisplay(const std::string& options) {
     const fs::path number = m_desktop->folder().path() / "tmp/number";
-    Program& server =
-        m_desktop->launch({"/bin/sh", "-c",
-                           "exec Xvfb -displayfd 1 " + options + " -nolisten tcp -noreset >" + number.string()});
+    Program& server = m_desktop->launch(
+        {"/bin/sh", "-c",
+         "exec Xvfb -displayfd 1 " + options + " -nolisten tcp -noreset >" + number.string()});
     require("the other X server", [&] { return contents(number).ends_with('\n'); });
     const std::string text = contents(number);
     return {":" + text.substr(0, text.find('\n')), &server};
@@ -625,6 +627,50 @@ TEST_P(Beginning, OfASecondCopyChangesNothing) {
   // Where the first one cannot be asked, on a console, it holds its lock all the same.
   EXPECT_EQ(end(launchVantle({}, {{"DISPLAY", ":4711"}})).status, 0);
   EXPECT_TRUE(isSlowed(mail.pid()));
+  played.kill();
+  EXPECT_TRUE(becomesUnchanged()) << changes();
+}
+
+// As with "sudo -E": the folders of the environment are the person's, who leads what is written there
+// elsewhere.
+TEST_P(Beginning, AsRootInAPersonsFoldersWritesNothing) {
+  if (::geteuid() != 0 || GetParam() == Who::root) GTEST_SKIP() << "needs root and a person";
+  const TemporaryFolder roots;
+  const fs::path precious = roots.write("precious", "precious");
+  m_desktop->folder().folder("home/.local/share/Vantle");
+  for (const char* name : {"journal.json", "boot.json", "com.halvo.vantle.lock"}) {
+    fs::create_symlink(precious, m_desktop->dataHome() / "Vantle" / name);
+  }
+  const fs::path errors = roots.path() / "errors";
+  Program& vantle = m_desktop->launchAs(
+      uid_t{0}, {"/bin/sh", "-c", "unset DISPLAY; exec " VANTLE_PROGRAM " 2>" + errors.string()});
+  EXPECT_EQ(vantle.exitStatus(), 1);
+  EXPECT_EQ(contents(precious), "precious");
+  EXPECT_THAT(contents(errors), testing::HasSubstr("nothing is kept there.\n"));
+  for (const char* name : {"journal.json", "boot.json", "com.halvo.vantle.lock"}) {
+    EXPECT_TRUE(fs::is_symlink(m_desktop->dataHome() / "Vantle" / name)) << name;
+  }
+  EXPECT_EQ(std::distance(fs::directory_iterator(m_desktop->dataHome() / "Vantle"), {}), 3);
+}
+
+TEST_P(Beginning, OfASecondCopyEndsItThoughTheLockFileIsGone) {
+  startVantle();
+  fs::remove(m_desktop->runtimeDir() / "com.halvo.vantle.lock");
+  EXPECT_EQ(end(launchVantle()).status, 0);
+  EXPECT_TRUE(m_vantle->isRunning());
+}
+
+TEST_P(Beginning, BesideAPipeForAJournalAndForAProgram) {
+  m_desktop->folder().folder("home/.local/share/Vantle");
+  const fs::path pipe = m_desktop->folder().path() / "pipe";
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0777), 0);
+  ASSERT_EQ(::chmod(pipe.c_str(), 0777), 0);
+  ASSERT_EQ(::mkfifo(journalFile().c_str(), 0666), 0);
+  m_desktop->installDesktopFile("org.example.Pipe",
+                                "[Desktop Entry]\nType=Application\nName=Pipe\nExec=" + pipe.string() + "\n");
+  Program& mail = app("Mail", {"--threads", "1"});
+  Program& played = game();
+  startBoost(played, mail);
   played.kill();
   EXPECT_TRUE(becomesUnchanged()) << changes();
 }

@@ -9,8 +9,9 @@ namespace vantle {
 
 // Small files in the person's folders. Only regular files are read, so nothing here ever waits for the other
 // end of a pipe or wakes a device. A symbolic link is followed when it is written, too: what it leads to is
-// replaced, never the link, and never anything but a regular file. Nothing is written where somebody else could
-// lead it elsewhere: with another person's folders in the environment, as under sudo, nothing is kept at all.
+// replaced, never the link, and never anything but a regular file. Nothing is written where somebody else
+// could lead it elsewhere: with another person's folders in the environment, as under sudo, nothing is kept
+// at all.
 class PosixFileStore final : public FileStore {
  public:
   enum class Sync {

@@ -10,8 +10,9 @@
 namespace vantle {
 
 // Makes sure that one copy of Vantle runs for each user. The kernel releases the lock with the process,
-// however it ends, and no child inherits it. It is a lock on a file, and on the folders themselves: a file that
-// is deleted takes its lock with it, and a copy with another runtime folder shares at least the data folder.
+// however it ends, and no child inherits it. It is a lock on a file, and on the folders themselves: a file
+// that is deleted takes its lock with it, and a copy with another runtime folder shares at least the data
+// folder.
 class SingleCopyLock {
  public:
   enum class Outcome {

@@ -307,8 +307,7 @@ TEST_F(ForeignFolder, isNotBelievedUnlessThatDoesNoHarm) {
   const std::string home = theirs("home");
   folder.write("home/file", "words");
   EXPECT_FALSE(files.read(home + "/file", limit));
-  const PosixFileStore harmless(folder.path(), PosixFileStore::Sync::none,
-                                PosixFileStore::Foreign::readable);
+  const PosixFileStore harmless(folder.path(), PosixFileStore::Sync::none, PosixFileStore::Foreign::readable);
   EXPECT_EQ(harmless.read(home + "/file", limit), "words");
 }
 
