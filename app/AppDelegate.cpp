@@ -81,14 +81,17 @@ void AppDelegate::installSignalSources() {
   }
 }
 
-void AppDelegate::applicationWillTerminate() {
+void AppDelegate::applicationWillTerminate(const std::function<void()>& stillAtIt) {
   engine().stopBoost();
-  letAllComeBack(m_machine.band);
+  letAllComeBack(m_machine.band, stillAtIt);
 }
 
-void letAllComeBack(BackgroundBand& band) {
+void letAllComeBack(BackgroundBand& band, const std::function<void()>& stillAtIt) {
   const auto apps = [](std::size_t count) { return std::to_string(count) + (count == 1 ? " app" : " apps"); };
-  const bool isDone = waitUntilAllIsBack(band, [&apps](std::size_t left) {
+  bool isTold = false;
+  const bool isDone = waitUntilAllIsBack(band, [&](std::size_t left) {
+    if (stillAtIt) stillAtIt();
+    if (std::exchange(isTold, true)) return;
     std::fprintf(stderr, "vantle: giving %s their speed back; the system allows about ten a second.\n",
                  apps(left).c_str());
   });

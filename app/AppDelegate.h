@@ -20,7 +20,7 @@
 namespace vantle {
 
 // Waits until every app has its speed back, and says so on the standard error stream when that takes a while.
-void letAllComeBack(BackgroundBand& band);
+void letAllComeBack(BackgroundBand& band, const std::function<void()>& stillAtIt);
 
 // Owns the engine and what the person sees of it, and wires up the start and the orderly end.
 class AppDelegate {
@@ -30,7 +30,8 @@ class AppDelegate {
       : m_loop(loop), m_machine(machine), m_loginItem(loginItem), m_catalog(catalog) {}
 
   void applicationDidFinishLaunching();
-  void applicationWillTerminate();
+  // `stillAtIt` is called about once a second as long as that goes on.
+  void applicationWillTerminate(const std::function<void()>& stillAtIt = {});
 
   AppSettings& settings(); // created on first use, like the rest, and kept
   Engine& engine();

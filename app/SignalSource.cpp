@@ -9,6 +9,7 @@
 #include <csignal>
 #include <cstddef>
 #include <fcntl.h>
+#include <sys/eventfd.h>
 #include <unistd.h>
 #include <utility>
 
@@ -21,12 +22,20 @@ constexpr std::array terminationSignals{SIGTERM, SIGINT, SIGHUP};
 // A signal handler can reach nothing but globals: the pipe of each signal. 0 stands for none; it is never the
 // writing end, since the reading end of the same pipe has a lower number.
 std::array<std::atomic<int>, NSIG> writeEnds;
+std::array<std::atomic<bool>, NSIG> arrived;
+std::atomic<bool> hasAnyArrived;
+std::atomic<bool> isAnyHeard;
+std::atomic<int> listener{-1};
+
+void tellListener() {
+  const int counter = listener;
+  if (counter >= 0) ::eventfd_write(counter, 1);
+}
 
 void noteSignal(int signal) {
   const int saved = errno;
-  const char byte = 0;
-  const ssize_t written = ::write(writeEnds.at(static_cast<std::size_t>(signal)), &byte, 1);
-  static_cast<void>(written); // a full pipe already says all there is to say
+  passOnSignal(signal);
+  tellListener();
   errno = saved;
 }
 
@@ -36,11 +45,28 @@ void changeMask(int how, const sigset_t& set) {
 
 } // namespace
 
-void holdTerminationSignals() {
+void holdTerminationSignals() { changeMask(SIG_BLOCK, terminationSignalSet()); }
+
+sigset_t terminationSignalSet() {
   sigset_t set;
   ::sigemptyset(&set);
   for (const int signal : terminationSignals) ::sigaddset(&set, signal);
-  changeMask(SIG_BLOCK, set);
+  return set;
+}
+
+void tellOfSignals(int eventCounter) { listener = eventCounter; }
+bool hasSignalArrived() { return hasAnyArrived; }
+bool isSignalHeard() { return isAnyHeard; }
+
+void passOnSignal(int signal) {
+  const auto index = static_cast<std::size_t>(signal);
+  arrived.at(index) = true;
+  hasAnyArrived = true;
+  const int end = writeEnds.at(index);
+  if (end == 0) return; // the source looks when it is made
+  const char byte = 0;
+  const ssize_t written = ::write(end, &byte, 1);
+  static_cast<void>(written); // a full pipe already says all there is to say
 }
 
 // A handler and a pipe rather than a descriptor of signals that stay blocked: programs started from here
@@ -50,11 +76,15 @@ SignalSource::SignalSource(EventLoop& loop, int signal, std::function<void()> ha
   invariant(::pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) == 0, "no pipe for a signal");
   m_read = ends[0];
   m_write = ends[1];
-  writeEnds.at(static_cast<std::size_t>(signal)) = m_write;
+  const auto index = static_cast<std::size_t>(signal);
+  writeEnds.at(index) = m_write;
+  if (arrived.at(index)) passOnSignal(signal);
   m_watch = loop.watch(m_read, EventLoop::Readiness::readable, [read = m_read, call = std::move(handler)] {
     std::array<char, 64> bytes{};
     while (::read(read, bytes.data(), bytes.size()) > 0) {
     }
+    isAnyHeard = true;
+    tellListener();
     call();
   });
 

@@ -3,6 +3,7 @@
 
 #include "platform/shared/EventLoop.h"
 
+#include <csignal>
 #include <functional>
 #include <memory>
 
@@ -13,6 +14,15 @@ namespace vantle {
 // Keeps them waiting from here on, so that none of them can end the program between the first app that is
 // slowed down and the moment its source exists.
 void holdTerminationSignals();
+sigset_t terminationSignalSet();
+
+// What somebody beside the main loop has to know of them (the descriptor of an event counter hears of news;
+// -1 for nobody), and can do for it: a signal that was taken on another thread reaches its source this way,
+// even one that does not exist yet.
+void tellOfSignals(int eventCounter);
+bool hasSignalArrived();
+bool isSignalHeard(); // by the main loop
+void passOnSignal(int signal);
 
 // Delivers one signal on the main loop instead of letting it end the process. A held signal that has arrived
 // already is delivered too.

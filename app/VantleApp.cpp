@@ -5,11 +5,12 @@
 #include "app/ExitGuard.h"
 #include "app/QtEventLoop.h"
 #include "app/SelfTestMode.h"
-#include "app/SignalSource.h"
 #include "app/ToolkitGuard.h"
+#include "app/Watchdog.h"
 #include "engine/Backgrounder.h"
 #include "platform/linux/LinuxMachine.h"
 #include "platform/linux/catalog/DesktopCatalog.h"
+#include "platform/linux/files/OwnFolder.h"
 #include "platform/linux/files/SingleCopyLock.h"
 #include "platform/linux/files/XdgFolders.h"
 #include "platform/linux/login/AutostartLoginItem.h"
@@ -19,6 +20,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
@@ -38,16 +40,38 @@ bool isNamed(const char* variable) {
 
 bool hasDesktopSession() { return isNamed("DISPLAY") || isNamed("WAYLAND_DISPLAY"); }
 
-// Started where no desktop is (on a console after the session died, say): nothing can be watched, but what an
-// earlier run left slowed is put back all the same.
-int recoverOnly(const XdgFolders& folders, const char* reason) {
+// The toolkit tries to reach what a variable names even when it names nothing.
+void forgetEmptyNames() {
+  for (const char* variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+    if (!isNamed(variable)) ::unsetenv(variable);
+  }
+}
+
+// Before anything that can hang, abort or be refused: what an earlier run left slowed is put back even where
+// no desktop is (on a console after the session died, say).
+void putBackLeftovers(const XdgFolders& folders, const std::function<void()>& stillAtIt) {
   PollEventLoop loop;
   const std::unique_ptr<LinuxMachine> linuxMachine = LinuxMachine::forRecovery(folders, loop);
   const Machine machine = linuxMachine->machine();
-  Backgrounder(machine).recover();
-  letAllComeBack(machine.band);
+  Backgrounder leftovers(machine);
+  leftovers.recover();
+  machine.band.onLateBirths([&leftovers] { leftovers.sweep(0); });
+  letAllComeBack(machine.band, stillAtIt);
+  machine.band.onLateBirths({});
+}
+
+void sayWhatIsNotKept(const XdgFolders& folders) {
+  for (const std::string& folder : {folders.data, folders.config}) {
+    if (isOwnFolder(folder)) continue;
+    std::fprintf(stderr, "vantle: %s is, or could be, somebody else's: nothing is kept there.\n",
+                 folder.c_str());
+    return;
+  }
+}
+
+int cannotStart(const char* reason) {
   std::fprintf(stderr, "vantle: %s\n", reason);
-  return 1;
+  return EXIT_FAILURE;
 }
 
 // Its journal and settings are this program's now; both at once would work against each other.
@@ -59,27 +83,33 @@ void askFormerEditionToQuit(const Workspace& workspace) {
 
 } // namespace
 
-bool VantleApp::wantsSelfTest() const {
+bool VantleApp::hasArgument(std::string_view wanted) const {
   const std::span<char*> arguments(m_argv, static_cast<std::size_t>(m_argc));
   return std::any_of(arguments.begin(), arguments.end(),
-                     [](const char* argument) { return std::string_view(argument) == "--test"; });
+                     [wanted](const char* argument) { return argument == wanted; });
 }
 
 int VantleApp::run() {
-  if (wantsSelfTest()) return runSelfTestMode();
+  if (hasArgument("--test")) return runSelfTestMode();
 
   const XdgFolders folders = XdgFolders::fromEnvironment();
+  if (hasArgument(Watchdog::helperArgument) && Watchdog::isParentsHelper()) {
+    putBackLeftovers(folders, {});
+    return EXIT_SUCCESS;
+  }
+  Watchdog watchdog;
   const SingleCopyLock lock = SingleCopyLock::acquire(folders);
   if (lock.outcome() == SingleCopyLock::Outcome::heldByOther) return EXIT_SUCCESS;
-  holdTerminationSignals();
-  if (!hasDesktopSession()) {
-    return recoverOnly(folders,
-                       "there is no desktop session here (neither DISPLAY nor WAYLAND_DISPLAY is set).");
-  }
+  putBackLeftovers(folders, [&watchdog] { watchdog.stillAtIt(); });
+  watchdog.recovered();
 
-  std::optional<ToolkitGuard> startGuard([&folders] {
-    return recoverOnly(folders,
-                       "the desktop session that DISPLAY or WAYLAND_DISPLAY names cannot be reached.");
+  sayWhatIsNotKept(folders);
+  forgetEmptyNames();
+  if (!hasDesktopSession()) {
+    return cannotStart("there is no desktop session here (neither DISPLAY nor WAYLAND_DISPLAY is set).");
+  }
+  std::optional<ToolkitGuard> startGuard([] {
+    return cannotStart("the desktop session that DISPLAY or WAYLAND_DISPLAY names cannot be reached.");
   });
   QGuiApplication::setDesktopFileName(bundleIdentifier);
   QGuiApplication::setApplicationDisplayName("Vantle");
@@ -96,9 +126,13 @@ int VantleApp::run() {
       QCoreApplication::applicationFilePath().toStdString()));
   DesktopCatalog catalog(DesktopEntries::dataFoldersFromEnvironment());
   AppDelegate delegate(loop, machine->machine(), loginItem, catalog);
-  QObject::connect(&application, &QCoreApplication::aboutToQuit, &application,
-                   [&delegate] { delegate.applicationWillTerminate(); });
-  const ExitGuard guard([&delegate] { delegate.applicationWillTerminate(); });
+  QObject::connect(&application, &QCoreApplication::aboutToQuit, &application, [&delegate, &watchdog] {
+    delegate.applicationWillTerminate([&watchdog] { watchdog.stillAtIt(); });
+    watchdog.putBack();
+  });
+  const ExitGuard guard(
+      [&delegate, &watchdog] { delegate.applicationWillTerminate([&watchdog] { watchdog.stillAtIt(); }); });
+  watchdog.maySlow();
   delegate.applicationDidFinishLaunching();
   return QGuiApplication::exec();
 }

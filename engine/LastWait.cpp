@@ -14,13 +14,11 @@ constexpr int mostStepsWithoutProgress = 20;
 
 bool waitUntilAllIsBack(BackgroundBand& band, const std::function<void(std::size_t left)>& tell) {
   std::size_t fewest = band.owed();
-  bool isTold = false;
   for (int idle = 0; idle < mostStepsWithoutProgress; ++idle) {
     if (band.settle(step)) return true;
     const std::size_t left = band.owed();
     if (left == 0) return false; // no use to wait for
-    if (!isTold) tell(left);
-    isTold = true;
+    tell(left);
     if (left < fewest) idle = -1;
     fewest = left;
   }

@@ -9,8 +9,7 @@
 namespace vantle {
 
 // Waits at the end of the program until everybody is out of the band, as long as there are fewer of them from
-// time to time; true when nobody is left. `tell` is called once, with how many there are, when it takes
-// longer than a person expects.
+// time to time; true when nobody is left. `tell` is called about once a second, with how many there are.
 bool waitUntilAllIsBack(BackgroundBand& band, const std::function<void(std::size_t left)>& tell);
 
 } // namespace vantle

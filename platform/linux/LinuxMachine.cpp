@@ -96,8 +96,9 @@ bool appsShareSessionsHere(PollEventLoop& loop, const Kernel& kernel, const Proc
 struct LinuxMachine::Parts {
   Parts(const XdgFolders& folders, const std::vector<std::string>& keptEpochs)
       : files(folders.data, PosixFileStore::Sync::none),
-        settingsFiles(folders.data, PosixFileStore::Sync::disk), epoch(BootEpoch::load(files, keptEpochs)),
-        processes(epoch, kernel), clock(epoch), defaults(settingsFiles, folders.config, applicationId) {}
+        settingsFiles(folders.data, PosixFileStore::Sync::disk, PosixFileStore::Foreign::readable),
+        epoch(BootEpoch::load(files, keptEpochs)), processes(epoch, kernel), clock(epoch),
+        defaults(settingsFiles, folders.config, applicationId) {}
 
   PosixFileStore files;         // another boot has no use for what is kept here: the disk need not be awaited
   PosixFileStore settingsFiles; // the person's choices

@@ -4,6 +4,7 @@
 #include "tests/desktop/boost/KernelState.h"
 #include "tests/desktop/harness/AccessibleTree.h"
 #include "tests/desktop/harness/Isolation.h"
+#include "tests/desktop/harness/TemporaryFolder.h"
 #include "tests/desktop/harness/VirtualDesktop.h"
 
 #include <algorithm>
@@ -22,6 +23,9 @@
 #include <set>
 #include <string>
 #include <sys/mount.h>
+#include <sys/ptrace.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 #include <vector>
@@ -178,13 +182,26 @@ class Vantle : public testing::TestWithParam<Who> {
     entry += static_cast<char>(protocol.size());
     entry += protocol + std::string("\0\x10", 2) + "0123456789abcdef";
     const fs::path file = m_desktop->folder().write("authority", entry);
+    return otherDisplay("-auth " + file.string()).name;
+  }
+  // One whose server takes connections and never answers.
+  std::string hungDisplay() {
+    const OtherDisplay other = otherDisplay("-ac");
+    other.server->signal(SIGSTOP);
+    return other.name;
+  }
+  struct OtherDisplay {
+    std::string name;
+    Program* server;
+  };
+  OtherDisplay otherDisplay(const std::string& options) {
     const fs::path number = m_desktop->folder().path() / "tmp/number";
-    m_desktop->launch(
+    Program& server = m_desktop->launch(
         {"/bin/sh", "-c",
-         "exec Xvfb -displayfd 1 -auth " + file.string() + " -nolisten tcp -noreset >" + number.string()});
+         "exec Xvfb -displayfd 1 " + options + " -nolisten tcp -noreset >" + number.string()});
     require("the other X server", [&] { return contents(number).ends_with('\n'); });
     const std::string text = contents(number);
-    return ":" + text.substr(0, text.find('\n'));
+    return {":" + text.substr(0, text.find('\n')), &server};
   }
 
   VirtualDesktop::Options m_options;
@@ -439,6 +456,51 @@ TEST_P(Ending, ByASignalAtAnyMomentOfTheStartLeavesNothingSlowed) {
   EXPECT_TRUE(isAtFullSpeed(mail.pid()));
 }
 
+// The X server of the desktop takes what it is sent and answers nothing any more.
+class HungServer {
+ public:
+  explicit HungServer(Program& server) : m_server(server) { m_server.signal(SIGSTOP); }
+  ~HungServer() { m_server.signal(SIGCONT); }
+  HungServer(const HungServer&) = delete;
+  HungServer& operator=(const HungServer&) = delete;
+
+ private:
+  Program& m_server;
+};
+
+TEST_P(Ending, ByASignalIsInTimeBesideAServerThatHangs) {
+  Program& mail = app("Mail", {"--threads", "2"});
+  Program& played = game();
+  ASSERT_NO_FATAL_FAILURE(startBoost(played, mail));
+  const HungServer hung(m_desktop->xServer());
+  m_vantle->signal(SIGTERM);
+  const Ended ended = end(*m_vantle);
+  EXPECT_EQ(ended.status, 0);
+  EXPECT_EQ(changes(), "") << "back before its end";
+  EXPECT_EQ(journal(), "[]");
+}
+
+// A wait that no signal ends, as one for a file system that has died: only this thread stops.
+void stopMainThread(Pid pid) {
+  ASSERT_EQ(::ptrace(PTRACE_SEIZE, pid, nullptr, nullptr), 0);
+  ASSERT_EQ(::ptrace(PTRACE_INTERRUPT, pid, nullptr, nullptr), 0);
+  int status = 0;
+  ASSERT_EQ(::waitpid(pid, &status, __WALL), pid);
+  ASSERT_TRUE(WIFSTOPPED(status));
+}
+
+TEST_P(Ending, ByASignalIsInTimeWhenTheMainThreadHangs) {
+  Program& mail = app("Mail", {"--threads", "2", "--children", "1"});
+  Program& played = game();
+  ASSERT_NO_FATAL_FAILURE(startBoost(played, mail));
+  ASSERT_NO_FATAL_FAILURE(stopMainThread(m_vantle->pid()));
+  m_vantle->signal(SIGTERM);
+  const Ended ended = end(*m_vantle);
+  EXPECT_EQ(ended.status, 0);
+  EXPECT_EQ(changes(), "") << "back before its end";
+  EXPECT_EQ(journal(), "[]");
+}
+
 TEST_P(Ending, BySigquitIsACrashThatTheNextStartMends) {
   Program& mail = app("Mail", {"--threads", "1"});
   Program& editor = app("Editor", {"--children", "1"});
@@ -569,6 +631,59 @@ TEST_P(Beginning, OfASecondCopyChangesNothing) {
   EXPECT_TRUE(becomesUnchanged()) << changes();
 }
 
+// As with "sudo -E": the folders of the environment are the person's, who leads what is written there
+// elsewhere.
+TEST_P(Beginning, AsRootInAPersonsFoldersWritesNothing) {
+  if (::geteuid() != 0 || GetParam() == Who::root) GTEST_SKIP() << "needs root and a person";
+  const TemporaryFolder roots;
+  const fs::path precious = roots.write("precious", "precious");
+  m_desktop->folder().folder("home/.local/share/Vantle");
+  for (const char* name : {"journal.json", "boot.json", "com.halvo.vantle.lock"}) {
+    fs::create_symlink(precious, m_desktop->dataHome() / "Vantle" / name);
+  }
+  const fs::path errors = roots.path() / "errors";
+  Program& vantle = m_desktop->launchAs(
+      uid_t{0}, {"/bin/sh", "-c", "unset DISPLAY; exec " VANTLE_PROGRAM " 2>" + errors.string()});
+  EXPECT_EQ(vantle.exitStatus(), 1);
+  EXPECT_EQ(contents(precious), "precious");
+  EXPECT_THAT(contents(errors), testing::HasSubstr("nothing is kept there.\n"));
+  for (const char* name : {"journal.json", "boot.json", "com.halvo.vantle.lock"}) {
+    EXPECT_TRUE(fs::is_symlink(m_desktop->dataHome() / "Vantle" / name)) << name;
+  }
+  EXPECT_EQ(std::distance(fs::directory_iterator(m_desktop->dataHome() / "Vantle"), {}), 3);
+}
+
+TEST_P(Beginning, OfASecondCopyEndsItThoughTheLockFileIsGone) {
+  startVantle();
+  fs::remove(m_desktop->runtimeDir() / "com.halvo.vantle.lock");
+  EXPECT_EQ(end(launchVantle()).status, 0);
+  EXPECT_TRUE(m_vantle->isRunning());
+}
+
+TEST_P(Beginning, BesideAPipeForAJournalAndForAProgram) {
+  m_desktop->folder().folder("home/.local/share/Vantle");
+  const fs::path pipe = m_desktop->folder().path() / "pipe";
+  ASSERT_EQ(::mkfifo(pipe.c_str(), 0777), 0);
+  ASSERT_EQ(::chmod(pipe.c_str(), 0777), 0);
+  ASSERT_EQ(::mkfifo(journalFile().c_str(), 0666), 0);
+  m_desktop->installDesktopFile("org.example.Pipe",
+                                "[Desktop Entry]\nType=Application\nName=Pipe\nExec=" + pipe.string() + "\n");
+  Program& mail = app("Mail", {"--threads", "1"});
+  Program& played = game();
+  startBoost(played, mail);
+  played.kill();
+  EXPECT_TRUE(becomesUnchanged()) << changes();
+}
+
+// The argument is for nobody else: beside a copy that runs it would put back what that one has slowed.
+TEST_P(Beginning, AsAHelperTakesAParentThatNeedsOne) {
+  Program& mail = app("Mail", {"--threads", "1"});
+  Program& played = game();
+  ASSERT_NO_FATAL_FAILURE(startBoost(played, mail));
+  EXPECT_EQ(end(launchVantle({"--put-back"})).status, 0);
+  EXPECT_TRUE(isSlowed(mail.pid()));
+}
+
 TEST_P(Beginning, OfManyAtOnceLeavesOne) {
   constexpr std::size_t many = 6;
   std::vector<Program*> copies;
@@ -593,7 +708,9 @@ class NoDesktop : public Vantle {
     Program& played = game();
     ASSERT_NO_FATAL_FAILURE(leaveSlowed(played, mail));
     m_desktop->setEnvironment("QT_QPA_PLATFORM", "");
-    const Ended ended = end(launchVantle({}, environment));
+    Program& vantle = launchVantle({}, environment);
+    EXPECT_TRUE(vantle.exitStatus(2 * guardLimit)); // it may wait for an answer
+    const Ended ended = end(vantle);
     EXPECT_EQ(changes(), "") << "back before its end";
     EXPECT_EQ(journal(), "[]");
     EXPECT_EQ(ended.status, 1);
@@ -604,6 +721,7 @@ class NoDesktop : public Vantle {
       "vantle: there is no desktop session here (neither DISPLAY nor WAYLAND_DISPLAY is set).";
   static constexpr const char* unreachable =
       "vantle: the desktop session that DISPLAY or WAYLAND_DISPLAY names cannot be reached.";
+  static constexpr const char* silent = "vantle: the desktop session does not answer.";
 };
 
 TEST_P(NoDesktop, NamedIsSaidAndWhatWasLeftIsPutBack) { expectOnlyRecovery({{"DISPLAY", "unset"}}, none); }
@@ -616,6 +734,45 @@ TEST_P(NoDesktop, WhereTheNameLeadsIsSaidAndWhatWasLeftIsPutBack) {
 
 TEST_P(NoDesktop, WhereTheWaylandNameLeadsIsSaidAndWhatWasLeftIsPutBack) {
   expectOnlyRecovery({{"DISPLAY", "unset"}, {"WAYLAND_DISPLAY", "nowhere"}}, unreachable);
+}
+
+TEST_P(NoDesktop, NamedByEmptyWordsIsTheSame) {
+  expectOnlyRecovery({{"DISPLAY", ""}, {"WAYLAND_DISPLAY", ""}}, none);
+}
+
+TEST_P(NoDesktop, ThatTheToolkitHasAWordForIsSaidAndWhatWasLeftIsPutBack) {
+  expectOnlyRecovery({{"QT_QPA_PLATFORM", "nonsense"}}, unreachable);
+}
+
+TEST_P(NoDesktop, ThatAnswersIsSaidAndWhatWasLeftIsPutBack) {
+  expectOnlyRecovery({{"DISPLAY", hungDisplay()}}, silent);
+}
+
+TEST_P(NoDesktop, ThatAnswersKeepsNothingSlowedAndNoSignalWaiting) {
+  Program& mail = app("Mail", {"--threads", "2", "--children", "1"});
+  Program& played = game();
+  ASSERT_NO_FATAL_FAILURE(leaveSlowed(played, mail));
+  const std::string display = hungDisplay();
+  for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
+    Program& vantle = launchVantle({}, {{"DISPLAY", display}});
+    EXPECT_TRUE(becomesUnchanged()) << changes();
+    EXPECT_TRUE(waitUntil([&] { return journal() == "[]"; }));
+    require("the signals to be held", [&] { return isProofAgainst(vantle.pid(), number); });
+    vantle.signal(number);
+    EXPECT_EQ(vantle.exitStatus(), 0);
+    EXPECT_EQ(contents(m_errors), "");
+  }
+}
+
+TEST_P(Beginning, CountsAnEmptyOrStaleNameBesideAGoodOneAsNone) {
+  m_desktop->setEnvironment("QT_QPA_PLATFORM", "");
+  for (const char* wayland : {"", "nowhere"}) {
+    m_desktop->setEnvironment("WAYLAND_DISPLAY", wayland);
+    ASSERT_NO_FATAL_FAILURE(startVantle()) << wayland;
+    m_vantle->signal(SIGTERM);
+    EXPECT_EQ(m_vantle->exitStatus(), 0);
+    require("the name", [&] { return !m_desktop->hasBusName("com.halvo.vantle"); });
+  }
 }
 
 TEST_P(NoDesktop, ThatLetsItInIsSaidAndWhatWasLeftIsPutBack) {

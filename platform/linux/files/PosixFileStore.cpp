@@ -2,6 +2,8 @@
 #include "platform/linux/files/PosixFileStore.h"
 
 #include "platform/linux/Descriptor.h"
+#include "platform/linux/files/OwnFolder.h"
+#include "platform/linux/files/RegularFile.h"
 #include "platform/linux/files/TemporaryFile.h"
 
 #include <algorithm>
@@ -27,8 +29,15 @@ std::string folderOf(const std::string& path) {
   return slash == 0 || slash == std::string::npos ? "/" : path.substr(0, slash);
 }
 
+std::string nameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
+
+// A link that stands in a folder of one's own was made by oneself, unless everybody may make one there.
+bool isOwnLink(const std::string& path, const struct stat& link) {
+  return (link.st_uid == 0 || link.st_uid == ::geteuid()) && openOwnFolder(folderOf(path));
+}
+
 // Where a write through the path ends up; absent when it would replace something that is no regular file
-// behind a link, or when the links run in a circle.
+// behind a link, when somebody else has made the link, or when the links run in a circle.
 std::optional<std::string> writeTarget(std::string path) {
   for (int links = 0; links <= mostLinks; ++links) {
     char link[PATH_MAX];
@@ -38,6 +47,8 @@ std::optional<std::string> writeTarget(std::string path) {
       const bool isFree = ::lstat(path.c_str(), &about) != 0;
       return isFree || S_ISREG(about.st_mode) || links == 0 ? std::optional(path) : std::nullopt;
     }
+    struct stat about {};
+    if (::lstat(path.c_str(), &about) != 0 || !isOwnLink(path, about)) return std::nullopt;
     const std::string_view next(link, static_cast<std::size_t>(length));
     path = next.starts_with('/') ? std::string(next) : folderOf(path).append("/").append(next);
   }
@@ -47,11 +58,10 @@ std::optional<std::string> writeTarget(std::string path) {
 } // namespace
 
 std::optional<std::string> PosixFileStore::read(const std::string& path, std::size_t limit) const {
-  // Looked at before it is opened: opening alone can already move a device.
+  if (m_foreign == Foreign::ignored && !openOwnFolder(folderOf(path))) return std::nullopt;
+  const Descriptor file = openRegularFile(path);
   struct stat about {};
-  if (::stat(path.c_str(), &about) != 0 || !S_ISREG(about.st_mode)) return std::nullopt;
-  const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-  if (!file || ::fstat(file.get(), &about) != 0 || !S_ISREG(about.st_mode)) return std::nullopt;
+  if (!file || ::fstat(file.get(), &about) != 0) return std::nullopt;
   if (about.st_size > 0 && static_cast<std::uintmax_t>(about.st_size) > limit) return std::nullopt;
 
   // One byte more than there is, so that the end shows with the first read; more only if the file grows.
@@ -72,29 +82,39 @@ std::optional<std::string> PosixFileStore::read(const std::string& path, std::si
 bool PosixFileStore::writeAtomically(const std::string& path, const std::string& bytes) {
   const std::optional<std::string> target = writeTarget(path);
   if (!target) return false;
-  const std::string folder = folderOf(*target);
-  if (m_tidiedFolders.insert(folder).second) TemporaryFile::removeLeftovers(folder);
-  TemporaryFile file(folder);
-  return file.write(bytes) && (m_sync == Sync::none || file.flushToDisk()) && file.replace(*target);
+  const Descriptor folder = openOwnFolder(folderOf(*target));
+  if (!folder) return false;
+  const std::string place = pathOf(folder);
+  if (m_tidiedFolders.insert(folderOf(*target)).second) TemporaryFile::removeLeftovers(place);
+  TemporaryFile file(place);
+  return file.write(bytes) && (m_sync == Sync::none || file.flushToDisk()) &&
+         file.replace(place + "/" + nameOf(*target));
 }
 
 bool PosixFileStore::exists(const std::string& path) const { return ::access(path.c_str(), F_OK) == 0; }
 
 bool PosixFileStore::rename(const std::string& path, const std::string& newPath) {
-  return ::rename(path.c_str(), newPath.c_str()) == 0;
+  const Descriptor folder = openOwnFolder(folderOf(path));
+  return folder && ::renameat(folder.get(), nameOf(path).c_str(), folder.get(), nameOf(newPath).c_str()) == 0;
 }
 
 void PosixFileStore::createFolders(const std::string& path) {
   for (std::size_t end = 1; end != std::string::npos;) {
     end = path.find('/', end);
-    ::mkdir(path.substr(0, end).c_str(), ownerOnlyFolder);
+    const std::string next = path.substr(0, end);
+    if (!exists(next)) {
+      const Descriptor folder = openOwnFolder(folderOf(next));
+      if (!folder) return;
+      ::mkdirat(folder.get(), nameOf(next).c_str(), ownerOnlyFolder);
+    }
     if (end != std::string::npos) ++end;
   }
 }
 
 void PosixFileStore::removeFolder(const std::string& path) {
+  const Descriptor folder = openOwnFolder(folderOf(path));
   std::error_code ignored;
-  std::filesystem::remove_all(path, ignored);
+  if (folder) std::filesystem::remove_all(pathOf(folder) + "/" + nameOf(path), ignored);
 }
 
 } // namespace vantle

@@ -9,7 +9,9 @@ namespace vantle {
 
 // Small files in the person's folders. Only regular files are read, so nothing here ever waits for the other
 // end of a pipe or wakes a device. A symbolic link is followed when it is written, too: what it leads to is
-// replaced, never the link, and never anything but a regular file.
+// replaced, never the link, and never anything but a regular file. Nothing is written where somebody else
+// could lead it elsewhere: with another person's folders in the environment, as under sudo, nothing is kept
+// at all.
 class PosixFileStore final : public FileStore {
  public:
   enum class Sync {
@@ -17,8 +19,14 @@ class PosixFileStore final : public FileStore {
     disk, // survives a power loss as well, at the price of waiting for the disk
   };
 
-  PosixFileStore(std::string applicationSupport, Sync sync)
-      : m_applicationSupport(std::move(applicationSupport)), m_sync(sync) {}
+  // What lies in folders that somebody else could exchange.
+  enum class Foreign {
+    ignored,
+    readable, // for what does no harm, whoever wrote it
+  };
+
+  PosixFileStore(std::string applicationSupport, Sync sync, Foreign foreign = Foreign::ignored)
+      : m_applicationSupport(std::move(applicationSupport)), m_sync(sync), m_foreign(foreign) {}
 
   std::string applicationSupport() const override { return m_applicationSupport; }
   std::optional<std::string> read(const std::string& path, std::size_t limit) const override;
@@ -31,6 +39,7 @@ class PosixFileStore final : public FileStore {
  private:
   std::string m_applicationSupport;
   Sync m_sync;
+  Foreign m_foreign;
   std::set<std::string> m_tidiedFolders;
 };
 

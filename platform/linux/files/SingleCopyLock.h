@@ -10,7 +10,9 @@
 namespace vantle {
 
 // Makes sure that one copy of Vantle runs for each user. The kernel releases the lock with the process,
-// however it ends, and no child inherits it.
+// however it ends, and no child inherits it. It is a lock on a file, and on the folders themselves: a file
+// that is deleted takes its lock with it, and a copy with another runtime folder shares at least the data
+// folder.
 class SingleCopyLock {
  public:
   enum class Outcome {
@@ -21,16 +23,17 @@ class SingleCopyLock {
 
   // The runtime folder, or the data folder where there is none.
   static SingleCopyLock acquire(const XdgFolders& folders);
-  // In the first of the folders in which a lock file can be made.
+  // With a file in the first of the folders in which one can be made.
   static SingleCopyLock acquire(const std::vector<std::string>& folders);
 
   Outcome outcome() const { return m_outcome; }
 
  private:
-  SingleCopyLock(Outcome outcome, Descriptor file) : m_outcome(outcome), m_file(std::move(file)) {}
+  SingleCopyLock(Outcome outcome, std::vector<Descriptor> locked)
+      : m_outcome(outcome), m_locked(std::move(locked)) {}
 
   Outcome m_outcome;
-  Descriptor m_file; // holds the lock
+  std::vector<Descriptor> m_locked; // the file, and the folders
 };
 
 } // namespace vantle

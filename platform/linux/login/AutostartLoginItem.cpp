@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/login/AutostartLoginItem.h"
 
+#include "platform/linux/files/OwnFolder.h"
 #include "platform/linux/files/PosixFileStore.h"
 #include "platform/linux/login/AutostartEntry.h"
 
@@ -95,6 +96,7 @@ bool AutostartLoginItem::unregisterItem() {
     entry->hide();
     return write(*entry) && !isEnabled();
   }
+  if (!isOwnFolder(m_setup.userFolder)) return false;
   std::error_code failure;
   std::filesystem::remove(own, failure);
   return !failure && !isEnabled();

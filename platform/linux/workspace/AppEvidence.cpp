@@ -2,20 +2,25 @@
 #include "platform/linux/workspace/AppEvidence.h"
 
 #include "platform/linux/Descriptor.h"
+#include "platform/linux/process/BoundedWait.h"
 #include "platform/linux/workspace/ProgramPath.h"
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstddef>
 #include <cstdlib>
 #include <fcntl.h>
 #include <unistd.h>
+#include <utility>
 
 namespace vantle {
 
 namespace {
 
 constexpr std::size_t longestRead = 256 * 1024; // more than one command line or environment can sensibly be
+constexpr std::chrono::milliseconds longestAnswer{100};
+constexpr int mostStuck = 16;
 constexpr std::string_view deletedMark = " (deleted)";
 
 std::string readAll(const std::string& path) {
@@ -114,6 +119,28 @@ std::string startedProgram(const AppEvidence& evidence) {
   return ::access(path.c_str(), X_OK) == 0 ? path : std::string();
 }
 
+// What lies in the process's own memory, or below its own root. It is the process that says when they can be
+// read.
+AppEvidence withItsOwnWords(AppEvidence evidence) {
+  const std::string folder = "/proc/" + std::to_string(evidence.pid);
+  if (std::string id = flatpakId(folder); !id.empty()) evidence.sandboxId = std::move(id);
+  evidence.arguments = split(readAll(folder + "/cmdline"), '\0');
+  if (evidence.executable.empty()) evidence.executable = startedProgram(evidence);
+
+  const std::vector<std::string> environment = split(readAll(folder + "/environ"), '\0');
+  // The variables are inherited; only the pid tells whose they are.
+  if (valueOf(environment, "GIO_LAUNCHED_DESKTOP_FILE_PID=") == std::to_string(evidence.pid)) {
+    evidence.launchedFile = valueOf(environment, "GIO_LAUNCHED_DESKTOP_FILE=");
+  }
+  evidence.program = evidence.executable;
+  if (isInterpreter(fileName(evidence.executable))) {
+    evidence.program = scriptOf(evidence);
+  } else if (evidence.executable.find("/.mount_") != std::string::npos) {
+    evidence.program = valueOf(environment, "APPIMAGE="); // it runs from a file system of its own
+  }
+  return evidence;
+}
+
 } // namespace
 
 std::optional<UnitId> unitIdOf(std::string_view unitName) {
@@ -167,25 +194,13 @@ AppEvidence readEvidence(Pid pid) {
   evidence.commandName = readAll(folder + "/comm");
   if (evidence.commandName.ends_with('\n')) evidence.commandName.pop_back();
   evidence.executable = linkTarget(folder + "/exe");
-  evidence.arguments = split(readAll(folder + "/cmdline"), '\0');
-  if (evidence.executable.empty()) evidence.executable = startedProgram(evidence);
   const std::string unit = unitName(folder);
   evidence.unit = unitIdOf(unit);
-  evidence.sandboxId = flatpakId(folder);
-  if (evidence.sandboxId.empty()) evidence.sandboxId = snapIdOf(unit);
+  evidence.sandboxId = snapIdOf(unit);
+  if (!isInterpreter(fileName(evidence.executable))) evidence.program = evidence.executable;
 
-  const std::vector<std::string> environment = split(readAll(folder + "/environ"), '\0');
-  // The variables are inherited; only the pid tells whose they are.
-  if (valueOf(environment, "GIO_LAUNCHED_DESKTOP_FILE_PID=") == std::to_string(pid)) {
-    evidence.launchedFile = valueOf(environment, "GIO_LAUNCHED_DESKTOP_FILE=");
-  }
-  evidence.program = evidence.executable;
-  if (isInterpreter(fileName(evidence.executable))) {
-    evidence.program = scriptOf(evidence);
-  } else if (evidence.executable.find("/.mount_") != std::string::npos) {
-    evidence.program = valueOf(environment, "APPIMAGE="); // it runs from a file system of its own
-  }
-  return evidence;
+  static BoundedWait wait(mostStuck);
+  return wait.answer(longestAnswer, [evidence] { return withItsOwnWords(evidence); }).value_or(evidence);
 }
 
 } // namespace vantle

@@ -42,7 +42,8 @@ std::string snapIdOf(std::string_view unitName);
 // True for programs that run other programs' texts, such as "python3.11" or "java".
 bool isInterpreter(std::string_view fileName);
 
-// Reads what /proc knows; the window's own properties are the caller's to add. Never waits.
+// Reads what /proc knows; the window's own properties are the caller's to add. A process that keeps its
+// command line or environment from being read is waited for 100 ms at most, and known by the rest.
 AppEvidence readEvidence(Pid pid);
 
 } // namespace vantle

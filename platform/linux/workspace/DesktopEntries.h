@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "platform/linux/process/BoundedWait.h"
 #include "platform/linux/workspace/DesktopEntry.h"
 
-#include <cstdint>
-#include <map>
+#include <atomic>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -12,25 +13,33 @@ namespace vantle {
 
 // The installed apps: the desktop files of all XDG data folders, read when they are first asked for and again
 // when a folder has changed since. An id in an earlier folder hides the same id in later ones.
+//
+// Any of these files, and the programs that they name, can lie where nobody answers. So another thread reads
+// them: what does not answer is left out until it does, and once something is known nobody waits for news
+// longer than 100 ms.
 class DesktopEntries {
  public:
   // The folders that hold "applications", most important first.
-  explicit DesktopEntries(std::vector<std::string> dataFolders) : m_dataFolders(std::move(dataFolders)) {}
+  explicit DesktopEntries(std::vector<std::string> dataFolders);
+  ~DesktopEntries();
+  DesktopEntries(const DesktopEntries&) = delete;
+  DesktopEntries& operator=(const DesktopEntries&) = delete;
   static std::vector<std::string> dataFoldersFromEnvironment();
 
   const std::vector<DesktopEntry>& all();
   const DesktopEntry* find(const std::string& id); // null when there is none
 
  private:
-  using Stamps = std::map<std::string, std::int64_t>; // when each folder last changed, in nanoseconds
+  struct Reading;
 
-  bool isCurrent() const;
-  void read();
-  void readFolder(const std::string& folder, const std::string& prefix, int depth);
+  void takeOver();
 
   std::vector<std::string> m_dataFolders;
   std::vector<DesktopEntry> m_entries;
-  Stamps m_stamps;
+  std::shared_ptr<const Reading> m_known; // the last one that was taken over
+  std::shared_ptr<Reading> m_inProgress;  // null when there is none to be taken over
+  std::shared_ptr<std::atomic<bool>> m_isRead;
+  BoundedWait m_wait{2};
 };
 
 } // namespace vantle

@@ -2,15 +2,18 @@
 #include "platform/linux/workspace/DesktopEntry.h"
 
 #include "engine/Utf8.h"
+#include "platform/linux/files/PosixFileStore.h"
+#include "platform/linux/files/RegularFile.h"
 #include "platform/linux/workspace/DisplayText.h"
 #include "platform/linux/workspace/ProgramPath.h"
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <cstdlib>
-#include <fstream>
 #include <gio/gdesktopappinfo.h>
 #include <memory>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
@@ -25,6 +28,8 @@ struct GFree {
   void operator()(GKeyFile* file) const { g_key_file_unref(file); }
 };
 template <class T> using GOwned = std::unique_ptr<T, GFree>;
+
+constexpr std::size_t largestFile = std::size_t{1} << 20U; // bytes; larger is no desktop file
 
 std::string text(const char* bytes) { return bytes == nullptr ? std::string() : std::string(bytes); }
 
@@ -44,32 +49,61 @@ bool standsForFiles(std::string_view argument) {
 
 bool isAssignment(std::string_view argument) { return argument.find('=') != std::string_view::npos; }
 
+// As a shell takes it apart; empty when it cannot.
+std::vector<std::string> wordsOf(const std::string& line) {
+  int count = 0;
+  char** parsed = nullptr;
+  if (g_shell_parse_argv(line.c_str(), &count, &parsed, nullptr) == 0) return {};
+  const GOwned<char*> owned(parsed);
+  return {parsed, parsed + count};
+}
+
 std::string keyOf(GKeyFile* file, const char* key) {
   return text(GOwned<char>(g_key_file_get_string(file, G_KEY_FILE_DESKTOP_GROUP, key, nullptr)).get());
 }
 
-// The reader turns a file away whose program PATH does not find, so it is told where the program is.
-GOwned<GDesktopAppInfo> readInfo(const std::string& path) {
-  GOwned<GDesktopAppInfo> info(g_desktop_app_info_new_from_filename(path.c_str()));
-  if (info) return info;
-  const GOwned<GKeyFile> file(g_key_file_new());
-  if (g_key_file_load_from_file(file.get(), path.c_str(), G_KEY_FILE_KEEP_TRANSLATIONS, nullptr) == 0)
-    return {};
+GOwned<GKeyFile> readKeyFile(const std::string& path) {
+  const std::optional<std::string> bytes =
+      PosixFileStore({}, PosixFileStore::Sync::none, PosixFileStore::Foreign::readable)
+          .read(path, largestFile);
+  GOwned<GKeyFile> file(g_key_file_new());
+  const bool isWhole = bytes && g_key_file_load_from_data(file.get(), bytes->data(), bytes->size(),
+                                                          G_KEY_FILE_KEEP_TRANSLATIONS, nullptr) != 0;
+  return isWhole ? std::move(file) : GOwned<GKeyFile>();
+}
+
+bool isProgram(const std::string& path) {
+  struct stat about {};
+  return ::stat(path.c_str(), &about) == 0 && !S_ISDIR(about.st_mode) && ::access(path.c_str(), X_OK) == 0;
+}
+
+struct Read {
+  GOwned<GDesktopAppInfo> info; // null when it is not one of an installed app
+  std::string commandLine;
+};
+
+// The reader looks for the program itself, and keeps everybody else from reading while the file system of the
+// program gives it no answer. So that is done here, and the reader gets one that is always there.
+Read readInfo(const std::string& path) {
+  const GOwned<GKeyFile> file = readKeyFile(path);
+  if (!file) return {};
   const std::string line = keyOf(file.get(), G_KEY_FILE_DESKTOP_KEY_EXEC);
   const std::string tried = keyOf(file.get(), G_KEY_FILE_DESKTOP_KEY_TRY_EXEC);
-  const std::size_t end = std::min(line.find(' '), line.size());
-  const std::string program = absolutePath(line.substr(0, end));
-  if (program.empty() || (!tried.empty() && ::access(absolutePath(tried).c_str(), X_OK) != 0)) return {};
-  g_key_file_set_string(file.get(), G_KEY_FILE_DESKTOP_GROUP, G_KEY_FILE_DESKTOP_KEY_EXEC,
-                        (program + line.substr(end)).c_str());
+  if (!tried.empty() && !isProgram(absolutePath(tried))) return {};
   g_key_file_remove_key(file.get(), G_KEY_FILE_DESKTOP_GROUP, G_KEY_FILE_DESKTOP_KEY_TRY_EXEC, nullptr);
-  return GOwned<GDesktopAppInfo>(g_desktop_app_info_new_from_keyfile(file.get()));
+  if (!line.empty()) {
+    const std::vector<std::string> words = wordsOf(line);
+    if (words.empty() || !isProgram(absolutePath(words.front()))) return {};
+    g_key_file_set_string(file.get(), G_KEY_FILE_DESKTOP_GROUP, G_KEY_FILE_DESKTOP_KEY_EXEC,
+                          "/proc/self/exe");
+  }
+  return {GOwned<GDesktopAppInfo>(g_desktop_app_info_new_from_keyfile(file.get())), line};
 }
 
 bool startsAsScript(const std::string& path) {
   std::array<char, 2> start{};
-  std::ifstream(path, std::ios::binary).read(start.data(), start.size());
-  return start[0] == '#' && start[1] == '!';
+  const Descriptor file = openRegularFile(path);
+  return ::read(file.get(), start.data(), start.size()) == 2 && start[0] == '#' && start[1] == '!';
 }
 
 } // namespace
@@ -101,11 +135,8 @@ std::string categoryOf(std::string_view categories) {
 }
 
 std::vector<std::string> programOf(const std::string& exec) {
-  int count = 0;
-  char** parsed = nullptr;
-  if (g_shell_parse_argv(exec.c_str(), &count, &parsed, nullptr) == 0) return {};
-  const GOwned<char*> owned(parsed);
-  std::vector<std::string> words(parsed, parsed + count);
+  std::vector<std::string> words = wordsOf(exec);
+  if (words.empty()) return {};
   if (words.front() == "env" || words.front().ends_with("/env")) {
     const auto program = std::find_if_not(words.begin() + 1, words.end(), isAssignment);
     words.erase(words.begin(), program);
@@ -115,7 +146,7 @@ std::vector<std::string> programOf(const std::string& exec) {
 }
 
 std::optional<DesktopEntry> readDesktopEntry(const std::string& path, const std::string& id) {
-  const GOwned<GDesktopAppInfo> info = readInfo(path);
+  const auto [info, commandLine] = readInfo(path);
   if (!info || g_desktop_app_info_get_is_hidden(info.get()) != 0) return {};
   GAppInfo* const app = G_APP_INFO(info.get());
   DesktopEntry entry;
@@ -126,7 +157,7 @@ std::optional<DesktopEntry> readDesktopEntry(const std::string& path, const std:
   entry.windowClass = text(g_desktop_app_info_get_startup_wm_class(info.get()));
   entry.category = categoryOf(text(g_desktop_app_info_get_categories(info.get())));
   entry.isHidden = g_desktop_app_info_get_nodisplay(info.get()) != 0;
-  std::vector<std::string> words = programOf(text(g_app_info_get_commandline(app)));
+  std::vector<std::string> words = programOf(commandLine);
   if (!words.empty()) {
     entry.executable = absolutePath(words.front());
     entry.realPath = realPath(entry.executable);

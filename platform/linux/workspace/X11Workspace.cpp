@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/workspace/X11Workspace.h"
 
+#include "platform/linux/process/BoundedWait.h"
 #include "platform/linux/process/ProcStat.h"
 #include "platform/linux/programs/DesktopPrograms.h"
 
@@ -16,6 +17,7 @@ namespace vantle {
 namespace {
 
 constexpr std::chrono::milliseconds longestStart{200};
+constexpr std::chrono::milliseconds longestLook{100}; // at a file that an app has named
 
 // A window that opens in front gets there a moment after it appears. Its launch is told with its activation
 // then, so that nobody slows the app down just to speed it up again; without one, after this time.
@@ -165,8 +167,11 @@ AppIdentity X11Workspace::identify(const AppEvidence& evidence) {
   // Started from a desktop file that is installed nowhere, such as one on the desktop.
   if (!evidence.launchedFile.empty()) {
     const std::string id(fileName(evidence.launchedFile));
-    const auto entry = readDesktopEntry(evidence.launchedFile, id.substr(0, id.rfind(".desktop")));
-    if (entry) return identityOf(evidence, &*entry);
+    static BoundedWait wait(8);
+    const auto entry = wait.answer(longestLook, [file = evidence.launchedFile, id] {
+      return readDesktopEntry(file, id.substr(0, id.rfind(".desktop")));
+    });
+    if (entry && *entry) return identityOf(evidence, &**entry);
   }
   return identityOf(evidence, nullptr);
 }

@@ -10,6 +10,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace vantle {
 namespace {
@@ -53,8 +54,11 @@ TEST_F(DefaultsFileTest, isSetAsideWhenItCannotBeRead) {
   folder.write("domain/defaults.json", R"({"b": true})");
   ::chmod(path.c_str(), 0);
   ::chmod(folder.path().c_str(), 0755);
-  ASSERT_EQ(::chmod(path.parent_path().c_str(), 0777), 0);
+  const uid_t self = ::geteuid();
+  const uid_t person = self == 0 ? test::ordinaryUser : self;
+  ASSERT_EQ(::chown(path.parent_path().c_str(), person, static_cast<gid_t>(-1)), 0);
   EXPECT_EQ(test::asOrdinaryUser([&] { return setAndRead(); }), "");
+  ASSERT_EQ(::chown(path.parent_path().c_str(), self, static_cast<gid_t>(-1)), 0);
   ::chmod(aside.c_str(), 0600);
   EXPECT_EQ(files.read(aside, 100), R"({"b": true})");
 }

@@ -269,5 +269,62 @@ TEST_P(PosixFileStoreTest, knowsWhatExists) {
   EXPECT_EQ(files.applicationSupport(), folder.path().string());
 }
 
+// As with sudo, when the environment still names another person's folders.
+class ForeignFolder : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (::geteuid() != 0) GTEST_SKIP() << "needs root";
+    folder.write("root's", "precious");
+  }
+  std::string at(const std::string& name) const { return folder.path() / name; }
+  std::string theirs(const std::string& name) {
+    std::string path = folder.folder(name);
+    EXPECT_EQ(::chown(path.c_str(), test::ordinaryUser, test::ordinaryUser), 0);
+    return path;
+  }
+
+  desktop::TemporaryFolder folder;
+  PosixFileStore files{folder.path(), PosixFileStore::Sync::none};
+};
+
+TEST_F(ForeignFolder, isNotWrittenTo) {
+  const std::string home = theirs("home");
+  fs::create_symlink(at("root's"), home + "/link");
+  ASSERT_EQ(::link(at("root's").c_str(), (home + "/hard").c_str()), 0);
+  fs::create_directory(home + "/below"); // root's own, in theirs
+  for (const char* name : {"/link", "/hard", "/new", "/below/new"}) {
+    EXPECT_FALSE(files.writeAtomically(home + name, "x")) << name;
+  }
+  files.createFolders(home + "/folder/folder");
+  EXPECT_FALSE(fs::exists(home + "/folder"));
+  EXPECT_FALSE(files.rename(home + "/hard", home + "/gone"));
+  files.removeFolder(home + "/below");
+  EXPECT_TRUE(fs::exists(home + "/below"));
+  EXPECT_EQ(files.read(at("root's"), limit), "precious");
+}
+
+TEST_F(ForeignFolder, isNotBelievedUnlessThatDoesNoHarm) {
+  const std::string home = theirs("home");
+  folder.write("home/file", "words");
+  EXPECT_FALSE(files.read(home + "/file", limit));
+  const PosixFileStore harmless(folder.path(), PosixFileStore::Sync::none, PosixFileStore::Foreign::readable);
+  EXPECT_EQ(harmless.read(home + "/file", limit), "words");
+}
+
+TEST_F(ForeignFolder, isOneThatALinkOfTheirsLeadsTo) {
+  const std::string shared = folder.folder("shared");
+  ASSERT_EQ(::chmod(shared.c_str(), 01777), 0);
+  folder.folder("real");
+  for (const auto& [name, target] : {std::pair{"folder", at("real")}, std::pair{"file", at("root's")}}) {
+    fs::create_symlink(target, shared + "/" + name);
+    ASSERT_EQ(::lchown((shared + "/" + name).c_str(), test::ordinaryUser, test::ordinaryUser), 0);
+  }
+  EXPECT_FALSE(files.writeAtomically(shared + "/folder/new", "x"));
+  EXPECT_FALSE(files.writeAtomically(shared + "/file", "x"));
+  EXPECT_TRUE(files.writeAtomically(shared + "/own", "x"));
+  EXPECT_TRUE(fs::is_empty(at("real")));
+  EXPECT_EQ(files.read(at("root's"), limit), "precious");
+}
+
 } // namespace
 } // namespace vantle

@@ -6,9 +6,13 @@
 #include "tests/unit/linux/ForkedProcess.h"
 #include "tests/unit/linux/InChild.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <optional>
+#include <sys/file.h>
+#include <sys/prctl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace vantle {
 namespace {
@@ -60,6 +64,29 @@ TEST_F(SingleCopyLockTest, isNotInheritedByThoseThatAreStarted) {
   EXPECT_EQ(attempt(), Outcome::acquired);
   child->terminate();
   child->waitUntilExit();
+}
+
+TEST_F(SingleCopyLockTest, survivesThatItsFileIsDeleted) {
+  const SingleCopyLock lock = SingleCopyLock::acquire(folders());
+  fs::remove(fs::path(*runtime) / "com.halvo.vantle.lock");
+  EXPECT_EQ(attempt(), Outcome::heldByOther);
+  fs::remove(fs::path(*runtime) / "com.halvo.vantle.lock");
+  EXPECT_EQ(attempt(), Outcome::heldByOther);
+}
+
+TEST_F(SingleCopyLockTest, isHeldAgainstACopyWithAnotherRuntimeFolder) {
+  const SingleCopyLock lock = SingleCopyLock::acquire(folders());
+  runtime = folder.folder("another");
+  EXPECT_EQ(attempt(), Outcome::heldByOther) << "both would write one journal";
+}
+
+TEST_F(SingleCopyLockTest, isNoneOfAStrangerWhoLocksTheFolder) {
+  const test::ForkedProcess stranger([&] {
+    ::prctl(PR_SET_NAME, "stranger", 0, 0, 0); // NOLINT(cppcoreguidelines-pro-type-vararg)
+    const int file = ::open(runtime->c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (::flock(file, LOCK_EX) != 0) ::_exit(1);
+  });
+  EXPECT_EQ(attempt(), Outcome::acquired);
 }
 
 TEST_F(SingleCopyLockTest, liesInTheRuntimeFolderForItsOwnerAlone) {

@@ -5,9 +5,15 @@
 #include "platform/linux/workspace/X11Windows.h"
 #include "tests/desktop/harness/Program.h"
 #include "tests/desktop/harness/TemporaryFolder.h"
+#include "tests/desktop/harness/Wait.h"
+#include "tests/unit/linux/ForkedProcess.h"
+#include "tests/unit/linux/SilentFileSystem.h"
 #include "tests/unit/linux/band/TestProcess.h"
 
+#include <exception>
+#include <filesystem>
 #include <gtest/gtest.h>
+#include <optional>
 #include <string>
 #include <unistd.h>
 #include <vector>
@@ -52,6 +58,29 @@ TEST(Interpreter, IsKnownByItsName) {
     EXPECT_TRUE(isInterpreter(name)) << name;
   }
   for (const char* name : {"xterm", "shotwell", "", "galculator"}) EXPECT_FALSE(isInterpreter(name)) << name;
+}
+
+// An app decides what lies below its root, and when that can be read.
+TEST(AppEvidence, WaitsForNoAppThatStandsOnADeadFileSystem) {
+  if (::geteuid() != 0) GTEST_SKIP() << "needs a file system of its own";
+  const desktop::TemporaryFolder root;
+  std::optional<test::SilentFileSystem> silent;
+  try {
+    silent.emplace(root.folder("mount"));
+  } catch (const std::exception& error) {
+    GTEST_SKIP() << error.what();
+  }
+  std::filesystem::create_symlink("mount/info", root.path() / ".flatpak-info");
+  const test::ForkedProcess process([&] {
+    if (::chroot(root.path().c_str()) != 0) ::_exit(1);
+  });
+  for (int turn = 0; turn < 30; ++turn) { // the first ones leave a thread behind each
+    const AppEvidence evidence = readEvidence(process.pid());
+    EXPECT_NE(evidence.executable, "");
+    EXPECT_EQ(evidence.program, evidence.executable);
+  }
+  silent.reset();
+  EXPECT_TRUE(desktop::waitUntil([&] { return !readEvidence(process.pid()).arguments.empty(); }));
 }
 
 TEST(AppEvidence, KnowsARunningProgram) {

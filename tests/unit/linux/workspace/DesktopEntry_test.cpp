@@ -2,9 +2,13 @@
 #include "platform/linux/workspace/DesktopEntries.h"
 #include "platform/linux/workspace/DisplayText.h"
 #include "tests/desktop/harness/TemporaryFolder.h"
+#include "tests/desktop/harness/Wait.h"
+#include "tests/unit/linux/SilentFileSystem.h"
 
+#include <exception>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <optional>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -130,6 +134,45 @@ TEST_F(DesktopEntriesTest, SurvivesWhateverIsInTheFolder) {
   for (const char* id : {"hidden", "absent", "empty", "binary", "link", "readme", "pipe"}) {
     EXPECT_EQ(m_entries.find(id), nullptr) << id;
   }
+}
+
+// A file that is opened and read, and nothing else is done to it, waits for whoever writes to it.
+std::string pipeAt(const std::filesystem::path& path) {
+  EXPECT_EQ(::mkfifo(path.c_str(), 0700), 0);
+  return path.string();
+}
+
+TEST_F(DesktopEntriesTest, WaitsForNoPipe) {
+  const std::string pipe = pipeAt(m_folder.path() / "pipe");
+  install("pipe.desktop", "Name=Pipe\nExec=" + pipe + "\n");
+  ASSERT_NE(m_entries.find("pipe"), nullptr);
+  EXPECT_FALSE(m_entries.find("pipe")->isScript);
+  EXPECT_FALSE(readDesktopEntry(pipe, "pipe"));
+}
+
+TEST_F(DesktopEntriesTest, ReadsNothingThatIsTooLargeToBeOne) {
+  install("large.desktop", "Name=Large\nExec=sh\n");
+  const auto file = m_folder.path() / "high/applications/large.desktop";
+  std::filesystem::resize_file(file, 300'000'000);
+  EXPECT_FALSE(readDesktopEntry(file.string(), "large"));
+}
+
+// What answers is there, whatever does not; what answers late is there from then on.
+TEST_F(DesktopEntriesTest, LeavesOutWhatDoesNotAnswer) {
+  if (::geteuid() != 0) GTEST_SKIP() << "needs a file system of its own";
+  const std::filesystem::path mount = m_folder.folder("mount");
+  std::optional<test::SilentFileSystem> silent;
+  try {
+    silent.emplace(mount);
+  } catch (const std::exception& error) {
+    GTEST_SKIP() << error.what();
+  }
+  install("game.desktop", "Name=Game\nExec=" + (mount / "game").string() + "\n");
+  install("zzz.desktop", "Name=Last\nExec=sh\n");
+  EXPECT_NE(m_entries.find("zzz"), nullptr);
+  EXPECT_EQ(m_entries.find("game"), nullptr);
+  silent.reset(); // it answers with a failure from now on
+  EXPECT_TRUE(desktop::waitUntil([&] { return m_entries.find("zzz") != nullptr; }));
 }
 
 } // namespace

@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/files/OwnFolder.h"
+
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <cstddef>
+#include <fcntl.h>
+#include <string_view>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace vantle {
+
+namespace {
+
+constexpr int mostLinks = 40; // as the kernel has it
+
+bool isTrusted(uid_t owner) { return owner == 0 || owner == ::geteuid(); }
+
+// A user's own group often may write to the user's folders; what root keeps is for root alone. The sticky bit
+// keeps everybody from exchanging what belongs to others.
+bool isSafe(const struct stat& folder) {
+  if (!S_ISDIR(folder.st_mode) || !isTrusted(folder.st_uid)) return false;
+  if ((folder.st_mode & S_ISVTX) != 0) return true;
+  const bool isForeignGroup = ::geteuid() == 0 && folder.st_gid != 0;
+  return (folder.st_mode & (S_IWOTH | (isForeignGroup ? S_IWGRP : 0U))) == 0;
+}
+
+Descriptor refused() {
+  errno = EPERM;
+  return {};
+}
+
+} // namespace
+
+Descriptor openOwnFolder(const std::string& path) {
+  Descriptor folder(::open("/", O_PATH | O_DIRECTORY | O_CLOEXEC));
+  if (!path.starts_with('/')) return refused();
+  std::string left = path;
+  for (int links = 0; folder && !left.empty();) {
+    const std::size_t slash = left.find('/');
+    const std::string name = left.substr(0, slash);
+    left = slash == std::string::npos ? std::string() : left.substr(slash + 1);
+    if (name.empty()) continue;
+    Descriptor next(::openat(folder.get(), name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+    struct stat about {};
+    if (!next || ::fstat(next.get(), &about) != 0) return {};
+    if (!S_ISLNK(about.st_mode)) {
+      if (!isSafe(about)) return refused();
+      folder = std::move(next);
+      continue;
+    }
+    std::array<char, PATH_MAX> target{};
+    const ssize_t length = ::readlinkat(next.get(), "", target.data(), target.size());
+    if (length < 0 || !isTrusted(about.st_uid) || ++links > mostLinks) return refused();
+    const std::string_view leadsTo(target.data(), static_cast<std::size_t>(length));
+    if (leadsTo.starts_with('/')) folder = Descriptor(::open("/", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    left = std::string(leadsTo) + "/" + left;
+  }
+  return folder;
+}
+
+bool isOwnFolder(std::string path) {
+  for (;;) {
+    if (openOwnFolder(path)) return true;
+    const std::size_t slash = path.rfind('/');
+    if (errno != ENOENT || slash == std::string::npos || path == "/") return false;
+    path.resize(slash == 0 ? 1 : slash);
+  }
+}
+
+std::string pathOf(const Descriptor& folder) { return "/proc/self/fd/" + std::to_string(folder.get()); }
+
+} // namespace vantle

@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/linux/Descriptor.h"
+
+#include <string>
+
+namespace vantle {
+
+// Opens a folder that nobody but this user and root can have put there or exchanged: every folder and every
+// link on the way belongs to one of the two. None, as well, when it does not exist (errno tells). The
+// descriptor is good for names below it, not for reading.
+Descriptor openOwnFolder(const std::string& path);
+
+// Whether the folder is such a one, or would be if it were made.
+bool isOwnFolder(std::string path);
+
+// The path that the descriptor's folder has in this process, whatever happens to its name.
+std::string pathOf(const Descriptor& folder);
+
+} // namespace vantle
