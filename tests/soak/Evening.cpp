@@ -157,14 +157,14 @@ bool Evening::play(const std::vector<Event>& events) {
 void Evening::step() {
   static const std::vector<Event> events{
       {"launch app", 14, &Evening::launchApp},
-      {"launch game", 10, &Evening::launchGame},
+      {"launch game", 16, &Evening::launchGame},
       {"end app", 8, &Evening::endApp},
-      {"end game", 7, &Evening::endGame},
-      {"game to front", 16, &Evening::bringGameToFront},
+      {"end game", 6, &Evening::endGame},
+      {"game to front", 20, &Evening::bringGameToFront},
       {"app to front", 16, &Evening::bringAppToFront},
       {"stop app", 3, &Evening::stopApp},
       {"continue apps", 4, &Evening::continueApps},
-      {"quiet", 10, &Evening::quiet},
+      {"quiet", 6, &Evening::quiet},
       {"start Vantle", 30, &Evening::startVantle},
       {"end Vantle", 4, &Evening::endVantle},
       {"kill Vantle", 6, &Evening::killVantle},

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "tests/soak/Machine.h"
 
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdio>
+#include <fcntl.h>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <optional>
 #include <sched.h>
 #include <string_view>
@@ -21,9 +22,17 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view roleVariable = "SOAK_ROLE=";
 
+// What is gone while it is read is empty.
 std::string contents(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
+  const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (file < 0) return {};
+  std::string text;
+  std::array<char, 4096> part{};
+  ssize_t size = 0;
+  while ((size = ::read(file, part.data(), part.size())) > 0)
+    text.append(part.data(), static_cast<std::size_t>(size));
+  ::close(file);
+  return size < 0 ? std::string() : text;
 }
 
 bool isNumber(const std::string& name) { return name.find_first_not_of("0123456789") == std::string::npos; }
@@ -46,15 +55,19 @@ std::optional<ThreadSettings> threadSettings(Pid thread, const std::string& fold
   return settings;
 }
 
+// False for who is gone, or on its way: that has no memory and no control groups of its own any more.
 bool readStat(ProcessSettings& process, const std::string& folder) {
+  constexpr unsigned exiting = 4;
   const std::string stat = contents(folder + "/stat");
   const std::size_t open = stat.find('(');
   const std::size_t close = stat.rfind(')');
   if (open == std::string::npos || close == std::string::npos) return false;
   process.name = stat.substr(open + 1, close - open - 1);
+  unsigned flags = 0;
   return std::sscanf(stat.c_str() + close + 1,
-                     " %c %d %*d %*d %*d %*d %*u %*u %*u %*u %*u %*u %*u %*d %*d %*d %*d %*d %*d %llu",
-                     &process.state, &process.parent, &process.start) == 3;
+                     " %c %d %*d %*d %*d %*d %u %*u %*u %*u %*u %*u %*u %*d %*d %*d %*d %*d %*d %llu",
+                     &process.state, &process.parent, &flags, &process.start) == 4 &&
+         process.state != 'Z' && process.state != 'X' && (flags & exiting) == 0;
 }
 
 int sessionNice(const std::string& folder) {
@@ -63,10 +76,10 @@ int sessionNice(const std::string& folder) {
   return nice == std::string::npos ? 0 : std::stoi(text.substr(nice));
 }
 
-// False when the process is none of the stage's.
+// False when the process is none of the stage's, or is just becoming another program.
 bool readRole(ProcessSettings& process, const std::string& folder, const std::string& desktopMarker) {
   const std::string variables = contents(folder + "/environ");
-  bool isOnStage = isNamespaceOfItsOwn();
+  bool isOnStage = isNamespaceOfItsOwn() && !variables.empty();
   for (std::size_t from = 0; from < variables.size();) {
     const std::size_t to = std::min(variables.find('\0', from), variables.size());
     const std::string_view variable(variables.data() + from, to - from);
@@ -81,7 +94,7 @@ std::optional<ProcessSettings> processSettings(Pid pid, const std::string& deskt
   const std::string folder = "/proc/" + std::to_string(pid);
   ProcessSettings process;
   process.pid = pid;
-  if (!readStat(process, folder) || process.state == 'Z' || process.state == 'X') return {};
+  if (!readStat(process, folder)) return {};
   if (!readRole(process, folder, desktopMarker)) return {};
   process.sessionNice = sessionNice(folder);
   process.groups = contents(folder + "/cgroup");
@@ -92,7 +105,8 @@ std::optional<ProcessSettings> processSettings(Pid pid, const std::string& deskt
     if (const auto thread = threadSettings(std::stoi(name), entry->path()))
       process.threads[std::stoi(name)] = *thread;
   }
-  if (process.threads.empty() || process.groups.empty()) return {};
+  ProcessSettings later;
+  if (process.threads.empty() || !readStat(later, folder) || later.start != process.start) return {};
   return process;
 }
 
