@@ -109,7 +109,8 @@ void Evening::prepare() {
     launch({desktop::testWindow(), "--class", "App", "--title", "Stranger", "--background"}, "stranger",
            stranger);
   }
-  m_watch = std::make_unique<MainLoopWatch>(m_desktop->busAddress());
+  // Without what tells one bus from the next at the same place.
+  m_watch = std::make_unique<MainLoopWatch>("unix:path=" + (m_desktop->runtimeDir() / "bus").string());
   startVantle();
   launchApp();
   launchGame();
@@ -405,7 +406,10 @@ void Evening::awaitSelfTest() {
   m_selfTest = nullptr;
   Machine machine;
   const auto isOne = [](const ProcessSettings& process) { return process.role == "selftest"; };
-  waitUntil([&] { return std::none_of((machine = look()).begin(), machine.end(), isOne); });
+  waitUntil([&] {
+    machine = look();
+    return std::none_of(machine.begin(), machine.end(), isOne);
+  });
   const auto found = std::find_if(machine.begin(), machine.end(), isOne);
   if (found == machine.end()) return;
   violation(m_left, "a process of the self-test lives on", machine, found->pid);
@@ -675,7 +679,10 @@ void Evening::checkGameInFront(const Machine& machine, std::uint32_t inFront) {
   }
   Machine later;
   const bool isBack = waitUntil(
-      [&] { return front() != inFront || !m_vantle->isRunning() || slowed(later = look()) == later.end(); },
+      [&] {
+        later = look();
+        return front() != inFront || !m_vantle->isRunning() || slowed(later) == later.end();
+      },
       longestSettling);
   if (!isBack) violation(m_foreign, "the game in front stays slowed", later, slowed(later)->pid);
 }
