@@ -187,8 +187,7 @@ void Evening::step() {
   }
   reapOrphans();
   if (m_vantle != nullptr && !m_vantle->isRunning()) {
-    violation(m_wrongEnds, "Vantle ended by itself, with status " + std::to_string(*m_vantle->exitStatus()),
-              {});
+    violation(m_wrongEnds, "Vantle ended by itself, with status " + std::to_string(*m_vantle->exitStatus()));
     m_watch->watch(0, 0);
     m_vantle = nullptr;
   }
@@ -340,7 +339,7 @@ bool Evening::endVantle() {
   const auto status = m_vantle->exitStatus();
   if (status != 0) {
     violation(m_wrongEnds,
-              "Vantle did not end in order: " + (status ? std::to_string(*status) : "it runs on"), {});
+              "Vantle did not end in order: " + (status ? std::to_string(*status) : "it runs on"));
     m_vantle->kill();
   }
   m_vantle = nullptr;
@@ -378,7 +377,7 @@ bool Evening::startSecondCopy() {
   say("start a second copy");
   m_gameInFront = 0; // the first one shows its panel
   const auto status = launch({VANTLE_PROGRAM}, "vantle").exitStatus();
-  if (status != 0) violation(m_wrongEnds, "the second copy did not end with status 0", {});
+  if (status != 0) violation(m_wrongEnds, "the second copy did not end with status 0");
   return true;
 }
 
@@ -412,7 +411,7 @@ void Evening::awaitSelfTest() {
   });
   const auto found = std::find_if(machine.begin(), machine.end(), isOne);
   if (found == machine.end()) return;
-  violation(m_left, "a process of the self-test lives on", machine, found->pid);
+  violation(m_left, "a process of the self-test lives on", &*found);
   killRole("selftest");
 }
 
@@ -645,13 +644,12 @@ void Evening::checkForeign() {
   if (deviations(machine, false).empty()) return;
   const auto before = deviations(machine, false);
   machine = look();
-  for (const auto& [pid, what] : deviations(machine, false)) {
-    if (!before.contains(pid)) continue;
-    violation(m_foreign, "a process that is none of the apps is not as it was born", machine, pid);
-    const auto process =
-        std::find_if(machine.begin(), machine.end(), [pid = pid](const auto& one) { return one.pid == pid; });
+  const auto now = deviations(machine, false);
+  for (const ProcessSettings& process : machine) {
+    if (!before.contains(process.pid) || !now.contains(process.pid)) continue;
+    violation(m_foreign, "a process that is none of the apps is not as it was born", &process);
     // Told once.
-    for (const auto& [id, thread] : process->threads) m_parts[process->name].insert(text(thread));
+    for (const auto& [id, thread] : process.threads) m_parts[process.name].insert(text(thread));
   }
 }
 
@@ -674,7 +672,7 @@ void Evening::checkGameInFront(const Machine& machine, std::uint32_t inFront) {
     return;
   }
   if (m_gameInFront == game->number && front() == inFront) {
-    violation(m_foreign, "the game in front was slowed", machine, found->pid);
+    violation(m_foreign, "the game in front was slowed", &*found);
     return;
   }
   Machine later;
@@ -684,7 +682,7 @@ void Evening::checkGameInFront(const Machine& machine, std::uint32_t inFront) {
         return front() != inFront || !m_vantle->isRunning() || slowed(later) == later.end();
       },
       longestSettling);
-  if (!isBack) violation(m_foreign, "the game in front stays slowed", later, slowed(later)->pid);
+  if (!isBack) violation(m_foreign, "the game in front stays slowed", &*slowed(later));
 }
 
 void Evening::expectAllBack(const std::string& when, std::chrono::milliseconds limit) {
@@ -699,29 +697,35 @@ void Evening::expectAllBack(const std::string& when, std::chrono::milliseconds l
   const auto before = left;
   m_options.pause(300ms);
   machine = look();
-  std::set<std::string> roles;
+  std::map<std::string, std::vector<const ProcessSettings*>> found;
   for (const ProcessSettings& process : machine) {
-    if (!isOfAnApp(process) || deviation(process).empty() || !before.contains(process.pid)) continue;
-    violation(m_left, "left slowed " + when, machine, process.pid);
-    roles.insert(process.role);
+    if (isOfAnApp(process) && before.contains(process.pid) && !deviation(process).empty())
+      found[process.role].push_back(&process);
   }
-  for (const std::string& role : roles) killRole(role);
+  for (const auto& [role, processes] : found) {
+    m_left += static_cast<long>(processes.size()) - 1;
+    violation(m_left, std::to_string(processes.size()) + " of \"" + role + "\" left slowed " + when,
+              processes.front());
+  }
+  // So that each is told once.
+  for (const auto& [role, processes] : found) killRole(role);
 }
 
-void Evening::violation(long& count, const std::string& what, const Machine& machine, Pid pid) {
+void Evening::violation(long& count, const std::string& what, const ProcessSettings* process) {
   ++count;
   std::cout << "\nVIOLATION (seed " << m_options.seed << ", event " << m_events << ", " << seconds()
             << " s): " << what << '\n';
-  for (const ProcessSettings& process : machine) {
-    if (process.pid != pid) continue;
-    const double ticks = static_cast<double>(::sysconf(_SC_CLK_TCK));
-    std::cout << "  " << process.name << ' ' << pid << ", child of " << process.parent << ", \""
-              << process.role << "\", state " << process.state << ", born at "
-              << (static_cast<double>(process.start) - m_beganTicks) / ticks
-              << " s\n  is:   " << deviation(process) << "\n  born: " << text(expected(process)) << '\n';
+  if (process != nullptr) {
+    const auto ticks = static_cast<double>(::sysconf(_SC_CLK_TCK));
+    std::cout << "  " << process->name << ' ' << process->pid << ", child of " << process->parent << ", \""
+              << process->role << "\", state " << process->state << ", born at "
+              << (static_cast<double>(process->start) - m_beganTicks) / ticks
+              << " s\n  is:   " << deviation(*process) << "\n  born: " << text(expected(*process)) << '\n';
   }
+  if (!m_history.empty()) std::cout << "  what happened last:\n";
   for (const std::string& line : m_history) std::cout << "    " << line << '\n';
   std::cout.flush();
+  m_history.clear();
 }
 
 void Evening::holdWorkers(bool hold) {

@@ -135,7 +135,7 @@ class Evening {
   void checkForeign();
   void checkGameInFront(const Machine& machine, std::uint32_t inFront);
   void expectAllBack(const std::string& when, std::chrono::milliseconds limit);
-  void violation(long& count, const std::string& what, const Machine& machine, Pid pid = 0);
+  void violation(long& count, const std::string& what, const ProcessSettings* process = nullptr);
   void holdWorkers(bool hold);
   void killRole(const std::string& role);
   void reapOrphans();
