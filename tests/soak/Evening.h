@@ -145,6 +145,7 @@ class Evening {
   const Clock::time_point m_began = Clock::now();
   double m_beganTicks = 0;
   std::string m_marker;
+  std::string m_program; // a copy of its own
   ThreadSettings m_plain;
   std::string m_groups;
   std::vector<Kind> m_kinds;
