@@ -708,8 +708,9 @@ void Evening::expectAllBack(const std::string& when, std::chrono::milliseconds l
   }
   for (const auto& [role, processes] : found) {
     m_left += static_cast<long>(processes.size()) - 1;
-    violation(m_left, std::to_string(processes.size()) + " of \"" + role + "\" left slowed " + when,
-              processes.front());
+    std::ostringstream what;
+    what << processes.size() << " of \"" << role << "\" left slowed " << when;
+    violation(m_left, what.str(), processes.front());
   }
   // So that each is told once.
   for (const auto& [role, processes] : found) killRole(role);

@@ -98,7 +98,7 @@ void MainLoopWatch::ask(sd_bus* bus, Pid program) {
   sd_bus_message_append(call, "sava{sv}", "nothing", 0, 0); // an action that there is not
   const auto waitedBefore = waiting();
   const auto begin = std::chrono::steady_clock::now();
-  sd_bus_error error = SD_BUS_ERROR_NULL;
+  sd_bus_error error{};
   const int result = sd_bus_call(bus, call, longestAnswer, &error, nullptr);
   const auto whole = std::chrono::steady_clock::now() - begin;
   sd_bus_message_unref(call);
