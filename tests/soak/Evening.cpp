@@ -743,9 +743,13 @@ void Evening::killRole(const std::string& role) {
   const auto app =
       std::find_if(m_apps.begin(), m_apps.end(), [&](const App& one) { return one.role() == role; });
   if (app != m_apps.end()) end(*app, SIGKILL);
-  for (const ProcessSettings& process : lookAtMachine(m_marker)) {
-    if (process.role == role) ::kill(process.pid, SIGKILL);
-  }
+  waitUntil([&] {
+    bool isGone = true;
+    for (const ProcessSettings& process : lookAtMachine(m_marker)) {
+      if (process.role == role) isGone = ::kill(process.pid, SIGKILL) != 0;
+    }
+    return isGone;
+  });
 }
 
 // Who has lost its parent comes to this process.
