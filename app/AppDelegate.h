@@ -14,6 +14,7 @@
 #include "settings/SettingsWindowController.h"
 #include "update/UpdateChecker.h"
 
+#include <functional>
 #include <memory>
 #include <vector>
 

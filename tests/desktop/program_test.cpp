@@ -11,6 +11,8 @@
 #include <array>
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
@@ -283,6 +285,14 @@ class SelfTest : public Vantle {
              std::count_if(busy.begin(), busy.end(), isSlowed) == static_cast<std::ptrdiff_t>(count);
     })) << busy.size();
   }
+  void expectAllBusy() {
+    require("the test processes",
+            [&] { return selfTestProcesses(m_user).size() == 2 * static_cast<std::size_t>(processors()); });
+  }
+  void expectNoneBusy() {
+    EXPECT_TRUE(waitUntil([&] { return selfTestProcesses(m_user).empty(); }, std::chrono::seconds(5)));
+    for (const Pid pid : selfTestProcesses(m_user)) ::kill(pid, SIGKILL);
+  }
   static bool sessionsWeigh() { return contents("/proc/sys/kernel/sched_autogroup_enabled") == "1\n"; }
 };
 
@@ -320,20 +330,66 @@ TEST_P(SelfTest, AndABoostLeaveEachOtherAlone) {
 }
 
 TEST_P(SelfTest, TakesItsProcessesWithItWhenASignalEndsIt) {
-  for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
+  for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGKILL}) {
     SCOPED_TRACE(number);
     Program& selfTest = launchVantle({"--test"}, {{"DISPLAY", "unset"}});
-    require("the test processes",
-            [&] { return selfTestProcesses(m_user).size() == 2 * static_cast<std::size_t>(processors()); });
+    expectAllBusy();
     selfTest.signal(number);
     EXPECT_EQ(selfTest.exitStatus(), -number);
-    EXPECT_TRUE(waitUntil([&] { return selfTestProcesses(m_user).empty(); }, std::chrono::seconds(5)));
-    for (const Pid pid : selfTestProcesses(m_user)) ::kill(pid, SIGKILL);
+    expectNoneBusy();
   }
   // Whoever reads it may have seen enough.
   EXPECT_TRUE(
       m_desktop->run({"/bin/sh", "-c", "unset DISPLAY; " VANTLE_PROGRAM " --test | head -n 1 >/dev/null"}));
-  EXPECT_TRUE(waitUntil([&] { return selfTestProcesses(m_user).empty(); }, std::chrono::seconds(5)));
+  expectNoneBusy();
+}
+
+TEST_P(SelfTest, TakesItsProcessesWithItWhenItsTerminalIsClosed) {
+  const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+  ASSERT_GE(terminal, 0);
+  ASSERT_EQ(::grantpt(terminal) + ::unlockpt(terminal), 0);
+  const std::string name = ::ptsname(terminal);
+  if (::geteuid() == 0) {
+    ASSERT_EQ(::chown(name.c_str(), m_user, static_cast<gid_t>(-1)), 0);
+  }
+  // The leader of a session makes the first terminal that it opens its own.
+  Program& selfTest =
+      m_desktop->launch({"/bin/sh", "-c", "exec " VANTLE_PROGRAM " --test <" + name + " >" + name + " 2>&1"});
+  expectAllBusy();
+  ::close(terminal);
+  EXPECT_EQ(selfTest.exitStatus(), -SIGHUP);
+  expectNoneBusy();
+}
+
+TEST_P(SelfTest, IsLeftAloneWhileBoostsBeginAndEnd) {
+  if (!sessionsWeigh()) GTEST_SKIP() << "this kernel has no automatic groups";
+  Program& mail = app("Mail", {"--threads", "1"});
+  startVantle();
+  remember();
+  Program& selfTest = launchVantle({"--test"});
+  expectHalfSlowed();
+  constexpr std::size_t most = 6;
+  std::size_t boosts = 0;
+  for (; boosts < most && selfTest.isRunning(); ++boosts) {
+    // The X server gives a window the number of one that has gone. The window in front is to have one that no
+    // earlier game's had.
+    const std::size_t count = boosts + 1;
+    Program& played = app("Game", {"--background", "--windows", std::to_string(count)});
+    std::vector<XWindows::Window> windows;
+    require("its windows",
+            [&] { return (windows = m_desktop->windows().ofProcess(played.pid())).size() == count; });
+    // The window manager may still be giving away the front that the last game had.
+    ASSERT_TRUE(waitUntil([&] {
+      if (m_desktop->windows().active() != windows.back().id)
+        m_desktop->windows().activate(windows.back().id);
+      return isSlowed(mail.pid());
+    }));
+    played.kill();
+    ASSERT_TRUE(waitUntil([&] { return isAtFullSpeed(mail.pid()); }));
+  }
+  EXPECT_GT(boosts, 1U);
+  EXPECT_TRUE(read(end(selfTest)).works) << contents(m_output);
+  EXPECT_TRUE(becomesUnchanged()) << changes();
 }
 
 TEST_P(SelfTest, SaysNothingOfADesktopThatRefusesIt) {

@@ -5,9 +5,10 @@
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
-#include <spawn.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 
 namespace vantle {
 
@@ -47,55 +48,97 @@ class ChildProcess final : public Subprocess {
   bool m_hasEnded = false;
 };
 
-// What the child starts with: perhaps a session, standard descriptors that lead nowhere and no others, and
-// the signal handling that programs expect.
-class SpawnOptions {
+// Reading from it is at its end as soon as the child has become the program.
+class FailurePipe {
  public:
-  explicit SpawnOptions(SessionLauncher::Session session) {
-    ::posix_spawnattr_init(&m_attributes);
-    const int ownSession = session == SessionLauncher::Session::own ? POSIX_SPAWN_SETSID : 0;
-    ::posix_spawnattr_setflags(
-        &m_attributes, static_cast<short>(ownSession | POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF));
-    sigset_t signals;
-    ::sigemptyset(&signals);
-    ::posix_spawnattr_setsigmask(&m_attributes, &signals);
-    ::sigfillset(&signals);
-    ::posix_spawnattr_setsigdefault(&m_attributes, &signals);
-
-    ::posix_spawn_file_actions_init(&m_actions);
-    ::posix_spawn_file_actions_addopen(&m_actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    ::posix_spawn_file_actions_addopen(&m_actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
-    ::posix_spawn_file_actions_addopen(&m_actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-    ::posix_spawn_file_actions_addclosefrom_np(&m_actions, STDERR_FILENO + 1);
+  FailurePipe() {
+    if (::pipe2(m_ends.data(), O_CLOEXEC) != 0) return;
+    m_isOpen = true;
+    // Out of the way of the standard descriptors, should one be closed here.
+    const int writer = ::fcntl(m_ends[1], F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    if (writer < 0) return;
+    ::close(std::exchange(m_ends[1], writer));
   }
-  ~SpawnOptions() {
-    ::posix_spawn_file_actions_destroy(&m_actions);
-    ::posix_spawnattr_destroy(&m_attributes);
+  ~FailurePipe() {
+    if (!m_isOpen) return;
+    ::close(m_ends[0]);
+    closeWriter();
   }
-  SpawnOptions(const SpawnOptions&) = delete;
-  SpawnOptions& operator=(const SpawnOptions&) = delete;
+  FailurePipe(const FailurePipe&) = delete;
+  FailurePipe& operator=(const FailurePipe&) = delete;
 
-  const posix_spawnattr_t* attributes() const { return &m_attributes; }
-  const posix_spawn_file_actions_t* actions() const { return &m_actions; }
+  bool isOpen() const { return m_isOpen; }
+  void fail() const { // in the child
+    const char failed = 1;
+    [[maybe_unused]] const ssize_t written = ::write(m_ends[1], &failed, 1);
+    ::_exit(127);
+  }
+  bool hasFailed() {
+    closeWriter();
+    char failed = 0;
+    ssize_t size = 0;
+    do {
+      size = ::read(m_ends[0], &failed, 1);
+    } while (size < 0 && errno == EINTR);
+    return size != 0;
+  }
 
  private:
-  posix_spawnattr_t m_attributes{};
-  posix_spawn_file_actions_t m_actions{};
+  void closeWriter() {
+    if (m_ends[1] >= 0) ::close(m_ends[1]);
+    m_ends[1] = -1;
+  }
+
+  std::array<int, 2> m_ends{-1, -1};
+  bool m_isOpen = false;
 };
+
+// What the child starts with: perhaps a session, standard descriptors that lead nowhere and no others, the
+// signal handling that programs expect, and an end with its parent: whoever kills that leaves nothing
+// running. Between fork and exec, so only calls that are safe there.
+void prepareChild(SessionLauncher::Session session, Pid parent, const FailurePipe& failure) {
+  ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+  if (::getppid() != parent) ::_exit(127); // it was gone before
+  if (session == SessionLauncher::Session::own) ::setsid();
+  const int nothing = ::open("/dev/null", O_RDWR);
+  for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (::dup2(nothing, standard) < 0) failure.fail();
+  }
+  ::close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC);
+  for (int number = 1; number < NSIG; ++number) ::signal(number, SIG_DFL);
+  sigset_t none;
+  ::sigemptyset(&none);
+  ::sigprocmask(SIG_SETMASK, &none, nullptr);
+}
 
 } // namespace
 
 std::unique_ptr<Subprocess> SessionLauncher::launch(const std::string& executablePath) {
-  const SpawnOptions options(m_session);
-  std::string name = executablePath; // posix_spawn wants the arguments writable
-  std::array<char*, 2> arguments{name.data(), nullptr};
-  Pid pid = 0;
-  if (::posix_spawn(&pid, executablePath.c_str(), options.actions(), options.attributes(), arguments.data(),
-                    environ) != 0) {
+  FailurePipe failure;
+  if (!failure.isOpen()) return nullptr;
+  std::string name = executablePath; // exec wants the arguments writable
+  const std::array<char*, 2> arguments{name.data(), nullptr};
+  const Pid self = ::getpid();
+  // A handler of this program has no business in the child.
+  sigset_t all;
+  sigset_t before;
+  ::sigfillset(&all);
+  ::sigprocmask(SIG_SETMASK, &all, &before);
+  const Pid pid = ::fork();
+  if (pid == 0) {
+    prepareChild(m_session, self, failure);
+    ::execve(executablePath.c_str(), arguments.data(), environ);
+    failure.fail();
+  }
+  ::sigprocmask(SIG_SETMASK, &before, nullptr);
+  if (pid < 0) return nullptr;
+  auto child = std::make_unique<ChildProcess>(pid);
+  if (failure.hasFailed()) {
+    child->waitUntilExit();
     return nullptr;
   }
   if (m_place) m_place(pid);
-  return std::make_unique<ChildProcess>(pid);
+  return child;
 }
 
 } // namespace vantle

@@ -8,7 +8,8 @@
 namespace vantle {
 
 // Starts programs as a desktop starts apps: in a session of their own, unless this desktop does not give them
-// one, and where somebody says how, in a place of their own besides (a unit of the user manager).
+// one, and where somebody says how, in a place of their own besides (a unit of the user manager). They end
+// with the thread that started them, however it ends.
 class SessionLauncher final : public SubprocessLauncher {
  public:
   using Place = std::function<void(Pid)>; // called once for each process that was started

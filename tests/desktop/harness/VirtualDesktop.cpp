@@ -164,20 +164,23 @@ void VirtualDesktop::startXServer(const std::string& screen) {
   m_environment["DISPLAY"] = m_display;
 }
 
-void VirtualDesktop::startSessionBus() {
+Program& VirtualDesktop::startSessionBus() {
   std::string configuration = busConfiguration;
   const std::string mark = "@SOCKET@";
-  configuration.replace(configuration.find(mark), mark.size(), (runtimeDir() / "bus").string());
+  const fs::path socket = runtimeDir() / "bus";
+  fs::remove(socket);
+  configuration.replace(configuration.find(mark), mark.size(), socket.string());
   const fs::path file = m_folder.write("bus.conf", configuration);
   Pipe pipe;
   Start start = startOf({"dbus-daemon", "--config-file=" + file.string(), "--nofork", "--nopidfile",
                          "--print-address=" + std::to_string(pipe.writer())},
                         {});
   start.keptDescriptors = {pipe.writer()};
-  started(start);
+  m_sessionBus = &started(start);
   pipe.closeWriter();
   m_busAddress = readLine(pipe.reader(), "the session bus");
   m_environment["DBUS_SESSION_BUS_ADDRESS"] = m_busAddress;
+  return *m_sessionBus;
 }
 
 Program& VirtualDesktop::startWindowManager() {

@@ -86,13 +86,14 @@ class VirtualDesktop {
   Program& xServer() { return *m_xServer; }
   Program& windowManager() { return *m_windowManager; }
   Program& startWindowManager();
+  Program& sessionBus() { return *m_sessionBus; }
+  Program& startSessionBus(); // again as well, at the same address, after it was killed
 
  private:
   Start startOf(std::vector<std::string> command, const Environment& added);
   Program& started(const Start& start);
   void makeFolders();
   void startXServer(const std::string& screen);
-  void startSessionBus();
   std::string readLine(int descriptor, const char* what);
 
   std::optional<uid_t> m_user;
@@ -104,6 +105,7 @@ class VirtualDesktop {
   std::vector<std::unique_ptr<Program>> m_programs;
   Program* m_xServer = nullptr;
   Program* m_windowManager = nullptr;
+  Program* m_sessionBus = nullptr;
   std::unique_ptr<XWindows> m_windows;
 };
 

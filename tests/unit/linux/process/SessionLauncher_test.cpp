@@ -2,15 +2,18 @@
 #include "platform/linux/process/SessionLauncher.h"
 
 #include "platform/linux/process/ProcfsProcessTable.h"
+#include "tests/desktop/harness/Program.h"
 #include "tests/desktop/harness/TemporaryFolder.h"
 #include "tests/desktop/harness/Wait.h"
 #include "tests/unit/linux/InChild.h"
 
+#include <array>
 #include <csignal>
 #include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace vantle {
@@ -89,6 +92,28 @@ TEST(SessionLauncher, leavesARunningProgramAlone) {
   ::waitpid(pid, nullptr, 0);
 }
 
+TEST(SessionLauncher, leavesNothingRunningWhenItIsKilled) {
+  std::array<int, 2> told{};
+  ASSERT_EQ(::pipe(told.data()), 0);
+  const pid_t killed = ::fork();
+  if (killed == 0) {
+    SessionLauncher launcher;
+    const auto child = launcher.launch(endless);
+    const Pid pid = child ? child->processIdentifier() : 0;
+    if (::write(told[1], &pid, sizeof pid) == sizeof pid) ::pause();
+    ::_exit(1);
+  }
+  Pid child = 0;
+  ASSERT_EQ(::read(told[0], &child, sizeof child), static_cast<ssize_t>(sizeof child));
+  ASSERT_GT(child, 0);
+  EXPECT_TRUE(desktop::isAlive(child));
+  ::kill(killed, SIGKILL);
+  ::waitpid(killed, nullptr, 0);
+  EXPECT_TRUE(desktop::waitUntil([&] { return !desktop::isAlive(child); }));
+  if (desktop::isAlive(child)) ::kill(child, SIGKILL);
+  for (const int end : told) ::close(end);
+}
+
 TEST(SessionLauncher, startsNothingFromWhatIsNoProgram) {
   const desktop::TemporaryFolder folder;
   const std::filesystem::path pipe = folder.path() / "pipe";
@@ -100,6 +125,19 @@ TEST(SessionLauncher, startsNothingFromWhatIsNoProgram) {
                                   text.string(), std::string(5000, 'x'), std::string()}) {
     EXPECT_EQ(launcher.launch(path), nullptr) << path;
   }
+}
+
+TEST(SessionLauncher, doesAllOfItWithoutStandardDescriptorsOfItsOwn) {
+  const auto check = []() -> std::string {
+    ::close_range(STDIN_FILENO, STDERR_FILENO, 0);
+    SessionLauncher launcher;
+    if (launcher.launch("/nowhere")) return "started what is not there";
+    const Ended child(launcher.launch(endless));
+    if (!child.process) return "not started";
+    const std::map<int, std::string> nowhere{{0, "/dev/null"}, {1, "/dev/null"}, {2, "/dev/null"}};
+    return descriptorsOf(child.process->processIdentifier()) == nowhere ? "" : "other descriptors";
+  };
+  EXPECT_EQ(test::inChild(check), "");
 }
 
 TEST(SessionLauncher, givesTheProgramTheSignalsThatItExpects) {
