@@ -13,6 +13,7 @@
 #include "platform/linux/files/SingleCopyLock.h"
 #include "platform/linux/files/XdgFolders.h"
 #include "platform/linux/login/AutostartLoginItem.h"
+#include "platform/linux/process/DescriptorLimit.h"
 #include "platform/shared/PollEventLoop.h"
 
 #include <QGuiApplication>
@@ -69,6 +70,7 @@ bool VantleApp::wantsSelfTest() const {
 int VantleApp::run() {
   if (wantsSelfTest()) return runSelfTestMode();
 
+  raiseDescriptorLimit();
   const XdgFolders folders = XdgFolders::fromEnvironment();
   const SingleCopyLock lock = SingleCopyLock::acquire(folders);
   if (lock.outcome() == SingleCopyLock::Outcome::heldByOther) return EXIT_SUCCESS;
