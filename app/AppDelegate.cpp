@@ -4,7 +4,6 @@
 #include "BuildConfiguration.h"
 
 #include <QCoreApplication>
-#include <QDBusConnection>
 #include <QDesktopServices>
 #include <QUrl>
 #include <csignal>
@@ -65,9 +64,7 @@ void AppDelegate::showInTray() {
   m_panel = std::make_unique<PanelController>(
       engine(), settings(), [this] { settingsWindow().show(); }, [] { QCoreApplication::quit(); });
   m_trayItem = std::make_unique<TrayItem>(engine(), *m_panel);
-  QDBusConnection bus = QDBusConnection::sessionBus();
-  exportApplication(*m_panel, bus);
-  bus.registerService(busName);
+  exportApplication(*m_panel, QString::fromLatin1(busName));
 }
 
 void AppDelegate::installSignalSources() {
