@@ -50,14 +50,14 @@ Pid serverPid(const void* reply) {
   return 0;
 }
 
-// Windows may take the lower half of the descriptors and no more: what puts everybody back needs some, and so
-// does the pass that slows.
-Descriptor openPidfd(Pid pid) {
+// Windows may take the lower half of the descriptors, and the one in front a few more: what puts everybody
+// back needs some, and so does the pass that slows.
+Descriptor openPidfd(Pid pid, bool isInFront) {
   Descriptor process(static_cast<int>(::syscall(SYS_pidfd_open, pid, 0)));
   rlimit limit{};
-  const bool isInLowerHalf = ::getrlimit(RLIMIT_NOFILE, &limit) == 0 && process.get() >= 0 &&
-                             static_cast<rlim_t>(process.get()) < limit.rlim_cur / 2;
-  return isInLowerHalf ? std::move(process) : Descriptor();
+  if (!process || ::getrlimit(RLIMIT_NOFILE, &limit) != 0) return {};
+  const rlim_t most = limit.rlim_cur / 2 + (isInFront ? limit.rlim_cur / 8 : 0);
+  return static_cast<rlim_t>(process.get()) < most ? std::move(process) : Descriptor();
 }
 
 bool hasEnded(const Descriptor& process) {
@@ -206,10 +206,13 @@ void X11Windows::reconcile() {
   std::erase_if(m_processes, [](const auto& entry) { return entry.second.expired(); });
   m_missing.insert(m_list.begin(), m_list.end());
   if (m_active != 0) m_missing.insert(m_active);
-  // One that was nobody's may have got its number anew since it was asked about.
+  // One that was nobody's may have got its number anew since it was asked about, and the one in front may
+  // have a descriptor where the others may not.
   std::erase_if(m_missing, [this](std::uint32_t window) {
     const auto known = m_known.find(window);
-    return m_drafts.contains(window) || (known != m_known.end() && known->second.pid != 0);
+    const bool isKnown =
+        known != m_known.end() && known->second.pid != 0 && (known->second.process || window != m_active);
+    return isKnown || m_drafts.contains(window);
   });
   for (const auto& [window, draft] : m_drafts) draft->isDoubtful = true;
   m_isChanged = true;
@@ -257,7 +260,7 @@ void X11Windows::readFacts(const std::shared_ptr<Draft>& draft) {
   WindowFacts& facts = draft->facts;
   facts.pid = ownerOf(draft->serverSays, draft->windowClaims, draft->machine);
   // The window answers the questions below after this, so the process was still the one that opened it.
-  if (facts.pid != 0) facts.process = processOf(facts.pid);
+  if (facts.pid != 0) facts.process = processOf(facts.pid, facts.id == m_active);
   if (!facts.process && ::kill(facts.pid, 0) != 0 && errno == ESRCH) facts.pid = 0;
 
   getProperty(facts.id, XCB_ATOM_WM_CLASS, longestText, [draft](const void* bytes, std::size_t size) {
@@ -300,11 +303,11 @@ void X11Windows::finish(const std::shared_ptr<Draft>& draft) {
   m_isChanged = true;
 }
 
-std::shared_ptr<Descriptor> X11Windows::processOf(Pid pid) {
+std::shared_ptr<Descriptor> X11Windows::processOf(Pid pid, bool isInFront) {
   std::weak_ptr<Descriptor>& kept = m_processes[pid];
   std::shared_ptr<Descriptor> process = kept.lock();
   if (process && !hasEnded(*process)) return process;
-  Descriptor opened = openPidfd(pid);
+  Descriptor opened = openPidfd(pid, isInFront);
   process = opened ? std::make_shared<Descriptor>(std::move(opened)) : nullptr;
   kept = process;
   return process;

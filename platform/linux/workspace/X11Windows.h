@@ -86,7 +86,7 @@ class X11Windows {
   bool isWanted(std::uint32_t window) const;
   void askMissing();
   void endTurn();
-  std::shared_ptr<Descriptor> processOf(Pid pid);
+  std::shared_ptr<Descriptor> processOf(Pid pid, bool isInFront);
   void readOwner(std::uint32_t window);
   void readFacts(const std::shared_ptr<Draft>& draft);
   void finish(const std::shared_ptr<Draft>& draft);
