@@ -1,15 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include "panel/ApplicationInterface.h"
 
+#include <chrono>
 #include <utility>
 
 namespace vantle {
 
 namespace {
 
+// Somebody who asks over and over must not take the front from all other apps for good.
+constexpr std::chrono::milliseconds shortestPause{500};
+
 // The caller waits for the answer, so the work comes after it.
-void runSoon(QTimer& timer) {
-  if (!timer.isActive()) timer.start(0);
+void runSoon(QTimer& timer, std::chrono::milliseconds delay = {}) {
+  if (!timer.isActive()) timer.start(delay);
 }
 
 } // namespace
@@ -17,7 +21,10 @@ void runSoon(QTimer& timer) {
 ApplicationInterface::ApplicationInterface(PanelController& panel, QString busName)
     : QObject(&panel), m_busName(std::move(busName)) {
   for (QTimer* timer : {&m_show, &m_openSettings, &m_quit}) timer->setSingleShot(true);
-  connect(&m_show, &QTimer::timeout, &panel, [&panel] { panel.show(); });
+  connect(&m_show, &QTimer::timeout, &panel, [this, &panel] {
+    m_sinceShown.start();
+    panel.show();
+  });
   connect(&m_openSettings, &QTimer::timeout, &panel, [&panel] { panel.openSettings(); });
   connect(&m_quit, &QTimer::timeout, &panel, [&panel] { panel.quit(); });
   connect(m_bus.get(), &SessionBus::opened, this, &ApplicationInterface::enterBus);
@@ -31,7 +38,10 @@ void ApplicationInterface::enterBus() {
   }
 }
 
-void ApplicationInterface::Activate(const QVariantMap&) { runSoon(m_show); }
+void ApplicationInterface::Activate(const QVariantMap&) {
+  const bool isAgain = m_sinceShown.isValid() && !m_sinceShown.hasExpired(shortestPause.count());
+  runSoon(m_show, isAgain ? shortestPause : std::chrono::milliseconds(0));
+}
 
 void ApplicationInterface::Open(const QStringList&, const QVariantMap& platformData) {
   Activate(platformData);

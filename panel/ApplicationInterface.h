@@ -4,6 +4,7 @@
 #include "look/SessionBus.h"
 #include "panel/PanelController.h"
 
+#include <QElapsedTimer>
 #include <QTimer>
 #include <QVariantMap>
 #include <memory>
@@ -31,6 +32,7 @@ class ApplicationInterface : public QObject {
   std::shared_ptr<SessionBus> m_bus = SessionBus::shared();
   // Each runs until what it stands for is done: once, however many calls come until then.
   QTimer m_show;
+  QElapsedTimer m_sinceShown;
   QTimer m_openSettings;
   QTimer m_quit;
 };
