@@ -50,14 +50,14 @@ Pid serverPid(const void* reply) {
   return 0;
 }
 
-// Windows may take the lower half of the descriptors, and the one in front a few more: what puts everybody
-// back needs some, and so does the pass that slows.
-Descriptor openPidfd(Pid pid, bool isInFront) {
-  Descriptor process(static_cast<int>(::syscall(SYS_pidfd_open, pid, 0)));
+int openPidfd(Pid pid) { return static_cast<int>(::syscall(SYS_pidfd_open, pid, 0)); }
+
+// Windows may take a quarter of the descriptors, and the one in front a few more: what puts everybody back
+// needs some, and so does the pass that slows.
+std::size_t mostProcesses(bool isInFront) {
   rlimit limit{};
-  if (!process || ::getrlimit(RLIMIT_NOFILE, &limit) != 0) return {};
-  const rlim_t most = limit.rlim_cur / 2 + (isInFront ? limit.rlim_cur / 8 : 0);
-  return static_cast<rlim_t>(process.get()) < most ? std::move(process) : Descriptor();
+  if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) return 0;
+  return static_cast<std::size_t>(limit.rlim_cur / 4 + (isInFront ? limit.rlim_cur / 8 : 0));
 }
 
 bool hasEnded(const Descriptor& process) {
@@ -304,12 +304,15 @@ void X11Windows::finish(const std::shared_ptr<Draft>& draft) {
 }
 
 std::shared_ptr<Descriptor> X11Windows::processOf(Pid pid, bool isInFront) {
-  std::weak_ptr<Descriptor>& kept = m_processes[pid];
-  std::shared_ptr<Descriptor> process = kept.lock();
+  const auto kept = m_processes.find(pid);
+  std::shared_ptr<Descriptor> process = kept == m_processes.end() ? nullptr : kept->second.lock();
   if (process && !hasEnded(*process)) return process;
-  Descriptor opened = openPidfd(pid, isInFront);
-  process = opened ? std::make_shared<Descriptor>(std::move(opened)) : nullptr;
-  kept = process;
+  std::erase_if(m_processes, [](const auto& entry) { return entry.second.expired(); });
+  if (m_processes.size() >= mostProcesses(isInFront)) return nullptr;
+  Descriptor opened(openPidfd(pid));
+  if (!opened) return nullptr;
+  process = std::make_shared<Descriptor>(std::move(opened));
+  m_processes[pid] = process;
   return process;
 }
 

@@ -130,8 +130,10 @@ TEST_F(Bus, ASuccessorIsFoundBeforeTheLoopRanAgain) {
 // Somebody sends so fast that there is always more.
 TEST_F(Bus, AFloodHoldsUpNobodyOnTheLoop) {
   bool isListening = false;
-  const BusSlot slot =
-      connection.match("type='signal',member='Flood'", [&](sd_bus_message*) { isListening = true; });
+  const BusSlot slot = connection.match("type='signal',member='Flood'", [&](sd_bus_message*) {
+    isListening = true;
+    std::this_thread::sleep_for(5ms); // much longer than it takes to send another one
+  });
   std::atomic<bool> isOver = false;
   std::vector<std::thread> senders;
   for (int count = 0; count < 3; ++count) {
