@@ -5,7 +5,6 @@
 #include "engine/LastWait.h"
 
 #include <QCoreApplication>
-#include <QDBusConnection>
 #include <QDesktopServices>
 #include <QUrl>
 #include <csignal>
@@ -68,9 +67,7 @@ void AppDelegate::showInTray() {
   m_panel = std::make_unique<PanelController>(
       engine(), settings(), [this] { settingsWindow().show(); }, [] { QCoreApplication::quit(); });
   m_trayItem = std::make_unique<TrayItem>(engine(), *m_panel);
-  QDBusConnection bus = QDBusConnection::sessionBus();
-  exportApplication(*m_panel, bus);
-  bus.registerService(busName);
+  exportApplication(*m_panel, QString::fromLatin1(busName));
 }
 
 // Everything is put back on the way out, as at any other end. A signal that arrives meanwhile is only noted.

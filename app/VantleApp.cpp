@@ -14,6 +14,7 @@
 #include "platform/linux/files/SingleCopyLock.h"
 #include "platform/linux/files/XdgFolders.h"
 #include "platform/linux/login/AutostartLoginItem.h"
+#include "platform/linux/process/DescriptorLimit.h"
 #include "platform/shared/PollEventLoop.h"
 
 #include <QGuiApplication>
@@ -92,6 +93,7 @@ bool VantleApp::hasArgument(std::string_view wanted) const {
 int VantleApp::run() {
   if (hasArgument("--test")) return runSelfTestMode();
 
+  raiseDescriptorLimit();
   const XdgFolders folders = XdgFolders::fromEnvironment();
   if (hasArgument(Watchdog::helperArgument) && Watchdog::isParentsHelper()) {
     putBackLeftovers(folders, {});

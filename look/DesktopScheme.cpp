@@ -25,17 +25,20 @@ constexpr uint preferLight = 2;
 
 DesktopScheme::DesktopScheme(QObject* parent)
     : QObject(parent), m_fallback(gtkThemeIsDark()), m_dark(m_fallback) {
-  QDBusConnection bus = QDBusConnection::sessionBus();
-  if (!bus.isConnected()) return;
-  bus.connect(service, path, interface, QStringLiteral("SettingChanged"), this,
-              SLOT(settingChanged(QString, QString, QDBusVariant)));
+  connect(m_bus.get(), &SessionBus::opened, this, &DesktopScheme::followPortal);
+  if (m_bus->isConnected()) followPortal();
+}
+
+void DesktopScheme::followPortal() {
+  m_bus->connection().connect(service, path, interface, QStringLiteral("SettingChanged"), this,
+                              SLOT(settingChanged(QString, QString, QDBusVariant)));
   ask();
 }
 
 void DesktopScheme::ask() {
   QDBusMessage call = QDBusMessage::createMethodCall(service, path, interface, QStringLiteral("Read"));
   call << group << key;
-  auto* watcher = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call), this);
+  auto* watcher = new QDBusPendingCallWatcher(m_bus->connection().asyncCall(call), this);
   connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
     const QDBusPendingReply<QDBusVariant> reply = *watcher;
     if (reply.isValid()) take(reply.value().variant());

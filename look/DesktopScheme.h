@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "look/SessionBus.h"
+
 #include <QDBusVariant>
 #include <QObject>
+#include <memory>
 
 namespace vantle {
 
@@ -22,9 +25,11 @@ class DesktopScheme : public QObject {
   void settingChanged(const QString& group, const QString& key, const QDBusVariant& value);
 
  private:
+  void followPortal();
   void ask();
   void take(const QVariant& colorScheme);
 
+  std::shared_ptr<SessionBus> m_bus = SessionBus::shared();
   bool m_fallback;
   bool m_dark;
 };

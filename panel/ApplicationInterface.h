@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "look/SessionBus.h"
 #include "panel/PanelController.h"
 
+#include <QElapsedTimer>
+#include <QTimer>
 #include <QVariantMap>
+#include <memory>
 
 namespace vantle {
 
@@ -13,7 +17,7 @@ class ApplicationInterface : public QObject {
   Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
 
  public:
-  explicit ApplicationInterface(PanelController& panel) : QObject(&panel), m_panel(panel) {}
+  ApplicationInterface(PanelController& panel, QString busName);
 
  public slots:
   void Activate(const QVariantMap& platformData);
@@ -22,7 +26,15 @@ class ApplicationInterface : public QObject {
   void ActivateAction(const QString& name, const QVariantList& parameter, const QVariantMap& platformData);
 
  private:
-  PanelController& m_panel;
+  void enterBus();
+
+  QString m_busName;
+  std::shared_ptr<SessionBus> m_bus = SessionBus::shared();
+  // Each runs until what it stands for is done: once, however many calls come until then.
+  QTimer m_show;
+  QElapsedTimer m_sinceShown;
+  QTimer m_openSettings;
+  QTimer m_quit;
 };
 
 } // namespace vantle

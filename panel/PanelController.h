@@ -12,8 +12,6 @@
 #include <memory>
 #include <optional>
 
-class QDBusConnection;
-
 namespace vantle {
 
 class PanelWindow;
@@ -62,8 +60,8 @@ class PanelController : public QObject {
 };
 
 // Answers org.freedesktop.Application on the bus, so that starting Vantle again, from an app menu or with no
-// tray at all, opens the panel of the copy that runs. The caller owns the bus name. False when the object's
-// path is taken. Actions: "settings" and "quit".
-bool exportApplication(PanelController& panel, QDBusConnection bus);
+// tray at all, opens the panel of the copy that runs; as long as the panel's controller lives, under this
+// name, on every bus that takes the place of one that ended. Actions: "settings" and "quit".
+void exportApplication(PanelController& panel, const QString& busName);
 
 } // namespace vantle

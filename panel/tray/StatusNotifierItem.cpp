@@ -25,19 +25,10 @@ QDBusMessage watcherCall(const QString& interface, const QString& method) {
 
 StatusNotifierItem::StatusNotifierItem(TrayMenu::Actions actions, std::function<void(QPoint)> onActivate,
                                        std::function<void(bool)> onPresence)
-    : m_bus(QDBusConnection::sessionBus()), m_menu(std::move(actions)), m_onActivate(std::move(onActivate)),
-      m_onPresence(std::move(onPresence)),
-      m_service(QStringLiteral("org.kde.StatusNotifierItem-%1-1").arg(QCoreApplication::applicationPid())) {
-  if (!m_bus.isConnected()) {
-    m_onPresence(false);
-    return;
-  }
+    : m_menu(std::move(actions)), m_onActivate(std::move(onActivate)), m_onPresence(std::move(onPresence)) {
   registerTrayTypes();
-  m_bus.registerObject(itemPath, this, QDBusConnection::ExportAllContents);
-  m_bus.registerObject(menuPath, &m_menu, QDBusConnection::ExportAllContents);
-  if (!m_bus.registerService(m_service)) m_service = m_bus.baseService(); // a sandbox may forbid the name
-
-  m_watcher.setConnection(m_bus);
+  m_activation.setSingleShot(true);
+  connect(&m_activation, &QTimer::timeout, this, [this] { m_onActivate(m_activatedAt); });
   m_watcher.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
   m_watcher.addWatchedService(watcherService);
   connect(&m_watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
@@ -48,15 +39,31 @@ StatusNotifierItem::StatusNotifierItem(TrayMenu::Actions actions, std::function<
               announce();
             }
           });
-  m_bus.connect(watcherService, watcherPath, watcherService, QStringLiteral("StatusNotifierHostRegistered"),
-                this, SLOT(hostAppeared()));
+  connect(m_bus.get(), &SessionBus::lost, this, [this] { m_onPresence(false); });
+  connect(m_bus.get(), &SessionBus::opened, this, &StatusNotifierItem::enterBus);
+  if (m_bus->isConnected()) {
+    enterBus();
+  } else {
+    m_onPresence(false);
+  }
+}
+
+void StatusNotifierItem::enterBus() {
+  QDBusConnection bus = m_bus->connection();
+  bus.registerObject(itemPath, this, QDBusConnection::ExportAllContents);
+  bus.registerObject(menuPath, &m_menu, QDBusConnection::ExportAllContents);
+  m_service = QStringLiteral("org.kde.StatusNotifierItem-%1-1").arg(QCoreApplication::applicationPid());
+  if (!bus.registerService(m_service)) m_service = bus.baseService(); // a sandbox may forbid the name
+  m_watcher.setConnection(bus);
+  bus.connect(watcherService, watcherPath, watcherService, QStringLiteral("StatusNotifierHostRegistered"),
+              this, SLOT(hostAppeared()));
   announce();
 }
 
 void StatusNotifierItem::announce() {
   QDBusMessage call = watcherCall(watcherService, QStringLiteral("RegisterStatusNotifierItem"));
   call << m_service;
-  auto* watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(call), this);
+  auto* watcher = new QDBusPendingCallWatcher(m_bus->connection().asyncCall(call), this);
   connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
     if (watcher->isError()) {
       m_onPresence(false);
@@ -71,7 +78,7 @@ void StatusNotifierItem::announce() {
 void StatusNotifierItem::askForHost() {
   QDBusMessage call = watcherCall(QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
   call << watcherService << QStringLiteral("IsStatusNotifierHostRegistered");
-  auto* watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(call), this);
+  auto* watcher = new QDBusPendingCallWatcher(m_bus->connection().asyncCall(call), this);
   connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
     const QDBusPendingReply<QDBusVariant> reply = *watcher;
     m_onPresence(!reply.isValid() || reply.value().variant().toBool());
@@ -95,11 +102,17 @@ TrayToolTip StatusNotifierItem::toolTip() const {
 
 QDBusObjectPath StatusNotifierItem::menu() const { return QDBusObjectPath(menuPath); }
 
-void StatusNotifierItem::Activate(int x, int y) { m_onActivate({x, y}); }
+// After the answer to the tray. However often somebody calls until then, it is one click.
+void StatusNotifierItem::activateSoon(QPoint point) {
+  m_activatedAt = point;
+  if (!m_activation.isActive()) m_activation.start(0);
+}
 
-void StatusNotifierItem::SecondaryActivate(int x, int y) { m_onActivate({x, y}); }
+void StatusNotifierItem::Activate(int x, int y) { activateSoon({x, y}); }
 
-void StatusNotifierItem::ContextMenu(int x, int y) { m_onActivate({x, y}); }
+void StatusNotifierItem::SecondaryActivate(int x, int y) { activateSoon({x, y}); }
+
+void StatusNotifierItem::ContextMenu(int x, int y) { activateSoon({x, y}); }
 
 void StatusNotifierItem::Scroll(int, const QString&) {}
 

@@ -1,20 +1,21 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "look/SessionBus.h"
 #include "panel/tray/TrayIcon.h"
 #include "panel/tray/TrayMenu.h"
 
-#include <QDBusConnection>
 #include <QDBusObjectPath>
 #include <QDBusServiceWatcher>
 #include <QPoint>
+#include <QTimer>
 #include <functional>
 #include <memory>
 
 namespace vantle {
 
 // The icon as an object on the session bus (org.kde.StatusNotifierItem), announced to every tray service that
-// appears there, as often as it appears.
+// appears there, as often as it appears, and on every bus that takes the place of one that ended.
 class StatusNotifierItem : public QObject {
   Q_OBJECT
   Q_CLASSINFO("D-Bus Interface", "org.kde.StatusNotifierItem")
@@ -63,15 +64,19 @@ class StatusNotifierItem : public QObject {
   void hostAppeared();
 
  private:
+  void enterBus();
+  void activateSoon(QPoint point);
   void announce();
   void askForHost();
 
-  QDBusConnection m_bus;
+  std::shared_ptr<SessionBus> m_bus = SessionBus::shared();
   QDBusServiceWatcher m_watcher;
   TrayMenu m_menu;
   std::function<void(QPoint)> m_onActivate;
   std::function<void(bool)> m_onPresence;
   QString m_service;
+  QPoint m_activatedAt;
+  QTimer m_activation; // runs until the click has its effect
   TrayIcon m_icon;
   QString m_stateText;
 };

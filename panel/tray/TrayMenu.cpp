@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "panel/tray/TrayMenu.h"
 
-#include <QTimer>
 #include <array>
+#include <utility>
 
 namespace vantle {
 namespace {
@@ -31,6 +31,11 @@ QVariantMap propertiesOf(int id) {
 
 } // namespace
 
+TrayMenu::TrayMenu(Actions actions) : m_actions(std::move(actions)) {
+  m_click.setSingleShot(true);
+  connect(&m_click, &QTimer::timeout, this, &TrayMenu::act);
+}
+
 uint TrayMenu::GetLayout(int parentId, int recursionDepth, const QStringList&, MenuLayout& layout) {
   layout = {.id = parentId, .properties = propertiesOf(parentId), .children = {}};
   if (parentId == root && recursionDepth != 0) {
@@ -55,14 +60,18 @@ QDBusVariant TrayMenu::GetProperty(int id, const QString& name) {
   return QDBusVariant(propertiesOf(id).value(name, QString()));
 }
 
-// The tray waits for the answer, so what an entry does is done after it.
+// The tray waits for the answer, so what an entry does is done after it. However many clicks somebody tells
+// of until then, it is one.
 void TrayMenu::Event(int id, const QString& eventId, const QDBusVariant&, uint) {
   if (eventId != QLatin1String("clicked")) return;
-  const std::function<void()>* action = nullptr;
-  if (id == openEntry) action = &m_actions.open;
-  if (id == settingsEntry) action = &m_actions.settings;
-  if (id == quitEntry) action = &m_actions.quit;
-  if (action != nullptr) QTimer::singleShot(0, this, *action);
+  m_clicked = id;
+  if (!m_click.isActive()) m_click.start(0);
+}
+
+void TrayMenu::act() {
+  if (m_clicked == openEntry) m_actions.open();
+  if (m_clicked == settingsEntry) m_actions.settings();
+  if (m_clicked == quitEntry) m_actions.quit();
 }
 
 QList<int> TrayMenu::EventGroup(const QList<MenuEvent>& events) {

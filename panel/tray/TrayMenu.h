@@ -4,6 +4,7 @@
 #include "panel/tray/TrayTypes.h"
 
 #include <QObject>
+#include <QTimer>
 #include <functional>
 
 namespace vantle {
@@ -24,7 +25,7 @@ class TrayMenu : public QObject {
     std::function<void()> quit;
   };
 
-  explicit TrayMenu(Actions actions) : m_actions(std::move(actions)) {}
+  explicit TrayMenu(Actions actions);
 
   uint version() const { return 3; } // of the protocol
   QString textDirection() const { return QStringLiteral("ltr"); }
@@ -45,7 +46,11 @@ class TrayMenu : public QObject {
   void LayoutUpdated(uint revision, int parent);
 
  private:
+  void act();
+
   Actions m_actions;
+  int m_clicked = 0; // the entry that was clicked last
+  QTimer m_click;    // runs until the click has its effect
 };
 
 } // namespace vantle

@@ -21,10 +21,13 @@ bool isGnome() { return qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(u':').
 
 TrayScheme::TrayScheme() {
   connect(&m_desktop, &DesktopScheme::changed, this, &TrayScheme::changed);
-  QDBusConnection bus = QDBusConnection::sessionBus();
-  if (!bus.isConnected()) return;
-  bus.connect(xfconf, xfconfPath, xfconf, QStringLiteral("PropertyChanged"), this,
-              SLOT(xfceSettingChanged(QString, QString, QDBusVariant)));
+  connect(m_bus.get(), &SessionBus::opened, this, &TrayScheme::followXfcePanel);
+  if (m_bus->isConnected()) followXfcePanel();
+}
+
+void TrayScheme::followXfcePanel() {
+  m_bus->connection().connect(xfconf, xfconfPath, xfconf, QStringLiteral("PropertyChanged"), this,
+                              SLOT(xfceSettingChanged(QString, QString, QDBusVariant)));
   askXfcePanel();
 }
 
@@ -38,7 +41,7 @@ void TrayScheme::askXfcePanel() {
       QDBusMessage::createMethodCall(xfconf, xfconfPath, xfconf, QStringLiteral("GetProperty"));
   call.setAutoStartService(false);
   call << panelChannel << darkMode;
-  auto* watcher = new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call), this);
+  auto* watcher = new QDBusPendingCallWatcher(m_bus->connection().asyncCall(call), this);
   connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
     const QDBusPendingReply<QDBusVariant> reply = *watcher;
     if (reply.isValid()) xfceSettingChanged(panelChannel, darkMode, reply.value());

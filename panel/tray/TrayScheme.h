@@ -23,8 +23,10 @@ class TrayScheme : public QObject {
   void xfceSettingChanged(const QString& channel, const QString& property, const QDBusVariant& value);
 
  private:
+  void followXfcePanel();
   void askXfcePanel();
 
+  std::shared_ptr<SessionBus> m_bus = SessionBus::shared();
   DesktopScheme m_desktop;
   std::optional<bool> m_xfceDark; // absent: this is another desktop
 };

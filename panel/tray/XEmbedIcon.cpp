@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "panel/tray/XEmbedIcon.h"
 
+#include <QElapsedTimer>
 #include <QPainter>
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -17,7 +19,9 @@ constexpr std::uint32_t requestDock = 0;
 constexpr std::uint32_t xembedVersion = 0;
 constexpr std::uint32_t xembedMapped = 1;
 
-constexpr int firstSize = 22; // pixels; the tray then says what it wants
+constexpr std::chrono::milliseconds shortestDockPause{500};
+constexpr int longestTurn = 10; // milliseconds
+constexpr int firstSize = 22;   // pixels; the tray then says what it wants
 constexpr int largest = 256;
 constexpr std::uint8_t argbDepth = 32;
 
@@ -27,6 +31,9 @@ template <class Type> Freed<Type> freed(Type* value) { return {value, &std::free
 } // namespace
 
 XEmbedIcon::XEmbedIcon(std::function<void(QRect)> onActivate) : m_onActivate(std::move(onActivate)) {
+  for (QTimer* timer : {&m_nextTurn, &m_dockPause}) timer->setSingleShot(true);
+  QObject::connect(&m_nextTurn, &QTimer::timeout, &m_nextTurn, [this] { handleEvents(); });
+  QObject::connect(&m_dockPause, &QTimer::timeout, &m_dockPause, [this] { act(); });
   connectToServer();
 }
 
@@ -64,6 +71,8 @@ xcb_atom_t XEmbedIcon::atom(const std::string& name) {
 }
 
 void XEmbedIcon::dock() {
+  m_isDockWanted = false;
+  m_dockPause.start(shortestDockPause);
   removeWindow();
   const auto cookie = xcb_get_selection_owner(m_connection, m_atoms.selection);
   const auto owner = freed(xcb_get_selection_owner_reply(m_connection, cookie, nullptr));
@@ -154,36 +163,57 @@ void XEmbedIcon::removeWindow() {
   xcb_flush(m_connection);
 }
 
+// What the events ask for is noted and done once, however many ask for it.
 void XEmbedIcon::handleEvents() {
-  while (auto event = freed(xcb_poll_for_event(m_connection))) handle(*event);
+  QElapsedTimer turn;
+  turn.start();
+  while (const auto event = freed(xcb_poll_for_event(m_connection))) {
+    handle(*event);
+    if (turn.elapsed() >= longestTurn) break;
+  }
+  act();
+  // The library may have read more already, also with an answer that was waited for: the socket alone would
+  // wake nobody up.
+  if (const auto event = freed(xcb_poll_for_queued_event(m_connection))) {
+    handle(*event);
+    m_nextTurn.start(0);
+  }
   if (xcb_connection_has_error(m_connection) != 0) m_notifier->setEnabled(false); // the display is gone
+}
+
+void XEmbedIcon::act() {
+  if (std::exchange(m_isClicked, false)) clicked();
+  if (std::exchange(m_isPaintWanted, false)) paint();
+  if (m_isDockWanted && !m_dockPause.isActive()) dock();
 }
 
 void XEmbedIcon::handle(const xcb_generic_event_t& event) {
   switch (event.response_type & 0x7f) {
   case XCB_CLIENT_MESSAGE: {
     const auto& message = reinterpret_cast<const xcb_client_message_event_t&>(event);
-    if (message.type == m_atoms.manager && message.data.data32[1] == m_atoms.selection) dock();
+    if (message.type == m_atoms.manager && message.data.data32[1] == m_atoms.selection) {
+      m_isDockWanted = true;
+    }
     break;
   }
   case XCB_DESTROY_NOTIFY: {
     const xcb_window_t gone = reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window;
     if (gone == m_window) m_window = XCB_NONE; // the tray took it along
-    if (gone == m_tray) dock();
+    if (gone == m_tray) m_isDockWanted = true;
     break;
   }
   case XCB_CONFIGURE_NOTIFY: {
     const auto& configured = reinterpret_cast<const xcb_configure_notify_event_t&>(event);
     if (configured.window != m_window) break;
     m_size = {configured.width, configured.height};
-    paint();
+    m_isPaintWanted = true;
     break;
   }
   case XCB_EXPOSE:
-    paint();
+    m_isPaintWanted = true;
     break;
   case XCB_BUTTON_RELEASE:
-    clicked();
+    m_isClicked = true;
     break;
   default:
     break;

@@ -5,6 +5,7 @@
 
 #include <QRect>
 #include <QSocketNotifier>
+#include <QTimer>
 #include <functional>
 #include <memory>
 #include <xcb/xcb.h>
@@ -41,6 +42,7 @@ class XEmbedIcon {
   void removeWindow();
   void handleEvents();
   void handle(const xcb_generic_event_t& event);
+  void act();
   void clicked();
   void paint();
   QImage background(); // what the tray shows behind the window
@@ -49,6 +51,12 @@ class XEmbedIcon {
   xcb_connection_t* m_connection = nullptr;
   const xcb_screen_t* m_screen = nullptr;
   std::unique_ptr<QSocketNotifier> m_notifier;
+  QTimer m_nextTurn; // runs while more has come than one turn takes
+  QTimer
+      m_dockPause; // runs after each docking: anybody can say that there is a new tray, as often as they like
+  bool m_isDockWanted = false;
+  bool m_isPaintWanted = false;
+  bool m_isClicked = false;
   Atoms m_atoms;
   xcb_window_t m_tray = XCB_NONE;
   xcb_window_t m_window = XCB_NONE;

@@ -118,6 +118,93 @@ TEST_P(Boost, LastsFromTheGamesActivationToItsEnd) {
   expectAllBack();
 }
 
+// More windows than descriptors.
+TEST_P(Boost, PutsAllBackHoweverManyWindowsThereAre) {
+  Program& played = game();
+  Program& plain = app();
+  Program& many = app({"--windows", "300", "--background"});
+  require("the windows", [&] { return m_desktop->windows().list().size() == 302; });
+  m_vantle = &m_desktop->launch({"prlimit", "--nofile=256:256", VANTLE_PROGRAM});
+  require("Vantle", [&] { return m_desktop->hasBusName("com.halvo.vantle"); });
+  remember({played.pid(), plain.pid(), many.pid()});
+  m_desktop->activate(played);
+  EXPECT_TRUE(becomesSlowed(many));
+  EXPECT_TRUE(becomesSlowed(plain));
+  m_vantle->signal(SIGTERM);
+  EXPECT_EQ(m_vantle->exitStatus(), 0);
+  expectAllBack();
+}
+
+TEST_P(Boost, PutsAllBackWithFewerDescriptorsThanApps) {
+  Program& played = game();
+  std::vector<Program*> apps(60);
+  for (Program*& other : apps) other = &m_desktop->launch({testWindow(), "--background"});
+  std::vector<Pid> pids;
+  for (const Program* other : apps) pids.push_back(m_desktop->waitForWindow(other->pid()).pid);
+  m_vantle = &m_desktop->launch({"prlimit", "--nofile=128:128", VANTLE_PROGRAM});
+  require("Vantle", [&] { return m_desktop->hasBusName("com.halvo.vantle"); });
+  remember(pids);
+  const auto slowed = [&] { return std::count_if(pids.begin(), pids.end(), isSlowed); };
+  m_desktop->activate(played);
+  EXPECT_TRUE(waitUntil([&] { return slowed() >= 5; })) << slowed();
+  played.kill();
+  expectAllBack();
+
+  m_desktop->activate(game());
+  EXPECT_TRUE(waitUntil([&] { return slowed() >= 5; })) << slowed();
+  m_vantle->signal(SIGTERM);
+  EXPECT_EQ(m_vantle->exitStatus(), 0);
+  expectAllBack();
+}
+
+class Flood : public Boost {
+ protected:
+  long memoryOfVantle() const { // kB
+    std::ifstream status("/proc/" + std::to_string(m_vantle->pid()) + "/status");
+    for (std::string word; status >> word;) {
+      long size = 0;
+      if (word == "VmRSS:" && status >> size) return size;
+    }
+    return 0;
+  }
+
+  // What the person does and the end of the program get their turn while it lasts, and it does not pile up.
+  void expectLifeDuring(std::vector<std::string> flood) {
+    Program& played = game();
+    Program& plain = app();
+    remember({played.pid(), plain.pid()});
+    startVantle();
+    for (std::string& word : flood) {
+      if (word == "VANTLE") word = std::to_string(m_vantle->pid());
+    }
+    flood.insert(flood.begin(), VANTLE_FLOODER);
+    Program& flooder = m_desktop->launch(flood);
+    std::this_thread::sleep_for(std::chrono::seconds(2)); // so that the flood is there
+    ASSERT_TRUE(flooder.isRunning());
+    const long before = memoryOfVantle();
+    for (int round = 0; round < 3; ++round) {
+      m_desktop->activate(played);
+      EXPECT_TRUE(becomesSlowed(plain));
+      m_desktop->activate(plain);
+      EXPECT_TRUE(becomesFast(plain));
+    }
+    m_desktop->activate(played);
+    EXPECT_TRUE(becomesSlowed(plain));
+    std::this_thread::sleep_for(std::chrono::seconds(3)); // so that something could pile up
+    constexpr long muchMemory = 48 * 1024;                // kB
+    EXPECT_LT(memoryOfVantle() - before, muchMemory);
+    ASSERT_TRUE(flooder.isRunning());
+    m_vantle->signal(SIGTERM);
+    EXPECT_EQ(m_vantle->exitStatus(), 0);
+    expectAllBack();
+  }
+};
+
+TEST_P(Flood, OfTraysKeepsNothingFromHappening) { expectLifeDuring({"manager"}); }
+TEST_P(Flood, OfWindowListsKeepsNothingFromHappening) { expectLifeDuring({"list"}); }
+TEST_P(Flood, OfCallsToOpenKeepsNothingFromHappening) { expectLifeDuring({"activate"}); }
+TEST_P(Flood, OfClicksKeepsNothingFromHappening) { expectLifeDuring({"click", "VANTLE"}); }
+
 TEST_P(Boost, StartsWhenTheGameIsInFrontAlready) {
   Program& plain = app();
   Program& played = game();
@@ -473,6 +560,11 @@ INSTANTIATE_TEST_SUITE_P(Desktop, Boost, testing::Values(Who::root, Who::somebod
 // Root waits for no turn.
 INSTANTIATE_TEST_SUITE_P(Desktop, Giving, testing::Values(Who::somebodyElse),
                          [](const auto&) { return "AsOrdinaryUser"; });
+
+INSTANTIATE_TEST_SUITE_P(Desktop, Flood, testing::Values(Who::root, Who::somebodyElse),
+                         [](const auto& about) {
+                           return about.param == Who::root ? "AsRoot" : "AsOrdinaryUser";
+                         });
 
 } // namespace
 } // namespace vantle::desktop

@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 // The tray icon and the panel in real trays, clicked with a real pointer.
+#include "tests/desktop/harness/FakeService.h"
+#include "tests/desktop/harness/PrivateBus.h"
 #include "tests/desktop/harness/VirtualDesktop.h"
 #include "tests/desktop/harness/XfceTray.h"
 
 #include <fstream>
 #include <gtest/gtest.h>
+#include <memory>
 #include <sstream>
 
 namespace {
@@ -17,6 +20,9 @@ const std::string iconY = std::to_string(XfceTray::iconY);
 
 class Tray : public ::testing::Test {
  protected:
+  Tray() = default;
+  explicit Tray(const VirtualDesktop::Options& options) : desktop(options) {}
+
   VirtualDesktop desktop;
 
   void startHost() {
@@ -148,6 +154,90 @@ TEST_F(Tray, WithNoTrayTheAppMenuOpensThePanel) {
   // Another window that comes to the front closes it.
   desktop.activate(desktop.launch({testWindow(), "--title", "other"}));
   EXPECT_TRUE(waitUntil([this] { return countOf("closed") == 1; }));
+}
+
+struct OwnBus {
+  PrivateBus bus;
+};
+
+class ReturningBus : public OwnBus, public Tray {
+ protected:
+  ReturningBus()
+      : Tray(
+            {.user = {}, .sessionBus = false, .environment = {{"DBUS_SESSION_BUS_ADDRESS", bus.address()}}}) {
+  }
+
+  std::unique_ptr<FakeService> startWatcher() {
+    auto watcher = std::make_unique<FakeService>(bus.address(), "org.kde.StatusNotifierWatcher");
+    watcher->answer("", "RegisterStatusNotifierItem", [](sd_bus_message*, sd_bus_message*) {});
+    return watcher;
+  }
+  void expectToBeThere(const FakeService& watcher) {
+    EXPECT_TRUE(waitUntil([&] { return watcher.calls("RegisterStatusNotifierItem") > 0; }));
+    desktop.waitForBusName("com.halvo.vantle");
+    const std::string pid = std::to_string(m_host->pid());
+    expectOpening({"org.kde.StatusNotifierItem-" + pid + "-1", "--object-path", "/StatusNotifierItem",
+                   "--method", "org.kde.StatusNotifierItem.Activate", "20", "10"});
+    expectOpening({"com.halvo.vantle", "--object-path", "/com/halvo/vantle", "--method",
+                   "org.freedesktop.Application.Activate", "{}"});
+  }
+  void expectOpening(std::vector<std::string> call) {
+    const long opened = countOf("opened ");
+    const std::vector<std::string> tool{"gdbus", "call", "--session", "--dest"};
+    call.insert(call.begin(), tool.begin(), tool.end());
+    // A click right after the panel was closed counts as the one that has closed it.
+    EXPECT_TRUE(waitUntil([&] {
+      desktop.run(call);
+      return waitUntil([&] { return countOf("opened ") > opened; }, std::chrono::milliseconds(1500));
+    }));
+    close();
+  }
+  // Another window comes to the front.
+  void close() {
+    const long closed = countOf("closed");
+    desktop.activate(desktop.launch({testWindow(), "--title", "other"}));
+    EXPECT_TRUE(waitUntil([&] { return countOf("closed") > closed; }));
+  }
+};
+
+TEST_F(ReturningBus, HasTheIconAndTheProgramsNameAgain) {
+  std::unique_ptr<FakeService> watcher = startWatcher();
+  startHost();
+  expectToBeThere(*watcher);
+  for (int round = 0; round < 3; ++round) {
+    bus.kill();
+    watcher.reset();
+    bus.start();
+    watcher = startWatcher();
+    expectToBeThere(*watcher);
+    ASSERT_TRUE(m_host->isRunning());
+  }
+}
+
+TEST_F(ReturningBus, MayEndWhileSomebodyCalls) {
+  std::unique_ptr<FakeService> watcher = startWatcher();
+  startHost();
+  expectToBeThere(*watcher);
+  for (int round = 0; round < 3; ++round) {
+    const long opened = countOf("opened ");
+    Program& flooder = desktop.launch({VANTLE_FLOODER, "activate"});
+    ASSERT_TRUE(waitUntil([&] { return countOf("opened ") > opened; }));
+    bus.kill();
+    EXPECT_EQ(flooder.exitStatus(), 1);
+    watcher.reset();
+    bus.start();
+    watcher = startWatcher();
+    close();
+    expectToBeThere(*watcher);
+  }
+}
+
+TEST_F(ReturningBus, MayComeAfterTheProgram) {
+  bus.kill();
+  startHost();
+  bus.start();
+  const std::unique_ptr<FakeService> watcher = startWatcher();
+  expectToBeThere(*watcher);
 }
 
 } // namespace

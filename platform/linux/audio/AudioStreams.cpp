@@ -2,8 +2,15 @@
 #include "platform/linux/audio/AudioStreams.h"
 
 #include <charconv>
+#include <cstddef>
 
 namespace vantle {
+
+namespace {
+
+constexpr std::size_t mostStreams = 4096; // a desktop has a handful; nobody says when a server's list ends
+
+} // namespace
 
 std::optional<Pid> pidFromText(std::string_view text) {
   Pid pid = 0;
@@ -14,10 +21,12 @@ std::optional<Pid> pidFromText(std::string_view text) {
 }
 
 void AudioStreams::addInput(std::uint32_t client, std::string_view processId) {
+  if (m_inputs.size() >= mostStreams) return;
   m_inputs.emplace_back(client, pidFromText(processId));
 }
 
 void AudioStreams::addClient(std::uint32_t index, std::string_view processId) {
+  if (m_clients.size() >= mostStreams) return;
   if (const std::optional<Pid> pid = pidFromText(processId)) m_clients.insert_or_assign(index, *pid);
 }
 

@@ -55,9 +55,9 @@ class PulseAudioActivity::Connection {
                        nullptr);
   }
 
-  // Takes in what has arrived; false when the connection is no longer good.
-  bool refresh() {
-    while (pa_mainloop_iterate(m_loop.get(), 0, nullptr) > 0) continue;
+  // Takes in what has arrived until then; false when the connection is no longer good.
+  bool refresh(SteadyClock::time_point deadline) {
+    while (SteadyClock::now() < deadline && pa_mainloop_iterate(m_loop.get(), 0, nullptr) > 0) continue;
     return PA_CONTEXT_IS_GOOD(state());
   }
 
@@ -125,7 +125,8 @@ PulseAudioActivity::~PulseAudioActivity() = default;
 
 std::set<Pid> PulseAudioActivity::runningOutput() {
   const SteadyClock::time_point deadline = SteadyClock::now() + longestWait;
-  if (!m_connection || !m_connection->refresh()) m_connection = std::make_unique<Connection>(m_server);
+  if (!m_connection || !m_connection->refresh(deadline))
+    m_connection = std::make_unique<Connection>(m_server);
   if (m_connection->isOverdue()) return {};
   return m_connection->ask(deadline);
 }

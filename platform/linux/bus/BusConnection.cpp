@@ -15,6 +15,9 @@ using SteadyClock = std::chrono::steady_clock;
 using std::chrono::microseconds;
 using std::chrono::milliseconds;
 
+// How long one turn on the loop goes on with what keeps arriving.
+constexpr milliseconds longestTurn{10};
+
 // sd-bus reads 0 as "your own default", which is 25 s.
 std::uint64_t remainingMicros(BusDeadline deadline) {
   const auto left = std::chrono::duration_cast<microseconds>(deadline - SteadyClock::now()).count();
@@ -149,10 +152,10 @@ bool BusConnection::runUntil(const std::function<bool()>& condition, BusDeadline
       drop();
       return false;
     }
-    if (processed > 0) continue;
+    if (processed > 0 && SteadyClock::now() < deadline) continue;
     if (SteadyClock::now() >= deadline) {
-      watch();
-      return false;
+      if (m_bus) watch();
+      return m_bus != nullptr && condition();
     }
     sd_bus_wait(m_bus.get(), remainingMicros(deadline));
   }
@@ -162,7 +165,11 @@ bool BusConnection::runUntil(const std::function<bool()>& condition, BusDeadline
 
 void BusConnection::process() {
   int processed = 1;
-  while (processed > 0 && m_bus) processed = sd_bus_process(m_bus.get(), nullptr);
+  const SteadyClock::time_point end = SteadyClock::now() + longestTurn;
+  while (processed > 0 && m_bus) {
+    if (SteadyClock::now() >= end) break; // the rest is there in the next turn, which `watch` brings about
+    processed = sd_bus_process(m_bus.get(), nullptr);
+  }
   if (!m_bus || processed == -EBUSY) return; // inside a reply or signal: whoever delivers that one goes on
   if (processed < 0) {
     drop();

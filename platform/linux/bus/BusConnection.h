@@ -68,7 +68,7 @@ class BusConnection {
 
   sd_bus* open();
   bool waitUntilReady(BusDeadline deadline);
-  void process(); // delivers all that has arrived
+  void process(); // delivers what has arrived, a turn of it
   void watch();   // tells the loop what the connection waits for now
   void drop();
 

@@ -16,6 +16,15 @@ namespace vantle {
 
 using SteadyClock = std::chrono::steady_clock;
 
+namespace {
+
+// How long one turn goes on with what keeps arriving, and how much of one kind before the other gets its
+// share: replies are not held up by events that never end, nor the other way round.
+constexpr std::chrono::milliseconds longestTurn{10};
+constexpr int mostOfAKind = 128;
+
+} // namespace
+
 // The handshake is the one thing that the library can only wait for, so a thread does. When the connection is
 // given up before the server has answered, the thread closes what it got.
 struct X11Connection::Attempt {
@@ -51,6 +60,7 @@ X11Connection::X11Connection(EventLoop& loop, const std::string& display, Handle
 
 X11Connection::~X11Connection() {
   m_watch.reset();
+  m_nextTurn.reset();
   if (m_connection != nullptr) xcb_disconnect(m_connection);
   if (!m_attempt) return;
   const std::lock_guard lock(m_attempt->mutex);
@@ -88,13 +98,16 @@ void X11Connection::flush() {
 bool X11Connection::pumpOnce() {
   if (m_connection == nullptr) return false;
   bool hasProgress = false;
-  while (xcb_generic_event_t* event = xcb_poll_for_event(m_connection)) {
+  for (int count = 0; count < mostOfAKind; ++count) {
+    xcb_generic_event_t* const event = xcb_poll_for_event(m_connection);
+    if (event == nullptr) break;
     const std::unique_ptr<xcb_generic_event_t, decltype(&std::free)> owned(event, &std::free);
     constexpr std::uint8_t errorType = 0;
     if (event->response_type != errorType) m_handlers.event(*event);
     hasProgress = true;
   }
-  while (!m_pending.empty() && xcb_connection_has_error(m_connection) == 0) {
+  for (int count = 0; count < mostOfAKind; ++count) {
+    if (m_pending.empty() || xcb_connection_has_error(m_connection) != 0) break;
     void* reply = nullptr;
     xcb_generic_error_t* error = nullptr;
     if (xcb_poll_for_reply(m_connection, m_pending.front().sequence, &reply, &error) == 0) break;
@@ -105,6 +118,7 @@ bool X11Connection::pumpOnce() {
     callback(reply);
     hasProgress = true;
   }
+  if (hasProgress) m_handlers.turnEnded();
   // Sending reads as well when the server is slow, and what it read would wake nobody up: hence another
   // round.
   if (hasProgress) flush();
@@ -112,7 +126,13 @@ bool X11Connection::pumpOnce() {
 }
 
 void X11Connection::pump() {
+  m_nextTurn.reset();
+  const SteadyClock::time_point end = SteadyClock::now() + longestTurn;
   while (pumpOnce()) {
+    if (SteadyClock::now() < end) continue;
+    // The library may have read it all already: the socket alone would wake nobody up.
+    m_nextTurn = m_loop.after(std::chrono::milliseconds(0), [this] { pump(); });
+    break;
   }
   if (m_connection != nullptr && xcb_connection_has_error(m_connection) != 0) lose();
 }
@@ -120,6 +140,7 @@ void X11Connection::pump() {
 void X11Connection::lose() {
   if (std::exchange(m_isLost, true)) return;
   m_watch.reset();
+  m_nextTurn.reset();
   xcb_disconnect(m_connection);
   m_connection = nullptr;
   m_pending.clear();

@@ -15,13 +15,15 @@
 namespace vantle {
 
 // A connection to the X server that never waits for it: replies come to callbacks on the main loop, in the
-// order of the requests. A server that hangs costs nothing but the answers.
+// order of the requests. A server that hangs costs nothing but the answers; one that never stops sending gets
+// its turns like everybody else on the loop, and what it sends meanwhile waits in the socket.
 class X11Connection {
  public:
   struct Handlers {
     std::function<void()> ready; // the server has answered; requests may be made from now on
     std::function<void(const xcb_generic_event_t&)> event;
-    std::function<void()> lost; // for good; nothing is called after it
+    std::function<void()> turnEnded; // after some events and replies; requests may be made here
+    std::function<void()> lost;      // for good; nothing is called after it
   };
   // Null when the request failed; otherwise the reply of the request's own type.
   using OnReply = std::function<void(const void* reply)>;
@@ -61,6 +63,7 @@ class X11Connection {
   Handlers m_handlers;
   std::shared_ptr<Attempt> m_attempt;
   std::unique_ptr<EventLoop::Handle> m_watch;
+  std::unique_ptr<EventLoop::Handle> m_nextTurn; // set while there is more than one turn takes
   xcb_connection_t* m_connection = nullptr;
   const xcb_screen_t* m_screen = nullptr;
   std::deque<Pending> m_pending;

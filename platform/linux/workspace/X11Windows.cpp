@@ -2,8 +2,12 @@
 #include "platform/linux/workspace/X11Windows.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <csignal>
 #include <cstring>
+#include <poll.h>
 #include <string_view>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -15,7 +19,8 @@ namespace vantle {
 namespace {
 
 constexpr std::uint32_t longestList = 64 * 1024; // bytes: 16,384 windows
-constexpr std::uint32_t longestText = 4096;      // bytes
+constexpr std::uint32_t longestText = 1024;      // bytes
+constexpr std::size_t mostDrafts = 32;           // windows that are asked about at a time
 
 constexpr auto atomNames = std::to_array<std::string_view>(
     {"_NET_CLIENT_LIST", "_NET_ACTIVE_WINDOW", "_NET_CLOSE_WINDOW", "_NET_WM_PID", "_NET_WM_WINDOW_TYPE",
@@ -47,6 +52,19 @@ Pid serverPid(const void* reply) {
 
 int openPidfd(Pid pid) { return static_cast<int>(::syscall(SYS_pidfd_open, pid, 0)); }
 
+// Windows may take a quarter of the descriptors, and the one in front a few more: what puts everybody back
+// needs some, and so does the pass that slows.
+std::size_t mostProcesses(bool isInFront) {
+  rlimit limit{};
+  if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) return 0;
+  return static_cast<std::size_t>(limit.rlim_cur / 4 + (isInFront ? limit.rlim_cur / 8 : 0));
+}
+
+bool hasEnded(const Descriptor& process) {
+  pollfd waiting{process.get(), POLLIN, 0};
+  return ::poll(&waiting, 1, 0) > 0;
+}
+
 std::string hostName() {
   std::array<char, 256> name{};
   return ::gethostname(name.data(), name.size() - 1) == 0 ? std::string(name.data()) : std::string();
@@ -65,6 +83,7 @@ struct X11Windows::Draft {
   Pid serverSays = 0;
   Pid windowClaims = 0;
   std::string machine;
+  bool isDoubtful = false; // something was announced while the answers were on their way
 };
 
 Pid ownerOf(Pid serverSays, Pid windowClaims, const std::string& windowMachine) {
@@ -79,6 +98,7 @@ X11Windows::X11Windows(EventLoop& loop, const std::string& display, Handlers han
       m_connection(loop, display,
                    {.ready = [this] { internAtoms(); },
                     .event = [this](const xcb_generic_event_t& event) { handle(event); },
+                    .turnEnded = [this] { endTurn(); },
                     .lost = [this] { lose(); }}) {
   static_assert(atomNames.size() == firstType && typeNames.size() == typeCount);
 }
@@ -108,7 +128,10 @@ void X11Windows::start() {
 
 void X11Windows::handle(const xcb_generic_event_t& event) {
   constexpr std::uint8_t sentByClient = 0x80;
-  if ((event.response_type & ~sentByClient) != XCB_PROPERTY_NOTIFY) return;
+  const int type = event.response_type & ~sentByClient;
+  if (type == XCB_DESTROY_NOTIFY)
+    forgetWindow(reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window);
+  if (type != XCB_PROPERTY_NOTIFY) return;
   const auto& notice = reinterpret_cast<const xcb_property_notify_event_t&>(event);
   if (notice.atom == m_atoms[clientList]) readClientList();
   if (notice.atom == m_atoms[activeWindow]) readActiveWindow();
@@ -133,7 +156,7 @@ void X11Windows::readClientList() {
   getProperty(m_connection.screen().root, m_atoms[clientList], longestList,
               [this](const void* bytes, std::size_t size) {
                 m_isListAsked = false;
-                forgetUnlisted(numbers(bytes, size));
+                takeClientList(numbers(bytes, size));
                 if (m_isListStale) readClientList();
                 reconcile();
               });
@@ -141,12 +164,21 @@ void X11Windows::readClientList() {
 
 // A window that has left the list may still be named as the one in front: some window managers leave the name
 // standing when there is nothing else to bring to the front. Then it is asked whether it is there at all.
-void X11Windows::forgetUnlisted(std::vector<std::uint32_t> list) {
-  const std::set<std::uint32_t> listed(list.begin(), list.end());
+void X11Windows::takeClientList(const std::vector<std::uint32_t>& list) {
+  std::set<std::uint32_t> listed(list.begin(), list.end());
+  listed.erase(0);
   for (const std::uint32_t window : m_list) {
     if (!listed.contains(window)) m_known.erase(window);
   }
-  m_list = std::move(list);
+  m_list = std::move(listed);
+}
+
+// The window manager may be slow to notice, and the number may be another process's by now.
+void X11Windows::forgetWindow(std::uint32_t window) {
+  m_known.erase(window);
+  m_drafts.erase(window);
+  if (isWanted(window)) m_missing.insert(window);
+  m_isChanged = true;
 }
 
 void X11Windows::readActiveWindow() {
@@ -162,23 +194,49 @@ void X11Windows::readActiveWindow() {
               });
 }
 
+bool X11Windows::isWanted(std::uint32_t window) const {
+  return window != 0 && (window == m_active || m_list.contains(window));
+}
+
 void X11Windows::reconcile() {
-  std::set<std::uint32_t> wanted(m_list.begin(), m_list.end());
-  wanted.insert(m_active);
-  wanted.erase(0);
-  const auto isGone = [&](const auto& entry) { return !wanted.contains(entry.first); };
+  const auto isGone = [this](const auto& entry) { return !isWanted(entry.first); };
   std::erase_if(m_known, isGone);
   std::erase_if(m_drafts, isGone);
-  for (const std::uint32_t window : wanted) {
-    if (!m_known.contains(window) && !m_drafts.contains(window)) readOwner(window);
+  std::erase_if(m_missing, [this](std::uint32_t window) { return !isWanted(window); });
+  std::erase_if(m_processes, [](const auto& entry) { return entry.second.expired(); });
+  m_missing.insert(m_list.begin(), m_list.end());
+  if (m_active != 0) m_missing.insert(m_active);
+  // One that was nobody's may have got its number anew since it was asked about, and the one in front may
+  // have a descriptor where the others may not.
+  std::erase_if(m_missing, [this](std::uint32_t window) {
+    const auto known = m_known.find(window);
+    const bool isKnown =
+        known != m_known.end() && known->second.pid != 0 && (known->second.process || window != m_active);
+    return isKnown || m_drafts.contains(window);
+  });
+  for (const auto& [window, draft] : m_drafts) draft->isDoubtful = true;
+  m_isChanged = true;
+}
+
+void X11Windows::askMissing() {
+  if (m_missing.erase(m_active) > 0) readOwner(m_active);
+  while (!m_missing.empty() && m_drafts.size() < mostDrafts) {
+    readOwner(m_missing.extract(m_missing.begin()).value());
   }
-  m_handlers.changed();
+}
+
+void X11Windows::endTurn() {
+  askMissing();
+  if (std::exchange(m_isChanged, false)) m_handlers.changed();
 }
 
 void X11Windows::readOwner(std::uint32_t window) {
   auto draft = std::make_shared<Draft>();
   draft->facts.id = window;
   m_drafts[window] = draft;
+  // Before the questions, so that no end of the window after the answers stays unheard.
+  const std::uint32_t events = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
+  xcb_change_window_attributes(m_connection.raw(), window, XCB_CW_EVENT_MASK, &events);
 
   const xcb_query_extension_reply_t* resources = xcb_get_extension_data(m_connection.raw(), &xcb_res_id);
   if (resources != nullptr && resources->present != 0) {
@@ -202,7 +260,8 @@ void X11Windows::readFacts(const std::shared_ptr<Draft>& draft) {
   WindowFacts& facts = draft->facts;
   facts.pid = ownerOf(draft->serverSays, draft->windowClaims, draft->machine);
   // The window answers the questions below after this, so the process was still the one that opened it.
-  if (facts.pid != 0) facts.process = std::make_shared<Descriptor>(openPidfd(facts.pid));
+  if (facts.pid != 0) facts.process = processOf(facts.pid, facts.id == m_active);
+  if (!facts.process && ::kill(facts.pid, 0) != 0 && errno == ESRCH) facts.pid = 0;
 
   getProperty(facts.id, XCB_ATOM_WM_CLASS, longestText, [draft](const void* bytes, std::size_t size) {
     const std::string both = text(bytes, size);
@@ -239,17 +298,37 @@ void X11Windows::finish(const std::shared_ptr<Draft>& draft) {
   const auto found = m_drafts.find(draft->facts.id);
   if (found == m_drafts.end() || found->second != draft) return;
   m_drafts.erase(found);
+  if (draft->isDoubtful && draft->facts.pid == 0) m_missing.insert(draft->facts.id);
   m_known.insert_or_assign(draft->facts.id, std::move(draft->facts));
-  m_handlers.changed();
+  m_isChanged = true;
+}
+
+std::shared_ptr<Descriptor> X11Windows::processOf(Pid pid, bool isInFront) {
+  const auto kept = m_processes.find(pid);
+  std::shared_ptr<Descriptor> process = kept == m_processes.end() ? nullptr : kept->second.lock();
+  if (process && !hasEnded(*process)) return process;
+  std::erase_if(m_processes, [](const auto& entry) { return entry.second.expired(); });
+  if (m_processes.size() >= mostProcesses(isInFront)) return nullptr;
+  Descriptor opened(openPidfd(pid));
+  if (!opened) return nullptr;
+  process = std::make_shared<Descriptor>(std::move(opened));
+  m_processes[pid] = process;
+  return process;
 }
 
 void X11Windows::forget(Pid pid) {
-  std::erase_if(m_known, [pid](const auto& entry) { return entry.second.pid == pid; });
+  // There is a descriptor now for one that got none before.
+  std::erase_if(m_known,
+                [pid](const auto& entry) { return entry.second.pid == pid || !entry.second.process; });
+  std::erase_if(m_drafts, [pid](const auto& entry) {
+    return entry.second->facts.pid == pid || entry.second->serverSays == pid;
+  });
+  m_processes.erase(pid);
   // A window manager that is slow to notice still lists them, and a number may go to a new window.
-  if (m_connection.isOpen()) {
-    reconcile();
-    m_connection.flush();
-  }
+  reconcile();
+  if (!m_connection.isOpen()) return m_handlers.changed();
+  endTurn();
+  m_connection.flush();
 }
 
 bool X11Windows::requestClose(const WindowFacts& window) {
@@ -274,6 +353,8 @@ void X11Windows::lose() {
   m_list.clear();
   m_known.clear();
   m_drafts.clear();
+  m_missing.clear();
+  m_processes.clear();
   m_active = 0;
   m_handlers.lost();
 }

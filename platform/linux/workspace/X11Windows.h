@@ -24,7 +24,9 @@ namespace vantle {
 struct WindowFacts {
   std::uint32_t id = 0;
   Pid pid = 0; // of the process that opened it; 0 when it cannot be told or is not of this machine
-  std::shared_ptr<Descriptor> process; // a pidfd, opened while the window was there: never of a later process
+  // A pidfd, opened while the window was there: never of a later process. One for all windows of a process;
+  // null without a process, or when there are too few descriptors left.
+  std::shared_ptr<Descriptor> process;
   WindowKind kind = WindowKind::ordinary;
   std::string instance;      // WM_CLASS
   std::string className;     // WM_CLASS
@@ -33,7 +35,9 @@ struct WindowFacts {
 };
 
 // The windows that the window manager manages and the one that is in front. Follows the root window's
-// properties; nothing is asked while nothing changes.
+// properties and the end of each window, whose number may go to a window of another process the moment it is
+// free; nothing is asked while nothing changes. A few windows are asked about at a time, the one in front
+// first, however many there are.
 class X11Windows {
  public:
   struct Handlers {
@@ -75,9 +79,14 @@ class X11Windows {
   void start();
   void handle(const xcb_generic_event_t& event);
   void readClientList();
-  void forgetUnlisted(std::vector<std::uint32_t> list);
+  void takeClientList(const std::vector<std::uint32_t>& list);
+  void forgetWindow(std::uint32_t window);
   void readActiveWindow();
   void reconcile();
+  bool isWanted(std::uint32_t window) const;
+  void askMissing();
+  void endTurn();
+  std::shared_ptr<Descriptor> processOf(Pid pid, bool isInFront);
   void readOwner(std::uint32_t window);
   void readFacts(const std::shared_ptr<Draft>& draft);
   void finish(const std::shared_ptr<Draft>& draft);
@@ -86,10 +95,13 @@ class X11Windows {
 
   Handlers m_handlers;
   std::array<xcb_atom_t, firstType + typeCount> m_atoms{};
-  std::vector<std::uint32_t> m_list;
+  std::set<std::uint32_t> m_list;
   std::uint32_t m_active = 0;
   std::map<std::uint32_t, WindowFacts> m_known;
   std::map<std::uint32_t, std::shared_ptr<Draft>> m_drafts;
+  std::set<std::uint32_t> m_missing; // to be asked about
+  std::map<Pid, std::weak_ptr<Descriptor>> m_processes;
+  bool m_isChanged = false; // and not told yet
   bool m_isListAsked = false;
   bool m_isListStale = false;
   bool m_isActiveAsked = false;

@@ -9,7 +9,6 @@
 #include "panel/TrayItem.h"
 #include "platform/simulated/SampleDesktop.h"
 
-#include <QDBusConnection>
 #include <QGuiApplication>
 #include <QSocketNotifier>
 #include <cstdio>
@@ -57,8 +56,7 @@ int main(int argc, char** argv) {
   QObject::connect(&panel, &PanelController::closed, [] { say("closed"); });
   QObject::connect(&panel, &PanelController::discarded, [] { say("discarded"); });
   const TrayItem tray(engine, panel);
-  QDBusConnection bus = QDBusConnection::sessionBus();
-  if (bus.isConnected() && exportApplication(panel, bus)) bus.registerService("com.halvo.vantle");
+  exportApplication(panel, QStringLiteral("com.halvo.vantle"));
 
   QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
   QObject::connect(&input, &QSocketNotifier::activated, [&] {

@@ -7,10 +7,13 @@
 #include "tests/desktop/harness/PrivateBus.h"
 #include "tests/desktop/harness/Wait.h"
 
+#include <atomic>
 #include <csignal>
 #include <gtest/gtest.h>
 #include <string>
 #include <sys/resource.h>
+#include <thread>
+#include <vector>
 
 namespace vantle {
 namespace {
@@ -122,6 +125,38 @@ TEST_F(Bus, ASuccessorIsFoundBeforeTheLoopRanAgain) {
   bus.start();
   EXPECT_TRUE(connection.call(
       connection.methodCall({"org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetId"}), in(guardLimit)));
+}
+
+// Somebody sends so fast that there is always more.
+TEST_F(Bus, AFloodHoldsUpNobodyOnTheLoop) {
+  bool isListening = false;
+  const BusSlot slot = connection.match("type='signal',member='Flood'", [&](sd_bus_message*) {
+    isListening = true;
+    std::this_thread::sleep_for(5ms); // much longer than it takes to send another one
+  });
+  std::atomic<bool> isOver = false;
+  std::vector<std::thread> senders;
+  for (int count = 0; count < 3; ++count) {
+    senders.emplace_back([&] {
+      sd_bus* sender = nullptr;
+      if (sd_bus_new(&sender) < 0) return;
+      sd_bus_set_address(sender, bus.address().c_str());
+      sd_bus_set_bus_client(sender, 1);
+      sd_bus_start(sender);
+      while (!isOver && sd_bus_emit_signal(sender, "/", "org.example.A", "Flood", "s", "text") >= 0)
+        sd_bus_flush(sender);
+      sd_bus_flush_close_unref(sender);
+    });
+  }
+  EXPECT_TRUE(loop.runUntil([&] { return isListening; }, guardLimit));
+  for (int turn = 0; turn < 20; ++turn) {
+    bool isDue = false;
+    const auto timer = loop.after(1ms, [&] { isDue = true; });
+    EXPECT_TRUE(loop.runUntil([&] { return isDue; }, guardLimit));
+  }
+  EXPECT_FALSE(connection.runUntil([] { return false; }, in(50ms))) << "and a deadline is one";
+  isOver = true;
+  for (std::thread& sender : senders) sender.join();
 }
 
 TEST_F(Bus, WithoutABusThereIsNoMessage) {

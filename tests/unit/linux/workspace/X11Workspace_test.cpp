@@ -2,14 +2,20 @@
 // The apps of a real desktop, as the workspace sees them.
 #include "platform/linux/workspace/X11Workspace.h"
 
+#include "platform/linux/workspace/X11Windows.h"
 #include "platform/shared/PollEventLoop.h"
 #include "tests/desktop/harness/VirtualDesktop.h"
+#include "tests/unit/linux/InChild.h"
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
+#include <sys/resource.h>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -183,6 +189,112 @@ TEST_F(X11WorkspaceTest, KnowsAWindowWithoutAnyProperty) {
   EXPECT_EQ(app->bundleIdentifier(), std::nullopt);
   EXPECT_EQ(app->localizedName(), "vantle_test_window");
   EXPECT_EQ(app->executablePath(), desktop::testWindow());
+}
+
+// How many of this process's descriptors stand for processes.
+long processDescriptors() {
+  long count = 0;
+  for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+    std::error_code error;
+    count += std::filesystem::read_symlink(entry.path(), error) == "anon_inode:[pidfd]" ? 1 : 0;
+  }
+  return count;
+}
+
+TEST_F(X11WorkspaceTest, HoldsOneDescriptorForAllWindowsOfAProcess) {
+  Program& program = window({"--windows", "300"});
+  desktop::require("all windows", [&] { return m_desktop.windows().list().size() == 300; });
+  const long before = processDescriptors();
+  X11Windows windows(m_loop, m_desktop.display(), {.changed = [] {}, .lost = [] {}});
+  ASSERT_TRUE(runUntil([&] { return windows.known().size() == 300; }));
+  EXPECT_EQ(processDescriptors(), before + 1);
+  for (const auto& [id, facts] : windows.known()) EXPECT_EQ(facts.pid, program.pid());
+}
+
+// What puts everybody back needs descriptors, and there may be more apps than descriptors.
+TEST_F(X11WorkspaceTest, LeavesMostDescriptorsToOthers) {
+  const std::string wrong = test::inChild([]() -> std::string {
+    VirtualDesktop desktop;
+    std::vector<Program*> programs(40);
+    for (Program*& program : programs) program = &desktop.launch({desktop::testWindow()});
+    for (const Program* program : programs) desktop.waitForWindow(program->pid());
+    const rlimit limit{64, 64};
+    if (::setrlimit(RLIMIT_NOFILE, &limit) != 0) return "no limit";
+    PollEventLoop loop;
+    X11Workspace workspace(loop, {.display = desktop.display()});
+    loop.runUntil([] { return false; }, std::chrono::milliseconds(500));
+    const std::size_t some = workspace.runningApplications().size();
+    if (some == 0 || some == programs.size()) return std::to_string(some) + " apps";
+    for (int held = 0; held < 24; ++held) {
+      if (::dup(STDERR_FILENO) < 0) return "no descriptor is left after " + std::to_string(held);
+    }
+    // When some end, others take their place.
+    for (int at = 0; at < 20; ++at) programs.at(static_cast<std::size_t>(at))->kill();
+    const auto knowsTheRest = [&] {
+      return std::all_of(programs.begin() + 20, programs.begin() + 23, [&](const Program* program) {
+        return workspace.runningApplication(program->pid()) != nullptr;
+      });
+    };
+    return loop.runUntil(knowsTheRest, desktop::guardLimit) ? "" : "nobody takes the free places";
+  });
+  EXPECT_EQ(wrong, "");
+}
+
+// A server gives the number of a window away again as soon as its client is gone.
+class ReusedWindowNumber : public X11WorkspaceTest {
+ protected:
+  void stopWindowManager() {
+    desktop::require("a moment in which it has not grabbed the server", [&] {
+      m_desktop.windowManager().signal(SIGSTOP);
+      if (m_desktop.run({"timeout", "2", "xdotool", "getmouselocation"})) return true;
+      m_desktop.windowManager().signal(SIGCONT);
+      return false;
+    });
+  }
+  Program& startWithTheNumberOf(std::uint32_t id) {
+    Program& program = m_desktop.launch({desktop::testWindow()});
+    // The window manager, which is stopped, still names the old window, and the server knows whose it is now.
+    desktop::require("the number again", [&] {
+      const auto windows = m_desktop.windows().ofProcess(program.pid());
+      return !windows.empty() && windows.front().id == id;
+    });
+    return program;
+  }
+  void becomesFront(const Program& program) {
+    ASSERT_TRUE(runUntil([&] { return isFront(program); }));
+  }
+};
+
+TEST_F(ReusedWindowNumber, OfAGameThatWasRestartedUnseenIsTheNewGames) {
+  Program* game = &window();
+  watch();
+  becomesFront(*game);
+  for (int round = 0; round < 20; ++round) {
+    const std::uint32_t id = m_desktop.waitForWindow(game->pid()).id;
+    stopWindowManager();
+    game->kill();
+    game = &startWithTheNumberOf(id);
+    m_desktop.windowManager().signal(SIGCONT);
+    becomesFront(*game);
+    if (HasFatalFailure()) return;
+  }
+}
+
+TEST_F(ReusedWindowNumber, ThatWasNobodysForAMomentIsTheNewGames) {
+  Program* game = &window();
+  watch();
+  becomesFront(*game);
+  for (int round = 0; round < 20; ++round) {
+    const std::uint32_t id = m_desktop.waitForWindow(game->pid()).id;
+    stopWindowManager();
+    game->kill();
+    ASSERT_TRUE(runUntil([&] { return !m_events.empty() && m_events.back() == event("terminated", *game); }));
+    m_loop.runUntil([] { return false; }, std::chrono::milliseconds(30)); // the answer: nobody's
+    game = &startWithTheNumberOf(id);
+    m_desktop.windowManager().signal(SIGCONT);
+    becomesFront(*game);
+    if (HasFatalFailure()) return;
+  }
 }
 
 TEST_F(X11WorkspaceTest, SurvivesHostileProperties) {
