@@ -7,9 +7,7 @@
 #include "platform/linux/kernel/Kernel.h"
 #include "platform/shared/EventLoop.h"
 
-#include <algorithm>
 #include <chrono>
-#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -45,9 +43,6 @@ class Departures {
 
   // There is something left to do, after a pause, by this class itself or by `proceed`.
   bool isBusy() const { return m_isWatching; }
-  std::size_t owed() const {
-    return std::max<std::size_t>(m_threads.departing().size(), m_isWatching ? 1 : 0);
-  }
   void proceed();
 
  private:

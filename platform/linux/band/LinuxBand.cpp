@@ -278,4 +278,9 @@ bool LinuxBand::settle(std::chrono::milliseconds limit) {
   return m_units.settle(left()) && isSettled;
 }
 
+std::size_t LinuxBand::owed() const {
+  const std::size_t known = m_sessions.owed() + m_units.owed() + m_threads.departing().size();
+  return known == 0 && m_departures.isBusy() ? 1 : known; // the last look is still to come
+}
+
 } // namespace vantle

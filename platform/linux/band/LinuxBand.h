@@ -53,7 +53,7 @@ class LinuxBand final : public BackgroundBand {
   void reclaim(const ProcessView* recent) override;
   void onLateBirths(std::function<void()> call) override { m_departures.onLateBirths(std::move(call)); }
   bool settle(std::chrono::milliseconds limit) override;
-  std::size_t owed() const override { return m_sessions.owed() + m_units.owed() + m_departures.owed(); }
+  std::size_t owed() const override;
 
  private:
   class LeavingTogether;

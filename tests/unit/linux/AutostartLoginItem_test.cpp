@@ -147,7 +147,7 @@ TEST_F(LoginItemTest, FolderThatCannotBeWrittenIsAFailure) {
 }
 
 TEST_F(LoginItemTest, ReadOnlyFolderIsAFailureBothWays) {
-  fs::permissions(root, fs::perms::all);
+  fs::permissions(root, fs::perms(01777)); // as a temporary folder has
   fs::create_directories(setup.userFolder);
   const auto asOrdinaryUser = [&](const std::function<bool()>& call) {
     const uid_t before = geteuid();

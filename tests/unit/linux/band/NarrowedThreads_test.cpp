@@ -20,7 +20,7 @@ class Processors {
  public:
   Processors() {
     std::filesystem::create_directories(m_folder.path() / "devices/system/cpu");
-    std::filesystem::permissions(m_folder.path(), std::filesystem::perms::all);
+    std::filesystem::permissions(m_folder.path(), std::filesystem::perms(01777)); // as a temporary folder has
   }
   void areOnline(const std::string& list) const {
     std::ofstream(m_folder.path() / "devices/system/cpu/online") << list << '\n';

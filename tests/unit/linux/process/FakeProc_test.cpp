@@ -17,7 +17,7 @@ namespace fs = std::filesystem;
 
 std::string statOf(int pid, const std::string& name, int parent, std::uint64_t start) {
   return std::to_string(pid) + " (" + name + ") S " + std::to_string(parent) +
-         " 1 1 0 -1 0 0 0 0 0 17 23 0 0 20 0 1 0 " + std::to_string(start) + " 0 0\n";
+         " 1 1 0 -1 0 0 0 0 0 17 23 0 0 20 0 1 0 " + std::to_string(start) + " 0 0 0\n";
 }
 
 class FakeProcTest : public testing::Test {
@@ -44,10 +44,10 @@ TEST_F(FakeProcTest, addsTheTicksToTheEpoch) {
 }
 
 TEST_F(FakeProcTest, scansWhatAProcessIsToOthers) {
-  proc.write("7/stat", "7 (xterm) R 1 7 5 0 -1 0 0 0 0 0 17 23 0 0 20 0 3 0 55 0 0\n");
-  proc.write("8/stat", "8 (bash) S 7 8 8 0 -1 0 0 0 0 0 1 2 0 0 20 0 0 0 56 0 0\n");
-  proc.write("9/stat", "9 (pipewire) S 7 8 8 0 -1 0 0 0 0 0 1 2 0 0 20 0 1 0 57 0 0\n");
-  proc.write("10/stat", "10 (kworker/0:1) I 2 0 0 0 -1 2129984 0 0 0 0 0 9 0 0 20 0 1 0 58 0 0\n");
+  proc.write("7/stat", "7 (xterm) R 1 7 5 0 -1 0 0 0 0 0 17 23 0 0 20 0 3 0 55 0 0 0\n");
+  proc.write("8/stat", "8 (bash) S 7 8 8 0 -1 0 0 0 0 0 1 2 0 0 20 0 0 0 56 0 0 0\n");
+  proc.write("9/stat", "9 (pipewire) S 7 8 8 0 -1 0 0 0 0 0 1 2 0 0 20 0 1 0 57 0 0 0\n");
+  proc.write("10/stat", "10 (kworker/0:1) I 2 0 0 0 -1 2129984 0 0 0 0 0 9 0 0 20 0 1 0 58 0 0 0\n");
   auto all = table.scan();
   ASSERT_EQ(all.size(), 4U);
   // Only the real one lists them by number.
@@ -87,7 +87,7 @@ class FakePlacesTest : public FakeProcTest {
     const std::string id = std::to_string(pid);
     proc.write(id + "/stat", id + " (" + name + ") S " + std::to_string(parent) + " " + id + " " +
                                  std::to_string(session) + " 0 -1 0 0 0 0 0 1 2 0 0 20 0 1 0 " + id +
-                                 " 0 0\n");
+                                 " 0 0 0\n");
     proc.write(id + "/cgroup", "0::" + apps + "/" + unit + "\n");
   }
   AppTrees look(const std::set<Pid>& known) const {
