@@ -118,7 +118,7 @@ struct Watchdog::State {
   void watch();
   void takeNews();
   std::optional<Clock::time_point> deadline() const;
-  void endIfDue();
+  void endIfDue() const;
   void putBackWithoutMain() const;
 };
 
@@ -167,7 +167,7 @@ std::optional<Clock::time_point> Watchdog::State::deadline() const {
   return std::nullopt;
 }
 
-void Watchdog::State::endIfDue() {
+void Watchdog::State::endIfDue() const {
   const auto end = deadline();
   if (!end || Clock::now() < *end) return;
   if (phase == Phase::recovering) {

@@ -105,9 +105,9 @@ class BackgroundBand {
   virtual void reclaim(const ProcessView* /*recent*/) {}
 
   // What a platform calls when somebody was born while others left the band, with the band that they had: as
-  // soon as no more of that can happen, and never inside another call than `settle`. Whoever knows who is meant
-  // to be slowed then looks for everybody else that carries this program's trace.
-  virtual void onLateBirths(std::function<void()> /*call*/) {}
+  // soon as no more of that can happen, and never inside another call than `settle`. Whoever knows who is
+  // meant to be slowed then looks for everybody else that carries this program's trace.
+  virtual void onLateBirths(const std::function<void()>& /*call*/) {}
 
   // Waits until changes that are under way are in force, at most this long; true when none is left.
   virtual bool settle(std::chrono::milliseconds /*limit*/) { return true; }

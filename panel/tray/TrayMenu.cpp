@@ -68,7 +68,7 @@ void TrayMenu::Event(int id, const QString& eventId, const QDBusVariant&, uint) 
   if (!m_click.isActive()) m_click.start(0);
 }
 
-void TrayMenu::act() {
+void TrayMenu::act() const {
   if (m_clicked == openEntry) m_actions.open();
   if (m_clicked == settingsEntry) m_actions.settings();
   if (m_clicked == quitEntry) m_actions.quit();

@@ -46,7 +46,7 @@ class TrayMenu : public QObject {
   void LayoutUpdated(uint revision, int parent);
 
  private:
-  void act();
+  void act() const;
 
   Actions m_actions;
   int m_clicked = 0; // the entry that was clicked last

@@ -48,7 +48,7 @@ class BandAround : public BackgroundBand {
   }
   bool carriesOwnMark(Pid pid) const override { return m_machine.band.carriesOwnMark(pid); }
   void reclaim(const ProcessView* recent) override { m_machine.band.reclaim(recent); }
-  void onLateBirths(std::function<void()> call) override { m_machine.band.onLateBirths(std::move(call)); }
+  void onLateBirths(const std::function<void()>& call) override { m_machine.band.onLateBirths(call); }
 
  protected:
   SimulatedMachine& m_machine;

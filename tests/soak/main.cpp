@@ -66,6 +66,7 @@ int main(int argc, char** argv) {
   std::cout << "soak: seed " << options.seed << std::endl;
 
   if (::pipe2(cut.data(), O_CLOEXEC | O_NONBLOCK) != 0) return 2;
+  std::signal(SIGQUIT, SIG_DFL); // a shell gives its background jobs another
   struct sigaction action {};
   action.sa_handler = noteSignal;
   action.sa_flags = SA_RESTART;

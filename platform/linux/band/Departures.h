@@ -36,7 +36,7 @@ class Departures {
 
   // Called after that last look, in which only leaving processes are put back, for whoever knows who is meant
   // to be in the band.
-  void onLateBirths(std::function<void()> call) { m_lateBirths = std::move(call); }
+  void onLateBirths(const std::function<void()>& call) { m_lateBirths = call; }
 
   // Somebody has left, who may have forked since that moment; absent: now.
   void expectBirths(const std::optional<Pid>& since);

@@ -51,7 +51,7 @@ class LinuxBand final : public BackgroundBand {
   std::unique_ptr<Leaving> leaving(const ProcessView& view) override;
   void makeRoomFor(Pid boostApp, const std::function<const ProcessView&()>& look) override;
   void reclaim(const ProcessView* recent) override;
-  void onLateBirths(std::function<void()> call) override { m_departures.onLateBirths(std::move(call)); }
+  void onLateBirths(const std::function<void()>& call) override { m_departures.onLateBirths(call); }
   bool settle(std::chrono::milliseconds limit) override;
   std::size_t owed() const override;
 

@@ -235,11 +235,11 @@ void ThreadLevers::releaseUnmarked(Pid pid) {
   forEachThread(m_kernel, pid, Order::mainLast, {}, [&](Pid tid) {
     const Answer<Scheduling> scheduling = m_kernel.scheduling(tid);
     if (!scheduling || scheduling->isRealTime() || threadMark(tid)) return Visit::goOn;
-    if (m_mayRaise && scheduling->policy == SCHED_IDLE) {
-      m_kernel.setScheduling(tid, {SCHED_OTHER, scheduling->resetsOnFork});
-    }
-    if (isOurNarrowing(tid)) m_kernel.setAffinity(tid, ProcessorSet::everything());
-    return Visit::goOn;
+    const bool isSlow = m_mayRaise && scheduling->policy == SCHED_IDLE;
+    if (isSlow) m_kernel.setScheduling(tid, {SCHED_OTHER, scheduling->resetsOnFork});
+    const bool isNarrow = isOurNarrowing(tid);
+    if (isNarrow) m_kernel.setAffinity(tid, ProcessorSet::everything());
+    return isSlow || isNarrow ? Visit::goOn : Visit::nothing;
   });
 }
 

@@ -56,7 +56,7 @@ Descriptor openOwnFolder(const std::string& path) {
     if (length < 0 || !isTrusted(about.st_uid) || ++links > mostLinks) return refused();
     const std::string_view leadsTo(target.data(), static_cast<std::size_t>(length));
     if (leadsTo.starts_with('/')) folder = Descriptor(::open("/", O_PATH | O_DIRECTORY | O_CLOEXEC));
-    left = std::string(leadsTo) + "/" + left;
+    left = std::string(leadsTo).append("/").append(left);
   }
   return folder;
 }

@@ -36,11 +36,11 @@ class SignalsBlocked {
 
 } // namespace
 
-bool BoundedWait::run(std::chrono::milliseconds limit, std::function<void()> work,
-                      std::shared_ptr<std::atomic<int>> late) {
+bool BoundedWait::run(std::chrono::milliseconds limit, const std::function<void()>& work,
+                      const std::shared_ptr<std::atomic<int>>& late) {
   if (*m_stuck >= m_mostStuck) return false;
   const auto attempt = std::make_shared<Attempt>();
-  const auto thread = [attempt, work, stuck = m_stuck, late = std::move(late)] {
+  const auto thread = [attempt, work, stuck = m_stuck, late] {
     work();
     const std::lock_guard lock(attempt->mutex);
     attempt->isDone = true;

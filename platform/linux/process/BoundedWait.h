@@ -21,17 +21,17 @@ class BoundedWait {
   // Absent when there is no answer in time; then `late`, if given, counts it when it is there after all.
   // What the work needs it must own: it may outlive the caller.
   template <class Work>
-  auto answer(std::chrono::milliseconds limit, Work work, std::shared_ptr<std::atomic<int>> late = {})
+  auto answer(std::chrono::milliseconds limit, Work work, const std::shared_ptr<std::atomic<int>>& late = {})
       -> std::optional<decltype(work())> {
     auto result = std::make_shared<std::optional<decltype(work())>>();
     const bool isDone = run(
-        limit, [result, work = std::move(work)] { result->emplace(work()); }, std::move(late));
+        limit, [result, work = std::move(work)] { result->emplace(work()); }, late);
     return isDone ? std::move(*result) : std::nullopt;
   }
 
  private:
-  bool run(std::chrono::milliseconds limit, std::function<void()> work,
-           std::shared_ptr<std::atomic<int>> late);
+  bool run(std::chrono::milliseconds limit, const std::function<void()>& work,
+           const std::shared_ptr<std::atomic<int>>& late);
 
   int m_mostStuck;
   std::shared_ptr<std::atomic<int>> m_stuck = std::make_shared<std::atomic<int>>(0);

@@ -470,10 +470,11 @@ bool LinuxRun::meetsTheBoostApp(Pid app) const {
   if (!kernel.options.hasAutogroups) return true;
   // What has a session of its own may share that one with others, and the app is slowed as a whole or not.
   const Pid session = kernel.find(game)->session;
-  return std::all_of(m_machine.processes.all().begin(), m_machine.processes.all().end(), [&](const auto& one) {
-    const LinuxProcess* known = kernel.find(one.first);
-    return known == nullptr || m_checker.ownerOf(one.second) != app || known->session == session;
-  });
+  return std::all_of(
+      m_machine.processes.all().begin(), m_machine.processes.all().end(), [&](const auto& one) {
+        const LinuxProcess* known = kernel.find(one.first);
+        return known == nullptr || m_checker.ownerOf(one.second) != app || known->session == session;
+      });
 }
 
 bool LinuxRun::canBeSlowed(const SimulatedApp& app) const {

@@ -69,9 +69,8 @@ bool SimulatedLinux::isHeldBack(Pid pid) const {
 bool SimulatedLinux::isMarkedIn(Pid pid) const {
   const LinuxProcess* process = find(pid);
   return process != nullptr &&
-         std::any_of(process->threads.begin(), process->threads.end(), [](const LinuxThread& thread) {
-           return isInBand(thread.state.now.ioPriority);
-         });
+         std::any_of(process->threads.begin(), process->threads.end(),
+                     [](const LinuxThread& thread) { return isInBand(thread.state.now.ioPriority); });
 }
 
 bool SimulatedLinux::carriesMark(Pid pid) const {

@@ -197,7 +197,7 @@ class SimulatedLinux final : public Kernel {
   std::unordered_map<Pid, Pid> m_threadOwners;       // of threads that are no main threads
   std::unordered_map<Pid, Pid> m_zombieSessions;
   std::map<Pid, Both<ThreadState>> m_forks; // under way, by the parent, as it was when they began
-  std::map<long, Both<int>> m_sessionNice; // by autogroup
+  std::map<long, Both<int>> m_sessionNice;  // by autogroup
   long m_lastAutogroup = 0;
   Pid m_lastThread = 0;
   Pid m_births = 0;

@@ -62,9 +62,10 @@ TEST(ProcStat, readsNothingFromALineThatWasCutShort) {
 
 TEST(ProcStat, readsNothingFromWhatTheKernelNeverWrites) {
   const std::string lines[] = {
-      "42 (cat) S -1 42 42 0 -1 0 0 0 0 0 17 23 0 0 39 -20 7 0 123456 0 0 0\n",               // negative parent
-      "42 (cat) S 4294967297 42 42 0 -1 0 0 0 0 0 17 23 0 0 39 -20 7 0 123456 0 0 0\n",       // no pid
-      "42 (cat) S 41 42 42 0 -1 0 0 0 0 0 17 23 0 0 39 -20 7 0 18446744073709551616 0 0 0\n", // beyond 64 bits
+      "42 (cat) S -1 42 42 0 -1 0 0 0 0 0 17 23 0 0 39 -20 7 0 123456 0 0 0\n",         // negative parent
+      "42 (cat) S 4294967297 42 42 0 -1 0 0 0 0 0 17 23 0 0 39 -20 7 0 123456 0 0 0\n", // no pid
+      "42 (cat) S 41 42 42 0 -1 0 0 0 0 0 17 23 0 0 39 -20 7 0 18446744073709551616 0 0 0\n", // beyond 64
+                                                                                              // bits
       "42 (cat) S 41 42 42 0 -1 0 0 0 0 0 x 23 0 0 39 -20 7 0 123456 0 0 0\n",                // no number
       "42 (cat)  S 41 42 42 0 -1 0 0 0 0 0 17 23 0 0 39 -20 7 0 123456 0 0 0\n",              // two blanks
       "42 cat S 41 42 42 0 -1 0 0 0 0 0 17 23 0 0 39 -20 7 0 123456 0 0 0\n",                 // no name
