@@ -5,7 +5,6 @@
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
-#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
@@ -17,7 +16,12 @@ namespace {
 // The pid stays this child's until the child is waited for, so signals cannot reach a stranger.
 class ChildProcess final : public Subprocess {
  public:
-  explicit ChildProcess(Pid pid) : m_pid(pid) {}
+  ChildProcess(Pid pid, std::shared_ptr<ChildGuard> guard) : m_pid(pid), m_guard(std::move(guard)) {}
+  ~ChildProcess() override {
+    if (!m_hasEnded) m_guard->forget(m_pid); // whoever lets go of a program wants it to run on
+  }
+  ChildProcess(const ChildProcess&) = delete;
+  ChildProcess& operator=(const ChildProcess&) = delete;
 
   Pid processIdentifier() const override { return m_pid; }
 
@@ -42,9 +46,11 @@ class ChildProcess final : public Subprocess {
       result = ::waitpid(m_pid, nullptr, flags);
     } while (result < 0 && errno == EINTR);
     m_hasEnded = result != 0; // on an error as well: then it is no child of ours any more
+    if (m_hasEnded) m_guard->forget(m_pid);
   }
 
   Pid m_pid;
+  std::shared_ptr<ChildGuard> m_guard;
   bool m_hasEnded = false;
 };
 
@@ -93,12 +99,10 @@ class FailurePipe {
   bool m_isOpen = false;
 };
 
-// What the child starts with: perhaps a session, standard descriptors that lead nowhere and no others, the
-// signal handling that programs expect, and an end with its parent: whoever kills that leaves nothing
-// running. Between fork and exec, so only calls that are safe there.
-void prepareChild(SessionLauncher::Session session, Pid parent, const FailurePipe& failure) {
-  ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-  if (::getppid() != parent) ::_exit(127); // it was gone before
+// What the child starts with: perhaps a session, standard descriptors that lead nowhere and no others, and
+// the signal handling that programs expect. Between fork and exec, so only calls that are safe there.
+void prepareChild(SessionLauncher::Session session, const ChildGuard& guard, const FailurePipe& failure) {
+  guard.follow(::getpid());
   if (session == SessionLauncher::Session::own) ::setsid();
   const int nothing = ::open("/dev/null", O_RDWR);
   for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
@@ -118,7 +122,7 @@ std::unique_ptr<Subprocess> SessionLauncher::launch(const std::string& executabl
   if (!failure.isOpen()) return nullptr;
   std::string name = executablePath; // exec wants the arguments writable
   const std::array<char*, 2> arguments{name.data(), nullptr};
-  const Pid self = ::getpid();
+  if (!m_guard) m_guard = std::make_shared<ChildGuard>();
   // A handler of this program has no business in the child.
   sigset_t all;
   sigset_t before;
@@ -126,13 +130,13 @@ std::unique_ptr<Subprocess> SessionLauncher::launch(const std::string& executabl
   ::sigprocmask(SIG_SETMASK, &all, &before);
   const Pid pid = ::fork();
   if (pid == 0) {
-    prepareChild(m_session, self, failure);
+    prepareChild(m_session, *m_guard, failure);
     ::execve(executablePath.c_str(), arguments.data(), environ);
     failure.fail();
   }
   ::sigprocmask(SIG_SETMASK, &before, nullptr);
   if (pid < 0) return nullptr;
-  auto child = std::make_unique<ChildProcess>(pid);
+  auto child = std::make_unique<ChildProcess>(pid, m_guard);
   if (failure.hasFailed()) {
     child->waitUntilExit();
     return nullptr;

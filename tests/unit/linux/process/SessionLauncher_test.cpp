@@ -114,6 +114,29 @@ TEST(SessionLauncher, leavesNothingRunningWhenItIsKilled) {
   for (const int end : told) ::close(end);
 }
 
+TEST(SessionLauncher, leavesWhatWasLetGoRunningWhenItEnds) {
+  std::array<int, 2> told{};
+  ASSERT_EQ(::pipe(told.data()), 0);
+  const pid_t ended = ::fork();
+  if (ended == 0) {
+    SessionLauncher launcher;
+    std::array<Pid, 2> pids{};
+    for (Pid& pid : pids) {
+      auto child = launcher.launch(endless);
+      if (child) pid = child->processIdentifier();
+      if (pid == pids.back()) static_cast<void>(child.release()); // still held on to at the end
+    }
+    ::_exit(::write(told[1], pids.data(), sizeof pids) == sizeof pids ? 0 : 1);
+  }
+  std::array<Pid, 2> children{};
+  ASSERT_EQ(::read(told[0], children.data(), sizeof children), static_cast<ssize_t>(sizeof children));
+  ::waitpid(ended, nullptr, 0);
+  EXPECT_TRUE(desktop::waitUntil([&] { return !desktop::isAlive(children[1]); }));
+  EXPECT_TRUE(desktop::isAlive(children[0]));
+  for (const Pid child : children) ::kill(child, SIGKILL);
+  for (const int end : told) ::close(end);
+}
+
 TEST(SessionLauncher, startsNothingFromWhatIsNoProgram) {
   const desktop::TemporaryFolder folder;
   const std::filesystem::path pipe = folder.path() / "pipe";
