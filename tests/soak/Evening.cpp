@@ -195,8 +195,20 @@ void Evening::step() {
     m_watch->watch(0, 0);
     m_vantle = nullptr;
   }
+  tellOfStalls();
   checkForeign();
   sample();
+}
+
+// With what happened before, which is what there is to find the reason by.
+void Evening::tellOfStalls() {
+  const MainLoopWatch::Counts counts = m_watch->counts();
+  if (counts.stalls == m_stallsTold) return;
+  m_stallsTold = counts.stalls;
+  std::cout << "\nSTALL (seed " << m_options.seed << ", event " << m_events << ", " << seconds()
+            << " s), the longest so far " << counts.longest << " ms; what happened last:\n";
+  for (const std::string& line : m_history) std::cout << "    " << line << '\n';
+  std::cout.flush();
 }
 
 double Evening::seconds() const { return std::chrono::duration<double>(Clock::now() - m_began).count(); }

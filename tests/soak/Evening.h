@@ -76,6 +76,7 @@ class Evening {
   void prepare();
   void makeKinds();
   void step();
+  void tellOfStalls();
   bool play(const std::vector<Event>& events);
   void say(const std::string& what); // into the history
   std::size_t below(std::size_t count) { return static_cast<std::size_t>(m_random() % count); }
@@ -154,6 +155,7 @@ class Evening {
   std::unique_ptr<desktop::SoundServer> m_sound;
   std::unique_ptr<Flood> m_flood;
   std::unique_ptr<MainLoopWatch> m_watch;
+  long m_stallsTold = 0;
   std::set<Pid> m_started; // whose end somebody else asks for
   std::vector<App> m_apps;
   int m_lastNumber = 0;
