@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "engine/LastWait.h"
 
+#include <algorithm>
 #include <chrono>
 
 namespace vantle {
@@ -20,7 +21,7 @@ bool waitUntilAllIsBack(BackgroundBand& band, const std::function<void(std::size
     if (left == 0) return false; // no use to wait for
     tell(left);
     if (left < fewest) idle = -1;
-    fewest = left;
+    fewest = std::min(fewest, left);
   }
   return false;
 }

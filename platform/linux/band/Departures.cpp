@@ -9,6 +9,9 @@ namespace vantle {
 namespace {
 
 constexpr std::chrono::milliseconds longestPause{1000};
+// Password prompts and mounts take seconds; a shell of another user may stay for days.
+constexpr std::chrono::milliseconds firstRefusedPause{1000};
+constexpr std::chrono::milliseconds longestRefusedPause{60'000};
 
 } // namespace
 
@@ -21,7 +24,43 @@ Departures::Departures(EventLoop& loop, Kernel& kernel, ThreadLevers& threads, S
 
 bool Departures::leave(Pid pid, bool keepSession, const ThreadsSeen& seen) {
   expectBirths(seen.birthMark);
-  return m_threads.leave(pid, keepSession, seen);
+  const bool isOut = m_threads.leave(pid, keepSession, seen);
+  if (!isOut) {
+    const std::optional<ProcessStat> process = m_kernel.stat(pid);
+    if (process && process->isAlive()) refused(pid, process->startTicks);
+  }
+  return isOut;
+}
+
+void Departures::refused(Pid pid, std::uint64_t startTicks) {
+  m_refused[pid] = startTicks;
+  m_refusedPause = firstRefusedPause;
+  waitForRefused();
+}
+
+void Departures::waitForRefused() {
+  m_refusedTimer = m_loop.after(m_refusedPause, [this] { tryRefused(); });
+}
+
+void Departures::tryRefused() {
+  m_refusedPause = std::min(m_refusedPause * 2, longestRefusedPause);
+  const std::chrono::milliseconds pause = m_refusedPause;
+  for (const auto& [pid, startTicks] : std::map<Pid, std::uint64_t>(m_refused)) {
+    const std::optional<ProcessStat> process = m_kernel.stat(pid);
+    const bool isSame = process && process->isAlive() && process->startTicks == startTicks;
+    const std::optional<ThreadMark> mark = isSame ? m_threads.anyMark(pid) : std::nullopt;
+    if (mark && !m_kernel.isOwn(pid)) continue;
+    m_refused.erase(pid);
+    if (!mark) continue;
+    // It may be meant to be slowed again by now.
+    if (!mark->isLeaving && m_lateBirths) {
+      m_lateBirths();
+    } else {
+      leave(pid, false);
+    }
+  }
+  m_refusedPause = pause;
+  if (!m_refused.empty()) waitForRefused();
 }
 
 void Departures::expectBirths(const std::optional<Pid>& since) {
@@ -55,15 +94,30 @@ void Departures::proceed() {
 
 void Departures::sweep() {
   for (const ProcessStat& process : m_kernel.scan()) {
-    if (!process.isAlive() || process.isKernelThread()) continue;
-    const std::optional<ThreadMark> mark = m_threads.mark(process.pid);
-    if (!mark || !mark->isLeaving || m_isForeign(process.pid)) continue;
-    // It may be the last one through whom the weight can be given back.
-    const auto session =
-        mark->sessionLowered ? m_sessions.raise({process.pid}) : SessionWeights::Outcome::done;
-    leave(process.pid, session == SessionWeights::Outcome::queued);
+    if (!process.isAlive() || process.isKernelThread() || m_refused.contains(process.pid)) continue;
+    seeOut(process.pid);
   }
+  chase();
   if (m_lateBirths) m_lateBirths();
+}
+
+void Departures::seeOut(Pid pid) {
+  const std::optional<ThreadMark> mark = m_threads.mark(pid);
+  if (!mark || !mark->isLeaving || m_isForeign(pid)) return;
+  // It may be the last one through whom the weight can be given back.
+  const auto session = mark->sessionLowered ? m_sessions.raise({pid}) : SessionWeights::Outcome::done;
+  leave(pid, session == SessionWeights::Outcome::queued);
+}
+
+// Somebody may do nothing but fork and end, faster than everybody can be looked at: then the youngest of all
+// is the one to see.
+void Departures::chase() {
+  constexpr int mostSteps = 300; // 1 ms or so
+  for (int step = 0; step < mostSteps; ++step) {
+    const std::optional<Pid> youngest = m_kernel.birthMark();
+    if (!youngest) return;
+    seeOut(*youngest);
+  }
 }
 
 } // namespace vantle

@@ -8,7 +8,9 @@
 #include "platform/shared/EventLoop.h"
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -38,6 +40,10 @@ class Departures {
   // to be in the band.
   void onLateBirths(const std::function<void()>& call) { m_lateBirths = call; }
 
+  // One that carries a mark and may not be changed: it has become another user, with a program that may do
+  // so. Often enough it is this one's again a moment later.
+  void refused(Pid pid, std::uint64_t startTicks);
+
   // Somebody has left, who may have forked since that moment; absent: now.
   void expectBirths(const std::optional<Pid>& since);
 
@@ -47,8 +53,12 @@ class Departures {
 
  private:
   void wait();
+  void waitForRefused();
+  void tryRefused();
   void sessionRaised(const std::vector<Pid>& members);
   void sweep();
+  void seeOut(Pid pid);
+  void chase();
 
   EventLoop& m_loop;
   Kernel& m_kernel;
@@ -60,6 +70,9 @@ class Departures {
   std::optional<Pid> m_births; // of the moment from which on somebody may have been born unseen
   std::chrono::milliseconds m_pause = firstPause;
   std::unique_ptr<EventLoop::Handle> m_timer;
+  std::map<Pid, std::uint64_t> m_refused; // with the start, in clock ticks since boot
+  std::chrono::milliseconds m_refusedPause{0};
+  std::unique_ptr<EventLoop::Handle> m_refusedTimer;
 };
 
 } // namespace vantle

@@ -195,9 +195,17 @@ std::unique_ptr<BackgroundBand::Leaving> LinuxBand::leaving(const ProcessView& v
 // By itself, whoever shares its place.
 bool LinuxBand::leaveBackgroundBand(Pid pid) {
   const std::optional<ProcessStat> process = m_kernel.stat(pid);
-  if (!process || !process->isAlive() || process->isKernelThread() || !m_kernel.isOwn(pid)) return false;
+  if (!process || !process->isAlive() || process->isKernelThread()) return false;
   const std::optional<ThreadMark> mark = markOf(recordOf(*process));
-  if (!mark) return true;
+  if (!m_kernel.isOwn(pid)) {
+    if (mark) m_departures.refused(pid, process->startTicks);
+    return false;
+  }
+  if (!mark) {
+    // Whoever was slowed and chooses an I/O class puts it over the mark.
+    m_threads.releaseUnmarked(pid, /*isCertain=*/false);
+    return true;
+  }
   if (m_units.hasLowered()) m_units.raise(m_kernel.unifiedPath(pid));
   auto session = SessionWeights::Outcome::done;
   if (mark->sessionLowered) session = m_sessions.raise({pid});
@@ -252,7 +260,9 @@ void LinuxBand::reclaim(const ProcessView* recent) {
     if (recent == nullptr) own = lookAt(0);
     const ProcessView& view = recent == nullptr ? own : *std::exchange(recent, nullptr);
     for (const ProcessRecord& process : view.all()) {
-      if (process.isKernelThread || !(inPart ? markOf(process) : m_threads.mark(process.pid))) continue;
+      if (process.isKernelThread) continue;
+      const bool isMarked = (inPart ? markOf(process) : m_threads.mark(process.pid)).has_value();
+      if (!isMarked && !m_threads.isStray(process.pid, process.startTicks)) continue;
       if (!isOfAnotherCopy(process.pid)) leaveBackgroundBand(process.pid);
     }
     // What was born meanwhile may be a child of one whose turn was still to come.

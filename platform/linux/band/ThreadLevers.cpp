@@ -77,6 +77,9 @@ bool forEachThread(const Kernel& kernel, Pid pid, Order order, const ThreadsSeen
 
 ThreadLevers::ThreadLevers(Kernel& kernel, BandLedger& ledger)
     : m_kernel(kernel), m_narrowed(ledger), m_mayRaise(kernel.hasNiceCapability()) {
+  if (const std::optional<ThreadActivity> self = kernel.activity(kernel.self())) {
+    m_beganTicks = self->startTicks;
+  }
   refresh();
 }
 
@@ -231,16 +234,25 @@ void ThreadLevers::sessionRaised(Pid pid) {
   if (own && own->isLeaving) leave(pid, false);
 }
 
-void ThreadLevers::releaseUnmarked(Pid pid) {
+void ThreadLevers::releaseUnmarked(Pid pid, bool isCertain) {
   forEachThread(m_kernel, pid, Order::mainLast, {}, [&](Pid tid) {
-    const Answer<Scheduling> scheduling = m_kernel.scheduling(tid);
-    if (!scheduling || scheduling->isRealTime() || threadMark(tid)) return Visit::goOn;
-    const bool isSlow = m_mayRaise && scheduling->policy == SCHED_IDLE;
-    if (isSlow) m_kernel.setScheduling(tid, {SCHED_OTHER, scheduling->resetsOnFork});
-    const bool isNarrow = isOurNarrowing(tid);
-    if (isNarrow) m_kernel.setAffinity(tid, ProcessorSet::everything());
-    return isSlow || isNarrow ? Visit::goOn : Visit::nothing;
+    return threadMark(tid) || releaseThread(tid, isCertain) ? Visit::goOn : Visit::nothing;
   });
+}
+
+bool ThreadLevers::isStray(Pid pid, std::uint64_t startTicks) {
+  return startTicks > m_beganTicks && m_kernel.ioPriority(pid).value_or(0) != 0 && isOurNarrowing(pid);
+}
+
+bool ThreadLevers::releaseThread(Pid tid, bool isCertain) {
+  const Answer<Scheduling> scheduling = m_kernel.scheduling(tid);
+  if (!scheduling || scheduling->isRealTime()) return false;
+  const bool isNarrow = isOurNarrowing(tid);
+  const bool isSlow = m_mayRaise && scheduling->policy == SCHED_IDLE &&
+                      (isCertain || isNarrow || m_kernel.ioPriority(tid).value_or(0) != 0);
+  if (isSlow) m_kernel.setScheduling(tid, {SCHED_OTHER, scheduling->resetsOnFork});
+  if (isNarrow) m_kernel.setAffinity(tid, ProcessorSet::everything());
+  return isSlow || isNarrow;
 }
 
 std::optional<bool> ThreadLevers::leaveThread(Pid tid, Departure& departure) {
@@ -248,16 +260,17 @@ std::optional<bool> ThreadLevers::leaveThread(Pid tid, Departure& departure) {
   const std::optional<ThreadMark> mark = before ? ThreadMark::decode(*before) : std::nullopt;
   if (!mark) {
     departure.doubts.erase(tid);
+    if (releaseThread(tid, false)) return true;
     return std::nullopt;
   }
   // Once is enough: what it is after that is somebody else's choice.
-  if (!isKnown(tid, departure.doubts)) {
-    const std::optional<bool> isBack = giveBack(tid, *mark);
-    if (!isBack || !*isBack) return !isBack;
-  }
+  GivenBack given = GivenBack::something;
+  if (!isKnown(tid, departure.doubts)) given = giveBack(tid, *mark);
+  if (given == GivenBack::gone || given == GivenBack::refused) return given == GivenBack::gone;
   ThreadMark rest = *mark;
   rest.isLeaving = true;
-  const bool isInDoubt = mayBeForking(tid, departure.doubts);
+  const bool hasNothing = given == GivenBack::nothing && mark->isLeaving && wasBornClean(tid);
+  const bool isInDoubt = !hasNothing && mayBeForking(tid, departure.doubts);
   if (!isInDoubt) {
     rest.schedulingClass = SchedulingClass::unchanged;
     rest.affinityNarrowed = false;
@@ -268,22 +281,33 @@ std::optional<bool> ThreadLevers::leaveThread(Pid tid, Departure& departure) {
   return after == *before || m_kernel.setIoPriority(tid, after) != Change::refused;
 }
 
-std::optional<bool> ThreadLevers::giveBack(Pid tid, const ThreadMark& mark) {
+ThreadLevers::GivenBack ThreadLevers::giveBack(Pid tid, const ThreadMark& mark) {
+  GivenBack given = GivenBack::nothing;
   // What is no longer as this program left it was changed by somebody else, and is theirs.
   if (mark.schedulingClass != SchedulingClass::unchanged) {
     const Answer<Scheduling> scheduling = m_kernel.scheduling(tid);
-    if (!scheduling) return std::nullopt;
+    if (!scheduling) return GivenBack::gone;
     const int policy = mark.schedulingClass == SchedulingClass::wasBatch ? SCHED_BATCH : SCHED_OTHER;
-    const Change change = scheduling->policy == SCHED_IDLE
-                              ? m_kernel.setScheduling(tid, {policy, scheduling->resetsOnFork})
-                              : Change::done;
-    if (change == Change::gone) return std::nullopt;
-    if (change == Change::refused) return false;
+    if (scheduling->policy == SCHED_IDLE) {
+      const Change change = m_kernel.setScheduling(tid, {policy, scheduling->resetsOnFork});
+      if (change == Change::gone) return GivenBack::gone;
+      if (change == Change::refused) return GivenBack::refused;
+      given = GivenBack::something;
+    }
   }
   if (mark.affinityNarrowed && isOurNarrowing(tid)) {
     m_kernel.setAffinity(tid, ProcessorSet::everything());
+    given = GivenBack::something;
   }
-  return true;
+  return given;
+}
+
+// A thread that was born since this program was there, and has the class and the processors that it had
+// before, has had them from its birth: nobody else puts them back, and this program would know. So it hands
+// nothing on but the mark. A program that forks and ends, and forks and ends, is caught in this way.
+bool ThreadLevers::wasBornClean(Pid tid) const {
+  const std::optional<ThreadActivity> now = m_kernel.activity(tid);
+  return now && now->startTicks > m_beganTicks;
 }
 
 // Whether this very thread was put back already.

@@ -64,8 +64,13 @@ class ThreadLevers {
   void sessionRaised(Pid pid);
 
   // For a process that was slowed, or born of one that was, and has put an I/O priority of its own over the
-  // mark: the class and the affinity that it still has of this program are given back.
-  void releaseUnmarked(Pid pid);
+  // mark: the class and the affinity that it still has of this program are given back. `leave` does the same
+  // to single threads. Not certain that it was slowed: then an idle class that nothing else tells of is
+  // somebody's choice.
+  void releaseUnmarked(Pid pid, bool isCertain = true);
+  // For one that is nobody's: it was born while this program ran, has an I/O priority of its own, and runs on
+  // no other processors than what is slowed.
+  bool isStray(Pid pid, std::uint64_t startTicks);
 
   // The mark of the process: of its main thread, or of any other when the main thread cannot carry one.
   // Absent for a process that has none or cannot be read.
@@ -102,7 +107,10 @@ class ThreadLevers {
   Entered enterThread(Pid tid, const Plan& plan, bool isNew);
   // True when the thread is out, or gone; absent when it has no mark.
   std::optional<bool> leaveThread(Pid tid, Departure& departure);
-  std::optional<bool> giveBack(Pid tid, const ThreadMark& mark); // absent when the thread is gone
+  enum class GivenBack { something, nothing, refused, gone };
+  GivenBack giveBack(Pid tid, const ThreadMark& mark);
+  bool releaseThread(Pid tid, bool isCertain); // true when it had something of this program's
+  bool wasBornClean(Pid tid) const;
   bool mayBeForking(Pid tid, std::map<Pid, Doubt>& doubts);
   bool isKnown(Pid tid, std::map<Pid, Doubt>& doubts) const;
   Change setMark(Pid tid, const ThreadMark& mark, int before);
@@ -119,6 +127,7 @@ class ThreadLevers {
   bool m_mayRaise;          // CAP_SYS_NICE where it counts
   bool m_keepsBits = false; // this kernel was seen to keep all bits of a mark
   std::map<Pid, Departure> m_departing;
+  std::uint64_t m_beganTicks = 0; // when this program was there
 };
 
 } // namespace vantle

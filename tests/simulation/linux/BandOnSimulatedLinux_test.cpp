@@ -297,6 +297,23 @@ TEST(BandOnLinux, WhatIsOwedAtADeathIsOnDisk) {
   EXPECT_THAT(evening.desktop.kernel.differences(), IsEmpty());
 }
 
+// A program with the rights of another user, which it gives up again, as password prompts do.
+TEST(BandOnLinux, WhoIsAnotherUserWhenItShouldLeaveIsTriedAgain) {
+  Evening evening(sessions());
+  evening.desktop.startBand();
+  evening.enter();
+  ASSERT_TRUE(evening.desktop.settle(guard));
+  evening.desktop.kernel.process(evening.child).user = 0;
+  evening.leave();
+  ASSERT_TRUE(evening.desktop.band->settle(guard));
+  evening.desktop.loop.run(std::chrono::seconds(5));
+  EXPECT_FALSE(evening.desktop.kernel.differences().empty());
+  evening.desktop.kernel.process(evening.child).user = evening.desktop.kernel.options.user;
+  evening.desktop.loop.run(std::chrono::minutes(2));
+  EXPECT_THAT(evening.desktop.kernel.differences(), IsEmpty());
+  EXPECT_TRUE(evening.desktop.loop.isQuiet());
+}
+
 TEST(BandOnLinux, AnAppThatHasOverwrittenItsMarkEntersAgain) {
   Evening evening(sessions());
   evening.desktop.startBand();

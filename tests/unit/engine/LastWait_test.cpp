@@ -57,6 +57,15 @@ TEST(LastWait, EndsWhenNothingMovesAnyMore) {
   EXPECT_LE(band.waited, std::chrono::seconds(30));
 }
 
+// Whoever comes after those that were given back is no progress.
+TEST(LastWait, EndsWhenThereAreMoreAgainAndAgain) {
+  std::vector<std::size_t> restless;
+  for (int count = 0; count < 1000; ++count) restless.push_back(count % 2 == 0 ? 1 : 2);
+  OwingBand band(restless);
+  EXPECT_FALSE(waitUntilAllIsBack(band, [](std::size_t) {}));
+  EXPECT_LE(band.waited, std::chrono::seconds(30));
+}
+
 TEST(LastWait, EndsWhenWaitingIsOfNoUse) {
   OwingBand band({0});
   band.isBeyondHelp = true;

@@ -57,6 +57,13 @@ void takeMemory(std::size_t megabytes) {
   ::_exit(1);
 }
 
+// One process after the other, each with a single child.
+[[noreturn]] void forkAndEndForEver() {
+  for (;;) {
+    if (::fork() != 0) ::_exit(0);
+  }
+}
+
 // Threads as fast as they can be started, of which some live on for a while.
 [[noreturn]] void startThreadsForEver() {
   for (unsigned count = 0;; ++count) {
@@ -86,6 +93,7 @@ int forkingApp(char letter) {
   }
   if (letter == 'p') spawnForEver();
   if (letter == 'T') startThreadsForEver();
+  if (letter == 'e') forkAndEndForEver();
   return 0;
 }
 

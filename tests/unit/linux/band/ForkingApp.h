@@ -14,6 +14,7 @@ namespace vantle::test {
 //   c  has 50 MB and computes between two forks
 //   p  a shell that starts programs
 //   T  starts threads as fast as it can
+//   e  forks and ends, and its child forks and ends, for ever
 int forkingApp(char letter);
 
 // Every process in these sessions.

@@ -66,6 +66,10 @@ TEST_F(ForkingApps, LeaveNoChildSlowWhileManySessionsWait) {
   asBoth([] { comeBackFrom("qpqqp"); });
 }
 
+TEST_F(ForkingApps, LeaveNoChainSlowThatForksAndEnds) {
+  asBoth([] { comeBackFrom("e"); });
+}
+
 TEST_F(ForkingApps, LeaveNoThreadSlowThatWasOnItsWay) {
   asBoth([] { comeBackFrom("T"); });
 }

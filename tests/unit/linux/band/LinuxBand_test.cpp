@@ -254,6 +254,41 @@ TEST_F(LinuxBandTest, AClassThatSomebodyElseGaveBackDoesNotCountAsSlow) {
   EXPECT_EQ(ProcKernel().ioPriority(app.pid()), 0);
 }
 
+// An I/O class of one's own takes the mark's place, and with it the memory.
+TEST_F(LinuxBandTest, WhoeverHasPutAnIoClassOverTheMarkComesBackAllTheSame) {
+  asBoth([] {
+    constexpr int bestEffort = (2 << 13) | 7;
+    const TestProcess app;
+    const std::string before = schedulingState(app.pid());
+    Band band;
+    EXPECT_TRUE(band.band.enterBackgroundBand(app.pid()));
+    band.settled();
+    const Pid thread = app.ask('t'); // born in the band
+    const Pid orphan = app.ask('d');
+    for (const Pid tid : {thread, orphan}) {
+      ASSERT_TRUE(ProcKernel().setIoPriority(tid, bestEffort) == Change::done);
+    }
+    EXPECT_TRUE(band.band.leaveBackgroundBand(app.pid()));
+    band.band.reclaim(nullptr);
+    band.settled();
+    EXPECT_EQ(schedulingState(app.pid()), before);
+    for (const Pid tid : {thread, orphan}) {
+      ASSERT_TRUE(ProcKernel().setIoPriority(tid, 0) == Change::done);
+      EXPECT_EQ(schedulingState(tid), before);
+    }
+
+    EXPECT_TRUE(band.band.enterBackgroundBand(app.pid()));
+    band.settled();
+    ASSERT_TRUE(ProcKernel().setIoPriority(app.pid(), bestEffort) == Change::done);
+    Band next; // after a death, with the process in the journal
+    EXPECT_TRUE(next.band.leaveBackgroundBand(app.pid()));
+    next.settled();
+    ASSERT_TRUE(ProcKernel().setIoPriority(app.pid(), 0) == Change::done);
+    EXPECT_EQ(schedulingState(app.pid()), before);
+    ::kill(orphan, SIGKILL);
+  });
+}
+
 // Whoever may write an I/O priority can write a mark that says whatever is useful.
 TEST_F(LinuxBandTest, AForgedMarkGivesNobodyRealTimeIo) {
   asBoth([] {

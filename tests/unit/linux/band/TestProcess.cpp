@@ -43,18 +43,18 @@ int startThread() {
 }
 
 // Answers only once the child stands where it should.
-int startChild(bool ownSession, bool orphan) {
+int startChild(bool ownSession, bool orphan, bool daemon) {
   std::array<int, 2> channel{};
   if (::pipe(channel.data()) != 0) return -1;
   const Pid first = ::fork();
   if (first == 0) {
-    if (orphan && ::fork() != 0) ::_exit(0);
-    if (ownSession) ::setsid();
+    if ((orphan || daemon) && ::fork() != 0) ::_exit(0);
+    if (ownSession || daemon) ::setsid();
     const Pid pid = ::getpid();
     (void)!::write(channel[1], &pid, sizeof pid);
     waitForEver();
   }
-  if (orphan) ::waitpid(first, nullptr, 0);
+  if (orphan || daemon) ::waitpid(first, nullptr, 0);
   Pid pid = -1;
   (void)!::read(channel[0], &pid, sizeof pid);
   ::close(channel[0]);
@@ -68,8 +68,8 @@ int startChild(bool ownSession, bool orphan) {
     std::int32_t answer = 0;
     if (letter == 't') {
       answer = startThread();
-    } else if (letter == 'f' || letter == 's' || letter == 'o') {
-      answer = startChild(letter == 's', letter == 'o');
+    } else if (letter == 'f' || letter == 's' || letter == 'o' || letter == 'd') {
+      answer = startChild(letter == 's', letter == 'o', letter == 'd');
     } else if (act) {
       answer = act(letter);
     }

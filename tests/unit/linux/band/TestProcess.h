@@ -25,7 +25,7 @@ class TestProcess {
   Pid pid() const { return m_pid; }
   // Letters that every process knows: 't' starts a thread and answers with its id; 'f' forks a child that
   // waits and answers with its pid; 'o' forks one whose parent ends at once; 's' the same as 'f' in a session
-  // of its own.
+  // of its own. 'd' both, as daemons are started, which the test has to end itself.
   int ask(char letter) const;
   void end(); // SIGKILL, and waits for it
 
