@@ -2,7 +2,9 @@
 #include "platform/linux/band/ThreadLevers.h"
 
 #include <algorithm>
+#include <charconv>
 #include <sched.h>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -32,6 +34,19 @@ constexpr std::chrono::seconds longestSleep{2};
 std::uint64_t inTicks(std::chrono::microseconds time) {
   static const auto ticks = static_cast<std::uint64_t>(::sysconf(_SC_CLK_TCK));
   return static_cast<std::uint64_t>(time.count()) * ticks / 1'000'000;
+}
+
+// As start times are counted; no start is later than the largest, where nobody tells.
+std::uint64_t ticksSinceBoot(const Kernel& kernel) {
+  const std::string uptime = kernel.read("/proc/uptime").value_or(""); // "17245.40 10537.30"
+  std::uint64_t seconds = 0;
+  std::uint64_t hundredths = 0;
+  const char* const end = uptime.data() + uptime.size();
+  const auto whole = std::from_chars(uptime.data(), end, seconds);
+  if (whole.ec != std::errc{} || end - whole.ptr < 3 || *whole.ptr != '.') return ~std::uint64_t{0};
+  const auto part = std::from_chars(whole.ptr + 1, whole.ptr + 3, hundredths);
+  if (part.ec != std::errc{}) return ~std::uint64_t{0};
+  return inTicks(std::chrono::seconds(seconds) + std::chrono::milliseconds(10 * hundredths));
 }
 
 // Threads can be started faster than they are looked at.
@@ -76,10 +91,8 @@ bool forEachThread(const Kernel& kernel, Pid pid, Order order, const ThreadsSeen
 } // namespace
 
 ThreadLevers::ThreadLevers(Kernel& kernel, BandLedger& ledger)
-    : m_kernel(kernel), m_narrowed(ledger), m_mayRaise(kernel.hasNiceCapability()) {
-  if (const std::optional<ThreadActivity> self = kernel.activity(kernel.self())) {
-    m_beganTicks = self->startTicks;
-  }
+    : m_kernel(kernel), m_narrowed(ledger), m_mayRaise(kernel.hasNiceCapability()),
+      m_beganTicks(ticksSinceBoot(kernel)) {
   refresh();
 }
 
@@ -302,9 +315,9 @@ ThreadLevers::GivenBack ThreadLevers::giveBack(Pid tid, const ThreadMark& mark) 
   return given;
 }
 
-// A thread that was born since this program was there, and has the class and the processors that it had
-// before, has had them from its birth: nobody else puts them back, and this program would know. So it hands
-// nothing on but the mark. A program that forks and ends, and forks and ends, is caught in this way.
+// A thread that was born since this program is the only copy, and has the class and the processors that it
+// had before, has had them from its birth: nobody else puts them back, and this program would know. So it
+// hands nothing on but the mark. A program that forks and ends, and forks and ends, is caught in this way.
 bool ThreadLevers::wasBornClean(Pid tid) const {
   const std::optional<ThreadActivity> now = m_kernel.activity(tid);
   return now && now->startTicks > m_beganTicks;

@@ -124,10 +124,10 @@ class ThreadLevers {
   std::string m_onlineText;
   EfficiencySet m_efficiency;
   NarrowedSets m_narrowed;
-  bool m_mayRaise;          // CAP_SYS_NICE where it counts
-  bool m_keepsBits = false; // this kernel was seen to keep all bits of a mark
+  bool m_mayRaise;            // CAP_SYS_NICE where it counts
+  std::uint64_t m_beganTicks; // what was born later was never put back by anybody else
+  bool m_keepsBits = false;   // this kernel was seen to keep all bits of a mark
   std::map<Pid, Departure> m_departing;
-  std::uint64_t m_beganTicks = 0; // when this program was there
 };
 
 } // namespace vantle

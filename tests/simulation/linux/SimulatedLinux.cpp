@@ -528,6 +528,12 @@ std::optional<std::string> SimulatedLinux::read(const std::string& path) const {
   if (path == "/sys/devices/system/cpu/online") {
     return options.processors == 1 ? "0\n" : "0-" + std::to_string(options.processors - 1) + "\n";
   }
+  if (path == "/proc/uptime") {
+    const auto hundredths =
+        std::chrono::duration_cast<std::chrono::milliseconds>(now().time_since_epoch()).count() / 10;
+    const std::string part = std::to_string(hundredths % 100);
+    return std::to_string(hundredths / 100) + (part.size() < 2 ? ".0" : ".") + part + " 0.00\n";
+  }
   if (path == "/proc/sys/kernel/sched_autogroup_enabled") return options.hasAutogroups ? "1\n" : "0\n";
   if (path == "/proc/sys/kernel/random/boot_id") return options.bootId + "\n";
   return std::nullopt;
