@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tests/desktop/harness/Isolation.h"
 
+#include <algorithm>
+#include <array>
 #include <gmock/gmock.h>
 #include <string>
 
@@ -10,8 +12,10 @@
 int main(int argc, char** argv) {
   testing::InitGoogleMock(&argc, argv);
   const std::string chosen = testing::GTEST_FLAG(filter);
-  const bool isBand = chosen.starts_with("LinuxBandTest.") || chosen.starts_with("NestedApps.") ||
-                      chosen.starts_with("KilledAnywhere.");
+  constexpr std::array band{"LinuxBandTest.", "NarrowedThreads.", "NestedApps.", "KilledAnywhere.",
+                            "ForkingApps."};
+  const bool isBand =
+      std::any_of(band.begin(), band.end(), [&](const char* suite) { return chosen.starts_with(suite); });
   if (!isBand || testing::GTEST_FLAG(list_tests)) return RUN_ALL_TESTS();
   return vantle::desktop::runIsolated([] { return RUN_ALL_TESTS(); });
 }

@@ -252,13 +252,17 @@ class ReusedWindowNumber : public X11WorkspaceTest {
     });
   }
   Program& startWithTheNumberOf(std::uint32_t id) {
-    Program& program = m_desktop.launch({desktop::testWindow()});
+    Program* program = &m_desktop.launch({desktop::testWindow()});
     // The window manager, which is stopped, still names the old window, and the server knows whose it is now.
     desktop::require("the number again", [&] {
-      const auto windows = m_desktop.windows().ofProcess(program.pid());
-      return !windows.empty() && windows.front().id == id;
+      const auto windows = m_desktop.windows().ofProcess(program->pid());
+      if (windows.empty() || windows.front().id == id) return !windows.empty();
+      // Somebody else was there first, for a moment.
+      program->kill();
+      program = &m_desktop.launch({desktop::testWindow()});
+      return false;
     });
-    return program;
+    return *program;
   }
   void becomesFront(const Program& program) {
     ASSERT_TRUE(runUntil([&] { return isFront(program); }));
