@@ -125,6 +125,7 @@ int TestProcess::ask(char letter) const {
 
 void TestProcess::end() {
   if (m_pid <= 0) return;
+  ::kill(-m_pid, SIGKILL); // with its own session: who forks and ends is on no list long enough
   const std::vector<ProcessStat> all = ProcKernel().scan();
   killTree(all, m_pid);
   ::waitpid(m_pid, nullptr, 0);
