@@ -254,7 +254,7 @@ void ThreadLevers::releaseUnmarked(Pid pid, bool isCertain) {
 }
 
 bool ThreadLevers::isStray(Pid pid, std::uint64_t startTicks) {
-  return startTicks >= m_beganTicks && m_kernel.ioPriority(pid).value_or(0) != 0 && isOurNarrowing(pid);
+  return startTicks > m_beganTicks && m_kernel.ioPriority(pid).value_or(0) != 0 && isOurNarrowing(pid);
 }
 
 bool ThreadLevers::releaseThread(Pid tid, bool isCertain) {

@@ -263,6 +263,7 @@ TEST_F(LinuxBandTest, WhoeverHasPutAnIoClassOverTheMarkComesBackAllTheSame) {
     Band band;
     EXPECT_TRUE(band.band.enterBackgroundBand(app.pid()));
     band.settled();
+    ::usleep(30'000);                // births are told apart by hundredths of a second
     const Pid thread = app.ask('t'); // born in the band
     const Pid orphan = app.ask('d');
     for (const Pid tid : {thread, orphan}) {
