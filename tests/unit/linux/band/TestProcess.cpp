@@ -125,9 +125,9 @@ int TestProcess::ask(char letter) const {
 
 void TestProcess::end() {
   if (m_pid <= 0) return;
-  ::kill(-m_pid, SIGKILL); // with its own session: who forks and ends is on no list long enough
+  killTree(ProcKernel().scan(), m_pid); // as long as it is the parent of those in other sessions
+  ::kill(-m_pid, SIGKILL);              // who forks and ends is on no list long enough
   const std::vector<ProcessStat> all = ProcKernel().scan();
-  killTree(all, m_pid);
   ::waitpid(m_pid, nullptr, 0);
   // What it left behind in its session, of which this process has become the parent.
   for (const ProcessStat& process : all) {
