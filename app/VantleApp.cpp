@@ -102,7 +102,8 @@ int VantleApp::run() {
   Watchdog watchdog;
   const SingleCopyLock lock = SingleCopyLock::acquire(folders);
   if (lock.outcome() == SingleCopyLock::Outcome::heldByOther) return EXIT_SUCCESS;
-  putBackLeftovers(folders, [&watchdog] { watchdog.stillAtIt(); });
+  const auto stillAtIt = [&watchdog] { watchdog.stillAtIt(); };
+  putBackLeftovers(folders, stillAtIt);
   watchdog.recovered();
 
   sayWhatIsNotKept(folders);
@@ -128,12 +129,11 @@ int VantleApp::run() {
       QCoreApplication::applicationFilePath().toStdString()));
   DesktopCatalog catalog(DesktopEntries::dataFoldersFromEnvironment());
   AppDelegate delegate(loop, machine->machine(), loginItem, catalog);
-  QObject::connect(&application, &QCoreApplication::aboutToQuit, &application, [&delegate, &watchdog] {
-    delegate.applicationWillTerminate([&watchdog] { watchdog.stillAtIt(); });
+  QObject::connect(&application, &QCoreApplication::aboutToQuit, &application, [&] {
+    delegate.applicationWillTerminate(stillAtIt);
     watchdog.putBack();
   });
-  const ExitGuard guard(
-      [&delegate, &watchdog] { delegate.applicationWillTerminate([&watchdog] { watchdog.stillAtIt(); }); });
+  const ExitGuard guard([&] { delegate.applicationWillTerminate(stillAtIt); });
   watchdog.maySlow();
   delegate.applicationDidFinishLaunching();
   return QGuiApplication::exec();

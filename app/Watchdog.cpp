@@ -5,6 +5,7 @@
 #include "engine/Invariant.h"
 #include "engine/ports/Pid.h"
 #include "platform/linux/Descriptor.h"
+#include "platform/linux/process/SignalsBlocked.h"
 
 #include <algorithm>
 #include <array>
@@ -196,13 +197,8 @@ Watchdog::Watchdog() {
   installFreezer();
   m_state = std::make_shared<State>();
   tellOfSignals(m_state->news.get());
-  // No handler may run in the thread: those signals are for the main thread to answer.
-  sigset_t all;
-  sigset_t before;
-  ::sigfillset(&all);
-  ::pthread_sigmask(SIG_SETMASK, &all, &before);
+  const SignalsBlocked blocked;
   std::thread([state = m_state] { state->watch(); }).detach();
-  ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
 Watchdog::~Watchdog() {

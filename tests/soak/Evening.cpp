@@ -466,7 +466,7 @@ void Evening::sample() {
 // Nothing that would wait for who is stopped.
 void Evening::during(const std::string& what, Program& stopped, const std::vector<Event>& events) {
   say("stop " + what);
-  m_watch->beginDisturbance();
+  const Disturbance disturbance(*m_watch);
   m_gameInFront = 0;
   stopped.signal(SIGSTOP);
   pause(500);
@@ -474,7 +474,6 @@ void Evening::during(const std::string& what, Program& stopped, const std::vecto
   pause(500);
   stopped.signal(SIGCONT);
   say("continue " + what);
-  m_watch->endDisturbance();
 }
 
 bool Evening::stopPart() {
@@ -513,32 +512,29 @@ bool Evening::restartBus() {
 
 bool Evening::restartSound() {
   say("kill the sound server and start it again");
-  m_watch->beginDisturbance();
+  const Disturbance disturbance(*m_watch);
   m_sound->pulse().kill();
   pause(1000);
   m_sound->startPulse();
   m_started.insert(m_sound->pulse().pid());
-  m_watch->endDisturbance();
   return true;
 }
 
 bool Evening::restartWindowManager() {
   say("kill the window manager and start it again");
-  m_watch->beginDisturbance();
+  const Disturbance disturbance(*m_watch);
   m_gameInFront = 0;
   m_desktop->windowManager().kill();
   pause(1000);
   m_desktop->startWindowManager();
   m_started.insert(m_desktop->windowManager().pid());
-  m_watch->endDisturbance();
   return true;
 }
 
 bool Evening::floodProperties() {
   say("flood of properties");
-  m_watch->beginDisturbance();
+  const Disturbance disturbance(*m_watch);
   m_flood->changeProperties(20'000);
-  m_watch->endDisturbance();
   return true;
 }
 
@@ -548,26 +544,24 @@ bool Evening::floodFront() {
   const std::uint32_t now = front();
   if (app == nullptr || game == nullptr) return false;
   say("flood of fronts: " + app->role() + " and " + game->role());
-  m_watch->beginDisturbance();
+  const Disturbance disturbance(*m_watch);
   m_gameInFront = 0;
   m_flood->claimFront(app->window, game->window, 500);
   m_flood->claimFront(now, now, 0);
-  m_watch->endDisturbance();
   return true;
 }
 
 bool Evening::floodTrays() {
   say("flood of trays");
-  m_watch->beginDisturbance();
+  const Disturbance disturbance(*m_watch);
   m_flood->announceTrays(500);
-  m_watch->endDisturbance();
   return true;
 }
 
 bool Evening::floodBus() {
   if (m_vantle == nullptr || !m_hasBusName) return false;
   say("flood of the bus");
-  m_watch->beginDisturbance();
+  const Disturbance disturbance(*m_watch);
   m_gameInFront = 0; // the panel comes to the front
   sd_bus* bus = nullptr;
   sd_bus_new(&bus);
@@ -585,7 +579,6 @@ bool Evening::floodBus() {
     }
   }
   sd_bus_flush_close_unref(bus);
-  m_watch->endDisturbance();
   return true;
 }
 

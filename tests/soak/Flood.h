@@ -22,9 +22,6 @@ class Flood {
   void announceTrays(int count);
 
  private:
-  std::uint32_t atom(const std::string& name);
-  void settle(); // the server has taken all of it
-
   xcb_connection_t* m_connection = nullptr;
   std::uint32_t m_root = 0;
 };

@@ -34,13 +34,13 @@ class MainLoopWatch {
   MainLoopWatch& operator=(const MainLoopWatch&) = delete;
 
   void watch(Pid program, Pid bus); // 0 for nobody
-  // Around everything that the program cannot be blamed for; until the first answer in time after it.
-  void beginDisturbance();
-  void endDisturbance();
-
   Counts counts() const;
 
  private:
+  friend class Disturbance;
+
+  void beginDisturbance();
+  void endDisturbance();
   void run();
   void ask(sd_bus* bus, Pid program);
   void note(std::chrono::milliseconds late, bool isDisturbed);
@@ -54,6 +54,18 @@ class MainLoopWatch {
   std::atomic<bool> m_isDisturbed{false};
   std::atomic<bool> m_isOver{false};
   std::thread m_thread;
+};
+
+// Around everything that the program cannot be blamed for; until the first answer in time after it.
+class Disturbance {
+ public:
+  explicit Disturbance(MainLoopWatch& watch) : m_watch(watch) { m_watch.beginDisturbance(); }
+  ~Disturbance() { m_watch.endDisturbance(); }
+  Disturbance(const Disturbance&) = delete;
+  Disturbance& operator=(const Disturbance&) = delete;
+
+ private:
+  MainLoopWatch& m_watch;
 };
 
 } // namespace vantle::soak

@@ -70,8 +70,18 @@ void Departures::expectBirths(const std::optional<Pid>& since) {
   wait();
 }
 
+// Hundreds leave one after the other: the timer of the first of them serves all.
 void Departures::wait() {
-  m_timer = m_loop.after(m_pause, [this] {
+  m_due = m_kernel.now() + m_pause;
+  if (!m_timer || m_due < m_timerEnd) startTimer();
+}
+
+void Departures::startTimer() {
+  m_timerEnd = m_due;
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(m_due - m_kernel.now());
+  m_timer = m_loop.after(left, [this] {
+    if (m_kernel.now() < m_due) return startTimer();
+    m_timer.reset();
     m_pause = std::min(m_pause * 2, longestPause);
     proceed();
   });

@@ -53,6 +53,7 @@ class Departures {
 
  private:
   void wait();
+  void startTimer();
   void waitForRefused();
   void tryRefused();
   void sessionRaised(const std::vector<Pid>& members);
@@ -69,6 +70,8 @@ class Departures {
   bool m_isWatching = false;
   std::optional<Pid> m_births; // of the moment from which on somebody may have been born unseen
   std::chrono::milliseconds m_pause = firstPause;
+  std::chrono::steady_clock::time_point m_due; // of the next step
+  std::chrono::steady_clock::time_point m_timerEnd;
   std::unique_ptr<EventLoop::Handle> m_timer;
   std::map<Pid, std::uint64_t> m_refused; // with the start, in clock ticks since boot
   std::chrono::milliseconds m_refusedPause{0};

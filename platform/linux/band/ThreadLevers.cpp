@@ -193,6 +193,8 @@ bool ThreadLevers::isOurNarrowing(Pid tid) {
   const std::optional<ProcessorSet> now = m_kernel.affinity(tid);
   if (!now) return false;
   if (*now == m_efficiency.chosen || m_narrowed.contains(*now)) return true;
+  // Nearly every thread: the look at the processors can be spared.
+  if (*now == m_efficiency.online && !m_narrowed.contains(*now, m_efficiency.online)) return false;
   refresh();
   return m_narrowed.contains(*now, m_efficiency.online);
 }

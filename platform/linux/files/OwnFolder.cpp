@@ -14,8 +14,6 @@ namespace vantle {
 
 namespace {
 
-constexpr int mostLinks = 40; // as the kernel has it
-
 bool isTrusted(uid_t owner) { return owner == 0 || owner == ::geteuid(); }
 
 // A user's own group often may write to the user's folders; what root keeps is for root alone. The sticky bit

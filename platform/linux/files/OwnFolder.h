@@ -7,6 +7,9 @@
 
 namespace vantle {
 
+// So many symbolic links may follow each other on the way to a file (path_resolution(7)).
+constexpr int mostLinks = 40;
+
 // Opens a folder that nobody but this user and root can have put there or exchanged: every folder and every
 // link on the way belongs to one of the two. None, as well, when it does not exist (errno tells). The
 // descriptor is good for names below it, not for reading.

@@ -22,7 +22,6 @@ namespace vantle {
 namespace {
 
 constexpr mode_t ownerOnlyFolder = 0700;
-constexpr int mostLinks = 40; // as the kernel has it
 
 std::string folderOf(const std::string& path) {
   const std::size_t slash = path.rfind('/');

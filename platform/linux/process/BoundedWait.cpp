@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/process/BoundedWait.h"
 
+#include "platform/linux/process/SignalsBlocked.h"
+
 #include <condition_variable>
-#include <csignal>
 #include <mutex>
 #include <system_error>
 #include <thread>
@@ -16,22 +17,6 @@ struct Attempt {
   std::condition_variable changed;
   bool isDone = false;
   bool isGivenUp = false;
-};
-
-// Signals are the main thread's.
-class SignalsBlocked {
- public:
-  SignalsBlocked() {
-    sigset_t all;
-    ::sigfillset(&all);
-    ::pthread_sigmask(SIG_SETMASK, &all, &m_before);
-  }
-  ~SignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
-  SignalsBlocked(const SignalsBlocked&) = delete;
-  SignalsBlocked& operator=(const SignalsBlocked&) = delete;
-
- private:
-  sigset_t m_before{};
 };
 
 } // namespace

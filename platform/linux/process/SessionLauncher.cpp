@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/process/SessionLauncher.h"
 
+#include "platform/linux/process/SignalsBlocked.h"
+
 #include <array>
 #include <cerrno>
 #include <csignal>
 #include <fcntl.h>
+#include <optional>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
@@ -123,18 +126,14 @@ std::unique_ptr<Subprocess> SessionLauncher::launch(const std::string& executabl
   std::string name = executablePath; // exec wants the arguments writable
   const std::array<char*, 2> arguments{name.data(), nullptr};
   if (!m_guard) m_guard = std::make_shared<ChildGuard>();
-  // A handler of this program has no business in the child.
-  sigset_t all;
-  sigset_t before;
-  ::sigfillset(&all);
-  ::sigprocmask(SIG_SETMASK, &all, &before);
+  std::optional<SignalsBlocked> blocked(std::in_place);
   const Pid pid = ::fork();
   if (pid == 0) {
     prepareChild(m_session, *m_guard, failure);
     ::execve(executablePath.c_str(), arguments.data(), environ);
     failure.fail();
   }
-  ::sigprocmask(SIG_SETMASK, &before, nullptr);
+  blocked.reset();
   if (pid < 0) return nullptr;
   auto child = std::make_unique<ChildProcess>(pid, m_guard);
   if (failure.hasFailed()) {

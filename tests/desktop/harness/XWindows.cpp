@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "tests/desktop/harness/XWindows.h"
 
+#include "tests/desktop/harness/X11Messages.h"
+
 #include <cstdlib>
-#include <cstring>
 #include <stdexcept>
 #include <xcb/res.h>
 #include <xcb/xcb.h>
@@ -35,11 +36,7 @@ XWindows::XWindows(const std::string& display) {
 
 XWindows::~XWindows() { xcb_disconnect(m_connection); }
 
-std::uint32_t XWindows::atom(const char* name) {
-  const auto cookie = xcb_intern_atom(m_connection, 0, static_cast<std::uint16_t>(std::strlen(name)), name);
-  const Freed reply(xcb_intern_atom_reply(m_connection, cookie, nullptr));
-  return reply ? reply->atom : 0;
-}
+std::uint32_t XWindows::atom(const char* name) { return internAtom(m_connection, name); }
 
 std::vector<std::uint32_t> XWindows::property(std::uint32_t window, const char* name) {
   const auto cookie = xcb_get_property(m_connection, 0, window, atom(name), XCB_ATOM_ANY, 0, 10'000);

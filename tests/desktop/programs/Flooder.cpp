@@ -5,7 +5,8 @@
 //   list       changes of the list of windows on the X server
 //   activate   calls that open the panel on the session bus
 //   click      clicks on the icon of the process that is named after it, on the session bus
-#include <cstdint>
+#include "tests/desktop/harness/X11Messages.h"
+
 #include <cstdlib>
 #include <iostream>
 #include <string>
@@ -22,41 +23,24 @@ class Display {
   }
 
   [[noreturn]] void announceTrays() {
-    xcb_client_message_event_t message{};
-    message.response_type = XCB_CLIENT_MESSAGE;
-    message.format = 32;
-    message.window = m_root;
-    message.type = atom("MANAGER");
-    message.data.data32[1] = atom("_NET_SYSTEM_TRAY_S0");
-    repeat([&] {
-      xcb_send_event(m_connection, 0, m_root, XCB_EVENT_MASK_STRUCTURE_NOTIFY,
-                     reinterpret_cast<const char*>(&message));
-    });
+    const auto message = vantle::desktop::trayAnnouncement(m_connection, m_root, XCB_WINDOW_NONE);
+    repeat([&] { vantle::desktop::sendToRoot(m_connection, message); });
   }
 
   // Adds nothing to it, which is a change all the same.
   [[noreturn]] void changeWindowList() {
-    const xcb_atom_t list = atom("_NET_CLIENT_LIST");
+    const xcb_atom_t list = vantle::desktop::internAtom(m_connection, "_NET_CLIENT_LIST");
     repeat([&] {
       xcb_change_property(m_connection, XCB_PROP_MODE_APPEND, m_root, list, XCB_ATOM_WINDOW, 32, 0, nullptr);
     });
   }
 
  private:
-  xcb_atom_t atom(const std::string& name) {
-    const auto cookie =
-        xcb_intern_atom(m_connection, 0, static_cast<std::uint16_t>(name.size()), name.c_str());
-    xcb_intern_atom_reply_t* reply = xcb_intern_atom_reply(m_connection, cookie, nullptr);
-    const xcb_atom_t result = reply == nullptr ? 0 : reply->atom;
-    std::free(reply);
-    return result;
-  }
-
   // A hundred at a time, and then as long as the server takes for them.
   template <class Send> [[noreturn]] void repeat(const Send& send) {
     while (xcb_connection_has_error(m_connection) == 0) {
       for (int count = 0; count < 100; ++count) send();
-      std::free(xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr));
+      vantle::desktop::settle(m_connection);
     }
     std::exit(1);
   }

@@ -19,6 +19,8 @@
 // SIGUSR1 forks one more child, SIGUSR2 opens one more window, SIGWINCH destroys the newest. Without --title,
 // --class and --claim-pid the window carries no property at all but the protocol of closing. Ends when a
 // window is closed politely.
+#include "tests/desktop/harness/X11Messages.h"
+
 #include <atomic>
 #include <cerrno>
 #include <csignal>
@@ -135,14 +137,7 @@ class TestWindow {
   }
 
  private:
-  xcb_atom_t atom(const std::string& name) {
-    const auto cookie =
-        xcb_intern_atom(m_connection, 0, static_cast<std::uint16_t>(name.size()), name.c_str());
-    xcb_intern_atom_reply_t* reply = xcb_intern_atom_reply(m_connection, cookie, nullptr);
-    const xcb_atom_t result = reply == nullptr ? 0 : reply->atom;
-    std::free(reply);
-    return result;
-  }
+  xcb_atom_t atom(std::string_view name) { return vantle::desktop::internAtom(m_connection, name); }
 
   void setText(xcb_window_t window, xcb_atom_t name, xcb_atom_t type, const std::string& bytes) {
     xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, window, name, type, 8,

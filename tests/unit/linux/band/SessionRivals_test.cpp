@@ -54,28 +54,30 @@ void giveBack(Band& band, const Apps& apps) {
   for (const TestProcess& app : apps) EXPECT_TRUE(band.band.leaveBackgroundBand(app.pid()));
 }
 
-TEST_F(LinuxBandTest, ASpammerDoesNotKeepAppsSlowedAtTheEnd) {
-  EXPECT_TRUE(asOrdinaryUser([] {
+// As an ordinary user, who has no more turns than the spammer.
+void expectAllBackBesideASpammer(const std::function<void(Band&, const Apps&)>& await) {
+  EXPECT_TRUE(asOrdinaryUser([&] {
     const Apps apps{};
     Band band;
     slow(band, apps);
     const Spammer spammer;
     giveBack(band, apps);
-    band.settled();
-    EXPECT_EQ(band.band.owed(), 0U);
-    EXPECT_TRUE(allShow(apps, "nice 0"));
+    await(band, apps);
   }));
 }
 
+TEST_F(LinuxBandTest, ASpammerDoesNotKeepAppsSlowedAtTheEnd) {
+  expectAllBackBesideASpammer([](Band& band, const Apps& apps) {
+    band.settled();
+    EXPECT_EQ(band.band.owed(), 0U);
+    EXPECT_TRUE(allShow(apps, "nice 0"));
+  });
+}
+
 TEST_F(LinuxBandTest, ASpammerDoesNotKeepAppsSlowedWhileTheProgramLivesOn) {
-  EXPECT_TRUE(asOrdinaryUser([] {
-    const Apps apps{};
-    Band band;
-    slow(band, apps);
-    const Spammer spammer;
-    giveBack(band, apps);
+  expectAllBackBesideASpammer([](Band& band, const Apps& apps) {
     EXPECT_TRUE(band.loop.runUntil([&] { return allShow(apps, "nice 0"); }, guard));
-  }));
+  });
 }
 
 // The same for two people at once. What they tell each other is shared memory.

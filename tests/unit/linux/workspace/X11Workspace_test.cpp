@@ -11,6 +11,7 @@
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
@@ -264,41 +265,37 @@ class ReusedWindowNumber : public X11WorkspaceTest {
     });
     return *program;
   }
+  // A game that is restarted twenty times, each time with the window of the one before.
+  void restart(const std::function<void(const Program&)>& whenItIsGone) {
+    Program* game = &window();
+    watch();
+    becomesFront(*game);
+    for (int round = 0; round < 20 && !HasFatalFailure(); ++round) {
+      const std::uint32_t id = m_desktop.waitForWindow(game->pid()).id;
+      stopWindowManager();
+      game->kill();
+      whenItIsGone(*game);
+      game = &startWithTheNumberOf(id);
+      m_desktop.windowManager().signal(SIGCONT);
+      becomesFront(*game);
+    }
+  }
+
+ private:
   void becomesFront(const Program& program) {
     ASSERT_TRUE(runUntil([&] { return isFront(program); }));
   }
 };
 
 TEST_F(ReusedWindowNumber, OfAGameThatWasRestartedUnseenIsTheNewGames) {
-  Program* game = &window();
-  watch();
-  becomesFront(*game);
-  for (int round = 0; round < 20; ++round) {
-    const std::uint32_t id = m_desktop.waitForWindow(game->pid()).id;
-    stopWindowManager();
-    game->kill();
-    game = &startWithTheNumberOf(id);
-    m_desktop.windowManager().signal(SIGCONT);
-    becomesFront(*game);
-    if (HasFatalFailure()) return;
-  }
+  restart([](const Program&) {});
 }
 
 TEST_F(ReusedWindowNumber, ThatWasNobodysForAMomentIsTheNewGames) {
-  Program* game = &window();
-  watch();
-  becomesFront(*game);
-  for (int round = 0; round < 20; ++round) {
-    const std::uint32_t id = m_desktop.waitForWindow(game->pid()).id;
-    stopWindowManager();
-    game->kill();
-    ASSERT_TRUE(runUntil([&] { return !m_events.empty() && m_events.back() == event("terminated", *game); }));
+  restart([this](const Program& game) {
+    ASSERT_TRUE(runUntil([&] { return !m_events.empty() && m_events.back() == event("terminated", game); }));
     m_loop.runUntil([] { return false; }, std::chrono::milliseconds(30)); // the answer: nobody's
-    game = &startWithTheNumberOf(id);
-    m_desktop.windowManager().signal(SIGCONT);
-    becomesFront(*game);
-    if (HasFatalFailure()) return;
-  }
+  });
 }
 
 TEST_F(X11WorkspaceTest, SurvivesHostileProperties) {
