@@ -2,6 +2,7 @@
 #include "app/AppDelegate.h"
 
 #include "BuildConfiguration.h"
+#include "base/Names.h"
 #include "engine/LastWait.h"
 
 #include <QCoreApplication>
@@ -16,11 +17,7 @@
 
 namespace vantle {
 
-namespace {
-
-constexpr const char* busName = "com.halvo.vantle";
-
-} // namespace
+namespace {} // namespace
 
 AppSettings& AppDelegate::settings() {
   if (!m_settings) m_settings = std::make_unique<AppSettings>(m_machine.defaults);
@@ -67,7 +64,7 @@ void AppDelegate::showInTray() {
   m_panel = std::make_unique<PanelController>(
       engine(), settings(), [this] { settingsWindow().show(); }, [] { QCoreApplication::quit(); });
   m_trayItem = std::make_unique<TrayItem>(engine(), *m_panel);
-  exportApplication(*m_panel, QString::fromLatin1(busName));
+  exportApplication(*m_panel, QString::fromLatin1(names::identifier));
 }
 
 // Everything is put back on the way out, as at any other end. A signal that arrives meanwhile is only noted.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/ExitGuard.h"
 
-#include "engine/Invariant.h"
+#include "base/Invariant.h"
 
 #include <cstdlib>
 #include <utility>

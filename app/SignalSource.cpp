@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/SignalSource.h"
 
-#include "engine/Invariant.h"
+#include "base/Invariant.h"
 
 #include <array>
 #include <atomic>

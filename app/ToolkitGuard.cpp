@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/ToolkitGuard.h"
 
-#include "engine/Invariant.h"
+#include "base/Invariant.h"
 
 #include <QtGlobal>
 #include <cstdlib>

@@ -7,6 +7,7 @@
 #include "app/SelfTestMode.h"
 #include "app/ToolkitGuard.h"
 #include "app/Watchdog.h"
+#include "base/Names.h"
 #include "engine/Backgrounder.h"
 #include "platform/linux/LinuxMachine.h"
 #include "platform/linux/catalog/DesktopCatalog.h"
@@ -30,9 +31,6 @@
 namespace vantle {
 
 namespace {
-
-constexpr const char* bundleIdentifier = "com.halvo.vantle";
-constexpr const char* formerIdentifier = "com.halvo.murn";
 
 bool isNamed(const char* variable) {
   const char* const value = std::getenv(variable);
@@ -78,7 +76,7 @@ int cannotStart(const char* reason) {
 // Its journal and settings are this program's now; both at once would work against each other.
 void askFormerEditionToQuit(const Workspace& workspace) {
   for (const AppRef& app : workspace.runningApplications()) {
-    if (app->bundleIdentifier() == formerIdentifier) app->terminate();
+    if (app->bundleIdentifier() == names::formerIdentifier) app->terminate();
   }
 }
 
@@ -114,8 +112,8 @@ int VantleApp::run() {
   std::optional<ToolkitGuard> startGuard([] {
     return cannotStart("the desktop session that DISPLAY or WAYLAND_DISPLAY names cannot be reached.");
   });
-  QGuiApplication::setDesktopFileName(bundleIdentifier);
-  QGuiApplication::setApplicationDisplayName("Vantle");
+  QGuiApplication::setDesktopFileName(names::identifier);
+  QGuiApplication::setApplicationDisplayName(names::display);
   QGuiApplication::setQuitOnLastWindowClosed(false);
   QGuiApplication application(m_argc, m_argv);
   startGuard.reset();
@@ -127,7 +125,7 @@ int VantleApp::run() {
   AutostartLoginItem loginItem(AutostartSetup::from(
       folders, [](const char* name) -> const char* { return std::getenv(name); },
       QCoreApplication::applicationFilePath().toStdString()));
-  DesktopCatalog catalog(DesktopEntries::dataFoldersFromEnvironment());
+  DesktopCatalog catalog(folders.allData());
   AppDelegate delegate(loop, machine->machine(), loginItem, catalog);
   QObject::connect(&application, &QCoreApplication::aboutToQuit, &application, [&] {
     delegate.applicationWillTerminate(stillAtIt);

@@ -2,8 +2,8 @@
 #include "app/Watchdog.h"
 
 #include "app/SignalSource.h"
-#include "engine/Invariant.h"
-#include "engine/ports/Pid.h"
+#include "base/Invariant.h"
+#include "base/Pid.h"
 #include "platform/linux/Descriptor.h"
 #include "platform/linux/process/SignalsBlocked.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "engine/ports/Pid.h"
+#include "base/Pid.h"
 #include "engine/ports/ProcessTable.h"
 
 #include <cstdint>

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "engine/AppSettings.h"
 
+#include "base/Names.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cstddef>
@@ -8,8 +10,6 @@
 namespace vantle {
 
 namespace {
-
-constexpr const char* formerDomain = "com.halvo.murn";
 
 struct AccentEntry {
   std::string_view raw;
@@ -74,7 +74,7 @@ void migrateFromFormerDomain(UserDefaults& defaults) {
   if (storedBool(defaults, defaultsKey::migratedFromMurn, false)) return;
   // Marked first, so that whatever happens next it is never tried again.
   defaults.set(defaultsKey::migratedFromMurn, true);
-  const std::unique_ptr<UserDefaults> former = defaults.openSuite(formerDomain);
+  const std::unique_ptr<UserDefaults> former = defaults.openSuite(names::formerIdentifier);
   if (!former) return;
   for (const char* key :
        {defaultsKey::automatic, defaultsKey::detectCrossOver, defaultsKey::detectMinecraft,

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "engine/Published.h"
+#include "base/Published.h"
 #include "engine/ports/UserDefaults.h"
 
 #include <array>
@@ -78,14 +78,14 @@ template <class T> class Setting {
     m_observers.notify();
     m_write(m_value);
   }
-  [[nodiscard]] std::unique_ptr<Registration> observe(Observers::Callback callback) {
+  [[nodiscard]] std::unique_ptr<Registration> observe(Observers<>::Callback callback) {
     return m_observers.add(std::move(callback));
   }
 
  private:
   T m_value;
   Write m_write;
-  Observers m_observers;
+  Observers<> m_observers;
 };
 
 // Every persistent choice of the person. Values are read once, at creation; what is missing or unreadable

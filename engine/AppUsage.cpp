@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "engine/AppUsage.h"
 
-#include "engine/Invariant.h"
+#include "base/Invariant.h"
 
 #include <algorithm>
 #include <array>

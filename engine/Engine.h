@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "base/Published.h"
 #include "engine/AppSettings.h"
 #include "engine/AppUsage.h"
 #include "engine/Backgrounder.h"
 #include "engine/MemoryWatch.h"
 #include "engine/Profile.h"
 #include "engine/Protection.h"
-#include "engine/Published.h"
 #include "engine/ports/Machine.h"
 
 #include <cstdint>

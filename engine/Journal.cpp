@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "engine/Journal.h"
 
+#include "base/Json.h"
+#include "base/Names.h"
 #include "engine/ProcessQueries.h"
 
-#include <cstdint>
 #include <limits>
-#include <nlohmann/json.hpp>
 
 namespace vantle {
 
@@ -14,21 +14,11 @@ namespace {
 // Tens of thousands of entries fit; anything larger was not written by this program.
 constexpr std::size_t largestJournal = std::size_t{4} << 20U;
 
-std::optional<std::uint64_t> unsignedMember(const nlohmann::json& object, const char* key) {
-  const auto found = object.find(key);
-  if (found == object.end() || !found->is_number_unsigned()) return std::nullopt;
-  return found->get<std::uint64_t>();
-}
-
-std::optional<Pid> pidMember(const nlohmann::json& object, const char* key) {
-  const auto found = object.find(key);
-  if (found == object.end() || !found->is_number_integer()) return std::nullopt;
-  if (found->is_number_unsigned() && found->get<std::uint64_t>() > std::numeric_limits<Pid>::max()) {
-    return std::nullopt;
-  }
-  const auto value = found->get<std::int64_t>();
-  if (value < std::numeric_limits<Pid>::min()) return std::nullopt;
-  return static_cast<Pid>(value);
+std::optional<Pid> pidOf(const Json& entry) {
+  const auto value = entry.integerAt("pid");
+  using Limits = std::numeric_limits<Pid>;
+  if (!value || *value < Limits::min() || *value > Limits::max()) return std::nullopt;
+  return static_cast<Pid>(*value);
 }
 
 std::unordered_set<ProcessIdentity> load(const FileStore& files, const std::string& path) {
@@ -40,14 +30,13 @@ std::unordered_set<ProcessIdentity> load(const FileStore& files, const std::stri
 } // namespace
 
 std::optional<std::unordered_set<ProcessIdentity>> decodeJournal(const std::string& bytes) {
-  const nlohmann::json document = nlohmann::json::parse(bytes, nullptr, /*allow_exceptions=*/false);
-  if (!document.is_array()) return std::nullopt;
+  const std::optional<Json> document = Json::parse(bytes);
+  if (!document || document->asArray() == nullptr) return std::nullopt;
   std::unordered_set<ProcessIdentity> identities;
-  for (const nlohmann::json& element : document) {
-    if (!element.is_object()) return std::nullopt;
-    const auto pid = pidMember(element, "pid");
-    const auto startSec = unsignedMember(element, "startSec");
-    const auto startUsec = unsignedMember(element, "startUsec");
+  for (const Json& entry : *document->asArray()) {
+    const auto pid = pidOf(entry);
+    const auto startSec = entry.unsignedAt("startSec");
+    const auto startUsec = entry.unsignedAt("startUsec");
     if (!pid || !startSec || !startUsec) return std::nullopt;
     identities.insert(ProcessIdentity{*pid, *startSec, *startUsec});
   }
@@ -56,12 +45,12 @@ std::optional<std::unordered_set<ProcessIdentity>> decodeJournal(const std::stri
 
 Journal::Journal(FileStore& files) : m_files(files) {
   const std::string support = files.applicationSupport();
-  const std::string folder = support + "/Vantle";
+  const std::string folder = support + "/" + names::display;
   files.createFolders(folder);
   m_url = folder + "/journal.json";
   m_entries = load(files, m_url);
 
-  const std::string formerFolder = support + "/Murn";
+  const std::string formerFolder = support + "/" + names::formerDisplay;
   const std::string former = formerFolder + "/kayit.json";
   if (files.exists(former)) {
     m_entries.merge(load(files, former));
@@ -90,12 +79,13 @@ void Journal::restoreAllAndClear(const ProcessTable& processes, BackgroundBand& 
 }
 
 void Journal::save() {
-  nlohmann::ordered_json document = nlohmann::ordered_json::array();
+  Json::Array document;
   for (const ProcessIdentity& identity : m_entries) {
-    document.push_back(
-        {{"pid", identity.pid}, {"startSec", identity.startSec}, {"startUsec", identity.startUsec}});
+    document.push_back(Json::Object{{"pid", std::int64_t{identity.pid}},
+                                    {"startSec", identity.startSec},
+                                    {"startUsec", identity.startUsec}});
   }
-  m_files.writeAtomically(m_url, document.dump());
+  m_files.writeAtomically(m_url, Json(std::move(document)).text());
 }
 
 } // namespace vantle

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "engine/ProcessQueries.h"
 
-#include "engine/Invariant.h"
-#include "engine/Utf8.h"
+#include "base/Invariant.h"
+#include "base/Utf8.h"
 
 #include <limits>
 #include <unordered_set>

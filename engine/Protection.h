@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "base/Pid.h"
 #include "engine/AppSettings.h"
 #include "engine/ports/AudioActivity.h"
-#include "engine/ports/Pid.h"
 #include "engine/ports/PowerAssertions.h"
 #include "engine/ports/RunningApplication.h"
 

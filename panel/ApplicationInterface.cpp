@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "panel/ApplicationInterface.h"
 
+#include "base/Names.h"
+
 #include <chrono>
 #include <utility>
 
@@ -33,7 +35,7 @@ ApplicationInterface::ApplicationInterface(PanelController& panel, QString busNa
 
 void ApplicationInterface::enterBus() {
   QDBusConnection bus = m_bus->connection();
-  if (bus.registerObject(QStringLiteral("/com/halvo/vantle"), this, QDBusConnection::ExportAllSlots)) {
+  if (bus.registerObject(QString::fromLatin1(names::busPath), this, QDBusConnection::ExportAllSlots)) {
     bus.registerService(m_busName);
   }
 }

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "panel/PanelWindow.h"
 
-#include "engine/Invariant.h"
+#include "base/Invariant.h"
+#include "base/Names.h"
 #include "panel/Compositing.h"
 #include "panel/PanelPlacement.h"
 #include "panel/Resources.h"
@@ -28,7 +29,7 @@ constexpr int maxGrabAttempts = 25;   // about as long as anybody holds a button
 PanelWindow::PanelWindow(Engine& engine, AppSettings& settings, PanelModel::Actions actions)
     : m_engine(settings), m_model(engine, std::move(actions)) {
   setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
-  setTitle(QStringLiteral("Vantle"));
+  setTitle(QString::fromLatin1(names::display));
   m_grabRetry.setInterval(grabRetryInterval);
   connect(&m_grabRetry, &QTimer::timeout, this, &PanelWindow::grabPointer);
   connect(this, &QQuickWindow::frameSwapped, this, [this] {

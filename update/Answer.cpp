@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "update/Answer.h"
 
+#include "base/Json.h"
 #include "update/AllowedUrl.h"
 #include "update/Version.h"
-
-#include <nlohmann/json.hpp>
 
 namespace vantle {
 
@@ -16,13 +15,11 @@ struct Latest {
 };
 
 std::optional<Latest> decoded(const std::string& body) {
-  const auto document = nlohmann::json::parse(body, nullptr, false);
-  if (!document.is_object()) return std::nullopt;
-  const auto version = document.find("version");
-  const auto url = document.find("url");
-  if (version == document.end() || !version->is_string()) return std::nullopt;
-  if (url == document.end() || !url->is_string()) return std::nullopt;
-  return Latest{version->get<std::string>(), url->get<std::string>()};
+  const Json document = Json::parse(body).value_or(Json());
+  auto version = document.textAt("version");
+  auto url = document.textAt("url");
+  if (!version || !url) return std::nullopt;
+  return Latest{std::move(*version), std::move(*url)};
 }
 
 } // namespace

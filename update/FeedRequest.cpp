@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "update/FeedRequest.h"
 
-#include "engine/Invariant.h"
+#include "base/Invariant.h"
 
 #include <QNetworkReply>
 #include <QNetworkRequest>

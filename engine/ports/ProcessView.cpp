@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "engine/ports/ProcessView.h"
 
-#include "engine/Invariant.h"
+#include "base/Invariant.h"
 
 #include <utility>
 

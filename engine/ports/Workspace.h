@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "engine/ports/Registration.h"
+#include "base/Registration.h"
 #include "engine/ports/RunningApplication.h"
 
 #include <functional>

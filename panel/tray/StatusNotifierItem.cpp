@@ -97,7 +97,7 @@ void StatusNotifierItem::show(const TrayIcon& icon, const QString& stateText) {
 }
 
 TrayToolTip StatusNotifierItem::toolTip() const {
-  return {.iconName = {}, .icon = {}, .title = QStringLiteral("Vantle"), .text = m_stateText};
+  return {.iconName = {}, .icon = {}, .title = title(), .text = m_stateText};
 }
 
 QDBusObjectPath StatusNotifierItem::menu() const { return QDBusObjectPath(menuPath); }

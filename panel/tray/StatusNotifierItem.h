@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "base/Names.h"
 #include "look/SessionBus.h"
 #include "panel/tray/TrayIcon.h"
 #include "panel/tray/TrayMenu.h"
@@ -38,8 +39,8 @@ class StatusNotifierItem : public QObject {
   void show(const TrayIcon& icon, const QString& stateText);
 
   QString category() const { return QStringLiteral("ApplicationStatus"); }
-  QString id() const { return QStringLiteral("com.halvo.vantle"); }
-  QString title() const { return QStringLiteral("Vantle"); }
+  QString id() const { return QString::fromLatin1(names::identifier); }
+  QString title() const { return QString::fromLatin1(names::display); }
   QString status() const { return QStringLiteral("Active"); }
   int windowId() const { return 0; }
   QString iconName() const { return {}; }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "panel/tray/XEmbedIcon.h"
 
+#include "base/Names.h"
+
 #include <QElapsedTimer>
 #include <QPainter>
 #include <algorithm>
@@ -132,8 +134,8 @@ void XEmbedIcon::makeWindow(xcb_visualid_t visual) {
   }
   const std::uint32_t info[] = {xembedVersion, xembedMapped};
   xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, m_window, m_atoms.info, m_atoms.info, 32, 2, info);
-  xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, m_window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8, 6,
-                      "Vantle");
+  xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, m_window, XCB_ATOM_WM_NAME, XCB_ATOM_STRING, 8,
+                      static_cast<std::uint32_t>(std::strlen(names::display)), names::display);
   constexpr char windowClass[] = "vantle\0Vantle";
   xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, m_window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 8,
                       sizeof windowClass, windowClass);

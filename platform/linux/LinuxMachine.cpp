@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/LinuxMachine.h"
 
+#include "base/Names.h"
 #include "engine/AppTrees.h"
 #include "platform/linux/Absent.h"
 #include "platform/linux/Descriptor.h"
@@ -34,21 +35,19 @@ namespace vantle {
 
 namespace {
 
-constexpr const char* applicationId = "com.halvo.vantle";
-
 // The data folder, so that identities outlive the session; the runtime folder when that one is full or
 // read-only.
 std::vector<std::string> epochPaths(const XdgFolders& folders) {
-  std::vector<std::string> paths{folders.data + "/Vantle/boot.json"};
-  if (folders.runtime) paths.push_back(*folders.runtime + "/" + applicationId + ".boot.json");
+  std::vector<std::string> paths{folders.data + "/" + names::display + "/boot.json"};
+  if (folders.runtime) paths.push_back(*folders.runtime + "/" + names::identifier + ".boot.json");
   return paths;
 }
 
 // The other way round: what it remembers ends with the user manager, and so does the runtime folder.
 std::vector<std::string> ledgerPaths(const XdgFolders& folders) {
   std::vector<std::string> paths;
-  if (folders.runtime) paths.push_back(*folders.runtime + "/" + applicationId + ".band.json");
-  paths.push_back(folders.data + "/Vantle/band.json");
+  if (folders.runtime) paths.push_back(*folders.runtime + "/" + names::identifier + ".band.json");
+  paths.push_back(folders.data + "/" + names::display + "/band.json");
   return paths;
 }
 
@@ -98,7 +97,7 @@ struct LinuxMachine::Parts {
       : files(folders.data, PosixFileStore::Sync::none),
         settingsFiles(folders.data, PosixFileStore::Sync::disk, PosixFileStore::Foreign::readable),
         epoch(BootEpoch::load(files, keptEpochs)), processes(epoch, kernel), clock(epoch),
-        defaults(settingsFiles, folders.config, applicationId) {}
+        defaults(settingsFiles, folders.config, names::identifier) {}
 
   PosixFileStore files;         // another boot has no use for what is kept here: the disk need not be awaited
   PosixFileStore settingsFiles; // the person's choices
@@ -138,7 +137,8 @@ std::unique_ptr<LinuxMachine> LinuxMachine::forDesktop(const XdgFolders& folders
       std::make_unique<LogindPowerAssertions>(*parts->systemBus, *parts->sessionBus, parts->processes);
   parts->pressure = std::make_unique<PsiMemoryPressure>(loop);
   parts->workspace = std::make_unique<X11Workspace>(
-      loop, X11Workspace::Options{.onConnectionLost = std::move(onDesktopLost)});
+      loop,
+      X11Workspace::Options{.dataFolders = folders.allData(), .onConnectionLost = std::move(onDesktopLost)});
   parts->notifications = std::make_unique<DesktopNotifications>(*parts->sessionBus);
   return machine;
 }

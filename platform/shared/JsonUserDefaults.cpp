@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/shared/JsonUserDefaults.h"
 
+#include "base/Text.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -14,16 +16,11 @@ namespace vantle {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 constexpr const char* fileName = "/defaults.json";
 constexpr const char* dateKey = "date";
 
 // Thousands of app names fit; a larger file was not written by this program.
 constexpr std::size_t largestFile = std::size_t{1} << 20U;
-
-// Values are copied and written by recursion. Nobody's choices are nested this deeply.
-constexpr int deepestNesting = 64;
 
 constexpr std::string_view datePattern = "dddd-dd-ddTdd:dd:ddZ";
 
@@ -61,50 +58,49 @@ std::string formatDate(Date date) {
 }
 
 std::optional<UserDefaults::Value> typed(const Json& json) {
-  if (json.is_boolean()) return json.get<bool>();
-  if (json.is_string()) return json.get<std::string>();
-  if (json.is_array()) {
-    if (!std::all_of(json.begin(), json.end(), [](const Json& item) { return item.is_string(); })) return {};
-    return json.get<std::vector<std::string>>();
+  if (const auto truth = json.asBool()) return *truth;
+  if (const std::string* text = json.asText()) return *text;
+  if (const Json::Array* array = json.asArray()) {
+    std::vector<std::string> texts;
+    for (const Json& one : *array) {
+      if (one.asText() == nullptr) return {};
+      texts.push_back(*one.asText());
+    }
+    return texts;
   }
-  if (json.is_object() && json.size() == 1) {
-    const auto date = json.find(dateKey);
-    if (date == json.end() || !date->is_string()) return {};
-    if (const auto parsed = parseDate(date->get_ref<const std::string&>())) return *parsed;
-  }
+  const Json::Object* members = json.asObject();
+  if (members == nullptr || members->size() != 1) return {};
+  const auto date = json.textAt(dateKey);
+  if (const auto parsed = date ? parseDate(*date) : std::nullopt) return *parsed;
   return {};
 }
 
 Json untyped(const UserDefaults::Value& value) {
-  if (const auto* date = std::get_if<Date>(&value)) return {{dateKey, formatDate(*date)}};
+  if (const auto* date = std::get_if<Date>(&value)) return Json::Object{{dateKey, formatDate(*date)}};
   if (const auto* truth = std::get_if<bool>(&value)) return *truth;
   if (const auto* text = std::get_if<std::string>(&value)) return *text;
-  return std::get<std::vector<std::string>>(value);
+  const auto& texts = std::get<std::vector<std::string>>(value);
+  return Json::Array(texts.begin(), texts.end());
 }
 
 struct Contents {
-  Json object = Json::object();
+  Json object = Json::Object{};
   bool isForeign = false; // something stands there, and it is not ours
 };
 
 Contents readContents(const FileStore& files, const std::string& path) {
   if (const std::optional<std::string> bytes = files.read(path, largestFile)) {
     if (std::optional<Json> object = decodeDefaults(*bytes)) return {std::move(*object), false};
-    return {Json::object(), true};
+    return {Json::Object{}, true};
   }
-  return {Json::object(), files.exists(path)};
+  return {Json::Object{}, files.exists(path)};
 }
 
 } // namespace
 
 std::optional<Json> decodeDefaults(const std::string& bytes) {
-  bool isTooDeep = false;
-  const auto watchDepth = [&](int depth, Json::parse_event_t /*event*/, const Json& /*parsed*/) {
-    isTooDeep = isTooDeep || depth > deepestNesting;
-    return !isTooDeep;
-  };
-  Json document = Json::parse(bytes, watchDepth, /*allow_exceptions=*/false);
-  if (isTooDeep || !document.is_object()) return std::nullopt;
+  std::optional<Json> document = Json::parse(bytes);
+  if (!document || document->asObject() == nullptr) return std::nullopt;
   return document;
 }
 
@@ -113,10 +109,9 @@ JsonUserDefaults::JsonUserDefaults(FileStore& files, std::string folder, const s
 
 std::optional<Json> JsonUserDefaults::stored(const std::string& key) const {
   if (const auto pending = m_pending.find(key); pending != m_pending.end()) return pending->second;
-  Json object = readContents(m_files, m_path).object;
-  const auto found = object.find(key);
-  if (found == object.end()) return std::nullopt;
-  return std::move(*found);
+  const Json object = readContents(m_files, m_path).object;
+  const Json* const found = object.find(key);
+  return found == nullptr ? std::nullopt : std::optional(*found);
 }
 
 std::optional<UserDefaults::Value> JsonUserDefaults::object(const std::string& key) const {
@@ -141,14 +136,14 @@ void JsonUserDefaults::save() {
   if (contents.isForeign && !m_files.rename(m_path, m_path + ".corrupt")) return;
   for (const auto& [key, value] : m_pending) {
     if (value) {
-      contents.object[key] = *value;
+      contents.object.set(key, *value);
     } else {
       contents.object.erase(key);
     }
   }
-  m_files.createFolders(m_path.substr(0, m_path.rfind('/')));
+  m_files.createFolders(folderOf(m_path));
   // A text that is no UTF-8 is cleaned rather than refused: then all the others would be lost with it.
-  const std::string bytes = contents.object.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+  const std::string bytes = contents.object.text(2) + "\n";
   if (m_files.writeAtomically(m_path, bytes)) m_pending.clear();
 }
 

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "base/Json.h"
 #include "engine/ports/FileStore.h"
 #include "engine/ports/UserDefaults.h"
 
 #include <map>
-#include <nlohmann/json.hpp>
 #include <string>
 
 namespace vantle {
@@ -31,8 +31,6 @@ class JsonUserDefaults final : public UserDefaults {
   bool copyFrom(const UserDefaults& other, const std::string& key) override;
 
  private:
-  using Json = nlohmann::ordered_json;
-
   std::optional<Json> stored(const std::string& key) const;
   void change(const std::string& key, std::optional<Json> value);
   void save();
@@ -44,7 +42,7 @@ class JsonUserDefaults final : public UserDefaults {
   std::map<std::string, std::optional<Json>> m_pending;
 };
 
-// The object in the bytes; absent when they hold anything else, or are nested too deeply to be walked safely.
-std::optional<nlohmann::ordered_json> decodeDefaults(const std::string& bytes);
+// The object in the bytes; absent when they hold anything else.
+std::optional<Json> decodeDefaults(const std::string& bytes);
 
 } // namespace vantle

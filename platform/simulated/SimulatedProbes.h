@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "engine/Published.h"
+#include "base/Published.h"
 #include "engine/ports/AudioActivity.h"
 #include "engine/ports/MemoryPressureEvents.h"
 #include "engine/ports/Notifications.h"
@@ -80,7 +80,7 @@ class SimulatedPressure final : public MemoryPressureEvents {
   };
 
   SimulatedCalls& m_calls;
-  Observers m_watchers;
+  Observers<> m_watchers;
   bool m_isCritical = false;
 };
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/simulated/SimulatedProcesses.h"
 
-#include "engine/Invariant.h"
+#include "base/Invariant.h"
 
 #include <algorithm>
 #include <utility>

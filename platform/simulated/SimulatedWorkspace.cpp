@@ -67,19 +67,17 @@ bool SimulatedWorkspace::deliverNext() {
   m_events.pop_front();
   if (event.kind == WorkspaceEvent::terminated) std::erase(m_apps, event.app);
   const Holding delivering(m_isDelivering);
-  m_delivered = event.app;
   switch (event.kind) {
   case WorkspaceEvent::activated:
-    m_activated.notify();
+    m_activated.notify(event.app);
     break;
   case WorkspaceEvent::launched:
-    m_launched.notify();
+    m_launched.notify(event.app);
     break;
   case WorkspaceEvent::terminated:
-    m_terminated.notify();
+    m_terminated.notify(event.app);
     break;
   }
-  m_delivered = nullptr;
   return true;
 }
 
@@ -114,16 +112,15 @@ AppRef SimulatedWorkspace::runningApplication(Pid pid) const {
 
 std::unique_ptr<Registration> SimulatedWorkspace::observe(WorkspaceEvent event, Handler handler) {
   m_calls.read({.operation = Operation::observeEvents, .about = eventName(event)});
-  auto callback = [this, handler = std::move(handler)] { handler(m_delivered); };
   switch (event) {
   case WorkspaceEvent::launched:
-    return m_launched.add(std::move(callback));
+    return m_launched.add(std::move(handler));
   case WorkspaceEvent::terminated:
-    return m_terminated.add(std::move(callback));
+    return m_terminated.add(std::move(handler));
   case WorkspaceEvent::activated:
     break;
   }
-  return m_activated.add(std::move(callback));
+  return m_activated.add(std::move(handler));
 }
 
 } // namespace vantle

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "engine/Published.h"
+#include "base/Published.h"
 #include "engine/ports/Workspace.h"
 #include "platform/simulated/SimulatedCalls.h"
 
@@ -106,10 +106,9 @@ class SimulatedWorkspace final : public Workspace {
   SimulatedAppRef m_front;
   std::deque<Event> m_events;
   bool m_isDelivering = false;
-  AppRef m_delivered; // the app of the event under way
-  Observers m_activated;
-  Observers m_launched;
-  Observers m_terminated;
+  Observers<const AppRef&> m_activated;
+  Observers<const AppRef&> m_launched;
+  Observers<const AppRef&> m_terminated;
 };
 
 } // namespace vantle

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "engine/Published.h"
+#include "base/Published.h"
 #include "engine/ports/LoginItem.h"
 
 namespace vantle {

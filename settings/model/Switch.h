@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "base/Published.h"
 #include "engine/AppSettings.h"
-#include "engine/Published.h"
 
 #include <QObject>
 #include <QtQml/qqmlregistration.h>

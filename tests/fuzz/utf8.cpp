@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Any bytes as a text.
-#include "engine/Utf8.h"
+#include "base/Utf8.h"
 #include "platform/shared/IcuText.h"
 #include "tests/fuzz/Target.h"
 

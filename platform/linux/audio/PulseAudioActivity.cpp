@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/audio/PulseAudioActivity.h"
 
+#include "base/Names.h"
 #include "platform/linux/audio/AudioStreams.h"
 
 #include <algorithm>
@@ -50,7 +51,7 @@ bool isRunning(const Operation& operation) {
 class PulseAudioActivity::Connection {
  public:
   explicit Connection(const std::string& server) : m_loop(pa_mainloop_new()) {
-    m_context.reset(pa_context_new(pa_mainloop_get_api(m_loop.get()), "Vantle"));
+    m_context.reset(pa_context_new(pa_mainloop_get_api(m_loop.get()), names::display));
     pa_context_connect(m_context.get(), server.empty() ? nullptr : server.c_str(), PA_CONTEXT_NOAUTOSPAWN,
                        nullptr);
   }

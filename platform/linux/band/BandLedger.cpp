@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/band/BandLedger.h"
 
+#include "base/Json.h"
+#include "base/Text.h"
+
 #include <algorithm>
-#include <nlohmann/json.hpp>
 #include <utility>
 
 namespace vantle {
@@ -11,45 +13,30 @@ namespace {
 
 constexpr std::size_t largestLedger = std::size_t{1} << 20U; // thousands of units
 
-std::optional<std::string> text(const nlohmann::json& object, const char* key) {
-  const auto found = object.find(key);
-  if (found == object.end() || !found->is_string()) return std::nullopt;
-  return found->get<std::string>();
-}
-
-std::optional<BandLedger::Unit> unitOf(const nlohmann::json& object) {
-  if (!object.is_object()) return std::nullopt;
-  const auto name = text(object, "name");
-  const auto path = text(object, "path");
-  const auto weight = object.find("weight");
-  if (!name || !path || weight == object.end() || !weight->is_number_unsigned()) return std::nullopt;
-  return BandLedger::Unit{{*name, *path}, weight->get<std::uint64_t>()};
-}
-
-// What stands in a list of the document; nothing when there is none.
-template <class Callback>
-void forEachIn(const nlohmann::json& document, const char* key, const Callback& call) {
-  const auto list = document.find(key);
-  if (list == document.end() || !list->is_array()) return;
-  for (const nlohmann::json& one : *list) call(one);
+std::optional<BandLedger::Unit> unitOf(const Json& record) {
+  const auto name = record.textAt("name");
+  const auto path = record.textAt("path");
+  const auto weight = record.unsignedAt("weight");
+  if (!name || !path || !weight) return std::nullopt;
+  return BandLedger::Unit{{*name, *path}, *weight};
 }
 
 } // namespace
 
 BandLedger::Content BandLedger::decode(const std::string& bytes, const std::string& bootId) {
-  const nlohmann::json document = nlohmann::json::parse(bytes, nullptr, /*allow_exceptions=*/false);
+  const Json document = Json::parse(bytes).value_or(Json());
   Content content;
-  if (!document.is_object() || text(document, "boot") != bootId) return content;
-  forEachIn(document, "units", [&content](const nlohmann::json& one) {
+  if (document.textAt("boot") != bootId) return content;
+  for (const Json& one : document.arrayAt("units")) {
     if (std::optional<Unit> unit = unitOf(one)) content.units.push_back(std::move(*unit));
-  });
-  forEachIn(document, "sessions", [&content](const nlohmann::json& one) {
-    if (one.is_number_integer()) content.sessions.insert(one.get<long>());
-  });
-  forEachIn(document, "sets", [&content](const nlohmann::json& one) {
-    const auto set = one.is_string() ? ProcessorSet::parse(one.get<std::string>()) : std::nullopt;
+  }
+  for (const Json& one : document.arrayAt("sessions")) {
+    if (const auto session = one.asInteger()) content.sessions.insert(*session);
+  }
+  for (const Json& one : document.arrayAt("sets")) {
+    const auto set = one.asText() == nullptr ? std::nullopt : ProcessorSet::parse(*one.asText());
     if (set && !set->empty()) content.sets.push_back(*set);
-  });
+  }
   return content;
 }
 
@@ -133,20 +120,20 @@ bool BandLedger::save() {
 }
 
 bool BandLedger::write(const std::string& path, const Content& content) {
-  nlohmann::ordered_json units = nlohmann::ordered_json::array();
+  Json::Array units;
   for (const Unit& unit : content.units) {
-    units.push_back({{"name", unit.place.name}, {"path", unit.place.path}, {"weight", unit.weight}});
+    units.push_back(
+        Json::Object{{"name", unit.place.name}, {"path", unit.place.path}, {"weight", unit.weight}});
   }
-  nlohmann::ordered_json sets = nlohmann::ordered_json::array();
-  for (const ProcessorSet& set : content.sets) sets.push_back(set.text());
-  const nlohmann::ordered_json document{{"boot", m_bootId},
-                                        {"units", std::move(units)},
-                                        {"sessions", content.sessions},
-                                        {"sets", std::move(sets)}};
-  m_files.createFolders(path.substr(0, path.rfind('/')));
-  // A unit's name is whatever its owner chose; bytes that are no text must not stop the program.
-  const bool written = m_files.writeAtomically(
-      path, document.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace));
+  Json::Array sets;
+  for (const ProcessorSet& set : content.sets) sets.emplace_back(set.text());
+  const Json document =
+      Json::Object{{"boot", m_bootId},
+                   {"units", std::move(units)},
+                   {"sessions", Json::Array(content.sessions.begin(), content.sessions.end())},
+                   {"sets", std::move(sets)}};
+  m_files.createFolders(folderOf(path));
+  const bool written = m_files.writeAtomically(path, document.text());
   if (!written) return false;
   content.empty() ? static_cast<void>(m_held.erase(path)) : static_cast<void>(m_held.insert(path));
   return true;

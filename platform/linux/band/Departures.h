@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "engine/ports/Pid.h"
+#include "base/Pid.h"
 #include "platform/linux/band/SessionWeights.h"
 #include "platform/linux/band/ThreadLevers.h"
 #include "platform/linux/kernel/Kernel.h"

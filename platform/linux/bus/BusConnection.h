@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "engine/Published.h"
+#include "base/Published.h"
 #include "platform/linux/bus/BusTypes.h"
 #include "platform/shared/EventLoop.h"
 
@@ -75,7 +75,7 @@ class BusConnection {
   EventLoop& m_loop;
   Kind m_kind = Kind::session;
   std::string m_address; // empty: by kind
-  Observers m_lost;
+  Observers<> m_lost;
   std::unique_ptr<sd_bus, CloseBus> m_bus;
   int m_watched = -1; // the descriptor that the watches below are for
   std::unique_ptr<EventLoop::Handle> m_readable;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/files/OwnFolder.h"
 
+#include "base/Text.h"
+
 #include <array>
 #include <cerrno>
 #include <climits>
@@ -62,9 +64,9 @@ Descriptor openOwnFolder(const std::string& path) {
 bool isOwnFolder(std::string path) {
   for (;;) {
     if (openOwnFolder(path)) return true;
-    const std::size_t slash = path.rfind('/');
-    if (errno != ENOENT || slash == std::string::npos || path == "/") return false;
-    path.resize(slash == 0 ? 1 : slash);
+    const std::string above = folderOf(path);
+    if (errno != ENOENT || above.empty() || above == path) return false;
+    path = above;
   }
 }
 

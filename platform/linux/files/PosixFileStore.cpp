@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/files/PosixFileStore.h"
 
+#include "base/Text.h"
 #include "platform/linux/Descriptor.h"
 #include "platform/linux/files/OwnFolder.h"
 #include "platform/linux/files/RegularFile.h"
@@ -22,13 +23,6 @@ namespace vantle {
 namespace {
 
 constexpr mode_t ownerOnlyFolder = 0700;
-
-std::string folderOf(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  return slash == 0 || slash == std::string::npos ? "/" : path.substr(0, slash);
-}
-
-std::string nameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
 
 // A link that stands in a folder of one's own was made by oneself, unless everybody may make one there.
 bool isOwnLink(const std::string& path, const struct stat& link) {
@@ -87,14 +81,15 @@ bool PosixFileStore::writeAtomically(const std::string& path, const std::string&
   if (m_tidiedFolders.insert(folderOf(*target)).second) TemporaryFile::removeLeftovers(place);
   TemporaryFile file(place);
   return file.write(bytes) && (m_sync == Sync::none || file.flushToDisk()) &&
-         file.replace(place + "/" + nameOf(*target));
+         file.replace(place + "/" + fileNameOf(*target));
 }
 
 bool PosixFileStore::exists(const std::string& path) const { return ::access(path.c_str(), F_OK) == 0; }
 
 bool PosixFileStore::rename(const std::string& path, const std::string& newPath) {
   const Descriptor folder = openOwnFolder(folderOf(path));
-  return folder && ::renameat(folder.get(), nameOf(path).c_str(), folder.get(), nameOf(newPath).c_str()) == 0;
+  return folder &&
+         ::renameat(folder.get(), fileNameOf(path).c_str(), folder.get(), fileNameOf(newPath).c_str()) == 0;
 }
 
 void PosixFileStore::createFolders(const std::string& path) {
@@ -104,7 +99,7 @@ void PosixFileStore::createFolders(const std::string& path) {
     if (!exists(next)) {
       const Descriptor folder = openOwnFolder(folderOf(next));
       if (!folder) return;
-      ::mkdirat(folder.get(), nameOf(next).c_str(), ownerOnlyFolder);
+      ::mkdirat(folder.get(), fileNameOf(next).c_str(), ownerOnlyFolder);
     }
     if (end != std::string::npos) ++end;
   }
@@ -113,7 +108,7 @@ void PosixFileStore::createFolders(const std::string& path) {
 void PosixFileStore::removeFolder(const std::string& path) {
   const Descriptor folder = openOwnFolder(folderOf(path));
   std::error_code ignored;
-  if (folder) std::filesystem::remove_all(pathOf(folder) + "/" + nameOf(path), ignored);
+  if (folder) std::filesystem::remove_all(pathOf(folder) + "/" + fileNameOf(path), ignored);
 }
 
 } // namespace vantle

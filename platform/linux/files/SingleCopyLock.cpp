@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/files/SingleCopyLock.h"
 
+#include "base/Names.h"
 #include "platform/linux/files/OwnFolder.h"
 #include "platform/linux/files/PosixFileStore.h"
 #include "platform/linux/process/KernelFile.h"
@@ -16,8 +17,6 @@
 namespace vantle {
 
 namespace {
-
-constexpr const char* fileName = "/com.halvo.vantle.lock";
 
 // Together a quarter of a second: with much memory a process takes that long to end.
 constexpr int mostAttempts = 25;
@@ -95,7 +94,7 @@ Attempt lockFolder(const std::string& folder) {
 SingleCopyLock SingleCopyLock::acquire(const XdgFolders& folders) {
   std::vector<std::string> places;
   if (folders.runtime && openOwnFolder(*folders.runtime)) places.push_back(*folders.runtime);
-  const std::string data = folders.data + "/Vantle";
+  const std::string data = folders.data + "/" + names::display;
   PosixFileStore(folders.data, PosixFileStore::Sync::none).createFolders(data);
   if (openOwnFolder(data)) places.push_back(data);
   return acquire(places);
@@ -104,7 +103,7 @@ SingleCopyLock SingleCopyLock::acquire(const XdgFolders& folders) {
 SingleCopyLock SingleCopyLock::acquire(const std::vector<std::string>& folders) {
   std::vector<Descriptor> locked;
   for (const std::string& folder : folders) {
-    Attempt file = lockFile(folder + fileName);
+    Attempt file = lockFile(folder + "/" + names::identifier + ".lock");
     if (file.isHeldByOther) return {Outcome::heldByOther, {}};
     if (!file.descriptor) continue;
     locked.push_back(std::move(file.descriptor));

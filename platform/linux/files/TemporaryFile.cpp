@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/files/TemporaryFile.h"
 
-#include "engine/ports/Pid.h"
+#include "base/Pid.h"
 
 #include <cerrno>
 #include <charconv>

@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/files/XdgFolders.h"
 
+#include "base/Text.h"
+
 #include <cstdlib>
 #include <pwd.h>
 #include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace vantle {
 
@@ -17,6 +20,14 @@ std::optional<std::string> absolute(const char* value) {
   std::string path(value);
   while (path.size() > 1 && path.back() == '/') path.pop_back();
   return path;
+}
+
+std::vector<std::string> absoluteAmong(const char* list, const char* usual) {
+  std::vector<std::string> folders;
+  for (const std::string& one : split(list == nullptr ? "" : list, ':')) {
+    if (auto folder = absolute(one.c_str())) folders.push_back(std::move(*folder));
+  }
+  return folders.empty() ? split(usual, ':') : folders;
 }
 
 std::string homeFolder(const XdgFolders::Environment& environment) {
@@ -57,10 +68,16 @@ XdgFolders XdgFolders::from(const Environment& environment) {
   };
   folders.data = folder("XDG_DATA_HOME", ".local/share");
   folders.config = folder("XDG_CONFIG_HOME", ".config");
-  folders.state = folder("XDG_STATE_HOME", ".local/state");
-  folders.cache = folder("XDG_CACHE_HOME", ".cache");
   folders.runtime = runtimeFolder(environment);
+  folders.systemData = absoluteAmong(environment("XDG_DATA_DIRS"), "/usr/local/share:/usr/share");
+  folders.systemConfig = absoluteAmong(environment("XDG_CONFIG_DIRS"), "/etc/xdg");
   return folders;
+}
+
+std::vector<std::string> XdgFolders::allData() const {
+  std::vector<std::string> all{data};
+  all.insert(all.end(), systemData.begin(), systemData.end());
+  return all;
 }
 
 } // namespace vantle

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/login/AutostartEntry.h"
 
+#include "base/Names.h"
+
 #include <algorithm>
 #include <glib.h>
 
@@ -29,7 +31,7 @@ std::optional<std::string> textOf(GKeyFile* file, const char* key) {
 }
 
 // Whether the list under the key names one of the desktops; absent when there is no such list.
-std::optional<bool> names(GKeyFile* file, const char* key, const std::vector<std::string>& desktops) {
+std::optional<bool> listsOneOf(GKeyFile* file, const char* key, const std::vector<std::string>& desktops) {
   const TextList list(g_key_file_get_string_list(file, group, key, nullptr, nullptr));
   if (!list) return std::nullopt;
   return std::any_of(desktops.begin(), desktops.end(), [&](const std::string& desktop) {
@@ -79,8 +81,8 @@ std::optional<AutostartEntry> AutostartEntry::parse(const std::string& text) {
 }
 
 bool AutostartEntry::isShownIn(const std::vector<std::string>& desktops) const {
-  return names(m_file->get(), G_KEY_FILE_DESKTOP_KEY_ONLY_SHOW_IN, desktops).value_or(true) &&
-         !names(m_file->get(), G_KEY_FILE_DESKTOP_KEY_NOT_SHOW_IN, desktops).value_or(false);
+  return listsOneOf(m_file->get(), G_KEY_FILE_DESKTOP_KEY_ONLY_SHOW_IN, desktops).value_or(true) &&
+         !listsOneOf(m_file->get(), G_KEY_FILE_DESKTOP_KEY_NOT_SHOW_IN, desktops).value_or(false);
 }
 
 bool AutostartEntry::starts(const std::vector<std::string>& desktops) const {
@@ -96,9 +98,9 @@ void AutostartEntry::enable(const std::string& program, const std::vector<std::s
   GKeyFile* const file = m_file->get();
   g_key_file_set_string(file, group, G_KEY_FILE_DESKTOP_KEY_TYPE, G_KEY_FILE_DESKTOP_TYPE_APPLICATION);
   if (!textOf(file, G_KEY_FILE_DESKTOP_KEY_NAME))
-    g_key_file_set_string(file, group, G_KEY_FILE_DESKTOP_KEY_NAME, "Vantle");
+    g_key_file_set_string(file, group, G_KEY_FILE_DESKTOP_KEY_NAME, names::display);
   if (!textOf(file, G_KEY_FILE_DESKTOP_KEY_ICON))
-    g_key_file_set_string(file, group, G_KEY_FILE_DESKTOP_KEY_ICON, "com.halvo.vantle");
+    g_key_file_set_string(file, group, G_KEY_FILE_DESKTOP_KEY_ICON, names::identifier);
   g_key_file_set_string(file, group, G_KEY_FILE_DESKTOP_KEY_EXEC, execValue(program).c_str());
   g_key_file_set_boolean(file, group, gnomeEnabled, 1);
   m_file->remove(G_KEY_FILE_DESKTOP_KEY_HIDDEN);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/login/AutostartLoginItem.h"
 
+#include "base/Names.h"
+#include "base/Text.h"
 #include "platform/linux/files/OwnFolder.h"
 #include "platform/linux/files/PosixFileStore.h"
 #include "platform/linux/login/AutostartEntry.h"
@@ -9,7 +11,6 @@
 #include <cstddef>
 #include <filesystem>
 #include <glib.h>
-#include <sstream>
 #include <system_error>
 #include <utility>
 
@@ -17,19 +18,9 @@ namespace vantle {
 
 namespace {
 
-constexpr const char* fileName = "com.halvo.vantle.desktop";
 constexpr std::size_t fileLimit = 1 << 20; // bytes; larger is no desktop entry
 
-std::vector<std::string> partsOf(const char* list) {
-  std::vector<std::string> parts;
-  std::istringstream stream(list == nullptr ? "" : list);
-  for (std::string part; std::getline(stream, part, ':');) {
-    if (!part.empty()) parts.push_back(std::move(part));
-  }
-  return parts;
-}
-
-std::string pathIn(const std::string& folder) { return folder + "/" + fileName; }
+std::string pathIn(const std::string& folder) { return folder + "/" + names::identifier + ".desktop"; }
 
 // Anything of that name, a dangling link included: it hides the files of that name in later folders.
 bool stands(const std::string& path) {
@@ -53,11 +44,10 @@ bool startsAt(const std::string& path, const std::vector<std::string>& desktops)
 AutostartSetup AutostartSetup::from(const XdgFolders& folders, const XdgFolders::Environment& environment,
                                     std::string program) {
   AutostartSetup setup{std::move(program), folders.config + "/autostart", {}, {}};
-  std::vector<std::string> roots = partsOf(environment("XDG_CONFIG_DIRS"));
-  std::erase_if(roots, [](const std::string& root) { return root.front() != '/'; });
-  if (roots.empty()) roots.emplace_back("/etc/xdg");
-  for (const std::string& root : roots) setup.systemFolders.push_back(root + "/autostart");
-  setup.desktops = partsOf(environment("XDG_CURRENT_DESKTOP"));
+  for (const std::string& root : folders.systemConfig) setup.systemFolders.push_back(root + "/autostart");
+  const char* const desktops = environment("XDG_CURRENT_DESKTOP");
+  setup.desktops = split(desktops == nullptr ? "" : desktops, ':');
+  std::erase(setup.desktops, "");
   return setup;
 }
 

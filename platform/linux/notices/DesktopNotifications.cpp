@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/notices/DesktopNotifications.h"
 
+#include "base/Names.h"
+
 #include <cstring>
 #include <utility>
 
@@ -10,8 +12,6 @@ namespace {
 
 constexpr const char* daemonName = "org.freedesktop.Notifications";
 constexpr const char* daemonPath = "/org/freedesktop/Notifications";
-constexpr const char* appName = "Vantle";
-constexpr const char* appId = "com.halvo.vantle"; // its icon and its desktop file are called so
 
 // A daemon that takes longer than this has lost the notice.
 constexpr std::chrono::seconds forgetAfter{25};
@@ -77,9 +77,9 @@ void DesktopNotifications::send(const std::string& identifier, Notice& notice) {
   BusMessage message = m_bus.methodCall(method("Notify"));
   if (!message) return;
   // No actions; the daemon's own time to show it; no sound.
-  const int status =
-      sd_bus_message_append(message.get(), "susssasa{sv}i", appName, notice.id, appId, content.title.c_str(),
-                            body.c_str(), 0, 2, "desktop-entry", "s", appId, "suppress-sound", "b", 1, -1);
+  const int status = sd_bus_message_append(
+      message.get(), "susssasa{sv}i", names::display, notice.id, names::identifier, content.title.c_str(),
+      body.c_str(), 0, 2, "desktop-entry", "s", names::identifier, "suppress-sound", "b", 1, -1);
   if (status < 0) return;
   notice.isOnTheWay = m_bus.callAsync(
       std::move(message), forgetAfter,

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/power/SessionInhibitors.h"
 
+#include "base/Text.h"
+
 #include <algorithm>
-#include <cctype>
 #include <cstdint>
 #include <limits>
 #include <set>
@@ -43,13 +44,6 @@ std::string text(sd_bus_message* reply, char type) {
   return value;
 }
 
-std::string lowerCase(std::string_view value) {
-  std::string lower(value);
-  std::transform(lower.begin(), lower.end(), lower.begin(),
-                 [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
-  return lower;
-}
-
 std::string_view behindLast(std::string_view value, char separator) {
   return value.substr(value.rfind(separator) + 1); // npos + 1 is 0
 }
@@ -57,8 +51,8 @@ std::string_view behindLast(std::string_view value, char separator) {
 } // namespace
 
 bool isProgramOfApp(std::string_view path, std::string_view appId) {
-  const std::string program = lowerCase(behindLast(path, '/'));
-  const std::string whole = lowerCase(behindLast(appId, '/'));
+  const std::string program = asciiLowered(behindLast(path, '/'));
+  const std::string whole = asciiLowered(behindLast(appId, '/'));
   for (const std::string_view name : {std::string_view(whole), behindLast(whole, '.')}) {
     if (name.empty() || !std::string_view(program).starts_with(name)) continue;
     if (program.size() == name.size() || program[name.size()] == '-') return true;

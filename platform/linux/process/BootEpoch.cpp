@@ -1,16 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/process/BootEpoch.h"
 
+#include "base/Json.h"
+#include "base/Text.h"
+#include "platform/linux/Descriptor.h"
+
 #include <algorithm>
 #include <cstddef>
 #include <ctime>
 #include <fcntl.h>
 #include <limits>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <unistd.h>
-
-#include "platform/linux/Descriptor.h"
 
 namespace vantle {
 
@@ -35,14 +36,10 @@ std::optional<std::uint64_t> kept(const FileStore& files, const std::string& pat
                                   const std::string& bootId) {
   const std::optional<std::string> bytes = files.read(path, largestRecord);
   if (!bytes) return std::nullopt;
-  const nlohmann::json record = nlohmann::json::parse(*bytes, nullptr, /*allow_exceptions=*/false);
-  if (!record.is_object()) return std::nullopt;
-  const auto boot = record.find("bootId");
-  const auto epoch = record.find("epochMicros");
-  if (boot == record.end() || *boot != bootId) return std::nullopt;
-  if (epoch == record.end() || !epoch->is_number_unsigned()) return std::nullopt;
-  const auto micros = epoch->get<std::uint64_t>();
-  return micros <= latestEpoch ? std::optional(micros) : std::nullopt;
+  const Json record = Json::parse(*bytes).value_or(Json());
+  const auto micros = record.unsignedAt("epochMicros");
+  if (record.textAt("bootId") != bootId || !micros || *micros > latestEpoch) return std::nullopt;
+  return micros;
 }
 
 std::int64_t microsOf(clockid_t clock) {
@@ -66,10 +63,9 @@ BootEpoch BootEpoch::load(FileStore& files, const std::vector<std::string>& path
   const BootEpoch epoch(static_cast<std::uint64_t>(taken));
   if (bootId.empty()) return epoch;
 
-  nlohmann::ordered_json record{{"bootId", bootId}, {"epochMicros", epoch.micros()}};
-  const std::string bytes = record.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+  const std::string bytes = Json(Json::Object{{"bootId", bootId}, {"epochMicros", epoch.micros()}}).text();
   for (const std::string& path : paths) {
-    files.createFolders(path.substr(0, path.rfind('/')));
+    files.createFolders(folderOf(path));
     if (files.writeAtomically(path, bytes)) break;
   }
   return epoch;

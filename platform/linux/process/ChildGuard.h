@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "engine/ports/Pid.h"
+#include "base/Pid.h"
 #include "platform/linux/Descriptor.h"
 
 namespace vantle {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/workspace/AppEvidence.h"
 
+#include "base/Text.h"
 #include "platform/linux/Descriptor.h"
 #include "platform/linux/process/BoundedWait.h"
 #include "platform/linux/workspace/ProgramPath.h"
@@ -36,16 +37,6 @@ std::string readAll(const std::string& path) {
   return bytes;
 }
 
-std::vector<std::string> split(std::string_view text, char separator) {
-  std::vector<std::string> parts;
-  while (!text.empty()) {
-    const std::size_t end = std::min(text.find(separator), text.size());
-    parts.emplace_back(text.substr(0, end));
-    text.remove_prefix(std::min(end + 1, text.size()));
-  }
-  return parts;
-}
-
 std::string valueOf(const std::vector<std::string>& variables, std::string_view prefix) {
   const auto found = std::find_if(variables.begin(), variables.end(),
                                   [&](const std::string& variable) { return variable.starts_with(prefix); });
@@ -61,12 +52,10 @@ std::string linkTarget(const std::string& path) {
   return text;
 }
 
-std::string fileName(const std::string& path) { return path.substr(path.rfind('/') + 1); }
-
 // The unit is the last folder of the process's place among the control groups.
 std::string unitName(const std::string& folder) {
   for (const std::string& line : split(readAll(folder + "/cgroup"), '\n')) {
-    if (line.starts_with("0::") || line.find(":name=systemd:") != std::string::npos) return fileName(line);
+    if (line.starts_with("0::") || line.find(":name=systemd:") != std::string::npos) return fileNameOf(line);
   }
   return {};
 }
@@ -112,7 +101,7 @@ std::string startedProgram(const AppEvidence& evidence) {
   constexpr std::size_t longestCommandName = 15;
   if (evidence.arguments.empty()) return {};
   const std::string& name = evidence.arguments.front();
-  if (fileName(name).substr(0, longestCommandName) != evidence.commandName) return {};
+  if (fileNameOf(name).substr(0, longestCommandName) != evidence.commandName) return {};
   const std::size_t slash = name.find('/');
   if (slash != 0 && slash != std::string::npos) return {}; // from a folder that nobody knows any more
   std::string path = realPath(absolutePath(name));
@@ -133,7 +122,7 @@ AppEvidence withItsOwnWords(AppEvidence evidence) {
     evidence.launchedFile = valueOf(environment, "GIO_LAUNCHED_DESKTOP_FILE=");
   }
   evidence.program = evidence.executable;
-  if (isInterpreter(fileName(evidence.executable))) {
+  if (isInterpreter(fileNameOf(evidence.executable))) {
     evidence.program = scriptOf(evidence);
   } else if (evidence.executable.find("/.mount_") != std::string::npos) {
     evidence.program = valueOf(environment, "APPIMAGE="); // it runs from a file system of its own
@@ -197,7 +186,7 @@ AppEvidence readEvidence(Pid pid) {
   const std::string unit = unitName(folder);
   evidence.unit = unitIdOf(unit);
   evidence.sandboxId = snapIdOf(unit);
-  if (!isInterpreter(fileName(evidence.executable))) evidence.program = evidence.executable;
+  if (!isInterpreter(fileNameOf(evidence.executable))) evidence.program = evidence.executable;
 
   static BoundedWait wait(mostStuck);
   return wait.answer(longestAnswer, [evidence] { return withItsOwnWords(evidence); }).value_or(evidence);

@@ -33,11 +33,6 @@ std::int64_t changedAt(const std::string& folder) {
   return std::int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec;
 }
 
-std::string environment(const char* name, const std::string& fallback) {
-  const char* const value = std::getenv(name);
-  return value == nullptr || *value == '\0' ? fallback : value;
-}
-
 // One data folder, as one thread reads it.
 struct FolderReading {
   std::vector<DesktopEntry> entries;
@@ -118,18 +113,6 @@ struct DesktopEntries::Reading {
   }
 };
 
-std::vector<std::string> DesktopEntries::dataFoldersFromEnvironment() {
-  const std::string home = environment("HOME", "/");
-  std::vector<std::string> folders{environment("XDG_DATA_HOME", home + "/.local/share")};
-  std::string list = environment("XDG_DATA_DIRS", "/usr/local/share:/usr/share");
-  for (std::string_view left = list; !left.empty();) {
-    const std::size_t end = std::min(left.find(':'), left.size());
-    if (left.starts_with('/')) folders.emplace_back(left.substr(0, end));
-    left.remove_prefix(std::min(end + 1, left.size()));
-  }
-  return folders;
-}
-
 DesktopEntries::DesktopEntries(std::vector<std::string> dataFolders)
     : m_dataFolders(std::move(dataFolders)) {}
 DesktopEntries::~DesktopEntries() = default;
@@ -166,13 +149,6 @@ void DesktopEntries::takeOver() {
     }
   }
   m_entries.shrink_to_fit();
-}
-
-const DesktopEntry* DesktopEntries::find(const std::string& id) {
-  const std::vector<DesktopEntry>& entries = all();
-  const auto found =
-      std::find_if(entries.begin(), entries.end(), [&](const DesktopEntry& entry) { return entry.id == id; });
-  return found == entries.end() ? nullptr : &*found;
 }
 
 } // namespace vantle

@@ -24,10 +24,8 @@ class DesktopEntries {
   ~DesktopEntries();
   DesktopEntries(const DesktopEntries&) = delete;
   DesktopEntries& operator=(const DesktopEntries&) = delete;
-  static std::vector<std::string> dataFoldersFromEnvironment();
 
   const std::vector<DesktopEntry>& all();
-  const DesktopEntry* find(const std::string& id); // null when there is none
 
  private:
   struct Reading;

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/workspace/DesktopEntry.h"
 
-#include "engine/Utf8.h"
+#include "base/Text.h"
+#include "base/Utf8.h"
 #include "platform/linux/files/PosixFileStore.h"
 #include "platform/linux/files/RegularFile.h"
 #include "platform/linux/workspace/DisplayText.h"
@@ -32,15 +33,6 @@ template <class T> using GOwned = std::unique_ptr<T, GFree>;
 constexpr std::size_t largestFile = std::size_t{1} << 20U; // bytes; larger is no desktop file
 
 std::string text(const char* bytes) { return bytes == nullptr ? std::string() : std::string(bytes); }
-
-bool listHolds(std::string_view list, std::string_view item) {
-  while (!list.empty()) {
-    const std::size_t end = std::min(list.find(';'), list.size());
-    if (list.substr(0, end) == item) return true;
-    list.remove_prefix(std::min(end + 1, list.size()));
-  }
-  return false;
-}
 
 // %f, %U and the like stand for files; "@@u" and "@@" are what sandboxed apps have around them.
 bool standsForFiles(std::string_view argument) {
@@ -126,9 +118,10 @@ std::string categoryOf(std::string_view categories) {
       Pair{"System", "utilities"},
       Pair{"Settings", "utilities"},
   };
-  const bool isStore = listHolds(categories, "PackageManager") || listHolds(categories, "FileTransfer");
+  const bool isStore =
+      holdsPart(categories, ';', "PackageManager") || holdsPart(categories, ';', "FileTransfer");
   for (const auto& [name, counterpart] : known) {
-    if (!listHolds(categories, name) || (isStore && name == "Game")) continue;
+    if (!holdsPart(categories, ';', name) || (isStore && name == "Game")) continue;
     return "public.app-category." + std::string(counterpart);
   }
   return {};

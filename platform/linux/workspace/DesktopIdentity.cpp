@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/workspace/DesktopIdentity.h"
 
-#include "engine/Utf8.h"
+#include "base/Utf8.h"
 #include "platform/linux/workspace/DisplayText.h"
 #include "platform/linux/workspace/IdentifierMap.h"
 

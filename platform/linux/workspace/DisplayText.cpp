@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/workspace/DisplayText.h"
 
-#include "engine/Utf8.h"
+#include "base/Utf8.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/workspace/IdentifierMap.h"
 
+#include "base/Text.h"
 #include "platform/linux/programs/DesktopPrograms.h"
 
 #include <algorithm>
@@ -42,7 +43,7 @@ std::string editionOf(std::string_view desktopId) {
 
 std::optional<std::string_view> systemIdentifierOfAny(std::initializer_list<std::string_view> paths) {
   for (const std::string_view path : paths) {
-    const auto identifier = systemIdentifierOfProgram(path.substr(path.rfind('/') + 1));
+    const auto identifier = systemIdentifierOfProgram(fileNameOf(path));
     if (identifier) return identifier;
   }
   return {};

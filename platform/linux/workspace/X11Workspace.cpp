@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/workspace/X11Workspace.h"
 
+#include "base/Text.h"
 #include "platform/linux/process/BoundedWait.h"
 #include "platform/linux/process/ProcStat.h"
 #include "platform/linux/programs/DesktopPrograms.h"
@@ -33,13 +34,12 @@ std::optional<std::uint64_t> startTicks(Pid pid) {
   return stat && stat->isAlive() ? std::optional(stat->startTicks) : std::nullopt;
 }
 
-std::string_view fileName(std::string_view path) { return path.substr(path.rfind('/') + 1); }
-
 // Windows of other machines come through the secure shell: theirs is not the process that should be slowed.
 bool isRemote(const AppEvidence& evidence) { return evidence.commandName.starts_with("sshd"); }
 
 bool belongsToShell(const AppEvidence& evidence) {
-  return isShellComponent(fileName(evidence.executable)) || isShellComponent(fileName(evidence.program)) ||
+  return isShellComponent(fileNameOf(evidence.executable)) ||
+         isShellComponent(fileNameOf(evidence.program)) ||
          (evidence.executable.empty() && isShellComponent(evidence.commandName));
 }
 
@@ -85,7 +85,7 @@ AppRef X11Workspace::runningApplication(Pid pid) const {
 }
 
 std::unique_ptr<Registration> X11Workspace::observe(WorkspaceEvent event, Handler handler) {
-  return m_observers.add(event, std::move(handler));
+  return m_observers[event].add(std::move(handler));
 }
 
 X11Workspace::App* X11Workspace::find(Pid pid) const {
@@ -166,7 +166,7 @@ AppIdentity X11Workspace::identify(const AppEvidence& evidence) {
   if (const DesktopEntry* entry = findEntry(evidence, entries)) return identityOf(evidence, entry);
   // Started from a desktop file that is installed nowhere, such as one on the desktop.
   if (!evidence.launchedFile.empty()) {
-    const std::string id(fileName(evidence.launchedFile));
+    const std::string id = fileNameOf(evidence.launchedFile);
     static BoundedWait wait(8);
     const auto entry = wait.answer(longestLook, [file = evidence.launchedFile, id] {
       return readDesktopEntry(file, id.substr(0, id.rfind(".desktop")));
@@ -207,7 +207,7 @@ void X11Workspace::deliver() {
   if (std::exchange(m_isDelivering, true)) return;
   // What happens meanwhile is told after what happened before.
   while (!m_events.empty()) {
-    for (const auto& [event, app] : std::exchange(m_events, {})) m_observers.deliver(event, app);
+    for (const auto& [event, app] : std::exchange(m_events, {})) m_observers[event].notify(app);
   }
   m_isDelivering = false;
 }

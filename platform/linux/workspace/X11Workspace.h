@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "base/Observers.h"
 #include "engine/ports/Workspace.h"
 #include "platform/linux/workspace/DesktopEntries.h"
 #include "platform/linux/workspace/LinuxApplication.h"
-#include "platform/linux/workspace/WorkspaceObservers.h"
 #include "platform/linux/workspace/X11Windows.h"
 #include "platform/shared/EventLoop.h"
 
 #include <chrono>
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <utility>
@@ -24,8 +25,8 @@ namespace vantle {
 class X11Workspace final : public Workspace {
  public:
   struct Options {
-    std::string display = {}; // empty: the one in DISPLAY
-    std::vector<std::string> dataFolders = DesktopEntries::dataFoldersFromEnvironment();
+    std::string display = {};                  // empty: the one in DISPLAY
+    std::vector<std::string> dataFolders = {}; // as `DesktopEntries` has them
     // The X server went away, on the main loop. Not called when there was none to begin with.
     std::function<void()> onConnectionLost = {};
   };
@@ -62,7 +63,7 @@ class X11Workspace final : public Workspace {
   EventLoop& m_loop;
   Options m_options;
   DesktopEntries m_entries;
-  WorkspaceObservers m_observers;
+  std::map<WorkspaceEvent, Observers<const AppRef&>> m_observers;
   Apps m_apps;
   std::vector<App*> m_unannounced; // launched, but not told yet, in order
   AppRef m_front;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/simulation/linux/SimulatedLinux.h"
 
-#include "engine/Invariant.h"
+#include "base/Invariant.h"
 #include "platform/linux/band/UnitPath.h"
 
 #include <algorithm>

@@ -205,20 +205,16 @@ TEST_F(LoginItemTest, ExecSurvivesEveryCharacterOfAPath) {
 }
 
 TEST(AutostartSetup, LooksWhereTheSessionLooks) {
-  const XdgFolders folders{
-      .home = "/h", .data = {}, .config = "/h/.config", .state = {}, .cache = {}, .runtime = {}};
+  XdgFolders folders;
+  folders.config = "/h/.config";
+  folders.systemConfig = {"/a", "/b"};
   const auto none = AutostartSetup::from(
       folders, [](const char*) { return nullptr; }, "/bin/v");
   EXPECT_EQ(none.userFolder, "/h/.config/autostart");
-  EXPECT_EQ(none.systemFolders, std::vector<std::string>{"/etc/xdg/autostart"});
+  EXPECT_EQ(none.systemFolders, (std::vector<std::string>{"/a/autostart", "/b/autostart"}));
   EXPECT_TRUE(none.desktops.empty());
   const auto some = AutostartSetup::from(
-      folders,
-      [](const char* name) {
-        return std::string_view(name) == "XDG_CONFIG_DIRS" ? "/a::relative:/b" : "ubuntu:GNOME";
-      },
-      "/bin/v");
-  EXPECT_EQ(some.systemFolders, (std::vector<std::string>{"/a/autostart", "/b/autostart"}));
+      folders, [](const char*) { return "ubuntu::GNOME"; }, "/bin/v");
   EXPECT_EQ(some.desktops, (std::vector<std::string>{"ubuntu", "GNOME"}));
 }
 

@@ -6,12 +6,13 @@
 
 #include <chrono>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 namespace vantle {
 namespace {
 
 using namespace std::chrono_literals;
-using Json = nlohmann::ordered_json;
+using Document = nlohmann::ordered_json;
 using Strings = std::vector<std::string>;
 
 const std::string folder = "/home/player/.config";
@@ -22,7 +23,7 @@ const std::string aside = path + ".corrupt";
 class JsonUserDefaultsTest : public testing::Test {
  protected:
   std::string& file(const std::string& name = path) { return files.contents[name]; }
-  Json document() { return Json::parse(file()); }
+  Document document() { return Document::parse(file()); }
 
   SimulatedCalls calls;
   SimulatedFiles files{calls};
@@ -61,17 +62,17 @@ TEST_F(JsonUserDefaultsTest, writesEachTypeInItsForm) {
   defaults.set("name", std::string("teal"));
   defaults.set("apps", Strings{"b", "a"});
   defaults.set("when", dateOf(2026, 11, 20, 12h));
-  EXPECT_EQ(document(), Json::parse(R"({"flag": true, "name": "teal", "apps": ["b", "a"],
+  EXPECT_EQ(document(), Document::parse(R"({"flag": true, "name": "teal", "apps": ["b", "a"],
                                         "when": {"date": "2026-11-20T12:00:00Z"}})"));
 }
 
 TEST_F(JsonUserDefaultsTest, writesEveryChangeBeforeTheCallReturns) {
   defaults.set("a", true);
-  EXPECT_EQ(document(), Json::parse(R"({"a": true})"));
+  EXPECT_EQ(document(), Document::parse(R"({"a": true})"));
   defaults.set("a", false);
-  EXPECT_EQ(document(), Json::parse(R"({"a": false})"));
+  EXPECT_EQ(document(), Document::parse(R"({"a": false})"));
   defaults.remove("a");
-  EXPECT_EQ(document(), Json::object());
+  EXPECT_EQ(document(), Document::object());
 }
 
 TEST_F(JsonUserDefaultsTest, hasNothingWithoutAFileAndWritesNoneByReading) {
@@ -83,13 +84,13 @@ TEST_F(JsonUserDefaultsTest, hasNothingWithoutAFileAndWritesNoneByReading) {
 TEST_F(JsonUserDefaultsTest, readsOtherTypesAsAbsentAndKeepsThem) {
   file() = R"({"number": 1, "real": 0.1, "null": null, "object": {"a": [1]}, "mixed": ["a", 1],
                "big": 18446744073709551615, "small": -9223372036854775808, "two": {"date": "2026-11-20T12:00:00Z", "x": 1}})";
-  const Json before = document();
+  const Document before = document();
   for (const auto& [key, value] : before.items()) {
     EXPECT_FALSE(defaults.object(key)) << key;
     EXPECT_TRUE(defaults.contains(key)) << key;
   }
   defaults.set("mine", true);
-  Json after = document();
+  Document after = document();
   EXPECT_EQ(after["mine"], true);
   after.erase("mine");
   EXPECT_EQ(after, before);
@@ -115,7 +116,7 @@ TEST_F(JsonUserDefaultsTest, seesAndKeepsWhatOthersWriteMeanwhile) {
   file() = R"({"mine": false, "theirs": "x"})";
   EXPECT_EQ(defaults.object("mine"), UserDefaults::Value(false));
   defaults.set("other", true);
-  EXPECT_EQ(document(), Json::parse(R"({"mine": false, "theirs": "x", "other": true})"));
+  EXPECT_EQ(document(), Document::parse(R"({"mine": false, "theirs": "x", "other": true})"));
 }
 
 // What no file of this program can hold.
@@ -150,7 +151,7 @@ TEST_F(JsonUserDefaultsTest, setsAForeignFileAsideBeforeTheFirstChange) {
   for (const std::string& bytes : foreignContents) {
     file() = bytes;
     defaults.set("a", true);
-    EXPECT_EQ(document(), Json::parse(R"({"a": true})"));
+    EXPECT_EQ(document(), Document::parse(R"({"a": true})"));
     EXPECT_EQ(file(aside), bytes);
     defaults.set("a", false);
     EXPECT_EQ(file(aside), bytes) << "once only";
@@ -165,13 +166,13 @@ TEST_F(JsonUserDefaultsTest, leavesAForeignFileThatCannotBeSetAside) {
   EXPECT_EQ(defaults.object("a"), UserDefaults::Value(true)) << "in force all the same";
   calls.grantAll();
   defaults.set("b", true);
-  EXPECT_EQ(document(), Json::parse(R"({"a": true, "b": true})"));
+  EXPECT_EQ(document(), Document::parse(R"({"a": true, "b": true})"));
   EXPECT_EQ(file(aside), "{ hand-written");
 }
 
 TEST_F(JsonUserDefaultsTest, acceptsNestingThatCanBeWalked) {
   file() = R"({"a": )" + std::string(60, '[') + std::string(60, ']') + "}";
-  const Json before = document();
+  const Document before = document();
   defaults.set("b", true);
   EXPECT_EQ(document()["a"], before["a"]);
 }
@@ -181,18 +182,18 @@ TEST_F(JsonUserDefaultsTest, writesAFailedChangeWithTheNext) {
   calls.refuse(Operation::writeFile);
   defaults.set("a", std::string("x"));
   defaults.remove("gone");
-  EXPECT_EQ(document(), Json::parse(R"({"gone": true, "kept": true})"));
+  EXPECT_EQ(document(), Document::parse(R"({"gone": true, "kept": true})"));
   EXPECT_EQ(defaults.object("a"), UserDefaults::Value(std::string("x")));
   EXPECT_FALSE(defaults.contains("gone"));
   calls.grantAll();
   defaults.set("b", true);
-  EXPECT_EQ(document(), Json::parse(R"({"kept": true, "a": "x", "b": true})"));
+  EXPECT_EQ(document(), Document::parse(R"({"kept": true, "a": "x", "b": true})"));
 }
 
 TEST_F(JsonUserDefaultsTest, cleansATextThatIsNoUtf8) {
   defaults.set("a", std::string("x\xff"));
   defaults.set("b", true);
-  EXPECT_EQ(document(), Json::parse("{\"a\": \"x\xEF\xBF\xBD\", \"b\": true}"));
+  EXPECT_EQ(document(), Document::parse("{\"a\": \"x\xEF\xBF\xBD\", \"b\": true}"));
 }
 
 TEST_F(JsonUserDefaultsTest, opensAnotherDomainOnlyWhenItIsThere) {
@@ -211,12 +212,12 @@ TEST_F(JsonUserDefaultsTest, copiesWhateverStandsUnderTheKey) {
   const auto former = defaults.openSuite("com.halvo.murn");
   for (const char* key : {"number", "object", "date"}) EXPECT_TRUE(defaults.copyFrom(*former, key)) << key;
   EXPECT_FALSE(defaults.copyFrom(*former, "none"));
-  EXPECT_EQ(document(), Json::parse(file(formerPath)));
+  EXPECT_EQ(document(), Document::parse(file(formerPath)));
 }
 
 TEST_F(JsonUserDefaultsTest, carriesTheFirstStart) {
   const AppSettings settings(defaults);
-  EXPECT_EQ(document(), Json::parse(R"({"migratedFromMurn": true})"));
+  EXPECT_EQ(document(), Document::parse(R"({"migratedFromMurn": true})"));
   EXPECT_TRUE(settings.detectSteam.get());
   EXPECT_EQ(settings.protectedApps.get(), defaultProtectedApps());
 }
@@ -231,7 +232,7 @@ TEST_F(JsonUserDefaultsTest, carriesTheMigrationOnce) {
     EXPECT_EQ(settings.userGames.get(), (Strings{"a", "b"}));
     EXPECT_EQ(settings.lastUpdateCheck(), dateOf(2026, 1, 2, 3h + 4min + 5s));
   }
-  EXPECT_EQ(document(), Json::parse(R"({"accent": "red", "migratedFromMurn": true, "otomatik": 0,
+  EXPECT_EQ(document(), Document::parse(R"({"accent": "red", "migratedFromMurn": true, "otomatik": 0,
       "userGames": ["a", "b"], "lastUpdateCheck": {"date": "2026-01-02T03:04:05Z"}})"));
   file(formerPath) = R"({"quittableApps": ["c"]})";
   EXPECT_TRUE(AppSettings(defaults).quittableApps.get().empty());

@@ -25,20 +25,21 @@ TEST(XdgFolders, lieInTheHomeFolderByDefault) {
   EXPECT_EQ(folders.home, "/home/player");
   EXPECT_EQ(folders.data, "/home/player/.local/share");
   EXPECT_EQ(folders.config, "/home/player/.config");
-  EXPECT_EQ(folders.state, "/home/player/.local/state");
-  EXPECT_EQ(folders.cache, "/home/player/.cache");
+  EXPECT_EQ(folders.allData(),
+            (std::vector<std::string>{"/home/player/.local/share", "/usr/local/share", "/usr/share"}));
+  EXPECT_EQ(folders.systemConfig, std::vector<std::string>{"/etc/xdg"});
 }
 
 TEST(XdgFolders, areWhereTheEnvironmentSays) {
   const XdgFolders folders = foldersOf({{"HOME", "/h"},
                                         {"XDG_DATA_HOME", "/data"},
                                         {"XDG_CONFIG_HOME", "/config//"},
-                                        {"XDG_STATE_HOME", "/state/"},
-                                        {"XDG_CACHE_HOME", "/"}});
+                                        {"XDG_DATA_DIRS", "/a/::data:/"},
+                                        {"XDG_CONFIG_DIRS", "/b::relative:/c"}});
   EXPECT_EQ(folders.data, "/data");
   EXPECT_EQ(folders.config, "/config");
-  EXPECT_EQ(folders.state, "/state");
-  EXPECT_EQ(folders.cache, "/");
+  EXPECT_EQ(folders.allData(), (std::vector<std::string>{"/data", "/a", "/"}));
+  EXPECT_EQ(folders.systemConfig, (std::vector<std::string>{"/b", "/c"}));
 }
 
 TEST(XdgFolders, ignoreWhatIsEmptyOrRelative) {

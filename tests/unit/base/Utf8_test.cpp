@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "engine/Utf8.h"
+#include "base/Utf8.h"
 
 #include <gtest/gtest.h>
 #include <string>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "engine/Invariant.h"
+#include "base/Invariant.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "engine/Published.h"
+#include "base/Published.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -23,7 +23,7 @@ class PublishedTest : public testing::Test {
   Owner owner;
   std::vector<std::string> heard;
 
-  Observers::Callback note(const std::string& who) {
+  Observers<>::Callback note(const std::string& who) {
     return [this, who] { heard.push_back(who + " " + std::to_string(owner.field.get())); };
   }
 };
