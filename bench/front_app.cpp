@@ -16,6 +16,7 @@
 #include "engine/AppTrees.h"
 #include "platform/linux/band/LinuxBand.h"
 #include "platform/linux/band/UserManager.h"
+#include "platform/linux/bus/BusBatch.h"
 #include "platform/linux/bus/BusConnection.h"
 #include "platform/linux/files/PosixFileStore.h"
 #include "platform/linux/files/XdgFolders.h"
@@ -89,8 +90,10 @@ class GameDaemon {
         m_connection->methodCall({"com.feralinteractive.GameMode", "/com/feralinteractive/GameMode",
                                   "com.feralinteractive.GameMode", member});
     if (!message || sd_bus_message_append(message.get(), "i", game) < 0) return false;
-    return m_connection->call(std::move(message),
-                              std::chrono::steady_clock::now() + std::chrono::seconds(5)) != nullptr;
+    BusBatch batch(*m_connection);
+    const std::size_t place = batch.add(std::move(message));
+    batch.wait(std::chrono::steady_clock::now() + std::chrono::seconds(5));
+    return batch.reply(place) != nullptr;
   }
 
  private:

@@ -11,7 +11,7 @@ Card {
 
     horizontalPadding: 12
 
-    Row {
+    Fact {
         width: parent.width
         title: "Memory pressure"
         value: card.panel.pressureWord
@@ -20,7 +20,7 @@ Card {
     Divider {
         width: parent.width
     }
-    Row {
+    Fact {
         width: parent.width
         title: "Vantle itself"
         value: card.panel.ownMemory

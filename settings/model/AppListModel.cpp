@@ -36,9 +36,8 @@ QVariant AppListModel::data(const QModelIndex& index, int role) const {
 }
 
 AppListModel::Row AppListModel::rowFor(const std::string& key) const {
-  const auto application = m_catalog.applicationForKey(key);
-  if (!application) return {key, QString::fromStdString(key), {}};
-  return {key, QString::fromStdString(shownName(*application)), QString::fromStdString(application->icon)};
+  return {key, QString::fromStdString(displayNameForKey(m_catalog, key)),
+          QString::fromStdString(iconForKey(m_catalog, key))};
 }
 
 std::vector<std::string> AppListModel::shownKeys() const {

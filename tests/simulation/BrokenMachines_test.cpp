@@ -100,11 +100,11 @@ template <class Port, class Broken> std::string foundWith() {
   });
 }
 
-TEST(BrokenMachines, anHonestOneIsNotFoundBroken) {
+TEST(BrokenMachines, AnHonestOneIsNotFoundBroken) {
   EXPECT_EQ((foundWith<BackgroundBand, BandAround>()), "nothing");
 }
 
-TEST(BrokenMachines, anAppThatStaysAsItWasBornIsFound) {
+TEST(BrokenMachines, AnAppThatStaysAsItWasBornIsFound) {
   class ForgetfulBand final : public BandAround {
    public:
     using BandAround::BandAround;
@@ -113,7 +113,7 @@ TEST(BrokenMachines, anAppThatStaysAsItWasBornIsFound) {
   EXPECT_EQ((foundWith<BackgroundBand, ForgetfulBand>()), "slow although it is in front");
 }
 
-TEST(BrokenMachines, aJournalThatIsWrittenTooLateIsFound) {
+TEST(BrokenMachines, AJournalThatIsWrittenTooLateIsFound) {
   class LateFiles final : public FilesAround {
    public:
     using FilesAround::FilesAround;
@@ -129,7 +129,7 @@ TEST(BrokenMachines, aJournalThatIsWrittenTooLateIsFound) {
   EXPECT_EQ((foundWith<FileStore, LateFiles>()), "slowed before the journal names it");
 }
 
-TEST(BrokenMachines, aJournalThatIsForgottenAtTheStartIsFound) {
+TEST(BrokenMachines, AJournalThatIsForgottenAtTheStartIsFound) {
   class ForgetfulFiles final : public FilesAround {
    public:
     using FilesAround::FilesAround;
@@ -140,7 +140,7 @@ TEST(BrokenMachines, aJournalThatIsForgottenAtTheStartIsFound) {
   EXPECT_EQ((foundWith<FileStore, ForgetfulFiles>()), "still slowed after a start");
 }
 
-TEST(BrokenMachines, aBandThatDoesNotLetGoIsFound) {
+TEST(BrokenMachines, ABandThatDoesNotLetGoIsFound) {
   class StickyBand final : public BandAround {
    public:
     using BandAround::BandAround;
@@ -153,7 +153,7 @@ TEST(BrokenMachines, aBandThatDoesNotLetGoIsFound) {
       << found;
 }
 
-TEST(BrokenMachines, aBandThatTakesTheParentAlongIsFound) {
+TEST(BrokenMachines, ABandThatTakesTheParentAlongIsFound) {
   class GreedyBand final : public BandAround {
    public:
     using BandAround::BandAround;
@@ -168,7 +168,7 @@ TEST(BrokenMachines, aBandThatTakesTheParentAlongIsFound) {
       << found;
 }
 
-TEST(BrokenMachines, aRefusalThatSlowsAllTheSameIsFound) {
+TEST(BrokenMachines, ARefusalThatSlowsAllTheSameIsFound) {
   class LyingBand final : public BandAround {
    public:
     using BandAround::BandAround;
@@ -180,7 +180,7 @@ TEST(BrokenMachines, aRefusalThatSlowsAllTheSameIsFound) {
   EXPECT_EQ((foundWith<BackgroundBand, LyingBand>()), "slow and in no journal");
 }
 
-TEST(BrokenMachines, identitiesThatLeaveOutTheStartTimeAreFound) {
+TEST(BrokenMachines, IdentitiesThatLeaveOutTheStartTimeAreFound) {
   // Every process seems to have started at the same moment, so a reused pid looks like the process before.
   class TimelessTable final : public TableAround {
    public:
@@ -195,7 +195,7 @@ TEST(BrokenMachines, identitiesThatLeaveOutTheStartTimeAreFound) {
   EXPECT_EQ((foundWith<ProcessTable, TimelessTable>()), "slowed before the journal names it");
 }
 
-TEST(BrokenMachines, aReusedPidThatIsTakenForTheProcessBeforeIsFound) {
+TEST(BrokenMachines, AReusedPidThatIsTakenForTheProcessBeforeIsFound) {
   // The start time that was read first is given for ever.
   class StaleTable final : public TableAround {
    public:
@@ -216,7 +216,7 @@ TEST(BrokenMachines, aReusedPidThatIsTakenForTheProcessBeforeIsFound) {
       << found;
 }
 
-TEST(BrokenMachines, aDeafProbeIsFound) {
+TEST(BrokenMachines, ADeafProbeIsFound) {
   class DeafAudio final : public AudioActivity {
    public:
     explicit DeafAudio(SimulatedMachine& /*machine*/) {}
@@ -226,7 +226,7 @@ TEST(BrokenMachines, aDeafProbeIsFound) {
   EXPECT_EQ((foundWith<AudioActivity, DeafAudio>()), "slowed although it is protected");
 }
 
-TEST(BrokenMachines, namesInAnotherOrderAreFound) {
+TEST(BrokenMachines, NamesInAnotherOrderAreFound) {
   class BackwardText final : public UnicodeText {
    public:
     explicit BackwardText(SimulatedMachine& machine) : m_text(machine.text) {}

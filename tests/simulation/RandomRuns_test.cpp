@@ -13,7 +13,7 @@ constexpr std::uint64_t shards = 4;
 
 class RandomRuns : public testing::TestWithParam<std::uint64_t> {};
 
-TEST_P(RandomRuns, breakNoRule) {
+TEST_P(RandomRuns, BreakNoRule) {
   RunFigures total;
   for (std::uint64_t count = 0; count < sequencesInAShard; ++count) {
     const std::uint64_t seed = GetParam() * sequencesInAShard + count;
@@ -33,7 +33,7 @@ TEST_P(RandomRuns, breakNoRule) {
 
 INSTANTIATE_TEST_SUITE_P(Shard, RandomRuns, testing::Range<std::uint64_t>(0, shards));
 
-TEST(RandomRunsReplay, theSameSeedPlaysTheSameCalls) {
+TEST(RandomRunsReplay, TheSameSeedPlaysTheSameCalls) {
   const auto played = [](std::uint64_t seed) {
     std::ostringstream log;
     RandomRun(seed, {.log = &log, .tamper = {}}).run();

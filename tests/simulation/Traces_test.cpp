@@ -64,7 +64,7 @@ class Traces : public EngineTest {
   }
 };
 
-TEST_F(Traces, oneAppIsReadThenRecordedThenSlowed) {
+TEST_F(Traces, OneAppIsReadThenRecordedThenSlowed) {
   openAt(100, "Mail");
   childAt(100, 101);
   const SimulatedAppRef game = gameAt(200);
@@ -79,7 +79,7 @@ TEST_F(Traces, oneAppIsReadThenRecordedThenSlowed) {
                                    "journal 100 101", "band.enter 100", "band.enter 101"));
 }
 
-TEST_F(Traces, whatWasRefusedIsTakenOutOfTheJournalAfterAllCalls) {
+TEST_F(Traces, WhatWasRefusedIsTakenOutOfTheJournalAfterAllCalls) {
   openAt(100, "Mail");
   childAt(100, 101);
   openAt(110, "Notes");
@@ -91,7 +91,7 @@ TEST_F(Traces, whatWasRefusedIsTakenOutOfTheJournalAfterAllCalls) {
                                      "band.enter 101", "band.enter 110", "journal 100 110"));
 }
 
-TEST_F(Traces, aRestoreSweepsTheYoungThenPutsBackTheMembersThenForgets) {
+TEST_F(Traces, ARestoreSweepsTheYoungThenPutsBackTheMembersThenForgets) {
   openAt(100, "Mail");
   childAt(100, 101);
   const SimulatedAppRef game = gameAt(200);
@@ -112,7 +112,7 @@ TEST_F(Traces, aRestoreSweepsTheYoungThenPutsBackTheMembersThenForgets) {
                                    "journal empty", "band.reclaim"));
 }
 
-TEST_F(Traces, everyMemberIsCheckedRightBeforeItIsPutBack) {
+TEST_F(Traces, EveryMemberIsCheckedRightBeforeItIsPutBack) {
   openAt(100, "Mail");
   openAt(110, "Notes");
   const SimulatedAppRef game = gameAt(200);
@@ -130,7 +130,7 @@ TEST_F(Traces, everyMemberIsCheckedRightBeforeItIsPutBack) {
   EXPECT_EQ(count(trace, "band.leave"), 2U);
 }
 
-TEST_F(Traces, aStartPutsBackReadsTheSwitchAndOnlyThenWatches) {
+TEST_F(Traces, AStartPutsBackReadsTheSwitchAndOnlyThenWatches) {
   machine.processes.spawn({.pid = 100});
   machine.band.enterBackgroundBand(100);
   Journal(machine.files).add({identityOf(100)});
@@ -148,7 +148,7 @@ TEST_F(Traces, aStartPutsBackReadsTheSwitchAndOnlyThenWatches) {
                                    "pressure.watch", "notifications.authorize", "workspace.frontmost"));
 }
 
-TEST_F(Traces, aStartMergesTheFormerJournalBeforeItPutsBack) {
+TEST_F(Traces, AStartMergesTheFormerJournalBeforeItPutsBack) {
   const std::string support = machine.files.applicationSupport();
   machine.processes.spawn({.pid = 100});
   machine.files.contents[support + "/Murn/kayit.json"] =
@@ -165,7 +165,7 @@ TEST_F(Traces, aStartMergesTheFormerJournalBeforeItPutsBack) {
                                  "processes.record 100", "band.leave 100"));
 }
 
-TEST_F(Traces, thePreviousExceptionGoesBackBeforeTheNewFrontAppIsRestored) {
+TEST_F(Traces, ThePreviousExceptionGoesBackBeforeTheNewFrontAppIsRestored) {
   const SimulatedAppRef mail = openAt(100, "Mail");
   const SimulatedAppRef notes = openAt(110, "Notes");
   const SimulatedAppRef game = gameAt(200);
@@ -184,7 +184,7 @@ TEST_F(Traces, thePreviousExceptionGoesBackBeforeTheNewFrontAppIsRestored) {
                           "band.leave 110", "journal 100"));
 }
 
-TEST_F(Traces, theNamesArePublishedAfterTheLastChange) {
+TEST_F(Traces, TheNamesArePublishedAfterTheLastChange) {
   const SimulatedAppRef mail = openAt(100, "Mail");
   const SimulatedAppRef game = gameAt(200);
   start();
@@ -197,7 +197,7 @@ TEST_F(Traces, theNamesArePublishedAfterTheLastChange) {
   EXPECT_THAT(seen, ElementsAre("journal empty", "band.reclaim"));
 }
 
-TEST_F(Traces, aHandOverMakesRoomForTheNewBoostAppAndTouchesNobody) {
+TEST_F(Traces, AHandOverMakesRoomForTheNewBoostAppAndTouchesNobody) {
   openAt(100, "Mail");
   const SimulatedAppRef game = gameAt(200);
   gameAt(210, "Chess");
@@ -208,7 +208,7 @@ TEST_F(Traces, aHandOverMakesRoomForTheNewBoostAppAndTouchesNobody) {
   EXPECT_THAT(changes(), ElementsAre("band.makeRoom 210"));
 }
 
-TEST_F(Traces, stoppingPutsEveryAppBackAndWritesTheJournalOnce) {
+TEST_F(Traces, StoppingPutsEveryAppBackAndWritesTheJournalOnce) {
   openAt(100, "Mail");
   openAt(110, "Notes");
   const SimulatedAppRef game = gameAt(200);
@@ -222,7 +222,7 @@ TEST_F(Traces, stoppingPutsEveryAppBackAndWritesTheJournalOnce) {
   EXPECT_THAT(changes(), ElementsAre("band.reclaim")) << "nothing to put back, nothing to write";
 }
 
-TEST_F(Traces, anAppThatEndsIsRestoredBeforeTheBoostEndsWithIt) {
+TEST_F(Traces, AnAppThatEndsIsRestoredBeforeTheBoostEndsWithIt) {
   const SimulatedAppRef game = gameAt(200);
   openAt(100, "Mail");
   start();
@@ -234,7 +234,7 @@ TEST_F(Traces, anAppThatEndsIsRestoredBeforeTheBoostEndsWithIt) {
 }
 
 // Whatever step the program dies at: what is slow then is named on disk, and the next start puts it back.
-TEST_F(Traces, aCrashAtEveryStepOfABoostLeavesNothingSlowAfterTheNextStart) {
+TEST_F(Traces, ACrashAtEveryStepOfABoostLeavesNothingSlowAfterTheNextStart) {
   constexpr std::size_t moreThanAllSteps = 60;
   std::size_t crashes = 0;
   for (std::size_t step = 1; step < moreThanAllSteps; ++step) {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/band/BandLedger.h"
 
-#include "base/Json.h"
 #include "base/Text.h"
 
 #include <algorithm>
@@ -13,32 +12,7 @@ namespace {
 
 constexpr std::size_t largestLedger = std::size_t{1} << 20U; // thousands of units
 
-std::optional<BandLedger::Unit> unitOf(const Json& record) {
-  const auto name = record.textAt("name");
-  const auto path = record.textAt("path");
-  const auto weight = record.unsignedAt("weight");
-  if (!name || !path || !weight) return std::nullopt;
-  return BandLedger::Unit{{*name, *path}, *weight};
-}
-
 } // namespace
-
-BandLedger::Content BandLedger::decode(const std::string& bytes, const std::string& bootId) {
-  const Json document = Json::parse(bytes).value_or(Json());
-  Content content;
-  if (document.textAt("boot") != bootId) return content;
-  for (const Json& one : document.arrayAt("units")) {
-    if (std::optional<Unit> unit = unitOf(one)) content.units.push_back(std::move(*unit));
-  }
-  for (const Json& one : document.arrayAt("sessions")) {
-    if (const auto session = one.asInteger()) content.sessions.insert(*session);
-  }
-  for (const Json& one : document.arrayAt("sets")) {
-    const auto set = one.asText() == nullptr ? std::nullopt : ProcessorSet::parse(*one.asText());
-    if (set && !set->empty()) content.sets.push_back(*set);
-  }
-  return content;
-}
 
 BandLedger::BandLedger(FileStore& files, std::vector<std::string> paths, std::string bootId)
     : m_files(files), m_paths(std::move(paths)), m_bootId(std::move(bootId)) {
@@ -46,11 +20,11 @@ BandLedger::BandLedger(FileStore& files, std::vector<std::string> paths, std::st
     const auto bytes = m_files.read(path, largestLedger);
     if (!bytes) continue;
     m_held.insert(path);
-    take(decode(*bytes, m_bootId));
+    take(decodeBandRecord(*bytes, m_bootId));
   }
 }
 
-void BandLedger::take(Content read) {
+void BandLedger::take(BandRecord read) {
   // A later one is in use only while no earlier one can be written, so it is the newer one.
   for (Unit& unit : read.units) {
     std::erase_if(m_content.units,
@@ -90,11 +64,11 @@ void BandLedger::remove(const std::string& unit) {
   m_isSaved = false;
 }
 
-void BandLedger::addSession(long autogroup) {
+void BandLedger::addSession(std::int64_t autogroup) {
   if (m_content.sessions.insert(autogroup).second) m_isSaved = false;
 }
 
-void BandLedger::removeSession(long autogroup) {
+void BandLedger::removeSession(std::int64_t autogroup) {
   if (m_content.sessions.erase(autogroup) > 0) m_isSaved = false;
 }
 
@@ -119,21 +93,9 @@ bool BandLedger::save() {
   return m_isSaved;
 }
 
-bool BandLedger::write(const std::string& path, const Content& content) {
-  Json::Array units;
-  for (const Unit& unit : content.units) {
-    units.push_back(
-        Json::Object{{"name", unit.place.name}, {"path", unit.place.path}, {"weight", unit.weight}});
-  }
-  Json::Array sets;
-  for (const ProcessorSet& set : content.sets) sets.emplace_back(set.text());
-  const Json document =
-      Json::Object{{"boot", m_bootId},
-                   {"units", std::move(units)},
-                   {"sessions", Json::Array(content.sessions.begin(), content.sessions.end())},
-                   {"sets", std::move(sets)}};
+bool BandLedger::write(const std::string& path, const BandRecord& content) {
   m_files.createFolders(folderOf(path));
-  const bool written = m_files.writeAtomically(path, document.text());
+  const bool written = m_files.writeAtomically(path, encodeBandRecord(content, m_bootId));
   if (!written) return false;
   content.empty() ? static_cast<void>(m_held.erase(path)) : static_cast<void>(m_held.insert(path));
   return true;

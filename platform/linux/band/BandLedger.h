@@ -2,8 +2,7 @@
 #pragma once
 
 #include "engine/ports/FileStore.h"
-#include "platform/linux/band/UnitPath.h"
-#include "platform/linux/kernel/ProcessorSet.h"
+#include "platform/linux/band/BandRecord.h"
 
 #include <cstdint>
 #include <optional>
@@ -22,15 +21,10 @@ namespace vantle {
 // - All sets of processors that threads were ever narrowed to: processors come and go, and a thread keeps the
 //   set that it got.
 //
-// The file: {"boot": boot id, "units": [{"name", "path", "weight"}], "sessions": [number], "sets": [list]}.
-// None of it outlives a boot, so the ledger of another boot counts as empty, as does one that cannot be read.
+// The ledger of another boot counts as empty, as does one that cannot be read.
 class BandLedger {
  public:
-  struct Unit {
-    UnitPlace place;
-    std::uint64_t weight = 0; // before; the manager's own number for "not set"
-    friend bool operator==(const Unit&, const Unit&) = default;
-  };
+  using Unit = BandRecord::Unit;
 
   // The first of the paths that can be written holds it; what any of them held is read. Without one the
   // ledger lives in memory only.
@@ -46,9 +40,9 @@ class BandLedger {
 
   // By the number of their automatic group, which the kernel gives to no other session. On disk with the next
   // `save`; meanwhile, and where nothing can be written, only the marks remember them.
-  const std::set<long>& sessions() const { return m_content.sessions; }
-  void addSession(long autogroup);
-  void removeSession(long autogroup);
+  const std::set<std::int64_t>& sessions() const { return m_content.sessions; }
+  void addSession(std::int64_t autogroup);
+  void removeSession(std::int64_t autogroup);
 
   const std::vector<ProcessorSet>& sets() const { return m_content.sets; }
   bool addSet(const ProcessorSet& set); // false when it could not be written; then it was not added
@@ -56,22 +50,14 @@ class BandLedger {
   bool save();
 
  private:
-  struct Content {
-    std::vector<Unit> units;
-    std::set<long> sessions;
-    std::vector<ProcessorSet> sets;
-    bool empty() const { return units.empty() && sessions.empty() && sets.empty(); }
-  };
-
-  static Content decode(const std::string& bytes, const std::string& bootId);
-  void take(Content read);
-  bool write(const std::string& path, const Content& content);
+  void take(BandRecord read);
+  bool write(const std::string& path, const BandRecord& content);
 
   FileStore& m_files;
   std::vector<std::string> m_paths;
   std::set<std::string> m_held; // those of them that hold something
   std::string m_bootId;
-  Content m_content;
+  BandRecord m_content;
   bool m_isSaved = true;
 };
 

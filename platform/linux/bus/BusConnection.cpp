@@ -88,20 +88,6 @@ BusMessage BusConnection::methodCall(const BusMethod& method) {
   return BusMessage(message);
 }
 
-BusMessage BusConnection::call(BusMessage message, BusDeadline deadline) {
-  // sd_bus_call() would wait for the handshake without any limit.
-  if (!message || !m_bus || !waitUntilReady(deadline)) return nullptr;
-  sd_bus_message* reply = nullptr;
-  const int status = sd_bus_call(m_bus.get(), message.get(), remainingMicros(deadline), nullptr, &reply);
-  // Signals that came meanwhile wait in a queue, where the descriptor does not show them.
-  if (sd_bus_is_open(m_bus.get()) > 0) {
-    watch();
-  } else {
-    process();
-  }
-  return status < 0 ? nullptr : BusMessage(reply);
-}
-
 bool BusConnection::callAsync(BusMessage message, milliseconds timeout, Reply reply) {
   if (!message || !m_bus) return false;
   auto handler = std::make_unique<Reply>(std::move(reply));
@@ -137,11 +123,6 @@ BusSlot BusConnection::match(const std::string& rule, Signal signal) {
   static_cast<void>(handler.release());
   watch();
   return BusSlot(slot);
-}
-
-bool BusConnection::waitUntilReady(BusDeadline deadline) {
-  if (sd_bus_is_ready(m_bus.get()) > 0) return true;
-  return runUntil([this] { return sd_bus_is_ready(m_bus.get()) > 0; }, deadline);
 }
 
 bool BusConnection::runUntil(const std::function<bool()>& condition, BusDeadline deadline) {

@@ -41,9 +41,6 @@ class BusConnection {
   // A message to fill and send; null when there is no bus. Never waits: the handshake goes on by itself.
   BusMessage methodCall(const BusMethod& method);
 
-  // Sends a call and waits for its reply; null on an error or when the deadline comes first.
-  BusMessage call(BusMessage message, BusDeadline deadline);
-
   // Sends a call without waiting. The reply arrives on the loop or inside a later `runUntil`, exactly once,
   // unless the call could not even be queued: then false.
   bool callAsync(BusMessage message, std::chrono::milliseconds timeout, Reply reply);
@@ -67,7 +64,6 @@ class BusConnection {
   };
 
   sd_bus* open();
-  bool waitUntilReady(BusDeadline deadline);
   void process(); // delivers what has arrived, a turn of it
   void watch();   // tells the loop what the connection waits for now
   void drop();

@@ -5,7 +5,7 @@
 #include "base/Utf8.h"
 #include "platform/linux/files/PosixFileStore.h"
 #include "platform/linux/files/RegularFile.h"
-#include "platform/linux/workspace/DisplayText.h"
+#include "platform/linux/workspace/OneLineName.h"
 #include "platform/linux/workspace/ProgramPath.h"
 
 #include <algorithm>
@@ -145,7 +145,7 @@ std::optional<DesktopEntry> readDesktopEntry(const std::string& path, const std:
   DesktopEntry entry;
   entry.id = cleanUtf8(id);
   entry.path = path;
-  entry.name = displayText(text(g_app_info_get_name(app)));
+  entry.name = oneLineName(text(g_app_info_get_name(app)));
   entry.icon = cleanUtf8(text(GOwned<char>(g_desktop_app_info_get_string(info.get(), "Icon")).get()));
   entry.windowClass = text(g_desktop_app_info_get_startup_wm_class(info.get()));
   entry.category = categoryOf(text(g_desktop_app_info_get_categories(info.get())));

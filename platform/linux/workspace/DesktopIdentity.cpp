@@ -2,8 +2,8 @@
 #include "platform/linux/workspace/DesktopIdentity.h"
 
 #include "base/Utf8.h"
-#include "platform/linux/workspace/DisplayText.h"
 #include "platform/linux/workspace/IdentifierMap.h"
+#include "platform/linux/workspace/OneLineName.h"
 
 #include <algorithm>
 #include <functional>
@@ -135,11 +135,11 @@ bool isUnitsOwn(const AppEvidence& evidence, const DesktopEntry& entry) {
 
 std::string ownName(const AppEvidence& evidence) {
   const std::string_view executable = lastPart(evidence.executable, '/');
-  if (!executable.empty() && !isInterpreter(executable)) return displayText(executable);
+  if (!executable.empty() && !isInterpreter(executable)) return oneLineName(executable);
   for (const std::string_view text :
        {std::string_view(evidence.windowClass), std::string_view(evidence.windowInstance),
         lastPart(evidence.program, '/'), executable, std::string_view(evidence.commandName)}) {
-    if (std::string name = displayText(text); !name.empty()) return name;
+    if (std::string name = oneLineName(text); !name.empty()) return name;
   }
   return "pid " + std::to_string(evidence.pid);
 }

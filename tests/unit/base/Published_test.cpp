@@ -28,7 +28,7 @@ class PublishedTest : public testing::Test {
   }
 };
 
-TEST_F(PublishedTest, observersHearOfEveryAssignmentInTheOrderOfRegistration) {
+TEST_F(PublishedTest, ObserversHearOfEveryAssignmentInTheOrderOfRegistration) {
   const auto first = owner.field.observe(note("first"));
   const auto second = owner.field.observe(note("second"));
   owner.assign(8);
@@ -36,14 +36,14 @@ TEST_F(PublishedTest, observersHearOfEveryAssignmentInTheOrderOfRegistration) {
   EXPECT_THAT(heard, ElementsAre("first 8", "second 8", "first 8", "second 8"));
 }
 
-TEST_F(PublishedTest, anEndedRegistrationHearsNothingMore) {
+TEST_F(PublishedTest, AnEndedRegistrationHearsNothingMore) {
   auto registration = owner.field.observe(note("gone"));
   registration.reset();
   owner.assign(8);
   EXPECT_THAT(heard, ElementsAre());
 }
 
-TEST_F(PublishedTest, anObserverMayEndItsOwnRegistrationWhileItIsCalled) {
+TEST_F(PublishedTest, AnObserverMayEndItsOwnRegistrationWhileItIsCalled) {
   std::unique_ptr<Registration> own;
   own = owner.field.observe([&] {
     heard.emplace_back("once");
@@ -54,7 +54,7 @@ TEST_F(PublishedTest, anObserverMayEndItsOwnRegistrationWhileItIsCalled) {
   EXPECT_THAT(heard, ElementsAre("once"));
 }
 
-TEST_F(PublishedTest, anObserverThatAnotherOneEndedIsNotCalledAnyMore) {
+TEST_F(PublishedTest, AnObserverThatAnotherOneEndedIsNotCalledAnyMore) {
   std::unique_ptr<Registration> second;
   const auto first = owner.field.observe([&] { second.reset(); });
   second = owner.field.observe(note("second"));
@@ -62,7 +62,7 @@ TEST_F(PublishedTest, anObserverThatAnotherOneEndedIsNotCalledAnyMore) {
   EXPECT_THAT(heard, ElementsAre());
 }
 
-TEST_F(PublishedTest, anObserverRegisteredMeanwhileHearsOfTheNextChangeOnly) {
+TEST_F(PublishedTest, AnObserverRegisteredMeanwhileHearsOfTheNextChangeOnly) {
   std::unique_ptr<Registration> late;
   const auto first = owner.field.observe([&] {
     if (!late) late = owner.field.observe(note("late"));
@@ -73,7 +73,7 @@ TEST_F(PublishedTest, anObserverRegisteredMeanwhileHearsOfTheNextChangeOnly) {
   EXPECT_THAT(heard, ElementsAre("late 9"));
 }
 
-TEST(PublishedLifetime, aRegistrationMayOutliveTheField) {
+TEST(PublishedLifetime, ARegistrationMayOutliveTheField) {
   std::unique_ptr<Registration> registration;
   {
     Owner owner;

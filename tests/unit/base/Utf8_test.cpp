@@ -17,7 +17,7 @@ const std::string bad = "\xEF\xBF\xBD";
 
 class CleanUtf8 : public testing::TestWithParam<Case> {};
 
-TEST_P(CleanUtf8, isWellFormed) { EXPECT_EQ(cleanUtf8(GetParam().bytes), GetParam().text); }
+TEST_P(CleanUtf8, IsWellFormed) { EXPECT_EQ(cleanUtf8(GetParam().bytes), GetParam().text); }
 
 INSTANTIATE_TEST_SUITE_P(
     Table, CleanUtf8,

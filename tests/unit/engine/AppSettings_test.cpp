@@ -28,7 +28,7 @@ class AppSettingsTest : public testing::Test {
   }
 };
 
-TEST_F(AppSettingsTest, aFirstStartHasEveryDefaultAndWritesOnlyTheMarker) {
+TEST_F(AppSettingsTest, AFirstStartHasEveryDefaultAndWritesOnlyTheMarker) {
   const AppSettings settings(store);
   EXPECT_TRUE(settings.detectCrossOver.get());
   EXPECT_TRUE(settings.detectMinecraft.get());
@@ -49,7 +49,7 @@ TEST_F(AppSettingsTest, aFirstStartHasEveryDefaultAndWritesOnlyTheMarker) {
   EXPECT_EQ(store.object("migratedFromMurn"), Value(true));
 }
 
-TEST_F(AppSettingsTest, everyChoiceIsWrittenAtOnceAndReadAtTheNextStart) {
+TEST_F(AppSettingsTest, EveryChoiceIsWrittenAtOnceAndReadAtTheNextStart) {
   {
     AppSettings settings(store);
     settings.detectCrossOver.set(false);
@@ -97,18 +97,18 @@ TEST_F(AppSettingsTest, everyChoiceIsWrittenAtOnceAndReadAtTheNextStart) {
   EXPECT_EQ(next.lastUpdateCheck(), Date(std::chrono::seconds(1'800'000'000)));
 }
 
-TEST_F(AppSettingsTest, anEmptiedProtectedListStaysEmpty) {
+TEST_F(AppSettingsTest, AnEmptiedProtectedListStaysEmpty) {
   AppSettings(store).protectedApps.set({});
   EXPECT_EQ(store.object("protectedApps"), Value(List{}));
   EXPECT_THAT(AppSettings(store).protectedApps.get(), IsEmpty());
 }
 
-TEST_F(AppSettingsTest, aProtectedListStoredAsOneTextYieldsTheDefault) {
+TEST_F(AppSettingsTest, AProtectedListStoredAsOneTextYieldsTheDefault) {
   store.set("protectedApps", std::string("com.spotify.client"));
   EXPECT_EQ(AppSettings(store).protectedApps.get(), defaultProtectedApps());
 }
 
-TEST_F(AppSettingsTest, valuesOfOtherTypesAndUnknownWordsFallBackAndAreLeftInTheStore) {
+TEST_F(AppSettingsTest, ValuesOfOtherTypesAndUnknownWordsFallBackAndAreLeftInTheStore) {
   const SimulatedDefaults::Foreign number{"7"};
   for (const char* key : {"detectSteam", "userGames", "accent"}) store.domain()[key] = number;
   store.set("detectCrossOver", std::string("no"));
@@ -125,7 +125,7 @@ TEST_F(AppSettingsTest, valuesOfOtherTypesAndUnknownWordsFallBackAndAreLeftInThe
   for (const auto& [key, value] : before) EXPECT_EQ(store.domain()[key], value) << key;
 }
 
-TEST_F(AppSettingsTest, rawValuesAreComparedExactly) {
+TEST_F(AppSettingsTest, RawValuesAreComparedExactly) {
   for (const char* word : {"", "Teal", "teal ", "cyan"}) {
     store.set("accent", std::string(word));
     EXPECT_EQ(AppSettings(store).accent.get(), AccentTheme::blue) << word;
@@ -140,7 +140,7 @@ TEST_F(AppSettingsTest, rawValuesAreComparedExactly) {
   }
 }
 
-TEST_F(AppSettingsTest, everyRawValueIsReadBackAsItsCase) {
+TEST_F(AppSettingsTest, EveryRawValueIsReadBackAsItsCase) {
   for (const AccentTheme theme : allAccentThemes) {
     store.set("accent", std::string(rawValue(theme)));
     EXPECT_EQ(AppSettings(store).accent.get(), theme);
@@ -151,7 +151,7 @@ TEST_F(AppSettingsTest, everyRawValueIsReadBackAsItsCase) {
   }
 }
 
-TEST_F(AppSettingsTest, theLastUpdateCheckIsNeverCachedAndSettingNothingRemovesIt) {
+TEST_F(AppSettingsTest, TheLastUpdateCheckIsNeverCachedAndSettingNothingRemovesIt) {
   AppSettings settings(store);
   const Date day(std::chrono::seconds(86'400));
   settings.setLastUpdateCheck(day);
@@ -165,13 +165,13 @@ TEST_F(AppSettingsTest, theLastUpdateCheckIsNeverCachedAndSettingNothingRemovesI
   EXPECT_EQ(settings.lastUpdateCheck(), std::nullopt);
 }
 
-TEST_F(AppSettingsTest, changesFromOutsideAreNotPickedUp) {
+TEST_F(AppSettingsTest, ChangesFromOutsideAreNotPickedUp) {
   const AppSettings settings(store);
   store.set("detectSteam", false);
   EXPECT_TRUE(settings.detectSteam.get());
 }
 
-TEST_F(AppSettingsTest, observersHearOfAChangeBeforeItIsWritten) {
+TEST_F(AppSettingsTest, ObserversHearOfAChangeBeforeItIsWritten) {
   AppSettings settings(store);
   List heard;
   const auto watching = settings.accent.observe([&] {
@@ -182,7 +182,7 @@ TEST_F(AppSettingsTest, observersHearOfAChangeBeforeItIsWritten) {
   EXPECT_THAT(heard, ElementsAre("pink not written"));
 }
 
-TEST_F(AppSettingsTest, theAppearanceIsAppliedAfterItWasWritten) {
+TEST_F(AppSettingsTest, TheAppearanceIsAppliedAfterItWasWritten) {
   AppSettings settings(store);
   List applied;
   settings.applyAppearance = [&](AppearanceMode mode) {
@@ -196,7 +196,7 @@ TEST_F(AppSettingsTest, theAppearanceIsAppliedAfterItWasWritten) {
 
 class Migration : public AppSettingsTest {};
 
-TEST_F(Migration, aValueOfTheNewDomainWinsAndTheRestIsTakenOver) {
+TEST_F(Migration, AValueOfTheNewDomainWinsAndTheRestIsTakenOver) {
   former()["accent"] = Value(std::string("teal"));
   former()["userGames"] = Value(List{"org.example.chess"});
   store.set("accent", std::string("red"));
@@ -205,7 +205,7 @@ TEST_F(Migration, aValueOfTheNewDomainWinsAndTheRestIsTakenOver) {
   EXPECT_THAT(settings.userGames.get(), ElementsAre("org.example.chess"));
 }
 
-TEST_F(Migration, copiesExactlyTheThirteenKeysOfWhateverType) {
+TEST_F(Migration, CopiesExactlyTheThirteenKeysOfWhateverType) {
   const List thirteen{"accent",          "appearance",          "checkUpdatesAutomatically",
                       "detectCrossOver", "detectGamesCategory", "detectMinecraft",
                       "detectSteam",     "lastUpdateCheck",     "otomatik",
@@ -222,7 +222,7 @@ TEST_F(Migration, copiesExactlyTheThirteenKeysOfWhateverType) {
   EXPECT_FALSE(store.contains("windowFrame"));
 }
 
-TEST_F(Migration, copiesInTheDocumentedOrderAfterTheMarker) {
+TEST_F(Migration, CopiesInTheDocumentedOrderAfterTheMarker) {
   for (const char* key : {"accent", "otomatik", "userGames"}) former()[key] = Value(true);
   machine.calls.startTrace();
   const AppSettings settings(store);
@@ -235,32 +235,32 @@ TEST_F(Migration, copiesInTheDocumentedOrderAfterTheMarker) {
                           "defaults.copy otomatik", "defaults.copy userGames", "defaults.copy accent"));
 }
 
-TEST_F(Migration, aValueOfAnyTypeInTheNewDomainKeepsTheFormerOneOut) {
+TEST_F(Migration, AValueOfAnyTypeInTheNewDomainKeepsTheFormerOneOut) {
   store.domain()["accent"] = SimulatedDefaults::Foreign{"7"};
   former()["accent"] = Value(std::string("teal"));
   EXPECT_EQ(AppSettings(store).accent.get(), AccentTheme::blue);
 }
 
-TEST_F(Migration, happensOnceEvenWhenThereWasNothingToTakeOver) {
+TEST_F(Migration, HappensOnceEvenWhenThereWasNothingToTakeOver) {
   { const AppSettings settings(store); }
   former()["accent"] = Value(std::string("teal"));
   EXPECT_EQ(AppSettings(store).accent.get(), AccentTheme::blue);
 }
 
-TEST_F(Migration, aMarkerThatIsNotTrueDoesNotCount) {
+TEST_F(Migration, AMarkerThatIsNotTrueDoesNotCount) {
   former()["accent"] = Value(std::string("teal"));
   store.set("migratedFromMurn", std::string("true"));
   EXPECT_EQ(AppSettings(store).accent.get(), AccentTheme::teal);
 }
 
-TEST_F(Migration, aFormerDomainThatCannotBeOpenedIsNotTriedAgain) {
+TEST_F(Migration, AFormerDomainThatCannotBeOpenedIsNotTriedAgain) {
   former()["accent"] = Value(std::string("teal"));
   machine.calls.refuseNext(Operation::openSuite);
   EXPECT_EQ(AppSettings(store).accent.get(), AccentTheme::blue);
   EXPECT_EQ(AppSettings(store).accent.get(), AccentTheme::blue);
 }
 
-TEST(SettingsEnums, haveTheirStoredAndShownNamesAndColours) {
+TEST(SettingsEnums, HaveTheirStoredAndShownNamesAndColours) {
   struct Row {
     AccentTheme theme;
     const char* raw;

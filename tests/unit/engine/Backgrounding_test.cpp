@@ -16,7 +16,7 @@ class Backgrounding : public EngineTest {
   }
 };
 
-TEST_F(Backgrounding, aManagedAppIsRecordedWithEverythingThatRestoringItNeeds) {
+TEST_F(Backgrounding, AManagedAppIsRecordedWithEverythingThatRestoringItNeeds) {
   start();
   const SimulatedAppRef mail = open("Mail");
   const Pid mailPid = mail->processIdentifier();
@@ -32,7 +32,7 @@ TEST_F(Backgrounding, aManagedAppIsRecordedWithEverythingThatRestoringItNeeds) {
   EXPECT_EQ(entry.changedAtMicros, 1'800'000'000'000'007U);
 }
 
-TEST_F(Backgrounding, anAppWithoutANameIsListedByItsPid) {
+TEST_F(Backgrounding, AnAppWithoutANameIsListedByItsPid) {
   start();
   open(AppSpec{.pid = 812});
   playGame();
@@ -40,7 +40,7 @@ TEST_F(Backgrounding, anAppWithoutANameIsListedByItsPid) {
   EXPECT_EQ(engine->managed().at(812).bundleID, std::nullopt);
 }
 
-TEST_F(Backgrounding, anAppThatIsWhollyInTheBandAlreadyIsNeitherManagedNorRecorded) {
+TEST_F(Backgrounding, AnAppThatIsWhollyInTheBandAlreadyIsNeitherManagedNorRecorded) {
   start();
   const SimulatedAppRef indexer = open("Indexer");
   const Pid helper = childOf(indexer);
@@ -55,7 +55,7 @@ TEST_F(Backgrounding, anAppThatIsWhollyInTheBandAlreadyIsNeitherManagedNorRecord
   EXPECT_TRUE(isSlow(helper));
 }
 
-TEST_F(Backgrounding, aProcessThatWasInTheBandBeforeStaysThereWhenItsAppIsRestored) {
+TEST_F(Backgrounding, AProcessThatWasInTheBandBeforeStaysThereWhenItsAppIsRestored) {
   start();
   const SimulatedAppRef mail = open("Mail");
   const Pid indexer = childOf(mail);
@@ -68,7 +68,7 @@ TEST_F(Backgrounding, aProcessThatWasInTheBandBeforeStaysThereWhenItsAppIsRestor
   EXPECT_TRUE(isSlow(indexer));
 }
 
-TEST_F(Backgrounding, aProcessWhoseBandCannotBeReadIsACandidateAllTheSame) {
+TEST_F(Backgrounding, AProcessWhoseBandCannotBeReadIsACandidateAllTheSame) {
   start();
   const SimulatedAppRef mail = open("Mail");
   machine.calls.refuse(Operation::isInBand, mail->processIdentifier());
@@ -77,7 +77,7 @@ TEST_F(Backgrounding, aProcessWhoseBandCannotBeReadIsACandidateAllTheSame) {
   EXPECT_TRUE(isSlow(mail));
 }
 
-TEST_F(Backgrounding, anAppWhoseMainProcessCannotBeReadIsLeftAlone) {
+TEST_F(Backgrounding, AnAppWhoseMainProcessCannotBeReadIsLeftAlone) {
   start();
   const SimulatedAppRef mail = open("Mail");
   childOf(mail);
@@ -88,7 +88,7 @@ TEST_F(Backgrounding, anAppWhoseMainProcessCannotBeReadIsLeftAlone) {
   EXPECT_EQ(count(machine.calls.takeTrace(), "files.write"), 0U);
 }
 
-TEST_F(Backgrounding, aProcessThatExitsBetweenTheReadsDropsOut) {
+TEST_F(Backgrounding, AProcessThatExitsBetweenTheReadsDropsOut) {
   start();
   const SimulatedAppRef mail = open("Mail");
   const Pid helper = childOf(mail);
@@ -99,7 +99,7 @@ TEST_F(Backgrounding, aProcessThatExitsBetweenTheReadsDropsOut) {
   EXPECT_FALSE(journalledPids().contains(helper));
 }
 
-TEST_F(Backgrounding, whenEveryCallIsRefusedTheJournalIsAsBeforeAndTheAppIsNotManaged) {
+TEST_F(Backgrounding, WhenEveryCallIsRefusedTheJournalIsAsBeforeAndTheAppIsNotManaged) {
   start();
   const SimulatedAppRef foreign = open("Foreign");
   const Pid helper = childOf(foreign);
@@ -110,7 +110,7 @@ TEST_F(Backgrounding, whenEveryCallIsRefusedTheJournalIsAsBeforeAndTheAppIsNotMa
   EXPECT_EQ(journalText(), "[]");
 }
 
-TEST_F(Backgrounding, oneRefusedProcessLeavesTheOthersManagedAndIsNotInTheJournal) {
+TEST_F(Backgrounding, OneRefusedProcessLeavesTheOthersManagedAndIsNotInTheJournal) {
   start();
   const SimulatedAppRef mail = open("Mail");
   const Pid foreign = childOf(mail);
@@ -121,7 +121,7 @@ TEST_F(Backgrounding, oneRefusedProcessLeavesTheOthersManagedAndIsNotInTheJourna
   EXPECT_THAT(journalledPids(), ElementsAre(mail->processIdentifier(), helper));
 }
 
-TEST_F(Backgrounding, anAppIsManagedEvenWhenItsMainProcessIsTheRefusedOne) {
+TEST_F(Backgrounding, AnAppIsManagedEvenWhenItsMainProcessIsTheRefusedOne) {
   start();
   const SimulatedAppRef mail = open("Mail");
   const Pid helper = childOf(mail);
@@ -133,7 +133,7 @@ TEST_F(Backgrounding, anAppIsManagedEvenWhenItsMainProcessIsTheRefusedOne) {
   EXPECT_FALSE(isSlow(helper));
 }
 
-TEST_F(Backgrounding, aChildBornSlowIsSweptBackWhileTheRootLives) {
+TEST_F(Backgrounding, AChildBornSlowIsSweptBackWhileTheRootLives) {
   start();
   const SimulatedAppRef mail = open("Mail");
   const SimulatedAppRef game = playGame();
@@ -147,7 +147,7 @@ TEST_F(Backgrounding, aChildBornSlowIsSweptBackWhileTheRootLives) {
   EXPECT_FALSE(isSlow(grandchild));
 }
 
-TEST_F(Backgrounding, aChildThatRaisedItselfIsLeftAlone) {
+TEST_F(Backgrounding, AChildThatRaisedItselfIsLeftAlone) {
   start();
   const SimulatedAppRef mail = open("Mail");
   const SimulatedAppRef game = playGame();
@@ -159,7 +159,7 @@ TEST_F(Backgrounding, aChildThatRaisedItselfIsLeftAlone) {
   EXPECT_EQ(count(machine.calls.takeTrace(), "band.leave " + std::to_string(born)), 0U);
 }
 
-TEST_F(Backgrounding, withoutTheRootSurvivingMembersComeBackButNothingIsSwept) {
+TEST_F(Backgrounding, WithoutTheRootSurvivingMembersComeBackButNothingIsSwept) {
   start();
   const SimulatedAppRef mail = open("Mail");
   const Pid member = childOf(mail);
@@ -172,7 +172,7 @@ TEST_F(Backgrounding, withoutTheRootSurvivingMembersComeBackButNothingIsSwept) {
   EXPECT_EQ(journalText(), "[]");
 }
 
-TEST_F(Backgrounding, aRootWhosePidWasReusedIsNotSwept) {
+TEST_F(Backgrounding, ARootWhosePidWasReusedIsNotSwept) {
   machine.delivery = EventDelivery::onDemand;
   start();
   const SimulatedAppRef mail = open("Mail");
@@ -188,7 +188,7 @@ TEST_F(Backgrounding, aRootWhosePidWasReusedIsNotSwept) {
   EXPECT_TRUE(isSlow(stranger));
 }
 
-TEST_F(Backgrounding, aMemberWhosePidWasReusedIsNotTouched) {
+TEST_F(Backgrounding, AMemberWhosePidWasReusedIsNotTouched) {
   start();
   const SimulatedAppRef mail = open("Mail");
   const Pid member = childOf(mail);
@@ -205,7 +205,7 @@ TEST_F(Backgrounding, aMemberWhosePidWasReusedIsNotTouched) {
 }
 
 // The axis of start times has a resolution, so the very moment of the change belongs to the sweep.
-TEST_F(Backgrounding, aChildOfTheVeryMicrosecondOfTheChangeCountsAsBornLater) {
+TEST_F(Backgrounding, AChildOfTheVeryMicrosecondOfTheChangeCountsAsBornLater) {
   start();
   const SimulatedAppRef mail = open("Mail");
   later();
@@ -216,7 +216,7 @@ TEST_F(Backgrounding, aChildOfTheVeryMicrosecondOfTheChangeCountsAsBornLater) {
   EXPECT_FALSE(isSlow(born));
 }
 
-TEST_F(Backgrounding, aChildOfOneMicrosecondBeforeIsNotSwept) {
+TEST_F(Backgrounding, AChildOfOneMicrosecondBeforeIsNotSwept) {
   start();
   const SimulatedAppRef mail = open("Mail");
   const Pid helper = childOf(mail);
@@ -227,7 +227,7 @@ TEST_F(Backgrounding, aChildOfOneMicrosecondBeforeIsNotSwept) {
   EXPECT_TRUE(isSlow(helper));
 }
 
-TEST_F(Backgrounding, anAppThatAnotherOneStartedIsAnAppOfItsOwn) {
+TEST_F(Backgrounding, AnAppThatAnotherOneStartedIsAnAppOfItsOwn) {
   start();
   const SimulatedAppRef terminal = open("Terminal");
   const Pid shell = childOf(terminal);
@@ -248,7 +248,7 @@ TEST_F(Backgrounding, anAppThatAnotherOneStartedIsAnAppOfItsOwn) {
   EXPECT_FALSE(isSlow(shell));
 }
 
-TEST_F(Backgrounding, aProtectedAppThatWasStartedFromATerminalIsNotSlowedWithIt) {
+TEST_F(Backgrounding, AProtectedAppThatWasStartedFromATerminalIsNotSlowedWithIt) {
   start();
   settings->protectedApps.set({"org.example.Chat"});
   const SimulatedAppRef terminal = open("Terminal");
@@ -262,7 +262,7 @@ TEST_F(Backgrounding, aProtectedAppThatWasStartedFromATerminalIsNotSlowedWithIt)
   EXPECT_FALSE(isSlow(call));
 }
 
-TEST_F(Backgrounding, theSweepOfATerminalStopsAtAnAppThatIsSlowedByItself) {
+TEST_F(Backgrounding, TheSweepOfATerminalStopsAtAnAppThatIsSlowedByItself) {
   start();
   const SimulatedAppRef terminal = open("Terminal");
   const Pid shell = childOf(terminal);
@@ -285,7 +285,7 @@ TEST_F(Backgrounding, theSweepOfATerminalStopsAtAnAppThatIsSlowedByItself) {
   EXPECT_FALSE(isSlow(born));
 }
 
-TEST_F(Backgrounding, anEntryMissingFromTheBandsRefusalIsForgottenAllTheSame) {
+TEST_F(Backgrounding, AnEntryMissingFromTheBandsRefusalIsForgottenAllTheSame) {
   start();
   const SimulatedAppRef mail = open("Mail");
   const SimulatedAppRef game = playGame();
@@ -296,7 +296,7 @@ TEST_F(Backgrounding, anEntryMissingFromTheBandsRefusalIsForgottenAllTheSame) {
   EXPECT_EQ(journalText(), "[]");
 }
 
-TEST_F(Backgrounding, aJournalThatCannotBeWrittenStopsNeitherWay) {
+TEST_F(Backgrounding, AJournalThatCannotBeWrittenStopsNeitherWay) {
   start();
   const SimulatedAppRef mail = open("Mail");
   machine.calls.refuse(Operation::writeFile);
@@ -306,7 +306,7 @@ TEST_F(Backgrounding, aJournalThatCannotBeWrittenStopsNeitherWay) {
   EXPECT_FALSE(isSlow(mail));
 }
 
-TEST_F(Backgrounding, onePassOverManyAppsWritesTheJournalOnce) {
+TEST_F(Backgrounding, OnePassOverManyAppsWritesTheJournalOnce) {
   start();
   for (const char* name : {"A", "B", "C", "D"}) childOf(open(name));
   machine.calls.startTrace();

@@ -12,7 +12,7 @@ using testing::IsEmpty;
 
 class EngineCycle : public EngineTest {};
 
-TEST_F(EngineCycle, aBoostAppInFrontSendsTheOthersToTheBand) {
+TEST_F(EngineCycle, ABoostAppInFrontSendsTheOthersToTheBand) {
   start();
   const SimulatedAppRef mail = open("Mail");
   const SimulatedAppRef game = playGame();
@@ -22,7 +22,7 @@ TEST_F(EngineCycle, aBoostAppInFrontSendsTheOthersToTheBand) {
   EXPECT_FALSE(isSlow(game));
 }
 
-TEST_F(EngineCycle, anOrdinaryAppInFrontStartsNothing) {
+TEST_F(EngineCycle, AnOrdinaryAppInFrontStartsNothing) {
   start();
   open("Mail");
   const SimulatedAppRef notes = openInFront(named("Notes"));
@@ -31,7 +31,7 @@ TEST_F(EngineCycle, anOrdinaryAppInFrontStartsNothing) {
   EXPECT_THAT(engine->managed(), IsEmpty());
 }
 
-TEST_F(EngineCycle, withAutomaticOffABoostAppInFrontChangesOnlyTheLastFrontmost) {
+TEST_F(EngineCycle, WithAutomaticOffABoostAppInFrontChangesOnlyTheLastFrontmost) {
   start();
   engine->setAutomatic(false);
   const SimulatedAppRef mail = open("Mail");
@@ -43,7 +43,7 @@ TEST_F(EngineCycle, withAutomaticOffABoostAppInFrontChangesOnlyTheLastFrontmost)
   EXPECT_TRUE(isSlow(mail));
 }
 
-TEST_F(EngineCycle, changingAutomaticStartsAndStopsNothingByItself) {
+TEST_F(EngineCycle, ChangingAutomaticStartsAndStopsNothingByItself) {
   start();
   engine->setAutomatic(false);
   const SimulatedAppRef game = playGame();
@@ -55,7 +55,7 @@ TEST_F(EngineCycle, changingAutomaticStartsAndStopsNothingByItself) {
   EXPECT_EQ(engine->activeGame.get(), game);
 }
 
-TEST_F(EngineCycle, automaticIsKeptUnderItsStoredName) {
+TEST_F(EngineCycle, AutomaticIsKeptUnderItsStoredName) {
   start();
   EXPECT_TRUE(engine->automatic.get()) << "true when nothing is stored";
   engine->setAutomatic(false);
@@ -67,7 +67,7 @@ TEST_F(EngineCycle, automaticIsKeptUnderItsStoredName) {
   EXPECT_TRUE(start().automatic.get()) << "a text is no Boolean";
 }
 
-TEST_F(EngineCycle, automaticIsPublishedBeforeItIsStored) {
+TEST_F(EngineCycle, AutomaticIsPublishedBeforeItIsStored) {
   start();
   std::optional<UserDefaults::Value> storedThen;
   const auto watching = engine->automatic.observe([&] { storedThen = machine.defaults.object("otomatik"); });
@@ -75,7 +75,7 @@ TEST_F(EngineCycle, automaticIsPublishedBeforeItIsStored) {
   EXPECT_EQ(storedThen, std::nullopt);
 }
 
-TEST_F(EngineCycle, aBoostAppThatWasTurnedOffStartsNoBoostUntilItWasRelaunched) {
+TEST_F(EngineCycle, ABoostAppThatWasTurnedOffStartsNoBoostUntilItWasRelaunched) {
   start();
   open("Mail");
   const SimulatedAppRef notes = open("Notes");
@@ -90,7 +90,7 @@ TEST_F(EngineCycle, aBoostAppThatWasTurnedOffStartsNoBoostUntilItWasRelaunched) 
   EXPECT_EQ(playGame(), engine->activeGame.get());
 }
 
-TEST_F(EngineCycle, anotherBoostAppStillStartsABoostWhileOneIsDismissed) {
+TEST_F(EngineCycle, AnotherBoostAppStillStartsABoostWhileOneIsDismissed) {
   start();
   const SimulatedAppRef game = playGame();
   engine->dismissedPID = game->processIdentifier();
@@ -100,7 +100,7 @@ TEST_F(EngineCycle, anotherBoostAppStillStartsABoostWhileOneIsDismissed) {
   EXPECT_EQ(engine->dismissedPID, game->processIdentifier());
 }
 
-TEST_F(EngineCycle, theDismissalOfAnAppOutlivesTheEndOfOthers) {
+TEST_F(EngineCycle, TheDismissalOfAnAppOutlivesTheEndOfOthers) {
   start();
   const SimulatedAppRef mail = open("Mail");
   const SimulatedAppRef game = playGame();
@@ -110,7 +110,7 @@ TEST_F(EngineCycle, theDismissalOfAnAppOutlivesTheEndOfOthers) {
   EXPECT_EQ(engine->dismissedPID, game->processIdentifier());
 }
 
-TEST_F(EngineCycle, thisProgramsOwnWindowsInFrontChangeNothing) {
+TEST_F(EngineCycle, ThisProgramsOwnWindowsInFrontChangeNothing) {
   start();
   const SimulatedAppRef mail = open("Mail");
   const SimulatedAppRef game = playGame();
@@ -125,7 +125,7 @@ TEST_F(EngineCycle, thisProgramsOwnWindowsInFrontChangeNothing) {
   EXPECT_FALSE(isSlow(mail)) << "it is still the app that is excepted";
 }
 
-TEST_F(EngineCycle, aManagedAppInFrontIsRestoredAtOnceAndGoesBackWhenAnotherOneFollows) {
+TEST_F(EngineCycle, AManagedAppInFrontIsRestoredAtOnceAndGoesBackWhenAnotherOneFollows) {
   start();
   const SimulatedAppRef mail = open("Mail");
   const SimulatedAppRef notes = open("Notes");
@@ -140,7 +140,7 @@ TEST_F(EngineCycle, aManagedAppInFrontIsRestoredAtOnceAndGoesBackWhenAnotherOneF
   EXPECT_THAT(engine->managedNames.get(), ElementsAre("Mail"));
 }
 
-TEST_F(EngineCycle, theExceptionGoesBackWhenTheBoostAppReturns) {
+TEST_F(EngineCycle, TheExceptionGoesBackWhenTheBoostAppReturns) {
   start();
   const SimulatedAppRef mail = open("Mail");
   const SimulatedAppRef game = playGame();
@@ -151,7 +151,7 @@ TEST_F(EngineCycle, theExceptionGoesBackWhenTheBoostAppReturns) {
   EXPECT_TRUE(isSlow(mail));
 }
 
-TEST_F(EngineCycle, anExceptionThatEndedMeanwhileIsNotPutBack) {
+TEST_F(EngineCycle, AnExceptionThatEndedMeanwhileIsNotPutBack) {
   start();
   const SimulatedAppRef mail = open("Mail");
   const SimulatedAppRef game = playGame();
@@ -165,7 +165,7 @@ TEST_F(EngineCycle, anExceptionThatEndedMeanwhileIsNotPutBack) {
   EXPECT_THAT(engine->managed(), IsEmpty());
 }
 
-TEST_F(EngineCycle, aProtectedAppInFrontBecomesTheExceptionAndIsTurnedAwayWhenItLeaves) {
+TEST_F(EngineCycle, AProtectedAppInFrontBecomesTheExceptionAndIsTurnedAwayWhenItLeaves) {
   start();
   settings->protectedApps.set({"org.example.Music"});
   const SimulatedAppRef music = open("Music");
@@ -175,7 +175,7 @@ TEST_F(EngineCycle, aProtectedAppInFrontBecomesTheExceptionAndIsTurnedAwayWhenIt
   EXPECT_FALSE(isSlow(music));
 }
 
-TEST_F(EngineCycle, aSecondBoostAppInFrontIsNeitherTheBoostAppNorAnException) {
+TEST_F(EngineCycle, ASecondBoostAppInFrontIsNeitherTheBoostAppNorAnException) {
   start();
   const SimulatedAppRef mail = open("Mail");
   const SimulatedAppRef game = playGame();
@@ -189,7 +189,7 @@ TEST_F(EngineCycle, aSecondBoostAppInFrontIsNeitherTheBoostAppNorAnException) {
   EXPECT_EQ(count(machine.calls.takeTrace(), "audio.probe"), 0U) << "there was no exception to put back";
 }
 
-TEST_F(EngineCycle, anAppLaunchedInTheBackgroundIsSlowedAtOnceAndOneInFrontIsNot) {
+TEST_F(EngineCycle, AnAppLaunchedInTheBackgroundIsSlowedAtOnceAndOneInFrontIsNot) {
   start();
   playGame();
   const SimulatedAppRef mail = open("Mail");
@@ -200,14 +200,14 @@ TEST_F(EngineCycle, anAppLaunchedInTheBackgroundIsSlowedAtOnceAndOneInFrontIsNot
   EXPECT_THAT(engine->managedNames.get(), ElementsAre("Mail"));
 }
 
-TEST_F(EngineCycle, aLaunchWhileIdleChangesNothing) {
+TEST_F(EngineCycle, ALaunchWhileIdleChangesNothing) {
   start();
   machine.calls.startTrace();
   EXPECT_FALSE(isSlow(open("Mail")));
   EXPECT_THAT(machine.calls.takeTrace(), IsEmpty());
 }
 
-TEST_F(EngineCycle, aSecondBoostAppTakesOverWhenTheFirstQuitsAndNothingIsReexamined) {
+TEST_F(EngineCycle, ASecondBoostAppTakesOverWhenTheFirstQuitsAndNothingIsReexamined) {
   start();
   const SimulatedAppRef mail = open("Mail");
   const SimulatedAppRef store = open("Store");
@@ -225,7 +225,7 @@ TEST_F(EngineCycle, aSecondBoostAppTakesOverWhenTheFirstQuitsAndNothingIsReexami
   EXPECT_FALSE(isSlow(store)) << "from now on it is the launcher of the Boost app";
 }
 
-TEST_F(EngineCycle, theFirstRunningBoostAppOfTheListTakesOver) {
+TEST_F(EngineCycle, TheFirstRunningBoostAppOfTheListTakesOver) {
   machine.delivery = EventDelivery::onDemand;
   start();
   const SimulatedAppRef game = playGame();
@@ -239,7 +239,7 @@ TEST_F(EngineCycle, theFirstRunningBoostAppOfTheListTakesOver) {
   EXPECT_EQ(engine->activeGame.get(), first);
 }
 
-TEST_F(EngineCycle, whenTheLastBoostAppQuitsEverythingComesBack) {
+TEST_F(EngineCycle, WhenTheLastBoostAppQuitsEverythingComesBack) {
   start();
   const SimulatedAppRef mail = open("Mail");
   const SimulatedAppRef notes = open("Notes");
@@ -252,7 +252,7 @@ TEST_F(EngineCycle, whenTheLastBoostAppQuitsEverythingComesBack) {
   EXPECT_EQ(journalText(), "[]");
 }
 
-TEST_F(EngineCycle, theEndOfAManagedAppTakesItOffTheList) {
+TEST_F(EngineCycle, TheEndOfAManagedAppTakesItOffTheList) {
   start();
   const SimulatedAppRef mail = open("Mail");
   open("Notes");
@@ -261,7 +261,7 @@ TEST_F(EngineCycle, theEndOfAManagedAppTakesItOffTheList) {
   EXPECT_THAT(engine->managedNames.get(), ElementsAre("Notes"));
 }
 
-TEST_F(EngineCycle, theEndOfTheExceptionEndsTheException) {
+TEST_F(EngineCycle, TheEndOfTheExceptionEndsTheException) {
   start();
   const SimulatedAppRef mail = open("Mail");
   const SimulatedAppRef game = playGame();
@@ -275,7 +275,7 @@ TEST_F(EngineCycle, theEndOfTheExceptionEndsTheException) {
   EXPECT_EQ(engine->activeGame.get(), game);
 }
 
-TEST_F(EngineCycle, aBoostAlreadyInFrontAtTheStartBeginsAtOnce) {
+TEST_F(EngineCycle, ABoostAlreadyInFrontAtTheStartBeginsAtOnce) {
   const SimulatedAppRef mail = open("Mail");
   const SimulatedAppRef game = playGame();
   start();
@@ -284,21 +284,21 @@ TEST_F(EngineCycle, aBoostAlreadyInFrontAtTheStartBeginsAtOnce) {
   EXPECT_TRUE(isSlow(mail));
 }
 
-TEST_F(EngineCycle, anOrdinaryAppInFrontAtTheStartIsTheLastFrontmost) {
+TEST_F(EngineCycle, AnOrdinaryAppInFrontAtTheStartIsTheLastFrontmost) {
   const SimulatedAppRef mail = openInFront(named("Mail"));
   start();
   EXPECT_EQ(engine->lastFrontmost.get(), mail);
   EXPECT_EQ(engine->activeGame.get(), nullptr);
 }
 
-TEST_F(EngineCycle, namesAreSortedByLetterCaseAndKeepDuplicates) {
+TEST_F(EngineCycle, NamesAreSortedByLetterCaseAndKeepDuplicates) {
   start();
   for (const char* name : {"Zoom", "calendar", "Mail", "Zoom"}) open(AppSpec{.name = name});
   playGame();
   EXPECT_THAT(engine->managedNames.get(), ElementsAre("Mail", "Zoom", "Zoom", "calendar"));
 }
 
-TEST_F(EngineCycle, namesAreSortedByScalarValuesOfTheirComposedForm) {
+TEST_F(EngineCycle, NamesAreSortedByScalarValuesOfTheirComposedForm) {
   start();
   // E with an acute accent, once composed and once as two scalars; a letter beyond 16 bits after one within.
   const std::string composed = "\xC3\x89"
@@ -314,7 +314,7 @@ TEST_F(EngineCycle, namesAreSortedByScalarValuesOfTheirComposedForm) {
   EXPECT_THAT(engine->managedNames.get(), ElementsAre("F", decomposed, composed, halfwidth, emoji));
 }
 
-TEST_F(EngineCycle, observersOfTheNamesHearOfEveryRefresh) {
+TEST_F(EngineCycle, ObserversOfTheNamesHearOfEveryRefresh) {
   start();
   std::vector<Names> heard;
   const auto watching = engine->managedNames.observe([&] { heard.push_back(engine->managedNames.get()); });
@@ -325,7 +325,7 @@ TEST_F(EngineCycle, observersOfTheNamesHearOfEveryRefresh) {
       << "once for the Boost, once for its end, once more at the end of the handling";
 }
 
-TEST_F(EngineCycle, anEndedEngineHearsNoEvents) {
+TEST_F(EngineCycle, AnEndedEngineHearsNoEvents) {
   start();
   engine.reset();
   playGame();
@@ -334,13 +334,13 @@ TEST_F(EngineCycle, anEndedEngineHearsNoEvents) {
 
 class AlwaysBoost : public EngineTest {};
 
-TEST_F(AlwaysBoost, withoutALastFrontmostDoesNothing) {
+TEST_F(AlwaysBoost, WithoutALastFrontmostDoesNothing) {
   start();
   engine->alwaysBoost();
   EXPECT_THAT(settings->userGames.get(), IsEmpty());
 }
 
-TEST_F(AlwaysBoost, addsTheAppAtTheEndOfTheListWritesItAndStartsABoost) {
+TEST_F(AlwaysBoost, AddsTheAppAtTheEndOfTheListWritesItAndStartsABoost) {
   start();
   settings->userGames.set({"org.example.Chess"});
   const SimulatedAppRef mail = open("Mail");
@@ -356,7 +356,7 @@ TEST_F(AlwaysBoost, addsTheAppAtTheEndOfTheListWritesItAndStartsABoost) {
   EXPECT_TRUE(isSlow(mail));
 }
 
-TEST_F(AlwaysBoost, anAppOnTheListAlreadyIsNotAddedTwiceButItsDismissalEnds) {
+TEST_F(AlwaysBoost, AnAppOnTheListAlreadyIsNotAddedTwiceButItsDismissalEnds) {
   start();
   settings->userGames.set({"org.example.Editor"});
   engine->setAutomatic(false);
@@ -368,14 +368,14 @@ TEST_F(AlwaysBoost, anAppOnTheListAlreadyIsNotAddedTwiceButItsDismissalEnds) {
   EXPECT_EQ(engine->activeGame.get(), editor);
 }
 
-TEST_F(AlwaysBoost, anAppWithoutABundleIdentifierIsAddedByItsName) {
+TEST_F(AlwaysBoost, AnAppWithoutABundleIdentifierIsAddedByItsName) {
   start();
   openInFront({.name = "Editor"});
   engine->alwaysBoost();
   EXPECT_THAT(settings->userGames.get(), ElementsAre("Editor"));
 }
 
-TEST_F(AlwaysBoost, anAppWithNeitherIsNotAddedAndStartsNothing) {
+TEST_F(AlwaysBoost, AnAppWithNeitherIsNotAddedAndStartsNothing) {
   start();
   openInFront({});
   engine->dismissedPID = 4;
@@ -385,7 +385,7 @@ TEST_F(AlwaysBoost, anAppWithNeitherIsNotAddedAndStartsNothing) {
   EXPECT_EQ(engine->dismissedPID, 4);
 }
 
-TEST_F(AlwaysBoost, aSystemAppCannotBecomeABoostApp) {
+TEST_F(AlwaysBoost, ASystemAppCannotBecomeABoostApp) {
   start();
   openInFront({.name = "Finder", .bundleID = "com.apple.finder"});
   engine->alwaysBoost();
@@ -393,7 +393,7 @@ TEST_F(AlwaysBoost, aSystemAppCannotBecomeABoostApp) {
   EXPECT_EQ(engine->activeGame.get(), nullptr);
 }
 
-TEST_F(AlwaysBoost, duringABoostTheAppIsOnlyAddedAndFreedByTheRecheck) {
+TEST_F(AlwaysBoost, DuringABoostTheAppIsOnlyAddedAndFreedByTheRecheck) {
   start();
   const SimulatedAppRef mail = open("Mail");
   const SimulatedAppRef game = playGame();
@@ -408,7 +408,7 @@ TEST_F(AlwaysBoost, duringABoostTheAppIsOnlyAddedAndFreedByTheRecheck) {
 
 class RecheckManaged : public EngineTest {};
 
-TEST_F(RecheckManaged, releasesAnAppThatIsProtectedNow) {
+TEST_F(RecheckManaged, ReleasesAnAppThatIsProtectedNow) {
   start();
   const SimulatedAppRef mail = open("Mail");
   const SimulatedAppRef notes = open("Notes");
@@ -421,7 +421,7 @@ TEST_F(RecheckManaged, releasesAnAppThatIsProtectedNow) {
   EXPECT_THAT(journalledPids(), ElementsAre(notes->processIdentifier()));
 }
 
-TEST_F(RecheckManaged, releasesAnAppThatIsABoostAppNow) {
+TEST_F(RecheckManaged, ReleasesAnAppThatIsABoostAppNow) {
   start();
   const SimulatedAppRef mail = open("Mail");
   playGame();
@@ -431,7 +431,7 @@ TEST_F(RecheckManaged, releasesAnAppThatIsABoostAppNow) {
   EXPECT_THAT(engine->managed(), IsEmpty());
 }
 
-TEST_F(RecheckManaged, keepsAnAppThatTheWorkspaceNoLongerKnows) {
+TEST_F(RecheckManaged, KeepsAnAppThatTheWorkspaceNoLongerKnows) {
   start();
   const SimulatedAppRef mail = open("Mail");
   playGame();
@@ -441,7 +441,7 @@ TEST_F(RecheckManaged, keepsAnAppThatTheWorkspaceNoLongerKnows) {
   EXPECT_TRUE(isManaged(mail));
 }
 
-TEST_F(RecheckManaged, slowsNothingNew) {
+TEST_F(RecheckManaged, SlowsNothingNew) {
   start();
   settings->protectedApps.set({"org.example.Mail"});
   const SimulatedAppRef mail = open("Mail");
@@ -454,7 +454,7 @@ TEST_F(RecheckManaged, slowsNothingNew) {
 
 class Recovery : public EngineTest {};
 
-TEST_F(Recovery, afterAKillEveryJournalledProcessIsPutBackBeforeAnybodyIsWatched) {
+TEST_F(Recovery, AfterAKillEveryJournalledProcessIsPutBackBeforeAnybodyIsWatched) {
   start();
   const SimulatedAppRef mail = open("Mail");
   const Pid helper = childOf(mail);
@@ -477,7 +477,7 @@ TEST_F(Recovery, afterAKillEveryJournalledProcessIsPutBackBeforeAnybodyIsWatched
   EXPECT_EQ(count({trace.begin(), firstObserver}, "band.leave"), 2U);
 }
 
-TEST_F(Recovery, theLeftoversAreRestoredAndThenANewBoostStarts) {
+TEST_F(Recovery, TheLeftoversAreRestoredAndThenANewBoostStarts) {
   start();
   const SimulatedAppRef mail = open("Mail");
   const SimulatedAppRef game = playGame();
@@ -490,7 +490,7 @@ TEST_F(Recovery, theLeftoversAreRestoredAndThenANewBoostStarts) {
             startMicros(engine->managed().at(mail->processIdentifier()).root));
 }
 
-TEST_F(Recovery, aLeftoverWhosePidWasReusedIsNotTouched) {
+TEST_F(Recovery, ALeftoverWhosePidWasReusedIsNotTouched) {
   start();
   const SimulatedAppRef mail = open("Mail");
   const SimulatedAppRef game = playGame();
@@ -506,14 +506,14 @@ TEST_F(Recovery, aLeftoverWhosePidWasReusedIsNotTouched) {
   EXPECT_EQ(journalText(), "[]");
 }
 
-TEST_F(Recovery, stoppingWhatNeverStartedIsHarmless) {
+TEST_F(Recovery, StoppingWhatNeverStartedIsHarmless) {
   start();
   engine->stopBoost();
   EXPECT_EQ(journalText(), "[]");
   EXPECT_THAT(engine->managedNames.get(), IsEmpty());
 }
 
-TEST_F(Recovery, stoppingLeavesTheDismissalAlone) {
+TEST_F(Recovery, StoppingLeavesTheDismissalAlone) {
   start();
   playGame();
   engine->dismissedPID = 4711;
@@ -522,7 +522,7 @@ TEST_F(Recovery, stoppingLeavesTheDismissalAlone) {
   EXPECT_EQ(machine.band.preparedFor(), std::nullopt);
 }
 
-TEST_F(Recovery, whatWasBornSlowIsFoundByAPlatformThatKnowsItsTraces) {
+TEST_F(Recovery, WhatWasBornSlowIsFoundByAPlatformThatKnowsItsTraces) {
   machine.band.knowsItsOwnTraces = true;
   start();
   const SimulatedAppRef mail = open("Mail");
@@ -542,7 +542,7 @@ class BornSlowed : public Recovery {
   BornSlowed() { machine.band.knowsItsOwnTraces = true; }
 };
 
-TEST_F(BornSlowed, anAppComesOutWhenItIsInFrontAndGoesBackWhenItLeaves) {
+TEST_F(BornSlowed, AnAppComesOutWhenItIsInFrontAndGoesBackWhenItLeaves) {
   start();
   const SimulatedAppRef terminal = open("Terminal");
   const SimulatedAppRef game = playGame();
@@ -556,7 +556,7 @@ TEST_F(BornSlowed, anAppComesOutWhenItIsInFrontAndGoesBackWhenItLeaves) {
   EXPECT_THAT(engine->managedNames.get(), ElementsAre("Editor", "Terminal"));
 }
 
-TEST_F(BornSlowed, aProtectedAppComesOutAtOnce) {
+TEST_F(BornSlowed, AProtectedAppComesOutAtOnce) {
   start();
   const SimulatedAppRef terminal = open("Terminal");
   playGame();

@@ -28,39 +28,39 @@ class GameDetectionTest : public testing::Test {
   }
 };
 
-TEST_F(GameDetectionTest, anOrdinaryAppIsNoGame) {
+TEST_F(GameDetectionTest, AnOrdinaryAppIsNoGame) {
   EXPECT_FALSE(isGame({.name = "Mail", .bundleID = "org.example.mail", .bundlePath = "/apps/mail"}));
   EXPECT_FALSE(isGame({}));
 }
 
-TEST_F(GameDetectionTest, anAppOfThePersonsListIsAGameWithAllSwitchesOff) {
+TEST_F(GameDetectionTest, AnAppOfThePersonsListIsAGameWithAllSwitchesOff) {
   allSwitches(false);
   settings.userGames.set({"org.example.editor", crossOver});
   EXPECT_TRUE(isGame({.bundleID = "org.example.editor"}));
   EXPECT_TRUE(isGame({.bundleID = crossOver})) << "even CrossOver itself";
 }
 
-TEST_F(GameDetectionTest, thePersonsListIsComparedWholeAndByLetterCase) {
+TEST_F(GameDetectionTest, ThePersonsListIsComparedWholeAndByLetterCase) {
   settings.userGames.set({"org.example.editor"});
   EXPECT_FALSE(isGame({.bundleID = "org.example.Editor"}));
   EXPECT_FALSE(isGame({.bundleID = "org.example.editor2"}));
   EXPECT_FALSE(isGame({.bundleID = "org.example"}));
 }
 
-TEST_F(GameDetectionTest, anAppWithoutABundleIdentifierIsMatchedByItsName) {
+TEST_F(GameDetectionTest, AnAppWithoutABundleIdentifierIsMatchedByItsName) {
   settings.userGames.set({"Editor"});
   EXPECT_TRUE(isGame({.name = "Editor"}));
   EXPECT_FALSE(isGame({.name = "Editor", .bundleID = "org.example.editor"})) << "the identifier counts then";
 }
 
-TEST_F(GameDetectionTest, crossOverItselfIsNoGameWithEverySwitchOn) {
+TEST_F(GameDetectionTest, CrossOverItselfIsNoGameWithEverySwitchOn) {
   EXPECT_FALSE(isGame({.bundleID = crossOver,
                        .bundlePath = "/x/steamapps/bottles/CrossOver",
                        .category = "public.app-category.games",
                        .program = "/opt/minecraft"}));
 }
 
-TEST_F(GameDetectionTest, aMissingNameAndIdentifierLeaveTheOtherRules) {
+TEST_F(GameDetectionTest, AMissingNameAndIdentifierLeaveTheOtherRules) {
   settings.userGames.set({""});
   EXPECT_FALSE(isGame({}));
   EXPECT_TRUE(isGame({.bundlePath = "/x/steamapps/game"}));
@@ -85,7 +85,7 @@ class GamePaths : public testing::TestWithParam<PathCase> {
   }
 };
 
-TEST_P(GamePaths, countWhicheverOfTheThreePathsItIs) {
+TEST_P(GamePaths, CountWhicheverOfTheThreePathsItIs) {
   for (const From from : {From::bundle, From::executable, From::process}) {
     SimulatedMachine machine;
     AppSettings settings(machine.defaults);
@@ -115,7 +115,7 @@ INSTANTIATE_TEST_SUITE_P(
                     PathCase{"nothingSpecial", "/usr/bin/mail", false}),
     [](const auto& param) { return std::string(param.param.what); });
 
-TEST_F(GameDetectionTest, eachRuleCountsOnlyWhileItsSwitchIsOn) {
+TEST_F(GameDetectionTest, EachRuleCountsOnlyWhileItsSwitchIsOn) {
   struct Rule {
     Setting<bool>& detect;
     AppSpec game;
@@ -138,7 +138,7 @@ TEST_F(GameDetectionTest, eachRuleCountsOnlyWhileItsSwitchIsOn) {
   }
 }
 
-TEST_F(GameDetectionTest, aJavaProcessBelowMinecraftsLauncherIsAGameAndOneFromAShellIsNot) {
+TEST_F(GameDetectionTest, AJavaProcessBelowMinecraftsLauncherIsAGameAndOneFromAShellIsNot) {
   const Pid launcher = machine.processes.spawn({.executable = "/opt/MineCraft-Launcher/launcher"});
   const Pid helper = machine.processes.spawn({.parent = launcher, .executable = "/bin/sh"});
   const Pid shell = machine.processes.spawn({.executable = "/bin/sh"});
@@ -146,7 +146,7 @@ TEST_F(GameDetectionTest, aJavaProcessBelowMinecraftsLauncherIsAGameAndOneFromAS
   EXPECT_FALSE(isGame({.name = "Java", .parent = shell, .program = "/usr/bin/java"}));
 }
 
-TEST_F(GameDetectionTest, anAncestorThatCannotBeReadIsSkipped) {
+TEST_F(GameDetectionTest, AnAncestorThatCannotBeReadIsSkipped) {
   const Pid launcher = machine.processes.spawn({.executable = "/opt/minecraft/launcher"});
   const Pid helper = machine.processes.spawn({.parent = launcher, .executable = "/bin/sh"});
   machine.calls.refuse(Operation::readExecutablePath, helper);
@@ -155,7 +155,7 @@ TEST_F(GameDetectionTest, anAncestorThatCannotBeReadIsSkipped) {
   EXPECT_FALSE(isGame({.name = "Java", .parent = helper, .program = "/usr/bin/java"}));
 }
 
-TEST_F(GameDetectionTest, theGamesCategoryAndItsSubcategoriesCount) {
+TEST_F(GameDetectionTest, TheGamesCategoryAndItsSubcategoriesCount) {
   const auto withCategory = [](const char* category) {
     return AppSpec{.bundlePath = "/apps/x", .category = category};
   };
@@ -165,12 +165,12 @@ TEST_F(GameDetectionTest, theGamesCategoryAndItsSubcategoriesCount) {
   EXPECT_FALSE(isGame(withCategory("public.app-category.Games")));
 }
 
-TEST_F(GameDetectionTest, withoutABundleThereIsNoCategory) {
+TEST_F(GameDetectionTest, WithoutABundleThereIsNoCategory) {
   EXPECT_FALSE(isGame({.name = "X", .category = "public.app-category.games"}));
   EXPECT_FALSE(isGame({.name = "X", .bundlePath = "/apps/x"}));
 }
 
-TEST_F(GameDetectionTest, theWalkOverTheAncestorsComesOnlyAfterEveryCheaperTest) {
+TEST_F(GameDetectionTest, TheWalkOverTheAncestorsComesOnlyAfterEveryCheaperTest) {
   machine.calls.startTrace();
   EXPECT_TRUE(isGame({.bundlePath = "/x/steamapps/game"}));
   for (const std::string& line : machine.calls.takeTrace()) {
@@ -178,7 +178,7 @@ TEST_F(GameDetectionTest, theWalkOverTheAncestorsComesOnlyAfterEveryCheaperTest)
   }
 }
 
-TEST_F(GameDetectionTest, theOneProfileIsGamingAndReadsTheSwitchesAtEveryCall) {
+TEST_F(GameDetectionTest, TheOneProfileIsGamingAndReadsTheSwitchesAtEveryCall) {
   const Profile profile = gamingProfile(settings, machine.processes, machine.text);
   EXPECT_EQ(profile.name, "Gaming");
   EXPECT_EQ(profile.defaultProtected, defaultProtectedApps());

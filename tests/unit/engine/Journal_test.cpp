@@ -32,7 +32,7 @@ class JournalTest : public testing::Test {
   static std::string arrayOf(const std::string& elements) { return "[" + elements + "]"; }
 };
 
-TEST_F(JournalTest, aFirstStartMakesTheFolderAndLeavesAnEmptyArray) {
+TEST_F(JournalTest, AFirstStartMakesTheFolderAndLeavesAnEmptyArray) {
   Journal journal(machine.files);
   EXPECT_EQ(journal.url(), path);
   EXPECT_TRUE(machine.files.folders.contains(folder));
@@ -42,13 +42,13 @@ TEST_F(JournalTest, aFirstStartMakesTheFolderAndLeavesAnEmptyArray) {
   EXPECT_EQ(file(), "[]");
 }
 
-TEST_F(JournalTest, anIdentityIsWrittenCompactlyWithItsKeysInOrder) {
+TEST_F(JournalTest, AnIdentityIsWrittenCompactlyWithItsKeysInOrder) {
   Journal journal(machine.files);
   journal.add({one});
   EXPECT_EQ(file(), arrayOf(oneText));
 }
 
-TEST_F(JournalTest, numbersUpToTheirWholeRangeSurvive) {
+TEST_F(JournalTest, NumbersUpToTheirWholeRangeSurvive) {
   const ProcessIdentity extreme{2147483647, 18446744073709551615U, 18446744073709551615U};
   Journal(machine.files).add({extreme});
   EXPECT_EQ(file(),
@@ -56,12 +56,12 @@ TEST_F(JournalTest, numbersUpToTheirWholeRangeSurvive) {
   EXPECT_THAT(Journal(machine.files).entries(), UnorderedElementsAre(extreme));
 }
 
-TEST_F(JournalTest, whatOneRunWroteTheNextOneReads) {
+TEST_F(JournalTest, WhatOneRunWroteTheNextOneReads) {
   Journal(machine.files).add({one, other});
   EXPECT_THAT(Journal(machine.files).entries(), UnorderedElementsAre(one, other));
 }
 
-TEST_F(JournalTest, addingNothingLeavesTheFileUntouched) {
+TEST_F(JournalTest, AddingNothingLeavesTheFileUntouched) {
   Journal journal(machine.files);
   file() = "not mine";
   journal.add({});
@@ -69,7 +69,7 @@ TEST_F(JournalTest, addingNothingLeavesTheFileUntouched) {
   EXPECT_EQ(file(), "not mine");
 }
 
-TEST_F(JournalTest, removingTheUnknownRewritesTheSameContent) {
+TEST_F(JournalTest, RemovingTheUnknownRewritesTheSameContent) {
   Journal journal(machine.files);
   journal.add({one});
   file() = "changed behind its back";
@@ -77,7 +77,7 @@ TEST_F(JournalTest, removingTheUnknownRewritesTheSameContent) {
   EXPECT_EQ(file(), arrayOf(oneText));
 }
 
-TEST_F(JournalTest, removingTakesOutExactlyWhatIsNamed) {
+TEST_F(JournalTest, RemovingTakesOutExactlyWhatIsNamed) {
   Journal journal(machine.files);
   journal.add({one, other});
   journal.remove({one});
@@ -86,7 +86,7 @@ TEST_F(JournalTest, removingTakesOutExactlyWhatIsNamed) {
   EXPECT_EQ(file(), "[]");
 }
 
-TEST_F(JournalTest, aProcessThatExitedIsDroppedWithoutACall) {
+TEST_F(JournalTest, AProcessThatExitedIsDroppedWithoutACall) {
   file() = arrayOf(oneText);
   Journal journal(machine.files);
   machine.calls.startTrace();
@@ -95,7 +95,7 @@ TEST_F(JournalTest, aProcessThatExitedIsDroppedWithoutACall) {
               testing::ElementsAre("processes.record 812", "files.write " + path + " []"));
 }
 
-TEST_F(JournalTest, aReusedPidIsDroppedAndItsProcessNotTouched) {
+TEST_F(JournalTest, AReusedPidIsDroppedAndItsProcessNotTouched) {
   file() = R"([{"pid":812,"startSec":1700000000,"startUsec":5}])";
   machine.processes.spawn({.pid = 812});
   machine.band.putInByOthers(812);
@@ -105,7 +105,7 @@ TEST_F(JournalTest, aReusedPidIsDroppedAndItsProcessNotTouched) {
   EXPECT_EQ(file(), "[]");
 }
 
-TEST_F(JournalTest, aLiveProcessComesOutOfTheBand) {
+TEST_F(JournalTest, ALiveProcessComesOutOfTheBand) {
   const Pid pid = machine.processes.spawn({});
   machine.band.enterBackgroundBand(pid);
   Journal(machine.files).add({machine.processes.find(pid)->identity()});
@@ -116,7 +116,7 @@ TEST_F(JournalTest, aLiveProcessComesOutOfTheBand) {
   EXPECT_THAT(next.entries(), IsEmpty());
 }
 
-TEST_F(JournalTest, aRefusedRestoreIsForgottenAllTheSame) {
+TEST_F(JournalTest, ARefusedRestoreIsForgottenAllTheSame) {
   const Pid pid = machine.processes.spawn({});
   Journal(machine.files).add({machine.processes.find(pid)->identity()});
   machine.calls.refuse(Operation::leaveBand);
@@ -125,7 +125,7 @@ TEST_F(JournalTest, aRefusedRestoreIsForgottenAllTheSame) {
   EXPECT_EQ(file(), "[]");
 }
 
-TEST_F(JournalTest, theFormerEditionsJournalIsMergedAndItsFolderDeleted) {
+TEST_F(JournalTest, TheFormerEditionsJournalIsMergedAndItsFolderDeleted) {
   machine.processes.spawn({.pid = 812});
   machine.processes.spawn({.pid = 813});
   machine.band.enterBackgroundBand(812);
@@ -145,14 +145,14 @@ TEST_F(JournalTest, theFormerEditionsJournalIsMergedAndItsFolderDeleted) {
   EXPECT_EQ(file(), "[]");
 }
 
-TEST_F(JournalTest, aCorruptFormerJournalAddsNothingAndGoesAway) {
+TEST_F(JournalTest, ACorruptFormerJournalAddsNothingAndGoesAway) {
   machine.files.contents[formerPath] = "[{";
   Journal journal(machine.files);
   EXPECT_THAT(journal.entries(), IsEmpty());
   EXPECT_FALSE(machine.files.contents.contains(formerPath));
 }
 
-TEST_F(JournalTest, anUnreadableFormerJournalGoesAwayToo) {
+TEST_F(JournalTest, AnUnreadableFormerJournalGoesAwayToo) {
   machine.files.contents[formerPath] = arrayOf(oneText);
   machine.calls.refuse(Operation::readFile);
   Journal journal(machine.files);
@@ -160,20 +160,20 @@ TEST_F(JournalTest, anUnreadableFormerJournalGoesAwayToo) {
   EXPECT_FALSE(machine.files.contents.contains(formerPath));
 }
 
-TEST_F(JournalTest, aFormerFolderThatCannotBeDeletedIsIgnored) {
+TEST_F(JournalTest, AFormerFolderThatCannotBeDeletedIsIgnored) {
   machine.files.contents[formerPath] = arrayOf(oneText);
   machine.calls.refuse(Operation::removeFolder);
   Journal journal(machine.files);
   EXPECT_THAT(journal.entries(), UnorderedElementsAre(one));
 }
 
-TEST_F(JournalTest, withoutAFormerJournalItsFolderStays) {
+TEST_F(JournalTest, WithoutAFormerJournalItsFolderStays) {
   machine.files.contents[formerFolder + "/other.txt"] = "x";
   Journal journal(machine.files);
   EXPECT_TRUE(machine.files.contents.contains(formerFolder + "/other.txt"));
 }
 
-TEST_F(JournalTest, inAReadOnlyFolderItLivesInMemoryAndALaterSaveWritesItAll) {
+TEST_F(JournalTest, InAReadOnlyFolderItLivesInMemoryAndALaterSaveWritesItAll) {
   machine.calls.refuse(Operation::writeFile);
   machine.calls.refuse(Operation::createFolders);
   Journal journal(machine.files);
@@ -192,7 +192,7 @@ struct Bytes {
 
 class ForeignJournal : public testing::TestWithParam<Bytes> {};
 
-TEST_P(ForeignJournal, loadsAsEmptyAndIsReplacedAtStart) {
+TEST_P(ForeignJournal, LoadsAsEmptyAndIsReplacedAtStart) {
   SimulatedMachine machine;
   const std::string path = machine.files.applicationSupport() + "/Vantle/journal.json";
   machine.files.contents[path] = GetParam().text;
@@ -237,13 +237,13 @@ INSTANTIATE_TEST_SUITE_P(
                     Bytes{"largerThanAnyOwn", std::string(5 << 20, ' ') + "[]"}),
     [](const auto& param) { return std::string(param.param.what); });
 
-TEST(DecodeJournal, acceptsExtraKeysAndOddSpacingAndDropsDuplicates) {
+TEST(DecodeJournal, AcceptsExtraKeysAndOddSpacingAndDropsDuplicates) {
   const std::string text = std::string("\n[ {\"startUsec\":5, \"pid\" : 812,\"startSec\":1800000000,") +
                            R"("name":"Mail","nested":{"pid":1}},)" + oneText + "]\n";
   EXPECT_THAT(decodeJournal(text).value(), UnorderedElementsAre(one));
 }
 
-TEST(DecodeJournal, acceptsThePidsWholeRange) {
+TEST(DecodeJournal, AcceptsThePidsWholeRange) {
   EXPECT_THAT(decodeJournal(withPid("-2147483648")).value(),
               UnorderedElementsAre(ProcessIdentity{-2147483648, 1, 2}));
   EXPECT_THAT(decodeJournal(withPid("2147483647")).value(),

@@ -28,7 +28,7 @@ class MemoryTest : public EngineTest {
 
 class MemoryPressureLevel : public MemoryTest {};
 
-TEST_F(MemoryPressureLevel, mapsTheKernelsNumbers) {
+TEST_F(MemoryPressureLevel, MapsTheKernelsNumbers) {
   using Level = MemoryPressure::Level;
   start();
   const std::vector<std::pair<std::optional<int>, Level>> table{
@@ -40,7 +40,7 @@ TEST_F(MemoryPressureLevel, mapsTheKernelsNumbers) {
   }
 }
 
-TEST_F(MemoryPressureLevel, eventsReachTheHandlerForAsLongAsTheEngineLives) {
+TEST_F(MemoryPressureLevel, EventsReachTheHandlerForAsLongAsTheEngineLives) {
   start();
   open("Mail");
   playGame();
@@ -52,7 +52,7 @@ TEST_F(MemoryPressureLevel, eventsReachTheHandlerForAsLongAsTheEngineLives) {
   EXPECT_THAT(posted(), SizeIs(1));
 }
 
-TEST_F(MemoryPressureLevel, aSystemWithoutEventsIsNoObstacle) {
+TEST_F(MemoryPressureLevel, ASystemWithoutEventsIsNoObstacle) {
   machine.calls.refuse(Operation::watchPressure);
   start();
   EXPECT_EQ(machine.notifications.authorizationRequests, 1);
@@ -60,7 +60,7 @@ TEST_F(MemoryPressureLevel, aSystemWithoutEventsIsNoObstacle) {
 
 class ProtectedInUse : public MemoryTest {};
 
-TEST_F(ProtectedInUse, listsThePersonsRunningAppsByNameUpperCaseFirst) {
+TEST_F(ProtectedInUse, ListsThePersonsRunningAppsByNameUpperCaseFirst) {
   start();
   settings->protectedApps.set({"org.example.zoom", "org.example.Zoom", "org.example.Mail", "Notes"});
   open("zoom");
@@ -73,7 +73,7 @@ TEST_F(ProtectedInUse, listsThePersonsRunningAppsByNameUpperCaseFirst) {
   EXPECT_THAT(engine->protectedInUse(), ElementsAre("Mail", "Zoom", "zoom"));
 }
 
-TEST_F(ProtectedInUse, notesWhoIsHeardByItsMainProcess) {
+TEST_F(ProtectedInUse, NotesWhoIsHeardByItsMainProcess) {
   start();
   settings->protectedApps.set({"org.example.Music", "org.example.Radio"});
   const SimulatedAppRef music = open("Music");
@@ -87,7 +87,7 @@ TEST_F(ProtectedInUse, notesWhoIsHeardByItsMainProcess) {
 
 class MemoryNotice : public MemoryTest {};
 
-TEST_F(MemoryNotice, withoutABoostNothingHappensEvenWithAppsToQuit) {
+TEST_F(MemoryNotice, WithoutABoostNothingHappensEvenWithAppsToQuit) {
   start();
   settings->ramAction.set(RAMAction::quitMarked);
   settings->quittableApps.set({"org.example.Mail"});
@@ -97,7 +97,7 @@ TEST_F(MemoryNotice, withoutABoostNothingHappensEvenWithAppsToQuit) {
   EXPECT_FALSE(mail->isTerminated());
 }
 
-TEST_F(MemoryNotice, namesTheThreeThatUseMostLargestFirst) {
+TEST_F(MemoryNotice, NamesTheThreeThatUseMostLargestFirst) {
   start();
   open(sized("Mail", 100));
   open(sized("Browser", 2048));
@@ -113,7 +113,7 @@ TEST_F(MemoryNotice, namesTheThreeThatUseMostLargestFirst) {
                   "memory."}));
 }
 
-TEST_F(MemoryNotice, chargesAnAppForItsWholeTreeAndUnreadableProcessesNothing) {
+TEST_F(MemoryNotice, ChargesAnAppForItsWholeTreeAndUnreadableProcessesNothing) {
   start();
   const SimulatedAppRef browser = open(sized("Browser", 10));
   machine.processes.spawn({.parent = browser->processIdentifier(), .footprint = 30 * mebibyte});
@@ -125,7 +125,7 @@ TEST_F(MemoryNotice, chargesAnAppForItsWholeTreeAndUnreadableProcessesNothing) {
   EXPECT_EQ(lastBody(), "Using the most memory: Browser 40 MB. Quitting them will free up memory.");
 }
 
-TEST_F(MemoryNotice, appsOfTheSameSizeKeepTheOrderOfTheMap) {
+TEST_F(MemoryNotice, AppsOfTheSameSizeKeepTheOrderOfTheMap) {
   start();
   open(sized("B", 5));
   open(sized("A", 5));
@@ -135,7 +135,7 @@ TEST_F(MemoryNotice, appsOfTheSameSizeKeepTheOrderOfTheMap) {
   EXPECT_EQ(lastBody(), "Using the most memory: C 6 MB, B 5 MB, A 5 MB. Quitting them will free up memory.");
 }
 
-TEST_F(MemoryNotice, leavesOutAnAppWhoseMainProcessWasReplaced) {
+TEST_F(MemoryNotice, LeavesOutAnAppWhoseMainProcessWasReplaced) {
   machine.delivery = EventDelivery::onDemand;
   start();
   const SimulatedAppRef mail = open(sized("Mail", 10));
@@ -149,7 +149,7 @@ TEST_F(MemoryNotice, leavesOutAnAppWhoseMainProcessWasReplaced) {
   EXPECT_EQ(lastBody(), "Using the most memory: Notes 5 MB. Quitting them will free up memory.");
 }
 
-TEST_F(MemoryNotice, isPostedOnlyAfterMoreThan300Seconds) {
+TEST_F(MemoryNotice, IsPostedOnlyAfterMoreThan300Seconds) {
   start();
   open("Mail");
   playGame();
@@ -165,7 +165,7 @@ TEST_F(MemoryNotice, isPostedOnlyAfterMoreThan300Seconds) {
   EXPECT_THAT(posted(), SizeIs(3));
 }
 
-TEST_F(MemoryNotice, anEventWithNothingToSayDoesNotDelayTheNext) {
+TEST_F(MemoryNotice, AnEventWithNothingToSayDoesNotDelayTheNext) {
   start();
   playGame();
   machine.pressure.raise(true);
@@ -183,7 +183,7 @@ class QuitMarked : public MemoryTest {
   }
 };
 
-TEST_F(QuitMarked, asksTheMarkedAppsAtACriticalEventAndNamesThem) {
+TEST_F(QuitMarked, AsksTheMarkedAppsAtACriticalEventAndNamesThem) {
   start();
   mark({"org.example.Chat", "org.example.Mail"});
   const SimulatedAppRef mail = open("Mail");
@@ -199,7 +199,7 @@ TEST_F(QuitMarked, asksTheMarkedAppsAtACriticalEventAndNamesThem) {
                                                                    "Quit Mail, Chat to free up memory."}));
 }
 
-TEST_F(QuitMarked, alsoCountsAsANoticeForTheNext300Seconds) {
+TEST_F(QuitMarked, AlsoCountsAsANoticeForTheNext300Seconds) {
   start();
   mark({"org.example.Chat"});
   const SimulatedAppRef chat = open("Chat");
@@ -212,7 +212,7 @@ TEST_F(QuitMarked, alsoCountsAsANoticeForTheNext300Seconds) {
   EXPECT_FALSE(chat->isTerminated());
 }
 
-TEST_F(QuitMarked, aWarningQuitsNothing) {
+TEST_F(QuitMarked, AWarningQuitsNothing) {
   start();
   mark({"org.example.Mail"});
   const SimulatedAppRef mail = open("Mail");
@@ -222,7 +222,7 @@ TEST_F(QuitMarked, aWarningQuitsNothing) {
   EXPECT_EQ(lastTitle(), "Memory is running low");
 }
 
-TEST_F(QuitMarked, theActionNotifyQuitsNothing) {
+TEST_F(QuitMarked, TheActionNotifyQuitsNothing) {
   start();
   mark({"org.example.Mail"});
   settings->ramAction.set(RAMAction::notify);
@@ -233,7 +233,7 @@ TEST_F(QuitMarked, theActionNotifyQuitsNothing) {
   EXPECT_EQ(lastTitle(), "Memory almost full");
 }
 
-TEST_F(QuitMarked, sparesProtectedSystemBoostFrontAndLauncherApps) {
+TEST_F(QuitMarked, SparesProtectedSystemBoostFrontAndLauncherApps) {
   start();
   settings->protectedApps.set({"org.example.Music"});
   const SimulatedAppRef store = open("Store");
@@ -256,7 +256,7 @@ TEST_F(QuitMarked, sparesProtectedSystemBoostFrontAndLauncherApps) {
   EXPECT_EQ(lastBody(), "Using the most memory: Mail 100 MB. Quitting them will free up memory.");
 }
 
-TEST_F(QuitMarked, sparesTheBoostAppThatIsNoGameByTheRules) {
+TEST_F(QuitMarked, SparesTheBoostAppThatIsNoGameByTheRules) {
   start();
   open("Mail");
   const SimulatedAppRef editor = open("Editor");
@@ -266,7 +266,7 @@ TEST_F(QuitMarked, sparesTheBoostAppThatIsNoGameByTheRules) {
   EXPECT_FALSE(editor->isTerminated());
 }
 
-TEST_F(QuitMarked, matchesAnAppWithoutABundleIdentifierByItsName) {
+TEST_F(QuitMarked, MatchesAnAppWithoutABundleIdentifierByItsName) {
   start();
   mark({"Scratch", ""});
   const SimulatedAppRef scratch = open(AppSpec{.name = "Scratch"});
@@ -279,7 +279,7 @@ TEST_F(QuitMarked, matchesAnAppWithoutABundleIdentifierByItsName) {
   EXPECT_FALSE(otherCase->isTerminated());
 }
 
-TEST_F(QuitMarked, anAppThatTheRequestDidNotReachIsNeitherNamedNorCounted) {
+TEST_F(QuitMarked, AnAppThatTheRequestDidNotReachIsNeitherNamedNorCounted) {
   start();
   mark({"org.example.Mail"});
   const SimulatedAppRef mail = open("Mail");
@@ -289,7 +289,7 @@ TEST_F(QuitMarked, anAppThatTheRequestDidNotReachIsNeitherNamedNorCounted) {
   EXPECT_EQ(lastBody(), "Using the most memory: Mail 100 MB. Quitting them will free up memory.");
 }
 
-TEST_F(QuitMarked, appsWithoutNamesAreAskedAndTheNoticeHasTwoBlanks) {
+TEST_F(QuitMarked, AppsWithoutNamesAreAskedAndTheNoticeHasTwoBlanks) {
   start();
   mark({"org.example.silent"});
   const SimulatedAppRef silent = open(AppSpec{.bundleID = "org.example.silent"});
@@ -301,14 +301,14 @@ TEST_F(QuitMarked, appsWithoutNamesAreAskedAndTheNoticeHasTwoBlanks) {
 
 class AppUsageTest : public MemoryTest {};
 
-TEST_F(AppUsageTest, isEmptyWithoutSlowedApps) {
+TEST_F(AppUsageTest, IsEmptyWithoutSlowedApps) {
   start();
   machine.calls.startTrace();
   EXPECT_THAT(engine->usageList(), IsEmpty());
   EXPECT_THAT(machine.calls.takeTrace(), IsEmpty());
 }
 
-TEST_F(AppUsageTest, hasOneRowAnAppLargestFirstAndEqualOnesInTheOrderOfTheMap) {
+TEST_F(AppUsageTest, HasOneRowAnAppLargestFirstAndEqualOnesInTheOrderOfTheMap) {
   start();
   const SimulatedAppRef small = open(sized("Small", 1));
   const SimulatedAppRef zoom = open(sized("Zoom", 7));
@@ -323,7 +323,7 @@ TEST_F(AppUsageTest, hasOneRowAnAppLargestFirstAndEqualOnesInTheOrderOfTheMap) {
   EXPECT_EQ(engine->usageList().back().id, small->processIdentifier());
 }
 
-TEST_F(AppUsageTest, anAppThatEndedUnheardHasARowOfZeroBytes) {
+TEST_F(AppUsageTest, AnAppThatEndedUnheardHasARowOfZeroBytes) {
   machine.delivery = EventDelivery::onDemand;
   start();
   const SimulatedAppRef mail = open("Mail");
@@ -333,7 +333,7 @@ TEST_F(AppUsageTest, anAppThatEndedUnheardHasARowOfZeroBytes) {
   EXPECT_THAT(engine->usageList(), ElementsAre(AppUsage{mail->processIdentifier(), "Mail", 0}));
 }
 
-TEST_F(AppUsageTest, ownMemoryIsThatOfThisProgram) {
+TEST_F(AppUsageTest, OwnMemoryIsThatOfThisProgram) {
   start();
   machine.processes.find(machine.host.self)->footprint = 3 * mebibyte;
   EXPECT_EQ(engine->ownFootprint(), 3 * mebibyte);
@@ -341,7 +341,7 @@ TEST_F(AppUsageTest, ownMemoryIsThatOfThisProgram) {
   EXPECT_EQ(engine->ownFootprint(), 0U);
 }
 
-TEST_F(AppUsageTest, aSumBeyond64BitsStopsTheProgram) {
+TEST_F(AppUsageTest, ASumBeyond64BitsStopsTheProgram) {
   start();
   const SimulatedAppRef mail = open("Mail");
   machine.processes.find(mail->processIdentifier())->footprint = std::numeric_limits<std::uint64_t>::max();
@@ -358,7 +358,7 @@ struct Amount {
 
 class ByteText : public testing::TestWithParam<Amount> {};
 
-TEST_P(ByteText, isShortAndInStepsOf1024) { EXPECT_EQ(byteText(GetParam().bytes), GetParam().text); }
+TEST_P(ByteText, IsShortAndInStepsOf1024) { EXPECT_EQ(byteText(GetParam().bytes), GetParam().text); }
 
 constexpr std::uint64_t kb = 1024;
 constexpr std::uint64_t mb = kb * 1024;
@@ -379,7 +379,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Amount{tb + 10 * gb, "1.01 TB"}, Amount{1024 * tb, "1 PB"},
                     Amount{1024 * 1024 * tb, "1 EB"}, Amount{9'223'372'036'854'775'807, "8 EB"}));
 
-TEST(ByteTextLimit, anAmountAboveTheSignedRangeStopsTheProgram) {
+TEST(ByteTextLimit, AnAmountAboveTheSignedRangeStopsTheProgram) {
   EXPECT_DEATH(byteText(9'223'372'036'854'775'808U), "broken invariant: byte count above the signed range");
 }
 

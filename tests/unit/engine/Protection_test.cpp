@@ -123,7 +123,7 @@ const std::vector<Rule>& rules() {
   return all;
 }
 
-TEST(ShouldManage, anAppThatNothingIsHeldAgainstIsSlowedDown) {
+TEST(ShouldManage, AnAppThatNothingIsHeldAgainstIsSlowedDown) {
   Situation situation;
   situation.boost();
   EXPECT_TRUE(situation.decide());
@@ -131,7 +131,7 @@ TEST(ShouldManage, anAppThatNothingIsHeldAgainstIsSlowedDown) {
 
 class ShouldManageRule : public testing::TestWithParam<std::size_t> {};
 
-TEST_P(ShouldManageRule, aloneTurnsTheAppAway) {
+TEST_P(ShouldManageRule, AloneTurnsTheAppAway) {
   const Rule& rule = rules().at(GetParam());
   Situation situation;
   situation.boost();
@@ -143,7 +143,7 @@ INSTANTIATE_TEST_SUITE_P(Each, ShouldManageRule, testing::Range<std::size_t>(0, 
 
 class ShouldManageNeighbours : public testing::TestWithParam<std::size_t> {};
 
-TEST_P(ShouldManageNeighbours, bothTurnTheAppAwayAndTheLaterOneNeedNotBeAsked) {
+TEST_P(ShouldManageNeighbours, BothTurnTheAppAwayAndTheLaterOneNeedNotBeAsked) {
   const Rule& earlier = rules().at(GetParam());
   const Rule& later = rules().at(GetParam() + 1);
   Situation situation;
@@ -163,7 +163,7 @@ struct Asked {
 class ShouldManageOrder : public testing::TestWithParam<Asked> {};
 
 // Which properties were asked for shows how far the checking went.
-TEST_P(ShouldManageOrder, theFirstRuleThatAppliesEndsTheChecking) {
+TEST_P(ShouldManageOrder, TheFirstRuleThatAppliesEndsTheChecking) {
   const Rule& rule = rules().at(GetParam().rule);
   Situation situation;
   situation.boost();
@@ -182,7 +182,7 @@ INSTANTIATE_TEST_SUITE_P(Each, ShouldManageOrder,
                                          Asked{5, upToTerminated}, Asked{6, upToIdentifier},
                                          Asked{7, upToIdentifier}));
 
-TEST(ShouldManageOrderOfTheLastTwo, aBoostAppIsTurnedAwayBeforeItsProcessesAreCompared) {
+TEST(ShouldManageOrderOfTheLastTwo, ABoostAppIsTurnedAwayBeforeItsProcessesAreCompared) {
   Situation situation;
   situation.boost();
   situation.app->spec.bundlePath = "/x/steamapps/other";
@@ -193,7 +193,7 @@ TEST(ShouldManageOrderOfTheLastTwo, aBoostAppIsTurnedAwayBeforeItsProcessesAreCo
 
 class ProtectionTest : public EngineTest {};
 
-TEST_F(ProtectionTest, everySystemAppIsLeftAlone) {
+TEST_F(ProtectionTest, EverySystemAppIsLeftAlone) {
   const std::set<std::string> expected{"com.apple.finder",
                                        "com.apple.dock",
                                        "com.apple.systemuiserver",
@@ -209,7 +209,7 @@ TEST_F(ProtectionTest, everySystemAppIsLeftAlone) {
   EXPECT_THAT(engine->managedNames.get(), ElementsAre("No finder"));
 }
 
-TEST_F(ProtectionTest, accessoryAndBackgroundAppsAreNeverTouched) {
+TEST_F(ProtectionTest, AccessoryAndBackgroundAppsAreNeverTouched) {
   start();
   AppSpec tray = named("Tray");
   tray.policy = ActivationPolicy::accessory;
@@ -222,7 +222,7 @@ TEST_F(ProtectionTest, accessoryAndBackgroundAppsAreNeverTouched) {
   EXPECT_THAT(engine->managedNames.get(), ElementsAre("Mail"));
 }
 
-TEST_F(ProtectionTest, anAppWithoutABundleIdentifierCannotBeOnTheListButTheOtherRulesHold) {
+TEST_F(ProtectionTest, AnAppWithoutABundleIdentifierCannotBeOnTheListButTheOtherRulesHold) {
   start();
   settings->protectedApps.set({"Notes", ""});
   open(AppSpec{.name = "Notes"});
@@ -232,7 +232,7 @@ TEST_F(ProtectionTest, anAppWithoutABundleIdentifierCannotBeOnTheListButTheOther
   EXPECT_THAT(engine->managedNames.get(), ElementsAre("Notes"));
 }
 
-TEST_F(ProtectionTest, anAppThatIsHeardThroughAChildIsShielded) {
+TEST_F(ProtectionTest, AnAppThatIsHeardThroughAChildIsShielded) {
   start();
   const SimulatedAppRef music = open("Music");
   machine.audio.heard = {childOf(childOf(music))};
@@ -241,7 +241,7 @@ TEST_F(ProtectionTest, anAppThatIsHeardThroughAChildIsShielded) {
   EXPECT_FALSE(isSlow(music));
 }
 
-TEST_F(ProtectionTest, whereTheSystemCannotTellWhoIsHeardOnlyAssertionsCount) {
+TEST_F(ProtectionTest, WhereTheSystemCannotTellWhoIsHeardOnlyAssertionsCount) {
   start();
   const SimulatedAppRef music = open("Music");
   const SimulatedAppRef video = open("Video");
@@ -254,7 +254,7 @@ TEST_F(ProtectionTest, whereTheSystemCannotTellWhoIsHeardOnlyAssertionsCount) {
   EXPECT_EQ(count(machine.calls.takeTrace(), "audio.probe"), 0U);
 }
 
-TEST_F(ProtectionTest, theThreeAssertionsAgainstSleepShieldAndOthersDoNot) {
+TEST_F(ProtectionTest, TheThreeAssertionsAgainstSleepShieldAndOthersDoNot) {
   SimulatedPower& power = machine.power;
   power.held = {{10, "PreventUserIdleSystemSleep"},  {11, "PreventSystemSleep"},
                 {12, "PreventUserIdleDisplaySleep"}, {13, "PreventDiskIdle"},
@@ -264,7 +264,7 @@ TEST_F(ProtectionTest, theThreeAssertionsAgainstSleepShieldAndOthersDoNot) {
   EXPECT_THAT(assertionPIDs(power), ElementsAre(10, 11, 12, 16));
 }
 
-TEST_F(ProtectionTest, theShieldIsTheUnionOfBothProbes) {
+TEST_F(ProtectionTest, TheShieldIsTheUnionOfBothProbes) {
   machine.audio.heard = {10, 11};
   machine.power.held = {{11, "PreventSystemSleep"}, {12, "PreventSystemSleep"}};
   const ShieldedPIDs shielded = shieldedPIDs(machine.audio, machine.power);
@@ -272,7 +272,7 @@ TEST_F(ProtectionTest, theShieldIsTheUnionOfBothProbes) {
   EXPECT_THAT(shielded.keepsAwake, ElementsAre(11, 12));
 }
 
-TEST_F(ProtectionTest, aProbeThatFailsShieldsNobody) {
+TEST_F(ProtectionTest, AProbeThatFailsShieldsNobody) {
   start();
   const SimulatedAppRef music = open("Music");
   machine.audio.heard = {music->processIdentifier()};
@@ -282,7 +282,7 @@ TEST_F(ProtectionTest, aProbeThatFailsShieldsNobody) {
   EXPECT_THAT(engine->managedNames.get(), ElementsAre("Music"));
 }
 
-TEST_F(ProtectionTest, theStoreThatStartedTheGameIsNotSlowedWhileTheGameRuns) {
+TEST_F(ProtectionTest, TheStoreThatStartedTheGameIsNotSlowedWhileTheGameRuns) {
   start();
   const SimulatedAppRef store = open("Store");
   const Pid helper = childOf(store);
@@ -294,7 +294,7 @@ TEST_F(ProtectionTest, theStoreThatStartedTheGameIsNotSlowedWhileTheGameRuns) {
   EXPECT_FALSE(isSlow(helper));
 }
 
-TEST_F(ProtectionTest, theProbesRunOncePerBoostAndAgainForEachLaterApp) {
+TEST_F(ProtectionTest, TheProbesRunOncePerBoostAndAgainForEachLaterApp) {
   start();
   for (const char* name : {"A", "B", "C"}) open(name);
   machine.calls.startTrace();
@@ -304,7 +304,7 @@ TEST_F(ProtectionTest, theProbesRunOncePerBoostAndAgainForEachLaterApp) {
   EXPECT_EQ(count(machine.calls.takeTrace(), "audio.probe"), 1U);
 }
 
-TEST_F(ProtectionTest, anAppThatIsHeardLaterStaysInTheBandUntilTheNextEvent) {
+TEST_F(ProtectionTest, AnAppThatIsHeardLaterStaysInTheBandUntilTheNextEvent) {
   start();
   const SimulatedAppRef music = open("Music");
   const SimulatedAppRef game = playGame();

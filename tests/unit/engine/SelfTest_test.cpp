@@ -39,7 +39,7 @@ class SelfTestTest : public testing::Test {
   }
 };
 
-TEST_F(SelfTestTest, onAMachineWhereItWorksTheReportReadsSo) {
+TEST_F(SelfTestTest, OnAMachineWhereItWorksTheReportReadsSo) {
   machine.host.processors = 8;
   giveBand(31);
   EXPECT_EQ(run(), 0);
@@ -59,7 +59,7 @@ struct Share {
 
 class SelfTestShare : public SelfTestTest, public testing::WithParamInterface<Share> {};
 
-TEST_P(SelfTestShare, isTruncatedAndMustBeBelowHalf) {
+TEST_P(SelfTestShare, IsTruncatedAndMustBeBelowHalf) {
   giveBand(GetParam().perMille);
   EXPECT_EQ(run(), GetParam().status);
   EXPECT_EQ(lines.at(3), std::string("3. CPU share: background processes got ") + GetParam().percent +
@@ -72,14 +72,14 @@ INSTANTIATE_TEST_SUITE_P(Table, SelfTestShare,
                                          Share{499, "49", 0}, Share{500, "50", 1}, Share{501, "50", 1},
                                          Share{1000, "100", 1}, Share{1500, "150", 1}));
 
-TEST_F(SelfTestTest, aNormalGroupWithoutAnyTimeCountsAs100Percent) {
+TEST_F(SelfTestTest, ANormalGroupWithoutAnyTimeCountsAs100Percent) {
   machine.processes.cpu = {0, 0};
   EXPECT_EQ(run(), 1);
   EXPECT_EQ(lines.at(3), "3. CPU share: background processes got 100% of the CPU the normal ones got");
   EXPECT_EQ(lines.back(), notAsExpected);
 }
 
-TEST_F(SelfTestTest, onlyTheTimeBetweenTheTwoReadingsCounts) {
+TEST_F(SelfTestTest, OnlyTheTimeBetweenTheTwoReadingsCounts) {
   giveBand(1000);
   const auto account = machine.clock.onAdvance;
   machine.clock.onAdvance = [&](std::chrono::microseconds duration) {
@@ -90,7 +90,7 @@ TEST_F(SelfTestTest, onlyTheTimeBetweenTheTwoReadingsCounts) {
   EXPECT_EQ(lines.at(3), "3. CPU share: background processes got 10% of the CPU the normal ones got");
 }
 
-TEST_F(SelfTestTest, refusedCallsAreCounted) {
+TEST_F(SelfTestTest, RefusedCallsAreCounted) {
   machine.host.processors = 2;
   machine.calls.refuseNext(Operation::enterBand, 2);
   EXPECT_EQ(run(), 1);
@@ -99,14 +99,14 @@ TEST_F(SelfTestTest, refusedCallsAreCounted) {
   EXPECT_EQ(lines.back(), notAsExpected);
 }
 
-TEST_F(SelfTestTest, callsWithoutEffectShowInTheFlags) {
+TEST_F(SelfTestTest, CallsWithoutEffectShowInTheFlags) {
   machine.band.isEffective = false;
   EXPECT_EQ(run(), 1);
   EXPECT_EQ(lines.at(1), "1. Backgrounding: 2/2 calls succeeded, flag seen on 0/2 processes");
   EXPECT_EQ(lines.back(), notAsExpected);
 }
 
-TEST_F(SelfTestTest, aFlagThatCannotBeReadIsNotSeenButDoesNotHinderTheRestore) {
+TEST_F(SelfTestTest, AFlagThatCannotBeReadIsNotSeenButDoesNotHinderTheRestore) {
   machine.calls.refuse(Operation::isInBand);
   giveBand(0);
   EXPECT_EQ(run(), 1);
@@ -114,20 +114,20 @@ TEST_F(SelfTestTest, aFlagThatCannotBeReadIsNotSeenButDoesNotHinderTheRestore) {
   EXPECT_EQ(lines.at(4), "4. Restore: 2/2 processes back to normal");
 }
 
-TEST_F(SelfTestTest, prioritiesThatCannotBeReadAreQuestionMarksAndNoFailure) {
+TEST_F(SelfTestTest, PrioritiesThatCannotBeReadAreQuestionMarksAndNoFailure) {
   machine.calls.refuse(Operation::readPriority);
   EXPECT_EQ(run(), 0);
   EXPECT_EQ(lines.at(2), "2. Scheduler priority: normal ?, background ?");
 }
 
-TEST_F(SelfTestTest, aRefusedRestoreIsNotAsExpected) {
+TEST_F(SelfTestTest, ARefusedRestoreIsNotAsExpected) {
   machine.calls.refuseNext(Operation::leaveBand, 1);
   EXPECT_EQ(run(), 1);
   EXPECT_EQ(lines.at(4), "4. Restore: 1/2 processes back to normal");
   EXPECT_EQ(lines.back(), notAsExpected);
 }
 
-TEST_F(SelfTestTest, aMachineThatNeverLetsGoIsNotAsExpected) {
+TEST_F(SelfTestTest, AMachineThatNeverLetsGoIsNotAsExpected) {
   // After the second process was put in, taking out has no effect any more.
   machine.calls.watcher = [this](const SimulatedCall& call) {
     if (call.operation == Operation::leaveBand) machine.band.isEffective = false;
@@ -136,19 +136,19 @@ TEST_F(SelfTestTest, aMachineThatNeverLetsGoIsNotAsExpected) {
   EXPECT_EQ(lines.at(4), "4. Restore: 0/2 processes back to normal");
 }
 
-TEST_F(SelfTestTest, timesThatCannotBeReadCountAsNothing) {
+TEST_F(SelfTestTest, TimesThatCannotBeReadCountAsNothing) {
   machine.calls.refuse(Operation::readCpuTime);
   EXPECT_EQ(run(), 1);
   EXPECT_EQ(lines.at(3), "3. CPU share: background processes got 100% of the CPU the normal ones got");
 }
 
-TEST_F(SelfTestTest, withoutTheBusyProgramOnlyTheErrorFollows) {
+TEST_F(SelfTestTest, WithoutTheBusyProgramOnlyTheErrorFollows) {
   machine.launcher.installed.clear();
   EXPECT_EQ(run(), 1);
   EXPECT_THAT(lines, ElementsAre(announcement, couldNotStart));
 }
 
-TEST_F(SelfTestTest, whenAFirstOfAPairFailsThePairsBeforeAreEnded) {
+TEST_F(SelfTestTest, WhenAFirstOfAPairFailsThePairsBeforeAreEnded) {
   machine.host.processors = 3;
   machine.calls.refuseNext(Operation::launchProgram, 3);
   EXPECT_EQ(run(), 1);
@@ -156,7 +156,7 @@ TEST_F(SelfTestTest, whenAFirstOfAPairFailsThePairsBeforeAreEnded) {
   EXPECT_EQ(busyProcesses(), 0U);
 }
 
-TEST_F(SelfTestTest, whenASecondOfAPairFailsItsFirstKeepsRunning) {
+TEST_F(SelfTestTest, WhenASecondOfAPairFailsItsFirstKeepsRunning) {
   machine.host.processors = 3;
   machine.calls.refuseNext(Operation::launchProgram, 4);
   EXPECT_EQ(run(), 1);
@@ -164,7 +164,7 @@ TEST_F(SelfTestTest, whenASecondOfAPairFailsItsFirstKeepsRunning) {
   EXPECT_EQ(busyProcesses(), 1U);
 }
 
-TEST_F(SelfTestTest, waitsOneSecondSettledAndThenMeasuresOverFive) {
+TEST_F(SelfTestTest, WaitsOneSecondSettledAndThenMeasuresOverFive) {
   machine.host.processors = 1;
   const auto before = machine.clock.now();
   machine.calls.startTrace();
@@ -182,7 +182,7 @@ TEST_F(SelfTestTest, waitsOneSecondSettledAndThenMeasuresOverFive) {
                           "band.isIn " + second));
 }
 
-TEST_F(SelfTestTest, aTestProcessThatDiedIsNotEndedAgain) {
+TEST_F(SelfTestTest, ATestProcessThatDiedIsNotEndedAgain) {
   machine.host.processors = 1;
   machine.calls.watcher = [this](const SimulatedCall& call) {
     if (call.operation == Operation::leaveBand) machine.processes.exit(machine.host.self + 1);

@@ -36,7 +36,7 @@ Date dateOf(int year, unsigned month, unsigned day, std::chrono::seconds time) {
          time;
 }
 
-TEST_F(JsonUserDefaultsTest, readsBackWhatWasSet) {
+TEST_F(JsonUserDefaultsTest, ReadsBackWhatWasSet) {
   const std::map<std::string, UserDefaults::Value> values{
       {"yes", true},
       {"no", false},
@@ -57,7 +57,7 @@ TEST_F(JsonUserDefaultsTest, readsBackWhatWasSet) {
   for (const auto& [key, value] : values) EXPECT_EQ(again.object(key), value) << key;
 }
 
-TEST_F(JsonUserDefaultsTest, writesEachTypeInItsForm) {
+TEST_F(JsonUserDefaultsTest, WritesEachTypeInItsForm) {
   defaults.set("flag", true);
   defaults.set("name", std::string("teal"));
   defaults.set("apps", Strings{"b", "a"});
@@ -66,7 +66,7 @@ TEST_F(JsonUserDefaultsTest, writesEachTypeInItsForm) {
                                         "when": {"date": "2026-11-20T12:00:00Z"}})"));
 }
 
-TEST_F(JsonUserDefaultsTest, writesEveryChangeBeforeTheCallReturns) {
+TEST_F(JsonUserDefaultsTest, WritesEveryChangeBeforeTheCallReturns) {
   defaults.set("a", true);
   EXPECT_EQ(document(), Document::parse(R"({"a": true})"));
   defaults.set("a", false);
@@ -75,13 +75,13 @@ TEST_F(JsonUserDefaultsTest, writesEveryChangeBeforeTheCallReturns) {
   EXPECT_EQ(document(), Document::object());
 }
 
-TEST_F(JsonUserDefaultsTest, hasNothingWithoutAFileAndWritesNoneByReading) {
+TEST_F(JsonUserDefaultsTest, HasNothingWithoutAFileAndWritesNoneByReading) {
   EXPECT_FALSE(defaults.object("a"));
   EXPECT_FALSE(defaults.contains("a"));
   EXPECT_TRUE(files.contents.empty());
 }
 
-TEST_F(JsonUserDefaultsTest, readsOtherTypesAsAbsentAndKeepsThem) {
+TEST_F(JsonUserDefaultsTest, ReadsOtherTypesAsAbsentAndKeepsThem) {
   file() = R"({"number": 1, "real": 0.1, "null": null, "object": {"a": [1]}, "mixed": ["a", 1],
                "big": 18446744073709551615, "small": -9223372036854775808, "two": {"date": "2026-11-20T12:00:00Z", "x": 1}})";
   const Document before = document();
@@ -96,7 +96,7 @@ TEST_F(JsonUserDefaultsTest, readsOtherTypesAsAbsentAndKeepsThem) {
   EXPECT_EQ(after, before);
 }
 
-TEST_F(JsonUserDefaultsTest, readsOnlyRealDates) {
+TEST_F(JsonUserDefaultsTest, ReadsOnlyRealDates) {
   const auto read = [&](const std::string& text) {
     file() = R"({"when": {"date": ")" + text + "\"}}";
     return defaults.object("when");
@@ -111,7 +111,7 @@ TEST_F(JsonUserDefaultsTest, readsOnlyRealDates) {
   }
 }
 
-TEST_F(JsonUserDefaultsTest, seesAndKeepsWhatOthersWriteMeanwhile) {
+TEST_F(JsonUserDefaultsTest, SeesAndKeepsWhatOthersWriteMeanwhile) {
   defaults.set("mine", true);
   file() = R"({"mine": false, "theirs": "x"})";
   EXPECT_EQ(defaults.object("mine"), UserDefaults::Value(false));
@@ -137,7 +137,7 @@ const std::string foreignContents[] = {"",
                                        R"({"a": )" + std::string(65, '[') + std::string(65, ']') + "}",
                                        std::string(2'000'000, ' ') + "{}"};
 
-TEST_F(JsonUserDefaultsTest, readsAForeignFileAsEmptyAndLeavesItAlone) {
+TEST_F(JsonUserDefaultsTest, ReadsAForeignFileAsEmptyAndLeavesItAlone) {
   for (const std::string& bytes : foreignContents) {
     file() = bytes;
     EXPECT_FALSE(defaults.object("accent")) << bytes.substr(0, 30);
@@ -147,7 +147,7 @@ TEST_F(JsonUserDefaultsTest, readsAForeignFileAsEmptyAndLeavesItAlone) {
   }
 }
 
-TEST_F(JsonUserDefaultsTest, setsAForeignFileAsideBeforeTheFirstChange) {
+TEST_F(JsonUserDefaultsTest, SetsAForeignFileAsideBeforeTheFirstChange) {
   for (const std::string& bytes : foreignContents) {
     file() = bytes;
     defaults.set("a", true);
@@ -158,7 +158,7 @@ TEST_F(JsonUserDefaultsTest, setsAForeignFileAsideBeforeTheFirstChange) {
   }
 }
 
-TEST_F(JsonUserDefaultsTest, leavesAForeignFileThatCannotBeSetAside) {
+TEST_F(JsonUserDefaultsTest, LeavesAForeignFileThatCannotBeSetAside) {
   file() = "{ hand-written";
   calls.refuse(Operation::renameFile);
   defaults.set("a", true);
@@ -170,14 +170,14 @@ TEST_F(JsonUserDefaultsTest, leavesAForeignFileThatCannotBeSetAside) {
   EXPECT_EQ(file(aside), "{ hand-written");
 }
 
-TEST_F(JsonUserDefaultsTest, acceptsNestingThatCanBeWalked) {
+TEST_F(JsonUserDefaultsTest, AcceptsNestingThatCanBeWalked) {
   file() = R"({"a": )" + std::string(60, '[') + std::string(60, ']') + "}";
   const Document before = document();
   defaults.set("b", true);
   EXPECT_EQ(document()["a"], before["a"]);
 }
 
-TEST_F(JsonUserDefaultsTest, writesAFailedChangeWithTheNext) {
+TEST_F(JsonUserDefaultsTest, WritesAFailedChangeWithTheNext) {
   file() = R"({"gone": true, "kept": true})";
   calls.refuse(Operation::writeFile);
   defaults.set("a", std::string("x"));
@@ -190,13 +190,13 @@ TEST_F(JsonUserDefaultsTest, writesAFailedChangeWithTheNext) {
   EXPECT_EQ(document(), Document::parse(R"({"kept": true, "a": "x", "b": true})"));
 }
 
-TEST_F(JsonUserDefaultsTest, cleansATextThatIsNoUtf8) {
+TEST_F(JsonUserDefaultsTest, CleansATextThatIsNoUtf8) {
   defaults.set("a", std::string("x\xff"));
   defaults.set("b", true);
   EXPECT_EQ(document(), Document::parse("{\"a\": \"x\xEF\xBF\xBD\", \"b\": true}"));
 }
 
-TEST_F(JsonUserDefaultsTest, opensAnotherDomainOnlyWhenItIsThere) {
+TEST_F(JsonUserDefaultsTest, OpensAnotherDomainOnlyWhenItIsThere) {
   EXPECT_EQ(defaults.openSuite("com.halvo.murn"), nullptr);
   file(formerPath) = R"({"accent": "teal"})";
   const auto former = defaults.openSuite("com.halvo.murn");
@@ -206,7 +206,7 @@ TEST_F(JsonUserDefaultsTest, opensAnotherDomainOnlyWhenItIsThere) {
   EXPECT_FALSE(defaults.openSuite("com.halvo.murn")->contains("accent"));
 }
 
-TEST_F(JsonUserDefaultsTest, copiesWhateverStandsUnderTheKey) {
+TEST_F(JsonUserDefaultsTest, CopiesWhateverStandsUnderTheKey) {
   file(formerPath) =
       R"({"number": 7, "object": {"a": [null, 1.5]}, "date": {"date": "2026-11-20T12:00:00Z"}})";
   const auto former = defaults.openSuite("com.halvo.murn");
@@ -215,14 +215,14 @@ TEST_F(JsonUserDefaultsTest, copiesWhateverStandsUnderTheKey) {
   EXPECT_EQ(document(), Document::parse(file(formerPath)));
 }
 
-TEST_F(JsonUserDefaultsTest, carriesTheFirstStart) {
+TEST_F(JsonUserDefaultsTest, CarriesTheFirstStart) {
   const AppSettings settings(defaults);
   EXPECT_EQ(document(), Document::parse(R"({"migratedFromMurn": true})"));
   EXPECT_TRUE(settings.detectSteam.get());
   EXPECT_EQ(settings.protectedApps.get(), defaultProtectedApps());
 }
 
-TEST_F(JsonUserDefaultsTest, carriesTheMigrationOnce) {
+TEST_F(JsonUserDefaultsTest, CarriesTheMigrationOnce) {
   file(formerPath) = R"({"accent": "teal", "userGames": ["a", "b"], "otomatik": 0, "lastUpdateCheck":
                          {"date": "2026-01-02T03:04:05Z"}, "migratedFromMurn": false, "unknown": 1})";
   file() = R"({"accent": "red"})";

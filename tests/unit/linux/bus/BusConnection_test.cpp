@@ -13,6 +13,7 @@
 #include <string>
 #include <sys/resource.h>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace vantle {
@@ -46,7 +47,16 @@ struct Bus : testing::Test {
     if (reply) sd_bus_message_read(reply, "s", &text);
     return text;
   }
-  std::string ask(const char* text) { return textOf(connection.call(request(text), in(guardLimit)).get()); }
+  // Null on an error or when the deadline comes first.
+  static BusMessage replyTo(BusConnection& asked, BusMessage message, BusDeadline deadline) {
+    BusBatch batch(asked);
+    const std::size_t place = batch.add(std::move(message));
+    batch.wait(deadline);
+    return BusMessage(sd_bus_message_ref(batch.reply(place)));
+  }
+  std::string ask(const char* text) {
+    return textOf(replyTo(connection, request(text), in(guardLimit)).get());
+  }
 
   PrivateBus bus;
   FakeService service{bus.address(), "org.example.Echo"};
@@ -60,10 +70,12 @@ TEST_F(Bus, CallsAndWaits) {
 }
 
 TEST_F(Bus, AnErrorIsNoReply) {
-  EXPECT_FALSE(connection.call(
-      connection.methodCall({"org.example.Echo", "/", "org.example.Echo", "Unknown"}), in(guardLimit)));
-  EXPECT_FALSE(connection.call(connection.methodCall({"org.example.Nobody", "/", "org.example.Echo", "Echo"}),
-                               in(guardLimit)));
+  EXPECT_FALSE(replyTo(connection,
+                       connection.methodCall({"org.example.Echo", "/", "org.example.Echo", "Unknown"}),
+                       in(guardLimit)));
+  EXPECT_FALSE(replyTo(connection,
+                       connection.methodCall({"org.example.Nobody", "/", "org.example.Echo", "Echo"}),
+                       in(guardLimit)));
   EXPECT_EQ(ask("still there"), "still there");
 }
 
@@ -85,12 +97,12 @@ TEST_F(Bus, DeliversRepliesAndSignalsOnTheLoop) {
 
 TEST_F(Bus, AHungDaemonCostsNoMoreThanTheDeadline) {
   bus.daemon().signal(SIGSTOP);
-  EXPECT_FALSE(connection.call(request("handshake"), in(50ms))); // a daemon that does not even let in
+  EXPECT_FALSE(replyTo(connection, request("handshake"), in(50ms))); // a daemon that does not even let in
   bus.daemon().signal(SIGCONT);
   EXPECT_EQ(ask("again"), "again");
 
   service.ignore("Echo");
-  EXPECT_FALSE(connection.call(request("no answer"), in(50ms)));
+  EXPECT_FALSE(replyTo(connection, request("no answer"), in(50ms)));
   bool failed = false;
   connection.callAsync(request("no answer"), 50ms, [&](sd_bus_message* reply) { failed = reply == nullptr; });
   EXPECT_TRUE(loop.runUntil([&] { return failed; }, guardLimit));
@@ -112,19 +124,21 @@ TEST_F(Bus, ALostDaemonIsNoticedAndItsSuccessorFound) {
   EXPECT_EQ(replies, 1);
   EXPECT_FALSE(gotReply);
   EXPECT_FALSE(connection.isOpen());
-  EXPECT_FALSE(connection.call(request("nobody"), in(guardLimit)));
+  EXPECT_FALSE(replyTo(connection, request("nobody"), in(guardLimit)));
 
   bus.start();
-  EXPECT_TRUE(connection.call(
-      connection.methodCall({"org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetId"}), in(guardLimit)));
+  EXPECT_TRUE(replyTo(connection,
+                      connection.methodCall({"org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetId"}),
+                      in(guardLimit)));
 }
 
 TEST_F(Bus, ASuccessorIsFoundBeforeTheLoopRanAgain) {
   EXPECT_EQ(ask("before"), "before");
   bus.kill();
   bus.start();
-  EXPECT_TRUE(connection.call(
-      connection.methodCall({"org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetId"}), in(guardLimit)));
+  EXPECT_TRUE(replyTo(connection,
+                      connection.methodCall({"org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetId"}),
+                      in(guardLimit)));
 }
 
 // Somebody sends so fast that there is always more.
@@ -161,7 +175,7 @@ TEST_F(Bus, AFloodHoldsUpNobodyOnTheLoop) {
 
 TEST_F(Bus, WithoutABusThereIsNoMessage) {
   BusConnection nowhere(loop, "unix:path=/nonexistent/bus");
-  EXPECT_FALSE(nowhere.call(nowhere.methodCall(echo), in(50ms)));
+  EXPECT_FALSE(replyTo(nowhere, nowhere.methodCall(echo), in(50ms)));
   BusConnection nonsense(loop, "no address at all");
   EXPECT_FALSE(nonsense.methodCall(echo));
   EXPECT_FALSE(nonsense.match("type='signal'", [](sd_bus_message*) {}));

@@ -35,7 +35,7 @@ class DefaultsFileTest : public testing::Test {
   fs::path aside = folder.path() / "domain/defaults.json.corrupt";
 };
 
-TEST_F(DefaultsFileTest, isMadeForItsOwnerWithItsFolder) {
+TEST_F(DefaultsFileTest, IsMadeForItsOwnerWithItsFolder) {
   EXPECT_EQ(setAndRead(), "");
   struct stat about {};
   ASSERT_EQ(::stat(path.c_str(), &about), 0);
@@ -43,14 +43,14 @@ TEST_F(DefaultsFileTest, isMadeForItsOwnerWithItsFolder) {
   EXPECT_FALSE(fs::exists(aside));
 }
 
-TEST_F(DefaultsFileTest, isSetAsideWhenItIsHuge) {
+TEST_F(DefaultsFileTest, IsSetAsideWhenItIsHuge) {
   folder.write("domain/defaults.json", "{");
   fs::resize_file(path, std::uintmax_t{100} << 20U);
   EXPECT_EQ(setAndRead(), "");
   EXPECT_EQ(fs::file_size(aside), std::uintmax_t{100} << 20U);
 }
 
-TEST_F(DefaultsFileTest, isSetAsideWhenItCannotBeRead) {
+TEST_F(DefaultsFileTest, IsSetAsideWhenItCannotBeRead) {
   folder.write("domain/defaults.json", R"({"b": true})");
   ::chmod(path.c_str(), 0);
   ::chmod(folder.path().c_str(), 0755);
@@ -63,7 +63,7 @@ TEST_F(DefaultsFileTest, isSetAsideWhenItCannotBeRead) {
   EXPECT_EQ(files.read(aside, 100), R"({"b": true})");
 }
 
-TEST_F(DefaultsFileTest, isSetAsideWhenItIsNoFile) {
+TEST_F(DefaultsFileTest, IsSetAsideWhenItIsNoFile) {
   folder.folder("domain");
   ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
   EXPECT_EQ(setAndRead(), "");
@@ -75,7 +75,7 @@ TEST_F(DefaultsFileTest, isSetAsideWhenItIsNoFile) {
   EXPECT_TRUE(fs::exists(aside / "inside"));
 }
 
-TEST_F(DefaultsFileTest, staysInMemoryWhereNothingCanBeWritten) {
+TEST_F(DefaultsFileTest, StaysInMemoryWhereNothingCanBeWritten) {
   ::chmod(folder.path().c_str(), 0555);
   const auto check = [&]() -> std::string {
     JsonUserDefaults defaults = open();
@@ -94,7 +94,7 @@ class JournalFileTest : public DefaultsFileTest {
   fs::path journal = folder.path() / "Vantle/journal.json";
 };
 
-TEST_F(JournalFileTest, comesBackAfterARestart) {
+TEST_F(JournalFileTest, ComesBackAfterARestart) {
   { Journal(files).add({identity}); }
   EXPECT_TRUE(Journal(files).entries().contains(identity));
   struct stat about {};
@@ -102,7 +102,7 @@ TEST_F(JournalFileTest, comesBackAfterARestart) {
   EXPECT_EQ(about.st_mode & 0777, 0600U);
 }
 
-TEST_F(JournalFileTest, isEmptyAndUsableWhateverStandsThere) {
+TEST_F(JournalFileTest, IsEmptyAndUsableWhateverStandsThere) {
   const auto isUsable = [&] {
     Journal loaded(files);
     if (!loaded.entries().empty()) return false;
@@ -123,7 +123,7 @@ TEST_F(JournalFileTest, isEmptyAndUsableWhateverStandsThere) {
   EXPECT_TRUE(isUsable()) << "a pipe";
 }
 
-TEST_F(JournalFileTest, livesInMemoryWhereNothingCanBeWritten) {
+TEST_F(JournalFileTest, LivesInMemoryWhereNothingCanBeWritten) {
   folder.write("Vantle/journal.json", "[]");
   for (const char* closed : {"", "Vantle"}) ::chmod((folder.path() / closed).c_str(), 0555);
   ::chmod(journal.c_str(), 0);
@@ -136,7 +136,7 @@ TEST_F(JournalFileTest, livesInMemoryWhereNothingCanBeWritten) {
   for (const char* closed : {"", "Vantle"}) ::chmod((folder.path() / closed).c_str(), 0700);
 }
 
-TEST_F(JournalFileTest, takesOverTheFormerEditionsOnce) {
+TEST_F(JournalFileTest, TakesOverTheFormerEditionsOnce) {
   folder.write("Murn/kayit.json", R"([{"pid":7,"startSec":1,"startUsec":2}])");
   folder.write("Murn/other", "x");
   EXPECT_TRUE(Journal(files).entries().contains(ProcessIdentity{7, 1, 2}));

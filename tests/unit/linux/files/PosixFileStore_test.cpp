@@ -43,7 +43,7 @@ INSTANTIATE_TEST_SUITE_P(Syncs, PosixFileStoreTest,
                            return std::string(sync.param == PosixFileStore::Sync::none ? "none" : "disk");
                          });
 
-TEST_P(PosixFileStoreTest, readsWhatItWrote) {
+TEST_P(PosixFileStoreTest, ReadsWhatItWrote) {
   for (const std::string& bytes :
        {std::string(), std::string("text"), std::string("\0\xff\n", 3), std::string(limit, 'x')}) {
     EXPECT_TRUE(files.writeAtomically(at("file"), bytes));
@@ -52,7 +52,7 @@ TEST_P(PosixFileStoreTest, readsWhatItWrote) {
   EXPECT_EQ(filesIn(folder.path()), 1U);
 }
 
-TEST_P(PosixFileStoreTest, readsNothingBeyondTheLimit) {
+TEST_P(PosixFileStoreTest, ReadsNothingBeyondTheLimit) {
   folder.write("file", std::string(limit, 'x'));
   EXPECT_TRUE(files.read(at("file"), limit));
   folder.write("file", std::string(limit + 1, 'x'));
@@ -61,7 +61,7 @@ TEST_P(PosixFileStoreTest, readsNothingBeyondTheLimit) {
   EXPECT_FALSE(files.read(at("file"), limit));
 }
 
-TEST_P(PosixFileStoreTest, readsOnlyRegularFilesAndNeverWaits) {
+TEST_P(PosixFileStoreTest, ReadsOnlyRegularFilesAndNeverWaits) {
   ASSERT_EQ(::mkfifo(at("pipe").c_str(), 0600), 0);
   EXPECT_FALSE(files.read(at("pipe"), limit));
   EXPECT_FALSE(files.read("/dev/zero", limit));
@@ -74,7 +74,7 @@ TEST_P(PosixFileStoreTest, readsOnlyRegularFilesAndNeverWaits) {
   EXPECT_FALSE(files.read(at("loop"), limit));
 }
 
-TEST_P(PosixFileStoreTest, readsFilesThatDoNotTellTheirSize) {
+TEST_P(PosixFileStoreTest, ReadsFilesThatDoNotTellTheirSize) {
   EXPECT_EQ(files.read("/proc/self/comm", limit), "linux_tests\n");
   EXPECT_FALSE(files.read("/proc/self/status", 100));
   const auto status = files.read("/proc/self/status", 100'000);
@@ -82,7 +82,7 @@ TEST_P(PosixFileStoreTest, readsFilesThatDoNotTellTheirSize) {
   EXPECT_NE(status->find("VmSwap"), std::string::npos);
 }
 
-TEST_P(PosixFileStoreTest, keepsWhatItWritesToItsOwner) {
+TEST_P(PosixFileStoreTest, KeepsWhatItWritesToItsOwner) {
   const mode_t before = ::umask(0);
   EXPECT_TRUE(files.writeAtomically(at("new"), "x"));
   folder.write("open", "x");
@@ -98,7 +98,7 @@ TEST_P(PosixFileStoreTest, keepsWhatItWritesToItsOwner) {
   }
 }
 
-TEST_P(PosixFileStoreTest, givesReadersTheOldOrTheNewNeverAPart) {
+TEST_P(PosixFileStoreTest, GivesReadersTheOldOrTheNewNeverAPart) {
   const std::string one(200'000, '1');
   const std::string two(300'000, '2');
   files.writeAtomically(at("file"), one);
@@ -116,7 +116,7 @@ TEST_P(PosixFileStoreTest, givesReadersTheOldOrTheNewNeverAPart) {
   }
 }
 
-TEST_P(PosixFileStoreTest, followsALinkWhenItWrites) {
+TEST_P(PosixFileStoreTest, FollowsALinkWhenItWrites) {
   folder.write("real/settings", "old");
   fs::create_symlink("real/settings", at("relative"));
   fs::create_symlink(at("relative"), at("absolute"));
@@ -133,7 +133,7 @@ TEST_P(PosixFileStoreTest, followsALinkWhenItWrites) {
   EXPECT_EQ(files.read(at("real/none yet"), limit), "new");
 }
 
-TEST_P(PosixFileStoreTest, neverReplacesWhatIsNoFileBehindALink) {
+TEST_P(PosixFileStoreTest, NeverReplacesWhatIsNoFileBehindALink) {
   ASSERT_EQ(::mkfifo(at("pipe").c_str(), 0600), 0);
   fs::create_symlink("pipe", at("to pipe"));
   fs::create_symlink("/dev/null", at("to null"));
@@ -148,7 +148,7 @@ TEST_P(PosixFileStoreTest, neverReplacesWhatIsNoFileBehindALink) {
   EXPECT_EQ(filesIn(folder.path()), 5U);
 }
 
-TEST_P(PosixFileStoreTest, takesThePlaceOfAPipeButNotOfAFolder) {
+TEST_P(PosixFileStoreTest, TakesThePlaceOfAPipeButNotOfAFolder) {
   ASSERT_EQ(::mkfifo(at("pipe").c_str(), 0600), 0);
   EXPECT_TRUE(files.writeAtomically(at("pipe"), "x"));
   EXPECT_EQ(files.read(at("pipe"), limit), "x");
@@ -157,7 +157,7 @@ TEST_P(PosixFileStoreTest, takesThePlaceOfAPipeButNotOfAFolder) {
   EXPECT_EQ(filesIn(folder.path()), 2U);
 }
 
-TEST_P(PosixFileStoreTest, writesNothingWhereItCannot) {
+TEST_P(PosixFileStoreTest, WritesNothingWhereItCannot) {
   EXPECT_FALSE(files.writeAtomically(at("none/file"), "x"));
   EXPECT_FALSE(files.writeAtomically("/proc/file", "x"));
   EXPECT_FALSE(files.writeAtomically("", "x"));
@@ -165,7 +165,7 @@ TEST_P(PosixFileStoreTest, writesNothingWhereItCannot) {
   EXPECT_EQ(filesIn(folder.path()), 0U);
 }
 
-TEST_P(PosixFileStoreTest, changesNothingInAReadOnlyFolder) {
+TEST_P(PosixFileStoreTest, ChangesNothingInAReadOnlyFolder) {
   folder.write("file", "old");
   ::chmod(at("file").c_str(), 0644);
   ::chmod(folder.path().c_str(), 0555);
@@ -173,7 +173,7 @@ TEST_P(PosixFileStoreTest, changesNothingInAReadOnlyFolder) {
   ::chmod(folder.path().c_str(), 0700);
 }
 
-TEST_P(PosixFileStoreTest, changesNothingWhenTheFileWouldGrowTooLarge) {
+TEST_P(PosixFileStoreTest, ChangesNothingWhenTheFileWouldGrowTooLarge) {
   folder.write("file", "old");
   const std::string answer = test::inChild([&] {
     ::signal(SIGXFSZ, SIG_IGN);
@@ -184,7 +184,7 @@ TEST_P(PosixFileStoreTest, changesNothingWhenTheFileWouldGrowTooLarge) {
   EXPECT_EQ(answer, "");
 }
 
-TEST_P(PosixFileStoreTest, changesNothingOnAFullDisk) {
+TEST_P(PosixFileStoreTest, ChangesNothingOnAFullDisk) {
   const std::string answer = test::inChild([&]() -> std::string {
     if (::unshare(CLONE_NEWNS) != 0 && ::unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0)
       return test::notPossibleHere;
@@ -199,7 +199,7 @@ TEST_P(PosixFileStoreTest, changesNothingOnAFullDisk) {
   EXPECT_EQ(answer, "");
 }
 
-TEST_P(PosixFileStoreTest, clearsAwayWhatAKilledWriterLeft) {
+TEST_P(PosixFileStoreTest, ClearsAwayWhatAKilledWriterLeft) {
   const std::string huge(std::size_t{64} << 20U, 'x');
   for (int round = 0; round < 5; ++round) {
     const test::ForkedProcess writer({}, [&] {
@@ -222,7 +222,7 @@ TEST_P(PosixFileStoreTest, clearsAwayWhatAKilledWriterLeft) {
   EXPECT_EQ(filesIn(folder.path()), 4U);
 }
 
-TEST_P(PosixFileStoreTest, makesFoldersForTheirOwner) {
+TEST_P(PosixFileStoreTest, MakesFoldersForTheirOwner) {
   files.createFolders(at("one/two/three"));
   for (const char* name : {"one", "one/two", "one/two/three"}) {
     struct stat about {};
@@ -237,7 +237,7 @@ TEST_P(PosixFileStoreTest, makesFoldersForTheirOwner) {
   EXPECT_TRUE(fs::is_regular_file(at("file")));
 }
 
-TEST_P(PosixFileStoreTest, removesAFolderWithAllItHoldsAndNothingElse) {
+TEST_P(PosixFileStoreTest, RemovesAFolderWithAllItHoldsAndNothingElse) {
   folder.write("old/deep/file", "x");
   folder.write("kept/file", "x");
   fs::create_directory_symlink(at("kept"), at("old/link"));
@@ -251,7 +251,7 @@ TEST_P(PosixFileStoreTest, removesAFolderWithAllItHoldsAndNothingElse) {
   EXPECT_TRUE(fs::exists(at("kept/file")));
 }
 
-TEST_P(PosixFileStoreTest, renamesOverWhatHasTheName) {
+TEST_P(PosixFileStoreTest, RenamesOverWhatHasTheName) {
   folder.write("a", "new");
   folder.write("b", "old");
   EXPECT_TRUE(files.rename(at("a"), at("b")));
@@ -260,7 +260,7 @@ TEST_P(PosixFileStoreTest, renamesOverWhatHasTheName) {
   EXPECT_EQ(files.read(at("b"), limit), "new");
 }
 
-TEST_P(PosixFileStoreTest, knowsWhatExists) {
+TEST_P(PosixFileStoreTest, KnowsWhatExists) {
   folder.write("file", "");
   EXPECT_TRUE(files.exists(at("file")));
   EXPECT_TRUE(files.exists(folder.path()));
@@ -287,7 +287,7 @@ class ForeignFolder : public testing::Test {
   PosixFileStore files{folder.path(), PosixFileStore::Sync::none};
 };
 
-TEST_F(ForeignFolder, isNotWrittenTo) {
+TEST_F(ForeignFolder, IsNotWrittenTo) {
   const std::string home = theirs("home");
   fs::create_symlink(at("root's"), home + "/link");
   ASSERT_EQ(::link(at("root's").c_str(), (home + "/hard").c_str()), 0);
@@ -303,7 +303,7 @@ TEST_F(ForeignFolder, isNotWrittenTo) {
   EXPECT_EQ(files.read(at("root's"), limit), "precious");
 }
 
-TEST_F(ForeignFolder, isNotBelievedUnlessThatDoesNoHarm) {
+TEST_F(ForeignFolder, IsNotBelievedUnlessThatDoesNoHarm) {
   const std::string home = theirs("home");
   folder.write("home/file", "words");
   EXPECT_FALSE(files.read(home + "/file", limit));
@@ -311,7 +311,7 @@ TEST_F(ForeignFolder, isNotBelievedUnlessThatDoesNoHarm) {
   EXPECT_EQ(harmless.read(home + "/file", limit), "words");
 }
 
-TEST_F(ForeignFolder, isOneThatALinkOfTheirsLeadsTo) {
+TEST_F(ForeignFolder, IsOneThatALinkOfTheirsLeadsTo) {
   const std::string shared = folder.folder("shared");
   ASSERT_EQ(::chmod(shared.c_str(), 01777), 0);
   folder.folder("real");

@@ -34,7 +34,7 @@ class SingleCopyLockTest : public testing::Test {
   std::optional<std::string> runtime = folder.folder("runtime");
 };
 
-TEST_F(SingleCopyLockTest, isHeldByOneCopyAtATime) {
+TEST_F(SingleCopyLockTest, IsHeldByOneCopyAtATime) {
   std::optional<SingleCopyLock> first(SingleCopyLock::acquire(folders()));
   EXPECT_EQ(first->outcome(), Outcome::acquired);
   EXPECT_EQ(attempt(), Outcome::heldByOther);
@@ -43,7 +43,7 @@ TEST_F(SingleCopyLockTest, isHeldByOneCopyAtATime) {
   EXPECT_EQ(attempt(), Outcome::acquired);
 }
 
-TEST_F(SingleCopyLockTest, isReleasedByTheKernelWhenItsHolderIsKilled) {
+TEST_F(SingleCopyLockTest, IsReleasedByTheKernelWhenItsHolderIsKilled) {
   {
     const test::ForkedProcess holder([&] {
       static const SingleCopyLock lock = SingleCopyLock::acquire(folders());
@@ -54,7 +54,7 @@ TEST_F(SingleCopyLockTest, isReleasedByTheKernelWhenItsHolderIsKilled) {
   EXPECT_EQ(attempt(), Outcome::acquired);
 }
 
-TEST_F(SingleCopyLockTest, isNotInheritedByThoseThatAreStarted) {
+TEST_F(SingleCopyLockTest, IsNotInheritedByThoseThatAreStarted) {
   std::unique_ptr<Subprocess> child;
   {
     const SingleCopyLock lock = SingleCopyLock::acquire(folders());
@@ -66,7 +66,7 @@ TEST_F(SingleCopyLockTest, isNotInheritedByThoseThatAreStarted) {
   child->waitUntilExit();
 }
 
-TEST_F(SingleCopyLockTest, survivesThatItsFileIsDeleted) {
+TEST_F(SingleCopyLockTest, SurvivesThatItsFileIsDeleted) {
   const SingleCopyLock lock = SingleCopyLock::acquire(folders());
   fs::remove(fs::path(*runtime) / "com.halvo.vantle.lock");
   EXPECT_EQ(attempt(), Outcome::heldByOther);
@@ -74,13 +74,13 @@ TEST_F(SingleCopyLockTest, survivesThatItsFileIsDeleted) {
   EXPECT_EQ(attempt(), Outcome::heldByOther);
 }
 
-TEST_F(SingleCopyLockTest, isHeldAgainstACopyWithAnotherRuntimeFolder) {
+TEST_F(SingleCopyLockTest, IsHeldAgainstACopyWithAnotherRuntimeFolder) {
   const SingleCopyLock lock = SingleCopyLock::acquire(folders());
   runtime = folder.folder("another");
   EXPECT_EQ(attempt(), Outcome::heldByOther) << "both would write one journal";
 }
 
-TEST_F(SingleCopyLockTest, isNoneOfAStrangerWhoLocksTheFolder) {
+TEST_F(SingleCopyLockTest, IsNoneOfAStrangerWhoLocksTheFolder) {
   const test::ForkedProcess stranger([&] {
     ::prctl(PR_SET_NAME, "stranger", 0, 0, 0); // NOLINT(cppcoreguidelines-pro-type-vararg)
     const int file = ::open(runtime->c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -89,14 +89,14 @@ TEST_F(SingleCopyLockTest, isNoneOfAStrangerWhoLocksTheFolder) {
   EXPECT_EQ(attempt(), Outcome::acquired);
 }
 
-TEST_F(SingleCopyLockTest, liesInTheRuntimeFolderForItsOwnerAlone) {
+TEST_F(SingleCopyLockTest, LiesInTheRuntimeFolderForItsOwnerAlone) {
   const SingleCopyLock lock = SingleCopyLock::acquire(folders());
   struct stat about {};
   ASSERT_EQ(::stat((*runtime + "/com.halvo.vantle.lock").c_str(), &about), 0);
   EXPECT_EQ(about.st_mode & 0777, 0600U);
 }
 
-TEST_F(SingleCopyLockTest, liesInTheDataFolderWhereThereIsNoRuntimeFolder) {
+TEST_F(SingleCopyLockTest, LiesInTheDataFolderWhereThereIsNoRuntimeFolder) {
   runtime.reset();
   const SingleCopyLock lock = SingleCopyLock::acquire(folders());
   EXPECT_EQ(lock.outcome(), Outcome::acquired);
@@ -104,7 +104,7 @@ TEST_F(SingleCopyLockTest, liesInTheDataFolderWhereThereIsNoRuntimeFolder) {
   EXPECT_EQ(attempt(), Outcome::heldByOther);
 }
 
-TEST_F(SingleCopyLockTest, survivesWhatStandsInItsPlace) {
+TEST_F(SingleCopyLockTest, SurvivesWhatStandsInItsPlace) {
   const fs::path file = fs::path(*runtime) / "com.halvo.vantle.lock";
   fs::create_directory(file);
   EXPECT_EQ(attempt(), Outcome::acquired) << "in the data folder, then";
@@ -119,7 +119,7 @@ TEST_F(SingleCopyLockTest, survivesWhatStandsInItsPlace) {
   EXPECT_EQ(attempt(), Outcome::acquired);
 }
 
-TEST_F(SingleCopyLockTest, saysWhenNobodyCanTell) {
+TEST_F(SingleCopyLockTest, SaysWhenNobodyCanTell) {
   const auto check = [&]() -> std::string {
     return attempt() == Outcome::unavailable ? "" : "a lock was made from nothing";
   };

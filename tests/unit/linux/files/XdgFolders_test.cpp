@@ -20,7 +20,7 @@ XdgFolders foldersOf(const std::map<std::string, std::string>& environment) {
   });
 }
 
-TEST(XdgFolders, lieInTheHomeFolderByDefault) {
+TEST(XdgFolders, LieInTheHomeFolderByDefault) {
   const XdgFolders folders = foldersOf({{"HOME", "/home/player"}});
   EXPECT_EQ(folders.home, "/home/player");
   EXPECT_EQ(folders.data, "/home/player/.local/share");
@@ -30,7 +30,7 @@ TEST(XdgFolders, lieInTheHomeFolderByDefault) {
   EXPECT_EQ(folders.systemConfig, std::vector<std::string>{"/etc/xdg"});
 }
 
-TEST(XdgFolders, areWhereTheEnvironmentSays) {
+TEST(XdgFolders, AreWhereTheEnvironmentSays) {
   const XdgFolders folders = foldersOf({{"HOME", "/h"},
                                         {"XDG_DATA_HOME", "/data"},
                                         {"XDG_CONFIG_HOME", "/config//"},
@@ -42,13 +42,13 @@ TEST(XdgFolders, areWhereTheEnvironmentSays) {
   EXPECT_EQ(folders.systemConfig, (std::vector<std::string>{"/b", "/c"}));
 }
 
-TEST(XdgFolders, ignoreWhatIsEmptyOrRelative) {
+TEST(XdgFolders, IgnoreWhatIsEmptyOrRelative) {
   for (const char* value : {"", "data", "./data", "~/data"}) {
     EXPECT_EQ(foldersOf({{"HOME", "/h"}, {"XDG_DATA_HOME", value}}).data, "/h/.local/share") << value;
   }
 }
 
-TEST(XdgFolders, findTheHomeFolderWithoutTheEnvironment) {
+TEST(XdgFolders, FindTheHomeFolderWithoutTheEnvironment) {
   const passwd* entry = ::getpwuid(::getuid());
   ASSERT_NE(entry, nullptr);
   const std::string home = entry->pw_dir;
@@ -56,13 +56,13 @@ TEST(XdgFolders, findTheHomeFolderWithoutTheEnvironment) {
   EXPECT_EQ(foldersOf({{"HOME", "relative"}}).home, home);
 }
 
-TEST(XdgFolders, areAbsoluteEvenForAUserThatNobodyKnows) {
+TEST(XdgFolders, AreAbsoluteEvenForAUserThatNobodyKnows) {
   if (::geteuid() != 0) GTEST_SKIP() << "needs root to become somebody else";
   const std::string answer = test::asOrdinaryUser([] { return foldersOf({}).data; });
   EXPECT_EQ(answer, "/.local/share");
 }
 
-TEST(XdgFolders, takeTheRuntimeFolderOnlyWhenItIsTheUsersOwn) {
+TEST(XdgFolders, TakeTheRuntimeFolderOnlyWhenItIsTheUsersOwn) {
   const desktop::TemporaryFolder folder;
   const std::string usual = "/run/user/" + std::to_string(::geteuid());
   struct stat about {};

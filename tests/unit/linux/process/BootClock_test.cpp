@@ -15,13 +15,13 @@ namespace {
 
 constexpr std::uint64_t tick = 10'000;
 
-TEST(BootClock, isRoundedDownToTheTick) {
+TEST(BootClock, IsRoundedDownToTheTick) {
   const BootEpoch epoch(1'700'000'000'123'456);
   const BootClock clock(epoch);
   for (int round = 0; round < 100; ++round) EXPECT_EQ((clock.processMicros() - epoch.micros()) % tick, 0U);
 }
 
-TEST(BootClock, neverMakesALaterChildLookOlder) {
+TEST(BootClock, NeverMakesALaterChildLookOlder) {
   const BootEpoch epoch(1'700'000'000'123'456);
   const BootClock clock(epoch);
   const ProcfsProcessTable table(epoch);
@@ -43,19 +43,19 @@ TEST(BootClock, neverMakesALaterChildLookOlder) {
   }
 }
 
-TEST(BootClock, sleepsAtLeastAsLongAsAsked) {
+TEST(BootClock, SleepsAtLeastAsLongAsAsked) {
   BootClock clock(BootEpoch(0));
   const auto before = std::chrono::steady_clock::now();
   clock.sleep(std::chrono::milliseconds(25));
   EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(25));
 }
 
-TEST(BootClock, knowsTheCalendar) {
+TEST(BootClock, KnowsTheCalendar) {
   const auto off = BootClock(BootEpoch(0)).now() - std::chrono::system_clock::now();
   EXPECT_LT(std::chrono::abs(off), std::chrono::seconds(30));
 }
 
-TEST(LinuxHost, countsTheProcessorsThatItMayUse) {
+TEST(LinuxHost, CountsTheProcessorsThatItMayUse) {
   const LinuxHost host;
   EXPECT_EQ(host.selfPID(), ::getpid());
   cpu_set_t all;

@@ -38,31 +38,31 @@ class BootEpochTest : public testing::Test {
   std::string second = folder.path() / "runtime.json";
 };
 
-TEST_F(BootEpochTest, isTheMomentOfBootByTheWallClock) {
+TEST_F(BootEpochTest, IsTheMomentOfBootByTheWallClock) {
   EXPECT_NEAR(static_cast<double>(load().micros()), static_cast<double>(bootMicrosByTheWallClock()), 60e6);
 }
 
-TEST_F(BootEpochTest, staysTheSameForTheWholeBoot) {
+TEST_F(BootEpochTest, StaysTheSameForTheWholeBoot) {
   const std::uint64_t micros = load().micros();
   EXPECT_EQ(load().micros(), micros);
   EXPECT_EQ(load().micros(), micros);
 }
 
 // What setting the wall clock by an hour looks like: the record was taken under the other time.
-TEST_F(BootEpochTest, doesNotMoveWithTheWallClock) {
+TEST_F(BootEpochTest, DoesNotMoveWithTheWallClock) {
   const std::uint64_t earlier = bootMicrosByTheWallClock() - hour;
   folder.write("Vantle/boot.json", record("this-boot", std::to_string(earlier)));
   EXPECT_EQ(load().micros(), earlier);
 }
 
-TEST_F(BootEpochTest, isAnotherOneInAnotherBoot) {
+TEST_F(BootEpochTest, IsAnotherOneInAnotherBoot) {
   folder.write("Vantle/boot.json", record("last-boot", std::to_string(bootMicrosByTheWallClock() - hour)));
   const std::uint64_t micros = load().micros();
   EXPECT_NEAR(static_cast<double>(micros), static_cast<double>(bootMicrosByTheWallClock()), 60e6);
   EXPECT_EQ(load().micros(), micros);
 }
 
-TEST_F(BootEpochTest, replacesWhatIsNoRecord) {
+TEST_F(BootEpochTest, ReplacesWhatIsNoRecord) {
   const std::string contents[] = {"",
                                   "{",
                                   "[]",
@@ -86,21 +86,21 @@ TEST_F(BootEpochTest, replacesWhatIsNoRecord) {
   }
 }
 
-TEST_F(BootEpochTest, isKeptInTheSecondPlaceWhenTheFirstCannotBeWritten) {
+TEST_F(BootEpochTest, IsKeptInTheSecondPlaceWhenTheFirstCannotBeWritten) {
   folder.write("Vantle", "a file where the folder should be");
   const std::uint64_t micros = load().micros();
   EXPECT_TRUE(files.exists(second));
   EXPECT_EQ(load().micros(), micros);
 }
 
-TEST_F(BootEpochTest, prefersTheFirstPlaceAndFindsTheSecondLaterOn) {
+TEST_F(BootEpochTest, PrefersTheFirstPlaceAndFindsTheSecondLaterOn) {
   folder.write("runtime.json", record("this-boot", "1000"));
   EXPECT_EQ(load().micros(), 1000U);
   folder.write("Vantle/boot.json", record("this-boot", "2000"));
   EXPECT_EQ(load().micros(), 2000U);
 }
 
-TEST_F(BootEpochTest, worksForTheRunWhenNothingCanBeWritten) {
+TEST_F(BootEpochTest, WorksForTheRunWhenNothingCanBeWritten) {
   const auto check = [&]() -> std::string {
     const std::uint64_t micros = BootEpoch::load(files, {first, second}, bootId).micros();
     const auto off = static_cast<std::int64_t>(micros - bootMicrosByTheWallClock());
@@ -112,7 +112,7 @@ TEST_F(BootEpochTest, worksForTheRunWhenNothingCanBeWritten) {
   ::chmod(folder.path().c_str(), 0700);
 }
 
-TEST_F(BootEpochTest, isNotKeptWhenTheBootHasNoName) {
+TEST_F(BootEpochTest, IsNotKeptWhenTheBootHasNoName) {
   for (const char* name : {"", "\n"}) {
     folder.write("boot_id", name);
     load();
@@ -123,7 +123,7 @@ TEST_F(BootEpochTest, isNotKeptWhenTheBootHasNoName) {
   EXPECT_FALSE(files.exists(first));
 }
 
-TEST_F(BootEpochTest, readsTheNameThatTheKernelGivesTheBoot) {
+TEST_F(BootEpochTest, ReadsTheNameThatTheKernelGivesTheBoot) {
   const std::uint64_t micros = BootEpoch::load(files, {first}).micros();
   EXPECT_TRUE(files.exists(first));
   EXPECT_EQ(BootEpoch::load(files, {first}).micros(), micros);

@@ -34,13 +34,13 @@ class ExecutablePathTest : public testing::Test {
   const ProcfsProcessTable table{BootEpoch(0)};
 };
 
-TEST_F(ExecutablePathTest, isTheFullPath) {
+TEST_F(ExecutablePathTest, IsTheFullPath) {
   const fs::path path = program("plain");
   const ForkedProcess child = run(path);
   EXPECT_EQ(table.executablePathBytes(child.pid()), path.string());
 }
 
-TEST_F(ExecutablePathTest, comesBackByteForByte) {
+TEST_F(ExecutablePathTest, ComesBackByteForByte) {
   for (const char* name : {"a b", "line\nbreak", "(x)", "\xff\xfe", "\xc3\xa9t\xc3\xa9", "tab\t\"'\\"}) {
     const fs::path path = program(name);
     const ForkedProcess child = run(path);
@@ -48,7 +48,7 @@ TEST_F(ExecutablePathTest, comesBackByteForByte) {
   }
 }
 
-TEST_F(ExecutablePathTest, isCleanedForThoseWhoReadText) {
+TEST_F(ExecutablePathTest, IsCleanedForThoseWhoReadText) {
   const fs::path path = program("a\xff"
                                 "b");
   const ForkedProcess child = run(path);
@@ -56,21 +56,21 @@ TEST_F(ExecutablePathTest, isCleanedForThoseWhoReadText) {
                                                                          "b");
 }
 
-TEST_F(ExecutablePathTest, hasNoMarkWhenTheFileWasDeleted) {
+TEST_F(ExecutablePathTest, HasNoMarkWhenTheFileWasDeleted) {
   const fs::path path = program("gone");
   const ForkedProcess child = run(path);
   fs::remove(path);
   EXPECT_EQ(table.executablePathBytes(child.pid()), path.string());
 }
 
-TEST_F(ExecutablePathTest, hasNoMarkWhenTheFileWasReplacedByAnUpdate) {
+TEST_F(ExecutablePathTest, HasNoMarkWhenTheFileWasReplacedByAnUpdate) {
   const fs::path path = program("updated");
   const ForkedProcess child = run(path);
   fs::rename(program("next version"), path);
   EXPECT_EQ(table.executablePathBytes(child.pid()), path.string());
 }
 
-TEST_F(ExecutablePathTest, keepsAMarkThatIsPartOfTheName) {
+TEST_F(ExecutablePathTest, KeepsAMarkThatIsPartOfTheName) {
   const fs::path path = program("really (deleted)");
   const ForkedProcess child = run(path);
   EXPECT_EQ(table.executablePathBytes(child.pid()), path.string());
@@ -79,7 +79,7 @@ TEST_F(ExecutablePathTest, keepsAMarkThatIsPartOfTheName) {
   EXPECT_EQ(table.executablePathBytes(child.pid()), path.string());
 }
 
-TEST_F(ExecutablePathTest, isAbsentBeyondWhatTheKernelCanName) {
+TEST_F(ExecutablePathTest, IsAbsentBeyondWhatTheKernelCanName) {
   // Deeper than any path: every step is taken from the folder before.
   const std::string step(250, 'd');
   const fs::path source = program("source");
@@ -97,7 +97,7 @@ TEST_F(ExecutablePathTest, isAbsentBeyondWhatTheKernelCanName) {
   EXPECT_FALSE(table.executablePathBytes(child.pid()));
 }
 
-TEST_F(ExecutablePathTest, canBeNearlyAsLongAsPathsGet) {
+TEST_F(ExecutablePathTest, CanBeNearlyAsLongAsPathsGet) {
   fs::path deep;
   while (folder.path().string().size() + deep.string().size() + 251 < 4080) deep /= std::string(250, 'd');
   const fs::path path = program(deep / "x");
@@ -105,7 +105,7 @@ TEST_F(ExecutablePathTest, canBeNearlyAsLongAsPathsGet) {
   EXPECT_EQ(table.executablePathBytes(child.pid()), path.string());
 }
 
-TEST_F(ExecutablePathTest, isAbsentForTheKernelsOwnThreads) { EXPECT_FALSE(table.executablePathBytes(2)); }
+TEST_F(ExecutablePathTest, IsAbsentForTheKernelsOwnThreads) { EXPECT_FALSE(table.executablePathBytes(2)); }
 
 } // namespace
 } // namespace vantle

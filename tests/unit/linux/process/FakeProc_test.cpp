@@ -34,7 +34,7 @@ class FakeProcTest : public testing::Test {
   ProcfsProcessTable table{BootEpoch(1'000'000'500'000), proc.path()};
 };
 
-TEST_F(FakeProcTest, addsTheTicksToTheEpoch) {
+TEST_F(FakeProcTest, AddsTheTicksToTheEpoch) {
   addProcess(7, 1, 12'345);
   const auto record = table.record(7);
   ASSERT_TRUE(record);
@@ -43,7 +43,7 @@ TEST_F(FakeProcTest, addsTheTicksToTheEpoch) {
   EXPECT_EQ(record->startUsec, 950'000U);
 }
 
-TEST_F(FakeProcTest, scansWhatAProcessIsToOthers) {
+TEST_F(FakeProcTest, ScansWhatAProcessIsToOthers) {
   proc.write("7/stat", "7 (xterm) R 1 7 5 0 -1 0 0 0 0 0 17 23 0 0 20 0 3 0 55 0 0 0\n");
   proc.write("8/stat", "8 (bash) S 7 8 8 0 -1 0 0 0 0 0 1 2 0 0 20 0 0 0 56 0 0 0\n");
   proc.write("9/stat", "9 (pipewire) S 7 8 8 0 -1 0 0 0 0 0 1 2 0 0 20 0 1 0 57 0 0 0\n");
@@ -72,7 +72,7 @@ TEST_F(FakeProcTest, scansWhatAProcessIsToOthers) {
   EXPECT_EQ(single->threads, 3U);
 }
 
-TEST_F(FakeProcTest, hasTheKernelsBirthMark) {
+TEST_F(FakeProcTest, HasTheKernelsBirthMark) {
   EXPECT_EQ(table.birthMark(), std::nullopt) << "no file says";
   proc.write("loadavg", "0.20 0.18 0.12 1/80 11206\n");
   EXPECT_EQ(ProcfsProcessTable(BootEpoch(0), proc.path()).birthMark(), 11'206U);
@@ -97,7 +97,7 @@ class FakePlacesTest : public FakeProcTest {
   const std::string apps = appSlicePath(::geteuid());
 };
 
-TEST_F(FakePlacesTest, namesTheUnitOfAnApp) {
+TEST_F(FakePlacesTest, NamesTheUnitOfAnApp) {
   add(7, 1, 7, "app-a-7.scope/inner");
   add(8, 1, 8, "helper.service");
   EXPECT_EQ(table.place(7), apps + "/app-a-7.scope");
@@ -107,7 +107,7 @@ TEST_F(FakePlacesTest, namesTheUnitOfAnApp) {
   EXPECT_EQ(table.place(8), "");
 }
 
-TEST_F(FakePlacesTest, givesAnOrphanToTheOnlyAppOfItsPlace) {
+TEST_F(FakePlacesTest, GivesAnOrphanToTheOnlyAppOfItsPlace) {
   add(7, 1, 7, "app-a-7.scope");
   add(8, 1, 8, "app-a-7.scope"); // on its own, with a session of its own
   add(9, 8, 8, "app-a-7.scope");
@@ -118,7 +118,7 @@ TEST_F(FakePlacesTest, givesAnOrphanToTheOnlyAppOfItsPlace) {
   EXPECT_THAT(look({7}).processesOf(7), testing::UnorderedElementsAre(7, 8, 9));
 }
 
-TEST_F(FakePlacesTest, givesAnOrphanToNobodyWhereItMayBeAnothers) {
+TEST_F(FakePlacesTest, GivesAnOrphanToNobodyWhereItMayBeAnothers) {
   add(7, 1, 7, "app-a-7.scope");
   add(6, 1, 6, "app-a-7.scope"); // a second app in it
   add(8, 1, 8, "app-a-7.scope");
@@ -131,7 +131,7 @@ TEST_F(FakePlacesTest, givesAnOrphanToNobodyWhereItMayBeAnothers) {
   EXPECT_EQ(look({7}).appOf(8), 0);
 }
 
-TEST_F(FakePlacesTest, leavesAloneWhatHasAParentAndWhatOthersWaitFor) {
+TEST_F(FakePlacesTest, LeavesAloneWhatHasAParentAndWhatOthersWaitFor) {
   add(7, 1, 7, "app-a-7.scope");
   add(5, 1, 5, "app-b-5.scope"); // no app
   add(8, 5, 8, "app-a-7.scope");
@@ -140,7 +140,7 @@ TEST_F(FakePlacesTest, leavesAloneWhatHasAParentAndWhatOthersWaitFor) {
   for (const Pid pid : {5, 8, 9}) EXPECT_EQ(trees.appOf(pid), 0) << pid;
 }
 
-TEST_F(FakePlacesTest, thisProgramSharesItsPlaceWithNobody) {
+TEST_F(FakePlacesTest, ThisProgramSharesItsPlaceWithNobody) {
   add(7, 1, 7, "app-a-7.scope");
   add(self, 7, 7, "app-a-7.scope"); // started from a terminal
   add(41, self, 7, "app-a-7.scope");
@@ -151,7 +151,7 @@ TEST_F(FakePlacesTest, thisProgramSharesItsPlaceWithNobody) {
   EXPECT_TRUE(trees.isOwnChain(7));
 }
 
-TEST_F(FakeProcTest, listsOnlyWhatIsAProcess) {
+TEST_F(FakeProcTest, ListsOnlyWhatIsAProcess) {
   addProcess(7, 1, 5);
   for (const char* name : {"self", "thread-self", "12x", "0", "007", "-3", "99999999999", "+8", " 9"}) {
     proc.write(fs::path(name) / "stat", statOf(9, "x", 1, 5));
@@ -163,7 +163,7 @@ TEST_F(FakeProcTest, listsOnlyWhatIsAProcess) {
 }
 
 // A process may end between any two steps: it is listed and then its folder is empty, or its file is.
-TEST_F(FakeProcTest, leavesOutWhatDiesWhileItIsListed) {
+TEST_F(FakeProcTest, LeavesOutWhatDiesWhileItIsListed) {
   addProcess(7, 1, 5);
   proc.folder("8");
   proc.write("9/stat", "");
@@ -182,24 +182,24 @@ TEST_F(FakeProcTest, leavesOutWhatDiesWhileItIsListed) {
   }
 }
 
-TEST_F(FakeProcTest, neverWaitsForAFileThatIsNone) {
+TEST_F(FakeProcTest, NeverWaitsForAFileThatIsNone) {
   ASSERT_EQ(::mkfifo((proc.folder("7") / "stat").c_str(), 0600), 0);
   EXPECT_FALSE(table.record(7));
   EXPECT_TRUE(table.scan().empty());
 }
 
-TEST_F(FakeProcTest, listsMoreProcessesThanOneReadHolds) {
+TEST_F(FakeProcTest, ListsMoreProcessesThanOneReadHolds) {
   addProcess(2, 1, 5);
   for (int pid = 3; pid < 1502; ++pid) fs::create_directory_symlink("2", proc.path() / std::to_string(pid));
   EXPECT_EQ(table.scan().size(), 1500U);
 }
 
-TEST_F(FakeProcTest, addsResidentAndSwappedMemory) {
+TEST_F(FakeProcTest, AddsResidentAndSwappedMemory) {
   EXPECT_EQ(footprintWith("Name:\tx\nRssAnon:\t     100 kB\nRssFile:\t 7 kB\nVmSwap:\t      20 kB\n"),
             120U * 1024);
 }
 
-TEST_F(FakeProcTest, hasNoFootprintWithoutBothNumbers) {
+TEST_F(FakeProcTest, HasNoFootprintWithoutBothNumbers) {
   for (const char* status :
        {"", "Name:\tkthreadd\n", "Name:\tx\nRssAnon:\t100 kB\n", "Name:\tx\nVmSwap:\t100 kB\n",
         "Name:\tx\nRssAnon:\nVmSwap:\n", "Name:\tx\nRssAnon:\t\nVmSwap:\tx kB\n",
@@ -209,7 +209,7 @@ TEST_F(FakeProcTest, hasNoFootprintWithoutBothNumbers) {
   }
 }
 
-TEST_F(FakeProcTest, answersNothingWithoutAProcfs) {
+TEST_F(FakeProcTest, AnswersNothingWithoutAProcfs) {
   for (const std::string& root :
        {proc.path().string() + "/none", proc.write("file", "").string(), std::string()}) {
     const ProcfsProcessTable none(BootEpoch(0), root);

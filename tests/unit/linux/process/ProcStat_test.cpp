@@ -11,7 +11,7 @@ const std::string numbers = " S 41 42 42 0 -1 4194560 900 0 3 0 17 23 0 0 39 -20
 
 std::string lineOf(const std::string& name) { return "42 (" + name + ")" + numbers + " 0 0\n"; }
 
-TEST(ProcStat, readsTheFieldsByTheirNumbers) {
+TEST(ProcStat, ReadsTheFieldsByTheirNumbers) {
   const auto stat = parseProcStat(lineOf("cat"));
   ASSERT_TRUE(stat);
   EXPECT_EQ(stat->state, 'S');
@@ -24,13 +24,13 @@ TEST(ProcStat, readsTheFieldsByTheirNumbers) {
   EXPECT_EQ(stat->residentPages, 500);
 }
 
-TEST(ProcStat, readsANegativePriority) {
+TEST(ProcStat, ReadsANegativePriority) {
   const auto stat = parseProcStat("7 (irq) S 2 0 0 0 -1 0 0 0 0 0 1 2 0 0 -51 0 1 0 33 0 0 0\n");
   ASSERT_TRUE(stat);
   EXPECT_EQ(stat->priority, -51);
 }
 
-TEST(ProcStat, isNotMisledByAnyName) {
+TEST(ProcStat, IsNotMisledByAnyName) {
   const std::string names[] = {"",
                                ")",
                                "(",
@@ -51,7 +51,7 @@ TEST(ProcStat, isNotMisledByAnyName) {
   }
 }
 
-TEST(ProcStat, readsNothingFromALineThatWasCutShort) {
+TEST(ProcStat, ReadsNothingFromALineThatWasCutShort) {
   const std::string whole = lineOf("cat");
   const std::size_t needed = whole.find(" 500 ") + std::string(" 500 ").size();
   for (std::size_t length = 0; length < needed; ++length) {
@@ -60,7 +60,7 @@ TEST(ProcStat, readsNothingFromALineThatWasCutShort) {
   EXPECT_TRUE(parseProcStat(whole.substr(0, needed)));
 }
 
-TEST(ProcStat, readsNothingFromWhatTheKernelNeverWrites) {
+TEST(ProcStat, ReadsNothingFromWhatTheKernelNeverWrites) {
   const std::string lines[] = {
       "42 (cat) S -1 42 42 0 -1 0 0 0 0 0 17 23 0 0 39 -20 7 0 123456 0 0 0\n",         // negative parent
       "42 (cat) S 4294967297 42 42 0 -1 0 0 0 0 0 17 23 0 0 39 -20 7 0 123456 0 0 0\n", // no pid
@@ -74,7 +74,7 @@ TEST(ProcStat, readsNothingFromWhatTheKernelNeverWrites) {
   for (const std::string& line : lines) EXPECT_FALSE(parseProcStat(line)) << line;
 }
 
-TEST(ProcStat, countsAZombieAsGoneUnlessThreadsLiveOn) {
+TEST(ProcStat, CountsAZombieAsGoneUnlessThreadsLiveOn) {
   ProcStat stat;
   stat.threads = 1;
   for (const char state : {'R', 'S', 'D', 'T', 't', 'I'}) {

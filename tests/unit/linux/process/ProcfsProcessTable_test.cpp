@@ -36,7 +36,7 @@ class ProcessTableTest : public testing::Test {
   }
 };
 
-TEST_F(ProcessTableTest, readsThisProcess) {
+TEST_F(ProcessTableTest, ReadsThisProcess) {
   const auto record = table.record(::getpid());
   ASSERT_TRUE(record);
   EXPECT_EQ(record->pid, ::getpid());
@@ -49,7 +49,7 @@ TEST_F(ProcessTableTest, readsThisProcess) {
   EXPECT_EQ(again->startUsec, record->startUsec);
 }
 
-TEST_F(ProcessTableTest, listsEveryProcessOnceInAscendingOrder) {
+TEST_F(ProcessTableTest, ListsEveryProcessOnceInAscendingOrder) {
   const ForkedProcess child;
   const std::vector<ProcessRecord> all = table.scan();
   EXPECT_TRUE(
@@ -61,7 +61,7 @@ TEST_F(ProcessTableTest, listsEveryProcessOnceInAscendingOrder) {
             (ProcessIdentity{child.pid(), record->startSec, record->startUsec}));
 }
 
-TEST_F(ProcessTableTest, knowsNothingOfAProcessThatIsGone) {
+TEST_F(ProcessTableTest, KnowsNothingOfAProcessThatIsGone) {
   Pid pid = 0;
   ProcessIdentity identity;
   {
@@ -79,7 +79,7 @@ TEST_F(ProcessTableTest, knowsNothingOfAProcessThatIsGone) {
   EXPECT_FALSE(scanned(pid));
 }
 
-TEST_F(ProcessTableTest, knowsNothingOfWhatIsNoPid) {
+TEST_F(ProcessTableTest, KnowsNothingOfWhatIsNoPid) {
   for (const Pid pid : {0, -1, std::numeric_limits<Pid>::min(), std::numeric_limits<Pid>::max()}) {
     EXPECT_FALSE(table.record(pid)) << pid;
     EXPECT_FALSE(table.executablePathBytes(pid)) << pid;
@@ -89,14 +89,14 @@ TEST_F(ProcessTableTest, knowsNothingOfWhatIsNoPid) {
   }
 }
 
-TEST_F(ProcessTableTest, countsAZombieAsGone) {
+TEST_F(ProcessTableTest, CountsAZombieAsGone) {
   const ForkedProcess child([] { ::_exit(0); });
   EXPECT_TRUE(desktop::waitUntil([&] { return !table.record(child.pid()); }));
   EXPECT_EQ(::kill(child.pid(), 0), 0) << "it must still be there to be waited for";
   EXPECT_FALSE(scanned(child.pid()));
 }
 
-TEST_F(ProcessTableTest, seesAProcessWhoseMainThreadHasEnded) {
+TEST_F(ProcessTableTest, SeesAProcessWhoseMainThreadHasEnded) {
   const ForkedProcess child({}, [] {
     std::thread([] { ::pause(); }).detach();
     ::syscall(SYS_exit, 0); // this thread only
@@ -110,7 +110,7 @@ TEST_F(ProcessTableTest, seesAProcessWhoseMainThreadHasEnded) {
   EXPECT_TRUE(table.record(child.pid()));
 }
 
-TEST_F(ProcessTableTest, seesSessionOwnerAndThreads) {
+TEST_F(ProcessTableTest, SeesSessionOwnerAndThreads) {
   const ForkedProcess child([] {
     ::setsid();
     std::thread([] { ::pause(); }).detach();
@@ -124,14 +124,14 @@ TEST_F(ProcessTableTest, seesSessionOwnerAndThreads) {
   EXPECT_EQ(scanned(::getpid())->session, ::getsid(0));
 }
 
-TEST_F(ProcessTableTest, itsBirthMarkTellsOfEveryoneBorn) {
+TEST_F(ProcessTableTest, ItsBirthMarkTellsOfEveryoneBorn) {
   const auto before = table.birthMark();
   ASSERT_TRUE(before);
   const ForkedProcess child;
   EXPECT_NE(table.birthMark(), before);
 }
 
-TEST_F(ProcessTableTest, isNotMisledByHostileNames) {
+TEST_F(ProcessTableTest, IsNotMisledByHostileNames) {
   // The longest that a name can be is 15 bytes.
   for (const char* name : {")", "a) R 1 2 (b", "\n", "\xff\xfe\x80", "\nRssAnon:\t9 kB", "\nVmSwap:\t9 kB\n",
                            "((((((((((((((("}) {
@@ -146,7 +146,7 @@ TEST_F(ProcessTableTest, isNotMisledByHostileNames) {
   }
 }
 
-TEST_F(ProcessTableTest, measuresOwnMemory) {
+TEST_F(ProcessTableTest, MeasuresOwnMemory) {
   constexpr std::size_t size = std::size_t{64} << 20U;
   const auto touch = [](int flags) {
     auto* memory =
@@ -162,7 +162,7 @@ TEST_F(ProcessTableTest, measuresOwnMemory) {
   EXPECT_NEAR(static_cast<double>(table.footprint(shared.pid()).value()), static_cast<double>(base), 4e6);
 }
 
-TEST_F(ProcessTableTest, measuresCpuTimeOfAllThreads) {
+TEST_F(ProcessTableTest, MeasuresCpuTimeOfAllThreads) {
   const ForkedProcess busy([] {
     std::thread([] {
       for (std::atomic<unsigned> count = 0;; ++count) {
@@ -174,12 +174,12 @@ TEST_F(ProcessTableTest, measuresCpuTimeOfAllThreads) {
   EXPECT_LE(table.cpuTime(idle.pid()).value(), 2U);
 }
 
-TEST_F(ProcessTableTest, readsTheSchedulersPriority) {
+TEST_F(ProcessTableTest, ReadsTheSchedulersPriority) {
   const ForkedProcess nice([] { ::setpriority(PRIO_PROCESS, 0, 7); });
   EXPECT_EQ(table.schedulerPriority(nice.pid()), 27);
 }
 
-TEST_F(ProcessTableTest, surlyNeighboursCostOnlyTheirOwnAnswer) {
+TEST_F(ProcessTableTest, SurlyNeighboursCostOnlyTheirOwnAnswer) {
   const auto check = []() -> std::string {
     const ProcfsProcessTable own(BootEpoch(0));
     if (!own.record(1)) return "the first process is no secret";
@@ -190,7 +190,7 @@ TEST_F(ProcessTableTest, surlyNeighboursCostOnlyTheirOwnAnswer) {
   EXPECT_EQ(test::asOrdinaryUser(check), "");
 }
 
-TEST_F(ProcessTableTest, holdsWhileProcessesComeAndGo) {
+TEST_F(ProcessTableTest, HoldsWhileProcessesComeAndGo) {
   const ForkedProcess storm({}, [] {
     for (;;) {
       const pid_t child = ::fork();
@@ -213,7 +213,7 @@ TEST_F(ProcessTableTest, holdsWhileProcessesComeAndGo) {
   }
 }
 
-TEST_F(ProcessTableTest, tellsTwoProcessesWithOnePidApart) {
+TEST_F(ProcessTableTest, TellsTwoProcessesWithOnePidApart) {
   const std::string answer = test::inOwnPidNamespace([]() -> std::string {
     const ProcfsProcessTable own(BootEpoch(1'700'000'000'000'000));
     std::optional<ProcessIdentity> first;

@@ -48,7 +48,7 @@ bool hasOnlyEmptyDescriptors(Pid pid) {
   return desktop::waitUntil([&] { return descriptorsOf(pid) == nowhere; });
 }
 
-TEST(SessionLauncher, startsAProgramInASessionOfItsOwnWithItsOutputDiscarded) {
+TEST(SessionLauncher, StartsAProgramInASessionOfItsOwnWithItsOutputDiscarded) {
   const int inheritable = ::open("/dev/zero", O_RDONLY); // NOLINT: meant to be inheritable
   SessionLauncher launcher;
   const Ended child(launcher.launch(endless));
@@ -62,14 +62,14 @@ TEST(SessionLauncher, startsAProgramInASessionOfItsOwnWithItsOutputDiscarded) {
   EXPECT_TRUE(child.process->isRunning());
 }
 
-TEST(SessionLauncher, leavesAProgramInThisSessionWhenAskedTo) {
+TEST(SessionLauncher, LeavesAProgramInThisSessionWhenAskedTo) {
   SessionLauncher launcher({}, SessionLauncher::Session::shared);
   const Ended child(launcher.launch(endless));
   ASSERT_TRUE(child.process);
   EXPECT_EQ(::getsid(child.process->processIdentifier()), ::getsid(0));
 }
 
-TEST(SessionLauncher, endsAndAwaitsWhatItStarted) {
+TEST(SessionLauncher, EndsAndAwaitsWhatItStarted) {
   SessionLauncher launcher;
   const auto child = launcher.launch(endless);
   ASSERT_TRUE(child);
@@ -81,14 +81,14 @@ TEST(SessionLauncher, endsAndAwaitsWhatItStarted) {
   child->waitUntilExit();
 }
 
-TEST(SessionLauncher, seesThatAProgramHasEndedByItself) {
+TEST(SessionLauncher, SeesThatAProgramHasEndedByItself) {
   SessionLauncher launcher;
   const auto child = launcher.launch("/usr/bin/true");
   ASSERT_TRUE(child);
   EXPECT_TRUE(desktop::waitUntil([&] { return !child->isRunning(); }));
 }
 
-TEST(SessionLauncher, leavesARunningProgramAlone) {
+TEST(SessionLauncher, LeavesARunningProgramAlone) {
   SessionLauncher launcher;
   auto child = launcher.launch(endless);
   ASSERT_TRUE(child);
@@ -99,7 +99,7 @@ TEST(SessionLauncher, leavesARunningProgramAlone) {
   ::waitpid(pid, nullptr, 0);
 }
 
-TEST(SessionLauncher, leavesNothingRunningWhenItIsKilled) {
+TEST(SessionLauncher, LeavesNothingRunningWhenItIsKilled) {
   std::array<int, 2> told{};
   ASSERT_EQ(::pipe(told.data()), 0);
   const pid_t killed = ::fork();
@@ -121,7 +121,7 @@ TEST(SessionLauncher, leavesNothingRunningWhenItIsKilled) {
   for (const int end : told) ::close(end);
 }
 
-TEST(SessionLauncher, leavesWhatWasLetGoRunningWhenItEnds) {
+TEST(SessionLauncher, LeavesWhatWasLetGoRunningWhenItEnds) {
   std::array<int, 2> told{};
   ASSERT_EQ(::pipe(told.data()), 0);
   const pid_t ended = ::fork();
@@ -144,7 +144,7 @@ TEST(SessionLauncher, leavesWhatWasLetGoRunningWhenItEnds) {
   for (const int end : told) ::close(end);
 }
 
-TEST(SessionLauncher, startsNothingFromWhatIsNoProgram) {
+TEST(SessionLauncher, StartsNothingFromWhatIsNoProgram) {
   const desktop::TemporaryFolder folder;
   const std::filesystem::path pipe = folder.path() / "pipe";
   ::mkfifo(pipe.c_str(), 0700);
@@ -157,7 +157,7 @@ TEST(SessionLauncher, startsNothingFromWhatIsNoProgram) {
   }
 }
 
-TEST(SessionLauncher, doesAllOfItWithoutStandardDescriptorsOfItsOwn) {
+TEST(SessionLauncher, DoesAllOfItWithoutStandardDescriptorsOfItsOwn) {
   const auto check = []() -> std::string {
     ::close_range(STDIN_FILENO, STDERR_FILENO, 0);
     SessionLauncher launcher;
@@ -169,7 +169,7 @@ TEST(SessionLauncher, doesAllOfItWithoutStandardDescriptorsOfItsOwn) {
   EXPECT_EQ(test::inChild(check), "");
 }
 
-TEST(SessionLauncher, givesTheProgramTheSignalsThatItExpects) {
+TEST(SessionLauncher, GivesTheProgramTheSignalsThatItExpects) {
   const auto check = []() -> std::string {
     ::signal(SIGTERM, SIG_IGN);
     sigset_t blocked;
@@ -185,7 +185,7 @@ TEST(SessionLauncher, givesTheProgramTheSignalsThatItExpects) {
   EXPECT_EQ(test::inChild(check), "");
 }
 
-TEST(SessionLauncher, hasEachProcessPutIntoItsPlace) {
+TEST(SessionLauncher, HasEachProcessPutIntoItsPlace) {
   std::vector<Pid> placed;
   SessionLauncher launcher([&](Pid pid) { placed.push_back(pid); });
   const Ended first(launcher.launch(endless));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/workspace/DesktopEntries.h"
-#include "platform/linux/workspace/DisplayText.h"
+#include "platform/linux/workspace/OneLineName.h"
 #include "tests/desktop/harness/TemporaryFolder.h"
 #include "tests/desktop/harness/Wait.h"
 #include "tests/unit/linux/SilentFileSystem.h"
@@ -56,15 +56,15 @@ TEST(ExecLine, IsTakenApart) {
 }
 
 TEST(DisplayText, IsOneCleanLine) {
-  EXPECT_EQ(displayText("Mines"), "Mines");
-  EXPECT_EQ(displayText("  a\tb\nc  "), "a b c");
-  EXPECT_EQ(displayText("\n\n"), "");
-  EXPECT_EQ(displayText(""), "");
-  EXPECT_EQ(displayText("caf\xc3\xa9"), "caf\xc3\xa9");
-  EXPECT_EQ(displayText(std::string(10'000, 'a')), std::string(200, 'a'));
+  EXPECT_EQ(oneLineName("Mines"), "Mines");
+  EXPECT_EQ(oneLineName("  a\tb\nc  "), "a b c");
+  EXPECT_EQ(oneLineName("\n\n"), "");
+  EXPECT_EQ(oneLineName(""), "");
+  EXPECT_EQ(oneLineName("caf\xc3\xa9"), "caf\xc3\xa9");
+  EXPECT_EQ(oneLineName(std::string(10'000, 'a')), std::string(200, 'a'));
   std::string long4;
   for (int count = 0; count < 300; ++count) long4 += "\xf0\x9f\x98\x80";
-  EXPECT_EQ(displayText(long4), long4.substr(0, 800)) << "whole characters only";
+  EXPECT_EQ(oneLineName(long4), long4.substr(0, 800)) << "whole characters only";
 }
 
 class DesktopEntriesTest : public testing::Test {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/workspace/DisplayText.h"
+#include "platform/linux/workspace/OneLineName.h"
 
 #include "base/Utf8.h"
 
@@ -22,7 +22,7 @@ bool continues(char letter) { return (static_cast<unsigned char>(letter) & 0xc0)
 
 } // namespace
 
-std::string displayText(std::string_view bytes) {
+std::string oneLineName(std::string_view bytes) {
   std::string text = cleanUtf8(bytes.substr(0, longestInput));
   std::replace_if(text.begin(), text.end(), isControl, ' ');
   text.erase(0, std::min(text.find_first_not_of(' '), text.size()));

@@ -8,6 +8,6 @@ namespace vantle {
 
 // A name from somebody else's bytes, fit to be shown on one line: well-formed UTF-8, control characters as
 // spaces, none at the ends, and at most 200 characters.
-std::string displayText(std::string_view bytes);
+std::string oneLineName(std::string_view bytes);
 
 } // namespace vantle
