@@ -60,6 +60,13 @@ struct JsonLibrary {
   }
 };
 
+Json::Json() = default;
+Json::~Json() = default;
+Json::Json(const Json&) = default;
+Json& Json::operator=(const Json&) = default;
+Json::Json(Json&&) noexcept = default;
+Json& Json::operator=(Json&&) noexcept = default;
+
 std::optional<Json> Json::parse(std::string_view bytes) {
   bool isTooDeep = false;
   const auto watchDepth = [&](int depth, Library::parse_event_t /*event*/, const Library& /*parsed*/) {

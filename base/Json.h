@@ -19,7 +19,7 @@ class Json {
   using Array = std::vector<Json>;
   using Object = std::vector<std::pair<std::string, Json>>; // in the order in which they were written
 
-  Json() = default; // null
+  Json(); // null
   Json(bool truth) : m_value(truth) {}
   Json(std::int64_t number) : m_value(number) {}
   Json(std::uint64_t number) : m_value(number) {}
@@ -28,6 +28,12 @@ class Json {
   Json(const char* text) : m_value(std::string(text)) {}
   Json(Array values) : m_value(std::move(values)) {}
   Json(Object members) : m_value(std::move(members)) {}
+  // Not inline: their code is large.
+  ~Json();
+  Json(const Json&);
+  Json& operator=(const Json&);
+  Json(Json&&) noexcept;
+  Json& operator=(Json&&) noexcept;
 
   // Nobody's records are nested more deeply; values are read, copied and written by recursion.
   static constexpr int deepestNesting = 64;

@@ -12,7 +12,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdlib>
-#include <gio/gdesktopappinfo.h>
+#include <glib.h>
 #include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -25,7 +25,6 @@ namespace {
 struct GFree {
   void operator()(void* memory) const { g_free(memory); }
   void operator()(char** texts) const { g_strfreev(texts); }
-  void operator()(GDesktopAppInfo* info) const { g_object_unref(info); }
   void operator()(GKeyFile* file) const { g_key_file_unref(file); }
 };
 template <class T> using GOwned = std::unique_ptr<T, GFree>;
@@ -69,27 +68,21 @@ bool isProgram(const std::string& path) {
   return ::stat(path.c_str(), &about) == 0 && !S_ISDIR(about.st_mode) && ::access(path.c_str(), X_OK) == 0;
 }
 
-struct Read {
-  GOwned<GDesktopAppInfo> info; // null when it is not one of an installed app
-  std::string commandLine;
-};
+bool flagOf(GKeyFile* file, const char* key) {
+  return g_key_file_get_boolean(file, G_KEY_FILE_DESKTOP_GROUP, key, nullptr) != 0;
+}
 
-// The reader looks for the program itself, and keeps everybody else from reading while the file system of the
-// program gives it no answer. So that is done here, and the reader gets one that is always there.
-Read readInfo(const std::string& path) {
-  const GOwned<GKeyFile> file = readKeyFile(path);
-  if (!file) return {};
-  const std::string line = keyOf(file.get(), G_KEY_FILE_DESKTOP_KEY_EXEC);
-  const std::string tried = keyOf(file.get(), G_KEY_FILE_DESKTOP_KEY_TRY_EXEC);
-  if (!tried.empty() && !isProgram(absolutePath(tried))) return {};
-  g_key_file_remove_key(file.get(), G_KEY_FILE_DESKTOP_GROUP, G_KEY_FILE_DESKTOP_KEY_TRY_EXEC, nullptr);
-  if (!line.empty()) {
-    const std::vector<std::string> words = wordsOf(line);
-    if (words.empty() || !isProgram(absolutePath(words.front()))) return {};
-    g_key_file_set_string(file.get(), G_KEY_FILE_DESKTOP_GROUP, G_KEY_FILE_DESKTOP_KEY_EXEC,
-                          "/proc/self/exe");
-  }
-  return {GOwned<GDesktopAppInfo>(g_desktop_app_info_new_from_keyfile(file.get())), line};
+bool isOfInstalledApp(GKeyFile* file) {
+  const GOwned<char> firstGroup(g_key_file_get_start_group(file));
+  if (text(firstGroup.get()) != G_KEY_FILE_DESKTOP_GROUP) return false;
+  if (keyOf(file, G_KEY_FILE_DESKTOP_KEY_TYPE) != G_KEY_FILE_DESKTOP_TYPE_APPLICATION) return false;
+  if (flagOf(file, G_KEY_FILE_DESKTOP_KEY_HIDDEN)) return false;
+  const std::string tried = keyOf(file, G_KEY_FILE_DESKTOP_KEY_TRY_EXEC);
+  if (!tried.empty() && !isProgram(absolutePath(tried))) return false;
+  const std::string line = keyOf(file, G_KEY_FILE_DESKTOP_KEY_EXEC);
+  if (line.empty()) return true;
+  const std::vector<std::string> words = wordsOf(line);
+  return !words.empty() && isProgram(absolutePath(words.front()));
 }
 
 bool startsAsScript(const std::string& path) {
@@ -139,18 +132,19 @@ std::vector<std::string> programOf(const std::string& exec) {
 }
 
 std::optional<DesktopEntry> readDesktopEntry(const std::string& path, const std::string& id) {
-  const auto [info, commandLine] = readInfo(path);
-  if (!info || g_desktop_app_info_get_is_hidden(info.get()) != 0) return {};
-  GAppInfo* const app = G_APP_INFO(info.get());
+  const GOwned<GKeyFile> file = readKeyFile(path);
+  if (!file || !isOfInstalledApp(file.get())) return {};
+  const GOwned<char> name(g_key_file_get_locale_string(file.get(), G_KEY_FILE_DESKTOP_GROUP,
+                                                       G_KEY_FILE_DESKTOP_KEY_NAME, nullptr, nullptr));
   DesktopEntry entry;
   entry.id = cleanUtf8(id);
   entry.path = path;
-  entry.name = oneLineName(text(g_app_info_get_name(app)));
-  entry.icon = cleanUtf8(text(GOwned<char>(g_desktop_app_info_get_string(info.get(), "Icon")).get()));
-  entry.windowClass = text(g_desktop_app_info_get_startup_wm_class(info.get()));
-  entry.category = categoryOf(text(g_desktop_app_info_get_categories(info.get())));
-  entry.isHidden = g_desktop_app_info_get_nodisplay(info.get()) != 0;
-  std::vector<std::string> words = programOf(commandLine);
+  entry.name = name ? oneLineName(name.get()) : "Unnamed";
+  entry.icon = cleanUtf8(keyOf(file.get(), G_KEY_FILE_DESKTOP_KEY_ICON));
+  entry.windowClass = keyOf(file.get(), G_KEY_FILE_DESKTOP_KEY_STARTUP_WM_CLASS);
+  entry.category = categoryOf(keyOf(file.get(), G_KEY_FILE_DESKTOP_KEY_CATEGORIES));
+  entry.isHidden = flagOf(file.get(), G_KEY_FILE_DESKTOP_KEY_NO_DISPLAY);
+  std::vector<std::string> words = programOf(keyOf(file.get(), G_KEY_FILE_DESKTOP_KEY_EXEC));
   if (!words.empty()) {
     entry.executable = absolutePath(words.front());
     entry.realPath = realPath(entry.executable);

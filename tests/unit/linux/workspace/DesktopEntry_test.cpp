@@ -3,6 +3,7 @@
 #include "platform/linux/workspace/OneLineName.h"
 #include "tests/desktop/harness/TemporaryFolder.h"
 #include "tests/desktop/harness/Wait.h"
+#include "tests/unit/linux/InChild.h"
 #include "tests/unit/linux/SilentFileSystem.h"
 
 #include <algorithm>
@@ -180,6 +181,22 @@ TEST_F(DesktopEntriesTest, LeavesOutWhatDoesNotAnswer) {
   EXPECT_EQ(find("game"), nullptr);
   silent.reset(); // it answers with a failure from now on
   EXPECT_TRUE(desktop::waitUntil([&] { return find("zzz") != nullptr; }));
+}
+
+// A desktop's libraries read the caches of all folders before the first entry; one of them may never answer.
+TEST_F(DesktopEntriesTest, AsksNothingButTheFileItself) {
+  install("game.desktop", "Name=Game\nExec=sh\n");
+  const std::string path = (m_folder.path() / "high/applications/game.desktop").string();
+  for (const char* cache : {"mimeinfo.cache", "defaults.list", "mimeapps.list"}) {
+    ASSERT_EQ(::mkfifo((m_folder.path() / "high/applications" / cache).c_str(), 0600), 0);
+  }
+  const auto check = [&]() -> std::string {
+    ::alarm(20);
+    ::setenv("XDG_DATA_HOME", (m_folder.path() / "high").c_str(), 1);
+    const auto entry = readDesktopEntry(path, "game");
+    return entry && entry->name == "Game" ? "" : "not read";
+  };
+  EXPECT_EQ(test::inChild(check), "");
 }
 
 } // namespace
