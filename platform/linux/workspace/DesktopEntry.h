@@ -32,9 +32,9 @@ std::string categoryOf(std::string_view categories);
 // without the places for files. Empty when it is not well formed.
 std::vector<std::string> programOf(const std::string& exec);
 
-// Reads one desktop file; absent when it is not one of an installed app. Nothing but that file is read, and the
-// start of the program: GIO's own reader asks for all desktop folders and their caches first, which costs half
-// a megabyte and a thread, and never ends when one of them does not answer.
+// Reads one desktop file; absent when it is not one of an installed app. Nothing but that file is read, and
+// the start of the program: GIO's own reader asks for all desktop folders and their caches first, which costs
+// half a megabyte and a thread, and never ends when one of them does not answer.
 std::optional<DesktopEntry> readDesktopEntry(const std::string& path, const std::string& id);
 
 } // namespace vantle
