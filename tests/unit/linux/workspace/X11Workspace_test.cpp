@@ -252,33 +252,40 @@ class ReusedWindowNumber : public X11WorkspaceTest {
       return false;
     });
   }
-  Program& startWithTheNumberOf(std::uint32_t id) {
-    Program* program = &m_desktop.launch({desktop::testWindow()});
-    // The window manager, which is stopped, still names the old window, and the server knows whose it is now.
-    desktop::require("the number again", [&] {
-      const auto windows = m_desktop.windows().ofProcess(program->pid());
-      if (windows.empty() || windows.front().id == id) return !windows.empty();
-      // Somebody else was there first, for a moment.
+  // None when somebody else has the number, and keeps it.
+  Program* startWithTheNumberOf(std::uint32_t id) {
+    for (int attempt = 0; attempt < 20; ++attempt) {
+      Program* const program = &m_desktop.launch({desktop::testWindow()});
+      // The window manager, which is stopped, still names the old window, and the server knows whose it is
+      // now.
+      std::vector<desktop::XWindows::Window> windows;
+      desktop::require("a window", [&] {
+        windows = m_desktop.windows().ofProcess(program->pid());
+        return !windows.empty();
+      });
+      if (windows.front().id == id) return program;
       program->kill();
-      program = &m_desktop.launch({desktop::testWindow()});
-      return false;
-    });
-    return *program;
+    }
+    return nullptr;
   }
   // A game that is restarted twenty times, each time with the window of the one before.
   void restart(const std::function<void(const Program&)>& whenItIsGone) {
     Program* game = &window();
     watch();
     becomesFront(*game);
+    int reused = 0;
     for (int round = 0; round < 20 && !HasFatalFailure(); ++round) {
       const std::uint32_t id = m_desktop.waitForWindow(game->pid()).id;
       stopWindowManager();
       game->kill();
       whenItIsGone(*game);
-      game = &startWithTheNumberOf(id);
+      Program* const same = startWithTheNumberOf(id);
       m_desktop.windowManager().signal(SIGCONT);
+      reused += same != nullptr ? 1 : 0;
+      game = same != nullptr ? same : &window();
       becomesFront(*game);
     }
+    EXPECT_GT(reused, 10);
   }
 
  private:
