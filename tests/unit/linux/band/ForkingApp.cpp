@@ -116,6 +116,8 @@ std::vector<ProcessStat> membersOf(const std::vector<Pid>& sessions) {
 std::string differencesIn(const std::vector<Pid>& sessions, const std::string& before) {
   std::string differences;
   for (const ProcessStat& process : membersOf(sessions)) {
+    // One that has given its memory back is on its way out, which takes long where processors are scarce.
+    if (!ProcKernel().link("/proc/" + std::to_string(process.pid) + "/exe")) continue;
     for (const Pid tid : threadsOf(process.pid)) {
       const std::string state = schedulingState(tid) + ", session " + autogroupLine(process.pid);
       // A thread that has ended meanwhile tells nothing.
