@@ -218,8 +218,11 @@ XWindows::Window VirtualDesktop::waitForWindowTitled(const std::string& part) {
 }
 
 void VirtualDesktop::activate(std::uint32_t window) {
-  m_windows->activate(window);
-  require("a window in front", [&] { return m_windows->active() == window; });
+  // Somebody else may ask for the front at the same moment and win it; whoever wants it asks again.
+  require("a window in front", [&] {
+    m_windows->activate(window);
+    return waitUntil([&] { return m_windows->active() == window; }, std::chrono::seconds(1));
+  });
 }
 
 bool VirtualDesktop::screenshot(const fs::path& png) {
