@@ -25,13 +25,6 @@ bool holdsPart(std::string_view list, char separator, std::string_view part) {
   return false;
 }
 
-std::string_view trimmed(std::string_view text) {
-  constexpr std::string_view around = " \t\r\n";
-  const std::size_t first = text.find_first_not_of(around);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(around) - first + 1);
-}
-
 std::string asciiLowered(std::string_view text) {
   std::string lowered(text);
   std::transform(lowered.begin(), lowered.end(), lowered.begin(),

@@ -13,9 +13,6 @@ std::string_view takePart(std::string_view& list, char separator);
 std::vector<std::string> split(std::string_view list, char separator); // all of them
 bool holdsPart(std::string_view list, char separator, std::string_view part);
 
-// Without what stands around it: spaces, tabs and the ends of lines.
-std::string_view trimmed(std::string_view text);
-
 // A to Z only: for names that programs give each other. What people read is the platform's `UnicodeText`.
 std::string asciiLowered(std::string_view text);
 

@@ -82,7 +82,6 @@ class SimulatedWorkspace final : public Workspace {
   void deliverAll();
   void dropEvents(); // as if nobody had been there to hear them
   std::size_t queuedEvents() const { return m_events.size(); }
-  bool isDelivering() const { return m_isDelivering; }
 
   // What a polite request to an app leads to. Set by the machine.
   std::function<void(SimulatedApp&)> onQuitRequest;

@@ -30,13 +30,6 @@ TEST(HoldsPart, FindsWholePartsOnly) {
   EXPECT_TRUE(holdsPart("a,,b", ',', ""));
 }
 
-TEST(Trimmed, TakesAwayWhatStandsAround) {
-  EXPECT_EQ(trimmed(""), "");
-  EXPECT_EQ(trimmed(" \t\r\n"), "");
-  EXPECT_EQ(trimmed("a b"), "a b");
-  EXPECT_EQ(trimmed("\n a b\t"), "a b");
-}
-
 TEST(AsciiLowered, LeavesEverythingElse) {
   EXPECT_EQ(asciiLowered("Firefox-ESR 115"), "firefox-esr 115");
   EXPECT_EQ(asciiLowered("\xC3\x84@[`{"), "\xC3\x84@[`{");
