@@ -26,6 +26,7 @@
 #include <string>
 #include <sys/mount.h>
 #include <sys/ptrace.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
@@ -251,11 +252,14 @@ class SelfTest : public Vantle {
   };
   Report read(const Ended& ended) {
     const std::string n = std::to_string(processors());
+    const std::string own = std::to_string(20 + ::getpriority(PRIO_PROCESS, 0)); // which all inherit
     const std::regex form(
         std::string(announcement) + "1\\. Backgrounding: ([0-9]+)/" + n +
         " calls succeeded, flag seen on ([0-9]+)/" + n +
         " processes\n"
-        "2\\. Scheduler priority: normal 20, background 20\n"
+        "2\\. Scheduler priority: normal " +
+        own + ", background " + own +
+        "\n"
         "3\\. CPU share: background processes got ([0-9]+)% of the CPU the normal ones got\n"
         "4\\. Restore: ([0-9]+)/" +
         n + " processes back to normal\n([^]*)");
