@@ -254,16 +254,15 @@ class ReusedWindowNumber : public X11WorkspaceTest {
   }
   // None when somebody else has the number, and keeps it.
   Program* startWithTheNumberOf(std::uint32_t id) {
-    for (int attempt = 0; attempt < 20; ++attempt) {
+    for (int attempt = 0; attempt < 5; ++attempt) {
       Program* const program = &m_desktop.launch({desktop::testWindow()});
       // The window manager, which is stopped, still names the old window, and the server knows whose it is
-      // now.
-      std::vector<desktop::XWindows::Window> windows;
-      desktop::require("a window", [&] {
-        windows = m_desktop.windows().ofProcess(program->pid());
-        return !windows.empty();
-      });
-      if (windows.front().id == id) return program;
+      // now. A window with another number is on nobody's list.
+      const auto hasIt = [&] {
+        const auto windows = m_desktop.windows().ofProcess(program->pid());
+        return !windows.empty() && windows.front().id == id;
+      };
+      if (desktop::waitUntil(hasIt, std::chrono::seconds(1))) return program;
       program->kill();
     }
     return nullptr;
