@@ -197,7 +197,7 @@ bool LinuxBand::leaveBackgroundBand(Pid pid) {
   const std::optional<ProcessStat> process = m_kernel.stat(pid);
   if (!process || !process->isAlive() || process->isKernelThread()) return false;
   const std::optional<ThreadMark> mark = markOf(recordOf(*process));
-  if (!m_kernel.isOwn(pid)) {
+  if (!m_kernel.isOwn(pid) && !isRootsDoing(mark)) {
     if (mark) m_departures.refused(pid, process->startTicks);
     return false;
   }
@@ -218,6 +218,12 @@ bool LinuxBand::leaveBackgroundBand(Pid pid) {
   }
   const bool out = m_departures.leave(pid, session != SessionWeights::Outcome::done);
   return out && session != SessionWeights::Outcome::impossible;
+}
+
+// A service that root has started from a slowed app has become another user's. Nobody but root changes a
+// class that he can give back, so the mark of another person's own copy says nothing of one.
+bool LinuxBand::isRootsDoing(const std::optional<ThreadMark>& mark) const {
+  return m_kernel.user() == 0 && mark && mark->schedulingClass != ThreadMark::SchedulingClass::unchanged;
 }
 
 std::optional<ThreadMark> LinuxBand::markOf(const ProcessRecord& process) const {

@@ -60,6 +60,7 @@ class LinuxBand final : public BackgroundBand {
 
   bool isOfAnotherCopy(Pid pid) const;
   std::optional<ThreadMark> markOf(const ProcessRecord& process) const;
+  bool isRootsDoing(const std::optional<ThreadMark>& mark) const;
   bool giveUnit(const ProcessView& view, Pid app, const std::vector<Pid>& processes,
                 UnitWeights::Deadline deadline);
   ProcessView lookAt(Pid app) const; // everybody: the tree of this process as an app, all others as nobody's

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/linux/band/BandLedger.h"
+#include "platform/linux/kernel/Kernel.h"
 #include "platform/linux/kernel/ProcessorSet.h"
 
 namespace vantle {
@@ -20,6 +21,9 @@ class NarrowedSets {
   // The same with one: of a set only the active ones show, and when none of it is active the kernel lets the
   // thread run anywhere, but may remember the set.
   bool contains(const ProcessorSet& now, const ProcessorSet& active) const;
+  // And with a control group whose processors were chosen meanwhile: when it allows more again, the kernel
+  // goes back to the set that it remembers.
+  bool containsBehindGroup(const Kernel& kernel, Pid tid, const ProcessorSet& now) const;
 
  private:
   BandLedger& m_ledger;

@@ -199,6 +199,12 @@ bool ThreadLevers::isOurNarrowing(Pid tid) {
   return m_narrowed.contains(*now, m_efficiency.online);
 }
 
+// Of a thread with a mark only: any other one may simply stand in such a group.
+bool ThreadLevers::isBehindGroup(Pid tid) const {
+  const std::optional<ProcessorSet> now = m_kernel.affinity(tid);
+  return now && m_narrowed.containsBehindGroup(m_kernel, tid, *now);
+}
+
 bool ThreadLevers::leave(Pid pid, bool keepSession, const ThreadsSeen& seen) {
   const auto earlier = m_departing.extract(pid);
   Departure departure;
@@ -310,7 +316,7 @@ ThreadLevers::GivenBack ThreadLevers::giveBack(Pid tid, const ThreadMark& mark) 
       given = GivenBack::something;
     }
   }
-  if (mark.affinityNarrowed && isOurNarrowing(tid)) {
+  if (mark.affinityNarrowed && (isOurNarrowing(tid) || isBehindGroup(tid))) {
     m_kernel.setAffinity(tid, ProcessorSet::everything());
     given = GivenBack::something;
   }

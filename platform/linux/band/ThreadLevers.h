@@ -116,6 +116,7 @@ class ThreadLevers {
   Change setMark(Pid tid, const ThreadMark& mark, int before);
   bool mayNarrow(Pid tid);
   bool isOurNarrowing(Pid tid); // where it may run is where this program has put it, now or earlier
+  bool isBehindGroup(Pid tid) const;
   std::optional<ThreadMark> markBehindRealTime(Pid pid) const;
 
   std::optional<ThreadMark> threadMark(Pid tid) const;

@@ -436,6 +436,57 @@ TEST_F(LinuxBandTest, ProcessesOfOthersAreRefused) {
   EXPECT_EQ(autogroupLine(theirs.pid()), "nice 0");
 }
 
+// As init scripts do: in the background, in a session of its own, as another user.
+Pid startService() {
+  std::array<int, 2> channel{};
+  if (::pipe(channel.data()) != 0) return -1;
+  if (::fork() == 0) {
+    if (::fork() != 0) ::_exit(0);
+    ::setsid();
+    const Pid pid = ::setuid(65534) == 0 ? ::getpid() : -1;
+    (void)!::write(channel[1], &pid, sizeof pid);
+    for (;;) ::pause();
+  }
+  Pid pid = -1;
+  (void)!::read(channel[0], &pid, sizeof pid);
+  ::close(channel[0]);
+  ::close(channel[1]);
+  return pid;
+}
+
+TEST_F(LinuxBandTest, AServiceThatRootHasStartedFromASlowedAppComesBackAsAnotherUsers) {
+  if (!runsAsRoot()) GTEST_SKIP() << "who is no root may not start one";
+  for (const bool isAnotherProgram : {false, true}) {
+    const TestProcess app(TestProcess::Session::own, [](char) { return startService(); });
+    const std::string before = schedulingState(app.pid());
+    auto band = std::make_unique<Band>();
+    ASSERT_TRUE(band->band.enterBackgroundBand(app.pid()));
+    const Pid service = app.ask('!');
+    ASSERT_GT(service, 0);
+    EXPECT_NE(schedulingState(service), before);
+    EXPECT_TRUE(band->band.leaveBackgroundBand(app.pid()));
+    if (isAnotherProgram) band = std::make_unique<Band>();
+    band->band.reclaim(nullptr);
+    band->settled();
+    EXPECT_EQ(schedulingState(service), before);
+    ::kill(service, SIGKILL);
+  }
+}
+
+TEST_F(LinuxBandTest, RootLeavesAloneWhatACopyOfAnotherUserHasSlowed) {
+  if (!runsAsRoot()) GTEST_SKIP() << "there is no other user";
+  const TestProcess theirs(TestProcess::Session::own, [](char) { return ::setuid(65534); });
+  ASSERT_EQ(theirs.ask('!'), 0);
+  ThreadMark mark; // who is not root changes no class
+  mark.sessionLowered = true;
+  ASSERT_EQ(ProcKernel().setIoPriority(theirs.pid(), mark.encode()), Change::done);
+  Band band;
+  band.band.reclaim(nullptr);
+  EXPECT_FALSE(band.band.leaveBackgroundBand(theirs.pid()));
+  band.settled();
+  EXPECT_EQ(ProcKernel().ioPriority(theirs.pid()), mark.encode());
+}
+
 TEST_F(LinuxBandTest, SystemPartsAreNeverTouched) {
   asBoth([] {
     const TestProcess server(TestProcess::Session::own, [](char) {

@@ -25,6 +25,14 @@ class Processors {
   void areOnline(const std::string& list) const {
     std::ofstream(m_folder.path() / "devices/system/cpu/online") << list << '\n';
   }
+  void groupAllows(Pid pid, const std::string& list, bool isOldTree) const {
+    std::string group;
+    std::getline(std::ifstream("/proc/" + std::to_string(pid) + "/cpuset"), group);
+    const std::filesystem::path place = m_folder.path() / (isOldTree ? "fs/cgroup/cpuset" : "fs/cgroup") /
+                                        std::filesystem::path(group).relative_path();
+    std::filesystem::create_directories(place);
+    std::ofstream(place / (isOldTree ? "cpuset.effective_cpus" : "cpuset.cpus.effective")) << list;
+  }
   std::string folder() const { return m_folder.path().string(); }
 
  private:
@@ -97,6 +105,37 @@ TEST_F(NarrowedThreads, AreSomebodyElsesWhenTheyRunElsewhere) {
     EXPECT_TRUE(there.band.leaveBackgroundBand(app.pid()));
     EXPECT_TRUE(there.band.settle(guard));
     EXPECT_EQ(ProcKernel().affinity(app.pid()), first);
+  });
+}
+
+// A control group that is shrunk during a Boost leaves nothing, or a part, of the set that threads were
+// narrowed to. The kernel shows what is left of it, which a set chosen by hand stands for here.
+TEST_F(NarrowedThreads, LeaveBehindAControlGroupThatWasShrunkMeanwhile) {
+  asBoth([] {
+    for (const bool isOldTree : {false, true}) {
+      const Processors processors;
+      processors.areOnline(realOnes());
+      const TestProcess app;
+      const TestProcess chosen;
+      const std::string before = schedulingState(app.pid());
+      BandThere there(processors);
+      EXPECT_TRUE(there.band.enterBackgroundBand(app.pid()));
+      EXPECT_TRUE(there.band.enterBackgroundBand(chosen.pid()));
+      ProcessorSet first;
+      first.add(0);
+      EXPECT_TRUE(ProcKernel().setAffinity(app.pid(), first) == Change::done);
+      processors.groupAllows(app.pid(), "0\n", isOldTree);
+      EXPECT_TRUE(there.band.leaveBackgroundBand(app.pid()));
+      EXPECT_TRUE(there.band.settle(guard));
+      EXPECT_EQ(schedulingState(app.pid()), before);
+
+      // A group that allows everything hides nothing: this one is somebody's choice.
+      EXPECT_TRUE(ProcKernel().setAffinity(chosen.pid(), first) == Change::done);
+      processors.groupAllows(chosen.pid(), realOnes() + "\n", isOldTree);
+      EXPECT_TRUE(there.band.leaveBackgroundBand(chosen.pid()));
+      EXPECT_TRUE(there.band.settle(guard));
+      EXPECT_EQ(ProcKernel().affinity(chosen.pid()), first);
+    }
   });
 }
 
