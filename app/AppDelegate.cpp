@@ -8,16 +8,12 @@
 #include <QCoreApplication>
 #include <QDesktopServices>
 #include <QUrl>
-#include <csignal>
 #include <cstddef>
 #include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <utility>
 
 namespace vantle {
-
-namespace {} // namespace
 
 AppSettings& AppDelegate::settings() {
   if (!m_settings) m_settings = std::make_unique<AppSettings>(m_machine.defaults);
@@ -45,7 +41,7 @@ UpdateChecker& AppDelegate::updateChecker() {
 SettingsWindowController& AppDelegate::settingsWindow() {
   if (!m_settingsWindow) {
     m_settingsWindow = std::make_unique<SettingsWindowController>(engine(), settings(), updateChecker(),
-                                                                  m_loginItem, m_catalog);
+                                                                  m_machine.loginItem, m_machine.catalog);
   }
   return *m_settingsWindow;
 }
@@ -56,7 +52,6 @@ void AppDelegate::applicationDidFinishLaunching() {
   engine();
   updateChecker().checkIfDue();
   showInTray();
-  installSignalSources();
 }
 
 // The object on the bus lets an app menu open the panel of the copy that runs, tray or no tray.
@@ -65,14 +60,6 @@ void AppDelegate::showInTray() {
       engine(), settings(), [this] { settingsWindow().show(); }, [] { QCoreApplication::quit(); });
   m_trayItem = std::make_unique<TrayItem>(engine(), *m_panel);
   exportApplication(*m_panel, QString::fromLatin1(names::identifier));
-}
-
-// Everything is put back on the way out, as at any other end. A signal that arrives meanwhile is only noted.
-void AppDelegate::installSignalSources() {
-  for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
-    m_signalSources.push_back(
-        std::make_unique<SignalSource>(m_loop, signal, [] { QCoreApplication::exit(EXIT_SUCCESS); }));
-  }
 }
 
 void AppDelegate::applicationWillTerminate(const std::function<void()>& stillAtIt) {

@@ -2,8 +2,6 @@
 #include "app/SelfTestMode.h"
 
 #include "engine/SelfTest.h"
-#include "platform/linux/LinuxMachine.h"
-#include "platform/linux/files/XdgFolders.h"
 
 #include <cstdio>
 #include <memory>
@@ -11,9 +9,9 @@
 
 namespace vantle {
 
-int runSelfTestMode() {
-  const std::unique_ptr<LinuxMachine> linuxMachine = LinuxMachine::forSelfTest(XdgFolders::fromEnvironment());
-  Machine machine = linuxMachine->machine();
+int runSelfTestMode(Platform& platform) {
+  const std::unique_ptr<OwnedMachine> owned = platform.selfTestMachine();
+  Machine machine = owned->machine();
   return SelfTest(machine,
                   [](const std::string& line) {
                     std::puts(line.c_str());

@@ -9,14 +9,7 @@
 #include "app/Watchdog.h"
 #include "base/Names.h"
 #include "engine/Backgrounder.h"
-#include "platform/linux/LinuxMachine.h"
-#include "platform/linux/catalog/DesktopCatalog.h"
-#include "platform/linux/files/OwnFolder.h"
-#include "platform/linux/files/SingleCopyLock.h"
-#include "platform/linux/files/XdgFolders.h"
-#include "platform/linux/login/AutostartLoginItem.h"
-#include "platform/linux/process/DescriptorLimit.h"
-#include "platform/shared/PollEventLoop.h"
+#include "platform/Platform.h"
 
 #include <QGuiApplication>
 #include <algorithm>
@@ -32,26 +25,11 @@ namespace vantle {
 
 namespace {
 
-bool isNamed(const char* variable) {
-  const char* const value = std::getenv(variable);
-  return value != nullptr && *value != '\0';
-}
-
-bool hasDesktopSession() { return isNamed("DISPLAY") || isNamed("WAYLAND_DISPLAY"); }
-
-// The toolkit tries to reach what a variable names even when it names nothing.
-void forgetEmptyNames() {
-  for (const char* variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
-    if (!isNamed(variable)) ::unsetenv(variable);
-  }
-}
-
 // Before anything that can hang, abort or be refused: what an earlier run left slowed is put back even where
 // no desktop is (on a console after the session died, say).
-void putBackLeftovers(const XdgFolders& folders, const std::function<void()>& stillAtIt) {
-  PollEventLoop loop;
-  const std::unique_ptr<LinuxMachine> linuxMachine = LinuxMachine::forRecovery(folders, loop);
-  const Machine machine = linuxMachine->machine();
+void putBackLeftovers(Platform& platform, const std::function<void()>& stillAtIt) {
+  const std::unique_ptr<OwnedMachine> owned = platform.recoveryMachine();
+  const Machine machine = owned->machine();
   Backgrounder leftovers(machine);
   leftovers.recover();
   machine.band.onLateBirths([&leftovers] { leftovers.sweep(0); });
@@ -59,17 +37,15 @@ void putBackLeftovers(const XdgFolders& folders, const std::function<void()>& st
   machine.band.onLateBirths({});
 }
 
-void sayWhatIsNotKept(const XdgFolders& folders) {
-  for (const std::string& folder : {folders.data, folders.config}) {
-    if (isOwnFolder(folder)) continue;
-    std::fprintf(stderr, "vantle: %s is, or could be, somebody else's: nothing is kept there.\n",
-                 folder.c_str());
-    return;
-  }
+void sayWhatIsNotKept(const Platform& platform) {
+  const std::optional<std::string> folder = platform.foreignFolder();
+  if (!folder) return;
+  std::fprintf(stderr, "vantle: %s is, or could be, somebody else's: nothing is kept there.\n",
+               folder->c_str());
 }
 
-int cannotStart(const char* reason) {
-  std::fprintf(stderr, "vantle: %s\n", reason);
+int cannotStart(const std::string& reason) {
+  std::fprintf(stderr, "vantle: %s\n", reason.c_str());
   return EXIT_FAILURE;
 }
 
@@ -89,44 +65,35 @@ bool VantleApp::hasArgument(std::string_view wanted) const {
 }
 
 int VantleApp::run() {
-  if (hasArgument("--test")) return runSelfTestMode();
+  const std::unique_ptr<Platform> platform = Platform::ofThisSystem();
+  if (hasArgument("--test")) return runSelfTestMode(*platform);
 
-  raiseDescriptorLimit();
-  const XdgFolders folders = XdgFolders::fromEnvironment();
-  if (hasArgument(Watchdog::helperArgument) && Watchdog::isParentsHelper()) {
-    putBackLeftovers(folders, {});
+  platform->raiseDescriptorLimit();
+  if (hasArgument(Watchdog::helperArgument) && platform->isStartedByItself()) {
+    putBackLeftovers(*platform, {});
     return EXIT_SUCCESS;
   }
-  Watchdog watchdog;
-  const SingleCopyLock lock = SingleCopyLock::acquire(folders);
-  if (lock.outcome() == SingleCopyLock::Outcome::heldByOther) return EXIT_SUCCESS;
+  Watchdog watchdog(platform->mainThread());
+  if (!platform->becomeOnlyCopy()) return EXIT_SUCCESS;
   const auto stillAtIt = [&watchdog] { watchdog.stillAtIt(); };
-  putBackLeftovers(folders, stillAtIt);
+  putBackLeftovers(*platform, stillAtIt);
   watchdog.recovered();
 
-  sayWhatIsNotKept(folders);
-  forgetEmptyNames();
-  if (!hasDesktopSession()) {
-    return cannotStart("there is no desktop session here (neither DISPLAY nor WAYLAND_DISPLAY is set).");
-  }
-  std::optional<ToolkitGuard> startGuard([] {
-    return cannotStart("the desktop session that DISPLAY or WAYLAND_DISPLAY names cannot be reached.");
-  });
+  sayWhatIsNotKept(*platform);
+  if (const auto reason = platform->whyNoDesktop()) return cannotStart(*reason);
+  std::optional<ToolkitGuard> startGuard([&] { return cannotStart(platform->whyNotReached()); });
   QGuiApplication::setDesktopFileName(names::identifier);
   QGuiApplication::setApplicationDisplayName(names::display);
   QGuiApplication::setQuitOnLastWindowClosed(false);
   QGuiApplication application(m_argc, m_argv);
   startGuard.reset();
+  const auto quit = [] { QCoreApplication::exit(EXIT_SUCCESS); };
   QtEventLoop loop;
-  const std::unique_ptr<LinuxMachine> machine =
-      LinuxMachine::forDesktop(folders, loop, [] { QCoreApplication::exit(EXIT_SUCCESS); });
+  const std::unique_ptr<OwnedMachine> machine =
+      platform->desktopMachine(loop, QCoreApplication::applicationFilePath().toStdString(), quit);
   askFormerEditionToQuit(machine->machine().workspace);
 
-  AutostartLoginItem loginItem(AutostartSetup::from(
-      folders, [](const char* name) -> const char* { return std::getenv(name); },
-      QCoreApplication::applicationFilePath().toStdString()));
-  DesktopCatalog catalog(folders.allData());
-  AppDelegate delegate(loop, machine->machine(), loginItem, catalog);
+  AppDelegate delegate(machine->machine());
   QObject::connect(&application, &QCoreApplication::aboutToQuit, &application, [&] {
     delegate.applicationWillTerminate(stillAtIt);
     watchdog.putBack();
@@ -134,6 +101,9 @@ int VantleApp::run() {
   const ExitGuard guard([&] { delegate.applicationWillTerminate(stillAtIt); });
   watchdog.maySlow();
   delegate.applicationDidFinishLaunching();
+  // Everything is put back on the way out, as at any other end. A signal that arrives meanwhile is only
+  // noted.
+  const std::unique_ptr<Registration> asked = platform->onAskedToEnd(loop, quit);
   return QGuiApplication::exec();
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "platform/Platform.h"
+
 #include <memory>
 
 namespace vantle {
@@ -13,8 +15,8 @@ namespace vantle {
 // How far the program is, is told it step by step.
 class Watchdog {
  public:
-  // Holds the signals from here on. Until the next step one of them waits.
-  Watchdog();
+  // Until the next step a signal waits.
+  explicit Watchdog(std::unique_ptr<MainThread> mainThread);
   ~Watchdog();
   Watchdog(const Watchdog&) = delete;
   Watchdog& operator=(const Watchdog&) = delete;
@@ -31,8 +33,6 @@ class Watchdog {
 
   // The argument of the process that puts back what the main thread of its parent could not.
   static constexpr const char* helperArgument = "--put-back";
-  // Whether this process was started for that.
-  static bool isParentsHelper();
 
  private:
   struct State;

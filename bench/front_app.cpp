@@ -18,9 +18,9 @@
 #include "platform/linux/band/UserManager.h"
 #include "platform/linux/bus/BusBatch.h"
 #include "platform/linux/bus/BusConnection.h"
-#include "platform/linux/files/PosixFileStore.h"
 #include "platform/linux/files/XdgFolders.h"
 #include "platform/linux/process/ProcfsProcessTable.h"
+#include "platform/posix/files/PosixFileStore.h"
 #include "platform/shared/PollEventLoop.h"
 
 #include <algorithm>

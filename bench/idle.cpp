@@ -5,8 +5,8 @@
 //   idle SECONDS PID     looks at a copy that runs already
 #include "tests/desktop/harness/VirtualDesktop.h"
 
-#include "platform/linux/files/PosixFileStore.h"
 #include "platform/linux/process/ProcfsProcessTable.h"
+#include "platform/posix/files/PosixFileStore.h"
 
 #include <algorithm>
 #include <cstdio>

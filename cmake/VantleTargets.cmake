@@ -13,9 +13,13 @@ function(vantle_target name)
   endif()
 endfunction()
 
-# A room: every source of this folder (and of its folders) in one static library.
+# A room: every source of this folder (and of its folders) in one static library, with those of the folders that are
+# named besides.
 function(vantle_room name)
-  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h)
+  list(TRANSFORM ARGN APPEND "/*.cpp" OUTPUT_VARIABLE more_sources)
+  list(TRANSFORM ARGN APPEND "/*.h" OUTPUT_VARIABLE more_headers)
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h
+       ${more_sources} ${more_headers})
   add_library(${name} STATIC ${sources})
   set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX)
   vantle_target(${name})

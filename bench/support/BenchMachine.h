@@ -5,11 +5,11 @@
 #include "platform/linux/Absent.h"
 #include "platform/linux/band/LinuxBand.h"
 #include "platform/linux/band/UserManager.h"
-#include "platform/linux/files/PosixFileStore.h"
 #include "platform/linux/process/BootClock.h"
 #include "platform/linux/process/LinuxHost.h"
 #include "platform/linux/process/ProcfsProcessTable.h"
-#include "platform/linux/process/SessionLauncher.h"
+#include "platform/posix/files/PosixFileStore.h"
+#include "platform/posix/process/SessionLauncher.h"
 #include "platform/shared/IcuText.h"
 #include "platform/shared/PollEventLoop.h"
 #include "platform/simulated/SimulatedCalls.h"
@@ -81,8 +81,8 @@ struct BenchMachine {
   // Without a desktop, or with what a desktop tells.
   Machine ports() { return ports(audio, power, pressure); }
   Machine ports(AudioActivity& someAudio, PowerAssertions& somePower, MemoryPressureEvents& somePressure) {
-    return {host,          processes, band,  workspace, someAudio, somePower, somePressure,
-            notifications, defaults,  files, clock,     launcher,  text};
+    return {host,     processes, band,  workspace, someAudio, somePower, somePressure, notifications,
+            defaults, files,     clock, launcher,  text,      loginItem, catalog};
   }
 
   PosixFileStore files;
@@ -102,6 +102,8 @@ struct BenchMachine {
   SimulatedDefaults defaults{calls};
   SessionLauncher launcher;
   IcuText text;
+  AbsentLoginItem loginItem;
+  AbsentCatalog catalog;
 };
 
 } // namespace vantle::bench

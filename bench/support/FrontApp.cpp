@@ -2,7 +2,7 @@
 #include "bench/support/FrontApp.h"
 
 #include "bench/support/ProcessorTime.h"
-#include "platform/linux/Descriptor.h"
+#include "platform/posix/Descriptor.h"
 
 #include <algorithm>
 #include <array>

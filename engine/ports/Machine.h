@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "engine/ports/ApplicationCatalog.h"
 #include "engine/ports/AudioActivity.h"
 #include "engine/ports/BackgroundBand.h"
 #include "engine/ports/Clock.h"
 #include "engine/ports/FileStore.h"
 #include "engine/ports/Host.h"
+#include "engine/ports/LoginItem.h"
 #include "engine/ports/MemoryPressureEvents.h"
 #include "engine/ports/Notifications.h"
 #include "engine/ports/PowerAssertions.h"
@@ -17,7 +19,8 @@
 
 namespace vantle {
 
-// Everything the engine asks of a machine, in one place. A platform owns the parts; they outlive the engine.
+// Everything that is asked of a machine, in one place: by the engine, and by the settings of the last two. A
+// platform owns the parts; they outlive whoever uses them.
 struct Machine {
   Host& host;
   ProcessTable& processes;
@@ -32,6 +35,8 @@ struct Machine {
   Clock& clock;
   SubprocessLauncher& launcher;
   UnicodeText& text;
+  LoginItem& loginItem;
+  ApplicationCatalog& catalog;
 };
 
 } // namespace vantle

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "engine/ports/ApplicationCatalog.h"
 #include "engine/ports/AudioActivity.h"
 #include "engine/ports/BackgroundBand.h"
+#include "engine/ports/LoginItem.h"
 #include "engine/ports/MemoryPressureEvents.h"
 #include "engine/ports/Notifications.h"
 #include "engine/ports/PowerAssertions.h"
@@ -52,6 +54,22 @@ class AbsentNotifications final : public Notifications {
   void requestAuthorization() override {}
   void post(const std::string& /*identifier*/, const std::string& /*title*/,
             const std::string& /*body*/) override {}
+};
+
+class AbsentLoginItem final : public LoginItem {
+ public:
+  bool isEnabled() const override { return false; }
+  bool registerItem() override { return false; }
+  bool unregisterItem() override { return false; }
+};
+
+class AbsentCatalog final : public ApplicationCatalog {
+ public:
+  std::vector<InstalledApplication> installedApplications() const override { return {}; }
+  std::optional<InstalledApplication> applicationForKey(const std::string& /*key*/) const override {
+    return {};
+  }
+  std::optional<InstalledApplication> applicationAt(const std::string& /*path*/) const override { return {}; }
 };
 
 } // namespace vantle

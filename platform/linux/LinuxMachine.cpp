@@ -4,12 +4,12 @@
 #include "base/Names.h"
 #include "engine/AppTrees.h"
 #include "platform/linux/Absent.h"
-#include "platform/linux/Descriptor.h"
 #include "platform/linux/audio/PulseAudioActivity.h"
 #include "platform/linux/band/LinuxBand.h"
 #include "platform/linux/band/UserManager.h"
 #include "platform/linux/bus/BusConnection.h"
-#include "platform/linux/files/PosixFileStore.h"
+#include "platform/linux/catalog/DesktopCatalog.h"
+#include "platform/linux/login/AutostartLoginItem.h"
 #include "platform/linux/notices/DesktopNotifications.h"
 #include "platform/linux/power/LogindPowerAssertions.h"
 #include "platform/linux/pressure/PsiMemoryPressure.h"
@@ -17,8 +17,10 @@
 #include "platform/linux/process/BootClock.h"
 #include "platform/linux/process/LinuxHost.h"
 #include "platform/linux/process/ProcfsProcessTable.h"
-#include "platform/linux/process/SessionLauncher.h"
 #include "platform/linux/workspace/X11Workspace.h"
+#include "platform/posix/Descriptor.h"
+#include "platform/posix/files/PosixFileStore.h"
+#include "platform/posix/process/SessionLauncher.h"
 #include "platform/shared/IcuText.h"
 #include "platform/shared/JsonUserDefaults.h"
 #include "platform/shared/PollEventLoop.h"
@@ -110,7 +112,7 @@ struct LinuxMachine::Parts {
   SessionLauncher launcher;
   IcuText text;
 
-  PollEventLoop ownLoop; // for the self-test, which has no other
+  PollEventLoop ownLoop; // for what runs without a toolkit
   // Connected by whoever first needs them; shared by the parts below.
   std::unique_ptr<BusConnection> systemBus;
   std::unique_ptr<BusConnection> sessionBus;
@@ -121,14 +123,17 @@ struct LinuxMachine::Parts {
   std::unique_ptr<PowerAssertions> power = std::make_unique<AbsentPowerAssertions>();
   std::unique_ptr<MemoryPressureEvents> pressure = std::make_unique<AbsentMemoryPressure>();
   std::unique_ptr<Notifications> notifications = std::make_unique<AbsentNotifications>();
+  std::unique_ptr<LoginItem> loginItem = std::make_unique<AbsentLoginItem>();
+  std::unique_ptr<ApplicationCatalog> catalog = std::make_unique<AbsentCatalog>();
 };
 
 LinuxMachine::LinuxMachine(std::unique_ptr<Parts> parts) : m_parts(std::move(parts)) {}
 LinuxMachine::~LinuxMachine() = default;
 
 std::unique_ptr<LinuxMachine> LinuxMachine::forDesktop(const XdgFolders& folders, EventLoop& loop,
+                                                       std::string program,
                                                        std::function<void()> onDesktopLost) {
-  std::unique_ptr<LinuxMachine> machine = forRecovery(folders, loop);
+  std::unique_ptr<LinuxMachine> machine = withBand(folders, &loop);
   const auto& parts = machine->m_parts;
   parts->systemBus = std::make_unique<BusConnection>(loop, BusConnection::Kind::system);
   parts->sessionBus = std::make_unique<BusConnection>(loop, BusConnection::Kind::session);
@@ -140,11 +145,19 @@ std::unique_ptr<LinuxMachine> LinuxMachine::forDesktop(const XdgFolders& folders
       loop,
       X11Workspace::Options{.dataFolders = folders.allData(), .onConnectionLost = std::move(onDesktopLost)});
   parts->notifications = std::make_unique<DesktopNotifications>(*parts->sessionBus);
+  parts->loginItem = std::make_unique<AutostartLoginItem>(AutostartSetup::from(
+      folders, [](const char* name) -> const char* { return std::getenv(name); }, std::move(program)));
+  parts->catalog = std::make_unique<DesktopCatalog>(folders.allData());
   return machine;
 }
 
-std::unique_ptr<LinuxMachine> LinuxMachine::forRecovery(const XdgFolders& folders, EventLoop& loop) {
+std::unique_ptr<LinuxMachine> LinuxMachine::forRecovery(const XdgFolders& folders) {
+  return withBand(folders, nullptr);
+}
+
+std::unique_ptr<LinuxMachine> LinuxMachine::withBand(const XdgFolders& folders, EventLoop* given) {
   auto parts = std::make_unique<Parts>(folders, epochPaths(folders));
+  EventLoop& loop = given != nullptr ? *given : parts->ownLoop;
   parts->band =
       std::make_unique<LinuxBand>(loop, parts->files,
                                   BandParts{.kernel = parts->kernel,
@@ -179,10 +192,9 @@ std::unique_ptr<LinuxMachine> LinuxMachine::forSelfTest(const XdgFolders& folder
 
 Machine LinuxMachine::machine() {
   Parts& parts = *m_parts;
-  return {parts.host,     parts.processes, *parts.band,     *parts.workspace,
-          *parts.audio,   *parts.power,    *parts.pressure, *parts.notifications,
-          parts.defaults, parts.files,     parts.clock,     parts.launcher,
-          parts.text};
+  return {parts.host,   parts.processes, *parts.band,          *parts.workspace, *parts.audio,
+          *parts.power, *parts.pressure, *parts.notifications, parts.defaults,   parts.files,
+          parts.clock,  parts.launcher,  parts.text,           *parts.loginItem, *parts.catalog};
 }
 
 } // namespace vantle

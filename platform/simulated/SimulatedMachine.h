@@ -5,10 +5,12 @@
 #include "platform/shared/IcuText.h"
 #include "platform/simulated/SimulatedBand.h"
 #include "platform/simulated/SimulatedCalls.h"
+#include "platform/simulated/SimulatedCatalog.h"
 #include "platform/simulated/SimulatedClock.h"
 #include "platform/simulated/SimulatedDefaults.h"
 #include "platform/simulated/SimulatedFiles.h"
 #include "platform/simulated/SimulatedLauncher.h"
+#include "platform/simulated/SimulatedLoginItem.h"
 #include "platform/simulated/SimulatedProbes.h"
 #include "platform/simulated/SimulatedProcesses.h"
 #include "platform/simulated/SimulatedWorkspace.h"
@@ -64,6 +66,8 @@ class SimulatedMachine {
   SimulatedLauncher launcher{calls, processes};
   SimulatedHost host; // this program has a process of its own
   IcuText text;
+  SimulatedLoginItem loginItem;
+  SimulatedCatalog catalog;
   EventDelivery delivery = EventDelivery::atOnce;
 
   Machine ports() { return ports(band); }

@@ -1,16 +1,24 @@
 # SPDX-License-Identifier: MIT
 # Fails when a room includes what it may not know of, or asks the preprocessor which system it is on.
-# Arrows point one way: app → panel, settings, update → look, engine → ports → base, and platform → ports, base.
+# Arrows point one way: app → panel, settings, update → look, engine → ports → base, and platform → ports, base; a system
+# of the Unix family also uses platform/posix, which asks it where only it can answer.
 cmake_minimum_required(VERSION 3.25)
 
 # Whose headers a room includes as "...".
 set(base_rooms base)
 set(engine_rooms base engine)
-set(platform_rooms base engine/ports platform)
+set(engine/ports_rooms base engine/ports)
+set(platform_rooms base engine/ports platform/shared) # Platform.h itself
+set(platform/shared_rooms base engine/ports platform/shared)
+set(platform/posix_rooms base engine/ports platform/shared platform/posix)
+set(platform/linux_rooms base engine/ports platform/Platform.h platform/shared platform/posix platform/linux)
+set(platform/simulated_rooms base engine/ports platform/shared platform/simulated)
 set(update_rooms base engine platform/shared update)
 set(look_rooms base look engine)
 set(panel_rooms base engine platform/shared look panel)
 set(settings_rooms base engine platform/shared look settings update)
+# Of the system that the program was built for, the one header that all systems have.
+set(app_rooms base engine platform/Platform.h platform/shared look panel settings update app)
 
 # What a room includes as <...>. Headers of the C++ standard have no dot in their names; those of every system have,
 # and the toolkit's begin with a Q.
@@ -18,11 +26,19 @@ set(standard "[a-z0-9_]+")
 set(toolkit "(Qt[A-Za-z]+/)?[Qq][A-Za-z_]+(\\.h)?")
 set(base_headers "${standard}")
 set(engine_headers "${standard}")
-set(platform_headers "${standard}|[a-z0-9_/-]+\\.h")
+set(engine/ports_headers "${standard}")
+set(platform_headers "${standard}")
+set(platform/shared_headers "${standard}|unicode/[a-z0-9]+\\.h|poll\\.h")
+# What every Unix has: POSIX, and the lock of a whole file.
+set(platform/posix_headers
+    "${standard}|(fcntl|poll|pthread|unistd|sys/(file|resource|socket|stat|wait))\\.h")
+set(platform/linux_headers "${standard}|[a-z0-9_/-]+\\.h")
+set(platform/simulated_headers "${standard}")
 set(update_headers "${standard}|${toolkit}|unicode/[a-z0-9]+\\.h")
 set(look_headers "${standard}|${toolkit}")
 set(panel_headers "${standard}|${toolkit}")
 set(settings_headers "${standard}|${toolkit}")
+set(app_headers "${standard}|${toolkit}")
 # The one source of all that knows the JSON library; what still asks the system from a room of the toolkit; and the
 # engine's own knowledge that a platform still uses.
 set(exceptions "base/Json.cpp <nlohmann/json.hpp>" "look/HeapTrim.cpp <malloc.h>"
@@ -34,8 +50,13 @@ set(exceptions "base/Json.cpp <nlohmann/json.hpp>" "look/HeapTrim.cpp <malloc.h>
 set(system_questions
     "__linux__|__APPLE__|_WIN32|__unix__|__FreeBSD__|__MACH__|Q_OS_|TARGET_OS_")
 
-foreach(room base engine platform look update panel settings app)
-  file(GLOB_RECURSE sources ${ROOT}/${room}/*.cpp ${ROOT}/${room}/*.h ${ROOT}/${room}/*.mm)
+foreach(room base engine engine/ports platform platform/shared platform/posix platform/linux platform/simulated look update panel
+             settings app)
+  set(globbing GLOB_RECURSE)
+  if(room STREQUAL platform)
+    set(globbing GLOB) # what stands in its folders are rooms of their own
+  endif()
+  file(${globbing} sources ${ROOT}/${room}/*.cpp ${ROOT}/${room}/*.h ${ROOT}/${room}/*.mm)
   if(NOT sources)
     message(SEND_ERROR "${room}/ holds no source: the check would see nothing")
   endif()
@@ -50,7 +71,7 @@ foreach(room base engine platform look update panel settings app)
         set(included ${CMAKE_MATCH_1})
         set(allowed FALSE)
         foreach(prefix IN LISTS ${room}_rooms)
-          if(included MATCHES "^${prefix}/" OR NOT included MATCHES "/")
+          if(included MATCHES "^${prefix}(/|$)" OR NOT included MATCHES "/")
             set(allowed TRUE)
           endif()
         endforeach()

@@ -45,7 +45,7 @@ struct ShortMemory : testing::Test {
                                     .dataFolders = {desktop.dataHome(), "/usr/local/share", "/usr/share"}});
     engine.emplace(Machine{simulated.host, processes, band, *workspace, simulated.audio, simulated.power,
                            simulated.pressure, notices, simulated.defaults, simulated.files, simulated.clock,
-                           simulated.launcher, simulated.text},
+                           simulated.launcher, simulated.text, simulated.loginItem, simulated.catalog},
                    settings);
   }
 

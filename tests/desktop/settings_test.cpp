@@ -2,7 +2,7 @@
 // The settings window on a real X server with a real window manager: pressed with a real pointer and real
 // keys, over real files.
 #include "engine/AppSettings.h"
-#include "platform/linux/files/PosixFileStore.h"
+#include "platform/posix/files/PosixFileStore.h"
 #include "platform/shared/JsonUserDefaults.h"
 #include "tests/desktop/harness/SettingsProgram.h"
 #include "tests/desktop/harness/Wait.h"

@@ -7,7 +7,6 @@
 #include "platform/simulated/SimulatedMachine.h"
 #include "settings/SettingsWindow.h"
 #include "tests/pictures/Readable.h"
-#include "tests/unit/settings/FakeCatalog.h"
 #include "tests/unit/update/FeedServer.h"
 
 #include <QDir>
@@ -24,13 +23,6 @@ using testing_support::TestCertificate;
 
 constexpr int leastTexts = 5; // of the picker with nothing in it
 constexpr QSize usualSize(760, 560);
-
-class NoLoginItem final : public LoginItem {
- public:
-  bool isEnabled() const override { return false; }
-  bool registerItem() override { return false; }
-  bool unregisterItem() override { return false; }
-};
 
 const TestCertificate& certificate() {
   static const TestCertificate made = testing_support::makeCertificate("localhost");
@@ -93,8 +85,8 @@ class Stage {
 
  private:
   Appearance m_appearance;
-  FakeCatalog m_catalog;
-  NoLoginItem m_login;
+  SimulatedCatalog m_catalog;
+  SimulatedLoginItem m_login;
   FeedServer m_server{certificate()};
 
  public:

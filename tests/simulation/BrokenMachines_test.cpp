@@ -29,7 +29,7 @@ template <class Replace> Machine with(SimulatedMachine& machine, Replace replace
           replace(ports.workspace), replace(ports.audio),         replace(ports.power),
           replace(ports.pressure),  replace(ports.notifications), replace(ports.defaults),
           replace(ports.files),     replace(ports.clock),         replace(ports.launcher),
-          replace(ports.text)};
+          replace(ports.text),      replace(ports.loginItem),     replace(ports.catalog)};
 }
 
 template <class Port> struct Instead {

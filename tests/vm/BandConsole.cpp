@@ -15,13 +15,13 @@
 // With the argument "test" alone it runs the self-test instead.
 #include "engine/AppTrees.h"
 #include "engine/SelfTest.h"
-#include "platform/linux/LinuxMachine.h"
+#include "platform/Platform.h"
 #include "platform/linux/band/LinuxBand.h"
 #include "platform/linux/band/UserManager.h"
-#include "platform/linux/files/PosixFileStore.h"
 #include "platform/linux/kernel/ProcKernel.h"
 #include "platform/linux/process/BootEpoch.h"
 #include "platform/linux/process/ProcfsProcessTable.h"
+#include "platform/posix/files/PosixFileStore.h"
 #include "platform/shared/PollEventLoop.h"
 
 #include <array>
@@ -151,7 +151,7 @@ int main(int count, char** arguments) {
     const long limit = count > 3 ? std::stol(arguments[3]) : 200;
     return Console(first, bus, std::chrono::milliseconds(limit)).run();
   }
-  const auto machine = LinuxMachine::forSelfTest(XdgFolders::fromEnvironment());
+  const auto machine = Platform::ofThisSystem()->selfTestMachine();
   Machine ports = machine->machine();
   return SelfTest(ports, [](const std::string& line) { std::puts(line.c_str()); }).run();
 }

@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/files/OwnFolder.h"
-
-#include "base/Text.h"
+#include "platform/posix/files/OwnFolder.h"
 
 #include <array>
 #include <cerrno>
@@ -59,15 +57,6 @@ Descriptor openOwnFolder(const std::string& path) {
     left = std::string(leadsTo).append("/").append(left);
   }
   return folder;
-}
-
-bool isOwnFolder(std::string path) {
-  for (;;) {
-    if (openOwnFolder(path)) return true;
-    const std::string above = folderOf(path);
-    if (errno != ENOENT || above.empty() || above == path) return false;
-    path = above;
-  }
 }
 
 std::string pathOf(const Descriptor& folder) { return "/proc/self/fd/" + std::to_string(folder.get()); }

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "platform/linux/Descriptor.h"
 #include "platform/linux/kernel/Kernel.h"
+#include "platform/posix/Descriptor.h"
 
 #include <cstddef>
 #include <memory>

@@ -3,9 +3,9 @@
 
 #include "base/Names.h"
 #include "base/Text.h"
-#include "platform/linux/files/OwnFolder.h"
-#include "platform/linux/files/PosixFileStore.h"
 #include "platform/linux/login/AutostartEntry.h"
+#include "platform/posix/files/OwnFolder.h"
+#include "platform/posix/files/PosixFileStore.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/pressure/PsiMemoryPressure.h"
 
-#include "platform/linux/Descriptor.h"
+#include "platform/posix/Descriptor.h"
 
 #include <array>
 #include <charconv>

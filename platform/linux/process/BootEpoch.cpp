@@ -3,7 +3,7 @@
 
 #include "base/Json.h"
 #include "base/Text.h"
-#include "platform/linux/Descriptor.h"
+#include "platform/posix/Descriptor.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -2,9 +2,9 @@
 #include "platform/linux/workspace/AppEvidence.h"
 
 #include "base/Text.h"
-#include "platform/linux/Descriptor.h"
-#include "platform/linux/process/BoundedWait.h"
 #include "platform/linux/workspace/ProgramPath.h"
+#include "platform/posix/Descriptor.h"
+#include "platform/posix/process/BoundedWait.h"
 
 #include <algorithm>
 #include <array>

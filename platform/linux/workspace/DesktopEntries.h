@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "platform/linux/process/BoundedWait.h"
 #include "platform/linux/workspace/DesktopEntry.h"
+#include "platform/posix/process/BoundedWait.h"
 
 #include <atomic>
 #include <memory>

@@ -3,10 +3,10 @@
 
 #include "base/Text.h"
 #include "base/Utf8.h"
-#include "platform/linux/files/PosixFileStore.h"
-#include "platform/linux/files/RegularFile.h"
 #include "platform/linux/workspace/OneLineName.h"
 #include "platform/linux/workspace/ProgramPath.h"
+#include "platform/posix/files/PosixFileStore.h"
+#include "platform/posix/files/RegularFile.h"
 
 #include <algorithm>
 #include <array>

@@ -2,9 +2,9 @@
 #pragma once
 
 #include "base/Pid.h"
-#include "platform/linux/Descriptor.h"
 #include "platform/linux/workspace/WindowKind.h"
 #include "platform/linux/workspace/X11Connection.h"
+#include "platform/posix/Descriptor.h"
 #include "platform/shared/EventLoop.h"
 
 #include <array>

@@ -2,9 +2,9 @@
 #include "platform/linux/workspace/X11Workspace.h"
 
 #include "base/Text.h"
-#include "platform/linux/process/BoundedWait.h"
 #include "platform/linux/process/ProcStat.h"
 #include "platform/linux/programs/DesktopPrograms.h"
+#include "platform/posix/process/BoundedWait.h"
 
 #include <algorithm>
 #include <array>

@@ -5,8 +5,8 @@
 #include "look/Appearance.h"
 #include "look/LookEngine.h"
 #include "platform/linux/catalog/DesktopCatalog.h"
-#include "platform/linux/files/PosixFileStore.h"
 #include "platform/linux/login/AutostartLoginItem.h"
+#include "platform/posix/files/PosixFileStore.h"
 #include "platform/shared/JsonUserDefaults.h"
 #include "platform/simulated/SampleDesktop.h"
 #include "settings/SettingsWindowController.h"
@@ -131,8 +131,9 @@ class Program {
 
   Machine ports() {
     const Machine all = m_machine.ports();
-    return {all.host,          all.processes, all.band,  all.workspace, all.audio,    all.power, all.pressure,
-            all.notifications, m_defaults,    all.files, all.clock,     all.launcher, all.text};
+    return {all.host,  all.processes, all.band,          all.workspace, all.audio,
+            all.power, all.pressure,  all.notifications, m_defaults,    all.files,
+            all.clock, all.launcher,  all.text,          all.loginItem, all.catalog};
   }
   static UpdateConfiguration configuration() {
     UpdateConfiguration made;

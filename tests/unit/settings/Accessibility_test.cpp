@@ -4,7 +4,6 @@
 
 #include "platform/simulated/SimulatedMachine.h"
 #include "tests/unit/look/ScreenReader.h"
-#include "tests/unit/settings/FakeCatalog.h"
 
 #include <QGuiApplication>
 #include <QQuickItem>
@@ -19,13 +18,6 @@ namespace vantle {
 namespace {
 
 using testing::IsSupersetOf;
-
-class NoLoginItem final : public LoginItem {
- public:
-  bool isEnabled() const override { return false; }
-  bool registerItem() override { return false; }
-  bool unregisterItem() override { return false; }
-};
 
 class Accessibility : public testing::Test {
  protected:
@@ -50,8 +42,8 @@ class Accessibility : public testing::Test {
   Engine engine{machine.ports(), settings};
   UpdateChecker checker{
       {.version = "1.2", .feed = {}, .vendorHost = {}, .authorities = {}}, settings, machine.clock, {}};
-  NoLoginItem login;
-  FakeCatalog catalog;
+  SimulatedLoginItem login;
+  SimulatedCatalog catalog;
   SettingsWindow window{{engine, settings, checker, login, catalog}, {}, [] {}};
 };
 

@@ -4,7 +4,6 @@
 #include "platform/simulated/SampleDesktop.h"
 #include "platform/simulated/SimulatedMachine.h"
 #include "settings/model/AppKeys.h"
-#include "tests/unit/settings/FakeCatalog.h"
 
 #include <QDir>
 #include <QFile>
@@ -14,14 +13,6 @@
 namespace vantle {
 
 namespace {
-
-class OffLoginItem final : public LoginItem {
- public:
-  bool enabled = false;
-  bool isEnabled() const override { return enabled; }
-  bool registerItem() override { return enabled = true; }
-  bool unregisterItem() override { return !(enabled = false); }
-};
 
 class SettingsModelTest : public testing::Test {
  protected:
@@ -50,8 +41,8 @@ class SettingsModelTest : public testing::Test {
   Engine engine{machine.ports(), settings};
   UpdateChecker checker{
       {.version = "1.2", .feed = {}, .vendorHost = {}, .authorities = {}}, settings, machine.clock, {}};
-  OffLoginItem login;
-  FakeCatalog catalog;
+  SimulatedLoginItem login;
+  SimulatedCatalog catalog;
   SettingsModel model{{engine, settings, checker, login, catalog}, Pane::boost};
   BoostModel& boost = *model.boost();
   AppPickerModel& picker = *model.picker();
@@ -284,7 +275,7 @@ TEST_F(SettingsModelTest, FolderThatCannotBeReadIsEmpty) {
 }
 
 TEST(KeyOfAnApp, IsShownAsNameAndIconOrAsItself) {
-  FakeCatalog catalog;
+  SimulatedCatalog catalog;
   catalog.applications.push_back({"org.example.bundle", "Bundle.app", "", "/apps/Bundle.app"});
   EXPECT_EQ(displayNameForKey(catalog, "org.mozilla.firefox"), "Firefox");
   EXPECT_EQ(iconForKey(catalog, "org.mozilla.firefox"), "firefox");

@@ -2,7 +2,6 @@
 #include "settings/SettingsWindow.h"
 
 #include "platform/simulated/SimulatedMachine.h"
-#include "tests/unit/settings/FakeCatalog.h"
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -11,13 +10,6 @@
 namespace vantle {
 
 namespace {
-
-class NoLoginItem final : public LoginItem {
- public:
-  bool isEnabled() const override { return false; }
-  bool registerItem() override { return false; }
-  bool unregisterItem() override { return false; }
-};
 
 class SettingsWindowTest : public testing::Test {
  protected:
@@ -34,8 +26,8 @@ class SettingsWindowTest : public testing::Test {
   AppSettings settings{machine.defaults};
   Engine engine{machine.ports(), settings};
   UpdateChecker checker{{}, settings, machine.clock, {}};
-  NoLoginItem login;
-  FakeCatalog catalog;
+  SimulatedLoginItem login;
+  SimulatedCatalog catalog;
 };
 
 TEST_F(SettingsWindowTest, ComesBackWhereItWasButNeverOutOfSight) {

@@ -3,9 +3,9 @@
 
 #include "engine/AppTrees.h"
 #include "platform/linux/band/LinuxBand.h"
-#include "platform/linux/files/PosixFileStore.h"
 #include "platform/linux/kernel/ProcKernel.h"
 #include "platform/linux/process/ProcfsProcessTable.h"
+#include "platform/posix/files/PosixFileStore.h"
 #include "platform/shared/PollEventLoop.h"
 #include "tests/unit/linux/band/TestProcess.h"
 

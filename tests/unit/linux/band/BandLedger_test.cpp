@@ -2,7 +2,7 @@
 // Where the ledger is kept when not every folder can be written.
 #include "platform/linux/band/BandLedger.h"
 
-#include "platform/linux/files/PosixFileStore.h"
+#include "platform/posix/files/PosixFileStore.h"
 #include "tests/desktop/harness/TemporaryFolder.h"
 
 #include <fstream>

@@ -35,7 +35,9 @@ struct ProgramOnBand {
             files,
             clock,
             desktop.launcher,
-            desktop.text};
+            desktop.text,
+            desktop.loginItem,
+            desktop.catalog};
   }
   SimulatedAppRef add(Pid pid, bool isGame) {
     AppSpec spec{.name = std::to_string(pid)};

@@ -2,7 +2,7 @@
 // The settings and the journal on real files, whatever stands in their place.
 #include "engine/AppSettings.h"
 #include "engine/Journal.h"
-#include "platform/linux/files/PosixFileStore.h"
+#include "platform/posix/files/PosixFileStore.h"
 #include "platform/shared/JsonUserDefaults.h"
 #include "tests/desktop/harness/TemporaryFolder.h"
 #include "tests/unit/linux/InChild.h"

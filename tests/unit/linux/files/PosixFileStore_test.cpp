@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/files/PosixFileStore.h"
+#include "platform/posix/files/PosixFileStore.h"
 
 #include "tests/desktop/harness/TemporaryFolder.h"
 #include "tests/unit/linux/ForkedProcess.h"

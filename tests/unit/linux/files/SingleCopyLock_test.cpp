@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/files/SingleCopyLock.h"
+#include "platform/posix/files/SingleCopyLock.h"
 
-#include "platform/linux/process/SessionLauncher.h"
+#include "platform/linux/files/LockFolders.h"
+#include "platform/posix/process/SessionLauncher.h"
 #include "tests/desktop/harness/TemporaryFolder.h"
 #include "tests/unit/linux/ForkedProcess.h"
 #include "tests/unit/linux/InChild.h"
@@ -22,7 +23,7 @@ namespace fs = std::filesystem;
 
 class SingleCopyLockTest : public testing::Test {
  protected:
-  Outcome attempt() const { return SingleCopyLock::acquire(folders()).outcome(); }
+  Outcome attempt() const { return SingleCopyLock::acquire(lockFolders(folders())).outcome(); }
   XdgFolders folders() const {
     XdgFolders all;
     all.data = folder.path() / "data";
@@ -35,7 +36,7 @@ class SingleCopyLockTest : public testing::Test {
 };
 
 TEST_F(SingleCopyLockTest, IsHeldByOneCopyAtATime) {
-  std::optional<SingleCopyLock> first(SingleCopyLock::acquire(folders()));
+  std::optional<SingleCopyLock> first(SingleCopyLock::acquire(lockFolders(folders())));
   EXPECT_EQ(first->outcome(), Outcome::acquired);
   EXPECT_EQ(attempt(), Outcome::heldByOther);
   EXPECT_EQ(attempt(), Outcome::heldByOther) << "asking must not take it away";
@@ -46,7 +47,7 @@ TEST_F(SingleCopyLockTest, IsHeldByOneCopyAtATime) {
 TEST_F(SingleCopyLockTest, IsReleasedByTheKernelWhenItsHolderIsKilled) {
   {
     const test::ForkedProcess holder([&] {
-      static const SingleCopyLock lock = SingleCopyLock::acquire(folders());
+      static const SingleCopyLock lock = SingleCopyLock::acquire(lockFolders(folders()));
       if (lock.outcome() != Outcome::acquired) ::_exit(1);
     });
     EXPECT_EQ(attempt(), Outcome::heldByOther);
@@ -57,7 +58,7 @@ TEST_F(SingleCopyLockTest, IsReleasedByTheKernelWhenItsHolderIsKilled) {
 TEST_F(SingleCopyLockTest, IsNotInheritedByThoseThatAreStarted) {
   std::unique_ptr<Subprocess> child;
   {
-    const SingleCopyLock lock = SingleCopyLock::acquire(folders());
+    const SingleCopyLock lock = SingleCopyLock::acquire(lockFolders(folders()));
     child = SessionLauncher().launch("/usr/bin/yes");
     ASSERT_TRUE(child);
   }
@@ -67,7 +68,7 @@ TEST_F(SingleCopyLockTest, IsNotInheritedByThoseThatAreStarted) {
 }
 
 TEST_F(SingleCopyLockTest, SurvivesThatItsFileIsDeleted) {
-  const SingleCopyLock lock = SingleCopyLock::acquire(folders());
+  const SingleCopyLock lock = SingleCopyLock::acquire(lockFolders(folders()));
   fs::remove(fs::path(*runtime) / "com.halvo.vantle.lock");
   EXPECT_EQ(attempt(), Outcome::heldByOther);
   fs::remove(fs::path(*runtime) / "com.halvo.vantle.lock");
@@ -75,7 +76,7 @@ TEST_F(SingleCopyLockTest, SurvivesThatItsFileIsDeleted) {
 }
 
 TEST_F(SingleCopyLockTest, IsHeldAgainstACopyWithAnotherRuntimeFolder) {
-  const SingleCopyLock lock = SingleCopyLock::acquire(folders());
+  const SingleCopyLock lock = SingleCopyLock::acquire(lockFolders(folders()));
   runtime = folder.folder("another");
   EXPECT_EQ(attempt(), Outcome::heldByOther) << "both would write one journal";
 }
@@ -90,7 +91,7 @@ TEST_F(SingleCopyLockTest, IsNoneOfAStrangerWhoLocksTheFolder) {
 }
 
 TEST_F(SingleCopyLockTest, LiesInTheRuntimeFolderForItsOwnerAlone) {
-  const SingleCopyLock lock = SingleCopyLock::acquire(folders());
+  const SingleCopyLock lock = SingleCopyLock::acquire(lockFolders(folders()));
   struct stat about {};
   ASSERT_EQ(::stat((*runtime + "/com.halvo.vantle.lock").c_str(), &about), 0);
   EXPECT_EQ(about.st_mode & 0777, 0600U);
@@ -98,7 +99,7 @@ TEST_F(SingleCopyLockTest, LiesInTheRuntimeFolderForItsOwnerAlone) {
 
 TEST_F(SingleCopyLockTest, LiesInTheDataFolderWhereThereIsNoRuntimeFolder) {
   runtime.reset();
-  const SingleCopyLock lock = SingleCopyLock::acquire(folders());
+  const SingleCopyLock lock = SingleCopyLock::acquire(lockFolders(folders()));
   EXPECT_EQ(lock.outcome(), Outcome::acquired);
   EXPECT_TRUE(fs::exists(folder.path() / "data/Vantle/com.halvo.vantle.lock"));
   EXPECT_EQ(attempt(), Outcome::heldByOther);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/process/BootEpoch.h"
 
-#include "platform/linux/files/PosixFileStore.h"
+#include "platform/posix/files/PosixFileStore.h"
 #include "tests/desktop/harness/TemporaryFolder.h"
 #include "tests/unit/linux/InChild.h"
 

@@ -2,7 +2,7 @@
 #include "platform/linux/process/ProcfsProcessTable.h"
 
 #include "engine/ProcessQueries.h"
-#include "platform/linux/files/PosixFileStore.h"
+#include "platform/posix/files/PosixFileStore.h"
 #include "tests/desktop/harness/Wait.h"
 #include "tests/unit/linux/ForkedProcess.h"
 #include "tests/unit/linux/InChild.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/process/SessionLauncher.h"
+#include "platform/posix/process/SessionLauncher.h"
 
 #include "platform/linux/process/ProcfsProcessTable.h"
 #include "tests/desktop/harness/Program.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/process/DescriptorLimit.h"
+#include "platform/posix/process/DescriptorLimit.h"
 
 #include <pthread.h>
 #include <sys/resource.h>

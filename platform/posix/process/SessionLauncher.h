@@ -3,7 +3,7 @@
 
 #include "engine/ports/Subprocess.h"
 
-#include "platform/linux/process/ChildGuard.h"
+#include "platform/posix/process/ChildGuard.h"
 
 #include <functional>
 #include <memory>

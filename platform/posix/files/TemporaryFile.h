@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "platform/linux/Descriptor.h"
+#include "platform/posix/Descriptor.h"
 
 #include <string>
 #include <string_view>

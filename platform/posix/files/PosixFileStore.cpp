@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/files/PosixFileStore.h"
+#include "platform/posix/files/PosixFileStore.h"
 
 #include "base/Text.h"
-#include "platform/linux/Descriptor.h"
-#include "platform/linux/files/OwnFolder.h"
-#include "platform/linux/files/RegularFile.h"
-#include "platform/linux/files/TemporaryFile.h"
+#include "platform/posix/Descriptor.h"
+#include "platform/posix/files/OwnFolder.h"
+#include "platform/posix/files/RegularFile.h"
+#include "platform/posix/files/TemporaryFile.h"
 
 #include <algorithm>
 #include <cerrno>

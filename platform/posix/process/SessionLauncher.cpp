@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/process/SessionLauncher.h"
+#include "platform/posix/process/SessionLauncher.h"
 
-#include "platform/linux/process/SignalsBlocked.h"
+#include "platform/posix/process/OpenDescriptors.h"
+#include "platform/posix/process/SignalsBlocked.h"
 
 #include <array>
 #include <cerrno>
@@ -111,7 +112,7 @@ void prepareChild(SessionLauncher::Session session, const ChildGuard& guard, con
   for (const int standard : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     if (::dup2(nothing, standard) < 0) failure.fail();
   }
-  ::close_range(STDERR_FILENO + 1, ~0U, CLOSE_RANGE_CLOEXEC);
+  closeAllAtExecFrom(STDERR_FILENO + 1);
   for (int number = 1; number < NSIG; ++number) ::signal(number, SIG_DFL);
   sigset_t none;
   ::sigemptyset(&none);

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/process/ChildGuard.h"
+#include "platform/posix/process/ChildGuard.h"
+
+#include "platform/posix/process/OpenDescriptors.h"
 
 #include <algorithm>
 #include <array>
@@ -31,7 +33,7 @@ void take(Pid message) {
   ::setsid();
   // Whoever reads what the program prints waits for every writer.
   if (::dup2(line, STDIN_FILENO) != STDIN_FILENO) ::_exit(1);
-  ::close_range(STDOUT_FILENO, ~0U, 0);
+  closeAllFrom(STDOUT_FILENO);
   Pid message = 0;
   for (;;) {
     const ssize_t size = ::read(STDIN_FILENO, &message, sizeof message);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/process/BoundedWait.h"
+#include "platform/posix/process/BoundedWait.h"
 
-#include "platform/linux/process/SignalsBlocked.h"
+#include "platform/posix/process/SignalsBlocked.h"
 
 #include <condition_variable>
 #include <mutex>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/files/TemporaryFile.h"
+#include "platform/posix/files/TemporaryFile.h"
 
 #include "base/Pid.h"
 

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "platform/linux/Descriptor.h"
-#include "platform/linux/files/XdgFolders.h"
+#include "platform/posix/Descriptor.h"
 
 #include <string>
 #include <vector>
@@ -21,9 +20,7 @@ class SingleCopyLock {
     unavailable, // no folder for a lock file; nobody can tell
   };
 
-  // The runtime folder, or the data folder where there is none.
-  static SingleCopyLock acquire(const XdgFolders& folders);
-  // With a file in the first of the folders in which one can be made.
+  // Of all these folders, with a file in the first of them in which one can be made.
   static SingleCopyLock acquire(const std::vector<std::string>& folders);
 
   Outcome outcome() const { return m_outcome; }

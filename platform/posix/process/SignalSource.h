@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "base/Registration.h"
 #include "platform/shared/EventLoop.h"
 
 #include <csignal>
 #include <functional>
 #include <memory>
+#include <vector>
 
 namespace vantle {
 
@@ -16,10 +18,10 @@ namespace vantle {
 void holdTerminationSignals();
 sigset_t terminationSignalSet();
 
-// What somebody beside the main loop has to know of them (the descriptor of an event counter hears of news;
-// -1 for nobody), and can do for it: a signal that was taken on another thread reaches its source this way,
-// even one that does not exist yet.
-void tellOfSignals(int eventCounter);
+// What somebody beside the main loop has to know of them (what is written to the descriptor, a pipe or an
+// event counter, says that there is news; -1 for nobody), and can do for it: a signal that was taken on
+// another thread reaches its source this way, even one that does not exist yet.
+void tellOfSignals(int descriptor);
 bool hasSignalArrived();
 bool isSignalHeard(); // by the main loop
 void passOnSignal(int signal);
@@ -38,6 +40,15 @@ class SignalSource {
   int m_read = -1;
   int m_write = -1;
   std::unique_ptr<EventLoop::Handle> m_watch;
+};
+
+// All three.
+class TerminationSources final : public Registration {
+ public:
+  TerminationSources(EventLoop& loop, const std::function<void()>& handler);
+
+ private:
+  std::vector<std::unique_ptr<SignalSource>> m_sources;
 };
 
 } // namespace vantle

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "base/Pid.h"
-#include "platform/linux/Descriptor.h"
+#include "platform/posix/Descriptor.h"
 
 namespace vantle {
 

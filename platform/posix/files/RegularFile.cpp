@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/files/RegularFile.h"
+#include "platform/posix/files/RegularFile.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>

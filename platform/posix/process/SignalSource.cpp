@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "app/SignalSource.h"
+#include "platform/posix/process/SignalSource.h"
 
 #include "base/Invariant.h"
 
@@ -8,8 +8,8 @@
 #include <cerrno>
 #include <csignal>
 #include <cstddef>
+#include <cstdint>
 #include <fcntl.h>
-#include <sys/eventfd.h>
 #include <unistd.h>
 #include <utility>
 
@@ -28,8 +28,11 @@ std::atomic<bool> isAnyHeard;
 std::atomic<int> listener{-1};
 
 void tellListener() {
-  const int counter = listener;
-  if (counter >= 0) ::eventfd_write(counter, 1);
+  const int descriptor = listener;
+  if (descriptor < 0) return;
+  const std::uint64_t one = 1; // a whole number, as an event counter takes nothing else
+  const ssize_t written = ::write(descriptor, &one, sizeof one);
+  static_cast<void>(written); // one that is full has told of news already
 }
 
 void noteSignal(int signal) {
@@ -54,7 +57,7 @@ sigset_t terminationSignalSet() {
   return set;
 }
 
-void tellOfSignals(int eventCounter) { listener = eventCounter; }
+void tellOfSignals(int descriptor) { listener = descriptor; }
 bool hasSignalArrived() { return hasAnyArrived; }
 bool isSignalHeard() { return isAnyHeard; }
 
@@ -105,6 +108,12 @@ SignalSource::~SignalSource() {
   m_watch.reset();
   ::close(m_read);
   ::close(m_write);
+}
+
+TerminationSources::TerminationSources(EventLoop& loop, const std::function<void()>& handler) {
+  for (const int signal : terminationSignals) {
+    m_sources.push_back(std::make_unique<SignalSource>(loop, signal, handler));
+  }
 }
 
 } // namespace vantle

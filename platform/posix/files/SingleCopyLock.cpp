@@ -1,15 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/files/SingleCopyLock.h"
+#include "platform/posix/files/SingleCopyLock.h"
 
 #include "base/Names.h"
-#include "platform/linux/files/OwnFolder.h"
-#include "platform/linux/files/PosixFileStore.h"
-#include "platform/linux/process/KernelFile.h"
+#include "platform/posix/files/FolderLock.h"
 
 #include <cerrno>
 #include <chrono>
 #include <fcntl.h>
-#include <sstream>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <thread>
@@ -62,43 +59,15 @@ Attempt lockFile(const std::string& path) {
   }
 }
 
-std::string commandName(const std::string& pid) {
-  return readKernelFile("/proc/" + pid + "/comm").value_or("");
-}
-
-// Others have reasons to lock a folder, too. One whose holder cannot be seen counts as a copy.
-bool isHeldByStranger(const std::string& folder) {
-  struct stat about {};
-  if (::stat(folder.c_str(), &about) != 0) return true;
-  std::istringstream lines(readKernelFile("/proc/locks").value_or(""));
-  const std::string inode = ":" + std::to_string(about.st_ino);
-  for (std::string line; std::getline(lines, line);) {
-    std::istringstream words(line); // "1: FLOCK ADVISORY WRITE 4711 00:2a:815 0 EOF"
-    std::string number, kind, strictness, access, pid, file;
-    if (!(words >> number >> kind >> strictness >> access >> pid >> file)) continue;
-    if (kind == "FLOCK" && file.ends_with(inode)) return commandName(pid) != commandName("self");
-  }
-  return false;
-}
-
 Attempt lockFolder(const std::string& folder) {
   Descriptor file(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!file) return {};
   Attempt attempt = lock(std::move(file));
-  if (attempt.isHeldByOther && isHeldByStranger(folder)) return {};
+  if (attempt.isHeldByOther && isLockedByStranger(folder)) return {};
   return attempt;
 }
 
 } // namespace
-
-SingleCopyLock SingleCopyLock::acquire(const XdgFolders& folders) {
-  std::vector<std::string> places;
-  if (folders.runtime && openOwnFolder(*folders.runtime)) places.push_back(*folders.runtime);
-  const std::string data = folders.data + "/" + names::display;
-  PosixFileStore(folders.data, PosixFileStore::Sync::none).createFolders(data);
-  if (openOwnFolder(data)) places.push_back(data);
-  return acquire(places);
-}
 
 SingleCopyLock SingleCopyLock::acquire(const std::vector<std::string>& folders) {
   std::vector<Descriptor> locked;

@@ -8,8 +8,8 @@
 
 namespace vantle {
 
-// The apps that a test says are installed.
-class FakeCatalog final : public ApplicationCatalog {
+// The apps that somebody says are installed.
+class SimulatedCatalog final : public ApplicationCatalog {
  public:
   std::vector<InstalledApplication> applications{
       {"org.mozilla.firefox", "Firefox", "firefox", "/usr/share/applications/firefox.desktop"},

@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/LinuxMachine.h"
+#include "platform/linux/files/LockFolders.h"
+#include "platform/linux/files/XdgFolders.h"
+#include "platform/linux/process/LinuxMainThread.h"
+#include "platform/posix/files/OwnFolder.h"
+#include "platform/posix/files/SingleCopyLock.h"
+#include "platform/posix/process/DescriptorLimit.h"
+#include "platform/posix/process/SignalSource.h"
+
+#include <cstdlib>
+#include <utility>
+
+namespace vantle {
+
+namespace {
+
+bool isNamed(const char* variable) {
+  const char* const value = std::getenv(variable);
+  return value != nullptr && *value != '\0';
+}
+
+class LinuxPlatform final : public Platform {
+ public:
+  void raiseDescriptorLimit() override { vantle::raiseDescriptorLimit(); }
+  bool isStartedByItself() const override { return isStartedByOwnProgram(); }
+  std::unique_ptr<MainThread> mainThread() override { return std::make_unique<LinuxMainThread>(); }
+  std::unique_ptr<Registration> onAskedToEnd(EventLoop& loop, std::function<void()> handler) override {
+    return std::make_unique<TerminationSources>(loop, handler);
+  }
+
+  bool becomeOnlyCopy() override {
+    m_lock = SingleCopyLock::acquire(lockFolders(m_folders));
+    return m_lock->outcome() != SingleCopyLock::Outcome::heldByOther;
+  }
+  std::optional<std::string> foreignFolder() const override {
+    for (const std::string& folder : {m_folders.data, m_folders.config}) {
+      if (!isOwnFolder(folder)) return folder;
+    }
+    return std::nullopt;
+  }
+
+  std::optional<std::string> whyNoDesktop() override {
+    for (const char* variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+      if (!isNamed(variable)) ::unsetenv(variable);
+    }
+    if (isNamed("DISPLAY") || isNamed("WAYLAND_DISPLAY")) return std::nullopt;
+    return "there is no desktop session here (neither DISPLAY nor WAYLAND_DISPLAY is set).";
+  }
+  std::string whyNotReached() const override {
+    return "the desktop session that DISPLAY or WAYLAND_DISPLAY names cannot be reached.";
+  }
+
+  std::unique_ptr<OwnedMachine> desktopMachine(EventLoop& loop, std::string program,
+                                               std::function<void()> onDesktopLost) override {
+    return LinuxMachine::forDesktop(m_folders, loop, std::move(program), std::move(onDesktopLost));
+  }
+  std::unique_ptr<OwnedMachine> recoveryMachine() override { return LinuxMachine::forRecovery(m_folders); }
+  std::unique_ptr<OwnedMachine> selfTestMachine() override { return LinuxMachine::forSelfTest(m_folders); }
+
+ private:
+  XdgFolders m_folders = XdgFolders::fromEnvironment();
+  std::optional<SingleCopyLock> m_lock;
+};
+
+} // namespace
+
+std::unique_ptr<Platform> Platform::ofThisSystem() { return std::make_unique<LinuxPlatform>(); }
+
+} // namespace vantle
