@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "engine/ProcessIdentity.h"
 #include "engine/ports/BackgroundBand.h"
 #include "engine/ports/FileStore.h"
+#include "engine/ports/ProcessIdentity.h"
 #include "engine/ports/ProcessTable.h"
 
 #include <optional>

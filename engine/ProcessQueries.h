@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "engine/ProcessIdentity.h"
+#include "engine/ports/ProcessIdentity.h"
 #include "engine/ports/ProcessView.h"
 
 #include <optional>

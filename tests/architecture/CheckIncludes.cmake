@@ -43,9 +43,7 @@ set(app_headers "${standard}|${toolkit}")
 # engine's own knowledge that a platform still uses.
 set(exceptions "base/Json.cpp <nlohmann/json.hpp>" "look/HeapTrim.cpp <malloc.h>"
     "look/LookEngine.cpp <private/qfont_p.h>" "panel/Compositing.cpp <xcb/xcb.h>"
-    "panel/tray/XEmbedIcon.h <xcb/xcb.h>" "platform/linux/LinuxMachine.cpp <engine/AppTrees.h>"
-    "platform/linux/catalog/DesktopCatalog.cpp <engine/Protection.h>"
-    "platform/simulated/SimulatedProcesses.h <engine/ProcessIdentity.h>")
+    "panel/tray/XEmbedIcon.h <xcb/xcb.h>" "platform/linux/LinuxMachine.cpp <engine/AppTrees.h>")
 
 set(system_questions
     "__linux__|__APPLE__|_WIN32|__unix__|__FreeBSD__|__MACH__|Q_OS_|TARGET_OS_")

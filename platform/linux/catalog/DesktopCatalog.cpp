@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/catalog/DesktopCatalog.h"
 
-#include "engine/Protection.h"
+#include "platform/linux/programs/DesktopPrograms.h"
 #include "platform/linux/workspace/IdentifierMap.h"
 
 #include <filesystem>
@@ -23,9 +23,7 @@ std::string iconOf(const DesktopEntry& entry) {
 }
 
 // Apps of the system itself are on no list: they are left alone anyway, and boost nothing.
-bool canBeChosen(const InstalledApplication& application) {
-  return !systemBundleIDs().contains(application.key);
-}
+bool canBeChosen(const InstalledApplication& application) { return !isSystemIdentifier(application.key); }
 
 InstalledApplication described(const DesktopEntry& entry) {
   std::string key = bundleIdentifierOf(entry);

@@ -24,5 +24,6 @@ bool isShellComponent(std::string_view fileName);
 // is "com.apple.finder". Absent for all other programs.
 std::optional<std::string_view> systemIdentifierOfProgram(std::string_view fileName);
 std::optional<std::string_view> systemIdentifierOfDesktopId(std::string_view desktopId); // without ".desktop"
+bool isSystemIdentifier(std::string_view identifier);                                    // one of these
 
 } // namespace vantle
