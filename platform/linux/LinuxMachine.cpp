@@ -141,13 +141,13 @@ std::unique_ptr<LinuxMachine> LinuxMachine::forDesktop(const XdgFolders& folders
   parts->power =
       std::make_unique<LogindPowerAssertions>(*parts->systemBus, *parts->sessionBus, parts->processes);
   parts->pressure = std::make_unique<PsiMemoryPressure>(loop);
+  const auto installed = std::make_shared<DesktopEntries>(folders.allData());
   parts->workspace = std::make_unique<X11Workspace>(
-      loop,
-      X11Workspace::Options{.dataFolders = folders.allData(), .onConnectionLost = std::move(onDesktopLost)});
+      loop, X11Workspace::Options{.installed = installed, .onConnectionLost = std::move(onDesktopLost)});
   parts->notifications = std::make_unique<DesktopNotifications>(*parts->sessionBus);
   parts->loginItem = std::make_unique<AutostartLoginItem>(AutostartSetup::from(
       folders, [](const char* name) -> const char* { return std::getenv(name); }, std::move(program)));
-  parts->catalog = std::make_unique<DesktopCatalog>(folders.allData());
+  parts->catalog = std::make_unique<DesktopCatalog>(installed);
   return machine;
 }
 

@@ -42,7 +42,8 @@ struct ShortMemory : testing::Test {
     simulated.host.self = ::getpid();
     workspace.emplace(
         loop, X11Workspace::Options{.display = desktop.display(),
-                                    .dataFolders = {desktop.dataHome(), "/usr/local/share", "/usr/share"}});
+                                    .installed = std::make_shared<DesktopEntries>(std::vector<std::string>{
+                                        desktop.dataHome(), "/usr/local/share", "/usr/share"})});
     engine.emplace(Machine{simulated.host, processes, band, *workspace, simulated.audio, simulated.power,
                            simulated.pressure, notices, simulated.defaults, simulated.files, simulated.clock,
                            simulated.launcher, simulated.text, simulated.loginItem, simulated.catalog},

@@ -36,7 +36,7 @@ InstalledApplication described(const DesktopEntry& entry) {
 std::vector<InstalledApplication> DesktopCatalog::installedApplications() const {
   std::vector<InstalledApplication> applications;
   std::set<std::string> keys;
-  for (const DesktopEntry& entry : m_entries.all()) {
+  for (const DesktopEntry& entry : m_installed->all()) {
     if (entry.isHidden) continue;
     InstalledApplication application = described(entry);
     if (!canBeChosen(application)) continue;
@@ -47,7 +47,7 @@ std::vector<InstalledApplication> DesktopCatalog::installedApplications() const 
 
 std::optional<InstalledApplication> DesktopCatalog::applicationForKey(const std::string& key) const {
   const DesktopEntry* hidden = nullptr;
-  for (const DesktopEntry& entry : m_entries.all()) {
+  for (const DesktopEntry& entry : m_installed->all()) {
     if (bundleIdentifierOf(entry) != key) continue;
     if (!entry.isHidden) return described(entry);
     hidden = &entry;
@@ -60,7 +60,7 @@ std::optional<InstalledApplication> DesktopCatalog::applicationAt(const std::str
   if (file.extension() != ".desktop") return std::nullopt;
   std::optional<InstalledApplication> application;
   // One of the installed files goes by its full id, which holds the folders above it.
-  for (const DesktopEntry& entry : m_entries.all()) {
+  for (const DesktopEntry& entry : m_installed->all()) {
     if (entry.path == path) application = described(entry);
   }
   if (!application) {

@@ -57,7 +57,7 @@ struct X11Workspace::App {
 };
 
 X11Workspace::X11Workspace(EventLoop& loop, Options options)
-    : m_loop(loop), m_options(std::move(options)), m_entries(m_options.dataFolders),
+    : m_loop(loop), m_options(std::move(options)),
       m_appWindows(std::make_shared<LinuxApplication::Windows>(LinuxApplication::Windows{
           .isActive = [this](Pid pid) { return m_front && m_front->processIdentifier() == pid; },
           .requestClose = [this](Pid pid) { return requestClose(pid); }})) {
@@ -162,7 +162,7 @@ std::unique_ptr<X11Workspace::App> X11Workspace::makeApp(const WindowFacts& wind
 }
 
 AppIdentity X11Workspace::identify(const AppEvidence& evidence) {
-  const std::vector<DesktopEntry>& entries = m_entries.all();
+  const std::vector<DesktopEntry>& entries = m_options.installed->all();
   if (const DesktopEntry* entry = findEntry(evidence, entries)) return identityOf(evidence, entry);
   // Started from a desktop file that is installed nowhere, such as one on the desktop.
   if (!evidence.launchedFile.empty()) {

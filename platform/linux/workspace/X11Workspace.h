@@ -25,8 +25,9 @@ namespace vantle {
 class X11Workspace final : public Workspace {
  public:
   struct Options {
-    std::string display = {};                  // empty: the one in DISPLAY
-    std::vector<std::string> dataFolders = {}; // as `DesktopEntries` has them
+    std::string display = {}; // empty: the one in DISPLAY
+    // By their desktop files apps are known; none are installed unless somebody says so.
+    std::shared_ptr<DesktopEntries> installed = std::make_shared<DesktopEntries>(std::vector<std::string>{});
     // The X server went away, on the main loop. Not called when there was none to begin with.
     std::function<void()> onConnectionLost = {};
   };
@@ -62,7 +63,6 @@ class X11Workspace final : public Workspace {
 
   EventLoop& m_loop;
   Options m_options;
-  DesktopEntries m_entries;
   std::map<WorkspaceEvent, Observers<const AppRef&>> m_observers;
   Apps m_apps;
   std::vector<App*> m_unannounced; // launched, but not told yet, in order

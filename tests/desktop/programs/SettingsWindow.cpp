@@ -126,7 +126,7 @@ class Program {
                           }};
   AutostartLoginItem m_login{AutostartSetup::from(
       m_folders, [](const char* name) { return std::getenv(name); }, "/usr/bin/vantle")};
-  DesktopCatalog m_catalog{m_folders.allData()};
+  DesktopCatalog m_catalog{std::make_shared<DesktopEntries>(m_folders.allData())};
   SettingsWindowController m_controller{m_engine, m_settings, m_checker, m_login, m_catalog};
 
   Machine ports() {

@@ -26,7 +26,8 @@ class DesktopCatalogTest : public testing::Test {
   }
 
   desktop::TemporaryFolder folder;
-  DesktopCatalog catalog{{(folder.path() / "data").string(), (folder.path() / "more").string()}};
+  DesktopCatalog catalog{std::make_shared<DesktopEntries>(
+      std::vector{(folder.path() / "data").string(), (folder.path() / "more").string()})};
 };
 
 TEST_F(DesktopCatalogTest, TellsNameIconKeyAndPath) {

@@ -36,8 +36,9 @@ class SystemAppsTest : public testing::Test {
                                          "\nExec=" + (m_desktop.folder().path() / program).string() + "\n");
   }
   Engine& boost() {
-    m_workspace.emplace(
-        m_loop, X11Workspace::Options{.display = m_desktop.display(), .dataFolders = {m_desktop.dataHome()}});
+    m_workspace.emplace(m_loop, X11Workspace::Options{.display = m_desktop.display(),
+                                                      .installed = std::make_shared<DesktopEntries>(
+                                                          std::vector<std::string>{m_desktop.dataHome()})});
     const Machine rest = m_machine.ports();
     return m_engine.emplace(Machine{rest.host, rest.processes, rest.band, *m_workspace, rest.audio,
                                     rest.power, rest.pressure, rest.notifications, rest.defaults, rest.files,

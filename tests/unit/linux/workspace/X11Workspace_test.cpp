@@ -42,7 +42,8 @@ class X11WorkspaceTest : public testing::Test {
   X11Workspace& watch() {
     m_workspace = std::make_unique<X11Workspace>(
         m_loop, X11Workspace::Options{.display = m_desktop.display(),
-                                      .dataFolders = {m_desktop.dataHome(), "/usr/share"},
+                                      .installed = std::make_shared<DesktopEntries>(
+                                          std::vector<std::string>{m_desktop.dataHome(), "/usr/share"}),
                                       .onConnectionLost = [this] { m_isLost = true; }});
     for (const auto& [event, name] : {std::pair{WorkspaceEvent::activated, "activated "},
                                       std::pair{WorkspaceEvent::launched, "launched "},
