@@ -69,7 +69,7 @@ struct BenchMachine {
   // With a user manager's bus there is no limit to what waits for it: an emulated machine takes its time.
   explicit BenchMachine(const std::string& folder, const std::vector<pid_t>& roots,
                         const std::string& userBus = {})
-      : files(folder, PosixFileStore::Sync::none), epoch(BootEpoch::load(files, {})),
+      : files(folder, PosixFileStore::Sync::none), epoch(BootEpoch::load(files, {}, kernel->bootId())),
         processes(epoch, kernel), clock(epoch),
         band(loop, files,
              {.kernel = kernel,
@@ -86,9 +86,9 @@ struct BenchMachine {
   }
 
   PosixFileStore files;
+  std::shared_ptr<ProcKernel> kernel = std::make_shared<ProcKernel>();
   BootEpoch epoch;
   LinuxHost host;
-  std::shared_ptr<ProcKernel> kernel = std::make_shared<ProcKernel>();
   ProcfsProcessTable processes;
   BootClock clock;
   PollEventLoop loop;

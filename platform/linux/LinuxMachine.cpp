@@ -98,14 +98,14 @@ struct LinuxMachine::Parts {
   Parts(const XdgFolders& folders, const std::vector<std::string>& keptEpochs)
       : files(folders.data, PosixFileStore::Sync::none),
         settingsFiles(folders.data, PosixFileStore::Sync::disk, PosixFileStore::Foreign::readable),
-        epoch(BootEpoch::load(files, keptEpochs)), processes(epoch, kernel), clock(epoch),
+        epoch(BootEpoch::load(files, keptEpochs, kernel->bootId())), processes(epoch, kernel), clock(epoch),
         defaults(settingsFiles, folders.config, names::identifier) {}
 
   PosixFileStore files;         // another boot has no use for what is kept here: the disk need not be awaited
   PosixFileStore settingsFiles; // the person's choices
+  std::shared_ptr<ProcKernel> kernel = std::make_shared<ProcKernel>();
   BootEpoch epoch;
   LinuxHost host;
-  std::shared_ptr<ProcKernel> kernel = std::make_shared<ProcKernel>();
   ProcfsProcessTable processes;
   BootClock clock;
   JsonUserDefaults defaults;

@@ -17,11 +17,6 @@ namespace {
 // Each look finds only what was born during the one before.
 constexpr int mostLooks = 4;
 
-std::string bootId(const Kernel& kernel) {
-  const std::string text = kernel.read("/proc/sys/kernel/random/boot_id").value_or("");
-  return text.substr(0, text.find('\n'));
-}
-
 std::unique_ptr<ServiceManager> managerOrNone(EventLoop& loop, std::unique_ptr<ServiceManager> manager) {
   return manager ? std::move(manager) : std::make_unique<UserManager>(loop, "");
 }
@@ -30,7 +25,7 @@ std::unique_ptr<ServiceManager> managerOrNone(EventLoop& loop, std::unique_ptr<S
 
 LinuxBand::LinuxBand(EventLoop& loop, FileStore& files, BandParts parts)
     : m_shared(parts.kernel ? std::move(parts.kernel) : std::make_shared<ProcKernel>()), m_kernel(*m_shared),
-      m_busLimit(parts.busLimit), m_ledger(files, std::move(parts.ledgers), bootId(m_kernel)),
+      m_busLimit(parts.busLimit), m_ledger(files, std::move(parts.ledgers), m_kernel.bootId()),
       m_threads(m_kernel, m_ledger), m_controlGroups(controlGroupMount(m_kernel)),
       m_sessions(loop, m_ledger, m_kernel),
       m_departures(loop, m_kernel, m_threads, m_sessions, [this](Pid pid) { return isOfAnotherCopy(pid); }),

@@ -39,6 +39,11 @@ bool Scheduling::isRealTime() const {
   return policy == SCHED_FIFO || policy == SCHED_RR || policy == SCHED_DEADLINE;
 }
 
+std::string Kernel::bootId() const {
+  const std::string text = read("/proc/sys/kernel/random/boot_id").value_or("");
+  return text.substr(0, text.find('\n'));
+}
+
 std::string Kernel::unifiedPath(Pid pid) const {
   const std::optional<std::string> file = controlGroups(pid);
   const auto path = file ? controlGroupPath(*file) : std::nullopt;

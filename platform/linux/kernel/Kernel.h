@@ -134,6 +134,8 @@ class Kernel {
   virtual std::chrono::steady_clock::time_point now() const = 0;
   virtual void sleep(std::chrono::steady_clock::duration duration) = 0;
 
+  // Which boot this is; empty when the kernel does not say.
+  std::string bootId() const;
   // Where a process stands in the version 2 control group tree; empty when it has no place there.
   std::string unifiedPath(Pid pid) const;
 };

@@ -253,10 +253,7 @@ std::optional<std::string> ProcKernel::read(const std::string& path) const {
 bool ProcKernel::exists(const std::string& path) const { return ::access(placeOf(path).c_str(), F_OK) == 0; }
 
 std::optional<std::string> ProcKernel::link(const std::string& path) const {
-  std::array<char, 256> target{};
-  const ssize_t got = ::readlink(placeOf(path).c_str(), target.data(), target.size() - 1);
-  if (got <= 0) return std::nullopt;
-  return std::string(target.data());
+  return readKernelLink(placeOf(path));
 }
 
 std::optional<std::vector<std::string>> ProcKernel::folders(const std::string& path) const {

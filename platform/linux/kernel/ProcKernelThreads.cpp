@@ -2,12 +2,13 @@
 // The system calls on one thread that the C library does not offer, or offers for the caller only.
 #include "platform/linux/kernel/ProcKernel.h"
 
+#include "platform/linux/process/KernelFile.h"
+
 #include <array>
 #include <cerrno>
 #include <linux/capability.h>
 #include <linux/sched.h>
 #include <sched.h>
-#include <string_view>
 #include <sys/resource.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -82,9 +83,7 @@ bool ProcKernel::hasNiceCapability() const {
   if ((sets[0].effective & (1U << static_cast<unsigned>(CAP_SYS_NICE))) == 0) return false;
   // A capability inside a user namespace of one's own changes nothing about scheduling. The number is the one
   // that the kernel gives to the first namespace (PROC_USER_INIT_INO).
-  std::array<char, 64> target{};
-  return ::readlink("/proc/self/ns/user", target.data(), target.size() - 1) > 0 &&
-         std::string_view(target.data()) == "user:[4026531837]";
+  return readKernelLink("/proc/self/ns/user") == "user:[4026531837]";
 }
 
 } // namespace vantle

@@ -3,15 +3,12 @@
 
 #include "base/Json.h"
 #include "base/Text.h"
-#include "platform/posix/Descriptor.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <ctime>
-#include <fcntl.h>
 #include <limits>
 #include <optional>
-#include <unistd.h>
 
 namespace vantle {
 
@@ -21,16 +18,6 @@ constexpr std::size_t largestRecord = 1024;
 
 // Start times are added to the epoch; a number that leaves no room for them was not written by this program.
 constexpr std::uint64_t latestEpoch = std::numeric_limits<std::uint64_t>::max() / 4;
-
-// Read directly: the kernel's files say that they are 0 bytes long.
-std::string readBootId(const std::string& path) {
-  const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-  char buffer[64];
-  const ssize_t length = file ? ::read(file.get(), buffer, sizeof buffer) : -1;
-  std::string id(buffer, length > 0 ? static_cast<std::size_t>(length) : 0);
-  id.erase(std::find(id.begin(), id.end(), '\n'), id.end());
-  return id;
-}
 
 std::optional<std::uint64_t> kept(const FileStore& files, const std::string& path,
                                   const std::string& bootId) {
@@ -51,8 +38,7 @@ std::int64_t microsOf(clockid_t clock) {
 } // namespace
 
 BootEpoch BootEpoch::load(FileStore& files, const std::vector<std::string>& paths,
-                          const std::string& bootIdPath) {
-  const std::string bootId = readBootId(bootIdPath);
+                          const std::string& bootId) {
   if (!bootId.empty()) {
     for (const std::string& path : paths) {
       if (const auto micros = kept(files, path, bootId)) return BootEpoch(*micros);

@@ -14,13 +14,11 @@ namespace vantle {
 // runs, however often the wall clock is set. Another boot gets another number, so its records never match.
 class BootEpoch {
  public:
-  static constexpr const char* kernelBootId = "/proc/sys/kernel/random/boot_id";
-
   // Takes the number that the first of the paths keeps for this boot, or takes a new one and keeps it at the
   // first path that can be written. What is no record of this boot (corrupt, foreign, older) is replaced.
-  // When no path can be written the number holds for this run only.
-  static BootEpoch load(FileStore& files, const std::vector<std::string>& paths,
-                        const std::string& bootIdPath = kernelBootId);
+  // When no path can be written, or the boot has no name (Kernel::bootId), the number holds for this run
+  // only.
+  static BootEpoch load(FileStore& files, const std::vector<std::string>& paths, const std::string& bootId);
 
   explicit BootEpoch(std::uint64_t micros) : m_micros(micros) {}
   std::uint64_t micros() const { return m_micros; }

@@ -4,6 +4,7 @@
 #include "platform/posix/Descriptor.h"
 
 #include <array>
+#include <climits>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -27,6 +28,17 @@ std::optional<std::string> readKernelFile(int folder, const char* path) {
 
 std::optional<std::string> readKernelFile(const std::string& path) {
   return readKernelFile(AT_FDCWD, path.c_str());
+}
+
+std::optional<std::string> readKernelLink(int folder, const char* path) {
+  std::array<char, PATH_MAX> target; // NOLINT(cppcoreguidelines-pro-type-member-init): filled by readlinkat
+  const ssize_t length = ::readlinkat(folder, path, target.data(), target.size());
+  if (length <= 0) return std::nullopt;
+  return std::string(target.data(), static_cast<std::size_t>(length));
+}
+
+std::optional<std::string> readKernelLink(const std::string& path) {
+  return readKernelLink(AT_FDCWD, path.c_str());
 }
 
 } // namespace vantle

@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace vantle {
 
@@ -10,5 +11,12 @@ namespace vantle {
 // this way reaches.
 std::optional<std::string> readKernelFile(const std::string& path);
 std::optional<std::string> readKernelFile(int folder, const char* path);
+
+// Where a link of /proc leads; absent when there is no such link or it may not be read.
+std::optional<std::string> readKernelLink(const std::string& path);
+std::optional<std::string> readKernelLink(int folder, const char* path);
+
+// What the kernel puts behind the path of a program's file that was deleted, or replaced by an update.
+inline constexpr std::string_view deletedMark = " (deleted)";
 
 } // namespace vantle

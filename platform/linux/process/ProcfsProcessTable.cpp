@@ -2,6 +2,7 @@
 #include "platform/linux/process/ProcfsProcessTable.h"
 
 #include "platform/linux/band/UnitPath.h"
+#include "platform/linux/process/KernelFile.h"
 #include "platform/linux/process/ProcessRecords.h"
 
 #include <charconv>
@@ -15,9 +16,6 @@
 namespace vantle {
 
 namespace {
-
-constexpr std::size_t longestPath = 4096; // PATH_MAX
-constexpr std::string_view deletedMark = " (deleted)";
 
 std::optional<std::uint64_t> kibibytesOf(std::string_view status, std::string_view label) {
   const std::size_t line = status.find(label);
@@ -82,17 +80,14 @@ std::string ProcfsProcessTable::place(Pid pid) const {
 
 std::optional<std::string> ProcfsProcessTable::executablePathBytes(Pid pid) const {
   const std::string link = std::to_string(pid) + "/exe";
-  std::string path(longestPath, '\0');
-  const ssize_t length = ::readlinkat(m_kernel->folder(), link.c_str(), path.data(), path.size());
-  if (length <= 0) return std::nullopt;
-  path.resize(static_cast<std::size_t>(length));
-  if (path.ends_with(deletedMark)) {
+  std::optional<std::string> path = readKernelLink(m_kernel->folder(), link.c_str());
+  if (path && path->ends_with(deletedMark)) {
     // A file may really be called so; then the path leads to the very file that runs.
     struct stat running {};
     struct stat named {};
     const bool isItsName = ::fstatat(m_kernel->folder(), link.c_str(), &running, 0) == 0 &&
-                           ::stat(path.c_str(), &named) == 0 && isSameFile(running, named);
-    if (!isItsName) path.resize(path.size() - deletedMark.size());
+                           ::stat(path->c_str(), &named) == 0 && isSameFile(running, named);
+    if (!isItsName) path->resize(path->size() - deletedMark.size());
   }
   return path;
 }

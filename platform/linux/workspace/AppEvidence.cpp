@@ -2,6 +2,7 @@
 #include "platform/linux/workspace/AppEvidence.h"
 
 #include "base/Text.h"
+#include "platform/linux/process/KernelFile.h"
 #include "platform/linux/workspace/ProgramPath.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/process/BoundedWait.h"
@@ -22,8 +23,8 @@ namespace {
 constexpr std::size_t longestRead = 256 * 1024; // more than one command line or environment can sensibly be
 constexpr std::chrono::milliseconds longestAnswer{100};
 constexpr int mostStuck = 16;
-constexpr std::string_view deletedMark = " (deleted)";
 
+// What the process itself has a say in.
 std::string readAll(const std::string& path) {
   // A sandbox can put anything where a file is expected; opening a pipe must not wait.
   const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
@@ -44,9 +45,7 @@ std::string valueOf(const std::vector<std::string>& variables, std::string_view 
 }
 
 std::string linkTarget(const std::string& path) {
-  std::array<char, 4096> target{};
-  const ssize_t length = ::readlink(path.c_str(), target.data(), target.size());
-  std::string text(target.data(), static_cast<std::size_t>(std::max<ssize_t>(length, 0)));
+  std::string text = readKernelLink(path).value_or("");
   // An app that was updated while it runs.
   if (text.ends_with(deletedMark)) text.resize(text.size() - deletedMark.size());
   return text;
@@ -54,7 +53,7 @@ std::string linkTarget(const std::string& path) {
 
 // The unit is the last folder of the process's place among the control groups.
 std::string unitName(const std::string& folder) {
-  for (const std::string& line : split(readAll(folder + "/cgroup"), '\n')) {
+  for (const std::string& line : split(readKernelFile(folder + "/cgroup").value_or(""), '\n')) {
     if (line.starts_with("0::") || line.find(":name=systemd:") != std::string::npos) return fileNameOf(line);
   }
   return {};
@@ -180,7 +179,7 @@ AppEvidence readEvidence(Pid pid) {
   const std::string folder = "/proc/" + std::to_string(pid);
   AppEvidence evidence;
   evidence.pid = pid;
-  evidence.commandName = readAll(folder + "/comm");
+  evidence.commandName = readKernelFile(folder + "/comm").value_or("");
   if (evidence.commandName.ends_with('\n')) evidence.commandName.pop_back();
   evidence.executable = linkTarget(folder + "/exe");
   const std::string unit = unitName(folder);

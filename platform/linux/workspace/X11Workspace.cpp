@@ -2,16 +2,14 @@
 #include "platform/linux/workspace/X11Workspace.h"
 
 #include "base/Text.h"
+#include "platform/linux/process/KernelFile.h"
 #include "platform/linux/process/ProcStat.h"
 #include "platform/linux/programs/DesktopPrograms.h"
 #include "platform/posix/process/BoundedWait.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
-#include <fcntl.h>
 #include <string_view>
-#include <unistd.h>
 
 namespace vantle {
 
@@ -26,11 +24,8 @@ constexpr std::chrono::milliseconds timeToComeToFront{150};
 
 // Nothing when the process is gone already.
 std::optional<std::uint64_t> startTicks(Pid pid) {
-  const Descriptor file(::open(("/proc/" + std::to_string(pid) + "/stat").c_str(), O_RDONLY | O_CLOEXEC));
-  std::array<char, longestStat> line{};
-  const ssize_t size = ::read(file.get(), line.data(), line.size());
-  if (size <= 0) return {};
-  const std::optional<ProcStat> stat = parseProcStat({line.data(), static_cast<std::size_t>(size)});
+  const auto line = readKernelFile("/proc/" + std::to_string(pid) + "/stat");
+  const std::optional<ProcStat> stat = line ? parseProcStat(*line) : std::nullopt;
   return stat && stat->isAlive() ? std::optional(stat->startTicks) : std::nullopt;
 }
 

@@ -16,10 +16,10 @@ namespace vantle::test {
 // The whole program but for the desktop: that one is in memory, and its apps are real processes.
 struct ProgramOnBand {
   explicit ProgramOnBand(const std::string& folder)
-      : files(folder, PosixFileStore::Sync::none), epoch(BootEpoch::load(files, {folder + "/boot.json"})),
-        processes(epoch, kernel), clock(epoch),
-        band(loop, files, {.kernel = kernel, .ledgers = {folder + "/band.json"}}), settings(desktop.defaults),
-        engine(ports(), settings) {}
+      : files(folder, PosixFileStore::Sync::none),
+        epoch(BootEpoch::load(files, {folder + "/boot.json"}, kernel->bootId())), processes(epoch, kernel),
+        clock(epoch), band(loop, files, {.kernel = kernel, .ledgers = {folder + "/band.json"}}),
+        settings(desktop.defaults), engine(ports(), settings) {}
 
   Machine ports() {
     desktop.host.self = ::getpid();
@@ -60,8 +60,8 @@ struct ProgramOnBand {
   SimulatedMachine desktop;
   PollEventLoop loop;
   PosixFileStore files;
-  BootEpoch epoch;
   std::shared_ptr<ProcKernel> kernel = std::make_shared<ProcKernel>();
+  BootEpoch epoch;
   ProcfsProcessTable processes;
   BootClock clock;
   LinuxBand band;
