@@ -2,7 +2,6 @@
 #pragma once
 
 #include "engine/ports/Machine.h"
-#include "platform/linux/Absent.h"
 #include "platform/linux/band/LinuxBand.h"
 #include "platform/linux/band/UserManager.h"
 #include "platform/linux/process/BootClock.h"
@@ -10,6 +9,7 @@
 #include "platform/linux/process/ProcfsProcessTable.h"
 #include "platform/posix/files/PosixFileStore.h"
 #include "platform/posix/process/SessionLauncher.h"
+#include "platform/shared/Absent.h"
 #include "platform/shared/IcuText.h"
 #include "platform/shared/PollEventLoop.h"
 #include "platform/simulated/SimulatedCalls.h"

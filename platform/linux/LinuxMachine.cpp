@@ -3,7 +3,6 @@
 
 #include "base/Names.h"
 #include "engine/AppTrees.h"
-#include "platform/linux/Absent.h"
 #include "platform/linux/audio/PulseAudioActivity.h"
 #include "platform/linux/band/LinuxBand.h"
 #include "platform/linux/band/UserManager.h"
@@ -21,6 +20,7 @@
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/files/PosixFileStore.h"
 #include "platform/posix/process/SessionLauncher.h"
+#include "platform/shared/Absent.h"
 #include "platform/shared/IcuText.h"
 #include "platform/shared/JsonUserDefaults.h"
 #include "platform/shared/PollEventLoop.h"
