@@ -5,9 +5,14 @@
 
 namespace vantle {
 
-// Whether the lock on a folder, which somebody has, is held by another program than this one: others have
-// reasons to lock a folder, too. One whose holder cannot be seen counts as a copy of this program. Answered
-// by each system for itself.
-bool isLockedByStranger(const std::string& folder);
+// Who has the lock on a file or a folder that somebody has.
+enum class LockHolder {
+  copy,     // this same program, or somebody who cannot be seen
+  stranger, // another one: others have reasons to lock a folder, too
+  dead,     // it was killed, and keeps its locks because one of its threads still hangs in the kernel
+};
+
+// Answered by each system for itself.
+LockHolder lockHolder(const std::string& path);
 
 } // namespace vantle

@@ -22,11 +22,9 @@ constexpr std::chrono::milliseconds betweenAttempts{10};
 // The sticky bit asks those who tidy runtime folders by age to leave the file alone.
 constexpr mode_t ownerOnlySticky = 01600;
 
-bool stillNames(const std::string& path, int descriptor) {
-  struct stat opened {};
+bool stillNames(const std::string& path, const struct stat& opened) {
   struct stat named {};
-  return ::fstat(descriptor, &opened) == 0 && ::lstat(path.c_str(), &named) == 0 &&
-         opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
+  return ::lstat(path.c_str(), &named) == 0 && opened.st_dev == named.st_dev && opened.st_ino == named.st_ino;
 }
 
 struct Attempt {
@@ -49,11 +47,14 @@ Attempt lockFile(const std::string& path) {
   for (;;) {
     Descriptor file(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY,
                            ownerOnlySticky & 0777));
-    if (!file) return {};
+    struct stat opened {};
+    if (!file || ::fstat(file.get(), &opened) != 0) return {};
     Attempt attempt = lock(std::move(file));
+    const bool isLeftOver = attempt.isHeldByOther && lockHolder(path) == LockHolder::dead;
+    if (isLeftOver && stillNames(path, opened) && ::unlink(path.c_str()) == 0) continue; // with a new one
     if (!attempt.descriptor) return attempt;
     // Somebody may have tidied the file away between the two calls; the lock would then guard nothing.
-    if (!stillNames(path, attempt.descriptor.get())) continue;
+    if (!stillNames(path, opened)) continue;
     ::fchmod(attempt.descriptor.get(), ownerOnlySticky);
     return attempt;
   }
@@ -63,7 +64,7 @@ Attempt lockFolder(const std::string& folder) {
   Descriptor file(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!file) return {};
   Attempt attempt = lock(std::move(file));
-  if (attempt.isHeldByOther && isLockedByStranger(folder)) return {};
+  if (attempt.isHeldByOther && lockHolder(folder) != LockHolder::copy) return {};
   return attempt;
 }
 

@@ -4,6 +4,7 @@
 #include "platform/linux/files/LockFolders.h"
 #include "platform/posix/process/SessionLauncher.h"
 #include "tests/desktop/harness/TemporaryFolder.h"
+#include "tests/desktop/harness/Wait.h"
 #include "tests/unit/linux/ForkedProcess.h"
 #include "tests/unit/linux/InChild.h"
 
@@ -13,6 +14,8 @@
 #include <sys/file.h>
 #include <sys/prctl.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
+#include <thread>
 #include <unistd.h>
 
 namespace vantle {
@@ -53,6 +56,25 @@ TEST_F(SingleCopyLockTest, IsReleasedByTheKernelWhenItsHolderIsKilled) {
     EXPECT_EQ(attempt(), Outcome::heldByOther);
   }
   EXPECT_EQ(attempt(), Outcome::acquired);
+}
+
+// One of its threads hangs in the kernel, in a folder whose server has gone, say: the rest of it is dead, and
+// the kernel takes nothing apart.
+TEST_F(SingleCopyLockTest, IsNotHeldByOneWhoWasKilledAndHangs) {
+  const auto take = [&] {
+    static const SingleCopyLock lock = SingleCopyLock::acquire(lockFolders(folders()));
+    if (lock.outcome() != Outcome::acquired) ::_exit(1);
+  };
+  const test::ForkedProcess holder(take, [] {
+    std::thread([] {
+      for (;;) ::pause();
+    }).detach();
+    ::syscall(SYS_exit, 0); // the main thread alone
+  });
+  EXPECT_TRUE(desktop::waitUntil([&] { return attempt() == Outcome::acquired; }));
+  const SingleCopyLock next = SingleCopyLock::acquire(lockFolders(folders()));
+  EXPECT_EQ(next.outcome(), Outcome::acquired);
+  EXPECT_EQ(attempt(), Outcome::heldByOther);
 }
 
 TEST_F(SingleCopyLockTest, IsNotInheritedByThoseThatAreStarted) {
