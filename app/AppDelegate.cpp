@@ -2,7 +2,6 @@
 #include "app/AppDelegate.h"
 
 #include "BuildConfiguration.h"
-#include "base/Names.h"
 #include "engine/LastWait.h"
 
 #include <QCoreApplication>
@@ -40,11 +39,14 @@ UpdateChecker& AppDelegate::updateChecker() {
 
 SettingsWindowController& AppDelegate::settingsWindow() {
   if (!m_settingsWindow) {
-    m_settingsWindow = std::make_unique<SettingsWindowController>(engine(), settings(), updateChecker(),
-                                                                  m_machine.loginItem, m_machine.catalog);
+    m_settingsWindow = std::make_unique<SettingsWindowController>(
+        SettingsParts{engine(), settings(), updateChecker(), m_machine.loginItem, m_machine.catalog},
+        windowParts());
   }
   return *m_settingsWindow;
 }
+
+WindowParts AppDelegate::windowParts() { return {settings(), m_desktop->icons(), m_desktop->heap()}; }
 
 void AppDelegate::applicationDidFinishLaunching() {
   settings().applyAppearance = [this](AppearanceMode mode) { m_appearance.apply(mode); };
@@ -54,12 +56,15 @@ void AppDelegate::applicationDidFinishLaunching() {
   showInTray();
 }
 
-// The object on the bus lets an app menu open the panel of the copy that runs, tray or no tray.
+// An app menu opens the panel of the copy that runs, tray or no tray.
 void AppDelegate::showInTray() {
   m_panel = std::make_unique<PanelController>(
-      engine(), settings(), [this] { settingsWindow().show(); }, [] { QCoreApplication::quit(); });
-  m_trayItem = std::make_unique<TrayItem>(engine(), *m_panel);
-  exportApplication(*m_panel, QString::fromLatin1(names::identifier));
+      engine(), windowParts(), m_desktop->panelSurface(), [this] { settingsWindow().show(); },
+      [] { QCoreApplication::quit(); });
+  m_trayItem = std::make_unique<TrayItem>(engine(), *m_panel, m_desktop->tray());
+  m_activation = m_desktop->activation().answer({.show = [this] { m_panel->show(); },
+                                                 .settings = [this] { m_panel->openSettings(); },
+                                                 .quit = [this] { m_panel->quit(); }});
 }
 
 void AppDelegate::applicationWillTerminate(const std::function<void()>& stillAtIt) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "desktop/Desktop.h"
 #include "engine/AppSettings.h"
 #include "engine/Engine.h"
 #include "engine/ports/Machine.h"
@@ -21,7 +22,8 @@ void letAllComeBack(BackgroundBand& band, const std::function<void()>& stillAtIt
 // Owns the engine and what the person sees of it, and wires up the start and the orderly end.
 class AppDelegate {
  public:
-  explicit AppDelegate(const Machine& machine) : m_machine(machine) {} // which outlives it
+  // Both outlive the delegate.
+  AppDelegate(EventLoop& loop, const Machine& machine) : m_machine(machine), m_desktop(Desktop::make(loop)) {}
 
   void applicationDidFinishLaunching();
   // `stillAtIt` is called about once a second as long as that goes on.
@@ -33,16 +35,19 @@ class AppDelegate {
   SettingsWindowController& settingsWindow();
 
  private:
+  WindowParts windowParts();
   void showInTray();
 
   Machine m_machine;
-  Appearance m_appearance;
+  std::unique_ptr<Desktop> m_desktop;
+  Appearance m_appearance{m_desktop->scheme()};
   std::unique_ptr<AppSettings> m_settings;
   std::unique_ptr<Engine> m_engine;
   std::unique_ptr<UpdateChecker> m_updateChecker;
   std::unique_ptr<SettingsWindowController> m_settingsWindow;
   std::unique_ptr<PanelController> m_panel;
   std::unique_ptr<TrayItem> m_trayItem;
+  std::unique_ptr<Registration> m_activation;
 };
 
 } // namespace vantle

@@ -3,11 +3,11 @@
 
 #include "app/AppDelegate.h"
 #include "app/ExitGuard.h"
-#include "app/QtEventLoop.h"
 #include "app/SelfTestMode.h"
 #include "app/ToolkitGuard.h"
 #include "app/Watchdog.h"
 #include "base/Names.h"
+#include "desktop/QtEventLoop.h"
 #include "engine/Backgrounder.h"
 #include "platform/Platform.h"
 
@@ -93,7 +93,7 @@ int VantleApp::run() {
       platform->desktopMachine(loop, QCoreApplication::applicationFilePath().toStdString(), quit);
   askFormerEditionToQuit(machine->machine().workspace);
 
-  AppDelegate delegate(machine->machine());
+  AppDelegate delegate(loop, machine->machine());
   QObject::connect(&application, &QCoreApplication::aboutToQuit, &application, [&] {
     delegate.applicationWillTerminate(stillAtIt);
     watchdog.putBack();

@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "look/AppIcons.h"
 
-#include "look/GtkSettings.h"
+#include "look/ports/IconTheme.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <QIcon>
 #include <QImageReader>
 #include <QPainter>
-#include <QStandardPaths>
 
 namespace vantle {
 namespace {
@@ -37,16 +36,6 @@ QImage fromFile(const QString& path, int pixels) {
   return squared(reader.read(), pixels);
 }
 
-// Old desktop files name a file of the pixmaps folder, with or without its ending.
-QString pixmapPath(const QString& name) {
-  const QDir folder(QStringLiteral("/usr/share/pixmaps"));
-  for (const char* ending : {"", ".png", ".svg", ".xpm"}) {
-    QString path = folder.filePath(name + QLatin1String(ending));
-    if (QFileInfo(path).isFile()) return path;
-  }
-  return {};
-}
-
 QImage fromTheme(const QString& name, int pixels) {
   const QIcon icon = QIcon::fromTheme(name);
   if (icon.isNull()) return {};
@@ -55,28 +44,13 @@ QImage fromTheme(const QString& name, int pixels) {
 
 } // namespace
 
-QImage appIcon(const QString& source, int pixels) {
+QImage appIcon(const IconTheme& icons, const QString& source, int pixels) {
   if (source.isEmpty() || pixels <= 0 || pixels > maxSide) return {};
   if (QDir::isAbsolutePath(source)) return fromFile(source, pixels);
   if (source.contains(QLatin1Char('/')) || source.size() > maxNameLength) return {};
   QImage themed = fromTheme(source, pixels);
   if (!themed.isNull()) return themed;
-  const QString path = pixmapPath(source);
+  const QString path = icons.fileOf(source);
   return path.isEmpty() ? QImage() : fromFile(path, pixels);
 }
-
-void chooseIconTheme() {
-  QStringList paths = QIcon::themeSearchPaths();
-  for (const QString& data : QStandardPaths::standardLocations(QStandardPaths::GenericDataLocation)) {
-    const QString icons = data + QLatin1String("/icons");
-    if (!paths.contains(icons) && QFileInfo(icons).isDir()) paths.append(icons);
-  }
-  QIcon::setThemeSearchPaths(paths);
-  if (QIcon::themeName().isEmpty() || QIcon::themeName() == QLatin1String("hicolor")) {
-    const QString named = gtkSetting(QStringLiteral("gtk-icon-theme-name"));
-    QIcon::setThemeName(named.isEmpty() ? QStringLiteral("Adwaita") : named);
-  }
-  if (QIcon::fallbackThemeName().isEmpty()) QIcon::setFallbackThemeName(QStringLiteral("Adwaita"));
-}
-
 } // namespace vantle

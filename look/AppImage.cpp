@@ -2,6 +2,7 @@
 #include "look/AppImage.h"
 
 #include "look/AppIcons.h"
+#include "look/LookEngine.h"
 
 #include <QPainter>
 #include <QQuickWindow>
@@ -23,7 +24,8 @@ void AppImage::setSource(const QString& value) {
 void AppImage::load() {
   const qreal scale = window() != nullptr ? window()->effectiveDevicePixelRatio() : 1.0;
   const int pixels = static_cast<int>(std::ceil(std::max(implicitWidth(), width()) * scale));
-  m_image = appIcon(m_source, pixels);
+  const auto* engine = static_cast<LookEngine*>(qmlEngine(this));
+  m_image = appIcon(engine->icons(), m_source, pixels);
   update();
   emit sourceChanged();
 }

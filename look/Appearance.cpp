@@ -7,9 +7,8 @@
 
 namespace vantle {
 
-Appearance::Appearance() {
-  QObject::connect(&m_desktop, &DesktopScheme::changed, &m_desktop, [this] { update(); });
-}
+Appearance::Appearance(ColorScheme& desktop)
+    : m_desktop(desktop), m_observer(desktop.observe([this] { update(); })) {}
 
 void Appearance::apply(AppearanceMode mode) {
   m_mode = mode;

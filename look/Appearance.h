@@ -2,7 +2,9 @@
 #pragma once
 
 #include "engine/AppSettings.h"
-#include "look/DesktopScheme.h"
+#include "look/ports/ColorScheme.h"
+
+#include <memory>
 
 namespace vantle {
 
@@ -10,15 +12,15 @@ namespace vantle {
 // wants that. The look is the application's palette, so every window follows by itself.
 class Appearance {
  public:
-  Appearance();
+  explicit Appearance(ColorScheme& desktop); // which outlives it
 
   void apply(AppearanceMode mode);
-  const DesktopScheme& desktop() const { return m_desktop; }
 
  private:
   void update();
 
-  DesktopScheme m_desktop;
+  ColorScheme& m_desktop;
+  std::unique_ptr<Registration> m_observer;
   AppearanceMode m_mode = AppearanceMode::system;
 };
 

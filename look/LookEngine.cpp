@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "look/LookEngine.h"
 
-#include "look/AppIcons.h"
-#include "look/HeapTrim.h"
 #include "look/Resources.h"
 #include "look/TypeRegistrations.h"
 
@@ -17,12 +15,12 @@ constexpr int pixmapCacheKilobytes = 512;
 int livingEngines = 0;
 } // namespace
 
-LookEngine::LookEngine(AppSettings& settings, QObject* parent) : QQmlEngine(parent), m_settings(settings) {
+LookEngine::LookEngine(AppSettings& settings, IconTheme& icons) : m_settings(settings), m_icons(icons) {
   ++livingEngines;
   registerLookTypes();
   addImportPath(QStringLiteral("qrc:/qt/qml"));
   QPixmapCache::setCacheLimit(pixmapCacheKilobytes);
-  chooseIconTheme();
+  icons.choose();
 }
 
 LookEngine::~LookEngine() {
@@ -36,12 +34,12 @@ void prepareRendering() {
   QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
 }
 
-void giveMemoryBack() {
+void giveMemoryBack(Heap& heap) {
   QPixmapCache::clear();
   // Glyphs and shaping plans, a quarter of a megabyte. The toolkit lets go of them by itself only beyond 4
   // MB, and has no public word for it.
   if (livingEngines == 0) QFontCache::instance()->clear();
-  trimHeap();
+  heap.trim();
 }
 
 } // namespace vantle

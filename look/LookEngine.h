@@ -2,6 +2,8 @@
 #pragma once
 
 #include "engine/AppSettings.h"
+#include "look/ports/Heap.h"
+#include "look/ports/IconTheme.h"
 
 #include <QQmlEngine>
 
@@ -14,15 +16,17 @@ class LookEngine : public QQmlEngine {
   Q_OBJECT
 
  public:
-  explicit LookEngine(AppSettings& settings, QObject* parent = nullptr);
+  LookEngine(AppSettings& settings, IconTheme& icons);
   ~LookEngine() override;
   LookEngine(const LookEngine&) = delete;
   LookEngine& operator=(const LookEngine&) = delete;
 
   AppSettings& settings() const { return m_settings; }
+  const IconTheme& icons() const { return m_icons; }
 
  private:
   AppSettings& m_settings;
+  IconTheme& m_icons;
 };
 
 // Chooses the software renderer. To be called before the first QQuickWindow is made.
@@ -30,6 +34,6 @@ void prepareRendering();
 
 // Hands the heap of a destroyed engine back to the system, and the caches that only windows use once there is
 // no engine left.
-void giveMemoryBack();
+void giveMemoryBack(Heap& heap);
 
 } // namespace vantle

@@ -3,45 +3,41 @@
 
 #include "panel/PanelWindow.h"
 
+#include <chrono>
 #include <utility>
 
 namespace vantle {
 namespace {
 
-constexpr int keepTime = 10'000;   // milliseconds
+constexpr std::chrono::seconds keepTime{10};
 constexpr int sameClickTime = 400; // milliseconds
 
 } // namespace
 
-PanelController::PanelController(Engine& engine, AppSettings& settings, std::function<void()> openSettings,
-                                 std::function<void()> quit)
-    : m_engine(engine), m_settings(settings), m_openSettings(std::move(openSettings)),
-      m_quit(std::move(quit)) {
-  m_discard.setSingleShot(true);
-  m_discard.setInterval(keepTime);
-  connect(&m_discard, &QTimer::timeout, this, &PanelController::discard);
-}
+PanelController::PanelController(Engine& engine, const WindowParts& parts, PanelSurface& surface,
+                                 std::function<void()> openSettings, std::function<void()> quit)
+    : KeptWindow(parts, keepTime), m_engine(engine), m_surface(surface),
+      m_openSettings(std::move(openSettings)), m_quit(std::move(quit)) {}
 
 PanelController::~PanelController() = default;
 
 bool PanelController::isOpen() const { return m_window && m_window->isVisible(); }
 
-void PanelController::ensureWindow() {
-  m_discard.stop();
-  if (m_window) return;
-  prepareRendering();
+void PanelController::make(LookEngine& engine) {
   m_window = std::make_unique<PanelWindow>(
-      m_engine, m_settings, PanelModel::Actions{[this] { openSettings(); }, [this] { quit(); }});
+      engine, m_engine, m_surface, PanelModel::Actions{[this] { openSettings(); }, [this] { quit(); }});
   connect(m_window.get(), &PanelWindow::shown, this, &PanelController::opened);
   connect(m_window.get(), &PanelWindow::dismissed, this, [this] {
     m_sinceClosed.start();
-    m_discard.start();
+    releaseLater();
     emit closed();
   });
 }
 
+void PanelController::destroy() { m_window.reset(); }
+
 void PanelController::show(std::optional<QRect> anchor) {
-  ensureWindow();
+  keep();
   m_window->open(anchor);
 }
 
@@ -68,13 +64,6 @@ void PanelController::openSettings() {
 void PanelController::quit() {
   close();
   m_quit();
-}
-
-void PanelController::discard() {
-  if (isOpen()) return;
-  m_window.reset();
-  giveMemoryBack();
-  emit discarded();
 }
 
 } // namespace vantle

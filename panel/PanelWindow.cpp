@@ -3,7 +3,6 @@
 
 #include "base/Invariant.h"
 #include "base/Names.h"
-#include "panel/Compositing.h"
 #include "panel/PanelPlacement.h"
 #include "panel/Resources.h"
 
@@ -21,17 +20,14 @@ namespace {
 
 constexpr int margin = 4; // to the edges of the screen
 constexpr qreal cornerRadius = 14;
-constexpr int grabRetryInterval = 40; // milliseconds
-constexpr int maxGrabAttempts = 25;   // about as long as anybody holds a button down for a click
 
 } // namespace
 
-PanelWindow::PanelWindow(Engine& engine, AppSettings& settings, PanelModel::Actions actions)
-    : m_engine(settings), m_model(engine, std::move(actions)) {
+PanelWindow::PanelWindow(LookEngine& views, Engine& engine, PanelSurface& surface,
+                         PanelModel::Actions actions)
+    : m_views(views), m_surface(surface), m_model(engine, std::move(actions)) {
   setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
   setTitle(QString::fromLatin1(names::display));
-  m_grabRetry.setInterval(grabRetryInterval);
-  connect(&m_grabRetry, &QTimer::timeout, this, &PanelWindow::grabPointer);
   connect(this, &QQuickWindow::frameSwapped, this, [this] {
     if (std::exchange(m_awaitsFrame, false)) emit shown();
   });
@@ -45,14 +41,14 @@ PanelWindow::~PanelWindow() {
 
 void PanelWindow::makeView() {
   registerPanelTypes();
-  const bool translucent = screenIsComposited();
+  const bool translucent = m_surface.isTranslucent();
   if (translucent) {
     QSurfaceFormat surface = format();
     surface.setAlphaBufferSize(8);
     setFormat(surface);
   }
   setColor(translucent ? Qt::transparent : Qt::black);
-  QQmlComponent component(&m_engine, QUrl(QStringLiteral("qrc:/qt/qml/Vantle/Panel/PanelView.qml")));
+  QQmlComponent component(&m_views, QUrl(QStringLiteral("qrc:/qt/qml/Vantle/Panel/PanelView.qml")));
   QObject* root =
       component.createWithInitialProperties({{QStringLiteral("panel"), QVariant::fromValue(&m_model)},
                                              {QStringLiteral("radius"), translucent ? cornerRadius : 0.0}});
@@ -72,26 +68,17 @@ void PanelWindow::open(std::optional<QRect> anchor) {
   raise();
   requestActivate();
   m_view->forceActiveFocus();
-  m_grabAttempts = 0;
-  if (QGuiApplication::platformName() == QLatin1String("xcb")) m_grabRetry.start();
+  m_surface.followClicks(*this);
   update();
 }
 
 void PanelWindow::dismiss() {
   if (!isVisible()) return;
-  m_grabRetry.stop();
-  setMouseGrabEnabled(false);
+  m_surface.leaveClicks(*this);
   m_awaitsFrame = false;
   m_model.disappear();
   hide();
   emit dismissed();
-}
-
-// A click in a bar or on the empty desktop moves no keyboard focus, so the pointer's grab tells of it. While
-// the click that opened the panel still holds the button down, another program has the grab.
-void PanelWindow::grabPointer() {
-  const bool done = isExposed() && setMouseGrabEnabled(true);
-  if (done || ++m_grabAttempts >= maxGrabAttempts) m_grabRetry.stop();
 }
 
 bool PanelWindow::event(QEvent* event) {
@@ -135,8 +122,7 @@ void PanelWindow::place() {
   const QSize wanted(static_cast<int>(m_view->implicitWidth()),
                      static_cast<int>(std::ceil(m_view->implicitHeight())));
   const QRect target = panelPlace(anchorOn(*screen), wanted, screen->geometry(), available);
-  setScreen(screen);
-  setGeometry(target);
+  m_surface.place(*this, *screen, target);
   m_view->setSize(target.size());
 }
 

@@ -3,9 +3,9 @@
 
 #include "look/LookEngine.h"
 #include "panel/PanelModel.h"
+#include "panel/ports/PanelSurface.h"
 
 #include <QQuickWindow>
-#include <QTimer>
 #include <memory>
 #include <optional>
 
@@ -17,7 +17,7 @@ class PanelWindow : public QQuickWindow {
   Q_OBJECT
 
  public:
-  PanelWindow(Engine& engine, AppSettings& settings, PanelModel::Actions actions);
+  PanelWindow(LookEngine& views, Engine& engine, PanelSurface& surface, PanelModel::Actions actions);
   ~PanelWindow() override;
 
   void open(std::optional<QRect> anchor);
@@ -40,14 +40,12 @@ class PanelWindow : public QQuickWindow {
   QScreen* screenOfAnchor() const;
   QRect anchorOn(const QScreen& screen) const;
   void followScreens();
-  void grabPointer();
 
-  LookEngine m_engine;
+  LookEngine& m_views;
+  PanelSurface& m_surface;
   PanelModel m_model;
   std::unique_ptr<QQuickItem> m_view;
   std::optional<QRect> m_anchor;
-  QTimer m_grabRetry;
-  int m_grabAttempts = 0;
   bool m_awaitsFrame = false;
 };
 

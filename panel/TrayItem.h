@@ -1,27 +1,36 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "base/Registration.h"
+#include "panel/ports/Tray.h"
+
+#include <QRect>
 #include <memory>
+#include <optional>
 
 namespace vantle {
 
-class DesktopScheme;
 class Engine;
 class PanelController;
 
-// The bolt in the tray: filled while a Boost runs. A click opens and closes the panel. It uses the desktop's
-// status notifier service, or where there is none the older embedding of windows; it follows a tray that
-// starts later, ends or is replaced. With no tray at all it does nothing.
+// The bolt in the tray: filled while a Boost runs. A click opens and closes the panel.
 class TrayItem {
  public:
-  TrayItem(Engine& engine, PanelController& panel);
-  ~TrayItem();
+  // All of them outlive the item.
+  TrayItem(Engine& engine, PanelController& panel, Tray& tray);
   TrayItem(const TrayItem&) = delete;
   TrayItem& operator=(const TrayItem&) = delete;
 
  private:
-  class Implementation;
-  std::unique_ptr<Implementation> m_implementation;
+  TrayActions actions();
+  void update();
+
+  Engine& m_engine;
+  PanelController& m_panel;
+  std::optional<QRect> m_lastPlace; // where the icon was last clicked
+  std::optional<bool> m_isFilled;   // as it is shown
+  std::unique_ptr<TrayIcon> m_icon;
+  std::unique_ptr<Registration> m_gameObserver;
 };
 
 } // namespace vantle

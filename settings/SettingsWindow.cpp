@@ -26,10 +26,9 @@ void SettingsWindow::View::closeEvent(QCloseEvent* event) {
   QQuickView::closeEvent(event);
 }
 
-SettingsWindow::SettingsWindow(const SettingsParts& parts, const WindowState& state,
+SettingsWindow::SettingsWindow(LookEngine& engine, const SettingsParts& parts, const WindowState& state,
                                std::function<void()> closed)
-    : m_model(parts, state.pane), m_engine(parts.settings),
-      m_view(&m_engine, [this, call = std::move(closed)] {
+    : m_model(parts, state.pane), m_view(&engine, [this, call = std::move(closed)] {
         m_position = m_view.framePosition();
         m_model.picker()->cancel();
         call();

@@ -20,11 +20,12 @@ struct WindowState {
   std::optional<QPoint> position; // of its frame; absent until it was shown
 };
 
-// The settings window while it costs memory: engine, models and views.
+// The settings window while it costs memory: models and views.
 class SettingsWindow {
  public:
-  // `closed` is called whenever the person closes it, which only hides it.
-  SettingsWindow(const SettingsParts& parts, const WindowState& state, std::function<void()> closed);
+  // `closed` is called whenever the person closes it, which only hides it. The engine outlives the window.
+  SettingsWindow(LookEngine& engine, const SettingsParts& parts, const WindowState& state,
+                 std::function<void()> closed);
   SettingsWindow(const SettingsWindow&) = delete;
   SettingsWindow& operator=(const SettingsWindow&) = delete;
 
@@ -48,7 +49,6 @@ class SettingsWindow {
   void place(const std::optional<QPoint>& position);
 
   SettingsModel m_model;
-  LookEngine m_engine;
   View m_view;
   std::optional<QPoint> m_position;
 };

@@ -1,38 +1,30 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "engine/AppSettings.h"
-#include "engine/Engine.h"
-#include "engine/ports/ApplicationCatalog.h"
-#include "engine/ports/LoginItem.h"
-#include "update/UpdateChecker.h"
+#include "look/KeptWindow.h"
+#include "settings/SettingsWindow.h"
 
-#include <chrono>
 #include <memory>
 
 namespace vantle {
 
 // The one settings window. Closing it only hides it: it comes back on the pane, at the size and in the place
-// where it was left. The memory that it costs is given back a while after it was closed.
-class SettingsWindowController {
+// where it was left.
+class SettingsWindowController final : public KeptWindow {
  public:
-  // The parts outlive the controller.
-  SettingsWindowController(Engine& engine, AppSettings& settings, UpdateChecker& checker,
-                           LoginItem& loginItem, ApplicationCatalog& catalog);
-  ~SettingsWindowController();
-  SettingsWindowController(const SettingsWindowController&) = delete;
-  SettingsWindowController& operator=(const SettingsWindowController&) = delete;
+  // All parts outlive the controller.
+  SettingsWindowController(const SettingsParts& parts, const WindowParts& windowParts);
 
   // Opens the window, or brings the open one to the front. Needs the toolkit's application object.
   void show();
 
-  // How long a closed window keeps its memory, in case it is wanted again.
-  void setReleaseDelay(std::chrono::milliseconds delay);
-  bool holdsMemory() const;
-
  private:
-  class Impl;
-  std::unique_ptr<Impl> m_impl;
+  void make(LookEngine& engine) override;
+  void destroy() override;
+
+  SettingsParts m_parts;
+  WindowState m_state;
+  std::unique_ptr<SettingsWindow> m_window;
 };
 
 } // namespace vantle

@@ -17,13 +17,20 @@ set(update_rooms base engine platform/shared update)
 set(look_rooms base look engine)
 set(panel_rooms base engine platform/shared look panel)
 set(settings_rooms base engine platform/shared look settings update)
-# Of the system that the program was built for, the one header that all systems have.
-set(app_rooms base engine platform/Platform.h platform/shared look panel settings update app)
+set(look/ports_rooms base look/ports)
+set(panel/ports_rooms base panel/ports)
+set(desktop_rooms base look/ports panel/ports platform/shared desktop/Desktop.h desktop/QtEventLoop.h)
+set(desktop/linux_rooms base look/ports panel/ports platform/shared platform/linux/x11 desktop/Desktop.h desktop/linux)
+# Of the system that the program was built for, the headers that all systems have.
+set(app_rooms base engine platform/Platform.h platform/shared look panel settings update desktop/Desktop.h
+    desktop/QtEventLoop.h app)
 
 # What a room includes as <...>. Headers of the C++ standard have no dot in their names; those of every system have,
 # and the toolkit's begin with a Q.
 set(standard "[a-z0-9_]+")
 set(toolkit "(Qt[A-Za-z]+/)?[Qq][A-Za-z_]+(\\.h)?")
+# Of these only one room may know: they are of a system themselves.
+set(toolkit_of_systems "include[ \t]*<[^>]*(DBus|_platform\\.h|qpa/)")
 set(base_headers "${standard}")
 set(engine_headers "${standard}")
 set(engine/ports_headers "${standard}")
@@ -38,20 +45,23 @@ set(update_headers "${standard}|${toolkit}|unicode/[a-z0-9]+\\.h")
 set(look_headers "${standard}|${toolkit}")
 set(panel_headers "${standard}|${toolkit}")
 set(settings_headers "${standard}|${toolkit}")
+set(look/ports_headers "${standard}|${toolkit}")
+set(panel/ports_headers "${standard}|${toolkit}")
+set(desktop_headers "${standard}|${toolkit}")
+set(desktop/linux_headers "${standard}|${toolkit}|xcb/xcb\\.h|malloc\\.h")
 set(app_headers "${standard}|${toolkit}")
-# The one source of all that knows the JSON library; what still asks the system from a room of the toolkit; and the
-# engine's own knowledge that a platform still uses.
-set(exceptions "base/Json.cpp <nlohmann/json.hpp>" "look/HeapTrim.cpp <malloc.h>"
-    "look/LookEngine.cpp <private/qfont_p.h>" "panel/Compositing.cpp <xcb/xcb.h>"
-    "panel/tray/XEmbedIcon.h <xcb/xcb.h>" "platform/linux/LinuxMachine.cpp <engine/AppTrees.h>")
+# The one source of all that knows the JSON library; the one that knows what the toolkit does not tell; and the engine's
+# own knowledge that a platform still uses.
+set(exceptions "base/Json.cpp <nlohmann/json.hpp>" "look/LookEngine.cpp <private/qfont_p.h>"
+    "platform/linux/LinuxMachine.cpp <engine/AppTrees.h>")
 
 set(system_questions
     "__linux__|__APPLE__|_WIN32|__unix__|__FreeBSD__|__MACH__|Q_OS_|TARGET_OS_")
 
-foreach(room base engine engine/ports platform platform/shared platform/posix platform/linux platform/simulated look update panel
-             settings app)
+foreach(room base engine engine/ports platform platform/shared platform/posix platform/linux platform/simulated look look/ports
+             update panel panel/ports settings desktop desktop/linux app)
   set(globbing GLOB_RECURSE)
-  if(room STREQUAL platform)
+  if(room MATCHES "^(platform|desktop)$")
     set(globbing GLOB) # what stands in its folders are rooms of their own
   endif()
   file(${globbing} sources ${ROOT}/${room}/*.cpp ${ROOT}/${room}/*.h ${ROOT}/${room}/*.mm)
@@ -64,6 +74,9 @@ foreach(room base engine engine/ports platform platform/shared platform/posix pl
     foreach(line IN LISTS directives)
       if(line MATCHES "#[ \t]*(el)?if" AND line MATCHES "${system_questions}")
         message(SEND_ERROR "${name} asks which system it is on: ${line}")
+      endif()
+      if(line MATCHES "${toolkit_of_systems}" AND NOT room STREQUAL desktop/linux)
+        message(SEND_ERROR "${name} asks a system through the toolkit: ${line}")
       endif()
       if(line MATCHES "#[ \t]*include[ \t]*\"([^\"]+)\"" AND DEFINED ${room}_rooms)
         set(included ${CMAKE_MATCH_1})

@@ -1,14 +1,19 @@
 // SPDX-License-Identifier: MIT
 // The tray icon and the panel in real trays, clicked with a real pointer.
+#include "desktop/linux/window/Compositing.h"
+#include "platform/shared/PollEventLoop.h"
 #include "tests/desktop/harness/FakeService.h"
 #include "tests/desktop/harness/PrivateBus.h"
 #include "tests/desktop/harness/VirtualDesktop.h"
+#include "tests/desktop/harness/X11Messages.h"
 #include "tests/desktop/harness/XfceTray.h"
 
+#include <csignal>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <memory>
 #include <sstream>
+#include <sys/stat.h>
 
 namespace {
 
@@ -27,9 +32,19 @@ class Tray : public ::testing::Test {
 
   void startHost() {
     m_log = desktop.folder().path() / "host.log";
-    m_host = &desktop.launch({"sh", "-c", "exec \"$0\" >\"$1\" 2>&1", VANTLE_PANEL_HOST, m_log.string()},
+    m_input = desktop.folder().path() / "host.input";
+    ASSERT_EQ(::mkfifo(m_input.c_str(), 0600), 0);
+    m_host = &desktop.launch({"sh", "-c", "exec \"$0\" >\"$1\" 2>&1 <>\"$2\"", VANTLE_PANEL_HOST,
+                              m_log.string(), m_input.string()},
                              {{"QT_QPA_PLATFORM", "xcb"}});
     require("the host", [this] { return countOf("ready") == 1; });
+  }
+
+  // True when it is still taken in, which only the main loop does.
+  bool tells(const std::string& line) {
+    const long before = countOf("done " + line);
+    std::ofstream(m_input) << line << std::endl;
+    return waitUntil([&] { return countOf("done " + line) > before; }, std::chrono::seconds(5));
   }
 
   long countOf(const std::string& start) const {
@@ -64,6 +79,7 @@ class Tray : public ::testing::Test {
   }
 
   std::filesystem::path m_log;
+  std::filesystem::path m_input;
   Program* m_host = nullptr;
 };
 
@@ -238,6 +254,86 @@ TEST_F(ReturningBus, MayComeAfterTheProgram) {
   bus.start();
   const std::unique_ptr<FakeService> watcher = startWatcher();
   expectToBeThere(*watcher);
+}
+
+// The X server takes what it is sent and answers nothing any more, as when it hangs, or when a client that
+// has it for itself does.
+class HungServer {
+ public:
+  explicit HungServer(Program& server) : m_server(server) { m_server.signal(SIGSTOP); }
+  ~HungServer() { m_server.signal(SIGCONT); }
+  HungServer(const HungServer&) = delete;
+  HungServer& operator=(const HungServer&) = delete;
+
+ private:
+  Program& m_server;
+};
+
+// As far as others can see one.
+class Compositor {
+ public:
+  explicit Compositor(const std::string& display) : m_server(xcb_connect(display.c_str(), nullptr)) {
+    const xcb_window_t window = xcb_generate_id(m_server);
+    const xcb_screen_t& screen = *xcb_setup_roots_iterator(xcb_get_setup(m_server)).data;
+    xcb_create_window(m_server, 0, window, screen.root, 0, 0, 1, 1, 0, XCB_WINDOW_CLASS_INPUT_ONLY,
+                      XCB_COPY_FROM_PARENT, 0, nullptr);
+    xcb_set_selection_owner(m_server, window, internAtom(m_server, "_NET_WM_CM_S0"), XCB_CURRENT_TIME);
+    settle(m_server);
+  }
+  ~Compositor() { xcb_disconnect(m_server); }
+  Compositor(const Compositor&) = delete;
+  Compositor& operator=(const Compositor&) = delete;
+
+ private:
+  xcb_connection_t* m_server;
+};
+
+TEST_F(Tray, AnEmbeddedIconChangesWithoutWaitingForAServerThatHangs) {
+  startHost();
+  desktop.launch({"trayer", "--edge", "top", "--align", "left", "--height", "30", "--widthtype", "request"});
+  ASSERT_TRUE(clickUntilOpened(0));
+  ASSERT_TRUE(desktop.run({"xdotool", "key", "Escape"}));
+  EXPECT_TRUE(waitUntil([this] { return countOf("closed") == 1; }));
+  {
+    const HungServer hung(desktop.xServer());
+    EXPECT_TRUE(tells("boost"));
+    EXPECT_TRUE(tells("stop"));
+    EXPECT_TRUE(tells("boost"));
+  }
+  EXPECT_TRUE(clickUntilOpened(1));
+}
+
+TEST_F(Tray, ThePanelIsTranslucentWhereTheScreenIsComposed) {
+  PollEventLoop loop;
+  EXPECT_FALSE(screenIsComposited(loop, desktop.display(), guardLimit));
+  {
+    const Compositor compositor(desktop.display());
+    EXPECT_TRUE(screenIsComposited(loop, desktop.display(), guardLimit));
+  }
+  EXPECT_FALSE(screenIsComposited(loop, ":nowhere", guardLimit));
+}
+
+TEST_F(Tray, ThePanelDoesNotWaitForAServerThatHangs) {
+  PollEventLoop loop;
+  const HungServer hung(desktop.xServer());
+  EXPECT_FALSE(screenIsComposited(loop, desktop.display()));
+}
+
+TEST_F(ReturningBus, MayLoseItsTrayBesideAServerThatHangs) {
+  std::unique_ptr<FakeService> watcher = startWatcher();
+  startHost();
+  expectToBeThere(*watcher);
+  {
+    const HungServer hung(desktop.xServer());
+    watcher.reset(); // from now on a tray of the older kind would do
+    require("its end", [this] { return !desktop.hasBusName("org.kde.StatusNotifierWatcher"); });
+    EXPECT_TRUE(desktop.run({"gdbus", "call", "--session", "--timeout", "5", "--dest", "com.halvo.vantle",
+                             "--object-path", "/com/halvo/vantle", "--method",
+                             "org.freedesktop.Application.ActivateAction", "none", "[]", "{}"}));
+    EXPECT_TRUE(tells("boost"));
+  }
+  desktop.launch({"trayer", "--edge", "top", "--align", "left", "--height", "30", "--widthtype", "request"});
+  EXPECT_TRUE(clickUntilOpened(countOf("opened ")));
 }
 
 } // namespace

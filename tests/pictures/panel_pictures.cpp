@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Draws the panel in every state, light and dark, in every accent, and checks that its texts can be read.
+#include "desktop/Desktop.h"
+#include "desktop/QtEventLoop.h"
 #include "engine/Engine.h"
 #include "look/Appearance.h"
 #include "look/Colors.h"
@@ -80,14 +82,16 @@ const State states[] = {
 bool draw(const State& state, AppearanceMode mode, AccentTheme accent, const QString& path) {
   SimulatedMachine machine;
   AppSettings settings(machine.defaults);
-  Appearance appearance;
+  QtEventLoop loop;
+  const std::unique_ptr<Desktop> desktop = Desktop::make(loop);
+  Appearance appearance(desktop->scheme());
   appearance.apply(mode);
   settings.accent.set(accent);
   Engine engine(machine.ports(), settings);
   SampleDesktop sample;
   state.prepare(machine, engine, sample);
   PanelController panel(
-      engine, settings, [] {}, [] {});
+      engine, {settings, desktop->icons(), desktop->heap()}, desktop->panelSurface(), [] {}, [] {});
   bool shown = false;
   QObject::connect(&panel, &PanelController::opened, &panel, [&shown] { shown = true; });
   panel.show();

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Draws the panes of the settings window and its app picker in every state, light and dark, in every accent,
 // and checks that their texts can be read.
+#include "desktop/Desktop.h"
+#include "desktop/QtEventLoop.h"
 #include "engine/Engine.h"
 #include "look/Appearance.h"
 #include "look/LookEngine.h"
@@ -54,7 +56,7 @@ class Stage {
   }
 
   void show(Pane pane, const QSize& size) {
-    m_window.emplace(SettingsParts{engine, settings, checker, m_login, m_catalog},
+    m_window.emplace(m_views, SettingsParts{engine, settings, checker, m_login, m_catalog},
                      WindowState{pane, size, {}}, [] {});
     m_window->show();
   }
@@ -84,7 +86,9 @@ class Stage {
   Engine engine{machine.ports(), settings};
 
  private:
-  Appearance m_appearance;
+  QtEventLoop m_loop;
+  std::unique_ptr<Desktop> m_desktop = Desktop::make(m_loop);
+  Appearance m_appearance{m_desktop->scheme()};
   SimulatedCatalog m_catalog;
   SimulatedLoginItem m_login;
   FeedServer m_server{certificate()};
@@ -99,6 +103,7 @@ class Stage {
                         {}};
 
  private:
+  LookEngine m_views{settings, m_desktop->icons()};
   std::optional<SettingsWindow> m_window;
 };
 

@@ -3,7 +3,7 @@
 
 #include "base/Pid.h"
 #include "platform/linux/workspace/WindowKind.h"
-#include "platform/linux/workspace/X11Connection.h"
+#include "platform/linux/x11/X11Connection.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/shared/EventLoop.h"
 

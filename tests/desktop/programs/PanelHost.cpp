@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The tray icon and the panel, as the shell has them, over a simulated desktop. Says on its output what
 // happens ("opened X Y WIDTH HEIGHT", "moved X Y WIDTH HEIGHT", "closed", "discarded", "settings", "quit"),
-// and does what it is told on its input: "boost", "stop", "show", "front".
+// and does what it is told on its input ("boost", "stop"), saying "done" with it afterwards.
+#include "desktop/Desktop.h"
+#include "desktop/QtEventLoop.h"
 #include "engine/Engine.h"
 #include "look/Appearance.h"
 #include "panel/PanelController.h"
@@ -37,12 +39,14 @@ int main(int argc, char** argv) {
   QGuiApplication application(argc, argv);
   SimulatedMachine machine;
   AppSettings settings(machine.defaults);
-  Appearance appearance;
+  QtEventLoop loop;
+  const std::unique_ptr<Desktop> desktop = Desktop::make(loop);
+  Appearance appearance(desktop->scheme());
   appearance.apply(AppearanceMode::system);
   Engine engine(machine.ports(), settings);
   const SampleDesktop sample = openSampleDesktop(machine);
   PanelController panel(
-      engine, settings, [] { say("settings"); },
+      engine, {settings, desktop->icons(), desktop->heap()}, desktop->panelSurface(), [] { say("settings"); },
       [] {
         say("quit");
         QCoreApplication::quit();
@@ -55,8 +59,11 @@ int main(int argc, char** argv) {
   });
   QObject::connect(&panel, &PanelController::closed, [] { say("closed"); });
   QObject::connect(&panel, &PanelController::discarded, [] { say("discarded"); });
-  const TrayItem tray(engine, panel);
-  exportApplication(panel, QStringLiteral("com.halvo.vantle"));
+  const TrayItem tray(engine, panel, desktop->tray());
+  const std::unique_ptr<Registration> activation =
+      desktop->activation().answer({.show = [&panel] { panel.show(); },
+                                    .settings = [&panel] { panel.openSettings(); },
+                                    .quit = [&panel] { panel.quit(); }});
 
   QSocketNotifier input(STDIN_FILENO, QSocketNotifier::Read);
   QObject::connect(&input, &QSocketNotifier::activated, [&] {
@@ -67,7 +74,7 @@ int main(int argc, char** argv) {
     }
     if (line == "boost") machine.activate(sample.game);
     if (line == "stop") engine.stopBoost();
-    if (line == "show") panel.show();
+    say("done " + line);
   });
   say("ready");
   return QGuiApplication::exec();

@@ -2,6 +2,8 @@
 // The settings window over a simulated engine, with real files of settings, autostart and apps in the XDG
 // folders. Does what the lines of a pipe say (its only argument), and says "done LINE" after each:
 //   show | boost-front | release-after MILLISECONDS | where LABEL | focus | state | quit
+#include "desktop/Desktop.h"
+#include "desktop/QtEventLoop.h"
 #include "look/Appearance.h"
 #include "look/LookEngine.h"
 #include "platform/linux/catalog/DesktopCatalog.h"
@@ -102,7 +104,7 @@ class Program {
       m_machine.activate(m_desktop.editor);
       m_engine.alwaysBoost();
     }
-    if (verb == "release-after") m_controller.setReleaseDelay(std::chrono::milliseconds(rest.toInt()));
+    if (verb == "release-after") m_controller.setKeepTime(std::chrono::milliseconds(rest.toInt()));
     if (verb == "where") sayWhere(rest);
     if (verb == "focus") say("focus " + view()->activeFocusItem()->property("label").toString());
     if (verb == "state") view() != nullptr ? sayState() : say("no window");
@@ -118,7 +120,9 @@ class Program {
   SimulatedMachine m_machine;
   SampleDesktop m_desktop = openSampleDesktop(m_machine);
   AppSettings m_settings{m_defaults};
-  Appearance m_appearance;
+  QtEventLoop m_loop;
+  std::unique_ptr<Desktop> m_parts = Desktop::make(m_loop);
+  Appearance m_appearance{m_parts->scheme()};
   Engine m_engine{ports(), m_settings};
   UpdateChecker m_checker{configuration(), m_settings, m_machine.clock, [](const std::string& address) {
                             std::printf("opened %s\n", address.c_str());
@@ -127,7 +131,8 @@ class Program {
   AutostartLoginItem m_login{AutostartSetup::from(
       m_folders, [](const char* name) { return std::getenv(name); }, "/usr/bin/vantle")};
   DesktopCatalog m_catalog{std::make_shared<DesktopEntries>(m_folders.allData())};
-  SettingsWindowController m_controller{m_engine, m_settings, m_checker, m_login, m_catalog};
+  SettingsWindowController m_controller{{m_engine, m_settings, m_checker, m_login, m_catalog},
+                                        {m_settings, m_parts->icons(), m_parts->heap()}};
 
   Machine ports() {
     const Machine all = m_machine.ports();

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "look/AppIcons.h"
 
+#include "tests/unit/look/PlainDesktop.h"
+
 #include <QDir>
 #include <QFile>
 #include <QIcon>
@@ -26,11 +28,12 @@ class AppIcons : public ::testing::Test {
   }
 
   QTemporaryDir folder;
+  PlainIcons icons;
 };
 
 TEST_F(AppIcons, AreSquareAndOfTheSizeThatIsWanted) {
-  EXPECT_EQ(appIcon(picture("square.png", {64, 64}), 20).size(), QSize(20, 20));
-  const QImage wide = appIcon(picture("wide.png", {64, 16}), 20);
+  EXPECT_EQ(appIcon(icons, picture("square.png", {64, 64}), 20).size(), QSize(20, 20));
+  const QImage wide = appIcon(icons, picture("wide.png", {64, 16}), 20);
   EXPECT_EQ(wide.size(), QSize(20, 20));
   EXPECT_EQ(wide.pixelColor(10, 1).alpha(), 0) << "above the picture";
   EXPECT_EQ(wide.pixelColor(10, 10), QColor(Qt::red));
@@ -41,16 +44,17 @@ TEST_F(AppIcons, OfNothingOrNonsenseIsNone) {
        {QString(), QString("no-icon-of-this-name"), QString("../../etc/passwd"), QString("a/b"),
         QString(10'000, 'W'), QString("/nowhere/at.png"), folder.path(), QString("/dev/zero"),
         file("empty.png", {}), file("broken.png", "\x89PNG\r\n\x1a\n and no more"), file("text.svg", "<svg")})
-    EXPECT_TRUE(appIcon(source, 20).isNull()) << source.left(80).toStdString();
+    EXPECT_TRUE(appIcon(icons, source, 20).isNull()) << source.left(80).toStdString();
   for (const int pixels : {0, -1, 1'000'000})
-    EXPECT_TRUE(appIcon(picture("good.png", {16, 16}), pixels).isNull()) << pixels;
+    EXPECT_TRUE(appIcon(icons, picture("good.png", {16, 16}), pixels).isNull()) << pixels;
 }
 
 TEST_F(AppIcons, TooLargeIsNotEvenRead) {
-  EXPECT_TRUE(appIcon(file("large.png", QByteArray(9 * 1024 * 1024, 'x')), 20).isNull());
+  EXPECT_TRUE(appIcon(icons, file("large.png", QByteArray(9 * 1024 * 1024, 'x')), 20).isNull());
   // A header that promises 60000 by 60000.
   EXPECT_TRUE(
-      appIcon(file("bomb.svg", "<svg xmlns='http://www.w3.org/2000/svg' width='60000' height='60000'/>"), 20)
+      appIcon(icons,
+              file("bomb.svg", "<svg xmlns='http://www.w3.org/2000/svg' width='60000' height='60000'/>"), 20)
           .isNull());
 }
 
@@ -60,8 +64,11 @@ TEST_F(AppIcons, WithoutAnyThemeAreThoseOfFilesOnly) {
   QIcon::setThemeSearchPaths({folder.path()});
   QIcon::setFallbackThemeName(QString());
   QIcon::setThemeName(QStringLiteral("no-such-theme"));
-  EXPECT_TRUE(appIcon(QStringLiteral("folder"), 20).isNull());
-  EXPECT_FALSE(appIcon(picture("own.png", {32, 32}), 20).isNull());
+  EXPECT_TRUE(appIcon(icons, QStringLiteral("folder"), 20).isNull());
+  EXPECT_FALSE(appIcon(icons, picture("own.png", {32, 32}), 20).isNull());
+  icons.known = QStringLiteral("folder");
+  icons.file = picture("of-old.png", {32, 32});
+  EXPECT_FALSE(appIcon(icons, QStringLiteral("folder"), 20).isNull());
   QIcon::setThemeSearchPaths(paths);
   QIcon::setThemeName(theme);
 }

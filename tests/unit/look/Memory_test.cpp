@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "look/LookEngine.h"
 #include "tests/unit/look/MemoryDefaults.h"
+#include "tests/unit/look/PlainDesktop.h"
 
 #include <QQmlComponent>
 #include <gtest/gtest.h>
@@ -21,26 +22,28 @@ class Engines : public ::testing::Test {
 
   MemoryDefaults defaults;
   AppSettings settings{defaults};
+  PlainIcons icons;
+  CountedHeap heap;
 };
 
 TEST_F(Engines, OneGoesWithoutTheOther) {
-  const auto window = std::make_unique<LookEngine>(settings);
+  const auto window = std::make_unique<LookEngine>(settings, icons);
   EXPECT_TRUE(draws(*window));
   {
-    LookEngine panel(settings);
+    LookEngine panel(settings, icons);
     EXPECT_TRUE(draws(panel));
   }
-  giveMemoryBack();
+  giveMemoryBack(heap);
   EXPECT_TRUE(draws(*window));
 }
 
 TEST_F(Engines, ANewOneKnowsEverythingAfterTheLastHasGone) {
   for (int times = 0; times < 3; ++times) {
     {
-      LookEngine engine(settings);
+      LookEngine engine(settings, icons);
       EXPECT_TRUE(draws(engine));
     }
-    giveMemoryBack();
+    giveMemoryBack(heap);
   }
 }
 

@@ -3,6 +3,7 @@
 #include "look/Colors.h"
 #include "look/LookEngine.h"
 #include "tests/unit/look/MemoryDefaults.h"
+#include "tests/unit/look/PlainDesktop.h"
 
 #include <QDir>
 #include <QGuiApplication>
@@ -26,7 +27,9 @@ class Views : public ::testing::Test {
 
   MemoryDefaults defaults;
   AppSettings settings{defaults};
-  LookEngine engine{settings};
+  PlainScheme scheme;
+  PlainIcons icons;
+  LookEngine engine{settings, icons};
 };
 
 TEST_F(Views, EachOneCanBeMade) {
@@ -39,7 +42,7 @@ TEST_F(Views, EachOneCanBeMade) {
 }
 
 TEST_F(Views, FollowTheAccentAndTheAppearance) {
-  Appearance appearance;
+  Appearance appearance(scheme);
   appearance.apply(AppearanceMode::light);
   const auto tint =
       make("ThemeTint { property color c: Look.accent; property bool d: Look.dark; light: 0.5; dark: 1 }");
@@ -53,6 +56,23 @@ TEST_F(Views, FollowTheAccentAndTheAppearance) {
   EXPECT_EQ(fill->property("color").value<QColor>().alpha(), 255);
   appearance.apply(AppearanceMode::light);
   EXPECT_NEAR(fill->property("color").value<QColor>().alphaF(), 0.5, 0.01);
+}
+
+TEST_F(Views, FollowTheDesktopWhileThePersonWantsThat) {
+  Appearance appearance(scheme);
+  appearance.apply(AppearanceMode::system);
+  const auto words = make("Words { property bool d: Look.dark }");
+  EXPECT_FALSE(words->property("d").toBool());
+  scheme.become(true);
+  EXPECT_TRUE(words->property("d").toBool());
+  appearance.apply(AppearanceMode::light);
+  EXPECT_FALSE(words->property("d").toBool());
+  scheme.become(false);
+  scheme.become(true);
+  EXPECT_FALSE(words->property("d").toBool());
+  appearance.apply(AppearanceMode::system);
+  EXPECT_TRUE(words->property("d").toBool());
+  appearance.apply(AppearanceMode::light);
 }
 
 TEST_F(Views, FiguresOfEqualLengthAreEquallyWide) {

@@ -5,6 +5,7 @@
 #include "panel/PanelController.h"
 #include "panel/PanelWindow.h"
 #include "platform/simulated/SampleDesktop.h"
+#include "tests/unit/look/PlainDesktop.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
@@ -15,6 +16,18 @@
 
 namespace vantle {
 
+// Windows stand where they are put, and nothing tells of clicks elsewhere.
+class PlainSurface final : public PanelSurface {
+ public:
+  bool isTranslucent() override { return true; }
+  void place(QWindow& window, QScreen& screen, const QRect& place) override {
+    window.setScreen(&screen);
+    window.setGeometry(place);
+  }
+  void followClicks(QWindow&) override {}
+  void leaveClicks(QWindow&) override {}
+};
+
 // A simulated desktop with an engine and a panel on it.
 class PanelFixture : public ::testing::Test {
  protected:
@@ -23,7 +36,11 @@ class PanelFixture : public ::testing::Test {
   Engine engine{machine.ports(), settings};
   int settingsOpened = 0;
   int quits = 0;
-  PanelController panel{engine, settings, [this] { ++settingsOpened; }, [this] { ++quits; }};
+  PlainIcons icons;
+  CountedHeap heap;
+  PlainSurface surface;
+  PanelController panel{
+      engine, {settings, icons, heap}, surface, [this] { ++settingsOpened; }, [this] { ++quits; }};
 
   static bool until(const std::function<bool()>& holds) {
     const QDeadlineTimer guard(20'000);

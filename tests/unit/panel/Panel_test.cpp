@@ -325,7 +325,7 @@ TEST_F(Panel, HasNothingBeforeTheFirstOpeningAndNothingAWhileAfterTheLast) {
   EXPECT_EQ(panel.window(), nullptr);
   bool discarded = false;
   QObject::connect(&panel, &PanelController::discarded, &panel, [&discarded] { discarded = true; });
-  panel.setKeepTime(10);
+  panel.setKeepTime(std::chrono::milliseconds(10));
   open();
   panel.close();
   EXPECT_NE(panel.window(), nullptr);
@@ -337,7 +337,7 @@ TEST_F(Panel, HasNothingBeforeTheFirstOpeningAndNothingAWhileAfterTheLast) {
 }
 
 TEST_F(Panel, IsTheSameEachTimeItIsMadeAnew) {
-  panel.setKeepTime(0);
+  panel.setKeepTime(std::chrono::milliseconds(0));
   int discarded = 0;
   QObject::connect(&panel, &PanelController::discarded, &panel, [&discarded] { ++discarded; });
   open();

@@ -3,6 +3,7 @@
 #include "settings/SettingsWindow.h"
 
 #include "platform/simulated/SimulatedMachine.h"
+#include "tests/unit/look/PlainDesktop.h"
 #include "tests/unit/look/ScreenReader.h"
 
 #include <QGuiApplication>
@@ -44,7 +45,9 @@ class Accessibility : public testing::Test {
       {.version = "1.2", .feed = {}, .vendorHost = {}, .authorities = {}}, settings, machine.clock, {}};
   SimulatedLoginItem login;
   SimulatedCatalog catalog;
-  SettingsWindow window{{engine, settings, checker, login, catalog}, {}, [] {}};
+  PlainIcons icons;
+  LookEngine views{settings, icons};
+  SettingsWindow window{views, {engine, settings, checker, login, catalog}, {}, [] {}};
 };
 
 TEST_F(Accessibility, SidebarTellsItsPanesAndTheChosenOne) {

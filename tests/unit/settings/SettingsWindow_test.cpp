@@ -2,6 +2,7 @@
 #include "settings/SettingsWindow.h"
 
 #include "platform/simulated/SimulatedMachine.h"
+#include "tests/unit/look/PlainDesktop.h"
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -14,7 +15,7 @@ namespace {
 class SettingsWindowTest : public testing::Test {
  protected:
   QRect placeAfterShowing(const WindowState& state) {
-    SettingsWindow window({engine, settings, checker, login, catalog}, state, [] {});
+    SettingsWindow window(views, {engine, settings, checker, login, catalog}, state, [] {});
     window.show();
     for (QWindow* each : QGuiApplication::topLevelWindows()) {
       if (each->isVisible()) return each->geometry();
@@ -28,6 +29,8 @@ class SettingsWindowTest : public testing::Test {
   UpdateChecker checker{{}, settings, machine.clock, {}};
   SimulatedLoginItem login;
   SimulatedCatalog catalog;
+  PlainIcons icons;
+  LookEngine views{settings, icons};
 };
 
 TEST_F(SettingsWindowTest, ComesBackWhereItWasButNeverOutOfSight) {

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "look/ports/ColorScheme.h"
+#include "look/ports/Heap.h"
+#include "look/ports/IconTheme.h"
+#include "panel/ports/Activation.h"
+#include "panel/ports/PanelSurface.h"
+#include "panel/ports/Tray.h"
+#include "platform/shared/EventLoop.h"
+
+#include <memory>
+
+namespace vantle {
+
+// The toolkit's side of the system that the build has chosen: one part for each port that the views own. It
+// outlives everything that it has given out.
+class Desktop {
+ public:
+  // Needs the toolkit's application object. The loop outlives the desktop.
+  static std::unique_ptr<Desktop> make(EventLoop& loop);
+  virtual ~Desktop() = default;
+
+  virtual ColorScheme& scheme() = 0;
+  virtual IconTheme& icons() = 0;
+  virtual Heap& heap() = 0;
+  virtual Tray& tray() = 0;
+  virtual PanelSurface& panelSurface() = 0;
+  virtual Activation& activation() = 0;
+};
+
+} // namespace vantle

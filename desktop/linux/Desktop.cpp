@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: MIT
+#include "desktop/Desktop.h"
+
+#include "desktop/linux/GlibcHeap.h"
+#include "desktop/linux/SessionBus.h"
+#include "desktop/linux/activation/ApplicationInterface.h"
+#include "desktop/linux/icons/ThemedIcons.h"
+#include "desktop/linux/scheme/DesktopScheme.h"
+#include "desktop/linux/tray/DesktopTray.h"
+#include "desktop/linux/window/DesktopPanelSurface.h"
+
+namespace vantle {
+namespace {
+
+class FreeDesktop final : public Desktop {
+ public:
+  explicit FreeDesktop(EventLoop& loop) : m_tray(loop, m_bus, m_scheme), m_panelSurface(loop) {}
+
+  ColorScheme& scheme() override { return m_scheme; }
+  IconTheme& icons() override { return m_icons; }
+  Heap& heap() override { return m_heap; }
+  Tray& tray() override { return m_tray; }
+  PanelSurface& panelSurface() override { return m_panelSurface; }
+  Activation& activation() override { return m_activation; }
+
+ private:
+  SessionBus m_bus;
+  DesktopScheme m_scheme{m_bus};
+  ThemedIcons m_icons;
+  GlibcHeap m_heap;
+  DesktopTray m_tray;
+  DesktopPanelSurface m_panelSurface;
+  BusActivation m_activation{m_bus};
+};
+
+} // namespace
+
+std::unique_ptr<Desktop> Desktop::make(EventLoop& loop) { return std::make_unique<FreeDesktop>(loop); }
+
+} // namespace vantle

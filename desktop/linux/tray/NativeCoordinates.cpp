@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+#include "desktop/linux/tray/NativeCoordinates.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+
+namespace vantle {
+
+// A screen keeps the place of its corner; what is within it is scaled.
+QRect fromNative(const QRect& native) {
+  for (const QScreen* screen : QGuiApplication::screens()) {
+    const qreal ratio = screen->devicePixelRatio();
+    const QRect geometry = screen->geometry();
+    const QRectF covered(geometry.topLeft(), QSizeF(geometry.size()) * ratio);
+    if (!covered.contains(native.center())) continue;
+    const QPointF corner = QPointF(native.topLeft() - geometry.topLeft()) / ratio + geometry.topLeft();
+    return {corner.toPoint(), (QSizeF(native.size()) / ratio).toSize().expandedTo({1, 1})};
+  }
+  return native;
+}
+
+} // namespace vantle

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+#include "desktop/linux/window/DesktopPanelSurface.h"
+
+#include "desktop/linux/window/Compositing.h"
+
+#include <QGuiApplication>
+
+namespace vantle {
+namespace {
+
+constexpr int grabRetryInterval = 40; // milliseconds
+constexpr int maxGrabAttempts = 25;   // about as long as anybody holds a button down for a click
+
+bool isOnX11() { return QGuiApplication::platformName() == QLatin1String("xcb"); }
+
+} // namespace
+
+DesktopPanelSurface::DesktopPanelSurface(EventLoop& loop) : m_loop(loop) {
+  m_grabRetry.setInterval(grabRetryInterval);
+  QObject::connect(&m_grabRetry, &QTimer::timeout, &m_grabRetry, [this] { grabPointer(); });
+}
+
+// Wayland always composes, and pictures keep their corners.
+bool DesktopPanelSurface::isTranslucent() { return !isOnX11() || screenIsComposited(m_loop); }
+
+void DesktopPanelSurface::place(QWindow& window, QScreen& screen, const QRect& place) {
+  window.setScreen(&screen);
+  window.setGeometry(place);
+}
+
+void DesktopPanelSurface::followClicks(QWindow& window) {
+  m_grabbing = &window;
+  m_grabAttempts = 0;
+  if (isOnX11()) m_grabRetry.start();
+}
+
+void DesktopPanelSurface::leaveClicks(QWindow& window) {
+  m_grabRetry.stop();
+  window.setMouseGrabEnabled(false);
+}
+
+// A click in a bar or on the empty desktop moves no keyboard focus, so the pointer's grab tells of it. While
+// the click that opened the panel still holds the button down, another program has the grab.
+void DesktopPanelSurface::grabPointer() {
+  const bool done = !m_grabbing || (m_grabbing->isExposed() && m_grabbing->setMouseGrabEnabled(true));
+  if (done || ++m_grabAttempts >= maxGrabAttempts) m_grabRetry.stop();
+}
+
+} // namespace vantle

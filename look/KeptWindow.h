@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "engine/AppSettings.h"
+#include "look/ports/Heap.h"
+#include "look/ports/IconTheme.h"
+
+#include <QObject>
+#include <QTimer>
+#include <chrono>
+#include <memory>
+
+namespace vantle {
+
+class LookEngine;
+
+// What every window is made with. All of it outlives the window.
+struct WindowParts {
+  AppSettings& settings;
+  IconTheme& icons;
+  Heap& heap;
+};
+
+// A window that costs memory only while it is wanted. Nothing of the view toolkit's engine exists before it
+// is first opened; once closed it is kept for a while, so that it is back in a blink, and then given up with
+// its engine and their memory.
+class KeptWindow : public QObject {
+  Q_OBJECT
+
+ public:
+  ~KeptWindow() override;
+  KeptWindow(const KeptWindow&) = delete;
+  KeptWindow& operator=(const KeptWindow&) = delete;
+
+  bool holdsMemory() const { return m_engine != nullptr; }
+  // How long a closed window is kept, in case it is wanted again.
+  void setKeepTime(std::chrono::milliseconds time) { m_release.setInterval(time); }
+
+ signals:
+  void discarded(); // the window and its engine are gone and their memory is given back
+
+ protected:
+  KeptWindow(const WindowParts& parts, std::chrono::milliseconds keepTime);
+
+  void keep();         // it is about to be shown: makes it unless it is there
+  void releaseLater(); // it was closed
+
+  // The window, drawn by that engine, and its end. The engine outlives the window.
+  virtual void make(LookEngine& engine) = 0;
+  virtual void destroy() = 0;
+
+ private:
+  void release();
+
+  WindowParts m_parts;
+  std::unique_ptr<LookEngine> m_engine;
+  QTimer m_release;
+};
+
+} // namespace vantle

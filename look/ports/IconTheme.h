@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+
+namespace vantle {
+
+// Where the desktop keeps the pictures of apps that are known by a name.
+class IconTheme {
+ public:
+  virtual ~IconTheme() = default;
+
+  // Makes sure that the toolkit finds themed icons. Called before each window is made.
+  virtual void choose() = 0;
+  // The file of an icon that is in no theme; empty when there is none. The name holds no slash.
+  virtual QString fileOf(const QString& name) const = 0;
+};
+
+} // namespace vantle

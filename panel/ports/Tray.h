@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QImage>
+#include <QRect>
+#include <QString>
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace vantle {
+
+// What an icon in the tray shows at one moment.
+struct TrayFace {
+  // Square, `pixels` on a side, to be seen on a dark or on a light bar.
+  std::function<QImage(int pixels, bool onDark)> picture;
+  QString state; // in words
+};
+
+// What a person can do with an icon. Called on the main loop, never within a call of the tray's; once,
+// however often it was asked for until then.
+struct TrayActions {
+  struct Entry {
+    QString label; // empty for a line between entries
+    std::function<void()> chosen;
+  };
+
+  std::function<void(QRect)> clicked; // where the icon is, in device-independent screen coordinates
+  std::vector<Entry> menu;
+};
+
+// One icon in the tray, which leaves it when it is destroyed. With no tray at all nobody sees it; it follows
+// a tray that starts later, ends or is replaced.
+class TrayIcon {
+ public:
+  virtual ~TrayIcon() = default;
+
+  virtual void show(const TrayFace& face) = 0;
+};
+
+// The desktop's tray, also where it is none.
+class Tray {
+ public:
+  virtual ~Tray() = default;
+
+  // The tray outlives the icon. It says by itself whether its bar is dark.
+  virtual std::unique_ptr<TrayIcon> add(TrayActions actions) = 0;
+};
+
+} // namespace vantle

@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: MIT
+#include "look/KeptWindow.h"
+
+#include "look/LookEngine.h"
+#include "tests/unit/look/MemoryDefaults.h"
+#include "tests/unit/look/PlainDesktop.h"
+
+#include <QCoreApplication>
+#include <QPointer>
+#include <gtest/gtest.h>
+
+namespace vantle {
+namespace {
+
+using std::chrono::milliseconds;
+
+class CountedWindow final : public KeptWindow {
+ public:
+  explicit CountedWindow(const WindowParts& parts) : KeptWindow(parts, milliseconds(0)) {}
+
+  void open() { keep(); }
+  void close() { releaseLater(); }
+
+  int made = 0;
+  int destroyed = 0;
+  QPointer<LookEngine> engine;
+
+ private:
+  void make(LookEngine& views) override {
+    ++made;
+    engine = &views;
+  }
+  void destroy() override {
+    EXPECT_FALSE(engine.isNull()) << "it outlives the window";
+    ++destroyed;
+  }
+};
+
+class Kept : public testing::Test {
+ protected:
+  void waitForRelease() {
+    const int before = heap.trims;
+    while (heap.trims == before) QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+  }
+
+  MemoryDefaults defaults;
+  AppSettings settings{defaults};
+  PlainIcons icons;
+  CountedHeap heap;
+  CountedWindow window{{settings, icons, heap}};
+};
+
+TEST_F(Kept, WindowIsMadeWhenItIsFirstOpenedAndGoneAWhileAfterItWasClosed) {
+  EXPECT_FALSE(window.holdsMemory());
+  for (int times = 1; times <= 3; ++times) {
+    window.open();
+    EXPECT_EQ(window.made, times);
+    EXPECT_TRUE(window.holdsMemory());
+    window.close();
+    EXPECT_TRUE(window.holdsMemory());
+    waitForRelease();
+    EXPECT_EQ(window.destroyed, times);
+    EXPECT_FALSE(window.holdsMemory());
+    EXPECT_TRUE(window.engine.isNull());
+    EXPECT_EQ(heap.trims, times);
+  }
+}
+
+TEST_F(Kept, WindowThatIsWantedAgainInTimeIsTheSame) {
+  window.open();
+  window.close();
+  window.open();
+  QCoreApplication::processEvents();
+  EXPECT_EQ(window.made, 1);
+  EXPECT_EQ(window.destroyed, 0);
+  EXPECT_TRUE(window.holdsMemory());
+}
+
+} // namespace
+} // namespace vantle

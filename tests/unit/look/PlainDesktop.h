@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "base/Observers.h"
+#include "look/ports/ColorScheme.h"
+#include "look/ports/Heap.h"
+#include "look/ports/IconTheme.h"
+
+#include <utility>
+
+namespace vantle {
+
+// A desktop that has nothing of its own.
+class PlainScheme final : public ColorScheme {
+ public:
+  bool isDark() const override { return m_isDark; }
+  std::unique_ptr<Registration> observe(std::function<void()> changed) override {
+    return m_observers.add(std::move(changed));
+  }
+  void become(bool dark) {
+    m_isDark = dark;
+    m_observers.notify();
+  }
+
+ private:
+  bool m_isDark = false;
+  Observers<> m_observers;
+};
+
+class PlainIcons final : public IconTheme {
+ public:
+  void choose() override {}
+  QString fileOf(const QString& name) const override { return name == known ? file : QString(); }
+
+  QString known; // the only one that has a file
+  QString file;
+};
+
+class CountedHeap final : public Heap {
+ public:
+  void trim() override { ++trims; }
+
+  int trims = 0;
+};
+
+} // namespace vantle
