@@ -4,15 +4,23 @@
 #include "look/Resources.h"
 #include "look/TypeRegistrations.h"
 
+#include <QFontDatabase>
 #include <QPixmapCache>
 #include <QQuickWindow>
-#include <private/qfont_p.h>
 
 namespace vantle {
 namespace {
 // Themed icons on their way into views; the toolkit's 10 MB is waste.
 constexpr int pixmapCacheKilobytes = 512;
 int livingEngines = 0;
+
+// Glyphs, shaping plans and the list of all fonts, up to a megabyte. The toolkit lets go of them by itself
+// only beyond 4 MB; but also when the fonts that the program has brought along are taken away, be they none
+// at all.
+void forgetFonts() {
+  QFontDatabase::addApplicationFontFromData(QByteArrayLiteral("none"));
+  QFontDatabase::removeAllApplicationFonts();
+}
 } // namespace
 
 LookEngine::LookEngine(AppSettings& settings, IconTheme& icons) : m_settings(settings), m_icons(icons) {
@@ -36,9 +44,7 @@ void prepareRendering() {
 
 void giveMemoryBack(Heap& heap) {
   QPixmapCache::clear();
-  // Glyphs and shaping plans, a quarter of a megabyte. The toolkit lets go of them by itself only beyond 4
-  // MB, and has no public word for it.
-  if (livingEngines == 0) QFontCache::instance()->clear();
+  if (livingEngines == 0) forgetFonts();
   heap.trim();
 }
 

@@ -3,6 +3,7 @@
 #include "tests/unit/look/MemoryDefaults.h"
 #include "tests/unit/look/PlainDesktop.h"
 
+#include <QGuiApplication>
 #include <QQmlComponent>
 #include <gtest/gtest.h>
 #include <memory>
@@ -45,6 +46,21 @@ TEST_F(Engines, ANewOneKnowsEverythingAfterTheLastHasGone) {
     }
     giveMemoryBack(heap);
   }
+}
+
+TEST_F(Engines, TakeTheToolkitsFontsWithThemWhenTheLastGoes) {
+  int forgotten = 0;
+  const auto connection = QObject::connect(qGuiApp, &QGuiApplication::fontDatabaseChanged, qGuiApp,
+                                           [&forgotten] { ++forgotten; });
+  {
+    LookEngine engine(settings, icons);
+    EXPECT_TRUE(draws(engine));
+    giveMemoryBack(heap);
+    EXPECT_EQ(forgotten, 0) << "they are in use";
+  }
+  giveMemoryBack(heap);
+  EXPECT_GT(forgotten, 0);
+  QObject::disconnect(connection);
 }
 
 } // namespace
