@@ -8,7 +8,8 @@ namespace vantle {
 
 namespace {
 
-constexpr std::chrono::milliseconds longestPause{1000};
+// A thread that computes has its last value back when it has used as much processor time as a fork may take.
+constexpr std::chrono::milliseconds longestPause{250};
 // Password prompts and mounts take seconds; a shell of another user may stay for days.
 constexpr std::chrono::milliseconds firstRefusedPause{1000};
 constexpr std::chrono::milliseconds longestRefusedPause{60'000};

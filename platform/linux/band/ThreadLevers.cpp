@@ -157,7 +157,9 @@ ThreadLevers::Entered ThreadLevers::enterThread(Pid tid, const Plan& plan, bool 
     return {Outcome::refused};
   }
   const bool narrow = isNew && mayNarrow(tid);
-  mark.affinityNarrowed = mark.affinityNarrowed || narrow;
+  // It was slowed before, and has put an I/O priority of its own over the mark that told of it.
+  const bool isStillNarrow = isNew && !earlier && isStray(tid);
+  mark.affinityNarrowed = mark.affinityNarrowed || narrow || isStillNarrow;
 
   Change change = mark.encode() == *priority ? Change::done : setMark(tid, mark, *priority);
   if (change == Change::done && slowClass) {
@@ -259,6 +261,11 @@ void ThreadLevers::releaseUnmarked(Pid pid, bool isCertain) {
   forEachThread(m_kernel, pid, Order::mainLast, {}, [&](Pid tid) {
     return threadMark(tid) || releaseThread(tid, isCertain) ? Visit::goOn : Visit::nothing;
   });
+}
+
+bool ThreadLevers::isStray(Pid tid) {
+  const std::optional<ThreadActivity> thread = m_kernel.activity(tid);
+  return thread && isStray(tid, thread->startTicks);
 }
 
 bool ThreadLevers::isStray(Pid pid, std::uint64_t startTicks) {

@@ -110,6 +110,7 @@ class ThreadLevers {
   enum class GivenBack { something, nothing, refused, gone };
   GivenBack giveBack(Pid tid, const ThreadMark& mark);
   bool releaseThread(Pid tid, bool isCertain); // true when it had something of this program's
+  bool isStray(Pid tid);
   bool wasBornClean(Pid tid) const;
   bool mayBeForking(Pid tid, std::map<Pid, Doubt>& doubts);
   bool isKnown(Pid tid, std::map<Pid, Doubt>& doubts) const;
