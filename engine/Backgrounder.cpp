@@ -198,9 +198,9 @@ bool Backgrounder::sortOut(const AppTrees& trees, const std::vector<Entering>& e
   std::vector<ProcessIdentity> freed;
   std::vector<std::pair<Pid, ProcessIdentity>> handedOver;
   for (auto& [root, app] : m_managed) {
-    std::erase_if(app.members, [&, app = root](const ProcessIdentity& member) {
+    std::erase_if(app.members, [&, holder = root](const ProcessIdentity& member) {
       const Pid owner = trees.ownerOf(member);
-      if (owner == 0 || owner == app) return false;
+      if (owner == 0 || owner == holder) return false;
       if (m_managed.contains(owner)) {
         handedOver.emplace_back(owner, member);
       } else if (!isListed(owner)) {

@@ -81,9 +81,9 @@ void Journal::restoreAllAndClear(const ProcessTable& processes, BackgroundBand& 
 void Journal::save() {
   Json::Array document;
   for (const ProcessIdentity& identity : m_entries) {
-    document.push_back(Json::Object{{"pid", std::int64_t{identity.pid}},
-                                    {"startSec", identity.startSec},
-                                    {"startUsec", identity.startUsec}});
+    document.emplace_back(Json::Object{{"pid", std::int64_t{identity.pid}},
+                                       {"startSec", identity.startSec},
+                                       {"startUsec", identity.startUsec}});
   }
   m_files.writeAtomically(m_url, Json(std::move(document)).text());
 }
