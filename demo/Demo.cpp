@@ -93,6 +93,15 @@ class Demo {
     return shares;
   }
 
+  // A useful app, or which one this machine cannot show and why.
+  void sayWhatIsUseful(const std::string& app, const std::string& missing, const std::string& whyMissing) {
+    m_report.say(whyMissing.empty() ? "and " + app : "not shown here: " + missing + " (" + whyMissing + ")");
+  }
+
+  void sayHowTheToneWas() {
+    if (m_stage.whyNoSound().empty()) m_report.say("the tone broke off " + times(m_breaks) + " meanwhile");
+  }
+
   void checkUsefulApps() {
     for (const Stage::App& app : m_stage.usefulApps()) {
       m_report.check(sameAsBefore(m_before.at(app.name), appState(m_processes, app.pid())),
@@ -108,15 +117,14 @@ class Demo {
     m_before = m_stage.states();
     m_report.say("in front: " + m_stage.game().name);
     for (const Stage::App& app : m_stage.apps()) m_report.say("beside it: " + app.name);
-    m_report.say("and Music, which plays a tone through a child process");
-    m_report.say(
-        m_stage.hasLoginDaemon()
-            ? "and Download, which keeps the machine awake with an inhibitor of logind's"
-            : "not shown here: an app that keeps the machine awake, since no login daemon can be had");
+    sayWhatIsUseful("Music, which plays a tone through a child process", "an app that is heard",
+                    m_stage.whyNoSound());
+    sayWhatIsUseful("Download, which keeps the machine awake with an inhibitor of logind's",
+                    "an app that keeps the machine awake", m_stage.whyNoLoginDaemon());
     m_report.say("processor time, in parts of one processor: the game " +
                  percent(m_sharesBefore.at(m_stage.game().name)) + ", the hog " +
                  percent(m_sharesBefore.at(hog)));
-    m_report.say("the tone broke off " + times(m_breaks) + " meanwhile");
+    sayHowTheToneWas();
     takePicture("1-before.png", "The game shares the machine with everything else");
   }
 
@@ -159,7 +167,7 @@ class Demo {
                  percent(m_sharesBefore.at(hog)) + ")");
     m_report.check(shares.at(gameName) > m_sharesBefore.at(gameName), "the game gets more than before");
     m_report.check(shares.at(hog) < m_sharesBefore.at(hog), "the hog gets less than before");
-    m_report.say("the tone broke off " + times(m_breaks) + " meanwhile");
+    sayHowTheToneWas();
     takePicture("2-boost.png", "The Boost: everything but the game is in the background");
     takePictureWithPanel("2-panel.png", "The panel tells what the Boost does");
     // The window manager decides who is in front after the panel: an app other than the game would be spared.

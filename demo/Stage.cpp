@@ -36,6 +36,7 @@ std::string toneLog(const desktop::VirtualDesktop& screen) { return screen.logs(
 } // namespace
 
 Stage::Stage(const ProcessTable& processes) : m_processes(processes), m_desktop(options()) {
+  startSound();
   startLoginDaemon();
   m_apps.push_back(start("XTerm", {"xterm", "-geometry", "60x14+20+20"}));
   m_apps.push_back(start("Mousepad", {"mousepad"}));
@@ -44,11 +45,27 @@ Stage::Stage(const ProcessTable& processes) : m_processes(processes), m_desktop(
   m_apps.push_back(
       startInTerminal("CPU hog", "60x8+20+520",
                       "echo This window keeps two processors busy.; yes >/dev/null & exec yes >/dev/null"));
+  if (m_whyNoSound.empty()) startMusic();
+  if (m_whyNoLoginDaemon.empty()) startDownload();
+}
+
+// What a machine cannot have is no part of the demo; the rest does not need it.
+void Stage::startSound() {
+  try {
+    m_sound.emplace(m_desktop);
+  } catch (const std::runtime_error& failure) {
+    m_whyNoSound = failure.what();
+  }
+}
+
+void Stage::startMusic() {
   m_usefulApps.push_back(startInTerminal(
       "Music", "60x8+20+760",
       "echo This window plays a quiet tone.; exec '" VANTLE_TONE_PLAYER "' >'" + toneLog(m_desktop) + "'"));
   require("the tone", [this] { return toneSaid("playing") > 0; });
-  if (!m_hasLoginDaemon) return;
+}
+
+void Stage::startDownload() {
   m_usefulApps.push_back(startInTerminal("Download", "60x8+20+1000",
                                          std::string("echo This window keeps the machine awake.; exec ") +
                                              keepAwake + " sleep 600"));
@@ -58,11 +75,14 @@ Stage::Stage(const ProcessTable& processes) : m_processes(processes), m_desktop(
 }
 
 void Stage::startLoginDaemon() {
-  m_hasLoginDaemon = m_desktop.run({"sh", "-c", std::string(keepAwake) + " true"});
-  if (m_hasLoginDaemon || !desktop::Logind::isPossible()) return;
-  m_logind.emplace();
-  m_desktop.setEnvironment("DBUS_SYSTEM_BUS_ADDRESS", m_logind->bus().address());
-  m_hasLoginDaemon = true;
+  if (m_desktop.run({"sh", "-c", std::string(keepAwake) + " true"})) return;
+  try {
+    if (!desktop::Logind::isPossible()) throw std::runtime_error("not installed, or not for this user");
+    m_logind.emplace();
+    m_desktop.setEnvironment("DBUS_SYSTEM_BUS_ADDRESS", m_logind->bus().address());
+  } catch (const std::runtime_error& failure) {
+    m_whyNoLoginDaemon = failure.what();
+  }
 }
 
 Stage::App Stage::start(const std::string& name, std::vector<std::string> command) {

@@ -35,7 +35,9 @@ class Stage {
     return m_usefulApps;
   }                                              // one that is heard, one that keeps awake
   const App& app(const std::string& name) const; // one of either
-  bool hasLoginDaemon() const { return m_hasLoginDaemon; }
+  // Why this machine shows no app that keeps it awake, or none that is heard; empty where it does.
+  const std::string& whyNoLoginDaemon() const { return m_whyNoLoginDaemon; }
+  const std::string& whyNoSound() const { return m_whyNoSound; }
   App& game() { return m_game; }
 
   void startGame();
@@ -45,7 +47,7 @@ class Stage {
   bool showPanel(); // as an app menu does; true when it can be seen
   void hidePanel();
 
-  long soundBreaks() const { return toneSaid("break"); } // of the tone, so far
+  long soundBreaks() const { return toneSaid("break"); } // of the tone, so far; none without sound
   desktop::NotificationDaemon& notices() { return m_notices; }
   desktop::Program& startMemoryPressure(); // of the whole machine, in the kernel's eyes
 
@@ -57,15 +59,19 @@ class Stage {
   App start(const std::string& name, std::vector<std::string> command);
   // A terminal window that is an app of its own, with its own desktop file.
   App startInTerminal(const std::string& name, const std::string& place, const std::string& script);
+  void startSound();
   void startLoginDaemon();
+  void startMusic();
+  void startDownload();
   long toneSaid(const std::string& word) const;
 
   const ProcessTable& m_processes;
   desktop::VirtualDesktop m_desktop;
-  desktop::SoundServer m_sound{m_desktop};
+  std::optional<desktop::SoundServer> m_sound; // absent where none starts
   desktop::NotificationDaemon m_notices{m_desktop};
   std::optional<desktop::Logind> m_logind; // absent as well where the machine's own serves
-  bool m_hasLoginDaemon = false;
+  std::string m_whyNoLoginDaemon;
+  std::string m_whyNoSound;
   std::vector<App> m_apps;
   std::vector<App> m_usefulApps;
   App m_game;

@@ -45,7 +45,6 @@ std::string wave() {
 SoundServer::SoundServer(VirtualDesktop& desktop)
     : m_desktop(desktop), m_pulseSocket(desktop.runtimeDir() / "pulse/native"),
       m_tone(desktop.folder().write("tone.wav", wave())) {
-  m_desktop.setEnvironment("SDL_AUDIODRIVER", "pulseaudio");
   m_desktop.launch({"pipewire"});
   require("PipeWire", [&] { return fs::is_socket(m_desktop.runtimeDir() / "pipewire-0"); });
   // Its part for Bluetooth ends the whole of it on a machine without logind.
@@ -57,6 +56,7 @@ SoundServer::SoundServer(VirtualDesktop& desktop)
   }
   m_desktop.launch({"wireplumber"});
   startPulse();
+  m_desktop.setEnvironment("SDL_AUDIODRIVER", "pulseaudio");
 }
 
 void SoundServer::startPulse() {
