@@ -18,6 +18,7 @@ struct Player {
   pa_mainloop* loop = nullptr;
   pa_mainloop_api* api = nullptr;
   pa_stream* stream = nullptr;
+  bool isPaused = false; // as it was told
   std::uint64_t position = 0;
   int breaks = 0;
 };
@@ -43,21 +44,30 @@ void countBreak(pa_stream*, void* data) {
   say("break");
 }
 
-void cork(Player& player, bool pause) {
+void cork(const Player& player) {
   pa_operation* operation = pa_stream_cork(
-      player.stream, pause ? 1 : 0,
+      player.stream, player.isPaused ? 1 : 0,
       [](pa_stream* stream, int, void*) { say(pa_stream_is_corked(stream) == 1 ? "paused" : "playing"); },
       nullptr);
   if (operation) pa_operation_unref(operation);
+}
+
+bool isReady(pa_stream* stream) { return stream && pa_stream_get_state(stream) == PA_STREAM_READY; }
+
+// A server may tell others of the stream before it tells who plays it, who could be told to pause meanwhile.
+void streamChanged(pa_stream* stream, void* data) {
+  const Player& player = *static_cast<Player*>(data);
+  if (isReady(stream) && player.isPaused) cork(player);
 }
 
 void takeSignal(pa_mainloop_api* api, pa_signal_event*, int number, void* data) {
   Player& player = *static_cast<Player*>(data);
   if (number == SIGTERM) {
     api->quit(api, 0);
-  } else if (player.stream) {
-    cork(player, number == SIGUSR1);
+    return;
   }
+  player.isPaused = number == SIGUSR1;
+  if (isReady(player.stream)) cork(player);
 }
 
 void connected(pa_context* context, void* data) {
@@ -67,6 +77,7 @@ void connected(pa_context* context, void* data) {
   if (state != PA_CONTEXT_READY) return;
   const pa_sample_spec format{PA_SAMPLE_S16NE, rate, 1};
   player.stream = pa_stream_new(context, "tone", &format, nullptr);
+  pa_stream_set_state_callback(player.stream, streamChanged, &player);
   pa_stream_set_write_callback(player.stream, fill, &player);
   pa_stream_set_underflow_callback(player.stream, countBreak, &player);
   pa_stream_set_started_callback(
