@@ -130,7 +130,8 @@ void PanelWindow::followScreens() {
   const auto placeIfOpen = [this] {
     if (isVisible()) place();
   };
-  connect(qApp, &QGuiApplication::screenRemoved, this, placeIfOpen);
+  // Later: while Qt 6.8 says it, the screen is still there for whoever asks which one a point is on.
+  connect(qApp, &QGuiApplication::screenRemoved, this, placeIfOpen, Qt::QueuedConnection);
   connect(qApp, &QGuiApplication::primaryScreenChanged, this, placeIfOpen);
   const auto follow = [this, placeIfOpen](QScreen* screen) {
     connect(screen, &QScreen::geometryChanged, this, placeIfOpen);
