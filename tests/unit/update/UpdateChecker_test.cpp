@@ -32,13 +32,6 @@ const TestCertificate& goodCertificate() {
 
 class UpdateCheckerTest : public testing::Test {
  protected:
-  static void SetUpTestSuite() {
-    static int argc = 1;
-    static std::string name = "update_tests";
-    static char* argv[] = {name.data(), nullptr};
-    if (QCoreApplication::instance() == nullptr) static QCoreApplication application(argc, argv);
-  }
-
   UpdateConfiguration configuration(const FeedServer& asked) const {
     return {.version = "1.9",
             .feed = asked.address(),
