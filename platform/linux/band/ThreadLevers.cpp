@@ -106,30 +106,37 @@ void ThreadLevers::refresh() {
 bool ThreadLevers::enter(Pid pid, const Plan& plan, const ThreadsSeen& seen) {
   const std::optional<ThreadMark> before = mark(pid);
   const bool isNew = !before || before->isLeaving;
-  m_departing.erase(pid);
+  auto departing = m_departing.extract(pid);
   bool refused = false;
   bool marked = false;
   bool slowedByClass = false;
   forEachThread(m_kernel, pid, Order::mainFirst, seen, [&](Pid tid) {
-    const Entered entered = enterThread(tid, plan, isNew);
+    const bool isInDoubt = departing && departing.mapped().doubts.contains(tid);
+    const Entered entered = enterThread(tid, plan, isNew, isInDoubt);
     refused = refused || entered.outcome == Outcome::refused;
     marked = marked || entered.outcome == Outcome::done;
     slowedByClass = slowedByClass || entered.slowedByClass;
     return refused ? Visit::stop : Visit::goOn;
   });
   if (plan.classIsTheEffect && !slowedByClass) refused = true;
-  if (refused && isNew) leave(pid, before && before->sessionLowered);
+  if (refused && isNew) {
+    if (departing) {
+      departing.mapped().isSlowedAgain = true;
+      m_departing.insert(std::move(departing));
+    }
+    leave(pid, before && before->sessionLowered);
+  }
   return marked && !refused;
 }
 
 void ThreadLevers::complete(Pid pid, const Plan& plan) {
   forEachThread(m_kernel, pid, Order::mainFirst, {}, [&](Pid tid) {
-    if (!threadMark(tid)) enterThread(tid, plan, /*isNew=*/true);
+    if (!threadMark(tid)) enterThread(tid, plan, /*isNew=*/true, /*isInDoubt=*/false);
     return Visit::goOn;
   });
 }
 
-ThreadLevers::Entered ThreadLevers::enterThread(Pid tid, const Plan& plan, bool isNew) {
+ThreadLevers::Entered ThreadLevers::enterThread(Pid tid, const Plan& plan, bool isNew, bool isInDoubt) {
   const Answer<int> priority = m_kernel.ioPriority(tid);
   if (!priority) return {priority.isGone ? Outcome::gone : Outcome::refused};
   const Answer<Scheduling> scheduling = m_kernel.scheduling(tid);
@@ -141,8 +148,12 @@ ThreadLevers::Entered ThreadLevers::enterThread(Pid tid, const Plan& plan, bool 
   if (!remembered || isRealTimeIo(*remembered)) return {Outcome::refused};
 
   ThreadMark mark = *remembered;
-  if (mark.isLeaving && scheduling->policy != SCHED_IDLE) mark.schedulingClass = SchedulingClass::unchanged;
-  if (mark.isLeaving) mark.affinityNarrowed = mark.affinityNarrowed && isOurNarrowing(tid);
+  // Of one that left the mark tells what it handed to a child which may still be on its way. Otherwise what
+  // it has now is its own.
+  if (mark.isLeaving && !isInDoubt) {
+    if (scheduling->policy != SCHED_IDLE) mark.schedulingClass = SchedulingClass::unchanged;
+    mark.affinityNarrowed = mark.affinityNarrowed && isOurNarrowing(tid);
+  }
   mark.isLeaving = false;
   mark.sessionLowered = mark.sessionLowered || plan.sessionLowered;
   const bool isFair = scheduling->policy == SCHED_OTHER || scheduling->policy == SCHED_BATCH;
@@ -212,12 +223,13 @@ bool ThreadLevers::leave(Pid pid, bool keepSession, const ThreadsSeen& seen) {
   Departure departure;
   if (earlier) departure = std::move(earlier.mapped());
   departure.keepSession = keepSession;
+  const bool isSlowedAgain = std::exchange(departure.isSlowedAgain, false);
   bool refused = false;
   bool found = false;
   // The main thread comes last: as long as it is marked, the process is found again after a crash.
   const bool isWhole = forEachThread(m_kernel, pid, Order::mainLast, seen, [&](Pid tid) {
     found = true;
-    const std::optional<bool> isOut = leaveThread(tid, departure);
+    const std::optional<bool> isOut = leaveThread(tid, departure, isSlowedAgain);
     refused = refused || isOut == false;
     return isOut ? Visit::goOn : Visit::nothing;
   });
@@ -283,7 +295,7 @@ bool ThreadLevers::releaseThread(Pid tid, bool isCertain) {
   return isSlow || isNarrow;
 }
 
-std::optional<bool> ThreadLevers::leaveThread(Pid tid, Departure& departure) {
+std::optional<bool> ThreadLevers::leaveThread(Pid tid, Departure& departure, bool isSlowedAgain) {
   const Answer<int> before = m_kernel.ioPriority(tid);
   const std::optional<ThreadMark> mark = before ? ThreadMark::decode(*before) : std::nullopt;
   if (!mark) {
@@ -292,12 +304,13 @@ std::optional<bool> ThreadLevers::leaveThread(Pid tid, Departure& departure) {
     return std::nullopt;
   }
   // Once is enough: what it is after that is somebody else's choice.
+  const bool isAgain = isKnown(tid, departure.doubts);
   GivenBack given = GivenBack::something;
-  if (!isKnown(tid, departure.doubts)) given = giveBack(tid, *mark);
+  if (!isAgain || isSlowedAgain) given = giveBack(tid, *mark);
   if (given == GivenBack::gone || given == GivenBack::refused) return given == GivenBack::gone;
   ThreadMark rest = *mark;
   rest.isLeaving = true;
-  const bool hasNothing = given == GivenBack::nothing && mark->isLeaving && wasBornClean(tid);
+  const bool hasNothing = !isAgain && given == GivenBack::nothing && mark->isLeaving && wasBornClean(tid);
   const bool isInDoubt = !hasNothing && mayBeForking(tid, departure.doubts);
   if (!isInDoubt) {
     rest.schedulingClass = SchedulingClass::unchanged;

@@ -100,13 +100,14 @@ class ThreadLevers {
   };
   struct Departure {
     bool keepSession = false;
+    bool isSlowedAgain = false;   // or has been, in part, before it was refused
     std::map<Pid, Doubt> doubts;  // by thread
     std::uint64_t startTicks = 0; // of the process, whose number may be another one's later
   };
 
-  Entered enterThread(Pid tid, const Plan& plan, bool isNew);
+  Entered enterThread(Pid tid, const Plan& plan, bool isNew, bool isInDoubt);
   // True when the thread is out, or gone; absent when it has no mark.
-  std::optional<bool> leaveThread(Pid tid, Departure& departure);
+  std::optional<bool> leaveThread(Pid tid, Departure& departure, bool isSlowedAgain);
   enum class GivenBack { something, nothing, refused, gone };
   GivenBack giveBack(Pid tid, const ThreadMark& mark);
   bool releaseThread(Pid tid, bool isCertain); // true when it had something of this program's

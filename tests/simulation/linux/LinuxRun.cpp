@@ -361,9 +361,27 @@ void LinuxRun::transition(Pid pid, bool isSlow) {
 }
 
 void LinuxRun::eventEnded() {
-  if (!m_engine || m_machine.workspace.queuedEvents() > 0) return;
+  std::set<Pid> sharing = thoseThatShareAUnit();
+  if (!m_engine || m_machine.workspace.queuedEvents() > 0) return m_shared.merge(sharing);
   checkLife();
   m_forksInEvent = 0;
+  m_shared = std::move(sharing);
+}
+
+// With what belongs to somebody else.
+std::set<Pid> LinuxRun::thoseThatShareAUnit() const {
+  const SimulatedLinux& kernel = m_desktop->kernel;
+  std::set<Pid> sharing;
+  for (const SimulatedAppRef& app : m_machine.workspace.apps()) {
+    const std::string* path = kernel.units.pathOf(app->processIdentifier());
+    if (path == nullptr) continue;
+    for (const auto& [pid, process] : m_machine.processes.all()) {
+      const std::string* place = kernel.units.pathOf(pid);
+      if (place == nullptr || *place != *path) continue;
+      if (m_checker.ownerOf(process) != app->processIdentifier()) sharing.insert(app->processIdentifier());
+    }
+  }
+  return sharing;
 }
 
 void LinuxRun::checkTruth(bool managerFailed) {
@@ -519,7 +537,9 @@ void LinuxRun::checkLife() {
     if (app->isTerminated()) continue;
     if (isListed(app->processIdentifier())) {
       m_unclear.erase(app.get());
-    } else if (m_forksInEvent > 0 || m_checker.isProtected(*app) || !canBeSlowed(*app)) {
+    } else if (m_forksInEvent > 0 || m_shared.contains(app->processIdentifier()) ||
+               m_checker.isProtected(*app) || !canBeSlowed(*app)) {
+      // A neighbour may have been moved out by the very pass that this one was refused in.
       m_unclear.insert(app.get());
     } else if (!m_unclear.contains(app.get())) {
       m_checker.fail("could be slowed, and is not", app->processIdentifier());

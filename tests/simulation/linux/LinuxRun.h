@@ -96,6 +96,7 @@ class LinuxRun final : private LinuxTruthHolder, public RandomRun {
   void checkExactness(const char* when);
   bool canBeSlowed(const SimulatedApp& app) const; // clearly
   bool sharesASession(Pid app) const;
+  std::set<Pid> thoseThatShareAUnit() const;
   bool hasWeighedSession(Pid app) const;
   bool hasMovableUnit(Pid app) const;
   bool meetsTheBoostApp(Pid app) const;
@@ -110,6 +111,7 @@ class LinuxRun final : private LinuxTruthHolder, public RandomRun {
   std::set<const SimulatedApp*> m_unclear;        // there was a moment at which these need not be slowed
   std::unordered_set<ProcessIdentity> m_wandered; // have a session of their own since they were slowed
   std::unordered_map<ProcessIdentity, std::size_t> m_left; // marked and nobody's listed: since which look
+  std::set<Pid> m_shared;                                  // apps in one unit with others before the event
   std::set<Pid> m_aboveGame;                               // at any moment of this Boost
   std::size_t m_looks = 0;
   std::size_t m_forksInEvent = 0;
