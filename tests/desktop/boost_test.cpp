@@ -306,8 +306,7 @@ TEST_P(Boost, PassesToTheNextGame) {
 TEST_P(Boost, EndsWithEachTerminationSignal) {
   Program& plain = app({"--children", "1"});
   Program& played = game();
-  for (const int number :
-       {SIGTERM, SIGINT, SIGHUP, SIGQUIT, SIGUSR1, SIGUSR2, SIGALRM, SIGVTALRM, SIGPROF, SIGXCPU}) {
+  for (const int number : {SIGTERM, SIGINT, SIGHUP}) {
     m_desktop->activate(plain);
     startVantle();
     remember({plain.pid()});

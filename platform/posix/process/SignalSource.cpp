@@ -17,8 +17,7 @@ namespace vantle {
 
 namespace {
 
-constexpr std::array terminationSignals{SIGTERM, SIGINT,  SIGHUP,    SIGQUIT, SIGUSR1,
-                                        SIGUSR2, SIGALRM, SIGVTALRM, SIGPROF, SIGXCPU};
+constexpr std::array terminationSignals{SIGTERM, SIGINT, SIGHUP};
 
 // A signal handler can reach nothing but globals: the pipe of each signal. 0 stands for none; it is never the
 // writing end, since the reading end of the same pipe has a lower number.

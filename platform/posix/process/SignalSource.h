@@ -11,9 +11,8 @@
 
 namespace vantle {
 
-// The signals that ask the program to end: SIGTERM, SIGINT, SIGHUP, and whatever else of the kind would end
-// it unheard (SIGQUIT is one key away from SIGINT). Those that tell of a fault in the program itself are none
-// of them, nor are the real-time signals, which nobody sends to a program that does not ask for them.
+// The three signals that ask the program to end: SIGTERM, SIGINT, SIGHUP. What others end (SIGQUIT, say), as
+// a fault does, the next start puts back.
 
 // Keeps them waiting from here on, so that none of them can end the program between the first app that is
 // slowed down and the moment its source exists.
@@ -44,7 +43,7 @@ class SignalSource {
   std::unique_ptr<EventLoop::Handle> m_watch;
 };
 
-// All of them.
+// All three.
 class TerminationSources final : public Registration {
  public:
   TerminationSources(EventLoop& loop, const std::function<void()>& handler);
