@@ -169,7 +169,7 @@ ThreadLevers::Entered ThreadLevers::enterThread(Pid tid, const Plan& plan, bool 
   }
   const bool narrow = isNew && mayNarrow(tid);
   // It was slowed before, and has put an I/O priority of its own over the mark that told of it.
-  const bool isStillNarrow = isNew && !earlier && isStray(tid);
+  const bool isStillNarrow = isNew && !earlier && *priority != 0 && isStray(tid);
   mark.affinityNarrowed = mark.affinityNarrowed || narrow || isStillNarrow;
 
   Change change = mark.encode() == *priority ? Change::done : setMark(tid, mark, *priority);
