@@ -22,20 +22,20 @@
 #include "platform/linux/process/ProcfsProcessTable.h"
 #include "platform/posix/files/PosixFileStore.h"
 #include "platform/shared/PollEventLoop.h"
+#include "tests/support/PrivateBus.h"
+#include "tests/support/Program.h"
+#include "tests/support/Wait.h"
 
 #include <algorithm>
-#include <array>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
 #include <memory>
 #include <numeric>
+#include <optional>
 #include <sched.h>
 #include <string>
-#include <sys/prctl.h>
 #include <sys/resource.h>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
@@ -55,34 +55,14 @@ struct Placement {
 class GameDaemon {
  public:
   explicit GameDaemon(EventLoop& loop) {
-    std::array<int, 2> address{};
-    if (::access("/usr/bin/gamemoded", X_OK) != 0 || ::pipe(address.data()) != 0) return;
-    const std::string print = "--print-address=" + std::to_string(address[1]);
-    m_bus = start({"/usr/bin/dbus-daemon", "--session", "--nofork", "--nopidfile", print.c_str()}, {});
-    ::close(address[1]);
-    std::array<char, 512> text{};
-    const ssize_t got = ::read(address[0], text.data(), text.size() - 1);
-    ::close(address[0]);
-    if (got <= 0) return;
-    std::string at(text.data());
-    at.erase(at.find_last_not_of('\n') + 1);
-    m_daemon = start({"/usr/bin/gamemoded"}, "DBUS_SESSION_BUS_ADDRESS=" + at);
-    m_connection = std::make_unique<BusConnection>(loop, at);
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (!m_isThere && std::chrono::steady_clock::now() < end) {
-      m_isThere = call("QueryStatus", ::getpid());
-      if (!m_isThere) ::usleep(20'000);
-    }
+    if (::access("/usr/bin/gamemoded", X_OK) != 0) return;
+    m_bus.emplace();
+    m_daemon.emplace(desktop::Start{
+        .command = {"/usr/bin/gamemoded"},
+        .environment = {{"PATH", "/usr/bin:/bin"}, {"DBUS_SESSION_BUS_ADDRESS", m_bus->address()}}});
+    m_connection = std::make_unique<BusConnection>(loop, m_bus->address());
+    m_isThere = desktop::waitUntil([this] { return call("QueryStatus", ::getpid()); });
   }
-  ~GameDaemon() {
-    for (const pid_t pid : {m_daemon, m_bus}) {
-      if (pid <= 0) continue;
-      ::kill(pid, SIGKILL);
-      ::waitpid(pid, nullptr, 0);
-    }
-  }
-  GameDaemon(const GameDaemon&) = delete;
-  GameDaemon& operator=(const GameDaemon&) = delete;
 
   bool isThere() const { return m_isThere; }
   bool call(const char* member, pid_t game) {
@@ -97,20 +77,8 @@ class GameDaemon {
   }
 
  private:
-  static pid_t start(std::vector<const char*> command, std::string variable) {
-    const pid_t pid = ::fork();
-    if (pid != 0) return pid;
-    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    ::setsid();
-    for (std::FILE* output : {stdout, stderr}) (void)!std::freopen("/dev/null", "w", output);
-    if (!variable.empty()) ::putenv(variable.data());
-    command.push_back(nullptr);
-    ::execv(command.front(), const_cast<char* const*>(command.data()));
-    ::_exit(1);
-  }
-
-  pid_t m_bus = 0;
-  pid_t m_daemon = 0;
+  std::optional<desktop::PrivateBus> m_bus;
+  std::optional<desktop::Program> m_daemon;
   std::unique_ptr<BusConnection> m_connection;
   bool m_isThere = false;
 };

@@ -3,7 +3,8 @@
 //
 //   idle [SECONDS]       starts Vantle in a private desktop with two apps that do nothing
 //   idle SECONDS PID     looks at a copy that runs already
-#include "tests/desktop/harness/VirtualDesktop.h"
+#include "tests/support/Props.h"
+#include "tests/support/VirtualDesktop.h"
 
 #include "platform/linux/process/ProcfsProcessTable.h"
 #include "platform/posix/files/PosixFileStore.h"

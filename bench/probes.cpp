@@ -14,9 +14,10 @@
 #include "platform/linux/audio/PulseAudioActivity.h"
 #include "platform/linux/power/LogindPowerAssertions.h"
 #include "platform/linux/pressure/PsiMemoryPressure.h"
-#include "tests/desktop/harness/Logind.h"
-#include "tests/desktop/harness/SoundServer.h"
-#include "tests/desktop/harness/VirtualDesktop.h"
+#include "tests/support/Logind.h"
+#include "tests/support/Props.h"
+#include "tests/support/SoundServer.h"
+#include "tests/support/VirtualDesktop.h"
 
 #include <algorithm>
 #include <chrono>
@@ -72,7 +73,7 @@ long voluntarySwitches(Pid pid) {
 class Stage {
  public:
   Stage() {
-    for (std::size_t at = 0; at < players; ++at) m_desktop.launch({VANTLE_TONE_PLAYER});
+    for (std::size_t at = 0; at < players; ++at) m_desktop.launch({desktop::tonePlayer()});
     PulseAudioActivity audio(m_sound.address());
     require("the players", [&] { return audio.runningOutput().size() == players; });
     if (!desktop::Logind::isPossible()) return;

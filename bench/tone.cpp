@@ -4,8 +4,10 @@
 // The desktop, the sound server and the program are real; the player has 50 ms of sound ahead.
 //
 // usage: tone [ROUNDS [SECONDS]]
-#include "tests/desktop/harness/SoundServer.h"
-#include "tests/desktop/harness/VirtualDesktop.h"
+#include "tests/support/Kernel.h"
+#include "tests/support/Props.h"
+#include "tests/support/SoundServer.h"
+#include "tests/support/VirtualDesktop.h"
 
 #include <algorithm>
 #include <chrono>
@@ -16,9 +18,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
-#include <sys/syscall.h>
 #include <thread>
-#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -29,12 +29,9 @@ using desktop::Environment;
 using desktop::Program;
 using desktop::require;
 
-// The band's own mark, as the kernel has it: the idle class of disk access.
 bool isSlowed(Pid pid) {
-  constexpr int process = 1; // linux/ioprio.h
-  constexpr int classShift = 13;
-  constexpr int idle = 3;
-  return ::syscall(SYS_ioprio_get, process, pid) >> classShift == idle;
+  const auto state = test::threadState(pid);
+  return state && isIdleClass(*state);
 }
 
 class Stage {
@@ -44,7 +41,7 @@ class Stage {
                                  "[Desktop Entry]\nType=Application\nName=Game\nExec=true\n"
                                  "Categories=Game;\nStartupWMClass=Game\n");
     // The one that plays is a child of the app, as in a browser.
-    m_music = &app({"xterm", "-e", "/bin/sh", "-c", "exec '" VANTLE_TONE_PLAYER "' >'" + m_log + "'"});
+    m_music = &app({"xterm", "-e", "/bin/sh", "-c", "exec '" + desktop::tonePlayer() + "' >'" + m_log + "'"});
     require("the tone", [this] { return said("playing") > 0; });
   }
 

@@ -59,7 +59,7 @@ double portionOf(const Shares& shares, const std::string& name) {
 class Demo {
  public:
   Demo(const std::filesystem::path& program, const std::filesystem::path& folder)
-      : m_program(program), m_report(folder), m_processes(BootEpoch(0)), m_stage(m_processes) {}
+      : m_program(program), m_report(folder), m_processes(BootEpoch(0)) {}
 
   bool run() {
     showTheDesktop();
@@ -82,9 +82,8 @@ class Demo {
 
   bool everyAppInBand() const {
     const auto& apps = m_stage.apps();
-    return std::all_of(apps.begin(), apps.end(), [this](const Stage::App& app) {
-      return isWhollyInBand(appState(m_processes, app.pid()));
-    });
+    return std::all_of(apps.begin(), apps.end(),
+                       [this](const Stage::App& app) { return isWhollyInBand(appState(app.pid())); });
   }
 
   bool everyAppAsBefore() const {
@@ -112,8 +111,7 @@ class Demo {
 
   void checkUsefulApps() {
     for (const Stage::App& app : m_stage.usefulApps()) {
-      m_report.check(sameAsBefore(m_before.at(app.name), appState(m_processes, app.pid())),
-                     "left alone: " + app.name);
+      m_report.check(sameAsBefore(m_before.at(app.name), appState(app.pid())), "left alone: " + app.name);
     }
   }
 
@@ -157,13 +155,13 @@ class Demo {
     bool held = false;
     const auto time = timeUntil([this] { return everyAppInBand(); }, held);
     for (const Stage::App& app : m_stage.apps()) {
-      const AppState state = appState(m_processes, app.pid());
+      const AppState state = appState(app.pid());
       m_report.check(isWhollyInBand(state), "in the background: " + app.name + " (" +
-                                                std::to_string(state.groupWeights.size()) + " processes, " +
+                                                std::to_string(state.sessionNice.size()) + " processes, " +
                                                 std::to_string(state.threads.size()) + " threads)");
     }
     m_report.check(held, "all of them were there " + milliseconds(time) + " after the click");
-    const AppState game = appState(m_processes, m_stage.game().pid());
+    const AppState game = appState(m_stage.game().pid());
     m_report.check(isWhollyOutOfBand(game), "the game itself is untouched");
     checkUsefulApps();
     m_report.check(m_stage.journal() != "[]", "the journal names what is slowed");
@@ -188,13 +186,12 @@ class Demo {
   void visitAnotherApp() {
     m_report.heading(std::string(visitor) + " comes to the front for a moment, then the game again");
     const Stage::App& app = m_stage.app(visitor);
-    const auto state = [&] { return appState(m_processes, app.pid()); };
+    const auto state = [&] { return appState(app.pid()); };
     bool held = false;
     m_stage.screen().activate(*app.program);
     auto time = timeUntil([&] { return sameAsBefore(m_before.at(visitor), state()); }, held);
     m_report.check(held, std::string(visitor) + " runs at full speed, " + milliseconds(time) + " later");
-    m_report.check(isWhollyInBand(appState(m_processes, m_stage.app(hog).pid())),
-                   "the others stay in the background");
+    m_report.check(isWhollyInBand(appState(m_stage.app(hog).pid())), "the others stay in the background");
     takePicture("3-visit.png", "An app in front during the Boost runs at full speed");
     m_stage.screen().activate(*m_stage.game().program);
     time = timeUntil([&] { return isWhollyInBand(state()); }, held);

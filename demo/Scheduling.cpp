@@ -1,65 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "demo/Scheduling.h"
 
-#include "engine/ProcessQueries.h"
+#include "tests/support/Program.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <filesystem>
-#include <fstream>
-#include <optional>
-#include <sched.h>
-#include <sys/resource.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 namespace vantle::demo {
 
-namespace {
-
-// linux/ioprio.h
-constexpr int ioprioWhoProcess = 1;
-constexpr int ioprioClassShift = 13;
-constexpr int ioprioClassIdle = 3;
-
-std::optional<ThreadState> threadState(Pid tid) {
-  ThreadState state;
-  state.schedulingClass = ::sched_getscheduler(tid);
-  errno = 0;
-  state.nice = ::getpriority(PRIO_PROCESS, static_cast<id_t>(tid));
-  const bool hasNice = errno == 0;
-  state.ioPriority = static_cast<int>(::syscall(SYS_ioprio_get, ioprioWhoProcess, tid));
-  cpu_set_t set;
-  const bool hasAffinity = ::sched_getaffinity(tid, sizeof set, &set) == 0;
-  if (state.schedulingClass < 0 || !hasNice || state.ioPriority < 0 || !hasAffinity) return std::nullopt;
-  for (int cpu = 0; cpu < CPU_SETSIZE; ++cpu) {
-    if (CPU_ISSET(cpu, &set)) state.affinity.push_back(static_cast<std::uint8_t>(cpu));
-  }
-  return state;
-}
-
-std::string groupWeight(Pid pid) {
-  std::ifstream file("/proc/" + std::to_string(pid) + "/autogroup");
-  std::string line;
-  std::getline(file, line);
-  return line;
-}
-
-bool isIdleClass(const ThreadState& state) { return state.ioPriority >> ioprioClassShift == ioprioClassIdle; }
-
-} // namespace
-
-AppState appState(const ProcessTable& processes, Pid root) {
+AppState appState(Pid root) {
   AppState state;
-  for (const Pid pid : processTree(processes, root)) {
-    std::error_code gone;
-    const std::string folder = "/proc/" + std::to_string(pid) + "/task";
-    for (std::filesystem::directory_iterator entry(folder, gone), end; !gone && entry != end;
-         entry.increment(gone)) {
-      const Pid tid = std::stoi(entry->path().filename());
-      if (const std::optional<ThreadState> thread = threadState(tid)) state.threads.emplace(tid, *thread);
-    }
-    if (const std::string weight = groupWeight(pid); !weight.empty()) state.groupWeights.emplace(pid, weight);
+  for (const Pid pid : desktop::processesOf({root})) {
+    state.threads.merge(test::threadStates(pid));
+    if (const auto nice = test::sessionNice(pid)) state.sessionNice.emplace(pid, *nice);
   }
   return state;
 }
@@ -71,7 +24,7 @@ bool sameAsBefore(const AppState& before, const AppState& now) {
       return found == earlier.end() || found->second == entry.second;
     });
   };
-  return unchanged(before.threads, now.threads) && unchanged(before.groupWeights, now.groupWeights) &&
+  return unchanged(before.threads, now.threads) && unchanged(before.sessionNice, now.sessionNice) &&
          isWhollyOutOfBand(now);
 }
 
@@ -85,12 +38,12 @@ bool isWhollyOutOfBand(const AppState& state) {
                       [](const auto& thread) { return isIdleClass(thread.second); });
 }
 
-double cpuSeconds(const ProcessTable& processes, Pid root) {
-  double ticks = 0;
-  for (const Pid pid : processTree(processes, root)) {
-    ticks += static_cast<double>(processes.cpuTime(pid).value_or(0));
+double cpuSeconds(Pid root) {
+  unsigned long long ticks = 0;
+  for (const Pid pid : desktop::processesOf({root})) {
+    if (const auto process = test::processState(pid)) ticks += process->ticks;
   }
-  return ticks / static_cast<double>(::sysconf(_SC_CLK_TCK));
+  return static_cast<double>(ticks) / static_cast<double>(::sysconf(_SC_CLK_TCK));
 }
 
 } // namespace vantle::demo

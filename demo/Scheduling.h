@@ -1,33 +1,19 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "base/Pid.h"
-#include "engine/ports/ProcessTable.h"
+#include "tests/support/Kernel.h"
 
-#include <cstdint>
 #include <map>
-#include <string>
-#include <vector>
 
 namespace vantle::demo {
 
-// All that the kernel says of how one thread is scheduled, asked directly: the demo does not take the
-// program's word for it.
-struct ThreadState {
-  int schedulingClass = 0; // SCHED_OTHER, …
-  int nice = 0;
-  int ioPriority = 0; // class and data as ioprio_get has them
-  std::vector<std::uint8_t> affinity;
-  bool operator==(const ThreadState&) const = default;
-};
-
-// One app: its threads by their ids, and the weight line of each process's scheduler group.
+// One app as the kernel has it: its threads by their ids, and the nice value of each process's session.
 struct AppState {
-  std::map<Pid, ThreadState> threads;
-  std::map<Pid, std::string> groupWeights;
+  std::map<Pid, test::ThreadState> threads;
+  std::map<Pid, int> sessionNice;
 };
 
-AppState appState(const ProcessTable& processes, Pid root);
+AppState appState(Pid root);
 
 // Whether what was there before and still lives is as it was.
 bool sameAsBefore(const AppState& before, const AppState& now);
@@ -37,6 +23,6 @@ bool isWhollyInBand(const AppState& state);
 bool isWhollyOutOfBand(const AppState& state);
 
 // The CPU time that the app's processes have used so far, in seconds.
-double cpuSeconds(const ProcessTable& processes, Pid root);
+double cpuSeconds(Pid root);
 
 } // namespace vantle::demo

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "demo/Stage.h"
 
-#include "tests/desktop/harness/MemoryStaller.h"
+#include "tests/support/Props.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -35,7 +35,7 @@ std::string toneLog(const desktop::VirtualDesktop& screen) { return screen.logs(
 
 } // namespace
 
-Stage::Stage(const ProcessTable& processes) : m_processes(processes), m_desktop(options()) {
+Stage::Stage() : m_desktop(options()) {
   startSound();
   startLoginDaemon();
   m_apps.push_back(start("XTerm", {"xterm", "-geometry", "60x14+20+20"}));
@@ -59,9 +59,9 @@ void Stage::startSound() {
 }
 
 void Stage::startMusic() {
-  m_usefulApps.push_back(startInTerminal(
-      "Music", "60x8+20+760",
-      "echo This window plays a quiet tone.; exec '" VANTLE_TONE_PLAYER "' >'" + toneLog(m_desktop) + "'"));
+  m_usefulApps.push_back(startInTerminal("Music", "60x8+20+760",
+                                         "echo This window plays a quiet tone.; exec '" +
+                                             desktop::tonePlayer() + "' >'" + toneLog(m_desktop) + "'"));
   require("the tone", [this] { return toneSaid("playing") > 0; });
 }
 
@@ -151,8 +151,8 @@ std::string Stage::journal() const {
 
 std::map<std::string, AppState> Stage::states() const {
   std::map<std::string, AppState> all;
-  for (const App& one : m_apps) all.emplace(one.name, appState(m_processes, one.pid()));
-  for (const App& one : m_usefulApps) all.emplace(one.name, appState(m_processes, one.pid()));
+  for (const App& one : m_apps) all.emplace(one.name, appState(one.pid()));
+  for (const App& one : m_usefulApps) all.emplace(one.name, appState(one.pid()));
   return all;
 }
 
@@ -161,11 +161,11 @@ std::map<std::string, double> Stage::processorShares(std::chrono::milliseconds d
   measured.push_back(m_game);
   const auto begin = std::chrono::steady_clock::now();
   std::map<std::string, double> shares;
-  for (const App& one : measured) shares[one.name] = -cpuSeconds(m_processes, one.pid());
+  for (const App& one : measured) shares[one.name] = -cpuSeconds(one.pid());
   std::this_thread::sleep_for(duration);
   const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - begin;
   for (const App& one : measured) {
-    shares[one.name] = (shares[one.name] + cpuSeconds(m_processes, one.pid())) / elapsed.count();
+    shares[one.name] = (shares[one.name] + cpuSeconds(one.pid())) / elapsed.count();
   }
   return shares;
 }

@@ -2,11 +2,10 @@
 #pragma once
 
 #include "demo/Scheduling.h"
-#include "engine/ports/ProcessTable.h"
-#include "tests/desktop/harness/Logind.h"
-#include "tests/desktop/harness/NotificationDaemon.h"
-#include "tests/desktop/harness/SoundServer.h"
-#include "tests/desktop/harness/VirtualDesktop.h"
+#include "tests/support/Logind.h"
+#include "tests/support/NotificationDaemon.h"
+#include "tests/support/SoundServer.h"
+#include "tests/support/VirtualDesktop.h"
 
 #include <chrono>
 #include <map>
@@ -26,7 +25,7 @@ class Stage {
     Pid pid() const { return program->pid(); }
   };
 
-  explicit Stage(const ProcessTable& processes);
+  Stage();
 
   desktop::VirtualDesktop& screen() { return m_desktop; }
   // Neither of these has the game.
@@ -65,7 +64,6 @@ class Stage {
   void startDownload();
   long toneSaid(const std::string& word) const;
 
-  const ProcessTable& m_processes;
   desktop::VirtualDesktop m_desktop;
   std::optional<desktop::SoundServer> m_sound; // absent where none starts
   desktop::NotificationDaemon m_notices{m_desktop};

@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "bench/support/BenchUser.h"
 
+#include "tests/support/User.h"
+
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
-#include <grp.h>
 #include <string_view>
-#include <sys/prctl.h>
-#include <unistd.h>
 
 namespace vantle::bench {
 
@@ -17,13 +16,11 @@ bool becomeBenchUser() {
   const std::string_view text(user);
   uid_t id = 0;
   const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), id);
-  if (error != std::errc{} || stop != text.data() + text.size() || ::setgroups(0, nullptr) != 0 ||
-      ::setgid(id) != 0 || ::setuid(id) != 0) {
+  if (error != std::errc{} || stop != text.data() + text.size() || !test::becomeUser(id)) {
     std::perror("VANTLE_BENCH_USER");
     return false;
   }
-  // Otherwise the files in /proc of this program and of those that it starts would belong to root.
-  return ::prctl(PR_SET_DUMPABLE, 1) == 0;
+  return true;
 }
 
 } // namespace vantle::bench

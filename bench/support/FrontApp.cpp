@@ -7,16 +7,14 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <csignal>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <fcntl.h>
+#include <functional>
 #include <limits>
-#include <sys/prctl.h>
 #include <sys/socket.h>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <utility>
 
@@ -114,56 +112,32 @@ struct Order {
   ::_exit(0);
 }
 
-void beginChild(pid_t parent, OwnSession session) {
-  ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-  if (::getppid() != parent) ::_exit(1);
-  if (session == OwnSession::yes) ::setsid();
-}
-
-void end(pid_t pid) {
-  ::kill(pid, SIGKILL);
-  ::waitpid(pid, nullptr, 0);
+std::function<void()> placedIn(OwnSession session) {
+  return [session] {
+    if (session == OwnSession::yes) ::setsid();
+  };
 }
 
 } // namespace
 
-BusyApp::BusyApp(OwnSession session) {
-  std::array<int, 2> ready{};
-  if (::pipe(ready.data()) != 0) std::abort();
-  const pid_t parent = ::getpid();
-  m_pid = ::fork();
-  if (m_pid == 0) {
-    beginChild(parent, session);
-    (void)!::write(ready[1], "", 1);
-    for (;;) spin(1'000'000);
-  }
-  char byte = 0;
-  (void)!::read(ready[0], &byte, 1);
-  ::close(ready[0]);
-  ::close(ready[1]);
-}
-
-BusyApp::~BusyApp() { end(m_pid); }
+BusyApp::BusyApp(OwnSession session)
+    : m_process(placedIn(session), [] {
+        for (;;) spin(1'000'000);
+      }) {}
 
 FrontApp::FrontApp(OwnSession session) {
   std::array<int, 2> sockets{};
   if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets.data()) != 0) std::abort();
   m_channel = sockets[0];
-  const pid_t parent = ::getpid();
-  m_pid = ::fork();
-  if (m_pid == 0) {
-    beginChild(parent, session);
+  m_process.emplace(placedIn(session), [&] {
     ::close(sockets[0]);
     drawFrames(sockets[1]);
-  }
+  });
   ::close(sockets[1]);
-  measure({}, {}); // it has its place and has found out how much 8 ms are
+  measure({}, {}); // it has found out how much 8 ms are
 }
 
-FrontApp::~FrontApp() {
-  end(m_pid);
-  ::close(m_channel);
-}
+FrontApp::~FrontApp() { ::close(m_channel); }
 
 FrontFigures FrontApp::measure(std::chrono::milliseconds frames, std::chrono::milliseconds share) const {
   FrontFigures figures;

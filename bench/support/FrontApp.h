@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "tests/support/ForkedProcess.h"
+
 #include <chrono>
+#include <optional>
 #include <sys/types.h>
 #include <vector>
 
@@ -13,14 +16,11 @@ enum class OwnSession { no, yes };
 class BusyApp {
  public:
   explicit BusyApp(OwnSession session);
-  ~BusyApp();
-  BusyApp(const BusyApp&) = delete;
-  BusyApp& operator=(const BusyApp&) = delete;
 
-  pid_t pid() const { return m_pid; }
+  pid_t pid() const { return m_process.pid(); }
 
  private:
-  pid_t m_pid;
+  test::ForkedProcess m_process;
 };
 
 struct Frame {
@@ -46,11 +46,11 @@ class FrontApp {
   FrontApp(const FrontApp&) = delete;
   FrontApp& operator=(const FrontApp&) = delete;
 
-  pid_t pid() const { return m_pid; }
+  pid_t pid() const { return m_process->pid(); }
   FrontFigures measure(std::chrono::milliseconds frames, std::chrono::milliseconds share) const;
 
  private:
-  pid_t m_pid = 0;
+  std::optional<test::ForkedProcess> m_process;
   int m_channel = -1;
 };
 

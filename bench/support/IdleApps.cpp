@@ -5,7 +5,6 @@
 #include <fcntl.h>
 #include <pthread.h>
 #include <sys/prctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace vantle::bench {
@@ -41,19 +40,20 @@ IdleApps::IdleApps(Size size) {
   int process = 0;
   for (int app = 0; app < size.apps; ++app) {
     const int ofApp = share(size.processes, size.apps, app);
-    const pid_t root = ::fork();
-    if (root == 0) {
-      ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-      ::prctl(PR_SET_NAME, "idle-app");
-      ::setsid();
-      for (int child = 1; child < ofApp; ++child) {
-        if (::fork() != 0) continue;
-        ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-        live(share(size.threads, size.processes, process + child), ends[1]);
-      }
-      live(share(size.threads, size.processes, process), ends[1]);
-    }
-    m_roots.push_back(root);
+    m_apps.push_back(std::make_unique<test::ForkedProcess>(
+        [] {
+          ::prctl(PR_SET_NAME, "idle-app");
+          ::setsid();
+        },
+        [&] {
+          for (int child = 1; child < ofApp; ++child) {
+            if (::fork() != 0) continue;
+            ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+            live(share(size.threads, size.processes, process + child), ends[1]);
+          }
+          live(share(size.threads, size.processes, process), ends[1]);
+        }));
+    m_roots.push_back(m_apps.back()->pid());
     process += ofApp;
   }
   ::close(ends[1]);
@@ -61,11 +61,6 @@ IdleApps::IdleApps(Size size) {
   for (int count = 0; count < size.processes && ::read(ends[0], &byte, 1) == 1; ++count) {
   }
   ::close(ends[0]);
-}
-
-IdleApps::~IdleApps() {
-  for (const pid_t root : m_roots) ::kill(root, SIGKILL);
-  for (const pid_t root : m_roots) ::waitpid(root, nullptr, 0);
 }
 
 } // namespace vantle::bench

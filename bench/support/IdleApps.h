@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "tests/support/ForkedProcess.h"
+
+#include <memory>
 #include <sys/types.h>
 #include <vector>
 
@@ -16,13 +19,11 @@ class IdleApps {
   };
 
   explicit IdleApps(Size size); // returns when all of them run
-  ~IdleApps();
-  IdleApps(const IdleApps&) = delete;
-  IdleApps& operator=(const IdleApps&) = delete;
 
   const std::vector<pid_t>& roots() const { return m_roots; }
 
  private:
+  std::vector<std::unique_ptr<test::ForkedProcess>> m_apps;
   std::vector<pid_t> m_roots;
 };
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "bench/support/ShellUnderTest.h"
+#include "tests/support/Props.h"
 
 #include "platform/linux/process/ProcfsProcessTable.h"
 

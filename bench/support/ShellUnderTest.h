@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "tests/desktop/harness/VirtualDesktop.h"
+#include "tests/support/VirtualDesktop.h"
 
 #include <chrono>
 #include <cstdint>

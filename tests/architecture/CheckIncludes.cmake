@@ -24,6 +24,8 @@ set(desktop/linux_rooms base look/ports panel/ports platform/shared platform/lin
 # Of the system that the program was built for, the headers that all systems have.
 set(app_rooms base engine platform/Platform.h platform/shared look panel settings update desktop/Desktop.h
     desktop/QtEventLoop.h app)
+# What tests look at the program with must not be the program itself.
+set(tests/support_rooms base/Pid.h tests/support)
 
 # What a room includes as <...>. Headers of the C++ standard have no dot in their names; those of every system have,
 # and the toolkit's begin with a Q.
@@ -57,7 +59,7 @@ set(system_questions
     "__linux__|__APPLE__|_WIN32|__unix__|__FreeBSD__|__MACH__|Q_OS_|TARGET_OS_")
 
 foreach(room base engine engine/ports platform platform/shared platform/posix platform/linux platform/simulated look look/ports
-             update panel panel/ports settings desktop desktop/linux app)
+             update panel panel/ports settings desktop desktop/linux app tests/support)
   set(globbing GLOB_RECURSE)
   if(room MATCHES "^(platform|desktop)$")
     set(globbing GLOB) # what stands in its folders are rooms of their own

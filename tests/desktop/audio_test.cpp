@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Who is heard, asked of a real sound server with real players.
 #include "platform/linux/audio/PulseAudioActivity.h"
-#include "tests/desktop/harness/SoundServer.h"
-#include "tests/desktop/harness/VirtualDesktop.h"
-#include "tests/desktop/harness/Wait.h"
+#include "tests/support/Props.h"
+#include "tests/support/SoundServer.h"
+#include "tests/support/VirtualDesktop.h"
+#include "tests/support/Wait.h"
 
 #include <chrono>
 #include <csignal>
@@ -59,7 +60,7 @@ TEST_F(Audio, HearsEveryKindOfPlayerAndItsEnd) {
 }
 
 TEST_F(Audio, APausedPlayerIsNotHeard) {
-  Program& player = desktop.launch({VANTLE_TONE_PLAYER});
+  Program& player = desktop.launch({tonePlayer()});
   expectHeard("playing", player.pid());
   player.signal(SIGUSR1);
   expectSilent("paused", player.pid());
@@ -68,7 +69,7 @@ TEST_F(Audio, APausedPlayerIsNotHeard) {
 }
 
 TEST_F(Audio, TheChildThatPlaysIsTheOneHeard) {
-  Program& app = desktop.launch({"sh", "-c", VANTLE_TONE_PLAYER "; true"});
+  Program& app = desktop.launch({"sh", "-c", tonePlayer() + "; true"});
   std::set<Pid> heard;
   ASSERT_TRUE(waitUntil([&] { return !(heard = activity.runningOutput()).empty(); }));
   EXPECT_THAT(heard, Not(Contains(app.pid())));
@@ -76,19 +77,19 @@ TEST_F(Audio, TheChildThatPlaysIsTheOneHeard) {
 }
 
 TEST_F(Audio, AServerThatDiesIsSilenceAndItsSuccessorIsFound) {
-  Program& player = desktop.launch({VANTLE_TONE_PLAYER});
+  Program& player = desktop.launch({tonePlayer()});
   expectHeard("before", player.pid());
   sound.pulse().kill();
   EXPECT_THAT(activity.runningOutput(), IsEmpty());
   EXPECT_LT(timeOfQuestion(), farTooLong);
 
   sound.startPulse();
-  Program& next = desktop.launch({VANTLE_TONE_PLAYER});
+  Program& next = desktop.launch({tonePlayer()});
   expectHeard("after", next.pid());
 }
 
 TEST_F(Audio, AServerThatHangsIsSilenceWithoutWaitingTwice) {
-  Program& player = desktop.launch({VANTLE_TONE_PLAYER});
+  Program& player = desktop.launch({tonePlayer()});
   expectHeard("before", player.pid());
   sound.pulse().signal(SIGSTOP);
   EXPECT_LT(timeOfQuestion(), farTooLong);

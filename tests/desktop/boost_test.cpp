@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: MIT
 // The program itself on a real desktop: what it slows down, and that everything comes back, whatever happens.
-#include "tests/desktop/boost/KernelState.h"
-#include "tests/desktop/harness/Isolation.h"
-#include "tests/desktop/harness/Logind.h"
-#include "tests/desktop/harness/MemoryStaller.h"
-#include "tests/desktop/harness/NotificationDaemon.h"
-#include "tests/desktop/harness/SoundServer.h"
-#include "tests/desktop/harness/VirtualDesktop.h"
+#include "tests/support/Isolation.h"
+#include "tests/support/KernelState.h"
+#include "tests/support/Logind.h"
+#include "tests/support/NotificationDaemon.h"
+#include "tests/support/Props.h"
+#include "tests/support/SoundServer.h"
+#include "tests/support/Spammer.h"
+#include "tests/support/VirtualDesktop.h"
 
 #include <algorithm>
 #include <chrono>
 #include <csignal>
-#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
@@ -20,10 +20,8 @@
 #include <random>
 #include <set>
 #include <string>
-#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 #include <utility>
@@ -186,7 +184,7 @@ class Flood : public Boost {
     for (std::string& word : flood) {
       if (word == "VANTLE") word = std::to_string(m_vantle->pid());
     }
-    flood.insert(flood.begin(), VANTLE_FLOODER);
+    flood.insert(flood.begin(), flooder());
     Program& flooder = m_desktop->launch(flood);
     std::this_thread::sleep_for(std::chrono::seconds(2)); // so that the flood is there
     ASSERT_TRUE(flooder.isRunning());
@@ -319,31 +317,6 @@ TEST_P(Boost, EndsWithEachTerminationSignal) {
   }
 }
 
-// Takes every turn at a session's weight that an ordinary user can have.
-class Spammer {
- public:
-  explicit Spammer(uid_t user) : m_pid(::fork()) {
-    if (m_pid != 0) return;
-    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    ::setsid();
-    if (::geteuid() == 0 && ::setuid(user) != 0) ::_exit(1);
-    ::prctl(PR_SET_DUMPABLE, 1); // a program that changed its user hides from /proc otherwise
-    const int file = ::open("/proc/self/autogroup", O_RDWR);
-    for (;;) (void)!::write(file, "0", 1);
-  }
-  ~Spammer() { end(); }
-  Spammer(const Spammer&) = delete;
-  Spammer& operator=(const Spammer&) = delete;
-  void end() {
-    if (m_pid <= 0) return;
-    ::kill(m_pid, SIGKILL);
-    ::waitpid(std::exchange(m_pid, 0), nullptr, 0);
-  }
-
- private:
-  Pid m_pid;
-};
-
 // Apps in sessions that have lost their weight to a game, and a rival for every turn to give it back.
 class Giving : public Boost {
  protected:
@@ -367,7 +340,7 @@ class Giving : public Boost {
 
 TEST_P(Giving, LastsUntilEverybodyIsBackWhateverElseIsAsked) {
   slow(12);
-  const Spammer spammer(somebody - 1);
+  const test::Spammer spammer(somebody - 1);
   m_vantle->signal(SIGTERM);
   while (m_vantle->isRunning()) {
     m_vantle->signal(SIGINT);
@@ -387,7 +360,7 @@ TEST_P(Giving, LastsUntilEverybodyIsBackWhateverElseIsAsked) {
 // Killed in the middle, and then the apps overwrite what they carried.
 TEST_P(Giving, IsFinishedByTheNextStartWhateverTheAppsRemember) {
   slow(6);
-  Spammer spammer(somebody - 1);
+  test::Spammer spammer(somebody - 1);
   m_vantle->signal(SIGTERM);
   require("an empty journal", [&] { return journal() == "[]"; });
   m_vantle->kill();
@@ -428,7 +401,7 @@ TEST_P(Boost, LeavesAloneWhatIsHeardAndWhatKeepsTheMachineAwake) {
     return program;
   };
   const std::string said = m_desktop->logs() / "tone";
-  std::vector<Program*> useful{&inTerminal("exec '" VANTLE_TONE_PLAYER "' >'" + said + "'")};
+  std::vector<Program*> useful{&inTerminal("exec '" + tonePlayer() + "' >'" + said + "'")};
   require("the tone", [&] { return std::filesystem::exists(said) && std::filesystem::file_size(said) > 0; });
   std::unique_ptr<Logind> logind;
   if (GetParam() == Who::root &&

@@ -7,8 +7,9 @@
 #include "platform/linux/workspace/X11Workspace.h"
 #include "platform/shared/PollEventLoop.h"
 #include "platform/simulated/SimulatedMachine.h"
-#include "tests/desktop/harness/NotificationDaemon.h"
-#include "tests/desktop/harness/VirtualDesktop.h"
+#include "tests/support/NotificationDaemon.h"
+#include "tests/support/Props.h"
+#include "tests/support/VirtualDesktop.h"
 
 #include <algorithm>
 #include <chrono>

@@ -2,9 +2,9 @@
 // Notices on a real notification daemon.
 #include "platform/linux/notices/DesktopNotifications.h"
 #include "platform/shared/PollEventLoop.h"
-#include "tests/desktop/harness/NotificationDaemon.h"
-#include "tests/desktop/harness/VirtualDesktop.h"
-#include "tests/desktop/harness/Wait.h"
+#include "tests/support/NotificationDaemon.h"
+#include "tests/support/VirtualDesktop.h"
+#include "tests/support/Wait.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

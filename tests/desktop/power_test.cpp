@@ -2,8 +2,8 @@
 // Who keeps the machine awake, asked of a real login daemon.
 #include "platform/linux/power/LogindPowerAssertions.h"
 #include "platform/shared/PollEventLoop.h"
-#include "tests/desktop/harness/Logind.h"
-#include "tests/desktop/harness/Wait.h"
+#include "tests/support/Logind.h"
+#include "tests/support/Wait.h"
 
 #include <algorithm>
 #include <chrono>

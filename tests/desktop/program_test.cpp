@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 // The program itself from its first instruction to its last: how it starts, beside whom, and how it ends.
 // What is slowed is asked of the kernel, for every process of the user, not of the program.
-#include "tests/desktop/boost/KernelState.h"
-#include "tests/desktop/harness/AccessibleTree.h"
-#include "tests/desktop/harness/Isolation.h"
-#include "tests/desktop/harness/TemporaryFolder.h"
-#include "tests/desktop/harness/VirtualDesktop.h"
+#include "tests/support/AccessibleTree.h"
+#include "tests/support/Isolation.h"
+#include "tests/support/KernelState.h"
+#include "tests/support/Props.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/VirtualDesktop.h"
 
 #include <algorithm>
 #include <array>
@@ -647,7 +648,7 @@ TEST_P(Beginning, PutsBackWhatWasLeftBeforeItSlowsAnything) {
   for (const Pid pid : left) {
     const KernelState now = kernelState(pid);
     for (const auto& [id, thread] : now.threads) {
-      const KernelState::Thread& before = m_before[pid].threads[id];
+      const test::ThreadState& before = m_before[pid].threads[id];
       EXPECT_EQ(thread.policy, before.policy) << "when the first new one was slowed";
       EXPECT_EQ(thread.affinity, before.affinity) << "when the first new one was slowed";
     }

@@ -4,8 +4,9 @@
 #include "engine/AppSettings.h"
 #include "platform/posix/files/PosixFileStore.h"
 #include "platform/shared/JsonUserDefaults.h"
-#include "tests/desktop/harness/SettingsProgram.h"
-#include "tests/desktop/harness/Wait.h"
+#include "tests/support/Props.h"
+#include "tests/support/SettingsProgram.h"
+#include "tests/support/Wait.h"
 
 #include <filesystem>
 #include <fstream>

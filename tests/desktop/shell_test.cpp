@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 // The program itself as a person has it: its icon in a real tray, the panel, the settings window, and what a
 // screen reader is told of them; clicked with a real pointer among real apps.
-#include "tests/desktop/boost/KernelState.h"
-#include "tests/desktop/harness/AccessibleTree.h"
-#include "tests/desktop/harness/XfceTray.h"
+#include "tests/support/AccessibleTree.h"
+#include "tests/support/KernelState.h"
+#include "tests/support/Props.h"
+#include "tests/support/XfceTray.h"
 
 #include <algorithm>
 #include <csignal>

@@ -2,11 +2,12 @@
 // The tray icon and the panel in real trays, clicked with a real pointer.
 #include "desktop/linux/window/Compositing.h"
 #include "platform/shared/PollEventLoop.h"
-#include "tests/desktop/harness/FakeService.h"
-#include "tests/desktop/harness/PrivateBus.h"
-#include "tests/desktop/harness/VirtualDesktop.h"
-#include "tests/desktop/harness/X11Messages.h"
-#include "tests/desktop/harness/XfceTray.h"
+#include "tests/support/FakeService.h"
+#include "tests/support/PrivateBus.h"
+#include "tests/support/Props.h"
+#include "tests/support/VirtualDesktop.h"
+#include "tests/support/X11Messages.h"
+#include "tests/support/XfceTray.h"
 
 #include <csignal>
 #include <fstream>
@@ -236,10 +237,10 @@ TEST_F(ReturningBus, MayEndWhileSomebodyCalls) {
   expectToBeThere(*watcher);
   for (int round = 0; round < 3; ++round) {
     const long opened = countOf("opened ");
-    Program& flooder = desktop.launch({VANTLE_FLOODER, "activate"});
+    Program& flood = desktop.launch({flooder(), "activate"});
     ASSERT_TRUE(waitUntil([&] { return countOf("opened ") > opened; }));
     bus.kill();
-    EXPECT_EQ(flooder.exitStatus(), 1);
+    EXPECT_EQ(flood.exitStatus(), 1);
     watcher.reset();
     bus.start();
     watcher = startWatcher();

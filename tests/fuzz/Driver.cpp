@@ -2,17 +2,29 @@
 // Changes the examples of a folder in ways that files get broken, as often as told: the same seed gives the
 // same inputs on every machine. For the short run of the tests; scripts/fuzz lets a compiler look for the
 // inputs that reach new code.
-#include "tests/fuzz/Target.h"
-
 #include <algorithm>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <random>
+#include <string>
 #include <vector>
 
+// All of them are in this one program, each under its own name instead of libFuzzer's.
+using Target = int(const std::uint8_t*, std::size_t);
+extern "C" Target fuzz_defaults, fuzz_journal, fuzz_ledger, fuzz_stat, fuzz_utf8;
+
 namespace {
+
+const std::map<std::string, Target*> targets{{"defaults", fuzz_defaults},
+                                             {"journal", fuzz_journal},
+                                             {"ledger", fuzz_ledger},
+                                             {"stat", fuzz_stat},
+                                             {"utf8", fuzz_utf8}};
 
 const std::vector<std::string> pieces{"{",
                                       "}",
@@ -93,29 +105,30 @@ class Mutator {
   std::vector<std::string> m_examples;
 };
 
-void tryOut(const std::string& input) {
-  LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(input.data()), input.size());
+void tryOut(Target* target, const std::string& input) {
+  target(reinterpret_cast<const std::uint8_t*>(input.data()), input.size());
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 4) {
-    std::fprintf(stderr, "usage: %s EXAMPLES-FOLDER SEED INPUTS\n", argv[0]);
+  const auto target = argc == 5 ? targets.find(argv[1]) : targets.end();
+  if (target == targets.end()) {
+    std::fprintf(stderr, "usage: %s TARGET EXAMPLES-FOLDER SEED INPUTS\n", argv[0]);
     return 2;
   }
   std::vector<std::string> examples{""};
-  std::vector<std::filesystem::path> files{std::filesystem::directory_iterator(argv[1]), {}};
+  std::vector<std::filesystem::path> files{std::filesystem::directory_iterator(argv[2]), {}};
   std::sort(files.begin(), files.end());
   for (const auto& file : files) {
     std::ifstream stream(file, std::ios::binary);
     examples.emplace_back(std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>());
   }
-  const std::uint64_t seed = std::strtoull(argv[2], nullptr, 10);
-  const std::uint64_t count = std::strtoull(argv[3], nullptr, 10);
-  for (const std::string& example : examples) tryOut(example);
+  const std::uint64_t seed = std::strtoull(argv[3], nullptr, 10);
+  const std::uint64_t count = std::strtoull(argv[4], nullptr, 10);
+  for (const std::string& example : examples) tryOut(target->second, example);
   Mutator mutator(seed, examples);
-  for (std::uint64_t input = 0; input < count; ++input) tryOut(mutator.next());
+  for (std::uint64_t input = 0; input < count; ++input) tryOut(target->second, mutator.next());
   std::printf("%zu examples and %llu inputs from seed %llu hold\n", examples.size(),
               static_cast<unsigned long long>(count), static_cast<unsigned long long>(seed));
   return 0;

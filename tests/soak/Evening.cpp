@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "tests/soak/Evening.h"
+#include "tests/support/Props.h"
 
 #include <algorithm>
 #include <array>
@@ -136,10 +137,10 @@ void Evening::makeKinds() {
   nice.settings.nice = m_plain.nice + 5;
   Kind& io = kind("io", "forks 1 2", 1);
   io.prefix = {"ionice", "-c", "2", "-n", "2"};
-  io.settings.io = bestEffort2;
+  io.settings.ioPriority = bestEffort2;
   Kind& idle = kind("idleio", "", 1);
   idle.prefix = {"ionice", "-c", "3"};
-  idle.settings.io = idleIo;
+  idle.settings.ioPriority = idleIo;
   Kind& batch = kind("batch", "threads", 1);
   batch.prefix = {"chrt", "-b", "0"};
   batch.settings.policy = SCHED_BATCH;

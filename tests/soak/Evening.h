@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "tests/desktop/harness/SoundServer.h"
-#include "tests/desktop/harness/VirtualDesktop.h"
 #include "tests/soak/Flood.h"
 #include "tests/soak/Machine.h"
 #include "tests/soak/MainLoopWatch.h"
+#include "tests/support/SoundServer.h"
+#include "tests/support/VirtualDesktop.h"
 
 #include <chrono>
 #include <cstdint>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/soak/Flood.h"
 
-#include "tests/desktop/harness/X11Messages.h"
+#include "tests/support/X11Messages.h"
 
 #include <stdexcept>
 #include <xcb/xcb.h>

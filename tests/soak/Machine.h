@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "base/Pid.h"
+#include "tests/support/Kernel.h"
 
 #include <map>
 #include <string>
@@ -9,14 +9,7 @@
 
 namespace vantle::soak {
 
-// What the kernel has of one thread, of all that can be slowed.
-struct ThreadSettings {
-  int policy = 0;
-  int nice = 0;
-  int io = 0;           // I/O class and data, as they stand
-  std::string affinity; // as its status file says it
-  bool operator==(const ThreadSettings&) const = default;
-};
+using ThreadSettings = test::ThreadState;
 
 struct ProcessSettings {
   Pid pid = 0;
@@ -38,7 +31,5 @@ Machine lookAtMachine(const std::string& desktopMarker);
 ThreadSettings settingsOfThisThread();
 std::string controlGroupsOfThisProcess();
 bool isNamespaceOfItsOwn();
-
-std::string text(const ThreadSettings& settings);
 
 } // namespace vantle::soak

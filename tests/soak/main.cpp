@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "tests/desktop/harness/Isolation.h"
 #include "tests/soak/Evening.h"
+#include "tests/support/Isolation.h"
 
 #include <array>
 #include <charconv>

@@ -2,6 +2,7 @@
 #include "platform/linux/login/AutostartLoginItem.h"
 
 #include "platform/linux/login/AutostartEntry.h"
+#include "tests/support/InChild.h"
 
 #include <chrono>
 #include <cstdlib>
@@ -150,15 +151,7 @@ TEST_F(LoginItemTest, ReadOnlyFolderIsAFailureBothWays) {
   fs::permissions(root, fs::perms(01777)); // as a temporary folder has
   fs::create_directories(setup.userFolder);
   const auto asOrdinaryUser = [&](const std::function<bool()>& call) {
-    const uid_t before = geteuid();
-    if (before == 0) {
-      EXPECT_EQ(seteuid(65534), 0);
-    }
-    const bool result = call();
-    if (before == 0) {
-      EXPECT_EQ(seteuid(before), 0);
-    }
-    return result;
+    return test::asOrdinaryUser([&]() -> std::string { return call() ? "yes" : "no"; }) == "yes";
   };
   fs::permissions(setup.userFolder, fs::perms(0555));
   EXPECT_FALSE(asOrdinaryUser([&] { return item().registerItem(); }));

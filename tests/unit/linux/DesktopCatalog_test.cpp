@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/catalog/DesktopCatalog.h"
 
-#include "tests/desktop/harness/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>
 #include <gmock/gmock.h>

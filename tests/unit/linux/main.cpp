@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tests/desktop/harness/Isolation.h"
+#include "tests/support/Isolation.h"
 
 #include <algorithm>
 #include <array>

@@ -129,7 +129,7 @@ class LinuxBandTest : public testing::Test {
       SCOPED_TRACE("as root");
       body();
     }
-    EXPECT_TRUE(asOrdinaryUser(body)) << "as an ordinary user";
+    EXPECT_TRUE(passesAsOrdinaryUser(body)) << "as an ordinary user";
   }
 };
 

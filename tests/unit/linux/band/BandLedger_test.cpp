@@ -3,7 +3,7 @@
 #include "platform/linux/band/BandLedger.h"
 
 #include "platform/posix/files/PosixFileStore.h"
-#include "tests/desktop/harness/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <fstream>
 #include <gtest/gtest.h>

@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "tests/unit/linux/band/ForkingApp.h"
 
-#include "platform/linux/kernel/ProcKernel.h"
+#include "tests/support/Kernel.h"
+#include "tests/support/Program.h"
 #include "tests/unit/linux/band/TestProcess.h"
 
 #include <algorithm>
 #include <csignal>
+#include <filesystem>
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <system_error>
@@ -87,7 +89,6 @@ void takeMemory(std::size_t megabytes) {
 } // namespace
 
 int forkingApp(char letter) {
-  if (letter == '?') return 0;
   if (::fork() != 0) return 0; // the app's own process answers
   if (letter == 'm') {
     takeMemory(400);
@@ -104,26 +105,31 @@ int forkingApp(char letter) {
   return 0;
 }
 
-std::vector<ProcessStat> membersOf(const std::vector<Pid>& sessions) {
-  std::vector<ProcessStat> members;
-  for (const ProcessStat& process : ProcKernel().scan()) {
-    const bool isIn = std::find(sessions.begin(), sessions.end(), process.session) != sessions.end();
-    if (isIn && process.isAlive()) members.push_back(process);
-  }
-  return members;
+namespace {
+
+bool isIn(const std::vector<Pid>& sessions, const ProcessState& process) {
+  return process.isAlive() && std::find(sessions.begin(), sessions.end(), process.session) != sessions.end();
 }
+
+// One that has given its memory back is on its way out, which takes long where processors are scarce.
+bool hasMemory(Pid pid) {
+  std::error_code error;
+  const auto program = std::filesystem::read_symlink("/proc/" + std::to_string(pid) + "/exe", error);
+  return !program.empty();
+}
+
+} // namespace
 
 std::string differencesIn(const std::vector<Pid>& sessions, const std::string& before) {
   std::string differences;
-  for (const ProcessStat& process : membersOf(sessions)) {
-    // One that has given its memory back is on its way out, which takes long where processors are scarce.
-    if (!ProcKernel().link("/proc/" + std::to_string(process.pid) + "/exe")) continue;
-    for (const Pid tid : threadsOf(process.pid)) {
-      const std::string state = schedulingState(tid) + ", session " + autogroupLine(process.pid);
+  for (const auto& [pid, process] : allProcesses()) {
+    if (!isIn(sessions, process) || !hasMemory(pid)) continue;
+    for (const Pid tid : threadsOf(pid)) {
+      const std::string state = schedulingState(tid) + ", session " + autogroupLine(pid);
       // A thread that has ended meanwhile tells nothing.
-      if (state == before || !ProcKernel().activity(tid)) continue;
-      differences += "process " + std::to_string(process.pid) + " thread " + std::to_string(tid) +
-                     ", a child of " + std::to_string(process.parent) + ": " + state + "\n";
+      if (state == before || !desktop::isAlive(tid)) continue;
+      differences += "process " + std::to_string(pid) + " thread " + std::to_string(tid) + ", a child of " +
+                     std::to_string(process.parent) + ": " + state + "\n";
     }
   }
   return differences;

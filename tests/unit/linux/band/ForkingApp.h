@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "platform/linux/kernel/Kernel.h"
+#include "base/Pid.h"
 
 #include <string>
 #include <vector>
@@ -17,10 +17,7 @@ namespace vantle::test {
 //   e  forks and ends, and its child forks and ends, for ever
 int forkingApp(char letter);
 
-// Every process in these sessions.
-std::vector<ProcessStat> membersOf(const std::vector<Pid>& sessions);
-
-// Everything of any thread there that is not as it was, in words; empty when all is well.
+// Everything of any thread in these sessions that is not as it was, in words; empty when all is well.
 std::string differencesIn(const std::vector<Pid>& sessions, const std::string& before);
 
 } // namespace vantle::test

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Apps that start processes and threads at the very moment at which they go into the band and come back. A
 // fork of much memory takes tens of milliseconds, and copies what it hands on at several moments of them.
-#include "tests/desktop/harness/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 #include "tests/unit/linux/band/BandFixture.h"
 #include "tests/unit/linux/band/ForkingApp.h"
 #include "tests/unit/linux/band/ProgramOnBand.h"

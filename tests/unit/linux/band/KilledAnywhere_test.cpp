@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The program killed after each single change that it makes to the machine, and then started again.
-#include "tests/desktop/harness/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 #include "tests/unit/linux/band/BandFixture.h"
 #include "tests/unit/linux/band/ForkingApp.h"
 #include "tests/unit/linux/band/ProgramOnBand.h"
@@ -67,12 +67,12 @@ enum class Ending { killed, byItself, failed };
 
 // Runs the function in a process that dies right after its nth change, counted from 1.
 Ending runUntilChange(std::size_t nth, const std::function<bool()>& body) {
-  const Pid child = ::fork();
-  if (child == 0) {
+  const ForkedProcess process({}, [&] {
     ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
     ::raise(SIGSTOP);
     ::_exit(body() ? 0 : 1);
-  }
+  });
+  const Pid child = process.pid();
   int status = 0;
   ::waitpid(child, &status, 0);
   ::ptrace(PTRACE_SETOPTIONS, child, nullptr, PTRACE_O_TRACESYSGOOD | PTRACE_O_EXITKILL);
@@ -91,8 +91,6 @@ Ending runUntilChange(std::size_t nth, const std::function<bool()>& body) {
     if (call.op == PTRACE_SYSCALL_INFO_ENTRY) isChange = !changesNothing(call);
     if (call.op == PTRACE_SYSCALL_INFO_EXIT && isChange && ++changes == nth) break;
   }
-  ::kill(child, SIGKILL);
-  ::waitpid(child, &status, 0);
   return Ending::killed;
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The band on real processes and threads, as root and as an ordinary user.
 #include "platform/linux/band/ThreadMark.h"
+#include "tests/support/ForkedProcess.h"
+#include "tests/support/User.h"
 #include "tests/unit/linux/band/BandFixture.h"
 
 #include <array>
@@ -422,14 +424,14 @@ TEST_F(LinuxBandTest, WhatIsNotAnAppIsRefused) {
 TEST_F(LinuxBandTest, ProcessesOfOthersAreRefused) {
   if (!runsAsRoot()) GTEST_SKIP() << "there is no other user";
   const TestProcess ours;
-  EXPECT_TRUE(asOrdinaryUser([&ours] {
+  EXPECT_TRUE(passesAsOrdinaryUser([&ours] {
     Band band;
     EXPECT_FALSE(band.band.enterBackgroundBand(ours.pid()));
     EXPECT_FALSE(band.band.leaveBackgroundBand(ours.pid()));
     EXPECT_EQ(band.band.isInBackgroundBand(ours.pid()), false);
   }));
   // Root could, and does not: they are another person's.
-  const TestProcess theirs(TestProcess::Session::own, [](char) { return ::setuid(65534); });
+  const TestProcess theirs(TestProcess::Session::own, [](char) { return becomeUser(nobody) ? 0 : 1; });
   ASSERT_EQ(theirs.ask('!'), 0);
   Band band;
   EXPECT_FALSE(band.band.enterBackgroundBand(theirs.pid()));
@@ -443,7 +445,7 @@ Pid startService() {
   if (::fork() == 0) {
     if (::fork() != 0) ::_exit(0);
     ::setsid();
-    const Pid pid = ::setuid(65534) == 0 ? ::getpid() : -1;
+    const Pid pid = becomeUser(nobody) ? ::getpid() : -1;
     (void)!::write(channel[1], &pid, sizeof pid);
     for (;;) ::pause();
   }
@@ -475,7 +477,7 @@ TEST_F(LinuxBandTest, AServiceThatRootHasStartedFromASlowedAppComesBackAsAnother
 
 TEST_F(LinuxBandTest, RootLeavesAloneWhatACopyOfAnotherUserHasSlowed) {
   if (!runsAsRoot()) GTEST_SKIP() << "there is no other user";
-  const TestProcess theirs(TestProcess::Session::own, [](char) { return ::setuid(65534); });
+  const TestProcess theirs(TestProcess::Session::own, [](char) { return becomeUser(nobody) ? 0 : 1; });
   ASSERT_EQ(theirs.ask('!'), 0);
   ThreadMark mark; // who is not root changes no class
   mark.sessionLowered = true;
@@ -551,8 +553,7 @@ TEST_F(LinuxBandTest, AProgramThatDiesWhileItsChangesWaitIsMadeGoodByTheNext) {
     const std::array<TestProcess, 4> apps{};
     const std::string before = schedulingState(apps[0].pid());
     for (const bool leaves : {false, true}) {
-      const Pid first = ::fork();
-      if (first == 0) {
+      ForkedProcess first({}, [&] {
         Band band;
         for (const TestProcess& app : apps) band.band.enterBackgroundBand(app.pid());
         if (leaves) {
@@ -560,8 +561,8 @@ TEST_F(LinuxBandTest, AProgramThatDiesWhileItsChangesWaitIsMadeGoodByTheNext) {
           for (const TestProcess& app : apps) band.band.leaveBackgroundBand(app.pid());
         }
         ::_exit(0); // nothing settled, nothing undone
-      }
-      ::waitpid(first, nullptr, 0);
+      });
+      first.waitForEnd();
       Band next;
       next.band.reclaim(nullptr);
       next.settled();

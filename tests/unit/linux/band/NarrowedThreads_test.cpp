@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Real threads that were narrowed to a set of processors which is no longer the one of now.
-#include "tests/desktop/harness/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 #include "tests/unit/linux/band/BandFixture.h"
 
 #include <filesystem>

@@ -2,7 +2,7 @@
 #include "tests/unit/linux/band/ScriptedUserManager.h"
 
 #include "platform/linux/bus/BusTypes.h"
-#include "tests/desktop/harness/Wait.h"
+#include "tests/support/Wait.h"
 
 #include <array>
 #include <csignal>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "base/Pid.h"
-#include "tests/desktop/harness/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <atomic>
 #include <cstdint>

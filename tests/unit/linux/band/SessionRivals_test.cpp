@@ -1,18 +1,16 @@
 // SPDX-License-Identifier: MIT
 // The kernel lets all ordinary users together change one session's weight in 100 ms. Others want to as well.
-#include "tests/unit/linux/ForkedProcess.h"
+#include "tests/support/ForkedProcess.h"
+#include "tests/support/Spammer.h"
+#include "tests/support/User.h"
 #include "tests/unit/linux/band/BandFixture.h"
 
 #include <array>
 #include <atomic>
-#include <csignal>
-#include <fcntl.h>
 #include <functional>
-#include <grp.h>
 #include <gtest/gtest.h>
+#include <memory>
 #include <sys/mman.h>
-#include <sys/prctl.h>
-#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
@@ -24,20 +22,6 @@ using namespace test;
 using namespace std::chrono_literals;
 
 using Apps = std::array<TestProcess, 8>;
-
-// Somebody who takes every turn that can be had, for nothing.
-class Spammer {
- public:
-  Spammer() : m_process([] { ::setsid(); }, [] { takeTurns(); }) {}
-
- private:
-  [[noreturn]] static void takeTurns() {
-    const int file = ::open("/proc/self/autogroup", O_RDWR);
-    for (;;) (void)!::write(file, "0", 1);
-  }
-
-  ForkedProcess m_process;
-};
 
 bool allShow(const Apps& apps, const char* line) {
   return std::all_of(apps.begin(), apps.end(),
@@ -56,11 +40,11 @@ void giveBack(Band& band, const Apps& apps) {
 
 // As an ordinary user, who has no more turns than the spammer.
 void expectAllBackBesideASpammer(const std::function<void(Band&, const Apps&)>& await) {
-  EXPECT_TRUE(asOrdinaryUser([&] {
+  EXPECT_TRUE(passesAsOrdinaryUser([&] {
     const Apps apps{};
     Band band;
     slow(band, apps);
-    const Spammer spammer;
+    const Spammer spammer(ordinaryUser);
     giveBack(band, apps);
     await(band, apps);
   }));
@@ -91,13 +75,8 @@ TEST_F(LinuxBandTest, TwoPeopleBothGetTheirAppsBack) {
       ::mmap(nullptr, sizeof(Meeting), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
   ASSERT_NE(shared, MAP_FAILED);
   auto& meeting = *new (shared) Meeting{};
-  const auto become = [](uid_t user) {
-    const bool done = ::setgroups(0, nullptr) == 0 && ::setgid(user) == 0 && ::setuid(user) == 0;
-    ::prctl(PR_SET_DUMPABLE, 1); // a program that changed its user hides from /proc otherwise
-    return done;
-  };
   const auto live = [&](uid_t user) {
-    EXPECT_TRUE(become(user));
+    EXPECT_TRUE(becomeUser(user));
     const Apps apps{};
     Band band;
     slow(band, apps);
@@ -107,33 +86,21 @@ TEST_F(LinuxBandTest, TwoPeopleBothGetTheirAppsBack) {
     band.settled();
     EXPECT_TRUE(allShow(apps, "nice 0"));
   };
-  std::vector<Pid> people;
-  for (const uid_t user : {47'321U, 47'322U}) {
-    const Pid person = ::fork();
-    if (person == 0) {
-      live(user);
-      std::fflush(nullptr);
-      ::_exit(testing::Test::HasFailure() ? 1 : 0);
-    }
-    people.push_back(person);
+  std::vector<std::unique_ptr<ForkedProcess>> people;
+  for (const uid_t user : {ordinaryUser, ordinaryUser + 1}) {
+    people.push_back(std::make_unique<ForkedProcess>([] {},
+                                                     [&live, user] {
+                                                       live(user);
+                                                       std::fflush(nullptr);
+                                                       ::_exit(testing::Test::HasFailure() ? 1 : 0);
+                                                     }));
   }
   const auto end = std::chrono::steady_clock::now() + guard;
   while (meeting.slowed < 2 && std::chrono::steady_clock::now() < end) std::this_thread::sleep_for(1ms);
-  const Pid third = ::fork();
-  if (third == 0) {
-    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    if (!become(47'323U)) ::_exit(1);
-    const Spammer spammer;
-    meeting.isSpammed = true;
-    for (;;) ::pause();
-  }
-  for (const Pid person : people) {
-    int status = 0;
-    ::waitpid(person, &status, 0);
-    EXPECT_EQ(status, 0);
-  }
-  ::kill(third, SIGKILL);
-  ::waitpid(third, nullptr, 0);
+  Spammer third(ordinaryUser + 2);
+  meeting.isSpammed = true;
+  for (const auto& person : people) EXPECT_EQ(person->waitForEnd(), 0);
+  third.end();
   ::munmap(shared, sizeof(Meeting));
 }
 

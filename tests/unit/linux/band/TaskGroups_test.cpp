@@ -2,7 +2,7 @@
 #include "platform/linux/band/TaskGroups.h"
 
 #include "platform/linux/kernel/ProcKernel.h"
-#include "tests/desktop/harness/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>

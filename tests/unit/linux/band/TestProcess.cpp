@@ -1,17 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "tests/unit/linux/band/TestProcess.h"
 
-#include "platform/linux/kernel/ProcKernel.h"
+#include "tests/support/InChild.h"
+#include "tests/support/Kernel.h"
+#include "tests/support/Program.h"
+#include "tests/support/User.h"
 
 #include <array>
 #include <csignal>
 #include <cstdint>
 #include <cstdlib>
-#include <fstream>
-#include <grp.h>
 #include <gtest/gtest.h>
-#include <sched.h>
-#include <set>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
@@ -78,17 +77,6 @@ int startChild(bool ownSession, bool orphan, bool daemon) {
   ::_exit(0);
 }
 
-void killTree(const std::vector<ProcessStat>& all, Pid root) {
-  std::set<Pid> tree{root};
-  for (std::size_t before = 0; before != tree.size();) {
-    before = tree.size();
-    for (const ProcessStat& process : all) {
-      if (tree.contains(process.parent)) tree.insert(process.pid);
-    }
-  }
-  for (const Pid pid : tree) ::kill(pid, SIGKILL);
-}
-
 } // namespace
 
 TestProcess::TestProcess(Session session, const Act& act) {
@@ -97,17 +85,13 @@ TestProcess::TestProcess(Session session, const Act& act) {
   std::array<int, 2> sockets{};
   if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, sockets.data()) != 0) std::abort();
   m_channel = sockets[0];
-  const Pid tests = ::getpid();
-  m_pid = ::fork();
-  if (m_pid == 0) {
-    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    if (::getppid() != tests) ::_exit(1);
-    ::close(sockets[0]);
-    if (session == Session::own) ::setsid();
-    serve(sockets[1], act);
-  }
+  m_process.emplace(
+      [&] {
+        ::close(sockets[0]);
+        if (session == Session::own) ::setsid();
+      },
+      [&] { serve(sockets[1], act); });
   ::close(sockets[1]);
-  ask('?'); // it has its place now
 }
 
 TestProcess::~TestProcess() {
@@ -124,63 +108,39 @@ int TestProcess::ask(char letter) const {
 }
 
 void TestProcess::end() {
-  if (m_pid <= 0) return;
-  killTree(ProcKernel().scan(), m_pid); // as long as it is the parent of those in other sessions
-  ::kill(-m_pid, SIGKILL);              // who forks and ends is on no list long enough
-  const std::vector<ProcessStat> all = ProcKernel().scan();
-  ::waitpid(m_pid, nullptr, 0);
-  // What it left behind in its session, of which this process has become the parent.
-  for (const ProcessStat& process : all) {
-    if (process.session != m_pid || process.parent != ::getpid() || process.pid == m_pid) continue;
-    ::kill(process.pid, SIGKILL);
-    ::waitpid(process.pid, nullptr, 0);
-  }
-  m_pid = 0;
+  if (!m_process) return;
+  ::kill(-pid(), SIGKILL); // who forks and ends is on no list long enough
+  desktop::endProcessesOf({pid()});
+  m_process.reset();
 }
 
-bool runsAsRoot() { return ::geteuid() == 0; }
-
-bool asOrdinaryUser(const std::function<void()>& body) {
-  if (!runsAsRoot()) {
-    body();
-    return !testing::Test::HasFailure();
-  }
-  const Pid child = ::fork();
-  if (child == 0) {
-    constexpr unsigned nobody = 65534;
-    if (::setgroups(0, nullptr) != 0 || ::setgid(nobody) != 0 || ::setuid(nobody) != 0) ::_exit(2);
+bool passesAsOrdinaryUser(const std::function<void()>& body) {
+  const auto passes = [&]() -> std::string {
     const rlimit none{0, 0};
     ::setrlimit(RLIMIT_NICE, &none);
-    ::prctl(PR_SET_DUMPABLE, 1); // a program that changed its user hides from /proc otherwise
     body();
-    std::fflush(nullptr);
-    ::_exit(testing::Test::HasFailure() ? 1 : 0);
-  }
-  int status = 0;
-  ::waitpid(child, &status, 0);
-  return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    return testing::Test::HasFailure() ? "failed" : "";
+  };
+  if (runsAsRoot())
+    return inChild([&]() -> std::string { return becomeUser(nobody) ? passes() : notPossibleHere; }).empty();
+  body();
+  return !testing::Test::HasFailure();
 }
 
-std::string schedulingState(Pid tid) {
-  const auto scheduling = ProcKernel().scheduling(tid);
-  const auto io = ProcKernel().ioPriority(tid);
-  const auto processors = ProcKernel().affinity(tid);
-  std::string mask;
-  for (std::size_t cpu = 0; processors && cpu < 64; ++cpu) {
-    if (processors->contains(cpu)) mask += ' ' + std::to_string(cpu);
-  }
-  return "policy " + std::to_string(scheduling ? scheduling->policy : -1) + " nice " +
-         std::to_string(::getpriority(PRIO_PROCESS, static_cast<id_t>(tid))) + " io " +
-         std::to_string(io.value_or(-1)) + " on" + mask;
+std::string schedulingState(Pid thread) {
+  const auto state = threadState(thread);
+  return state ? text(*state) : "";
 }
 
 std::string autogroupLine(Pid pid) {
-  std::ifstream file("/proc/" + std::to_string(pid) + "/autogroup");
-  std::string line;
-  std::getline(file, line);
-  return line.substr(line.find(' ') + 1); // without the number: "nice 0"
+  const auto nice = sessionNice(pid);
+  return nice ? "nice " + std::to_string(*nice) : "";
 }
 
-std::vector<Pid> threadsOf(Pid pid) { return ProcKernel().threads(pid); }
+std::vector<Pid> threadsOf(Pid pid) {
+  std::vector<Pid> threads;
+  for (const auto& [thread, state] : threadStates(pid)) threads.push_back(thread);
+  return threads;
+}
 
 } // namespace vantle::test

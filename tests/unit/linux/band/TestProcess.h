@@ -2,8 +2,11 @@
 #pragma once
 
 #include "base/Pid.h"
+#include "tests/support/ForkedProcess.h"
+#include "tests/support/User.h"
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,22 +25,21 @@ class TestProcess {
   TestProcess(const TestProcess&) = delete;
   TestProcess& operator=(const TestProcess&) = delete;
 
-  Pid pid() const { return m_pid; }
+  Pid pid() const { return m_process ? m_process->pid() : 0; } // 0 after its end
   // Letters that every process knows: 't' starts a thread and answers with its id; 'f' forks a child that
   // waits and answers with its pid; 'o' forks one whose parent ends at once; 's' the same as 'f' in a session
   // of its own. 'd' both, as daemons are started, which the test has to end itself.
   int ask(char letter) const;
-  void end(); // SIGKILL, and waits for it
+  void end(); // with all that it has started
 
  private:
-  Pid m_pid = 0;
+  std::optional<ForkedProcess> m_process;
   int m_channel = -1;
 };
 
 // Runs a function in a process of its own as an ordinary user without any rights (when the tests run as root;
 // otherwise the tests' user is one). True when no expectation failed in it.
-bool asOrdinaryUser(const std::function<void()>& body);
-bool runsAsRoot();
+bool passesAsOrdinaryUser(const std::function<void()>& body);
 
 // Everything of a thread that the band could change, as text for comparing.
 std::string schedulingState(Pid tid);

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "platform/linux/band/UserManager.h"
-#include "tests/desktop/harness/PrivateBus.h"
+#include "tests/support/PrivateBus.h"
 #include "tests/unit/linux/band/BandFixture.h"
 #include "tests/unit/linux/band/ScriptedUserManager.h"
 

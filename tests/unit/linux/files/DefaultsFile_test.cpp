@@ -4,8 +4,9 @@
 #include "engine/Journal.h"
 #include "platform/posix/files/PosixFileStore.h"
 #include "platform/shared/JsonUserDefaults.h"
-#include "tests/desktop/harness/TemporaryFolder.h"
-#include "tests/unit/linux/InChild.h"
+#include "tests/support/InChild.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/User.h"
 
 #include <fstream>
 #include <gtest/gtest.h>

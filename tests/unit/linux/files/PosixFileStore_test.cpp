@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "platform/posix/files/PosixFileStore.h"
 
-#include "tests/desktop/harness/TemporaryFolder.h"
-#include "tests/unit/linux/ForkedProcess.h"
-#include "tests/unit/linux/InChild.h"
+#include "tests/support/ForkedProcess.h"
+#include "tests/support/InChild.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/User.h"
 
 #include <csignal>
 #include <gtest/gtest.h>

@@ -3,10 +3,10 @@
 
 #include "platform/linux/files/LockFolders.h"
 #include "platform/posix/process/SessionLauncher.h"
-#include "tests/desktop/harness/TemporaryFolder.h"
-#include "tests/desktop/harness/Wait.h"
-#include "tests/unit/linux/ForkedProcess.h"
-#include "tests/unit/linux/InChild.h"
+#include "tests/support/ForkedProcess.h"
+#include "tests/support/InChild.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/Wait.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/files/XdgFolders.h"
 
-#include "tests/desktop/harness/TemporaryFolder.h"
-#include "tests/unit/linux/InChild.h"
+#include "tests/support/InChild.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 #include <map>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // When one look at the processes may serve twice.
 #include "platform/linux/kernel/ProcKernel.h"
-#include "tests/desktop/harness/TemporaryFolder.h"
-#include "tests/unit/linux/ForkedProcess.h"
+#include "tests/support/ForkedProcess.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 #include <thread>

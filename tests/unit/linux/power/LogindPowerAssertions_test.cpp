@@ -2,9 +2,9 @@
 #include "platform/linux/power/LogindPowerAssertions.h"
 
 #include "platform/shared/PollEventLoop.h"
-#include "tests/desktop/harness/FakeService.h"
-#include "tests/desktop/harness/PrivateBus.h"
-#include "tests/desktop/harness/Wait.h"
+#include "tests/support/FakeService.h"
+#include "tests/support/PrivateBus.h"
+#include "tests/support/Wait.h"
 
 #include <chrono>
 #include <gmock/gmock.h>

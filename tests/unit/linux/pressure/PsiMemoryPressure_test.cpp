@@ -2,10 +2,10 @@
 #include "platform/linux/pressure/PsiMemoryPressure.h"
 
 #include "platform/shared/PollEventLoop.h"
-#include "tests/desktop/harness/MemoryStaller.h"
-#include "tests/desktop/harness/Program.h"
-#include "tests/desktop/harness/TemporaryFolder.h"
-#include "tests/desktop/harness/Wait.h"
+#include "tests/support/Program.h"
+#include "tests/support/Props.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/Wait.h"
 
 #include <algorithm>
 #include <cerrno>

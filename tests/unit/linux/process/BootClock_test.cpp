@@ -4,10 +4,10 @@
 #include "engine/ProcessQueries.h"
 #include "platform/linux/process/LinuxHost.h"
 #include "platform/linux/process/ProcfsProcessTable.h"
+#include "tests/support/ForkedProcess.h"
 
 #include <gtest/gtest.h>
 #include <sched.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace vantle {
@@ -28,15 +28,9 @@ TEST(BootClock, NeverMakesALaterChildLookOlder) {
   // Children at every phase of the tick: more of them than ticks go by.
   for (int round = 0; round < 300; ++round) {
     const std::uint64_t before = clock.processMicros();
-    const pid_t child = ::fork();
-    if (child == 0) {
-      ::pause();
-      ::_exit(0);
-    }
-    const auto identity = readIdentity(table, child);
+    const test::ForkedProcess child;
+    const auto identity = readIdentity(table, child.pid());
     const std::uint64_t after = clock.processMicros();
-    ::kill(child, SIGKILL);
-    ::waitpid(child, nullptr, 0);
     ASSERT_TRUE(identity);
     ASSERT_GE(startMicros(*identity), before) << round;
     ASSERT_LE(startMicros(*identity), after) << round;

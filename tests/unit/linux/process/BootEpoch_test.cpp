@@ -3,8 +3,8 @@
 
 #include "platform/linux/kernel/ProcKernel.h"
 #include "platform/posix/files/PosixFileStore.h"
-#include "tests/desktop/harness/TemporaryFolder.h"
-#include "tests/unit/linux/InChild.h"
+#include "tests/support/InChild.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <chrono>
 #include <ctime>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/posix/process/DescriptorLimit.h"
 
-#include "tests/unit/linux/InChild.h"
+#include "tests/support/InChild.h"
 
 #include <gtest/gtest.h>
 #include <string>

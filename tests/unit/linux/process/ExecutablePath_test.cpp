@@ -2,9 +2,9 @@
 // Paths of executables, as hostile as the kernel lets them be.
 #include "engine/ProcessQueries.h"
 #include "platform/linux/process/ProcfsProcessTable.h"
-#include "tests/desktop/harness/TemporaryFolder.h"
-#include "tests/desktop/harness/Wait.h"
-#include "tests/unit/linux/ForkedProcess.h"
+#include "tests/support/ForkedProcess.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/Wait.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

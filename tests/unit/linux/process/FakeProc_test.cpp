@@ -3,7 +3,7 @@
 #include "engine/AppTrees.h"
 #include "platform/linux/band/UnitPath.h"
 #include "platform/linux/process/ProcfsProcessTable.h"
-#include "tests/desktop/harness/TemporaryFolder.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>
 #include <gmock/gmock.h>

@@ -2,10 +2,11 @@
 #include "platform/posix/process/SessionLauncher.h"
 
 #include "platform/linux/process/ProcfsProcessTable.h"
-#include "tests/desktop/harness/Program.h"
-#include "tests/desktop/harness/TemporaryFolder.h"
-#include "tests/desktop/harness/Wait.h"
-#include "tests/unit/linux/InChild.h"
+#include "tests/support/ForkedProcess.h"
+#include "tests/support/InChild.h"
+#include "tests/support/Program.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/Wait.h"
 
 #include <array>
 #include <csignal>
@@ -102,20 +103,17 @@ TEST(SessionLauncher, LeavesARunningProgramAlone) {
 TEST(SessionLauncher, LeavesNothingRunningWhenItIsKilled) {
   std::array<int, 2> told{};
   ASSERT_EQ(::pipe(told.data()), 0);
-  const pid_t killed = ::fork();
-  if (killed == 0) {
+  test::ForkedProcess killed({}, [&] {
     SessionLauncher launcher;
     const auto child = launcher.launch(endless);
     const Pid pid = child ? child->processIdentifier() : 0;
     if (::write(told[1], &pid, sizeof pid) == sizeof pid) ::pause();
-    ::_exit(1);
-  }
+  });
   Pid child = 0;
   ASSERT_EQ(::read(told[0], &child, sizeof child), static_cast<ssize_t>(sizeof child));
   ASSERT_GT(child, 0);
   EXPECT_TRUE(desktop::isAlive(child));
-  ::kill(killed, SIGKILL);
-  ::waitpid(killed, nullptr, 0);
+  killed.kill();
   EXPECT_TRUE(desktop::waitUntil([&] { return !desktop::isAlive(child); }));
   if (desktop::isAlive(child)) ::kill(child, SIGKILL);
   for (const int end : told) ::close(end);
@@ -124,8 +122,7 @@ TEST(SessionLauncher, LeavesNothingRunningWhenItIsKilled) {
 TEST(SessionLauncher, LeavesWhatWasLetGoRunningWhenItEnds) {
   std::array<int, 2> told{};
   ASSERT_EQ(::pipe(told.data()), 0);
-  const pid_t ended = ::fork();
-  if (ended == 0) {
+  test::ForkedProcess ended({}, [&] {
     SessionLauncher launcher;
     std::array<Pid, 2> pids{};
     for (Pid& pid : pids) {
@@ -134,10 +131,10 @@ TEST(SessionLauncher, LeavesWhatWasLetGoRunningWhenItEnds) {
       if (pid == pids.back()) static_cast<void>(child.release()); // still held on to at the end
     }
     ::_exit(::write(told[1], pids.data(), sizeof pids) == sizeof pids ? 0 : 1);
-  }
+  });
   std::array<Pid, 2> children{};
   ASSERT_EQ(::read(told[0], children.data(), sizeof children), static_cast<ssize_t>(sizeof children));
-  ::waitpid(ended, nullptr, 0);
+  ended.waitForEnd();
   EXPECT_TRUE(desktop::waitUntil([&] { return !desktop::isAlive(children[1]); }));
   EXPECT_TRUE(desktop::isAlive(children[0]));
   for (const Pid child : children) ::kill(child, SIGKILL);

@@ -3,10 +3,10 @@
 
 #include "platform/linux/workspace/WindowKind.h"
 #include "platform/linux/workspace/X11Windows.h"
-#include "tests/desktop/harness/Program.h"
-#include "tests/desktop/harness/TemporaryFolder.h"
-#include "tests/desktop/harness/Wait.h"
-#include "tests/unit/linux/ForkedProcess.h"
+#include "tests/support/ForkedProcess.h"
+#include "tests/support/Program.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/Wait.h"
 #include "tests/unit/linux/SilentFileSystem.h"
 #include "tests/unit/linux/band/TestProcess.h"
 
@@ -131,7 +131,7 @@ TEST(AppEvidence, TakesTheCommandLineWhereTheProgramIsHidden) {
     return arguments.size() == 2 && arguments.front() == name;
   };
   desktop::require("the programs", [&] { return isStarted(honest, "sleep") && isStarted(liar, "xterm"); });
-  EXPECT_TRUE(test::asOrdinaryUser([&] {
+  EXPECT_TRUE(test::passesAsOrdinaryUser([&] {
     EXPECT_EQ(readEvidence(honest.pid()).executable, "/usr/bin/sleep");
     EXPECT_EQ(readEvidence(honest.pid()).program, "/usr/bin/sleep");
     EXPECT_EQ(readEvidence(liar.pid()).executable, "") << "the kernel knows it by another name";

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/workspace/DesktopEntries.h"
 #include "platform/linux/workspace/OneLineName.h"
-#include "tests/desktop/harness/TemporaryFolder.h"
-#include "tests/desktop/harness/Wait.h"
-#include "tests/unit/linux/InChild.h"
+#include "tests/support/InChild.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/Wait.h"
 #include "tests/unit/linux/SilentFileSystem.h"
 
 #include <algorithm>

@@ -4,7 +4,8 @@
 #include "platform/linux/workspace/X11Workspace.h"
 #include "platform/shared/PollEventLoop.h"
 #include "platform/simulated/SimulatedMachine.h"
-#include "tests/desktop/harness/VirtualDesktop.h"
+#include "tests/support/Props.h"
+#include "tests/support/VirtualDesktop.h"
 
 #include <filesystem>
 #include <gmock/gmock.h>

@@ -4,8 +4,9 @@
 
 #include "platform/linux/workspace/X11Windows.h"
 #include "platform/shared/PollEventLoop.h"
-#include "tests/desktop/harness/VirtualDesktop.h"
-#include "tests/unit/linux/InChild.h"
+#include "tests/support/InChild.h"
+#include "tests/support/Props.h"
+#include "tests/support/VirtualDesktop.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: MIT
+// The stage itself: what other tests take for granted.
+#include "tests/support/Props.h"
+#include "tests/support/VirtualDesktop.h"
+
+#include <csignal>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+namespace {
+
+using namespace vantle;
+using namespace vantle::desktop;
+
+TEST(VirtualDesktop, ShowsWindowsWithTheirProcesses) {
+  VirtualDesktop desktop;
+  Program& first = desktop.launch({testWindow(), "--title", "first"});
+  Program& second = desktop.launch({testWindow(), "--title", "second", "--claim-pid", "1"});
+  const XWindows::Window window = desktop.waitForWindow(first.pid());
+  EXPECT_EQ(window.title, "first");
+  EXPECT_EQ(desktop.waitForWindowTitled("second").pid, second.pid());
+  desktop.activate(second);
+  desktop.activate(first);
+  EXPECT_EQ(desktop.windows().active(), window.id);
+}
+
+TEST(VirtualDesktop, EndsEverythingItStarted) {
+  Pid leader = 0;
+  std::set<Pid> all;
+  {
+    VirtualDesktop desktop;
+    Program& program = desktop.launch({testWindow(), "--children", "3"});
+    desktop.waitForWindow(program.pid());
+    // An orphan in a session of its own, which nothing but its environment ties to the desktop.
+    EXPECT_TRUE(desktop.run({"setsid", "-f", "sleep", "1000"}));
+    leader = program.pid();
+    require("children", [&] {
+      all = processesOf({leader}, "VANTLE_TEST_DESKTOP=" + desktop.folder().path().string());
+      return all.size() >= 8; // X server, bus, window manager, the program with three children, the orphan
+    });
+    EXPECT_TRUE(isAlive(leader));
+  }
+  for (const Pid pid : all) EXPECT_FALSE(isAlive(pid)) << pid;
+}
+
+TEST(VirtualDesktop, HasAPrivateBus) {
+  VirtualDesktop desktop({.windowManager = false});
+  EXPECT_TRUE(desktop.hasBusName("org.freedesktop.DBus"));
+  EXPECT_FALSE(desktop.hasBusName("org.freedesktop.Notifications"));
+}
+
+TEST(VirtualDesktop, TakesPictures) {
+  VirtualDesktop desktop;
+  const auto picture = desktop.folder().path() / "picture.png";
+  ASSERT_TRUE(desktop.screenshot(picture));
+  EXPECT_GT(std::filesystem::file_size(picture), 100U);
+}
+
+TEST(VirtualDesktop, BelongsToSomebodyElseWhenRootSaysSo) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only root can";
+  VirtualDesktop desktop({.user = 65534});
+  Program& program = desktop.launch({testWindow()});
+  desktop.waitForWindow(program.pid());
+  EXPECT_TRUE(desktop.run({"test", "-O", desktop.home()}));
+  EXPECT_FALSE(desktop.run({"test", "-w", "/etc/passwd"}));
+}
+
+TEST(VirtualDesktop, NoticesARestartedWindowManager) {
+  VirtualDesktop desktop;
+  desktop.windowManager().kill();
+  Program& early = desktop.launch({testWindow()});
+  desktop.startWindowManager();
+  EXPECT_NE(desktop.waitForWindow(early.pid()).id, 0U);
+}
+
+TEST(Program, ReportsHowItEnded) {
+  Start start{.command = {"sh", "-c", "exit 7"}};
+  EXPECT_EQ(Program(start).exitStatus(), 7);
+  start.command = {"sleep", "1000"};
+  Program sleeper(start);
+  sleeper.signal(SIGTERM);
+  EXPECT_EQ(sleeper.exitStatus(), -SIGTERM);
+}
+
+} // namespace

@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: MIT
+#include "tests/support/FakeService.h"
+
+#include <cstdint>
+#include <poll.h>
+#include <stdexcept>
+#include <sys/eventfd.h>
+#include <unistd.h>
+#include <utility>
+
+namespace vantle::desktop {
+
+FakeService::FakeService(const std::string& address, const std::string& name)
+    : m_name(name), m_stop(::eventfd(0, EFD_CLOEXEC)) {
+  const bool isThere = sd_bus_new(&m_bus) >= 0 && sd_bus_set_address(m_bus, address.c_str()) >= 0 &&
+                       sd_bus_set_bus_client(m_bus, 1) >= 0 && sd_bus_start(m_bus) >= 0 &&
+                       sd_bus_add_filter(m_bus, nullptr, take, this) >= 0 &&
+                       sd_bus_request_name(m_bus, name.c_str(), 0) >= 0;
+  if (!isThere) throw std::runtime_error("no place on the bus for " + name);
+  m_thread = std::thread([this] { serve(); });
+}
+
+FakeService::~FakeService() {
+  const std::uint64_t one = 1;
+  if (::write(m_stop, &one, sizeof one) == sizeof one) m_thread.join();
+  sd_bus_release_name(m_bus, m_name.c_str()); // a successor may come at once
+  sd_bus_flush_close_unref(m_bus);
+  ::close(m_stop);
+}
+
+void FakeService::answer(const std::string& path, const std::string& member, Answer answer) {
+  const std::lock_guard lock(m_mutex);
+  m_answers.insert_or_assign({path, member}, std::move(answer));
+}
+
+void FakeService::ignore(const std::string& member) {
+  const std::lock_guard lock(m_mutex);
+  m_ignored.insert(member);
+}
+
+int FakeService::calls(const std::string& member) const {
+  const std::lock_guard lock(m_mutex);
+  const auto found = m_calls.find(member);
+  return found == m_calls.end() ? 0 : found->second;
+}
+
+void FakeService::serve() {
+  while (true) {
+    int status = 1;
+    while (status > 0) status = sd_bus_process(m_bus, nullptr);
+    if (status < 0) return;
+    pollfd sources[] = {{sd_bus_get_fd(m_bus), static_cast<short>(sd_bus_get_events(m_bus)), 0},
+                        {m_stop, POLLIN, 0}};
+    ::poll(sources, 2, -1);
+    if (sources[1].revents != 0) return;
+  }
+}
+
+int FakeService::take(sd_bus_message* message, void* self, sd_bus_error*) {
+  if (sd_bus_message_is_method_call(message, nullptr, nullptr) <= 0) return 0;
+  FakeService& service = *static_cast<FakeService*>(self);
+  const std::string member = sd_bus_message_get_member(message);
+  Answer answer;
+  {
+    const std::lock_guard lock(service.m_mutex);
+    ++service.m_calls[member];
+    if (service.m_ignored.contains(member)) return 1;
+    for (const std::string& path : {std::string(sd_bus_message_get_path(message)), std::string()}) {
+      const auto found = service.m_answers.find({path, member});
+      if (!answer && found != service.m_answers.end()) answer = found->second;
+    }
+  }
+  if (!answer) return 0;
+  sd_bus_message* reply = nullptr;
+  if (sd_bus_message_new_method_return(message, &reply) < 0) return -1;
+  answer(message, reply);
+  const int status = sd_bus_send(nullptr, reply, nullptr);
+  sd_bus_message_unref(reply);
+  return status < 0 ? status : 1;
+}
+
+} // namespace vantle::desktop

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "tests/support/VirtualDesktop.h"
+
+#include <string>
+
+namespace vantle::desktop {
+
+// The notification daemon of a virtual desktop (dunst), and what it shows.
+class NotificationDaemon {
+ public:
+  explicit NotificationDaemon(VirtualDesktop& desktop); // ready for notices
+
+  Program& program() { return *m_program; }
+  void start(); // again, after it was killed
+
+  int displayed(); // how many notices are on the screen now
+  // All it has shown or replaced since it started, one after another, as "APP|TITLE|BODY" lines.
+  std::string shown() const;
+
+ private:
+  VirtualDesktop& m_desktop;
+  Program* m_program = nullptr;
+};
+
+} // namespace vantle::desktop

@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: MIT
+#include "tests/support/SoundServer.h"
+
+#include <cmath>
+#include <cstdint>
+#include <numbers>
+#include <stdexcept>
+
+namespace vantle::desktop {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+void append(std::string& bytes, std::uint32_t value, int count) {
+  for (int at = 0; at < count; ++at) bytes += static_cast<char>(value >> (8 * at) & 0xff);
+}
+
+// 16 bits, one channel, 440 Hz.
+std::string wave() {
+  constexpr std::uint32_t rate = 48000;
+  constexpr std::uint32_t samples = rate * 60;
+  constexpr double loudness = 500;
+  std::string bytes = "RIFF";
+  append(bytes, 36 + samples * 2, 4);
+  bytes += "WAVEfmt ";
+  append(bytes, 16, 4);
+  append(bytes, 1, 2); // plain samples
+  append(bytes, 1, 2); // channels
+  append(bytes, rate, 4);
+  append(bytes, rate * 2, 4);
+  append(bytes, 2, 2);
+  append(bytes, 16, 2);
+  bytes += "data";
+  append(bytes, samples * 2, 4);
+  for (std::uint32_t at = 0; at < samples; ++at) {
+    const double value = loudness * std::sin(2 * std::numbers::pi * 440 * at / rate);
+    append(bytes, static_cast<std::uint32_t>(static_cast<std::int32_t>(value)), 2);
+  }
+  return bytes;
+}
+
+} // namespace
+
+SoundServer::SoundServer(VirtualDesktop& desktop)
+    : m_desktop(desktop), m_pulseSocket(desktop.runtimeDir() / "pulse/native"),
+      m_tone(desktop.folder().write("tone.wav", wave())) {
+  m_desktop.launch({"pipewire"});
+  require("PipeWire", [&] { return fs::is_socket(m_desktop.runtimeDir() / "pipewire-0"); });
+  // Its part for Bluetooth ends the whole of it on a machine without logind.
+  const fs::path bluetooth = m_desktop.configHome() / "wireplumber/bluetooth.lua.d";
+  if (!m_desktop.run({"sh", "-c",
+                      "mkdir -p " + bluetooth.string() + " && echo 'bluez_monitor.enabled = false' > " +
+                          (bluetooth / "60-none.lua").string()})) {
+    throw std::runtime_error("no folder for settings");
+  }
+  m_desktop.launch({"wireplumber"});
+  startPulse();
+  m_desktop.setEnvironment("SDL_AUDIODRIVER", "pulseaudio");
+}
+
+void SoundServer::startPulse() {
+  fs::remove(m_pulseSocket);
+  m_pulse = &m_desktop.launch({"pipewire-pulse"});
+  require("the sound server", [this] { return fs::is_socket(m_pulseSocket); });
+  if (!m_desktop.run({"pactl", "load-module", "module-null-sink", "sink_name=null0"})) {
+    throw std::runtime_error("no sink");
+  }
+  // Known to the session manager as well: what plays earlier may never be connected to it.
+  require("a sink for everybody", [this] {
+    return m_desktop.run({"sh", "-c", "test \"$(pactl get-default-sink)\" = null0"});
+  });
+}
+
+} // namespace vantle::desktop

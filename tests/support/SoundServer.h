@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "tests/support/VirtualDesktop.h"
+
+#include <filesystem>
+#include <string>
+
+namespace vantle::desktop {
+
+// The sound of a virtual desktop: PipeWire with its session manager and its PulseAudio server, and one sink
+// that nobody hears.
+class SoundServer {
+ public:
+  explicit SoundServer(VirtualDesktop& desktop); // ready to play
+
+  // Where PulseAudio's clients find it.
+  std::string address() const { return "unix:" + m_pulseSocket.string(); }
+  Program& pulse() { return *m_pulse; } // the server that answers them
+  void startPulse();                    // again, after it was killed
+
+  // A minute of a quiet tone as a WAV file.
+  const std::filesystem::path& tone() const { return m_tone; }
+
+ private:
+  VirtualDesktop& m_desktop;
+  std::filesystem::path m_pulseSocket;
+  std::filesystem::path m_tone;
+  Program* m_pulse = nullptr;
+};
+
+} // namespace vantle::desktop

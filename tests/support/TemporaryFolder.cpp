@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: MIT
+#include "tests/support/TemporaryFolder.h"
+
+#include <fstream>
+#include <stdexcept>
+#include <stdlib.h>
+#include <unistd.h>
+
+namespace vantle::desktop {
+
+namespace fs = std::filesystem;
+
+TemporaryFolder::TemporaryFolder(std::optional<uid_t> owner) : m_owner(owner) {
+  std::string name = (fs::temp_directory_path() / "vantle-test-XXXXXX").string();
+  if (::mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder: " + name);
+  m_path = name;
+  giveAway(m_path);
+}
+
+TemporaryFolder::~TemporaryFolder() {
+  std::error_code ignored;
+  fs::remove_all(m_path, ignored);
+}
+
+void TemporaryFolder::giveAway(const fs::path& path) const {
+  if (m_owner && ::chown(path.c_str(), *m_owner, static_cast<gid_t>(*m_owner)) != 0) {
+    throw std::runtime_error("cannot give away " + path.string());
+  }
+}
+
+fs::path TemporaryFolder::folder(const fs::path& relative) const {
+  fs::path path = m_path;
+  for (const fs::path& part : relative) {
+    path /= part;
+    if (!fs::create_directory(path)) continue;
+    fs::permissions(path, fs::perms::owner_all);
+    giveAway(path);
+  }
+  return path;
+}
+
+fs::path TemporaryFolder::write(const fs::path& relative, const std::string& bytes) const {
+  const fs::path path = folder(relative.parent_path()) / relative.filename();
+  std::ofstream(path, std::ios::binary) << bytes;
+  giveAway(path);
+  return path;
+}
+
+} // namespace vantle::desktop

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+#include "tests/support/Wait.h"
+
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+namespace vantle::desktop {
+
+bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) {
+  const auto end = std::chrono::steady_clock::now() + limit;
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() >= end) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(4));
+  }
+  return true;
+}
+
+void require(const char* what, const std::function<bool()>& condition, std::chrono::milliseconds limit) {
+  if (!waitUntil(condition, limit)) throw std::runtime_error(std::string("gave up waiting for ") + what);
+}
+
+} // namespace vantle::desktop
