@@ -26,8 +26,8 @@ function(vantle_room name)
 endfunction()
 
 # The toolkit's headers and those of the tests take most of the time of every source that uses them, so a target reads
-# them once. The standard library's pay too little for it. The preset "lint" does without, and so shows that each source
-# includes what it uses.
+# them once; the rooms with windows share one reading (`vantle_precompile_toolkit`). The standard library's headers pay
+# too little for it. The preset "lint" does without, and so shows that each source includes what it uses.
 set(VANTLE_TOOLKIT_HEADERS <QGuiApplication> <QQmlEngine> <QQuickItem> <QQuickWindow> <functional> <memory> <string>
                            <vector>)
 set(VANTLE_TEST_HEADERS <filesystem> <functional> <gmock/gmock.h> <gtest/gtest.h> <memory> <string> <vector>)
@@ -35,6 +35,23 @@ function(vantle_precompile name)
   if(VANTLE_PRECOMPILE)
     target_precompile_headers(${name} PRIVATE ${ARGN})
   endif()
+endfunction()
+
+# The reading belongs to a target that defines nothing besides: the compiler refuses one whose definitions are not all
+# those of the reader.
+function(vantle_precompile_toolkit name)
+  if(NOT VANTLE_PRECOMPILE)
+    return()
+  endif()
+  if(NOT TARGET vantle_toolkit)
+    set(source ${PROJECT_BINARY_DIR}/vantle_toolkit.cpp)
+    file(CONFIGURE OUTPUT ${source} CONTENT "")
+    add_library(vantle_toolkit OBJECT ${source})
+    vantle_target(vantle_toolkit)
+    target_link_libraries(vantle_toolkit PRIVATE Qt6::Quick)
+    vantle_precompile(vantle_toolkit ${VANTLE_TOOLKIT_HEADERS})
+  endif()
+  target_precompile_headers(${name} REUSE_FROM vantle_toolkit)
 endfunction()
 
 # A test program: built without optimizing, which would take longer than running it.

@@ -27,6 +27,9 @@ constexpr int panelY = 30;
 constexpr int settingsX = 300;
 constexpr int settingsY = 500;
 
+// The program takes no two wishes from the bus closer together than this.
+constexpr std::chrono::milliseconds betweenWishes{500};
+
 } // namespace
 
 int runRounds(int argc, char** argv, int (*run)(int rounds)) {
@@ -96,8 +99,10 @@ void ShellUnderTest::ask(const char* method, const char* action) {
 }
 
 ShellUnderTest::Milliseconds ShellUnderTest::shownAfter(const char* method, const char* action, Point point) {
+  std::this_thread::sleep_until(m_lastWish + betweenWishes + 50ms);
   const auto begin = std::chrono::steady_clock::now();
   ask(method, action);
+  m_lastWish = std::chrono::steady_clock::now();
   while (pixel(point) == m_bare) {
     if (std::chrono::steady_clock::now() - begin > 30s) throw std::runtime_error("nothing to see");
     std::this_thread::sleep_for(500us);

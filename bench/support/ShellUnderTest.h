@@ -51,6 +51,7 @@ class ShellUnderTest {
   desktop::VirtualDesktop m_desktop;
   desktop::Program* m_vantle = nullptr;
   sd_bus* m_bus = nullptr;
+  std::chrono::steady_clock::time_point m_lastWish{};
   std::uint32_t m_bare = 0; // the colour of the empty desktop
 };
 

@@ -2,7 +2,7 @@
 #include "platform/posix/files/SingleCopyLock.h"
 
 #include "base/Names.h"
-#include "platform/posix/files/FolderLock.h"
+#include "platform/posix/files/LockHolder.h"
 
 #include <cerrno>
 #include <chrono>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/posix/files/FolderLock.h"
+#include "platform/posix/files/LockHolder.h"
 
 #include "platform/linux/process/KernelFile.h"
 #include "platform/linux/process/ProcStat.h"
