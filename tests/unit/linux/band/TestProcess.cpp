@@ -109,6 +109,8 @@ int TestProcess::ask(char letter) const {
 
 void TestProcess::end() {
   if (!m_process) return;
+  // As long as it is the parent of those in other sessions.
+  for (const Pid member : desktop::processesOf({pid()})) ::kill(member, SIGKILL);
   ::kill(-pid(), SIGKILL); // who forks and ends is on no list long enough
   desktop::endProcessesOf({pid()});
   m_process.reset();
