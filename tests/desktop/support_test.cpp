@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The stage itself: what other tests take for granted.
 #include "tests/support/Props.h"
+#include "tests/support/SwayDesktop.h"
 #include "tests/support/VirtualDesktop.h"
 
 #include <csignal>
@@ -71,6 +72,44 @@ TEST(VirtualDesktop, NoticesARestartedWindowManager) {
   Program& early = desktop.launch({testWindow()});
   desktop.startWindowManager();
   EXPECT_NE(desktop.waitForWindow(early.pid()).id, 0U);
+}
+
+TEST(SwayDesktop, ShowsWindowsWithTheirProcesses) {
+  SwayDesktop desktop;
+  Program& native = desktop.launch({"foot", "--title", "native", "sleep", "1000"});
+  Program& other = desktop.launch({testWindow(), "--title", "other"});
+  const SwayDesktop::Window window = desktop.waitForWindow(native.pid());
+  EXPECT_EQ(window.applicationId, "foot");
+  EXPECT_FALSE(window.isX11);
+  EXPECT_TRUE(desktop.waitForWindow(other.pid()).isX11);
+  EXPECT_EQ(desktop.waitForWindowTitled("other").pid, other.pid());
+  desktop.focus(other);
+  desktop.focus(native);
+  EXPECT_TRUE(desktop.command("workspace 2; workspace 1"));
+  EXPECT_FALSE(desktop.command("no command of its"));
+}
+
+TEST(SwayDesktop, HasScreensOfTheSizeThatIsWanted) {
+  SwayDesktop desktop({.screen = "800x600", .screens = 2});
+  const auto picture = desktop.folder().path() / "picture.png";
+  ASSERT_TRUE(desktop.screenshot(picture));
+  EXPECT_TRUE(desktop.run({"sh", "-c", "identify '" + picture.string() + "' | grep -q 1600x600"}));
+}
+
+TEST(SwayDesktop, BelongsToAnOrdinaryUserAndLeavesNothingBehind) {
+  std::set<Pid> all;
+  std::string display;
+  {
+    SwayDesktop desktop;
+    EXPECT_NE(desktop.user(), 0U);
+    display = desktop.display();
+    desktop.waitForWindow(desktop.launch({testWindow()}).pid()); // with XWayland
+    EXPECT_TRUE(desktop.hasBusName("org.freedesktop.DBus"));
+    all = processesOf({desktop.compositor().pid()});
+    EXPECT_GE(all.size(), 2U);
+  }
+  for (const Pid pid : all) EXPECT_FALSE(isAlive(pid)) << pid;
+  EXPECT_FALSE(std::filesystem::exists("/tmp/.X" + display.substr(1) + "-lock"));
 }
 
 TEST(Program, ReportsHowItEnded) {

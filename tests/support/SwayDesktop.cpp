@@ -1,0 +1,191 @@
+// SPDX-License-Identifier: MIT
+#include "tests/support/SwayDesktop.h"
+
+#include "tests/support/User.h"
+
+#include <algorithm>
+#include <array>
+#include <csignal>
+#include <cstring>
+#include <fstream>
+#include <functional>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace vantle::desktop {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// Of the protocol that sway shares with i3.
+constexpr std::string_view magic = "i3-ipc";
+constexpr std::uint32_t runCommand = 0;
+constexpr std::uint32_t getTree = 4;
+struct Header {
+  std::array<char, 6> magic;
+  std::uint32_t length;
+  std::uint32_t type;
+} __attribute__((packed));
+
+std::optional<uid_t> ownerOf(const SwayDesktop::Options& options) {
+  if (options.user || !test::runsAsRoot()) return options.user;
+  return test::nobody;
+}
+
+Environment environmentOf(const SwayDesktop::Options& options) {
+  Environment environment = options.environment;
+  environment.emplace("XDG_SESSION_TYPE", "wayland");
+  environment.emplace("XDG_CURRENT_DESKTOP", "sway");
+  return environment;
+}
+
+void readAll(int descriptor, void* target, std::size_t size) {
+  for (std::size_t at = 0; at < size;) {
+    const ssize_t count = ::read(descriptor, static_cast<char*>(target) + at, size - at);
+    if (count <= 0) throw std::runtime_error("sway does not answer");
+    at += static_cast<std::size_t>(count);
+  }
+}
+
+std::string text(const nlohmann::json& object, const char* key) {
+  const auto found = object.find(key);
+  return found != object.end() && found->is_string() ? found->get<std::string>() : std::string();
+}
+
+SwayDesktop::Window windowOf(const nlohmann::json& node) {
+  SwayDesktop::Window window;
+  window.id = node.value("id", std::uint64_t{0});
+  window.pid = node.value("pid", Pid{0});
+  window.title = text(node, "name");
+  window.applicationId = text(node, "app_id");
+  window.isFocused = node.value("focused", false);
+  window.isX11 = text(node, "shell") == "xwayland";
+  if (node.contains("window_properties")) window.windowClass = text(node["window_properties"], "class");
+  return window;
+}
+
+void collect(const nlohmann::json& node, std::vector<SwayDesktop::Window>& windows) {
+  if (node.contains("shell")) windows.push_back(windowOf(node));
+  for (const char* children : {"nodes", "floating_nodes"}) {
+    if (!node.contains(children)) continue;
+    for (const nlohmann::json& child : node[children]) collect(child, windows);
+  }
+}
+
+} // namespace
+
+SwayDesktop::SwayDesktop(const Options& options) : PrivateSession(ownerOf(options), environmentOf(options)) {
+  startSessionBus();
+  m_compositor = &startCompositor(options);
+}
+
+SwayDesktop::~SwayDesktop() {
+  m_compositor->signal(SIGTERM);
+  m_compositor->waitForEnd();
+}
+
+Program& SwayDesktop::startCompositor(const Options& options) {
+  // Its displays have names that it chooses itself, and tells its children.
+  const fs::path told = runtimeDir() / "sway.names";
+  const fs::path script = folder().write(
+      "tell-names", "printf '%s\\n' \"$WAYLAND_DISPLAY\" \"$DISPLAY\" \"$SWAYSOCK\" >'" + told.string() +
+                        ".new' && mv '" + told.string() + ".new' '" + told.string() + "'\n");
+  const fs::path configuration =
+      folder().write("sway.config", "output * mode --custom " + options.screen + "\nexec sh " +
+                                        script.string() + "\n" + options.configuration + "\n");
+  Program& compositor = launch({"sway", "-c", configuration.string()},
+                               {{"WLR_BACKENDS", "headless"},
+                                {"WLR_HEADLESS_OUTPUTS", std::to_string(options.screens)},
+                                {"WLR_LIBINPUT_NO_DEVICES", "1"},
+                                {"WLR_RENDERER", "pixman"}});
+  require("sway", [&] { return fs::exists(told) || !compositor.isRunning(); });
+  std::ifstream names(told);
+  for (const char* variable : {"WAYLAND_DISPLAY", "DISPLAY", "SWAYSOCK"}) {
+    std::string name;
+    if (!std::getline(names, name)) throw std::runtime_error("sway did not come up");
+    setEnvironment(variable, name);
+  }
+  return compositor;
+}
+
+uid_t SwayDesktop::user() const {
+  struct stat status {};
+  if (::stat(runtimeDir().c_str(), &status) != 0) throw std::runtime_error("no runtime folder");
+  return status.st_uid;
+}
+
+std::string SwayDesktop::ask(std::uint32_t type, const std::string& payload) {
+  const int descriptor = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const auto closer = [](const int* number) { ::close(*number); };
+  const std::unique_ptr<const int, decltype(closer)> owned(&descriptor, closer);
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  socket().copy(address.sun_path, sizeof address.sun_path - 1);
+  if (::connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
+    throw std::runtime_error("sway cannot be reached");
+  }
+  Header header{{}, static_cast<std::uint32_t>(payload.size()), type};
+  magic.copy(header.magic.data(), magic.size());
+  std::string question(reinterpret_cast<const char*>(&header), sizeof header);
+  question += payload;
+  if (::write(descriptor, question.data(), question.size()) != static_cast<ssize_t>(question.size())) {
+    throw std::runtime_error("sway takes no question");
+  }
+  readAll(descriptor, &header, sizeof header);
+  std::string answer(header.length, '\0');
+  readAll(descriptor, answer.data(), answer.size());
+  return answer;
+}
+
+bool SwayDesktop::command(const std::string& text) {
+  const nlohmann::json results = nlohmann::json::parse(ask(runCommand, text));
+  return std::all_of(results.begin(), results.end(),
+                     [](const nlohmann::json& result) { return result.value("success", false); });
+}
+
+std::vector<SwayDesktop::Window> SwayDesktop::windows() {
+  std::vector<Window> found;
+  collect(nlohmann::json::parse(ask(getTree, {})), found);
+  return found;
+}
+
+std::vector<SwayDesktop::Window> SwayDesktop::ofProcess(Pid pid) {
+  std::vector<Window> found = windows();
+  std::erase_if(found, [pid](const Window& window) { return window.pid != pid; });
+  return found;
+}
+
+SwayDesktop::Window SwayDesktop::waitForWindow(Pid pid) {
+  std::vector<Window> found;
+  require("a window", [&] { return !(found = ofProcess(pid)).empty(); });
+  return found.front();
+}
+
+SwayDesktop::Window SwayDesktop::waitForWindowTitled(const std::string& part) {
+  std::vector<Window> found;
+  require(part.c_str(), [&] {
+    found = windows();
+    std::erase_if(found, [&](const Window& window) { return window.title.find(part) == std::string::npos; });
+    return !found.empty();
+  });
+  return found.front();
+}
+
+void SwayDesktop::focus(std::uint64_t window) {
+  // A window that opens meanwhile may take the front; whoever wants it asks again.
+  require("a window in front", [&] {
+    if (!command("[con_id=" + std::to_string(window) + "] focus")) return false;
+    const std::vector<Window> all = windows();
+    return std::any_of(all.begin(), all.end(),
+                       [&](const Window& each) { return each.id == window && each.isFocused; });
+  });
+}
+
+bool SwayDesktop::screenshot(const fs::path& png) { return takePicture({"grim"}, png); }
+
+} // namespace vantle::desktop
