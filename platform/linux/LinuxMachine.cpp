@@ -16,7 +16,8 @@
 #include "platform/linux/process/BootClock.h"
 #include "platform/linux/process/LinuxHost.h"
 #include "platform/linux/process/ProcfsProcessTable.h"
-#include "platform/linux/workspace/X11Workspace.h"
+#include "platform/linux/windows/x11/X11Windows.h"
+#include "platform/linux/workspace/WindowedWorkspace.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/files/PosixFileStore.h"
 #include "platform/posix/process/SessionLauncher.h"
@@ -81,7 +82,7 @@ bool appsShareSessionsHere(PollEventLoop& loop, const Kernel& kernel, const Proc
   const char* const display = std::getenv("DISPLAY");
   if (display == nullptr || *display == '\0') return false;
   const SilentErrors silence;
-  const X11Workspace workspace(loop, {});
+  const WindowedWorkspace workspace(loop, std::make_unique<X11Windows>(loop, ""), {});
   // A server that is slow is not a desktop without apps.
   loop.runUntil([&] { return !workspace.runningApplications().empty(); }, std::chrono::seconds(1));
   std::set<Pid> apps;
@@ -142,8 +143,9 @@ std::unique_ptr<LinuxMachine> LinuxMachine::forDesktop(const XdgFolders& folders
       std::make_unique<LogindPowerAssertions>(*parts->systemBus, *parts->sessionBus, parts->processes);
   parts->pressure = std::make_unique<PsiMemoryPressure>(loop);
   const auto installed = std::make_shared<DesktopEntries>(folders.allData());
-  parts->workspace = std::make_unique<X11Workspace>(
-      loop, X11Workspace::Options{.installed = installed, .onConnectionLost = std::move(onDesktopLost)});
+  parts->workspace = std::make_unique<WindowedWorkspace>(
+      loop, std::make_unique<X11Windows>(loop, ""),
+      WindowedWorkspace::Options{.installed = installed, .onDesktopLost = std::move(onDesktopLost)});
   parts->notifications = std::make_unique<DesktopNotifications>(*parts->sessionBus);
   parts->loginItem = std::make_unique<AutostartLoginItem>(AutostartSetup::from(
       folders, [](const char* name) -> const char* { return std::getenv(name); }, std::move(program)));

@@ -4,7 +4,8 @@
 #include "engine/Engine.h"
 #include "platform/linux/notices/DesktopNotifications.h"
 #include "platform/linux/process/ProcfsProcessTable.h"
-#include "platform/linux/workspace/X11Workspace.h"
+#include "platform/linux/windows/x11/X11Windows.h"
+#include "platform/linux/workspace/WindowedWorkspace.h"
 #include "platform/shared/PollEventLoop.h"
 #include "platform/simulated/SimulatedMachine.h"
 #include "tests/support/NotificationDaemon.h"
@@ -42,9 +43,9 @@ struct ShortMemory : testing::Test {
     install("Small", "Utility");
     simulated.host.self = ::getpid();
     workspace.emplace(
-        loop, X11Workspace::Options{.display = desktop.display(),
-                                    .installed = std::make_shared<DesktopEntries>(std::vector<std::string>{
-                                        desktop.dataHome(), "/usr/local/share", "/usr/share"})});
+        loop, std::make_unique<X11Windows>(loop, desktop.display()),
+        WindowedWorkspace::Options{.installed = std::make_shared<DesktopEntries>(std::vector<std::string>{
+                                       desktop.dataHome(), "/usr/local/share", "/usr/share"})});
     engine.emplace(Machine{simulated.host, processes, band, *workspace, simulated.audio, simulated.power,
                            simulated.pressure, notices, simulated.defaults, simulated.files, simulated.clock,
                            simulated.launcher, simulated.text, simulated.loginItem, simulated.catalog},
@@ -117,7 +118,7 @@ struct ShortMemory : testing::Test {
   SimulatedMachine simulated;
   BusConnection session{loop, desktop.busAddress()};
   DesktopNotifications notices{session};
-  std::optional<X11Workspace> workspace;
+  std::optional<WindowedWorkspace> workspace;
   AppSettings settings{simulated.defaults};
   std::optional<Engine> engine;
 };

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/catalog/DesktopCatalog.h"
 
+#include "platform/linux/apps/IdentifierMap.h"
 #include "platform/linux/programs/DesktopPrograms.h"
-#include "platform/linux/workspace/IdentifierMap.h"
 
 #include <filesystem>
 #include <set>

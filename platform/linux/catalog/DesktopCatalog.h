@@ -2,7 +2,7 @@
 #pragma once
 
 #include "engine/ports/ApplicationCatalog.h"
-#include "platform/linux/workspace/DesktopEntries.h"
+#include "platform/linux/apps/DesktopEntries.h"
 
 #include <memory>
 #include <utility>

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "engine/ports/RunningApplication.h"
-#include "platform/linux/workspace/DesktopIdentity.h"
+#include "platform/linux/apps/DesktopIdentity.h"
 
 #include <functional>
 #include <memory>
@@ -11,7 +11,7 @@
 namespace vantle {
 
 // One app of the desktop: a process that owns windows, or owned one and still lives. Who it is was read when
-// its first window was seen.
+// its first window was seen, and is not read again once its launch has been told.
 class LinuxApplication final : public RunningApplication {
  public:
   // What only the window system can tell or do. Outlived by the apps: a dead one answers nothing.
@@ -36,6 +36,7 @@ class LinuxApplication final : public RunningApplication {
   std::optional<std::string> iconName() const override { return m_identity.iconName; }
 
   void setActivationPolicy(ActivationPolicy policy) { m_policy = policy; }
+  void setIdentity(AppIdentity identity) { m_identity = std::move(identity); }
   void setTerminated() { m_isTerminated = true; }
 
  private:

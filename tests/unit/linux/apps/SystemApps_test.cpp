@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // A desktop's own programs, from their windows to what the engine does with them.
 #include "engine/Engine.h"
-#include "platform/linux/workspace/X11Workspace.h"
+#include "platform/linux/windows/x11/X11Windows.h"
+#include "platform/linux/workspace/WindowedWorkspace.h"
 #include "platform/shared/PollEventLoop.h"
 #include "platform/simulated/SimulatedMachine.h"
 #include "tests/support/Props.h"
@@ -37,9 +38,9 @@ class SystemAppsTest : public testing::Test {
                                          "\nExec=" + (m_desktop.folder().path() / program).string() + "\n");
   }
   Engine& boost() {
-    m_workspace.emplace(m_loop, X11Workspace::Options{.display = m_desktop.display(),
-                                                      .installed = std::make_shared<DesktopEntries>(
-                                                          std::vector<std::string>{m_desktop.dataHome()})});
+    m_workspace.emplace(m_loop, std::make_unique<X11Windows>(m_loop, m_desktop.display()),
+                        WindowedWorkspace::Options{.installed = std::make_shared<DesktopEntries>(
+                                                       std::vector<std::string>{m_desktop.dataHome()})});
     const Machine rest = m_machine.ports();
     return m_engine.emplace(Machine{rest.host, rest.processes, rest.band, *m_workspace, rest.audio,
                                     rest.power, rest.pressure, rest.notifications, rest.defaults, rest.files,
@@ -60,7 +61,7 @@ class SystemAppsTest : public testing::Test {
   PollEventLoop m_loop;
   SimulatedMachine m_machine;
   AppSettings m_settings{m_machine.defaults};
-  std::optional<X11Workspace> m_workspace;
+  std::optional<WindowedWorkspace> m_workspace;
   std::optional<Engine> m_engine;
 };
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The apps of a real desktop, as the workspace sees them.
-#include "platform/linux/workspace/X11Workspace.h"
+#include "platform/linux/windows/x11/X11Windows.h"
 
-#include "platform/linux/workspace/X11Windows.h"
+#include "platform/linux/workspace/WindowedWorkspace.h"
 #include "platform/shared/PollEventLoop.h"
 #include "tests/support/InChild.h"
 #include "tests/support/Props.h"
@@ -40,12 +40,12 @@ class X11WorkspaceTest : public testing::Test {
     return program;
   }
 
-  X11Workspace& watch() {
-    m_workspace = std::make_unique<X11Workspace>(
-        m_loop, X11Workspace::Options{.display = m_desktop.display(),
-                                      .installed = std::make_shared<DesktopEntries>(
-                                          std::vector<std::string>{m_desktop.dataHome(), "/usr/share"}),
-                                      .onConnectionLost = [this] { m_isLost = true; }});
+  WindowedWorkspace& watch() {
+    m_workspace = std::make_unique<WindowedWorkspace>(
+        m_loop, std::make_unique<X11Windows>(m_loop, m_desktop.display()),
+        WindowedWorkspace::Options{.installed = std::make_shared<DesktopEntries>(
+                                       std::vector<std::string>{m_desktop.dataHome(), "/usr/share"}),
+                                   .onDesktopLost = [this] { m_isLost = true; }});
     for (const auto& [event, name] : {std::pair{WorkspaceEvent::activated, "activated "},
                                       std::pair{WorkspaceEvent::launched, "launched "},
                                       std::pair{WorkspaceEvent::terminated, "terminated "}}) {
@@ -76,7 +76,7 @@ class X11WorkspaceTest : public testing::Test {
 
   VirtualDesktop m_desktop;
   PollEventLoop m_loop;
-  std::unique_ptr<X11Workspace> m_workspace;
+  std::unique_ptr<WindowedWorkspace> m_workspace;
   std::vector<std::unique_ptr<Registration>> m_registrations;
   std::vector<std::string> m_events;
   bool m_isLost = false;
@@ -208,7 +208,7 @@ TEST_F(X11WorkspaceTest, HoldsOneDescriptorForAllWindowsOfAProcess) {
   Program& program = window({"--windows", "300"});
   desktop::require("all windows", [&] { return m_desktop.windows().list().size() == 300; });
   const long before = processDescriptors();
-  X11Windows windows(m_loop, m_desktop.display(), {.changed = [] {}, .lost = [] {}});
+  X11Windows windows(m_loop, m_desktop.display());
   ASSERT_TRUE(runUntil([&] { return windows.known().size() == 300; }));
   EXPECT_EQ(processDescriptors(), before + 1);
   for (const auto& [id, facts] : windows.known()) EXPECT_EQ(facts.pid, program.pid());
@@ -224,7 +224,7 @@ TEST_F(X11WorkspaceTest, LeavesMostDescriptorsToOthers) {
     const rlimit limit{64, 64};
     if (::setrlimit(RLIMIT_NOFILE, &limit) != 0) return "no limit";
     PollEventLoop loop;
-    X11Workspace workspace(loop, {.display = desktop.display()});
+    WindowedWorkspace workspace(loop, std::make_unique<X11Windows>(loop, desktop.display()), {});
     loop.runUntil([] { return false; }, std::chrono::milliseconds(500));
     const std::size_t some = workspace.runningApplications().size();
     if (some == 0 || some == programs.size()) return std::to_string(some) + " apps";
@@ -401,7 +401,7 @@ TEST_F(X11WorkspaceTest, IsNotHeldUpByAServerThatHangs) {
   EXPECT_TRUE(appOf(program)->terminate());
   EXPECT_TRUE(isFront(program));
   {
-    X11Workspace another(m_loop, {.display = m_desktop.display()});
+    const WindowedWorkspace another(m_loop, std::make_unique<X11Windows>(m_loop, m_desktop.display()), {});
     EXPECT_TRUE(another.runningApplications().empty());
     EXPECT_EQ(another.frontmostApplication(), nullptr);
   }
@@ -424,7 +424,8 @@ TEST_F(X11WorkspaceTest, AppsOfAServerThatWasSlowArriveAsLaunches) {
 TEST(X11WorkspaceAlone, HasNoAppsWithoutAServer) {
   PollEventLoop loop;
   bool isLost = false;
-  X11Workspace workspace(loop, {.display = ":54321", .onConnectionLost = [&] { isLost = true; }});
+  const WindowedWorkspace workspace(loop, std::make_unique<X11Windows>(loop, ":54321"),
+                                    {.onDesktopLost = [&] { isLost = true; }});
   EXPECT_TRUE(workspace.runningApplications().empty());
   EXPECT_EQ(workspace.frontmostApplication(), nullptr);
   EXPECT_EQ(workspace.runningApplication(1), nullptr);

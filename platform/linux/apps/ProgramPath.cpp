@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/workspace/ProgramPath.h"
+#include "platform/linux/apps/ProgramPath.h"
 
 #include <cstdlib>
 #include <glib.h>

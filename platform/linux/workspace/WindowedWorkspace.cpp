@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/workspace/X11Workspace.h"
+#include "platform/linux/workspace/WindowedWorkspace.h"
 
 #include "base/Text.h"
 #include "platform/linux/process/KernelFile.h"
@@ -10,23 +10,38 @@
 #include <algorithm>
 #include <cstdint>
 #include <string_view>
+#include <unistd.h>
 
 namespace vantle {
 
 namespace {
 
-constexpr std::chrono::milliseconds longestStart{200};
 constexpr std::chrono::milliseconds longestLook{100}; // at a file that an app has named
 
 // A window that opens in front gets there a moment after it appears. Its launch is told with its activation
 // then, so that nobody slows the app down just to speed it up again; without one, after this time.
 constexpr std::chrono::milliseconds timeToComeToFront{150};
 
+// For which nothing may be said to be in front before it is believed: a Plasma desktop was seen to say so for
+// up to 11 ms between two windows.
+constexpr std::chrono::milliseconds longestGap{50};
+
 // Nothing when the process is gone already.
 std::optional<std::uint64_t> startTicks(Pid pid) {
   const auto line = readKernelFile("/proc/" + std::to_string(pid) + "/stat");
   const std::optional<ProcStat> stat = line ? parseProcStat(*line) : std::nullopt;
   return stat && stat->isAlive() ? std::optional(stat->startTicks) : std::nullopt;
+}
+
+// What a window adds to what the process gives away; true when that is news.
+bool addWindow(AppEvidence& evidence, const WindowFacts& window) {
+  const auto take = [](std::string& kept, const std::string& told) {
+    return kept != told && (kept = told, true);
+  };
+  const bool isIdNew = take(evidence.applicationId, window.applicationId);
+  const bool isInstanceNew = take(evidence.windowInstance, window.instance);
+  const bool isClassNew = take(evidence.windowClass, window.className);
+  return isIdNew || isInstanceNew || isClassNew;
 }
 
 // Windows of other machines come through the secure shell: theirs is not the process that should be slowed.
@@ -40,79 +55,97 @@ bool belongsToShell(const AppEvidence& evidence) {
 
 } // namespace
 
-struct X11Workspace::App {
+struct WindowedWorkspace::App {
   std::shared_ptr<LinuxApplication> application;
   std::uint64_t startTicks = 0;
   std::shared_ptr<Descriptor> process;
   std::unique_ptr<EventLoop::Handle> exitWatch;
-  std::unique_ptr<EventLoop::Handle> launchTimer; // set until the launch is told
+  // Until the launch is told:
+  std::unique_ptr<EventLoop::Handle> launchTimer;
+  std::unique_ptr<AppEvidence> evidence; // that its identity was read from
+  WindowId window = 0;                   // the one that gave part of it
 
   Pid pid() const { return application->processIdentifier(); }
   bool isRegular() const { return application->activationPolicy() == ActivationPolicy::regular; }
 };
 
-X11Workspace::X11Workspace(EventLoop& loop, Options options)
+WindowedWorkspace::WindowedWorkspace(EventLoop& loop, std::unique_ptr<DesktopWindows> windows,
+                                     Options options)
     : m_loop(loop), m_options(std::move(options)),
       m_appWindows(std::make_shared<LinuxApplication::Windows>(LinuxApplication::Windows{
           .isActive = [this](Pid pid) { return m_front && m_front->processIdentifier() == pid; },
-          .requestClose = [this](Pid pid) { return requestClose(pid); }})) {
-  m_windows = std::make_unique<X11Windows>(
-      m_loop, m_options.display,
-      X11Windows::Handlers{.changed = [this] { update(); }, .lost = [this] { lost(); }});
-  m_windows->settle(longestStart);
+          .requestClose = [this](Pid pid) { return requestClose(pid); }})),
+      m_windows(std::move(windows)) {
+  m_windows->start({.changed = [this] { update(); }, .lost = [this] { lost(); }});
+  m_windows->settle(m_options.longestStart);
   m_isStarting = false;
 }
 
-X11Workspace::~X11Workspace() = default;
+WindowedWorkspace::~WindowedWorkspace() = default;
 
-std::vector<AppRef> X11Workspace::runningApplications() const {
+std::vector<AppRef> WindowedWorkspace::runningApplications() const {
   std::vector<AppRef> apps;
   apps.reserve(m_apps.size());
   for (const auto& app : m_apps) apps.push_back(app->application);
   return apps;
 }
 
-AppRef X11Workspace::frontmostApplication() const { return m_front; }
+AppRef WindowedWorkspace::frontmostApplication() const { return m_front; }
 
-AppRef X11Workspace::runningApplication(Pid pid) const {
+AppRef WindowedWorkspace::runningApplication(Pid pid) const {
   const App* const app = find(pid);
   return app == nullptr ? nullptr : app->application;
 }
 
-std::unique_ptr<Registration> X11Workspace::observe(WorkspaceEvent event, Handler handler) {
+std::unique_ptr<Registration> WindowedWorkspace::observe(WorkspaceEvent event, Handler handler) {
   return m_observers[event].add(std::move(handler));
 }
 
-X11Workspace::App* X11Workspace::find(Pid pid) const {
+WindowedWorkspace::App* WindowedWorkspace::find(Pid pid) const {
   const auto found =
       std::find_if(m_apps.begin(), m_apps.end(), [pid](const auto& app) { return app->pid() == pid; });
   return found == m_apps.end() ? nullptr : found->get();
 }
 
-void X11Workspace::update() {
+void WindowedWorkspace::update() {
   for (const auto& [id, window] : m_windows->known()) adoptOwner(window);
-  if (m_windows->isActiveKnown()) {
-    App* const owner = ownerOfActive();
-    // Using a panel or the desktop itself takes no app out of the front.
-    const bool isFrontKept = owner != nullptr && !owner->isRegular() && m_front;
-    const AppRef front = owner != nullptr && owner->isRegular() ? owner->application : nullptr;
-    if (!isFrontKept && front != m_front) {
-      m_front = front;
-      if (front && !m_isStarting) {
-        announceLaunches(owner);
-        m_events.emplace_back(WorkspaceEvent::activated, front);
-      }
-    }
-  }
+  if (m_windows->isActiveKnown()) updateFront();
   deliver();
 }
 
-X11Workspace::App* X11Workspace::ownerOfActive() const {
+void WindowedWorkspace::updateFront() {
+  App* const owner = ownerOfActive();
+  if (owner != nullptr && !isKeptBehind(*owner)) return becomeFront(owner);
+  // Using a panel or the desktop itself takes no app out of the front.
+  if (!m_front || owner != nullptr) {
+    m_gap.reset();
+  } else if (m_options.front == Front::asTold) {
+    becomeFront(nullptr);
+  } else if (!m_gap) {
+    m_gap = m_loop.after(longestGap, [this] { becomeFront(nullptr); });
+  }
+}
+
+void WindowedWorkspace::becomeFront(const App* app) {
+  m_gap.reset();
+  const AppRef front = app == nullptr ? nullptr : app->application;
+  if (front == m_front) return;
+  m_front = front;
+  if (!front || m_isStarting) return;
+  announceLaunches(app);
+  m_events.emplace_back(WorkspaceEvent::activated, front);
+}
+
+bool WindowedWorkspace::isKeptBehind(const App& owner) const {
+  return !owner.isRegular() || (m_options.front == Front::settled && owner.pid() == ::getpid());
+}
+
+WindowedWorkspace::App* WindowedWorkspace::ownerOfActive() const {
   const auto window = m_windows->known().find(m_windows->active());
   return window == m_windows->known().end() ? nullptr : find(window->second.pid);
 }
 
-void X11Workspace::adoptOwner(const WindowFacts& window) {
+void WindowedWorkspace::adoptOwner(const WindowFacts& window) {
   if (window.pid == 0 || window.kind == WindowKind::passing) return;
   App* app = find(window.pid);
   if (app == nullptr) {
@@ -124,7 +157,9 @@ void X11Workspace::adoptOwner(const WindowFacts& window) {
           return std::pair(left->startTicks, left->pid()) < std::pair(right->startTicks, right->pid());
         });
     m_apps.insert(place, std::move(made));
-    if (!m_isStarting) {
+    if (m_isStarting) {
+      app->evidence.reset();
+    } else {
       m_unannounced.push_back(app);
       app->launchTimer = m_loop.after(timeToComeToFront, [this, app] {
         announceLaunches(app);
@@ -135,20 +170,20 @@ void X11Workspace::adoptOwner(const WindowFacts& window) {
   if (window.kind == WindowKind::shell) app->application->setActivationPolicy(ActivationPolicy::accessory);
 }
 
-std::unique_ptr<X11Workspace::App> X11Workspace::makeApp(const WindowFacts& window) {
+std::unique_ptr<WindowedWorkspace::App> WindowedWorkspace::makeApp(const WindowFacts& window) {
   // A process whose end nobody would hear of cannot be an app here.
   if (!window.process || !*window.process) return nullptr;
   const std::optional<std::uint64_t> start = startTicks(window.pid);
   if (!start) return nullptr;
   AppEvidence evidence = readEvidence(window.pid);
   if (isRemote(evidence)) return nullptr;
-  evidence.applicationId = window.applicationId;
-  evidence.windowInstance = window.instance;
-  evidence.windowClass = window.className;
+  addWindow(evidence, window);
 
   auto app = std::make_unique<App>();
   app->application = std::make_shared<LinuxApplication>(window.pid, identify(evidence), m_appWindows);
   if (belongsToShell(evidence)) app->application->setActivationPolicy(ActivationPolicy::accessory);
+  app->evidence = std::make_unique<AppEvidence>(std::move(evidence));
+  app->window = window.id;
   app->startTicks = *start;
   app->process = window.process;
   app->exitWatch = m_loop.watch(app->process->get(), EventLoop::Readiness::readable,
@@ -156,7 +191,7 @@ std::unique_ptr<X11Workspace::App> X11Workspace::makeApp(const WindowFacts& wind
   return app;
 }
 
-AppIdentity X11Workspace::identify(const AppEvidence& evidence) {
+AppIdentity WindowedWorkspace::identify(const AppEvidence& evidence) {
   const std::vector<DesktopEntry>& entries = m_options.installed->all();
   if (const DesktopEntry* entry = findEntry(evidence, entries)) return identityOf(evidence, entry);
   // Started from a desktop file that is installed nowhere, such as one on the desktop.
@@ -172,19 +207,24 @@ AppIdentity X11Workspace::identify(const AppEvidence& evidence) {
 }
 
 // In the order in which they came, so that nobody hears of a later app first.
-void X11Workspace::announceLaunches(const App* upTo) {
+void WindowedWorkspace::announceLaunches(const App* upTo) {
   const auto last = std::find(m_unannounced.begin(), m_unannounced.end(), upTo);
   if (last == m_unannounced.end()) return;
   for (auto app = m_unannounced.begin(); app <= last; ++app) announce(**app);
   m_unannounced.erase(m_unannounced.begin(), last + 1);
 }
 
-void X11Workspace::announce(App& app) {
+void WindowedWorkspace::announce(App& app) {
   app.launchTimer.reset();
+  // Some desktops tell of a window before it has said what it is.
+  const std::unique_ptr<AppEvidence> evidence = std::move(app.evidence);
+  const auto window = m_windows->known().find(app.window);
+  const bool isItsOwn = window != m_windows->known().end() && window->second.pid == app.pid();
+  if (isItsOwn && addWindow(*evidence, window->second)) app.application->setIdentity(identify(*evidence));
   m_events.emplace_back(WorkspaceEvent::launched, app.application);
 }
 
-void X11Workspace::ended(Pid pid) {
+void WindowedWorkspace::ended(Pid pid) {
   const auto found =
       std::find_if(m_apps.begin(), m_apps.end(), [pid](const auto& app) { return app->pid() == pid; });
   if (found == m_apps.end()) return;
@@ -192,13 +232,13 @@ void X11Workspace::ended(Pid pid) {
   const std::unique_ptr<App> app = std::move(*found);
   m_apps.erase(found);
   app->application->setTerminated();
-  if (m_front == app->application) m_front = nullptr;
+  if (m_front == app->application) becomeFront(nullptr);
   m_events.emplace_back(WorkspaceEvent::terminated, app->application);
   m_windows->forget(pid);
   deliver();
 }
 
-void X11Workspace::deliver() {
+void WindowedWorkspace::deliver() {
   if (std::exchange(m_isDelivering, true)) return;
   // What happens meanwhile is told after what happened before.
   while (!m_events.empty()) {
@@ -207,7 +247,7 @@ void X11Workspace::deliver() {
   m_isDelivering = false;
 }
 
-bool X11Workspace::requestClose(Pid pid) {
+bool WindowedWorkspace::requestClose(Pid pid) {
   bool isSent = false;
   for (const auto& [id, window] : m_windows->known()) {
     if (window.pid != pid || window.kind != WindowKind::ordinary) continue;
@@ -216,10 +256,10 @@ bool X11Workspace::requestClose(Pid pid) {
   return isSent;
 }
 
-void X11Workspace::lost() {
+void WindowedWorkspace::lost() {
   const bool wasThere = !m_isStarting;
-  m_front = nullptr;
-  if (wasThere && m_options.onConnectionLost) m_options.onConnectionLost();
+  becomeFront(nullptr);
+  if (wasThere && m_options.onDesktopLost) m_options.onDesktopLost();
 }
 
 } // namespace vantle

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/workspace/IdentifierMap.h"
+#include "platform/linux/apps/IdentifierMap.h"
 
 #include "base/Text.h"
 #include "platform/linux/programs/DesktopPrograms.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/workspace/DesktopIdentity.h"
+#include "platform/linux/apps/DesktopIdentity.h"
 
-#include "platform/linux/workspace/IdentifierMap.h"
+#include "platform/linux/apps/IdentifierMap.h"
 
 #include <gtest/gtest.h>
 #include <string>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "platform/linux/workspace/AppEvidence.h"
-#include "platform/linux/workspace/DesktopEntry.h"
+#include "platform/linux/apps/AppEvidence.h"
+#include "platform/linux/apps/DesktopEntry.h"
 
 #include <optional>
 #include <string>

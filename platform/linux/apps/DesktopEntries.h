@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "platform/linux/workspace/DesktopEntry.h"
+#include "platform/linux/apps/DesktopEntry.h"
 #include "platform/posix/process/BoundedWait.h"
 
 #include <atomic>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/workspace/DesktopEntries.h"
-#include "platform/linux/workspace/OneLineName.h"
+#include "platform/linux/apps/DesktopEntries.h"
+#include "platform/linux/apps/OneLineName.h"
 #include "tests/support/InChild.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/Wait.h"

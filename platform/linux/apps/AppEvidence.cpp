@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/workspace/AppEvidence.h"
+#include "platform/linux/apps/AppEvidence.h"
 
 #include "base/Text.h"
+#include "platform/linux/apps/ProgramPath.h"
 #include "platform/linux/process/KernelFile.h"
-#include "platform/linux/workspace/ProgramPath.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/process/BoundedWait.h"
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/workspace/AppEvidence.h"
+#include "platform/linux/apps/AppEvidence.h"
 
-#include "platform/linux/workspace/WindowKind.h"
-#include "platform/linux/workspace/X11Windows.h"
+#include "platform/linux/windows/WindowKind.h"
+#include "platform/linux/windows/x11/X11Windows.h"
 #include "tests/support/ForkedProcess.h"
 #include "tests/support/Program.h"
 #include "tests/support/TemporaryFolder.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/workspace/OneLineName.h"
+#include "platform/linux/apps/OneLineName.h"
 
 #include "base/Utf8.h"
 

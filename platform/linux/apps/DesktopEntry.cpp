@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/workspace/DesktopEntry.h"
+#include "platform/linux/apps/DesktopEntry.h"
 
 #include "base/Text.h"
 #include "base/Utf8.h"
-#include "platform/linux/workspace/OneLineName.h"
-#include "platform/linux/workspace/ProgramPath.h"
+#include "platform/linux/apps/OneLineName.h"
+#include "platform/linux/apps/ProgramPath.h"
 #include "platform/posix/files/PosixFileStore.h"
 #include "platform/posix/files/RegularFile.h"
 

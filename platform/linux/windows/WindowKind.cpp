@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/workspace/WindowKind.h"
+#include "platform/linux/windows/WindowKind.h"
 
 #include <algorithm>
 #include <array>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/workspace/DesktopIdentity.h"
+#include "platform/linux/apps/DesktopIdentity.h"
 
 #include "base/Utf8.h"
-#include "platform/linux/workspace/IdentifierMap.h"
-#include "platform/linux/workspace/OneLineName.h"
+#include "platform/linux/apps/IdentifierMap.h"
+#include "platform/linux/apps/OneLineName.h"
 
 #include <algorithm>
 #include <functional>

@@ -1,15 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/workspace/X11Windows.h"
+#include "platform/linux/windows/x11/X11Windows.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
-#include <poll.h>
 #include <string_view>
-#include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 #include <utility>
 #include <xcb/res.h>
@@ -50,21 +47,6 @@ Pid serverPid(const void* reply) {
   return 0;
 }
 
-int openPidfd(Pid pid) { return static_cast<int>(::syscall(SYS_pidfd_open, pid, 0)); }
-
-// Windows may take a quarter of the descriptors, and the one in front a few more: what puts everybody back
-// needs some, and so does the pass that slows.
-std::size_t mostProcesses(bool isInFront) {
-  rlimit limit{};
-  if (::getrlimit(RLIMIT_NOFILE, &limit) != 0) return 0;
-  return static_cast<std::size_t>(limit.rlim_cur / 4 + (isInFront ? limit.rlim_cur / 8 : 0));
-}
-
-bool hasEnded(const Descriptor& process) {
-  pollfd waiting{process.get(), POLLIN, 0};
-  return ::poll(&waiting, 1, 0) > 0;
-}
-
 std::string hostName() {
   std::array<char, 256> name{};
   return ::gethostname(name.data(), name.size() - 1) == 0 ? std::string(name.data()) : std::string();
@@ -79,6 +61,7 @@ bool isOwnUsersProcess(Pid pid) {
 
 // Facts that are still on their way.
 struct X11Windows::Draft {
+  std::uint32_t window = 0;
   WindowFacts facts;
   Pid serverSays = 0;
   Pid windowClaims = 0;
@@ -93,9 +76,8 @@ Pid ownerOf(Pid serverSays, Pid windowClaims, const std::string& windowMachine) 
   return isBelievable ? windowClaims : 0;
 }
 
-X11Windows::X11Windows(EventLoop& loop, const std::string& display, Handlers handlers)
-    : m_handlers(std::move(handlers)),
-      m_connection(loop, display,
+X11Windows::X11Windows(EventLoop& loop, const std::string& display)
+    : m_connection(loop, display,
                    {.ready = [this] { internAtoms(); },
                     .event = [this](const xcb_generic_event_t& event) { handle(event); },
                     .turnEnded = [this] { endTurn(); },
@@ -114,12 +96,12 @@ void X11Windows::internAtoms() {
         xcb_intern_atom(m_connection.raw(), 0, static_cast<std::uint16_t>(name.size()), name.data());
     m_connection.expect(cookie.sequence, [this, at](const void* reply) {
       if (reply != nullptr) m_atoms.at(at) = static_cast<const xcb_intern_atom_reply_t*>(reply)->atom;
-      if (at + 1 == m_atoms.size()) start();
+      if (at + 1 == m_atoms.size()) readAll();
     });
   }
 }
 
-void X11Windows::start() {
+void X11Windows::readAll() {
   const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE;
   xcb_change_window_attributes(m_connection.raw(), m_connection.screen().root, XCB_CW_EVENT_MASK, &events);
   readClientList();
@@ -194,8 +176,9 @@ void X11Windows::readActiveWindow() {
               });
 }
 
-bool X11Windows::isWanted(std::uint32_t window) const {
-  return window != 0 && (window == m_active || m_list.contains(window));
+bool X11Windows::isWanted(WindowId window) const {
+  const auto number = static_cast<std::uint32_t>(window);
+  return number != 0 && (number == m_active || m_list.contains(number));
 }
 
 void X11Windows::reconcile() {
@@ -203,7 +186,7 @@ void X11Windows::reconcile() {
   std::erase_if(m_known, isGone);
   std::erase_if(m_drafts, isGone);
   std::erase_if(m_missing, [this](std::uint32_t window) { return !isWanted(window); });
-  std::erase_if(m_processes, [](const auto& entry) { return entry.second.expired(); });
+  m_processes.forgetUnused();
   m_missing.insert(m_list.begin(), m_list.end());
   if (m_active != 0) m_missing.insert(m_active);
   // One that was nobody's may have got its number anew since it was asked about, and the one in front may
@@ -232,6 +215,7 @@ void X11Windows::endTurn() {
 
 void X11Windows::readOwner(std::uint32_t window) {
   auto draft = std::make_shared<Draft>();
+  draft->window = window;
   draft->facts.id = window;
   m_drafts[window] = draft;
   // Before the questions, so that no end of the window after the answers stays unheard.
@@ -260,34 +244,37 @@ void X11Windows::readFacts(const std::shared_ptr<Draft>& draft) {
   WindowFacts& facts = draft->facts;
   facts.pid = ownerOf(draft->serverSays, draft->windowClaims, draft->machine);
   // The window answers the questions below after this, so the process was still the one that opened it.
-  if (facts.pid != 0) facts.process = processOf(facts.pid, facts.id == m_active);
+  if (facts.pid != 0) facts.process = m_processes.open(facts.pid, draft->window == m_active);
   if (!facts.process && ::kill(facts.pid, 0) != 0 && errno == ESRCH) facts.pid = 0;
 
-  getProperty(facts.id, XCB_ATOM_WM_CLASS, longestText, [draft](const void* bytes, std::size_t size) {
+  getProperty(draft->window, XCB_ATOM_WM_CLASS, longestText, [draft](const void* bytes, std::size_t size) {
     const std::string both = text(bytes, size);
     const std::size_t end = std::min(both.find('\0'), both.size());
     draft->facts.instance = both.substr(0, end);
     const std::string rest = both.substr(std::min(end + 1, both.size()));
     draft->facts.className = rest.substr(0, rest.find('\0'));
   });
-  getProperty(facts.id, m_atoms[windowType], longestText, [this, draft](const void* bytes, std::size_t size) {
-    std::vector<std::string> types;
-    for (const std::uint32_t type : numbers(bytes, size)) {
-      const auto found = std::find(m_atoms.begin() + firstType, m_atoms.end(), type);
-      if (found == m_atoms.end()) continue;
-      types.emplace_back(typeNames.at(static_cast<std::size_t>(found - m_atoms.begin()) - firstType));
-    }
-    draft->facts.kind = windowKindOf(types);
-  });
-  getProperty(facts.id, m_atoms[gtkApplicationId], longestText, [draft](const void* bytes, std::size_t size) {
-    draft->facts.applicationId = text(bytes, size);
-  });
-  getProperty(facts.id, m_atoms[protocols], longestText, [this, draft](const void* bytes, std::size_t size) {
-    const std::vector<std::uint32_t> taken = numbers(bytes, size);
-    draft->facts.canBeClosed = std::find(taken.begin(), taken.end(), m_atoms[deleteWindow]) != taken.end();
-  });
+  getProperty(
+      draft->window, m_atoms[windowType], longestText, [this, draft](const void* bytes, std::size_t size) {
+        std::vector<std::string> types;
+        for (const std::uint32_t type : numbers(bytes, size)) {
+          const auto found = std::find(m_atoms.begin() + firstType, m_atoms.end(), type);
+          if (found == m_atoms.end()) continue;
+          types.emplace_back(typeNames.at(static_cast<std::size_t>(found - m_atoms.begin()) - firstType));
+        }
+        draft->facts.kind = windowKindOf(types);
+      });
+  getProperty(
+      draft->window, m_atoms[gtkApplicationId], longestText,
+      [draft](const void* bytes, std::size_t size) { draft->facts.applicationId = text(bytes, size); });
+  getProperty(draft->window, m_atoms[protocols], longestText,
+              [this, draft](const void* bytes, std::size_t size) {
+                const std::vector<std::uint32_t> taken = numbers(bytes, size);
+                draft->facts.canBeClosed =
+                    std::find(taken.begin(), taken.end(), m_atoms[deleteWindow]) != taken.end();
+              });
   // The last question: does the window still stand?
-  const auto cookie = xcb_get_geometry(m_connection.raw(), facts.id);
+  const auto cookie = xcb_get_geometry(m_connection.raw(), draft->window);
   m_connection.expect(cookie.sequence, [this, draft](const void* reply) {
     if (reply == nullptr) draft->facts.pid = 0;
     finish(draft);
@@ -295,25 +282,12 @@ void X11Windows::readFacts(const std::shared_ptr<Draft>& draft) {
 }
 
 void X11Windows::finish(const std::shared_ptr<Draft>& draft) {
-  const auto found = m_drafts.find(draft->facts.id);
+  const auto found = m_drafts.find(draft->window);
   if (found == m_drafts.end() || found->second != draft) return;
   m_drafts.erase(found);
-  if (draft->isDoubtful && draft->facts.pid == 0) m_missing.insert(draft->facts.id);
-  m_known.insert_or_assign(draft->facts.id, std::move(draft->facts));
+  if (draft->isDoubtful && draft->facts.pid == 0) m_missing.insert(draft->window);
+  m_known.insert_or_assign(draft->window, std::move(draft->facts));
   m_isChanged = true;
-}
-
-std::shared_ptr<Descriptor> X11Windows::processOf(Pid pid, bool isInFront) {
-  const auto kept = m_processes.find(pid);
-  std::shared_ptr<Descriptor> process = kept == m_processes.end() ? nullptr : kept->second.lock();
-  if (process && !hasEnded(*process)) return process;
-  std::erase_if(m_processes, [](const auto& entry) { return entry.second.expired(); });
-  if (m_processes.size() >= mostProcesses(isInFront)) return nullptr;
-  Descriptor opened(openPidfd(pid));
-  if (!opened) return nullptr;
-  process = std::make_shared<Descriptor>(std::move(opened));
-  m_processes[pid] = process;
-  return process;
 }
 
 void X11Windows::forget(Pid pid) {
@@ -323,7 +297,7 @@ void X11Windows::forget(Pid pid) {
   std::erase_if(m_drafts, [pid](const auto& entry) {
     return entry.second->facts.pid == pid || entry.second->serverSays == pid;
   });
-  m_processes.erase(pid);
+  m_processes.forget(pid);
   // A window manager that is slow to notice still lists them, and a number may go to a new window.
   reconcile();
   if (!m_connection.isOpen()) return m_handlers.changed();
@@ -338,7 +312,7 @@ bool X11Windows::requestClose(const WindowFacts& window) {
   xcb_client_message_event_t message{};
   message.response_type = XCB_CLIENT_MESSAGE;
   message.format = 32;
-  message.window = window.id;
+  message.window = static_cast<xcb_window_t>(window.id);
   message.type = m_atoms[closeWindow];
   message.data.data32[0] = now;
   message.data.data32[1] = onBehalfOfThePerson;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/workspace/DesktopEntries.h"
+#include "platform/linux/apps/DesktopEntries.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,0 +1,335 @@
+// SPDX-License-Identifier: MIT
+// What the workspace makes of a desktop's windows, whichever desktop that is. The windows are a script's and
+// the time is the test's; the processes are real.
+#include "platform/linux/workspace/WindowedWorkspace.h"
+
+#include "platform/shared/PollEventLoop.h"
+#include "tests/simulation/linux/SimulatedLoop.h"
+#include "tests/support/ForkedProcess.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/Wait.h"
+#include "tests/unit/linux/windows/ScriptedWindows.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <string>
+#include <unistd.h>
+
+namespace vantle {
+namespace {
+
+using namespace std::chrono_literals;
+using test::ForkedProcess;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Front = WindowedWorkspace::Front;
+
+// Time passes when the test says so; processes end when they end.
+class StagedLoop final : public EventLoop {
+ public:
+  std::unique_ptr<Handle> watch(int descriptor, Readiness readiness, std::function<void()> ready) override {
+    return m_descriptors.watch(descriptor, readiness, std::move(ready));
+  }
+  std::unique_ptr<Handle> after(std::chrono::milliseconds delay, std::function<void()> due) override {
+    return m_timers.after(delay, std::move(due));
+  }
+  void pass(std::chrono::milliseconds time) { m_timers.run(time); }
+  bool awaitProcesses(const std::function<bool()>& condition) {
+    return m_descriptors.runUntil(condition, desktop::guardLimit);
+  }
+
+ private:
+  SimulatedCalls m_calls;
+  SimulatedClock m_clock{m_calls};
+  SimulatedLoop m_timers{m_clock};
+  PollEventLoop m_descriptors;
+};
+
+class WindowedWorkspaceTest : public testing::Test {
+ protected:
+  void watch(
+      Front front = Front::settled, const std::function<void()>& whenSettling = [] {}) {
+    auto windows = std::make_unique<ScriptedWindows>();
+    m_windows = windows.get();
+    m_windows->whenSettling = whenSettling;
+    m_workspace = std::make_unique<WindowedWorkspace>(
+        m_loop, std::move(windows),
+        WindowedWorkspace::Options{
+            .installed = std::make_shared<DesktopEntries>(std::vector<std::string>{m_data.path().string()}),
+            .onDesktopLost = [this] { m_isLost = true; },
+            .front = front});
+    for (const auto& [event, name] : {std::pair{WorkspaceEvent::activated, "activated "},
+                                      std::pair{WorkspaceEvent::launched, "launched "},
+                                      std::pair{WorkspaceEvent::terminated, "terminated "}}) {
+      m_registrations.push_back(
+          m_workspace->observe(event, [this, name = std::string(name)](const AppRef& app) {
+            m_events.push_back(name + std::to_string(app->processIdentifier()));
+          }));
+    }
+  }
+  // A desktop with the first process's window 1 in front and the second's window 2 behind it.
+  void watchTwo(Front front) {
+    watch(front, [this] {
+      m_windows->open(1, m_first.pid());
+      m_windows->open(2, m_second.pid());
+      m_windows->show(1);
+    });
+  }
+  Pid front() const {
+    const AppRef app = m_workspace->frontmostApplication();
+    return app ? app->processIdentifier() : 0;
+  }
+  static std::string event(const char* name, Pid pid) {
+    return std::string(name) + " " + std::to_string(pid);
+  }
+
+  desktop::TemporaryFolder m_data;
+  ForkedProcess m_first;
+  ForkedProcess m_second;
+  StagedLoop m_loop;
+  std::unique_ptr<WindowedWorkspace> m_workspace;
+  ScriptedWindows* m_windows = nullptr;
+  std::vector<std::unique_ptr<Registration>> m_registrations;
+  std::vector<std::string> m_events;
+  bool m_isLost = false;
+};
+
+// What holds on every desktop.
+class OnEveryDesktop : public WindowedWorkspaceTest, public testing::WithParamInterface<Front> {};
+INSTANTIATE_TEST_SUITE_P(Fronts, OnEveryDesktop, testing::Values(Front::asTold, Front::settled),
+                         [](const testing::TestParamInfo<Front>& tested) {
+                           return std::string(tested.param == Front::asTold ? "AsTold" : "Settled");
+                         });
+
+TEST_P(OnEveryDesktop, AppsOfTheStartAreNoNews) {
+  watchTwo(GetParam());
+  EXPECT_EQ(m_windows->settledFor, 200ms);
+  EXPECT_EQ(m_workspace->runningApplications().size(), 2U);
+  EXPECT_EQ(front(), m_first.pid());
+  m_loop.pass(1s);
+  EXPECT_THAT(m_events, IsEmpty());
+}
+
+TEST_P(OnEveryDesktop, ALaunchIsToldWithItsActivation) {
+  watchTwo(GetParam());
+  const ForkedProcess app;
+  m_windows->open(3, app.pid());
+  m_windows->tell();
+  m_loop.pass(149ms);
+  EXPECT_THAT(m_events, IsEmpty());
+  m_windows->show(3);
+  EXPECT_THAT(m_events, ElementsAre(event("launched", app.pid()), event("activated", app.pid())));
+}
+
+TEST_P(OnEveryDesktop, ALaunchInTheBackgroundIsToldAfterAMoment) {
+  watchTwo(GetParam());
+  const ForkedProcess app;
+  m_windows->open(3, app.pid());
+  m_windows->tell();
+  m_loop.pass(150ms);
+  EXPECT_THAT(m_events, ElementsAre(event("launched", app.pid())));
+  EXPECT_EQ(front(), m_first.pid());
+}
+
+TEST_P(OnEveryDesktop, NobodyHearsOfALaterAppFirst) {
+  watchTwo(GetParam());
+  const ForkedProcess early;
+  const ForkedProcess late;
+  m_windows->open(3, early.pid());
+  m_windows->tell();
+  m_windows->open(4, late.pid());
+  m_windows->show(4);
+  EXPECT_THAT(m_events, ElementsAre(event("launched", early.pid()), event("launched", late.pid()),
+                                    event("activated", late.pid())));
+}
+
+TEST_P(OnEveryDesktop, WhatIsToldTwiceIsNewsOnce) {
+  watchTwo(GetParam());
+  for (int times = 0; times < 3; ++times) m_windows->show(2);
+  EXPECT_THAT(m_events, ElementsAre(event("activated", m_second.pid())));
+}
+
+TEST_P(OnEveryDesktop, TwoWindowsAndADialogAreOneApp) {
+  watchTwo(GetParam());
+  m_windows->open(3, m_first.pid());
+  m_windows->open(4, m_first.pid());
+  for (const WindowId window : {3U, 4U, 1U}) m_windows->show(window);
+  EXPECT_THAT(m_events, IsEmpty());
+  EXPECT_EQ(m_workspace->runningApplications().size(), 2U);
+}
+
+TEST_P(OnEveryDesktop, AHundredChangesAreToldOneByOne) {
+  watchTwo(GetParam());
+  for (int change = 0; change < 100; ++change) m_windows->show(change % 2 == 0 ? 2 : 1);
+  ASSERT_EQ(m_events.size(), 100U);
+  EXPECT_EQ(m_events.front(), event("activated", m_second.pid()));
+  EXPECT_EQ(m_events.back(), event("activated", m_first.pid()));
+  EXPECT_EQ(front(), m_first.pid());
+}
+
+// Some desktops tell of the activation first.
+TEST_P(OnEveryDesktop, TheFrontIsAwaitedUntilItsWindowIsKnown) {
+  watchTwo(GetParam());
+  const ForkedProcess app;
+  m_windows->show(7);
+  EXPECT_EQ(front(), m_first.pid());
+  m_windows->open(7, app.pid());
+  m_windows->tell();
+  EXPECT_EQ(front(), app.pid());
+  EXPECT_THAT(m_events, ElementsAre(event("launched", app.pid()), event("activated", app.pid())));
+}
+
+TEST_P(OnEveryDesktop, WindowsWithoutAProcessAreNobodysApps) {
+  watchTwo(GetParam());
+  const ForkedProcess withoutDescriptor;
+  const ForkedProcess menu;
+  m_windows->windows[3] = {.id = 3};
+  m_windows->windows[4] = {.id = 4, .pid = withoutDescriptor.pid()};
+  m_windows->open(5, menu.pid()).kind = WindowKind::passing;
+  m_windows->tell();
+  m_loop.pass(1s);
+  EXPECT_THAT(m_events, IsEmpty());
+  EXPECT_EQ(m_workspace->runningApplications().size(), 2U);
+}
+
+TEST_P(OnEveryDesktop, TheDesktopsOwnWindowsTakeNothingOutOfTheFront) {
+  watchTwo(GetParam());
+  const ForkedProcess panel;
+  m_windows->open(3, panel.pid()).kind = WindowKind::shell;
+  m_windows->show(3);
+  m_loop.pass(1s);
+  EXPECT_EQ(front(), m_first.pid());
+  EXPECT_THAT(m_events, ElementsAre(event("launched", panel.pid())));
+}
+
+TEST_P(OnEveryDesktop, TheEndOfAProcessIsTheEndOfItsApp) {
+  watchTwo(GetParam());
+  const AppRef app = m_workspace->runningApplication(m_first.pid());
+  m_first.kill();
+  ASSERT_TRUE(m_loop.awaitProcesses([&] { return app->isTerminated(); }));
+  EXPECT_THAT(m_windows->forgotten, ElementsAre(m_first.pid()));
+  EXPECT_EQ(front(), 0) << "there is nothing to wait for";
+  EXPECT_THAT(m_events, ElementsAre(event("terminated", m_first.pid())));
+}
+
+TEST_P(OnEveryDesktop, ALauncherMayCloseBehindItsGame) {
+  watchTwo(GetParam());
+  const ForkedProcess game;
+  m_windows->open(3, game.pid());
+  m_windows->show(3);
+  m_first.kill();
+  ASSERT_TRUE(m_loop.awaitProcesses([&] { return m_events.size() == 3; }));
+  EXPECT_EQ(front(), game.pid());
+  EXPECT_THAT(m_events, ElementsAre(event("launched", game.pid()), event("activated", game.pid()),
+                                    event("terminated", m_first.pid())));
+}
+
+TEST_P(OnEveryDesktop, EachOrdinaryWindowIsAskedToClose) {
+  watchTwo(GetParam());
+  m_windows->open(3, m_first.pid());
+  m_windows->open(4, m_first.pid()).kind = WindowKind::passing;
+  m_windows->open(5, m_first.pid()).canBeClosed = false;
+  m_windows->tell();
+  EXPECT_TRUE(m_workspace->runningApplication(m_first.pid())->terminate());
+  EXPECT_THAT(m_windows->askedToClose, ElementsAre(1U, 3U));
+  m_windows->windows.erase(2);
+  m_windows->tell();
+  EXPECT_FALSE(m_workspace->runningApplication(m_second.pid())->terminate());
+}
+
+TEST_P(OnEveryDesktop, ADesktopThatGoesAwayHasNothingInFront) {
+  watchTwo(GetParam());
+  m_windows->lose();
+  EXPECT_TRUE(m_isLost);
+  EXPECT_EQ(front(), 0);
+}
+
+TEST_P(OnEveryDesktop, ADesktopThatWasNeverThereIsNotLost) {
+  watch(GetParam(), [this] { m_windows->lose(); });
+  EXPECT_FALSE(m_isLost);
+  EXPECT_THAT(m_workspace->runningApplications(), IsEmpty());
+}
+
+// Some windows say what they are a moment after they were opened.
+TEST_P(OnEveryDesktop, AnAppIsKnownByWhatItsWindowSaysAtItsLaunch) {
+  m_data.write("applications/org.example.Late.desktop",
+               "[Desktop Entry]\nType=Application\nName=Late\nExec=true\nStartupWMClass=Late\n");
+  watchTwo(GetParam());
+  const ForkedProcess app;
+  m_windows->open(3, app.pid());
+  m_windows->tell();
+  m_windows->windows[3].className = "Late";
+  m_windows->show(3);
+  const AppRef known = m_workspace->runningApplication(app.pid());
+  EXPECT_EQ(known->localizedName(), "Late");
+  EXPECT_EQ(known->bundleIdentifier(), "org.example.Late");
+  // From then on it is who it is.
+  m_windows->windows[3].className = "Other";
+  m_windows->show(1);
+  m_windows->show(3);
+  EXPECT_EQ(known->localizedName(), "Late");
+}
+
+TEST_F(WindowedWorkspaceTest, NothingInFrontCountsAtOnceWhereItIsAsTold) {
+  watchTwo(Front::asTold);
+  m_windows->show(0);
+  EXPECT_EQ(front(), 0);
+}
+
+TEST_F(WindowedWorkspaceTest, NothingInFrontCountsOnceItHasLasted) {
+  watchTwo(Front::settled);
+  m_windows->show(0);
+  m_loop.pass(30ms);
+  m_windows->tell(); // again, which starts nothing anew
+  m_loop.pass(19ms);
+  EXPECT_EQ(front(), m_first.pid());
+  m_loop.pass(1ms);
+  EXPECT_EQ(front(), 0);
+  EXPECT_THAT(m_events, IsEmpty());
+  m_windows->show(1);
+  EXPECT_THAT(m_events, ElementsAre(event("activated", m_first.pid())));
+}
+
+TEST_F(WindowedWorkspaceTest, AGapBetweenTwoWindowsIsNotSeen) {
+  watchTwo(Front::settled);
+  m_windows->show(0);
+  m_loop.pass(49ms);
+  m_windows->show(2);
+  m_windows->show(0);
+  m_loop.pass(49ms);
+  EXPECT_EQ(front(), m_second.pid()) << "each gap has its own time";
+  m_windows->show(2);
+  m_loop.pass(1s);
+  EXPECT_EQ(front(), m_second.pid());
+  EXPECT_THAT(m_events, ElementsAre(event("activated", m_second.pid())));
+}
+
+TEST_F(WindowedWorkspaceTest, ThisProgramsOwnWindowsTakeNothingOutOfASettledFront) {
+  watchTwo(Front::settled);
+  m_windows->open(3, ::getpid());
+  m_windows->show(3);
+  m_loop.pass(1s);
+  EXPECT_EQ(front(), m_first.pid());
+  m_windows->show(0); // the panel closes, and the game is back in a moment
+  m_loop.pass(49ms);
+  m_windows->show(1);
+  EXPECT_THAT(m_events, ElementsAre(event("launched", ::getpid())));
+}
+
+TEST_F(WindowedWorkspaceTest, ThisProgramsOwnWindowsAreNeverASettledFront) {
+  watch(Front::settled, [this] {
+    m_windows->open(3, ::getpid());
+    m_windows->show(3);
+  });
+  EXPECT_EQ(front(), 0);
+}
+
+TEST_F(WindowedWorkspaceTest, ThisProgramsOwnWindowsAreInFrontWhereItIsAsTold) {
+  watchTwo(Front::asTold);
+  m_windows->open(3, ::getpid());
+  m_windows->show(3);
+  EXPECT_EQ(front(), ::getpid());
+}
+
+} // namespace
+} // namespace vantle
