@@ -12,12 +12,11 @@ namespace vantle {
 int runSelfTestMode(Platform& platform) {
   const std::unique_ptr<OwnedMachine> owned = platform.selfTestMachine();
   Machine machine = owned->machine();
-  return SelfTest(machine,
-                  [](const std::string& line) {
-                    std::puts(line.c_str());
-                    std::fflush(stdout);
-                  })
-      .run();
+  const auto print = [](const std::string& line) {
+    std::puts(line.c_str());
+    std::fflush(stdout);
+  };
+  return SelfTest(machine, print, owned->desktop()).run();
 }
 
 } // namespace vantle

@@ -112,6 +112,7 @@ int SelfTest::run() {
   const bool works = succeeded == n && flagged == n && share < worksBelow && restored == n;
   m_print(works ? "\nRESULT: Works. Backgrounding is effective on this Mac and can be undone."
                 : "\nRESULT: Not as expected.");
+  if (!m_desktop.empty()) m_print("Desktop: " + m_desktop);
   endAll(normal);
   endAll(background);
   return works ? 0 : 1;

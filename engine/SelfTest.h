@@ -15,7 +15,10 @@ class SelfTest {
  public:
   using Print = std::function<void(const std::string& line)>; // each line without its final newline
 
-  SelfTest(Machine& machine, Print print) : m_machine(machine), m_print(std::move(print)) {}
+  // The desktop is how the machine sees the apps, in words, and is told after the verdict; unless it is
+  // empty.
+  SelfTest(Machine& machine, Print print, std::string desktop = {})
+      : m_machine(machine), m_print(std::move(print)), m_desktop(std::move(desktop)) {}
 
   // The exit status of the process: 0 when backgrounding works, otherwise 1.
   int run();
@@ -23,6 +26,7 @@ class SelfTest {
  private:
   Machine& m_machine;
   Print m_print;
+  std::string m_desktop;
 };
 
 } // namespace vantle

@@ -20,6 +20,8 @@ class OwnedMachine {
   virtual ~OwnedMachine() = default;
 
   virtual Machine machine() = 0; // valid as long as this object
+  // Where it sees the apps and the one in front, for a person to read; empty when it does not look for them.
+  virtual std::string desktop() const = 0;
 };
 
 // The main thread, for another one that watches over it.

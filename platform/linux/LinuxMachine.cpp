@@ -16,7 +16,7 @@
 #include "platform/linux/process/BootClock.h"
 #include "platform/linux/process/LinuxHost.h"
 #include "platform/linux/process/ProcfsProcessTable.h"
-#include "platform/linux/windows/x11/X11Windows.h"
+#include "platform/linux/windows/DesktopProbe.h"
 #include "platform/linux/workspace/WindowedWorkspace.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/files/PosixFileStore.h"
@@ -77,12 +77,18 @@ class SilentErrors {
   Descriptor m_kept;
 };
 
-// Whether this desktop, when there is one, leaves the apps of this user without sessions of their own.
-bool appsShareSessionsHere(PollEventLoop& loop, const Kernel& kernel, const ProcessTable& processes) {
-  const char* const display = std::getenv("DISPLAY");
-  if (display == nullptr || *display == '\0') return false;
-  const SilentErrors silence;
-  const WindowedWorkspace workspace(loop, std::make_unique<X11Windows>(loop, ""), {});
+std::unique_ptr<WindowedWorkspace> workspaceOn(EventLoop& loop, DesktopSource source,
+                                               WindowedWorkspace::Options options) {
+  options.front = source.front;
+  options.longestStart = source.longestStart;
+  return std::make_unique<WindowedWorkspace>(loop, std::move(source.windows), std::move(options));
+}
+
+// Whether this desktop leaves the apps of this user without sessions of their own.
+bool appsShareSessions(PollEventLoop& loop, DesktopSource source, const Kernel& kernel,
+                       const ProcessTable& processes) {
+  const std::unique_ptr<WindowedWorkspace> owned = workspaceOn(loop, std::move(source), {});
+  const WindowedWorkspace& workspace = *owned;
   // A server that is slow is not a desktop without apps.
   loop.runUntil([&] { return !workspace.runningApplications().empty(); }, std::chrono::seconds(1));
   std::set<Pid> apps;
@@ -118,6 +124,7 @@ struct LinuxMachine::Parts {
   std::unique_ptr<BusConnection> systemBus;
   std::unique_ptr<BusConnection> sessionBus;
 
+  std::string desktop; // the name of the source of windows
   std::unique_ptr<BackgroundBand> band;
   std::unique_ptr<Workspace> workspace = std::make_unique<AbsentWorkspace>();
   std::unique_ptr<AudioActivity> audio = std::make_unique<AbsentAudioActivity>();
@@ -143,9 +150,10 @@ std::unique_ptr<LinuxMachine> LinuxMachine::forDesktop(const XdgFolders& folders
       std::make_unique<LogindPowerAssertions>(*parts->systemBus, *parts->sessionBus, parts->processes);
   parts->pressure = std::make_unique<PsiMemoryPressure>(loop);
   const auto installed = std::make_shared<DesktopEntries>(folders.allData());
-  parts->workspace = std::make_unique<WindowedWorkspace>(
-      loop, std::make_unique<X11Windows>(loop, ""),
-      WindowedWorkspace::Options{.installed = installed, .onDesktopLost = std::move(onDesktopLost)});
+  DesktopSource source = DesktopProbe(loop, *parts->kernel, SessionNames::fromEnvironment()).find();
+  parts->desktop = source.name;
+  parts->workspace = workspaceOn(loop, std::move(source),
+                                 {.installed = installed, .onDesktopLost = std::move(onDesktopLost)});
   parts->notifications = std::make_unique<DesktopNotifications>(*parts->sessionBus);
   parts->loginItem = std::make_unique<AutostartLoginItem>(AutostartSetup::from(
       folders, [](const char* name) -> const char* { return std::getenv(name); }, std::move(program)));
@@ -176,7 +184,12 @@ std::unique_ptr<LinuxMachine> LinuxMachine::forSelfTest(const XdgFolders& folder
       parts->ownLoop, parts->files,
       BandParts{.manager = std::make_unique<UserManager>(parts->ownLoop, userBus(folders)),
                 .busLimit = std::chrono::seconds(2)});
-  if (appsShareSessionsHere(parts->ownLoop, *parts->kernel, parts->processes)) {
+  const SilentErrors silence;
+  const SessionNames names = SessionNames::fromEnvironment();
+  DesktopSource source = DesktopProbe(parts->ownLoop, *parts->kernel, names).find();
+  parts->desktop = source.name;
+  const bool isDesktop = !names.display.empty() || !names.waylandDisplay.empty();
+  if (isDesktop && appsShareSessions(parts->ownLoop, std::move(source), *parts->kernel, parts->processes)) {
     // Among those that share a session, only a comparison with the app in front tells what helps. The process
     // that is started first is none of those that are slowed.
     parts->launcher = SessionLauncher(
@@ -191,6 +204,8 @@ std::unique_ptr<LinuxMachine> LinuxMachine::forSelfTest(const XdgFolders& folder
   parts->band = std::move(band);
   return std::unique_ptr<LinuxMachine>(new LinuxMachine(std::move(parts)));
 }
+
+std::string LinuxMachine::desktop() const { return m_parts->desktop; }
 
 Machine LinuxMachine::machine() {
   Parts& parts = *m_parts;

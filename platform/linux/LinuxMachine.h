@@ -25,6 +25,7 @@ class LinuxMachine final : public OwnedMachine {
   LinuxMachine& operator=(const LinuxMachine&) = delete;
 
   Machine machine() override;
+  std::string desktop() const override;
 
  private:
   struct Parts;

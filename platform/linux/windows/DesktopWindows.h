@@ -33,6 +33,15 @@ struct WindowFacts {
   bool operator==(const WindowFacts&) const = default;
 };
 
+// What a desktop's word on the front is worth.
+enum class FrontRule {
+  asTold, // an X11 desktop's: it counts at once, also for this program's own windows
+  // A Wayland desktop's. Between two windows it says that nothing is in front (seen for 11 ms at most), so
+  // that counts only when it has lasted. And this program's open panel is an ordinary window to it: what was
+  // in front before stays so.
+  settled
+};
+
 // What a desktop says of its windows: which there are, and which one is in front. It knows nothing of apps.
 //
 // A window whose process cannot be told for certain has none. A process is told only when a descriptor for it
@@ -45,7 +54,7 @@ class DesktopWindows {
  public:
   struct Handlers {
     std::function<void()> changed = [] {}; // any of what the functions below answer
-    // The desktop is over, or there was none: nothing is known any more, and nothing is called after it.
+    // The desktop is over, or there was none: nothing is known any more, and nothing more will be.
     std::function<void()> lost = [] {};
   };
 

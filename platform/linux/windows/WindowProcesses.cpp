@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/windows/WindowProcesses.h"
 
+#include <limits>
 #include <poll.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
@@ -39,6 +40,15 @@ std::shared_ptr<Descriptor> WindowProcesses::open(Pid pid, bool isInFront) {
   process = std::make_shared<Descriptor>(std::move(opened));
   m_open[pid] = process;
   return process;
+}
+
+WindowOwner WindowProcesses::believe(const Kernel& kernel, std::int64_t told, bool isInFront) {
+  constexpr Pid systemManager = 1; // never an app, but what a client in a pid namespace takes itself for
+  if (told <= systemManager || told > std::numeric_limits<Pid>::max()) return {};
+  const auto pid = static_cast<Pid>(told);
+  std::shared_ptr<Descriptor> process = open(pid, isInFront);
+  if (!process || !kernel.isOwn(pid) || hasEnded(*process)) return {};
+  return {pid, std::move(process)};
 }
 
 void WindowProcesses::forgetUnused() {

@@ -78,6 +78,7 @@ WindowedWorkspace::WindowedWorkspace(EventLoop& loop, std::unique_ptr<DesktopWin
       m_windows(std::move(windows)) {
   m_windows->start({.changed = [this] { update(); }, .lost = [this] { lost(); }});
   m_windows->settle(m_options.longestStart);
+  update(); // some of it, or all, may have been known before anybody listened
   m_isStarting = false;
 }
 
@@ -119,7 +120,7 @@ void WindowedWorkspace::updateFront() {
   // Using a panel or the desktop itself takes no app out of the front.
   if (!m_front || owner != nullptr) {
     m_gap.reset();
-  } else if (m_options.front == Front::asTold) {
+  } else if (m_options.front == FrontRule::asTold) {
     becomeFront(nullptr);
   } else if (!m_gap) {
     m_gap = m_loop.after(longestGap, [this] { becomeFront(nullptr); });
@@ -137,7 +138,7 @@ void WindowedWorkspace::becomeFront(const App* app) {
 }
 
 bool WindowedWorkspace::isKeptBehind(const App& owner) const {
-  return !owner.isRegular() || (m_options.front == Front::settled && owner.pid() == ::getpid());
+  return !owner.isRegular() || (m_options.front == FrontRule::settled && owner.pid() == ::getpid());
 }
 
 WindowedWorkspace::App* WindowedWorkspace::ownerOfActive() const {

@@ -24,20 +24,12 @@ namespace vantle {
 // person uses them. Without a desktop there are no apps.
 class WindowedWorkspace final : public Workspace {
  public:
-  // What the source's word on the front is worth.
-  enum class Front {
-    asTold, // an X11 desktop's: it counts at once, also for this program's own windows
-    // A Wayland desktop's. Between two windows it says that nothing is in front (seen for 11 ms at most), so
-    // that counts only when it has lasted. And this program's open panel is an ordinary window to it: what
-    // was in front before stays so.
-    settled
-  };
   struct Options {
     // By their desktop files apps are known; none are installed unless somebody says so.
     std::shared_ptr<DesktopEntries> installed = std::make_shared<DesktopEntries>(std::vector<std::string>{});
     // The desktop went away, on the main loop. Not called when there was none to begin with.
     std::function<void()> onDesktopLost = {};
-    Front front = Front::asTold;
+    FrontRule front = FrontRule::asTold;
     std::chrono::milliseconds longestStart{200}; // that is waited for the apps that run already
   };
 

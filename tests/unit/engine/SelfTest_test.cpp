@@ -26,9 +26,11 @@ class SelfTestTest : public testing::Test {
   SimulatedMachine machine;
   std::vector<std::string> lines;
 
-  int run() {
+  int run(const std::string& desktop = {}) {
     Machine ports = machine.ports();
-    return SelfTest(ports, [this](const std::string& line) { lines.push_back(line); }).run();
+    return SelfTest(
+               ports, [this](const std::string& line) { lines.push_back(line); }, desktop)
+        .run();
   }
   // The share that the processes in the band get, in thousandths of what the others get.
   void giveBand(std::uint64_t perMille) { machine.processes.cpu = {1000, perMille}; }
@@ -49,6 +51,13 @@ TEST_F(SelfTestTest, OnAMachineWhereItWorksTheReportReadsSo) {
                           "3. CPU share: background processes got 3% of the CPU the normal ones got",
                           "4. Restore: 8/8 processes back to normal", works));
   EXPECT_EQ(busyProcesses(), 0U);
+}
+
+TEST_F(SelfTestTest, TellsLastWhereAppsAreSeen) {
+  EXPECT_EQ(run("X11"), 0);
+  ASSERT_GE(lines.size(), 2U);
+  EXPECT_EQ(lines.at(lines.size() - 2), works);
+  EXPECT_EQ(lines.back(), "Desktop: X11");
 }
 
 struct Share {

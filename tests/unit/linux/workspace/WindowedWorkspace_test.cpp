@@ -22,7 +22,6 @@ using namespace std::chrono_literals;
 using test::ForkedProcess;
 using testing::ElementsAre;
 using testing::IsEmpty;
-using Front = WindowedWorkspace::Front;
 
 // Time passes when the test says so; processes end when they end.
 class StagedLoop final : public EventLoop {
@@ -48,7 +47,7 @@ class StagedLoop final : public EventLoop {
 class WindowedWorkspaceTest : public testing::Test {
  protected:
   void watch(
-      Front front = Front::settled, const std::function<void()>& whenSettling = [] {}) {
+      FrontRule front = FrontRule::settled, const std::function<void()>& whenSettling = [] {}) {
     auto windows = std::make_unique<ScriptedWindows>();
     m_windows = windows.get();
     m_windows->whenSettling = whenSettling;
@@ -68,7 +67,7 @@ class WindowedWorkspaceTest : public testing::Test {
     }
   }
   // A desktop with the first process's window 1 in front and the second's window 2 behind it.
-  void watchTwo(Front front) {
+  void watchTwo(FrontRule front) {
     watch(front, [this] {
       m_windows->open(1, m_first.pid());
       m_windows->open(2, m_second.pid());
@@ -95,10 +94,10 @@ class WindowedWorkspaceTest : public testing::Test {
 };
 
 // What holds on every desktop.
-class OnEveryDesktop : public WindowedWorkspaceTest, public testing::WithParamInterface<Front> {};
-INSTANTIATE_TEST_SUITE_P(Fronts, OnEveryDesktop, testing::Values(Front::asTold, Front::settled),
-                         [](const testing::TestParamInfo<Front>& tested) {
-                           return std::string(tested.param == Front::asTold ? "AsTold" : "Settled");
+class OnEveryDesktop : public WindowedWorkspaceTest, public testing::WithParamInterface<FrontRule> {};
+INSTANTIATE_TEST_SUITE_P(Fronts, OnEveryDesktop, testing::Values(FrontRule::asTold, FrontRule::settled),
+                         [](const testing::TestParamInfo<FrontRule>& tested) {
+                           return std::string(tested.param == FrontRule::asTold ? "AsTold" : "Settled");
                          });
 
 TEST_P(OnEveryDesktop, AppsOfTheStartAreNoNews) {
@@ -106,6 +105,17 @@ TEST_P(OnEveryDesktop, AppsOfTheStartAreNoNews) {
   EXPECT_EQ(m_windows->settledFor, 200ms);
   EXPECT_EQ(m_workspace->runningApplications().size(), 2U);
   EXPECT_EQ(front(), m_first.pid());
+  m_loop.pass(1s);
+  EXPECT_THAT(m_events, IsEmpty());
+}
+
+TEST_P(OnEveryDesktop, WhatWasKnownBeforeAnybodyListenedIsNoNewsEither) {
+  watch(GetParam(), [this] {
+    m_windows->open(1, m_first.pid());
+    m_windows->front = 1;
+  });
+  EXPECT_EQ(front(), m_first.pid());
+  m_windows->tell();
   m_loop.pass(1s);
   EXPECT_THAT(m_events, IsEmpty());
 }
@@ -271,13 +281,13 @@ TEST_P(OnEveryDesktop, AnAppIsKnownByWhatItsWindowSaysAtItsLaunch) {
 }
 
 TEST_F(WindowedWorkspaceTest, NothingInFrontCountsAtOnceWhereItIsAsTold) {
-  watchTwo(Front::asTold);
+  watchTwo(FrontRule::asTold);
   m_windows->show(0);
   EXPECT_EQ(front(), 0);
 }
 
 TEST_F(WindowedWorkspaceTest, NothingInFrontCountsOnceItHasLasted) {
-  watchTwo(Front::settled);
+  watchTwo(FrontRule::settled);
   m_windows->show(0);
   m_loop.pass(30ms);
   m_windows->tell(); // again, which starts nothing anew
@@ -291,7 +301,7 @@ TEST_F(WindowedWorkspaceTest, NothingInFrontCountsOnceItHasLasted) {
 }
 
 TEST_F(WindowedWorkspaceTest, AGapBetweenTwoWindowsIsNotSeen) {
-  watchTwo(Front::settled);
+  watchTwo(FrontRule::settled);
   m_windows->show(0);
   m_loop.pass(49ms);
   m_windows->show(2);
@@ -305,7 +315,7 @@ TEST_F(WindowedWorkspaceTest, AGapBetweenTwoWindowsIsNotSeen) {
 }
 
 TEST_F(WindowedWorkspaceTest, ThisProgramsOwnWindowsTakeNothingOutOfASettledFront) {
-  watchTwo(Front::settled);
+  watchTwo(FrontRule::settled);
   m_windows->open(3, ::getpid());
   m_windows->show(3);
   m_loop.pass(1s);
@@ -317,7 +327,7 @@ TEST_F(WindowedWorkspaceTest, ThisProgramsOwnWindowsTakeNothingOutOfASettledFron
 }
 
 TEST_F(WindowedWorkspaceTest, ThisProgramsOwnWindowsAreNeverASettledFront) {
-  watch(Front::settled, [this] {
+  watch(FrontRule::settled, [this] {
     m_windows->open(3, ::getpid());
     m_windows->show(3);
   });
@@ -325,7 +335,7 @@ TEST_F(WindowedWorkspaceTest, ThisProgramsOwnWindowsAreNeverASettledFront) {
 }
 
 TEST_F(WindowedWorkspaceTest, ThisProgramsOwnWindowsAreInFrontWhereItIsAsTold) {
-  watchTwo(Front::asTold);
+  watchTwo(FrontRule::asTold);
   m_windows->open(3, ::getpid());
   m_windows->show(3);
   EXPECT_EQ(front(), ::getpid());

@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/linux/kernel/Kernel.h"
+#include "platform/linux/windows/DesktopWindows.h"
+#include "platform/linux/windows/LocalPeer.h"
+#include "platform/shared/EventLoop.h"
+
+#include <chrono>
+#include <memory>
+#include <string>
+
+namespace vantle {
+
+// Where a session's parts say that they are; empty where they say nothing.
+struct SessionNames {
+  std::string display;        // DISPLAY
+  std::string waylandDisplay; // WAYLAND_DISPLAY: a path, or a name in the runtime folder
+  std::string swaySocket;     // SWAYSOCK
+  std::string runtimeFolder;  // XDG_RUNTIME_DIR
+
+  static SessionNames fromEnvironment();
+};
+
+// Where the windows of this desktop are seen.
+struct DesktopSource {
+  std::string name; // for a person to read
+  std::unique_ptr<DesktopWindows> windows;
+  FrontRule front = FrontRule::asTold;
+  std::chrono::milliseconds longestStart{200}; // that is left of it for the windows that are there already
+};
+
+// Chooses the source of windows by trying: what the environment names may be stale, and what a desktop is
+// called says nothing of what it can tell.
+class DesktopProbe {
+ public:
+  // What is handed in outlives what is found.
+  DesktopProbe(EventLoop& loop, const Kernel& kernel, SessionNames names);
+
+  // Always a source, even if it shows nothing. Waits for an answer 100 ms at most.
+  DesktopSource find() const;
+
+ private:
+  std::unique_ptr<DesktopWindows> sway(const LocalPeer& compositor) const;
+  std::unique_ptr<DesktopWindows> swayAt(const std::string& path, const LocalPeer& compositor) const;
+
+  EventLoop& m_loop;
+  const Kernel& m_kernel;
+  SessionNames m_names;
+};
+
+} // namespace vantle

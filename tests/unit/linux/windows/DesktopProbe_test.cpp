@@ -1,0 +1,181 @@
+// SPDX-License-Identifier: MIT
+// Which source of windows is chosen, by what answers and not by what is named.
+#include "platform/linux/windows/DesktopProbe.h"
+
+#include "platform/linux/kernel/ProcKernel.h"
+#include "platform/shared/PollEventLoop.h"
+#include "tests/support/ForkedProcess.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/User.h"
+#include "tests/support/Wait.h"
+#include "tests/unit/linux/windows/ScriptedSway.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <optional>
+#include <poll.h>
+#include <string>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace vantle {
+namespace {
+
+using test::ForkedProcess;
+
+constexpr const char* noServer = ":54321";
+
+Descriptor listenAt(const std::string& path) {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  path.copy(address.sun_path, sizeof address.sun_path - 1);
+  Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  ::unlink(path.c_str());
+  const bool isThere =
+      ::bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
+      ::listen(socket.get(), 8) == 0 && ::chmod(path.c_str(), 0777) == 0;
+  if (!isThere) ::_exit(1);
+  return socket;
+}
+
+// Takes clients one after another and answers them as sway would.
+void serve(const Descriptor& listener, const std::string& version) {
+  for (;;) {
+    ScriptedSway sway(Descriptor(::accept4(listener.get(), nullptr, nullptr, SOCK_CLOEXEC)));
+    sway.version = version;
+    pollfd waiting{sway.descriptor(), POLLIN, 0};
+    while (::poll(&waiting, 1, -1) == 1 && sway.serve() > 0) {
+    }
+  }
+}
+
+// A process with a compositor's socket, and one for questions.
+class Compositor {
+ public:
+  enum class Kind { sway, silent, stranger };
+
+  Compositor(const std::string& display, const std::string& questions, Kind kind = Kind::sway,
+             std::optional<uid_t> user = {})
+      : m_process(
+            [&] {
+              if (user) test::becomeUser(*user);
+              m_display = listenAt(display);
+              m_questions = listenAt(questions);
+            },
+            [this, kind] {
+              if (kind == Kind::sway) serve(m_questions, R"({"major":1})");
+              if (kind == Kind::stranger) serve(m_questions, R"({"error":"no such method"})");
+              ::pause();
+            }) {}
+
+  Pid pid() const { return m_process.pid(); }
+  void kill() { m_process.kill(); }
+
+ private:
+  Descriptor m_display; // in the process itself
+  Descriptor m_questions;
+  ForkedProcess m_process;
+};
+
+class DesktopProbeTest : public testing::Test {
+ protected:
+  std::string path(const std::string& name) const { return (m_folder.path() / name).string(); }
+  DesktopSource find(const std::string& waylandDisplay, const std::string& swaySocket) {
+    return DesktopProbe(m_loop, m_kernel,
+                        {.display = noServer,
+                         .waylandDisplay = waylandDisplay,
+                         .swaySocket = swaySocket,
+                         .runtimeFolder = m_folder.path().string()})
+        .find();
+  }
+  void SetUp() override { ::chmod(m_folder.path().c_str(), 0777); }
+
+  desktop::TemporaryFolder m_folder;
+  ProcKernel m_kernel;
+  PollEventLoop m_loop;
+};
+
+void expectX11(const DesktopSource& found) {
+  EXPECT_EQ(found.name, "X11");
+  EXPECT_EQ(found.front, FrontRule::asTold);
+  EXPECT_EQ(found.longestStart, std::chrono::milliseconds(200));
+}
+
+void expectSway(const DesktopSource& found) {
+  EXPECT_EQ(found.name, "sway (native apps and X11 apps)");
+  EXPECT_EQ(found.front, FrontRule::settled);
+}
+
+void expectXwayland(const DesktopSource& found) {
+  EXPECT_EQ(found.name, "Xwayland (X11 apps only)");
+  EXPECT_EQ(found.front, FrontRule::settled);
+}
+
+TEST_F(DesktopProbeTest, WithoutAWaylandDisplayItIsX11) {
+  const Compositor sway(path("wayland-1"), path("sway.sock"));
+  expectX11(find("", path("sway.sock")));
+}
+
+TEST_F(DesktopProbeTest, AWaylandDisplayThatIsGoneIsNone) {
+  Compositor sway(path("wayland-1"), path("sway.sock"));
+  sway.kill();
+  expectX11(find("wayland-1", path("sway.sock")));
+  expectX11(find("never-there", ""));
+  expectX11(find(std::string(500, 'x'), std::string(500, 'x')));
+}
+
+TEST_F(DesktopProbeTest, FindsSwayWhereTheEnvironmentSays) {
+  const Compositor sway(path("wayland-1"), path("sway.sock"));
+  const DesktopSource found = find("wayland-1", path("sway.sock"));
+  expectSway(found);
+  EXPECT_TRUE(found.windows->known().empty());
+  expectSway(find(path("wayland-1"), path("sway.sock"))); // a path is as good
+}
+
+TEST_F(DesktopProbeTest, FindsSwayByItsProcess) {
+  const std::string usual = "sway-ipc." + std::to_string(::geteuid()) + ".";
+  // Its number is known once it runs; the socket that it serves gets its name then.
+  const Compositor sway(path("wayland-1"), path("sway.sock"));
+  std::filesystem::rename(path("sway.sock"), path(usual + std::to_string(sway.pid()) + ".sock"));
+  expectSway(find("wayland-1", ""));
+  expectSway(find("wayland-1", path("stale.sock")));
+}
+
+TEST_F(DesktopProbeTest, ASwayThatIsSlowIsSway) {
+  const Compositor sway(path("wayland-1"), path("sway.sock"), Compositor::Kind::silent);
+  expectSway(find("wayland-1", path("sway.sock")));
+}
+
+TEST_F(DesktopProbeTest, TheSwayOfAnotherDesktopIsNotThisOnes) {
+  const Compositor outer(path("wayland-1"), path("sway.sock"));
+  const Compositor inner(path("wayland-2"), path("other.sock"), Compositor::Kind::silent);
+  expectXwayland(find("wayland-2", path("sway.sock")));
+}
+
+TEST_F(DesktopProbeTest, WhatListensUnderItsNameNeedNotBeSway) {
+  const Compositor other(path("wayland-1"), path("sway.sock"), Compositor::Kind::stranger);
+  expectXwayland(find("wayland-1", path("sway.sock")));
+}
+
+TEST_F(DesktopProbeTest, AnotherUsersDesktopIsNone) {
+  if (!test::runsAsRoot()) GTEST_SKIP() << "only root can start one";
+  const Compositor theirs(path("wayland-1"), path("sway.sock"), Compositor::Kind::sway, test::ordinaryUser);
+  expectX11(find("wayland-1", path("sway.sock")));
+  const Compositor ours(path("wayland-2"), path("other.sock"), Compositor::Kind::silent);
+  expectXwayland(find("wayland-2", path("sway.sock")));
+}
+
+TEST_F(DesktopProbeTest, WithoutAnyNameThereIsNoDesktop) {
+  ::unsetenv("DISPLAY");
+  const DesktopSource found = DesktopProbe(m_loop, m_kernel, {}).find();
+  EXPECT_EQ(found.name, "no desktop (nothing is seen)");
+  bool isLost = false;
+  found.windows->start({.changed = [] {}, .lost = [&] { isLost = true; }});
+  EXPECT_TRUE(m_loop.runUntil([&] { return isLost; }, desktop::guardLimit));
+}
+
+} // namespace
+} // namespace vantle
