@@ -390,7 +390,7 @@ TEST_F(SwayWindowsTest, HalfAMessageIsAwaited) {
 }
 
 TEST_F(SwayWindowsTest, WhatNobodyUnderstandsChangesNothing) {
-  connectTo({window(4, m_first.pid())});
+  connectTo({window(4, m_first.pid()), window(5, m_second.pid())});
   const std::string deep(10'000, '[');
   for (const std::string& body :
        {std::string(), std::string("{"), std::string("null"), std::string("[]"),
@@ -399,9 +399,13 @@ TEST_F(SwayWindowsTest, WhatNobodyUnderstandsChangesNothing) {
     m_sway.send(ScriptedSway::workspaceEvent, body);
     m_sway.send(0x80000007, body);
   }
-  m_sway.tell("focus", {.id = 4, .pid = std::to_string(m_first.pid()), .applicationId = "org.example.News"});
-  ASSERT_TRUE(serveUntil([&] { return m_windows->known().at(4).applicationId == "org.example.News"; }));
+  m_sway.windows = {window(5, m_second.pid()), window(4, m_first.pid())};
+  m_sway.tell("focus", window(5, m_second.pid()));
+  ASSERT_TRUE(serveUntil([&] { return m_windows->active() == 5; }));
+  serve();
+  EXPECT_EQ(m_windows->active(), 5U);
   EXPECT_EQ(ownerOf(4), m_first.pid());
+  EXPECT_EQ(ownerOf(5), m_second.pid());
   EXPECT_EQ(m_losses, 0);
 }
 
