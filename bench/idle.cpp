@@ -2,8 +2,10 @@
 // What Vantle costs while nothing happens: how often any of its threads wakes up, and its own memory.
 //
 //   idle [SECONDS]       starts Vantle in a private desktop with two apps that do nothing
+//   idle SECONDS sway    the same on sway, as an ordinary user
 //   idle SECONDS PID     looks at a copy that runs already
 #include "tests/support/Props.h"
+#include "tests/support/SwayDesktop.h"
 #include "tests/support/VirtualDesktop.h"
 
 #include "platform/linux/process/ProcfsProcessTable.h"
@@ -17,6 +19,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <thread>
 
 namespace vantle::bench {
@@ -103,12 +106,22 @@ int measureInPrivateDesktop(int seconds) {
   return measure(vantle.pid(), seconds);
 }
 
+int measureOnSway(int seconds) {
+  desktop::SwayDesktop desktop;
+  for (const char* app : {"first", "second"}) {
+    desktop.waitForWindow(desktop.launch({"foot", "--app-id", app, "sleep", "100000"}).pid());
+  }
+  desktop::Program& vantle = desktop.launch({VANTLE_PROGRAM}, {{"QT_QPA_PLATFORM", "xcb"}});
+  return measure(vantle.pid(), seconds);
+}
+
 } // namespace
 } // namespace vantle::bench
 
 int main(int argc, char** argv) {
   const int seconds = argc > 1 ? std::max(std::atoi(argv[1]), 1) : 60;
   try {
+    if (argc > 2 && std::string_view(argv[2]) == "sway") return vantle::bench::measureOnSway(seconds);
     if (argc > 2) return vantle::bench::measure(std::atoi(argv[2]), seconds);
     return vantle::bench::measureInPrivateDesktop(seconds);
   } catch (const std::exception& error) {
