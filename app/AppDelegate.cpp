@@ -67,6 +67,10 @@ void AppDelegate::showInTray() {
                                                  .quit = [this] { m_panel->quit(); }});
 }
 
+void AppDelegate::leaveViews() {
+  if (m_panel) m_panel->leaveEngine();
+}
+
 void AppDelegate::applicationWillTerminate(const std::function<void()>& stillAtIt) {
   engine().stopBoost();
   letAllComeBack(m_machine.band, stillAtIt);

@@ -26,6 +26,9 @@ class AppDelegate {
   AppDelegate(EventLoop& loop, const Machine& machine) : m_machine(machine), m_desktop(Desktop::make(loop)) {}
 
   void applicationDidFinishLaunching();
+  // Windows are told of nothing any more: their desktop has gone from under them, and the toolkit may be in
+  // the middle of anything.
+  void leaveViews();
   // `stillAtIt` is called about once a second as long as that goes on.
   void applicationWillTerminate(const std::function<void()>& stillAtIt = {});
 

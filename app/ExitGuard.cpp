@@ -4,6 +4,7 @@
 #include "base/Invariant.h"
 
 #include <cstdlib>
+#include <thread>
 #include <utility>
 
 namespace vantle {
@@ -20,17 +21,25 @@ void runPendingDeed() {
   const std::function<void()> deed = std::exchange(pendingDeed(), nullptr);
   if (!deed) return;
   deed();
-  // Nothing else is torn down: what called exit() may be in the middle of anything.
+  // Nothing else is torn down: what ends the program may be in the middle of anything.
   std::_Exit(EXIT_SUCCESS);
 }
 
 } // namespace
 
-ExitGuard::ExitGuard(std::function<void()> lastDeed) {
+ExitGuard::ExitGuard(Platform& platform, std::function<void()> lastDeed, std::function<void()> withoutMain) {
   invariant(!pendingDeed(), "two exit guards");
   pendingDeed() = std::move(lastDeed);
   static const bool registered = std::atexit(runPendingDeed) == 0;
   invariant(registered, "no room for an exit handler");
+  m_abruptEnd = platform.onAbruptEnd([main = std::this_thread::get_id(), other = std::move(withoutMain)] {
+    if (std::this_thread::get_id() == main) {
+      runPendingDeed();
+    } else {
+      other();
+      std::_Exit(EXIT_SUCCESS);
+    }
+  });
 }
 
 ExitGuard::~ExitGuard() { pendingDeed() = nullptr; }

@@ -98,7 +98,13 @@ int VantleApp::run() {
     delegate.applicationWillTerminate(stillAtIt);
     watchdog.putBack();
   });
-  const ExitGuard guard([&] { delegate.applicationWillTerminate(stillAtIt); });
+  const ExitGuard guard(
+      *platform,
+      [&] {
+        delegate.leaveViews();
+        delegate.applicationWillTerminate(stillAtIt);
+      },
+      [&watchdog] { watchdog.putBackWithoutMain(); });
   watchdog.maySlow();
   delegate.applicationDidFinishLaunching();
   // Everything is put back on the way out, as at any other end. A signal that arrives meanwhile is only

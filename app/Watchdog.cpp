@@ -125,6 +125,11 @@ void Watchdog::stillAtIt() {
   m_state->mainThread->wakeWatcher();
 }
 
+void Watchdog::putBackWithoutMain() {
+  const std::lock_guard lock(m_state->mutex);
+  m_state->putBackWithoutMain();
+}
+
 void Watchdog::putBack() { m_state->enter(Phase::ending); }
 
 } // namespace vantle

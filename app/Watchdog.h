@@ -28,6 +28,8 @@ class Watchdog {
   void maySlow();
   // What is put back takes its time, and goes on.
   void stillAtIt();
+  // From another thread than the main one, which runs no further: what is slowed is put back.
+  void putBackWithoutMain();
   // Everything is put back for good. What still wants to end in order has a moment for it.
   void putBack();
 

@@ -56,6 +56,10 @@ void PanelController::close() {
   if (m_window) m_window->dismiss();
 }
 
+void PanelController::leaveEngine() {
+  if (m_window) m_window->model().disappear();
+}
+
 void PanelController::openSettings() {
   close();
   m_openSettings();

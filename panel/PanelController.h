@@ -34,6 +34,9 @@ class PanelController : public KeptWindow {
   void openSettings(); // closes the panel first
   void quit();
 
+  // The panel follows the engine no longer, as at its end.
+  void leaveEngine();
+
   // Null while there is none.
   PanelWindow* window() const { return m_window.get(); }
 

@@ -71,6 +71,11 @@ class Platform {
   // Has them call this on the main loop, also when they have arrived already; ends with what is returned.
   virtual std::unique_ptr<Registration> onAskedToEnd(EventLoop& loop, std::function<void()> handler) = 0;
 
+  // A library may end the program past everything that runs at an orderly exit; the toolkit does when its
+  // Wayland compositor is gone. Calls this before, on the thread that ends it, once, and in no process that
+  // this one has forked; then the program ends with the library's status. As long as the registration lives.
+  [[nodiscard]] virtual std::unique_ptr<Registration> onAbruptEnd(std::function<void()> lastDeed) = 0;
+
   // False when another copy of this user's runs. Otherwise none can, as long as this object is there.
   virtual bool becomeOnlyCopy() = 0;
   // One of the program's folders in which nothing is kept, as it is, or could be, somebody else's.

@@ -2,6 +2,7 @@
 #include "platform/linux/LinuxMachine.h"
 #include "platform/linux/files/LockFolders.h"
 #include "platform/linux/files/XdgFolders.h"
+#include "platform/linux/process/AbruptEnd.h"
 #include "platform/linux/process/LinuxMainThread.h"
 #include "platform/posix/files/OwnFolder.h"
 #include "platform/posix/files/SingleCopyLock.h"
@@ -27,6 +28,10 @@ class LinuxPlatform final : public Platform {
   std::unique_ptr<MainThread> mainThread() override { return std::make_unique<LinuxMainThread>(); }
   std::unique_ptr<Registration> onAskedToEnd(EventLoop& loop, std::function<void()> handler) override {
     return std::make_unique<TerminationSources>(loop, handler);
+  }
+
+  std::unique_ptr<Registration> onAbruptEnd(std::function<void()> lastDeed) override {
+    return beforeAbruptEnd(std::move(lastDeed));
   }
 
   bool becomeOnlyCopy() override {
