@@ -7,6 +7,7 @@
 #include "app/ToolkitGuard.h"
 #include "app/Watchdog.h"
 #include "base/Names.h"
+#include "desktop/Desktop.h"
 #include "desktop/QtEventLoop.h"
 #include "engine/Backgrounder.h"
 #include "platform/Platform.h"
@@ -85,7 +86,9 @@ int VantleApp::run() {
   QGuiApplication::setDesktopFileName(names::identifier);
   QGuiApplication::setApplicationDisplayName(names::display);
   QGuiApplication::setQuitOnLastWindowClosed(false);
+  std::unique_ptr<Registration> toolkitChoice = Desktop::chooseToolkit();
   QGuiApplication application(m_argc, m_argv);
+  toolkitChoice.reset();
   startGuard.reset();
   const auto quit = [] { QCoreApplication::exit(EXIT_SUCCESS); };
   QtEventLoop loop;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "base/Registration.h"
 #include "look/ports/ColorScheme.h"
 #include "look/ports/Heap.h"
 #include "look/ports/IconTheme.h"
@@ -17,6 +18,9 @@ namespace vantle {
 // outlives everything that it has given out.
 class Desktop {
  public:
+  // Has the toolkit use what serves best on this desktop, unless the person has chosen. Before its
+  // application object, which is made as long as the registration lives. Takes a fifth of a second at most.
+  [[nodiscard]] static std::unique_ptr<Registration> chooseToolkit();
   // Needs the toolkit's application object. The loop outlives the desktop.
   static std::unique_ptr<Desktop> make(EventLoop& loop);
   virtual ~Desktop() = default;

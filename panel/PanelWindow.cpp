@@ -36,6 +36,7 @@ PanelWindow::PanelWindow(LookEngine& views, Engine& engine, PanelSurface& surfac
 }
 
 PanelWindow::~PanelWindow() {
+  if (isVisible()) m_surface.hide(*this);
   m_view.reset(); // before the engine that made it
 }
 
@@ -64,20 +65,21 @@ void PanelWindow::open(std::optional<QRect> anchor) {
   m_awaitsFrame = true;
   m_model.appear();
   place();
-  show();
-  raise();
-  requestActivate();
+  m_surface.show(*this);
+  if (!isVisible()) return leave();
   m_view->forceActiveFocus();
-  m_surface.followClicks(*this);
   update();
 }
 
 void PanelWindow::dismiss() {
   if (!isVisible()) return;
-  m_surface.leaveClicks(*this);
+  leave();
+}
+
+void PanelWindow::leave() {
   m_awaitsFrame = false;
   m_model.disappear();
-  hide();
+  m_surface.hide(*this);
   emit dismissed();
 }
 
@@ -118,11 +120,12 @@ void PanelWindow::place() {
   QScreen* screen = screenOfAnchor();
   if (screen == nullptr || !m_view) return; // between two screens; placed when the next one is there
   const QRect available = screen->availableGeometry();
-  m_view->setProperty("maximumHeight", available.height() - 2 * margin);
+  m_view->setProperty("maximumHeight", m_surface.roomOn(*screen).height() - 2 * margin);
   const QSize wanted(static_cast<int>(m_view->implicitWidth()),
                      static_cast<int>(std::ceil(m_view->implicitHeight())));
-  const QRect target = panelPlace(anchorOn(*screen), wanted, screen->geometry(), available);
-  m_surface.place(*this, *screen, target);
+  const QRect anchor = anchorOn(*screen);
+  const QRect target = panelPlace(anchor, wanted, screen->geometry(), available);
+  m_surface.place(*this, *screen, anchor, target);
   m_view->setSize(target.size());
 }
 

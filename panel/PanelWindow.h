@@ -36,6 +36,7 @@ class PanelWindow : public QQuickWindow {
 
  private:
   void makeView();
+  void leave();
   void place();
   QScreen* screenOfAnchor() const;
   QRect anchorOn(const QScreen& screen) const;

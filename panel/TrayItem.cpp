@@ -29,7 +29,7 @@ TrayItem::TrayItem(Engine& engine, PanelController& panel, Tray& tray)
 
 TrayActions TrayItem::actions() {
   return {.clicked =
-              [this](const QRect& place) {
+              [this](std::optional<QRect> place) {
                 m_lastPlace = place;
                 m_panel.toggle(place);
               },

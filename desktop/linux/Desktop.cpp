@@ -7,20 +7,31 @@
 #include "desktop/linux/icons/ThemedIcons.h"
 #include "desktop/linux/scheme/DesktopScheme.h"
 #include "desktop/linux/tray/DesktopTray.h"
+#include "desktop/linux/wayland/LayerShell.h"
+#include "desktop/linux/wayland/ToolkitChoice.h"
 #include "desktop/linux/window/DesktopPanelSurface.h"
+#include "desktop/linux/window/LayerPanelSurface.h"
+
+#include <utility>
 
 namespace vantle {
 namespace {
 
+std::unique_ptr<PanelSurface> makePanelSurface(EventLoop& loop) {
+  if (auto shell = LayerShell::ofToolkit()) return std::make_unique<LayerPanelSurface>(std::move(shell));
+  return std::make_unique<DesktopPanelSurface>(loop);
+}
+
 class FreeDesktop final : public Desktop {
  public:
-  explicit FreeDesktop(EventLoop& loop) : m_tray(loop, m_bus, m_scheme), m_panelSurface(loop) {}
+  explicit FreeDesktop(EventLoop& loop)
+      : m_tray(loop, m_bus, m_scheme), m_panelSurface(makePanelSurface(loop)) {}
 
   ColorScheme& scheme() override { return m_scheme; }
   IconTheme& icons() override { return m_icons; }
   Heap& heap() override { return m_heap; }
   Tray& tray() override { return m_tray; }
-  PanelSurface& panelSurface() override { return m_panelSurface; }
+  PanelSurface& panelSurface() override { return *m_panelSurface; }
   Activation& activation() override { return m_activation; }
 
  private:
@@ -29,11 +40,16 @@ class FreeDesktop final : public Desktop {
   ThemedIcons m_icons;
   GlibcHeap m_heap;
   DesktopTray m_tray;
-  DesktopPanelSurface m_panelSurface;
+  std::unique_ptr<PanelSurface> m_panelSurface;
   BusActivation m_activation{m_bus};
 };
 
 } // namespace
+
+std::unique_ptr<Registration> Desktop::chooseToolkit() {
+  LayerPanelSurface::prepareToolkit();
+  return chooseToolkitPlugin();
+}
 
 std::unique_ptr<Desktop> Desktop::make(EventLoop& loop) { return std::make_unique<FreeDesktop>(loop); }
 

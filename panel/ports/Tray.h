@@ -6,6 +6,7 @@
 #include <QString>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace vantle {
@@ -25,7 +26,8 @@ struct TrayActions {
     std::function<void()> chosen;
   };
 
-  std::function<void(QRect)> clicked; // where the icon is, in device-independent screen coordinates
+  // Where the icon is, in device-independent screen coordinates; absent when the tray does not know.
+  std::function<void(std::optional<QRect>)> clicked;
   std::vector<Entry> menu;
 };
 

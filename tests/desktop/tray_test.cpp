@@ -2,6 +2,7 @@
 // The tray icon and the panel in real trays, clicked with a real pointer.
 #include "desktop/linux/window/Compositing.h"
 #include "platform/shared/PollEventLoop.h"
+#include "tests/desktop/HostedPanel.h"
 #include "tests/support/FakeService.h"
 #include "tests/support/PrivateBus.h"
 #include "tests/support/Props.h"
@@ -10,10 +11,8 @@
 #include "tests/support/XfceTray.h"
 
 #include <csignal>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <memory>
-#include <sstream>
 #include <sys/stat.h>
 
 namespace {
@@ -24,48 +23,14 @@ using namespace vantle::desktop;
 const std::string iconX = std::to_string(XfceTray::iconX); // the older tray puts it at the same place
 const std::string iconY = std::to_string(XfceTray::iconY);
 
-class Tray : public ::testing::Test {
+class Tray : public ::testing::Test, public HostedPanel {
  protected:
   Tray() = default;
   explicit Tray(const VirtualDesktop::Options& options) : desktop(options) {}
 
   VirtualDesktop desktop;
 
-  void startHost() {
-    m_log = desktop.folder().path() / "host.log";
-    m_input = desktop.folder().path() / "host.input";
-    ASSERT_EQ(::mkfifo(m_input.c_str(), 0600), 0);
-    m_host = &desktop.launch({"sh", "-c", "exec \"$0\" >\"$1\" 2>&1 <>\"$2\"", VANTLE_PANEL_HOST,
-                              m_log.string(), m_input.string()},
-                             {{"QT_QPA_PLATFORM", "xcb"}});
-    require("the host", [this] { return countOf("ready") == 1; });
-  }
-
-  // True when it is still taken in, which only the main loop does.
-  bool tells(const std::string& line) {
-    const long before = countOf("done " + line);
-    std::ofstream(m_input) << line << std::endl;
-    return waitUntil([&] { return countOf("done " + line) > before; }, std::chrono::seconds(5));
-  }
-
-  long countOf(const std::string& start) const {
-    std::ifstream log(m_log);
-    long count = 0;
-    for (std::string line; std::getline(log, line);) count += line.starts_with(start) ? 1 : 0;
-    return count;
-  }
-
-  // The panel's rectangle when it was last opened or moved.
-  std::vector<int> lastPlace() const {
-    std::ifstream log(m_log);
-    std::vector<int> place;
-    for (std::string line; std::getline(log, line);) {
-      if (!line.starts_with("opened ") && !line.starts_with("moved ")) continue;
-      std::istringstream words(line.substr(line.find(' ')));
-      place.assign(std::istream_iterator<int>(words), {});
-    }
-    return place;
-  }
+  void startHost() { HostedPanel::startHost(desktop, {{"QT_QPA_PLATFORM", "xcb"}}); }
 
   void click(const std::string& x, const std::string& y) {
     ASSERT_TRUE(desktop.run({"xdotool", "mousemove", x, y, "click", "1"}));
@@ -78,10 +43,6 @@ class Tray : public ::testing::Test {
       return waitUntil([&] { return countOf("opened ") > before; }, std::chrono::milliseconds(1500));
     });
   }
-
-  std::filesystem::path m_log;
-  std::filesystem::path m_input;
-  Program* m_host = nullptr;
 };
 
 TEST_F(Tray, AClickInXfceOpensThePanelUnderItAndClosesIt) {

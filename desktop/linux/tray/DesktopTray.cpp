@@ -6,22 +6,27 @@
 #include "desktop/linux/tray/TrayScheme.h"
 #include "desktop/linux/tray/XEmbedIcon.h"
 
+#include <QGuiApplication>
 #include <optional>
 #include <utility>
 
 namespace vantle {
 namespace {
 
+// Bars that are windows of Wayland do not know where they are, and then say so in this way.
+std::optional<QRect> iconAt(QPoint point) {
+  if (point.isNull() && QGuiApplication::platformName() != QLatin1String("xcb")) return std::nullopt;
+  return fromNative({point, QSize(1, 1)});
+}
+
 class DesktopTrayIcon final : public TrayIcon {
  public:
   DesktopTrayIcon(EventLoop& loop, SessionBus& bus, ColorScheme& scheme, TrayActions actions)
       : m_loop(loop), m_clicked(std::move(actions.clicked)), m_scheme(bus, scheme),
-        m_isOnDark(m_scheme.isDark()), m_notifierItem(
-                                           bus, std::move(actions.menu),
-                                           [this](QPoint point) {
-                                             m_clicked(fromNative({point, QSize(1, 1)}));
-                                           },
-                                           [this](bool shown) { useEmbedding(!shown); }) {
+        m_isOnDark(m_scheme.isDark()),
+        m_notifierItem(
+            bus, std::move(actions.menu), [this](QPoint point) { m_clicked(iconAt(point)); },
+            [this](bool shown) { useEmbedding(!shown); }) {
     QObject::connect(&m_scheme, &TrayScheme::changed, &m_scheme, [this] { followScheme(); });
   }
 
@@ -47,7 +52,7 @@ class DesktopTrayIcon final : public TrayIcon {
   }
 
   EventLoop& m_loop;
-  std::function<void(QRect)> m_clicked;
+  std::function<void(std::optional<QRect>)> m_clicked;
   TrayScheme m_scheme;
   bool m_isOnDark;
   TrayFace m_face;

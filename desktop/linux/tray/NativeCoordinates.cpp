@@ -6,8 +6,10 @@
 
 namespace vantle {
 
-// A screen keeps the place of its corner; what is within it is scaled.
+// Under X11 a screen keeps the place of its corner, and what is within it is scaled. On Wayland trays speak
+// of the desktop's own points, as the toolkit does.
 QRect fromNative(const QRect& native) {
+  if (QGuiApplication::platformName() != QLatin1String("xcb")) return native;
   for (const QScreen* screen : QGuiApplication::screens()) {
     const qreal ratio = screen->devicePixelRatio();
     const QRect geometry = screen->geometry();

@@ -4,6 +4,7 @@
 #include "desktop/linux/window/Compositing.h"
 
 #include <QGuiApplication>
+#include <QScreen>
 
 namespace vantle {
 namespace {
@@ -23,20 +24,27 @@ DesktopPanelSurface::DesktopPanelSurface(EventLoop& loop) : m_loop(loop) {
 // Wayland always composes, and pictures keep their corners.
 bool DesktopPanelSurface::isTranslucent() { return !isOnX11() || screenIsComposited(m_loop); }
 
-void DesktopPanelSurface::place(QWindow& window, QScreen& screen, const QRect& place) {
+QSize DesktopPanelSurface::roomOn(QScreen& screen) { return screen.availableSize(); }
+
+void DesktopPanelSurface::place(QWindow& window, QScreen& screen, const QRect& /*anchor*/,
+                                const QRect& place) {
   window.setScreen(&screen);
   window.setGeometry(place);
 }
 
-void DesktopPanelSurface::followClicks(QWindow& window) {
+void DesktopPanelSurface::show(QWindow& window) {
+  window.show();
+  window.raise();
+  window.requestActivate();
   m_grabbing = &window;
   m_grabAttempts = 0;
   if (isOnX11()) m_grabRetry.start();
 }
 
-void DesktopPanelSurface::leaveClicks(QWindow& window) {
+void DesktopPanelSurface::hide(QWindow& window) {
   m_grabRetry.stop();
   window.setMouseGrabEnabled(false);
+  window.hide();
 }
 
 // A click in a bar or on the empty desktop moves no keyboard focus, so the pointer's grab tells of it. While

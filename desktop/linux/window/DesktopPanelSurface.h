@@ -17,9 +17,10 @@ class DesktopPanelSurface final : public PanelSurface {
   explicit DesktopPanelSurface(EventLoop& loop); // which outlives it
 
   bool isTranslucent() override;
-  void place(QWindow& window, QScreen& screen, const QRect& place) override;
-  void followClicks(QWindow& window) override;
-  void leaveClicks(QWindow& window) override;
+  QSize roomOn(QScreen& screen) override;
+  void place(QWindow& window, QScreen& screen, const QRect& anchor, const QRect& place) override;
+  void show(QWindow& window) override;
+  void hide(QWindow& window) override;
 
  private:
   void grabPointer();

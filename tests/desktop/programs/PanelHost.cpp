@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The tray icon and the panel, as the shell has them, over a simulated desktop. Says on its output what
-// happens ("opened X Y WIDTH HEIGHT", "moved X Y WIDTH HEIGHT", "closed", "discarded", "settings", "quit"),
-// and does what it is told on its input ("boost", "stop"), saying "done" with it afterwards.
+// happens ("ready PLUGIN" with the toolkit's plugin, "opened X Y WIDTH HEIGHT", "moved X Y WIDTH HEIGHT",
+// "closed", "discarded", "settings", "quit"), and does what it is told on its input ("boost", "stop"), saying
+// "done" with it afterwards.
 #include "desktop/Desktop.h"
 #include "desktop/QtEventLoop.h"
 #include "engine/Engine.h"
@@ -36,7 +37,9 @@ std::string numbers(const QRect& rect) {
 
 int main(int argc, char** argv) {
   QGuiApplication::setQuitOnLastWindowClosed(false);
+  std::unique_ptr<Registration> toolkitChoice = Desktop::chooseToolkit();
   QGuiApplication application(argc, argv);
+  toolkitChoice.reset();
   SimulatedMachine machine;
   AppSettings settings(machine.defaults);
   QtEventLoop loop;
@@ -76,6 +79,6 @@ int main(int argc, char** argv) {
     if (line == "stop") engine.stopBoost();
     say("done " + line);
   });
-  say("ready");
+  say("ready " + QGuiApplication::platformName().toStdString());
   return QGuiApplication::exec();
 }

@@ -20,12 +20,13 @@ namespace vantle {
 class PlainSurface final : public PanelSurface {
  public:
   bool isTranslucent() override { return true; }
-  void place(QWindow& window, QScreen& screen, const QRect& place) override {
+  QSize roomOn(QScreen& screen) override { return screen.availableSize(); }
+  void place(QWindow& window, QScreen& screen, const QRect& /*anchor*/, const QRect& place) override {
     window.setScreen(&screen);
     window.setGeometry(place);
   }
-  void followClicks(QWindow&) override {}
-  void leaveClicks(QWindow&) override {}
+  void show(QWindow& window) override { window.show(); }
+  void hide(QWindow& window) override { window.hide(); }
 };
 
 // A simulated desktop with an engine and a panel on it.
