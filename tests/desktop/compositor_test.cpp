@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: MIT
+// The program itself on a Wayland desktop whose compositor is killed: nothing stays slowed.
+#include "tests/support/KernelState.h"
+#include "tests/support/Picture.h"
+#include "tests/support/Props.h"
+#include "tests/support/SwayDesktop.h"
+
+#include <array>
+#include <csignal>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <string>
+#include <vector>
+
+namespace vantle::desktop {
+namespace {
+
+constexpr int apps = 10;
+
+enum class Panel { neverOpened, open, closedAgain };
+
+class KilledCompositor : public testing::TestWithParam<Panel> {
+ protected:
+  KilledCompositor() {
+    m_desktop.installDesktopFile("org.example.Game",
+                                 "[Desktop Entry]\nType=Application\nExec=true\nCategories=Game;\nName=Game\n"
+                                 "StartupWMClass=Game\n");
+  }
+
+  Program& app(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), {testWindow(), "--outlive-display"});
+    Program& program = m_desktop.launch(std::move(arguments));
+    m_desktop.waitForWindow(program.pid());
+    return program;
+  }
+
+  // As an app menu does.
+  void openPanel() {
+    const Picture before = picture();
+    ASSERT_TRUE(
+        m_desktop.run({"gdbus", "call", "--session", "--dest", "com.halvo.vantle", "--object-path",
+                       "/com/halvo/vantle", "--method", "org.freedesktop.Application.Activate", "{}"}));
+    ASSERT_TRUE(waitUntil([&] { return changedArea(before, picture()).width() > 1; }));
+  }
+  void closePanel() {
+    const Picture before = picture();
+    ASSERT_TRUE(waitUntil([&] {
+      m_desktop.run({"wtype", "-k", "Escape"});
+      return changedArea(before, picture()).width() > 1;
+    }));
+  }
+  Picture picture() {
+    const auto file = m_desktop.folder().path() / "tmp/picture.ppm";
+    require("a picture", [&] { return m_desktop.run({"grim", "-t", "ppm", file.string()}); });
+    return Picture(file);
+  }
+
+  std::string journal() const {
+    std::ifstream file(m_desktop.dataHome() / "Vantle/journal.json");
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+
+  SwayDesktop m_desktop;
+};
+
+TEST_P(KilledCompositor, LeavesNothingSlowed) {
+  std::vector<Program*> others;
+  for (int number = 0; number < apps; ++number) {
+    others.push_back(&app({"--title", std::to_string(number), "--threads", std::to_string(number % 3)}));
+  }
+  Program& game = app({"--class", "Game"});
+  m_desktop.launch({"wtype", "-s", "100000000"}); // a keyboard that stays
+  const MachineState before = machineState(m_desktop.user());
+  Program& vantle = m_desktop.launch({VANTLE_PROGRAM});
+  m_desktop.waitForBusName("com.halvo.vantle");
+  m_desktop.focus(game);
+  for (const Program* other : others) {
+    ASSERT_TRUE(waitUntil([&] { return isSlowed(other->pid()); })) << other->pid();
+  }
+  if (GetParam() != Panel::neverOpened) openPanel();
+  if (GetParam() == Panel::closedAgain) closePanel();
+  ASSERT_TRUE(isSlowed(others.front()->pid()));
+
+  m_desktop.compositor().signal(SIGKILL);
+  EXPECT_TRUE(waitUntil([&] { return changesSince(before, m_desktop.user()).empty(); }))
+      << changesSince(before, m_desktop.user());
+  EXPECT_EQ(vantle.exitStatus(), 0);
+  EXPECT_EQ(journal(), "[]");
+  for (Program* other : others) EXPECT_TRUE(other->isRunning());
+}
+
+std::string nameOf(const testing::TestParamInfo<Panel>& test) {
+  constexpr std::array names{"PanelNeverOpened", "PanelOpen", "PanelClosedAgain"};
+  return names.at(static_cast<std::size_t>(test.param));
+}
+
+INSTANTIATE_TEST_SUITE_P(, KilledCompositor,
+                         testing::Values(Panel::neverOpened, Panel::open, Panel::closedAgain), nameOf);
+
+} // namespace
+} // namespace vantle::desktop
