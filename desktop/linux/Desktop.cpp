@@ -46,10 +46,7 @@ class FreeDesktop final : public Desktop {
 
 } // namespace
 
-std::unique_ptr<Registration> Desktop::chooseToolkit() {
-  LayerPanelSurface::prepareToolkit();
-  return chooseToolkitPlugin();
-}
+std::unique_ptr<Registration> Desktop::chooseToolkit() { return chooseToolkitPlugin(); }
 
 std::unique_ptr<Desktop> Desktop::make(EventLoop& loop) { return std::make_unique<FreeDesktop>(loop); }
 

@@ -159,6 +159,17 @@ TEST_F(LayerPanel, FromAMenuIsInTheCornerWhereTraysAre) {
   EXPECT_EQ(area.width(), panelWidth);
 }
 
+// The toolkit would ask it about frames of windows, for 10 MB.
+TEST_F(LayerPanel, AsksNoGraphicsDriver) {
+  startDesktop({});
+  startHost();
+  ASSERT_TRUE(openByMenu());
+  std::ifstream maps("/proc/" + std::to_string(m_host->pid()) + "/maps");
+  const std::string libraries{std::istreambuf_iterator<char>(maps), {}};
+  EXPECT_NE(libraries.find("libQt6WaylandClient"), std::string::npos);
+  EXPECT_EQ(libraries.find("wayland-graphics-integration-client"), std::string::npos);
+}
+
 TEST_F(LayerPanel, TakesClicksAndGoesAtOneAnywhereElse) {
   startDesktop(bar("bottom"));
   Program& terminal = m_desktop->launch({"foot"});

@@ -80,14 +80,28 @@ class Choice final : public Registration {
   Choice& operator=(const Choice&) = delete;
 };
 
+// Heeded whenever a window is shown, and so left in the environment. The first has the toolkit give a window
+// that asks for it no role. The second keeps it from asking the graphics driver whether it could draw frames,
+// which costs 10 MB: compositors with a layer shell draw them themselves.
+void prepareForLayers() {
+  qputenv("QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT", "1");
+  qputenv("QT_WAYLAND_DISABLE_WINDOWDECORATION", "1");
+}
+
 } // namespace
 
 // Where windows can choose no place the X server behind most compositors still lets them. The second of each
 // is for a machine on which the first is not installed.
 std::unique_ptr<Registration> chooseToolkitPlugin() {
-  if (!qEnvironmentVariableIsSet("WAYLAND_DISPLAY") || qEnvironmentVariableIsSet(pluginVariable)) return {};
-  if (!qEnvironmentVariableIsSet("DISPLAY")) return std::make_unique<Choice>("wayland");
-  return std::make_unique<Choice>(hasLayerShell() ? "wayland;xcb" : "xcb;wayland");
+  const QByteArray chosen = qgetenv(pluginVariable);
+  if (!qEnvironmentVariableIsSet("WAYLAND_DISPLAY")) return {};
+  if (!chosen.isEmpty() && !chosen.startsWith("wayland")) return {};
+  const bool hasLayers = hasLayerShell();
+  if (hasLayers) prepareForLayers();
+  if (!chosen.isEmpty()) return {};
+  const bool hasXServer = !qEnvironmentVariableIsEmpty("DISPLAY");
+  if (!hasXServer) return std::make_unique<Choice>("wayland");
+  return std::make_unique<Choice>(hasLayers ? "wayland;xcb" : "xcb;wayland");
 }
 
 } // namespace vantle

@@ -28,8 +28,6 @@ LayerPanelSurface::LayerPanelSurface(std::unique_ptr<LayerShell> shell) : m_shel
 
 LayerPanelSurface::~LayerPanelSurface() { QObject::disconnect(m_newScreens); }
 
-void LayerPanelSurface::prepareToolkit() { qputenv("QT_WAYLAND_USE_BYPASSWINDOWMANAGERHINT", "1"); }
-
 QSize LayerPanelSurface::roomOn(QScreen& screen) {
   if (m_screen != &screen || m_room.isEmpty()) {
     m_screen = &screen;

@@ -15,17 +15,14 @@
 namespace vantle {
 
 // The panel as a layer at the edge of the screen, where windows cannot choose their place. The toolkit draws
-// it and hears its keys and clicks, but gives its surface no role (Qt::BypassWindowManagerHint); that is done
-// here.
+// it and hears its keys and clicks, but gives its surface no role (Qt::BypassWindowManagerHint, which the
+// choice of the toolkit's plugin has it heed); that is done here.
 class LayerPanelSurface final : public PanelSurface {
  public:
   explicit LayerPanelSurface(std::unique_ptr<LayerShell> shell);
   ~LayerPanelSurface() override;
   LayerPanelSurface(const LayerPanelSurface&) = delete;
   LayerPanelSurface& operator=(const LayerPanelSurface&) = delete;
-
-  // Has the toolkit heed that flag. Before its application object.
-  static void prepareToolkit();
 
   bool isTranslucent() override { return true; } // Wayland always composes
   QSize roomOn(QScreen& screen) override;
