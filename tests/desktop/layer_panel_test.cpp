@@ -247,6 +247,16 @@ TEST_F(LayerPanel, OpensOnTheScreenOfTheIconAndGoesAtAClickOnAnother) {
   EXPECT_TRUE(clickUntilClosed(screenWidth + 400, 300));
 }
 
+TEST_F(LayerPanel, GoesWithItsScreen) {
+  startDesktop("output HEADLESS-1 position 0 0\noutput HEADLESS-2 position 1280 0\n" + bar("bottom"), 2);
+  startHost();
+  ASSERT_TRUE(clickUntilOpened(screenWidth + iconX, bottomIconY));
+  if (!m_desktop->command("output HEADLESS-2 unplug")) GTEST_SKIP() << "this sway keeps its screens";
+  EXPECT_TRUE(waitUntil([this] { return countOf("closed") == 1; }));
+  EXPECT_TRUE(openByMenu());
+  EXPECT_TRUE(m_host->isRunning());
+}
+
 // Nothing can be shown then; the program goes on with everything else.
 TEST_F(LayerPanel, WaitsForNoCompositorThatHangs) {
   startDesktop({});

@@ -40,8 +40,6 @@ class LayerShell {
 
   // Belongs to the queue. Null is the screen that the compositor chooses.
   zwlr_layer_surface_v1* addLayer(wl_surface* surface, QScreen* screen, std::uint32_t layer) const;
-  // Whether the toolkit's connection can still be used.
-  bool isAlive() const { return wl_display_get_error(m_display) == 0; }
   void flush() const { wl_display_flush(m_display); }
 
   // What a person does with this program's surfaces, the toolkit's included; null is none of them.
