@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// The program itself on a Wayland desktop whose compositor is killed: nothing stays slowed.
+// The program itself on a Wayland desktop: nothing stays slowed when its compositor is killed, and its window
+// comes to the front.
 #include "tests/support/KernelState.h"
 #include "tests/support/Picture.h"
 #include "tests/support/Props.h"
@@ -7,6 +8,7 @@
 
 #include <array>
 #include <csignal>
+#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
@@ -97,6 +99,46 @@ std::string nameOf(const testing::TestParamInfo<Panel>& test) {
 
 INSTANTIATE_TEST_SUITE_P(, KilledCompositor,
                          testing::Values(Panel::neverOpened, Panel::open, Panel::closedAgain), nameOf);
+
+class SettingsOnWayland : public testing::Test {
+ protected:
+  SettingsOnWayland() {
+    m_vantle = &m_desktop.launch({"sh", "-c", "exec \"$0\" 2>\"$1\"", VANTLE_PROGRAM, m_log.string()},
+                                 {{"WAYLAND_DEBUG", "client"}});
+    m_desktop.waitForBusName("com.halvo.vantle");
+  }
+
+  // As a launcher does.
+  void openSettings(const std::string& token) {
+    ASSERT_TRUE(m_desktop.run({"gdbus", "call", "--session", "--dest", "com.halvo.vantle", "--object-path",
+                               "/com/halvo/vantle", "--method", "org.freedesktop.Application.ActivateAction",
+                               "settings", "[]", "{'activation-token': <'" + token + "'>}"}));
+    m_desktop.waitForWindow(m_vantle->pid());
+  }
+  bool isSaid(const std::string& text) const {
+    std::ifstream file(m_log);
+    return std::string(std::istreambuf_iterator<char>(file), {}).find(text) != std::string::npos;
+  }
+
+  SwayDesktop m_desktop;
+  std::filesystem::path m_log = m_desktop.logs() / "vantle.errors";
+  Program* m_vantle = nullptr;
+};
+
+TEST_F(SettingsOnWayland, ComeToTheFrontWithTheTokenOfTheLauncher) {
+  openSettings("of-the-launcher");
+  EXPECT_TRUE(waitUntil([this] { return isSaid(".activate(\"of-the-launcher\", "); }));
+  EXPECT_EQ(m_desktop.waitForWindow(m_vantle->pid()).applicationId, "com.halvo.vantle");
+}
+
+// A message that is too long would end the connection.
+TEST_F(SettingsOnWayland, TakeNoTokenThatNoDesktopMakes) {
+  openSettings(std::string(5'000, 'x'));
+  openSettings("short");
+  EXPECT_TRUE(waitUntil([this] { return isSaid(".activate(\"short\", "); }));
+  EXPECT_FALSE(isSaid("xxxxx"));
+  EXPECT_TRUE(m_vantle->isRunning());
+}
 
 } // namespace
 } // namespace vantle::desktop

@@ -159,6 +159,23 @@ TEST_F(LayerPanel, FromAMenuIsInTheCornerWhereTraysAre) {
   EXPECT_EQ(area.width(), panelWidth);
 }
 
+TEST_F(LayerPanel, HasAnIconThatCanBeReadOnTheBlackBar) {
+  startDesktop(bar("bottom"));
+  startHost();
+  const auto isLight = [](std::uint32_t pixel) {
+    return (pixel & 0xffU) > 0xc0 && (pixel >> 8U & 0xffU) > 0xc0 && pixel >> 16U > 0xc0;
+  };
+  EXPECT_TRUE(waitUntil([&] {
+    const Picture now = picture();
+    for (int y = screenHeight - barHeight; y < screenHeight; ++y) {
+      for (int x = screenWidth - barHeight; x < screenWidth; ++x) {
+        if (isLight(now.pixel(x, y))) return true;
+      }
+    }
+    return false;
+  }));
+}
+
 // The toolkit would ask it about frames of windows, for 10 MB.
 TEST_F(LayerPanel, AsksNoGraphicsDriver) {
   startDesktop({});

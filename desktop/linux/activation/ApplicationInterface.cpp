@@ -27,7 +27,7 @@ ApplicationInterface::ApplicationInterface(SessionBus& bus, Activation::Actions 
     m_sinceShown.start();
     m_actions.show();
   });
-  connect(&m_openSettings, &QTimer::timeout, this, [this] { m_actions.settings(); });
+  connect(&m_openSettings, &QTimer::timeout, this, [this] { m_token.during(m_actions.settings); });
   connect(&m_quit, &QTimer::timeout, this, [this] { m_actions.quit(); });
   connect(&m_bus, &SessionBus::opened, this, &ApplicationInterface::enterBus);
   if (m_bus.isConnected()) enterBus();
@@ -49,8 +49,12 @@ void ApplicationInterface::Open(const QStringList&, const QVariantMap& platformD
   Activate(platformData);
 }
 
-void ApplicationInterface::ActivateAction(const QString& name, const QVariantList&, const QVariantMap&) {
-  if (name == QLatin1String("settings")) runSoon(m_openSettings);
+void ApplicationInterface::ActivateAction(const QString& name, const QVariantList&,
+                                          const QVariantMap& platformData) {
+  if (name == QLatin1String("settings")) {
+    m_token.give(platformData.value(QStringLiteral("activation-token")).toString());
+    runSoon(m_openSettings);
+  }
   if (name == QLatin1String("quit")) runSoon(m_quit);
 }
 

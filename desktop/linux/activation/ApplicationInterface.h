@@ -2,6 +2,7 @@
 #pragma once
 
 #include "desktop/linux/SessionBus.h"
+#include "desktop/linux/activation/HandedToken.h"
 #include "panel/ports/Activation.h"
 
 #include <QElapsedTimer>
@@ -35,6 +36,7 @@ class ApplicationInterface : public QObject, public Registration {
   QTimer m_show;
   QElapsedTimer m_sinceShown;
   QTimer m_openSettings;
+  HandedToken m_token; // for the settings
   QTimer m_quit;
 };
 

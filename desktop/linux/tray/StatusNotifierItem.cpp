@@ -38,11 +38,12 @@ QDBusMessage watcherCall(const QString& interface, const QString& method) {
 StatusNotifierItem::StatusNotifierItem(SessionBus& bus, std::vector<TrayActions::Entry> menu,
                                        std::function<void(QPoint)> onActivate,
                                        std::function<void(bool)> onPresence)
-    : m_bus(bus), m_menu(std::move(menu)), m_onActivate(std::move(onActivate)),
+    : m_bus(bus), m_menu(withToken(std::move(menu))), m_onActivate(std::move(onActivate)),
       m_onPresence(std::move(onPresence)) {
   registerTrayTypes();
   m_activation.setSingleShot(true);
-  connect(&m_activation, &QTimer::timeout, this, [this] { m_onActivate(m_activatedAt); });
+  connect(&m_activation, &QTimer::timeout, this,
+          [this] { m_token.during([this] { m_onActivate(m_activatedAt); }); });
   m_watcher.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
   m_watcher.addWatchedService(watcherService);
   connect(&m_watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
@@ -60,6 +61,14 @@ StatusNotifierItem::StatusNotifierItem(SessionBus& bus, std::vector<TrayActions:
   } else {
     m_onPresence(false);
   }
+}
+
+std::vector<TrayActions::Entry> StatusNotifierItem::withToken(std::vector<TrayActions::Entry> menu) {
+  for (TrayActions::Entry& entry : menu) {
+    if (!entry.chosen) continue;
+    entry.chosen = [this, chosen = std::move(entry.chosen)] { m_token.during(chosen); };
+  }
+  return menu;
 }
 
 void StatusNotifierItem::enterBus() {
@@ -135,5 +144,7 @@ void StatusNotifierItem::SecondaryActivate(int x, int y) { activateSoon({x, y});
 void StatusNotifierItem::ContextMenu(int x, int y) { activateSoon({x, y}); }
 
 void StatusNotifierItem::Scroll(int, const QString&) {}
+
+void StatusNotifierItem::ProvideXdgActivationToken(const QString& token) { m_token.give(token); }
 
 } // namespace vantle

@@ -3,6 +3,7 @@
 
 #include "base/Names.h"
 #include "desktop/linux/SessionBus.h"
+#include "desktop/linux/activation/HandedToken.h"
 #include "desktop/linux/tray/TrayMenu.h"
 #include "panel/ports/Tray.h"
 
@@ -54,6 +55,7 @@ class StatusNotifierItem : public QObject {
   void SecondaryActivate(int x, int y);
   void ContextMenu(int x, int y); // the tray shows the menu itself; this is for trays that cannot
   void Scroll(int delta, const QString& orientation);
+  void ProvideXdgActivationToken(const QString& token); // before one of the above, or a click in the menu
 
  signals:
   void NewIcon();
@@ -66,12 +68,14 @@ class StatusNotifierItem : public QObject {
 
  private:
   void enterBus();
+  std::vector<TrayActions::Entry> withToken(std::vector<TrayActions::Entry> menu);
   void activateSoon(QPoint point);
   void announce();
   void askForHost();
 
   SessionBus& m_bus;
   QDBusServiceWatcher m_watcher;
+  HandedToken m_token;
   TrayMenu m_menu;
   std::function<void(QPoint)> m_onActivate;
   std::function<void(bool)> m_onPresence;

@@ -14,8 +14,12 @@ const auto xfconfPath = QStringLiteral("/org/xfce/Xfconf");
 const auto panelChannel = QStringLiteral("xfce4-panel");
 const auto darkMode = QStringLiteral("/panels/dark-mode");
 
-// GNOME's top bar is dark whatever the apps are.
-bool isGnome() { return qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(u':').contains("GNOME"); }
+// GNOME's top bar is dark whatever the apps are, and sway's is black. Started from a console, sway has no
+// name in the environment.
+bool hasDarkBar() {
+  const QStringList names = qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(u':');
+  return names.contains("GNOME") || names.contains("sway") || qEnvironmentVariableIsSet("SWAYSOCK");
+}
 
 } // namespace
 
@@ -33,7 +37,7 @@ void TrayScheme::followXfcePanel() {
 
 bool TrayScheme::isDark() const {
   if (m_xfceDark) return *m_xfceDark;
-  return isGnome() || m_desktop.isDark();
+  return hasDarkBar() || m_desktop.isDark();
 }
 
 void TrayScheme::askXfcePanel() {
