@@ -1,15 +1,17 @@
 // SPDX-License-Identifier: MIT
 // What the panel costs in the program itself: own memory (anonymous and swapped) never opened, open and
 // closed again; the time from the wish, over the bus, to its picture on the screen; and how often any thread
-// wakes up while it is open and nothing changes. Medians of rounds with a fresh program each.
+// wakes up before it is opened, and while it is open and nothing changes. Medians of rounds with a fresh
+// program each.
 //
-//   panel [ROUNDS]
+//   panel [ROUNDS [x11|sway]]
 #include "bench/support/Series.h"
 #include "bench/support/ShellUnderTest.h"
 
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -29,17 +31,23 @@ struct Figures {
   std::vector<double> again;
   std::vector<double> anew; // the memory had been given back
   std::vector<double> wakeUps;
+  std::vector<double> wakeUpsNever;
 };
 
-void measureOnce(Figures& figures) {
-  ShellUnderTest shell(VANTLE_PROGRAM);
+double wakeUpsOf(const ShellUnderTest& shell) {
+  const long before = shell.wakeUps();
+  std::this_thread::sleep_for(watched);
+  return static_cast<double>(shell.wakeUps() - before);
+}
+
+void measureOnce(Figures& figures, const std::string& desktop) {
+  ShellUnderTest shell(VANTLE_PROGRAM, BareDesktop::make(desktop));
   figures.never.push_back(shell.ownMegabytes());
+  figures.wakeUpsNever.push_back(wakeUpsOf(shell));
   figures.first.push_back(shell.openPanel().count());
   shell.comeToRest();
   figures.open.push_back(shell.ownMegabytes());
-  const long before = shell.wakeUps();
-  std::this_thread::sleep_for(watched);
-  figures.wakeUps.push_back(static_cast<double>(shell.wakeUps() - before));
+  figures.wakeUps.push_back(wakeUpsOf(shell));
   for (int i = 0; i < reopenings; ++i) {
     shell.closePanel();
     figures.again.push_back(shell.openPanel().count());
@@ -57,12 +65,12 @@ void measureOnce(Figures& figures) {
 
 void print(const char* what, const std::vector<double>& values, const char* unit) {
   const auto [least, most] = std::minmax_element(values.begin(), values.end());
-  std::printf("%-28s %6.1f %s   (%.1f to %.1f)\n", what, median(values), unit, *least, *most);
+  std::printf("%-29s %6.1f %s   (%.1f to %.1f)\n", what, median(values), unit, *least, *most);
 }
 
-int run(int rounds) {
+int run(int rounds, const std::string& desktop) {
   Figures figures;
-  for (int round = 0; round < rounds; ++round) measureOnce(figures);
+  for (int round = 0; round < rounds; ++round) measureOnce(figures, desktop);
   std::printf("medians of %d rounds, the program itself\n", rounds);
   print("own memory, never opened", figures.never, "MB");
   print("own memory, open", figures.open, "MB");
@@ -71,6 +79,7 @@ int run(int rounds) {
   print("first opening", figures.first, "ms");
   print("opening again", figures.again, "ms");
   print("opening after a release", figures.anew, "ms");
+  print("wake-ups in 20 s never opened", figures.wakeUpsNever, "");
   print("wake-ups in 20 s open", figures.wakeUps, "");
   return 0;
 }

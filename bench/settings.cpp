@@ -3,11 +3,12 @@
 // pane looked at, and after it was closed; and the time from the wish, over the bus, to its picture on the
 // screen. Medians of rounds with a fresh program each.
 //
-//   settings [ROUNDS]
+//   settings [ROUNDS [x11|sway]]
 #include "bench/support/Series.h"
 #include "bench/support/ShellUnderTest.h"
 
 #include <cstdio>
+#include <string>
 #include <vector>
 
 namespace vantle::bench {
@@ -21,8 +22,8 @@ struct Figures {
   std::vector<double> again;
 };
 
-void measureOnce(Figures& figures) {
-  ShellUnderTest shell(VANTLE_PROGRAM);
+void measureOnce(Figures& figures, const std::string& desktop) {
+  ShellUnderTest shell(VANTLE_PROGRAM, BareDesktop::make(desktop));
   figures.before.push_back(shell.ownMegabytes());
   figures.first.push_back(shell.openSettings().count());
   shell.comeToRest();
@@ -37,9 +38,9 @@ void measureOnce(Figures& figures) {
   figures.closed.push_back(shell.ownMegabytes());
 }
 
-int run(int rounds) {
+int run(int rounds, const std::string& desktop) {
   Figures figures;
-  for (int round = 0; round < rounds; ++round) measureOnce(figures);
+  for (int round = 0; round < rounds; ++round) measureOnce(figures, desktop);
   const double before = median(figures.before);
   std::printf("medians of %d rounds, the program itself\n", rounds);
   std::printf("own memory, never opened   %6.2f MB\n", before);

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include "bench/support/ShellUnderTest.h"
-#include "tests/support/Props.h"
 
 #include "platform/linux/process/ProcfsProcessTable.h"
 
@@ -10,8 +9,10 @@
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <span>
 #include <stdexcept>
 #include <thread>
+#include <utility>
 
 namespace vantle::bench {
 
@@ -32,26 +33,26 @@ constexpr std::chrono::milliseconds betweenWishes{500};
 
 } // namespace
 
-int runRounds(int argc, char** argv, int (*run)(int rounds)) {
+int runRounds(int argc, char** argv, int (*run)(int rounds, const std::string& desktop)) {
+  const std::span<char*> arguments(argv, static_cast<std::size_t>(argc));
   try {
-    return run(argc > 1 ? std::max(std::atoi(argv[1]), 1) : 5);
+    return run(arguments.size() > 1 ? std::max(std::atoi(arguments[1]), 1) : 5,
+               arguments.size() > 2 ? arguments[2] : "x11");
   } catch (const std::exception& error) {
     std::fprintf(stderr, "%s\n", error.what());
     return 1;
   }
 }
 
-ShellUnderTest::ShellUnderTest(const std::string& program) {
-  for (int app = 0; app < 3; ++app) {
-    const desktop::Program& window = m_desktop.launch({desktop::testWindow()});
-    m_desktop.windows().minimise(m_desktop.waitForWindow(window.pid()).id); // the desktop stays bare
-  }
+ShellUnderTest::ShellUnderTest(const std::string& program, std::unique_ptr<BareDesktop> desktop)
+    : m_desktop(std::move(desktop)) {
+  if (!m_desktop) throw std::runtime_error("the desktop is x11 or sway");
   require("a bare desktop", [this] { return pixel({panelX, panelY}) == pixel({settingsX, settingsY}); });
   m_bare = pixel({panelX, panelY});
 
-  m_vantle = &m_desktop.launch({program}, {{"QT_QPA_PLATFORM", "xcb"}});
-  m_desktop.waitForBusName("com.halvo.vantle");
-  if (sd_bus_new(&m_bus) < 0 || sd_bus_set_address(m_bus, m_desktop.busAddress().c_str()) < 0 ||
+  m_vantle = &m_desktop->session().launch({program});
+  m_desktop->session().waitForBusName("com.halvo.vantle");
+  if (sd_bus_new(&m_bus) < 0 || sd_bus_set_address(m_bus, m_desktop->session().busAddress().c_str()) < 0 ||
       sd_bus_set_bus_client(m_bus, 1) < 0 || sd_bus_start(m_bus) < 0) {
     throw std::runtime_error("no bus");
   }
@@ -85,7 +86,7 @@ void ShellUnderTest::comeToRest() const {
   }
 }
 
-std::uint32_t ShellUnderTest::pixel(Point point) { return m_desktop.windows().pixel(point.x, point.y); }
+std::uint32_t ShellUnderTest::pixel(Point point) { return m_desktop->pixel(point.x, point.y); }
 
 void ShellUnderTest::ask(const char* method, const char* action) {
   constexpr const char* interface = "org.freedesktop.Application";
@@ -122,7 +123,7 @@ ShellUnderTest::Milliseconds ShellUnderTest::openSettings() {
   return shownAfter("ActivateAction", "settings", {settingsX, settingsY});
 }
 
-void ShellUnderTest::press(const std::string& key) { m_desktop.run({"xdotool", "key", key}); }
+void ShellUnderTest::press(const std::string& key) { m_desktop->press(key); }
 
 void ShellUnderTest::closePanel() {
   require("the panel's end", [this] {
@@ -132,7 +133,7 @@ void ShellUnderTest::closePanel() {
 }
 
 void ShellUnderTest::closeSettings() {
-  m_desktop.run({"wmctrl", "-c", "Vantle Settings"});
+  m_desktop->closeWindow("Vantle Settings");
   waitUntilBare({settingsX, settingsY});
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "tests/support/VirtualDesktop.h"
+#include "bench/support/BareDesktop.h"
 
 #include <chrono>
 #include <cstdint>
@@ -18,7 +18,7 @@ class ShellUnderTest {
  public:
   using Milliseconds = std::chrono::duration<double, std::milli>;
 
-  explicit ShellUnderTest(const std::string& program);
+  ShellUnderTest(const std::string& program, std::unique_ptr<BareDesktop> desktop);
   ~ShellUnderTest();
   ShellUnderTest(const ShellUnderTest&) = delete;
   ShellUnderTest& operator=(const ShellUnderTest&) = delete;
@@ -48,15 +48,15 @@ class ShellUnderTest {
   Milliseconds shownAfter(const char* method, const char* action, Point point);
   void waitUntilBare(Point point);
 
-  desktop::VirtualDesktop m_desktop;
+  std::unique_ptr<BareDesktop> m_desktop;
   desktop::Program* m_vantle = nullptr;
   sd_bus* m_bus = nullptr;
   std::chrono::steady_clock::time_point m_lastWish{};
   std::uint32_t m_bare = 0; // the colour of the empty desktop
 };
 
-// What the main function of a bench of the shell does: the rounds are its first argument, or 5; a desktop
-// that does not come up is said, and is status 1.
-int runRounds(int argc, char** argv, int (*run)(int rounds));
+// What the main function of a bench of the shell does: the rounds are its first argument, or 5, and the kind
+// of desktop its second, or X11; a desktop that does not come up is said, and is status 1.
+int runRounds(int argc, char** argv, int (*run)(int rounds, const std::string& desktop));
 
 } // namespace vantle::bench
