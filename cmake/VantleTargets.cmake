@@ -106,16 +106,15 @@ function(vantle_qml_module name uri)
   set_source_files_properties(${sources} PROPERTIES COMPILE_OPTIONS "-w;-O1")
 endfunction()
 
-# The client's side of a Wayland protocol as a library, from its description; its header is NAME-client.h.
+# The client's side of a Wayland protocol as a library, from its description; its header is NAME-client.h. Written when the
+# build is configured, so that static checks find it without a build.
 function(vantle_wayland_protocol name description)
   pkg_get_variable(scanner wayland-scanner wayland_scanner)
-  set(header ${CMAKE_CURRENT_BINARY_DIR}/${name}/${name}-client.h)
-  set(code ${CMAKE_CURRENT_BINARY_DIR}/${name}/${name}-protocol.c)
-  file(MAKE_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}/${name})
-  add_custom_command(OUTPUT ${header} ${code}
-                     COMMAND ${scanner} client-header ${description} ${header}
-                     COMMAND ${scanner} private-code ${description} ${code}
-                     DEPENDS ${description} VERBATIM)
-  add_library(vantle_wayland_${name} STATIC ${header} ${code})
-  target_include_directories(vantle_wayland_${name} SYSTEM PUBLIC ${CMAKE_CURRENT_BINARY_DIR}/${name})
+  set(folder ${CMAKE_CURRENT_BINARY_DIR}/${name})
+  file(MAKE_DIRECTORY ${folder})
+  execute_process(COMMAND ${scanner} client-header ${description} ${folder}/${name}-client.h COMMAND_ERROR_IS_FATAL ANY)
+  execute_process(COMMAND ${scanner} private-code ${description} ${folder}/${name}-protocol.c COMMAND_ERROR_IS_FATAL ANY)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${description})
+  add_library(vantle_wayland_${name} STATIC ${folder}/${name}-protocol.c)
+  target_include_directories(vantle_wayland_${name} SYSTEM PUBLIC ${folder})
 endfunction()

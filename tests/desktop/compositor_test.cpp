@@ -68,6 +68,7 @@ class KilledCompositor : public testing::TestWithParam<Panel> {
 
 TEST_P(KilledCompositor, LeavesNothingSlowed) {
   std::vector<Program*> others;
+  others.reserve(apps);
   for (int number = 0; number < apps; ++number) {
     others.push_back(&app({"--title", std::to_string(number), "--threads", std::to_string(number % 3)}));
   }

@@ -47,8 +47,8 @@ struct LayerShell::Seat {
 // The listeners' functions for each object; what they are not told of by name they have no use for.
 struct LayerShell::Listening {
   // Whoever is told may end the following, and with it what is called here.
-  static void tell(std::function<void(wl_surface*)> whom, wl_surface* surface) {
-    if (whom) whom(surface);
+  static void tell(const std::function<void(wl_surface*)>& whom, wl_surface* surface) {
+    if (const auto kept = whom) kept(surface);
   }
 
   static void announced(void* data, wl_registry* /*registry*/, std::uint32_t name, const char* interface,
@@ -118,20 +118,20 @@ struct LayerShell::Listening {
   static void repeated(void* /*data*/, wl_keyboard* /*keyboard*/, std::int32_t /*rate*/,
                        std::int32_t /*delay*/) {}
 
-  static constexpr wl_registry_listener registry{.global = announced, .global_remove = gone};
-  static constexpr wl_seat_listener seat{.capabilities = equipped, .name = named};
-  static constexpr wl_keyboard_listener keyboard{.keymap = mapped,
-                                                 .enter = focused,
-                                                 .leave = unfocused,
-                                                 .key = typed,
-                                                 .modifiers = modified,
-                                                 .repeat_info = repeated};
-  static const wl_pointer_listener pointer;
-  static const wl_touch_listener touch;
+  static constexpr wl_registry_listener registryEvents{.global = announced, .global_remove = gone};
+  static constexpr wl_seat_listener seatEvents{.capabilities = equipped, .name = named};
+  static constexpr wl_keyboard_listener keyboardEvents{.keymap = mapped,
+                                                       .enter = focused,
+                                                       .leave = unfocused,
+                                                       .key = typed,
+                                                       .modifiers = modified,
+                                                       .repeat_info = repeated};
+  static const wl_pointer_listener pointerEvents;
+  static const wl_touch_listener touchEvents;
 };
 
 // By their names, as newer headers have more of them than are ever called for this version.
-const wl_pointer_listener LayerShell::Listening::pointer = [] {
+const wl_pointer_listener LayerShell::Listening::pointerEvents = [] {
   wl_pointer_listener listener{};
   listener.enter = entered;
   listener.leave = left;
@@ -144,7 +144,7 @@ const wl_pointer_listener LayerShell::Listening::pointer = [] {
   listener.axis_discrete = scrolledSteps;
   return listener;
 }();
-const wl_touch_listener LayerShell::Listening::touch = [] {
+const wl_touch_listener LayerShell::Listening::touchEvents = [] {
   wl_touch_listener listener{};
   listener.down = touched;
   listener.up = lifted;
@@ -156,7 +156,7 @@ const wl_touch_listener LayerShell::Listening::touch = [] {
 
 LayerShell::Seat::Seat(LayerShell& owner, wl_seat* boundSeat, std::uint32_t announcedName)
     : shell(owner), seat(boundSeat), name(announcedName) {
-  wl_seat_add_listener(seat, &Listening::seat, this);
+  wl_seat_add_listener(seat, &Listening::seatEvents, this);
 }
 
 LayerShell::Seat::~Seat() {
@@ -167,15 +167,15 @@ LayerShell::Seat::~Seat() {
 void LayerShell::Seat::follow() {
   if (pointer == nullptr && (capabilities & WL_SEAT_CAPABILITY_POINTER) != 0) {
     pointer = wl_seat_get_pointer(seat);
-    wl_pointer_add_listener(pointer, &Listening::pointer, this);
+    wl_pointer_add_listener(pointer, &Listening::pointerEvents, this);
   }
   if (touch == nullptr && (capabilities & WL_SEAT_CAPABILITY_TOUCH) != 0) {
     touch = wl_seat_get_touch(seat);
-    wl_touch_add_listener(touch, &Listening::touch, this);
+    wl_touch_add_listener(touch, &Listening::touchEvents, this);
   }
   if (keyboard == nullptr && (capabilities & WL_SEAT_CAPABILITY_KEYBOARD) != 0) {
     keyboard = wl_seat_get_keyboard(seat);
-    wl_keyboard_add_listener(keyboard, &Listening::keyboard, this);
+    wl_keyboard_add_listener(keyboard, &Listening::keyboardEvents, this);
   }
 }
 
@@ -200,7 +200,7 @@ std::unique_ptr<LayerShell> LayerShell::ofToolkit() {
 
 LayerShell::LayerShell(wl_display* display)
     : m_display(display), m_queue(display), m_registry(m_queue.makeRegistry()) {
-  wl_registry_add_listener(m_registry, &Listening::registry, this);
+  wl_registry_add_listener(m_registry, &Listening::registryEvents, this);
   m_queue.settle(longestAnnouncement);
   m_queue.handOver(m_registry); // seats come and go
   for (const auto& seat : m_seats) m_queue.handOver(seat->seat);

@@ -60,14 +60,14 @@ struct LayerSurface::Listening {
   static void closed(void* data, zwlr_layer_surface_v1* /*layer*/) {
     if (const auto tell = static_cast<LayerSurface*>(data)->m_handlers.closed) tell();
   }
-  static constexpr zwlr_layer_surface_v1_listener layer{.configure = configured, .closed = closed};
+  static constexpr zwlr_layer_surface_v1_listener layerEvents{.configure = configured, .closed = closed};
 };
 
 LayerSurface::LayerSurface(LayerShell& shell, wl_surface* surface, QScreen* screen, std::uint32_t layer,
                            Handlers handlers)
     : m_shell(shell), m_surface(surface), m_handlers(std::move(handlers)),
       m_layer(shell.addLayer(surface, screen, layer)) {
-  zwlr_layer_surface_v1_add_listener(m_layer, &Listening::layer, this);
+  zwlr_layer_surface_v1_add_listener(m_layer, &Listening::layerEvents, this);
 }
 
 LayerSurface::~LayerSurface() { zwlr_layer_surface_v1_destroy(m_layer); }

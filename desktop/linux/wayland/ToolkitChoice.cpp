@@ -24,7 +24,7 @@ constexpr std::chrono::milliseconds longestLook{200};
 
 // The socket's path, by the rule of every Wayland client; empty when the environment does not tell.
 QByteArray socketPath() {
-  const QByteArray name = qgetenv("WAYLAND_DISPLAY");
+  QByteArray name = qgetenv("WAYLAND_DISPLAY");
   if (name.startsWith('/')) return name;
   const QByteArray folder = qgetenv("XDG_RUNTIME_DIR");
   return folder.isEmpty() ? QByteArray() : folder + '/' + name;
