@@ -311,6 +311,9 @@ TEST_F(Sway, GoesOnWhenItIsReloaded) {
 }
 
 TEST_F(Sway, NativeAppsGoOnWithoutXwayland) {
+  if (m_desktop->run({"sh", "-c", "sway --version | grep -q ' 1\\.[0-8]\\>'"})) {
+    GTEST_SKIP() << "sway 1.7 itself crashes or hangs now and then when its Xwayland is killed";
+  }
   Program& app = native();
   Program& other = native("other");
   Program& client = x11();
