@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/FakeService.h"
 
-#include <cstdint>
 #include <poll.h>
 #include <stdexcept>
 #include <sys/eventfd.h>
@@ -11,7 +10,7 @@
 namespace vantle::desktop {
 
 FakeService::FakeService(const std::string& address, const std::string& name)
-    : m_name(name), m_stop(::eventfd(0, EFD_CLOEXEC)) {
+    : m_name(name), m_wake(::eventfd(0, EFD_CLOEXEC)) {
   const bool isThere = sd_bus_new(&m_bus) >= 0 && sd_bus_set_address(m_bus, address.c_str()) >= 0 &&
                        sd_bus_set_bus_client(m_bus, 1) >= 0 && sd_bus_start(m_bus) >= 0 &&
                        sd_bus_add_filter(m_bus, nullptr, take, this) >= 0 &&
@@ -21,11 +20,15 @@ FakeService::FakeService(const std::string& address, const std::string& name)
 }
 
 FakeService::~FakeService() {
-  const std::uint64_t one = 1;
-  if (::write(m_stop, &one, sizeof one) == sizeof one) m_thread.join();
+  {
+    const std::lock_guard lock(m_mutex);
+    m_isOver = true;
+  }
+  wake();
+  m_thread.join();
   sd_bus_release_name(m_bus, m_name.c_str()); // a successor may come at once
   sd_bus_flush_close_unref(m_bus);
-  ::close(m_stop);
+  ::close(m_wake);
 }
 
 void FakeService::answer(const std::string& path, const std::string& member, Answer answer) {
@@ -50,10 +53,42 @@ void FakeService::serve() {
     while (status > 0) status = sd_bus_process(m_bus, nullptr);
     if (status < 0) return;
     pollfd sources[] = {{sd_bus_get_fd(m_bus), static_cast<short>(sd_bus_get_events(m_bus)), 0},
-                        {m_stop, POLLIN, 0}};
+                        {m_wake, POLLIN, 0}};
     ::poll(sources, 2, -1);
-    if (sources[1].revents != 0) return;
+    if (sources[1].revents != 0 && !takeDeeds()) return;
   }
+}
+
+void FakeService::wake() const {
+  if (::eventfd_write(m_wake, 1) != 0) throw std::runtime_error("the bus program cannot be woken");
+}
+
+bool FakeService::takeDeeds() {
+  eventfd_t count = 0;
+  ::eventfd_read(m_wake, &count);
+  std::unique_lock lock(m_mutex);
+  while (!m_deeds.empty()) {
+    std::packaged_task<void(sd_bus*)> deed = std::move(m_deeds.front());
+    m_deeds.pop_front();
+    lock.unlock();
+    deed(m_bus);
+    lock.lock();
+  }
+  return !m_isOver;
+}
+
+void FakeService::perform(const std::function<void(sd_bus*)>& deed) {
+  std::packaged_task<void(sd_bus*)> task([&](sd_bus* bus) {
+    deed(bus);
+    sd_bus_flush(bus);
+  });
+  const std::future<void> done = task.get_future();
+  {
+    const std::lock_guard lock(m_mutex);
+    m_deeds.push_back(std::move(task));
+  }
+  wake();
+  done.wait();
 }
 
 int FakeService::take(sd_bus_message* message, void* self, sd_bus_error*) {

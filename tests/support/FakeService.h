@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <deque>
 #include <functional>
+#include <future>
 #include <map>
 #include <mutex>
 #include <set>
@@ -31,9 +33,13 @@ class FakeService {
   // Calls of that member are taken and never answered.
   void ignore(const std::string& member);
   int calls(const std::string& member) const; // so far
+  // In its thread, on its connection; returns when it is done and sent.
+  void perform(const std::function<void(sd_bus* bus)>& deed);
 
  private:
   void serve();
+  bool takeDeeds(); // false when it is over
+  void wake() const;
   static int take(sd_bus_message* message, void* self, sd_bus_error* error);
 
   const std::string m_name;
@@ -41,8 +47,10 @@ class FakeService {
   std::map<std::pair<std::string, std::string>, Answer> m_answers;
   std::map<std::string, int> m_calls;
   std::set<std::string> m_ignored;
+  std::deque<std::packaged_task<void(sd_bus*)>> m_deeds;
   sd_bus* m_bus = nullptr; // used by the thread alone once that runs
-  int m_stop = -1;         // an eventfd
+  int m_wake = -1;         // an eventfd: there are deeds, or it is over
+  bool m_isOver = false;
   std::thread m_thread;
 };
 

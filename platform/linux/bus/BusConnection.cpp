@@ -37,6 +37,14 @@ int deliverSignal(sd_bus_message* message, void* data, sd_bus_error*) {
   return 0; // others may listen to the same signal
 }
 
+int deliverCall(sd_bus_message* message, void* data, sd_bus_error*) {
+  const char* const error = (*static_cast<BusConnection::Call*>(data))(message);
+  const int status =
+      error == nullptr ? sd_bus_reply_method_return(message, "")
+                       : sd_bus_reply_method_errorf(message, error, "%s", sd_bus_message_get_member(message));
+  return status < 0 ? status : 1;
+}
+
 bool hungUp(sd_bus* bus) {
   pollfd descriptor{sd_bus_get_fd(bus), 0, 0};
   return descriptor.fd < 0 ||
@@ -123,6 +131,25 @@ BusSlot BusConnection::match(const std::string& rule, Signal signal) {
   static_cast<void>(handler.release());
   watch();
   return BusSlot(slot);
+}
+
+BusSlot BusConnection::answer(const std::string& path, Call call) {
+  sd_bus* bus = open();
+  if (!bus) return nullptr;
+  auto handler = std::make_unique<Call>(std::move(call));
+  sd_bus_slot* slot = nullptr;
+  if (sd_bus_add_object(bus, &slot, path.c_str(), deliverCall, handler.get()) < 0) return nullptr;
+  sd_bus_slot_set_destroy_callback(slot, destroyFunction<Call>);
+  static_cast<void>(handler.release());
+  return BusSlot(slot);
+}
+
+// The library would wait for the handshake.
+std::string BusConnection::uniqueName() const {
+  const char* name = nullptr;
+  const bool isKnown =
+      m_bus && sd_bus_is_ready(m_bus.get()) > 0 && sd_bus_get_unique_name(m_bus.get(), &name) >= 0;
+  return isKnown ? std::string(name) : std::string();
 }
 
 bool BusConnection::runUntil(const std::function<bool()>& condition, BusDeadline deadline) {

@@ -24,6 +24,8 @@ class BusConnection {
   // The reply to one call; null on an error, a timeout or a lost connection.
   using Reply = std::function<void(sd_bus_message* reply)>;
   using Signal = std::function<void(sd_bus_message* signal)>;
+  // What a call to an object of this program's got: nothing, or the name of an error.
+  using Call = std::function<const char*(sd_bus_message* call)>;
 
   // Finds the bus as every program does (DBUS_SESSION_BUS_ADDRESS, DBUS_SYSTEM_BUS_ADDRESS, the usual paths).
   BusConnection(EventLoop& loop, Kind kind);
@@ -54,6 +56,13 @@ class BusConnection {
   // Calls back on each signal that matches the rule, as long as the slot lives and the connection holds. Null
   // when there is no bus.
   BusSlot match(const std::string& rule, Signal signal);
+
+  // Takes all calls to the object of that path, as long as the slot lives and the connection holds. Null when
+  // there is no bus.
+  BusSlot answer(const std::string& path, Call call);
+
+  // The name that the bus knows this connection by, ":1.42"; empty before the first reply has arrived.
+  std::string uniqueName() const;
 
   // Whether a reply or signal could arrive at all: connected, or under way to it.
   bool isOpen() const { return m_bus != nullptr; }

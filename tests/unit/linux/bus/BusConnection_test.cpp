@@ -141,6 +141,37 @@ TEST_F(Bus, ASuccessorIsFoundBeforeTheLoopRanAgain) {
                       in(guardLimit)));
 }
 
+TEST_F(Bus, TakesCallsToAnObjectAndRefusesThem) {
+  EXPECT_EQ(connection.uniqueName(), "") << "the bus is not asked for it";
+  EXPECT_EQ(ask("let in"), "let in");
+  ASSERT_TRUE(connection.uniqueName().starts_with(":"));
+  std::string heard;
+  BusSlot slot = connection.answer("/org/example/own", [&](sd_bus_message* call) -> const char* {
+    const char* text = "";
+    if (sd_bus_message_read(call, "s", &text) <= 0) return SD_BUS_ERROR_INVALID_ARGS;
+    heard = text;
+    return nullptr;
+  });
+  ASSERT_TRUE(slot);
+  BusConnection other(loop, bus.address());
+  const auto callIt = [&](const char* text) {
+    BusMessage message =
+        other.methodCall({connection.uniqueName().c_str(), "/org/example/own", "org.example.Own", "Tell"});
+    if (text != nullptr) sd_bus_message_append(message.get(), "s", text);
+    std::string outcome;
+    other.callAsync(std::move(message), guardLimit,
+                    [&](sd_bus_message* reply) { outcome = reply == nullptr ? "refused" : "taken"; });
+    loop.runUntil([&] { return !outcome.empty(); }, guardLimit);
+    return outcome;
+  };
+  EXPECT_EQ(callIt("hello"), "taken");
+  EXPECT_EQ(heard, "hello");
+  EXPECT_EQ(callIt(nullptr), "refused");
+  slot.reset();
+  EXPECT_EQ(callIt("nobody is there"), "refused");
+  EXPECT_EQ(heard, "hello");
+}
+
 // Somebody sends so fast that there is always more.
 TEST_F(Bus, AFloodHoldsUpNobodyOnTheLoop) {
   bool isListening = false;
