@@ -30,6 +30,7 @@ struct WindowFacts {
   std::string className = {};     // second part of it
   std::string applicationId = {}; // _GTK_APPLICATION_ID of X windows, the app id of others
   bool canBeClosed = false;       // by asking it
+  bool isX11 = false;             // an X client's on a Wayland desktop, as far as the source says so
   bool operator==(const WindowFacts&) const = default;
 };
 

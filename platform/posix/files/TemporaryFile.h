@@ -8,8 +8,8 @@
 
 namespace vantle {
 
-// New content on its way to a file: written beside it, then put in its place in one step. Takes itself away
-// unless it has become that file.
+// New content on its way to a file: written beside it, then put in its place in one step; or content that
+// somebody else reads once. Takes itself away unless it has become that file.
 class TemporaryFile {
  public:
   explicit TemporaryFile(const std::string& folder); // readable by the owner only
@@ -17,6 +17,7 @@ class TemporaryFile {
   TemporaryFile(const TemporaryFile&) = delete;
   TemporaryFile& operator=(const TemporaryFile&) = delete;
 
+  const std::string& path() const { return m_path; }
   bool write(std::string_view bytes); // false as well when the file could not be made
   bool flushToDisk();
   bool replace(const std::string& target);
