@@ -28,7 +28,7 @@ class ScriptedWindows final : public DesktopWindows {
   bool settle(std::chrono::milliseconds limit) override {
     settledFor = limit;
     whenSettling();
-    return true;
+    return !isLost;
   }
 
   WindowFacts& open(WindowId id, Pid pid) {
@@ -41,6 +41,7 @@ class ScriptedWindows final : public DesktopWindows {
     tell();
   }
   void lose() {
+    isLost = true;
     windows.clear();
     front = 0;
     m_handlers.lost();
@@ -48,6 +49,7 @@ class ScriptedWindows final : public DesktopWindows {
 
   std::map<WindowId, WindowFacts> windows;
   WindowId front = 0;
+  bool isLost = false;
   std::function<void()> whenSettling = [] {};
   std::chrono::milliseconds settledFor{};
   std::vector<WindowId> askedToClose;
