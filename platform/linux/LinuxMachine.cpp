@@ -124,7 +124,8 @@ struct LinuxMachine::Parts {
   std::unique_ptr<BusConnection> systemBus;
   std::unique_ptr<BusConnection> sessionBus;
 
-  std::string desktop; // the name of the source of windows
+  std::shared_ptr<const std::string> desktop =
+      std::make_shared<const std::string>(); // what shows its windows
   std::unique_ptr<BackgroundBand> band;
   std::unique_ptr<Workspace> workspace = std::make_unique<AbsentWorkspace>();
   std::unique_ptr<AudioActivity> audio = std::make_unique<AbsentAudioActivity>();
@@ -150,7 +151,9 @@ std::unique_ptr<LinuxMachine> LinuxMachine::forDesktop(const XdgFolders& folders
       std::make_unique<LogindPowerAssertions>(*parts->systemBus, *parts->sessionBus, parts->processes);
   parts->pressure = std::make_unique<PsiMemoryPressure>(loop);
   const auto installed = std::make_shared<DesktopEntries>(folders.allData());
-  DesktopSource source = DesktopProbe(loop, *parts->kernel, SessionNames::fromEnvironment()).find();
+  DesktopSource source =
+      DesktopProbe(loop, *parts->kernel, *parts->sessionBus, SessionNames::fromEnvironment(), names::feed)
+          .find();
   parts->desktop = source.name;
   parts->workspace = workspaceOn(loop, std::move(source),
                                  {.installed = installed, .onDesktopLost = std::move(onDesktopLost)});
@@ -185,10 +188,14 @@ std::unique_ptr<LinuxMachine> LinuxMachine::forSelfTest(const XdgFolders& folder
       BandParts{.manager = std::make_unique<UserManager>(parts->ownLoop, userBus(folders)),
                 .busLimit = std::chrono::seconds(2)});
   const SilentErrors silence;
-  const SessionNames names = SessionNames::fromEnvironment();
-  DesktopSource source = DesktopProbe(parts->ownLoop, *parts->kernel, names).find();
+  const SessionNames session = SessionNames::fromEnvironment();
+  // Beside the program's own, which a running copy has.
+  parts->sessionBus = std::make_unique<BusConnection>(parts->ownLoop, BusConnection::Kind::session);
+  DesktopSource source = DesktopProbe(parts->ownLoop, *parts->kernel, *parts->sessionBus, session,
+                                      std::string(names::feed) + ".test")
+                             .find();
   parts->desktop = source.name;
-  const bool isDesktop = !names.display.empty() || !names.waylandDisplay.empty();
+  const bool isDesktop = !session.display.empty() || !session.waylandDisplay.empty();
   if (isDesktop && appsShareSessions(parts->ownLoop, std::move(source), *parts->kernel, parts->processes)) {
     // Among those that share a session, only a comparison with the app in front tells what helps. The process
     // that is started first is none of those that are slowed.
@@ -205,7 +212,7 @@ std::unique_ptr<LinuxMachine> LinuxMachine::forSelfTest(const XdgFolders& folder
   return std::unique_ptr<LinuxMachine>(new LinuxMachine(std::move(parts)));
 }
 
-std::string LinuxMachine::desktop() const { return m_parts->desktop; }
+std::string LinuxMachine::desktop() const { return *m_parts->desktop; }
 
 Machine LinuxMachine::machine() {
   Parts& parts = *m_parts;

@@ -1,6 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/windows/DesktopProbe.h"
 
+#include "platform/linux/bus/BusBatch.h"
+#include "platform/linux/windows/FallbackWindows.h"
+#include "platform/linux/windows/fed/FedWindows.h"
+#include "platform/linux/windows/joined/JoinedWindows.h"
+#include "platform/linux/windows/kwin/KWinScript.h"
 #include "platform/linux/windows/sway/SwayWindows.h"
 #include "platform/linux/windows/x11/X11Windows.h"
 
@@ -16,9 +21,16 @@ namespace {
 constexpr std::chrono::milliseconds longestStart{200}; // of the program, with all that it asks the desktop
 constexpr std::chrono::milliseconds longestTry{100};   // of that, for finding out which desktop it is
 
+constexpr const char* xwaylandOnly = "Xwayland (X11 apps only)";
+constexpr const char* kwin = "org.kde.KWin"; // on the bus
+
 std::string variable(const char* name) {
   const char* const value = std::getenv(name);
   return value == nullptr ? std::string() : std::string(value);
+}
+
+std::shared_ptr<std::string> named(std::string name) {
+  return std::make_shared<std::string>(std::move(name));
 }
 
 std::string socketOf(const SessionNames& names) {
@@ -34,19 +46,21 @@ SessionNames SessionNames::fromEnvironment() {
           variable("XDG_RUNTIME_DIR")};
 }
 
-DesktopProbe::DesktopProbe(EventLoop& loop, const Kernel& kernel, SessionNames names)
-    : m_loop(loop), m_kernel(kernel), m_names(std::move(names)) {}
+DesktopProbe::DesktopProbe(EventLoop& loop, const Kernel& kernel, BusConnection& sessionBus,
+                           SessionNames names, std::string feed)
+    : m_loop(loop), m_kernel(kernel), m_bus(sessionBus), m_names(std::move(names)), m_feed(std::move(feed)) {}
 
 DesktopSource DesktopProbe::find() const {
   const std::optional<LocalPeer> compositor = connectToOwn(socketOf(m_names));
   if (compositor) {
     if (auto windows = sway(*compositor))
-      return {"sway (native apps and X11 apps)", std::move(windows), FrontRule::settled,
+      return {named("sway (native apps and X11 apps)"), std::move(windows), FrontRule::settled,
               longestStart - longestTry};
+    if (isKWinThere()) return plasma();
   }
   std::string name = "no desktop (nothing is seen)";
-  if (!m_names.display.empty()) name = compositor ? "Xwayland (X11 apps only)" : "X11";
-  return {std::move(name), std::make_unique<X11Windows>(m_loop, m_names.display),
+  if (!m_names.display.empty()) name = compositor ? xwaylandOnly : "X11";
+  return {named(std::move(name)), std::make_unique<X11Windows>(m_loop, m_names.display),
           compositor ? FrontRule::settled : FrontRule::asTold, longestStart};
 }
 
@@ -69,6 +83,35 @@ std::unique_ptr<DesktopWindows> DesktopProbe::swayAt(const std::string& path,
   auto windows = std::make_unique<SwayWindows>(m_loop, m_kernel, std::move(peer->socket));
   windows->settle(longestTry);
   return windows->isPlausible() ? std::move(windows) : nullptr;
+}
+
+bool DesktopProbe::isKWinThere() const {
+  BusMessage question = m_bus.methodCall(
+      {"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameHasOwner"});
+  if (!question || sd_bus_message_append(question.get(), "s", kwin) < 0) return false;
+  BusBatch batch(m_bus);
+  const std::size_t place = batch.add(std::move(question));
+  int hasOwner = 0;
+  return batch.wait(std::chrono::steady_clock::now() + longestTry) && batch.reply(place) != nullptr &&
+         sd_bus_message_read(batch.reply(place), "b", &hasOwner) > 0 && hasOwner != 0;
+}
+
+// Whether KWin takes and runs a script only that script's call tells. Until then there is nothing to see.
+DesktopSource DesktopProbe::plasma() const {
+  const auto xServer = [&loop = m_loop, display = m_names.display] {
+    return std::make_unique<X11Windows>(loop, display);
+  };
+  auto script = std::make_unique<KWinScript>(
+      m_loop, m_bus, KWinScript::Place{.name = m_feed, .folder = m_names.runtimeFolder});
+  auto fed = std::make_unique<FedWindows>(
+      m_loop, m_kernel, m_bus, FedWindows::Options{.shell = kwin, .ownName = m_feed}, std::move(script));
+  auto joined = std::make_unique<JoinedWindows>(m_loop, std::move(fed), xServer);
+  const std::shared_ptr<std::string> name = named("Plasma (native apps and X11 apps)");
+  auto windows = std::make_unique<FallbackWindows>(m_loop, std::move(joined), [name, xServer] {
+    *name = xwaylandOnly;
+    return xServer();
+  });
+  return {name, std::move(windows), FrontRule::settled, longestStart - longestTry};
 }
 
 } // namespace vantle

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "platform/linux/bus/BusConnection.h"
 #include "platform/linux/kernel/Kernel.h"
 #include "platform/linux/windows/DesktopWindows.h"
 #include "platform/linux/windows/LocalPeer.h"
@@ -24,7 +25,8 @@ struct SessionNames {
 
 // Where the windows of this desktop are seen.
 struct DesktopSource {
-  std::string name; // for a person to read
+  // For a person to read. It may change once, to the next source, when what looked like one gives no answer.
+  std::shared_ptr<const std::string> name;
   std::unique_ptr<DesktopWindows> windows;
   FrontRule front = FrontRule::asTold;
   std::chrono::milliseconds longestStart{200}; // that is left of it for the windows that are there already
@@ -34,8 +36,9 @@ struct DesktopSource {
 // called says nothing of what it can tell.
 class DesktopProbe {
  public:
-  // What is handed in outlives what is found.
-  DesktopProbe(EventLoop& loop, const Kernel& kernel, SessionNames names);
+  // What is handed in outlives what is found. Two programs at a time need feeds of different names.
+  DesktopProbe(EventLoop& loop, const Kernel& kernel, BusConnection& sessionBus, SessionNames names,
+               std::string feed);
 
   // Always a source, even if it shows nothing. Waits for an answer 100 ms at most.
   DesktopSource find() const;
@@ -43,10 +46,14 @@ class DesktopProbe {
  private:
   std::unique_ptr<DesktopWindows> sway(const LocalPeer& compositor) const;
   std::unique_ptr<DesktopWindows> swayAt(const std::string& path, const LocalPeer& compositor) const;
+  bool isKWinThere() const;
+  DesktopSource plasma() const;
 
   EventLoop& m_loop;
   const Kernel& m_kernel;
+  BusConnection& m_bus;
   SessionNames m_names;
+  std::string m_feed;
 };
 
 } // namespace vantle

@@ -5,11 +5,14 @@
 #include "platform/linux/kernel/ProcKernel.h"
 #include "platform/shared/PollEventLoop.h"
 #include "tests/support/ForkedProcess.h"
+#include "tests/support/PrivateBus.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/User.h"
 #include "tests/support/Wait.h"
+#include "tests/unit/linux/windows/ScriptedKWin.h"
 #include "tests/unit/linux/windows/ScriptedSway.h"
 
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
@@ -84,11 +87,12 @@ class DesktopProbeTest : public testing::Test {
  protected:
   std::string path(const std::string& name) const { return (m_folder.path() / name).string(); }
   DesktopSource find(const std::string& waylandDisplay, const std::string& swaySocket) {
-    return DesktopProbe(m_loop, m_kernel,
+    return DesktopProbe(m_loop, m_kernel, m_bus,
                         {.display = noServer,
                          .waylandDisplay = waylandDisplay,
                          .swaySocket = swaySocket,
-                         .runtimeFolder = m_folder.path().string()})
+                         .runtimeFolder = m_folder.path().string()},
+                        "com.halvo.vantle.test.feed")
         .find();
   }
   void SetUp() override { ::chmod(m_folder.path().c_str(), 0777); }
@@ -96,21 +100,28 @@ class DesktopProbeTest : public testing::Test {
   desktop::TemporaryFolder m_folder;
   ProcKernel m_kernel;
   PollEventLoop m_loop;
+  desktop::PrivateBus m_daemon;
+  BusConnection m_bus{m_loop, m_daemon.address()};
 };
 
 void expectX11(const DesktopSource& found) {
-  EXPECT_EQ(found.name, "X11");
+  EXPECT_EQ(*found.name, "X11");
   EXPECT_EQ(found.front, FrontRule::asTold);
   EXPECT_EQ(found.longestStart, std::chrono::milliseconds(200));
 }
 
 void expectSway(const DesktopSource& found) {
-  EXPECT_EQ(found.name, "sway (native apps and X11 apps)");
+  EXPECT_EQ(*found.name, "sway (native apps and X11 apps)");
+  EXPECT_EQ(found.front, FrontRule::settled);
+}
+
+void expectPlasma(const DesktopSource& found) {
+  EXPECT_EQ(*found.name, "Plasma (native apps and X11 apps)");
   EXPECT_EQ(found.front, FrontRule::settled);
 }
 
 void expectXwayland(const DesktopSource& found) {
-  EXPECT_EQ(found.name, "Xwayland (X11 apps only)");
+  EXPECT_EQ(*found.name, "Xwayland (X11 apps only)");
   EXPECT_EQ(found.front, FrontRule::settled);
 }
 
@@ -168,10 +179,46 @@ TEST_F(DesktopProbeTest, AnotherUsersDesktopIsNone) {
   expectXwayland(find("wayland-2", path("sway.sock")));
 }
 
+TEST_F(DesktopProbeTest, FindsPlasmaOnTheSessionBus) {
+  // A script's file is no use in a folder that everybody may write to.
+  ::chmod(m_folder.path().c_str(), 0700);
+  const ForkedProcess app;
+  const ScriptedKWin kwin(m_daemon.address(), {.windows = {{"{1}", app.pid()}}});
+  expectX11(find("", ""));
+  const Compositor compositor(path("wayland-1"), path("other.sock"), Compositor::Kind::silent);
+  const DesktopSource found = find("wayland-1", "");
+  expectPlasma(found);
+  found.windows->start({});
+  EXPECT_TRUE(found.windows->settle(desktop::guardLimit));
+  EXPECT_EQ(found.windows->known().size(), 1U);
+  EXPECT_NE(found.windows->active(), 0U);
+  EXPECT_EQ(kwin.seen().runs, 1);
+}
+
+TEST_F(DesktopProbeTest, APlasmaThatTakesNoScriptIsSeenThroughXwayland) {
+  ::chmod(m_folder.path().c_str(), 0700);
+  const ScriptedKWin kwin(m_daemon.address(), {.takesScripts = false});
+  const Compositor compositor(path("wayland-1"), path("other.sock"), Compositor::Kind::silent);
+  const DesktopSource found = find("wayland-1", "");
+  expectPlasma(found);
+  bool isLost = false; // by the X server in the end: there is none
+  found.windows->start({.lost = [&] { isLost = true; }});
+  ASSERT_TRUE(m_loop.runUntil([&] { return isLost; }, desktop::guardLimit));
+  expectXwayland(found);
+}
+
+TEST_F(DesktopProbeTest, ABusThatHangsIsNoPlasma) {
+  ::chmod(m_folder.path().c_str(), 0700);
+  const Compositor compositor(path("wayland-1"), path("other.sock"), Compositor::Kind::silent);
+  m_daemon.daemon().signal(SIGSTOP);
+  expectXwayland(find("wayland-1", ""));
+  m_daemon.daemon().signal(SIGCONT);
+}
+
 TEST_F(DesktopProbeTest, WithoutAnyNameThereIsNoDesktop) {
   ::unsetenv("DISPLAY");
-  const DesktopSource found = DesktopProbe(m_loop, m_kernel, {}).find();
-  EXPECT_EQ(found.name, "no desktop (nothing is seen)");
+  const DesktopSource found = DesktopProbe(m_loop, m_kernel, m_bus, {}, "").find();
+  EXPECT_EQ(*found.name, "no desktop (nothing is seen)");
   bool isLost = false;
   found.windows->start({.changed = [] {}, .lost = [&] { isLost = true; }});
   EXPECT_TRUE(m_loop.runUntil([&] { return isLost; }, desktop::guardLimit));
