@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The apps of a real sway, native ones and X clients, as the workspace sees them.
-#include "platform/linux/kernel/ProcKernel.h"
-#include "platform/linux/windows/DesktopProbe.h"
-#include "platform/linux/workspace/WindowedWorkspace.h"
-#include "platform/shared/PollEventLoop.h"
+#include "tests/desktop/WatchedApps.h"
 #include "tests/support/Kernel.h"
 #include "tests/support/Props.h"
 #include "tests/support/SwayDesktop.h"
@@ -25,7 +22,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class Sway : public testing::Test {
+class Sway : public WatchedApps {
  protected:
   void SetUp() override {
     // It refuses root, and another user's apps are none of the program's.
@@ -47,58 +44,14 @@ class Sway : public testing::Test {
     return program;
   }
 
-  DesktopSource find() {
-    return DesktopProbe(m_loop, m_kernel,
-                        {.display = m_desktop->display(),
-                         .waylandDisplay = m_desktop->waylandDisplay(),
-                         .swaySocket = m_desktop->socket(),
-                         .runtimeFolder = m_desktop->runtimeDir().string()})
-        .find();
-  }
+  DesktopSource find() { return WatchedApps::find(*m_desktop, m_desktop->socket()); }
   void watch() {
     DesktopSource source = find();
-    ASSERT_EQ(source.name, "sway (native apps and X11 apps)");
-    m_workspace = std::make_unique<WindowedWorkspace>(
-        m_loop, std::move(source.windows),
-        WindowedWorkspace::Options{.installed = std::make_shared<DesktopEntries>(std::vector<std::string>{
-                                       m_desktop->dataHome().string(), "/usr/share"}),
-                                   .onDesktopLost = [this] { ++m_losses; },
-                                   .front = source.front,
-                                   .longestStart = source.longestStart});
-    for (const auto& [event, name] : {std::pair{WorkspaceEvent::activated, "activated "},
-                                      std::pair{WorkspaceEvent::launched, "launched "},
-                                      std::pair{WorkspaceEvent::terminated, "terminated "}}) {
-      m_registrations.push_back(
-          m_workspace->observe(event, [this, name = std::string(name)](const AppRef& app) {
-            m_events.push_back(name + std::to_string(app->processIdentifier()));
-          }));
-    }
-  }
-
-  bool runUntil(const std::function<bool()>& condition) { return m_loop.runUntil(condition, guardLimit); }
-  Pid front() const {
-    const AppRef app = m_workspace->frontmostApplication();
-    return app ? app->processIdentifier() : 0;
-  }
-  bool becomesFront(const Program& program) {
-    return runUntil([&] { return front() == program.pid(); });
-  }
-  AppRef appOf(const Program& program) {
-    AppRef app;
-    runUntil([&] { return (app = m_workspace->runningApplication(program.pid())) != nullptr; });
-    return app;
-  }
-  static std::string event(const char* name, const Program& program) {
-    return std::string(name) + " " + std::to_string(program.pid());
+    ASSERT_EQ(*source.name, "sway (native apps and X11 apps)");
+    WatchedApps::watch(*m_desktop, std::move(source));
   }
 
   std::optional<SwayDesktop> m_desktop;
-  ProcKernel m_kernel;
-  PollEventLoop m_loop;
-  std::unique_ptr<WindowedWorkspace> m_workspace;
-  std::vector<std::unique_ptr<Registration>> m_registrations;
-  std::vector<std::string> m_events;
-  int m_losses = 0;
 };
 
 TEST_F(Sway, KnowsAtOnceWhatRunsAlready) {
@@ -114,7 +67,7 @@ TEST_F(Sway, KnowsAtOnceWhatRunsAlready) {
 
 TEST_F(Sway, IsFoundByItsProcessAsWell) {
   m_desktop->setEnvironment("SWAYSOCK", "/nowhere");
-  EXPECT_EQ(find().name, "sway (native apps and X11 apps)");
+  EXPECT_EQ(*find().name, "sway (native apps and X11 apps)");
 }
 
 TEST_F(Sway, TellsALaunchThenItsActivationThenItsEnd) {
@@ -346,7 +299,7 @@ TEST_F(Sway, IsNotWaitedForWhenItHangs) {
   EXPECT_EQ(front(), app.pid());
   {
     DesktopSource source = find();
-    EXPECT_EQ(source.name, "sway (native apps and X11 apps)") << "only slow";
+    EXPECT_EQ(*source.name, "sway (native apps and X11 apps)") << "only slow";
     const WindowedWorkspace another(m_loop, std::move(source.windows), {});
     EXPECT_TRUE(another.runningApplications().empty());
   }

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "tests/support/FakeService.h"
+#include "tests/support/PrivateSession.h"
+
+#include <filesystem>
+#include <memory>
+#include <string>
+
+namespace vantle::desktop {
+
+// A whole private Wayland desktop: KWin, drawn in software without a screen, with XWayland for X clients. It
+// belongs to who runs the tests.
+//
+//   KWinDesktop desktop;
+//   Program& editor = desktop.launch({"mousepad"});
+//   desktop.focus(editor);
+class KWinDesktop : public PrivateSession {
+ public:
+  KWinDesktop();
+  ~KWinDesktop(); // asks KWin to go, so that XWayland's display number is free again
+
+  std::string waylandDisplay() const { return environment().at("WAYLAND_DISPLAY"); }
+  std::string display() const { return environment().at("DISPLAY"); } // XWayland's, ":N"
+  Program& compositor() { return *m_compositor; }
+  // Again, under the same names but for the X display's, after it was killed.
+  Program& startCompositor();
+
+  // Brings the first window whose process, as KWin knows it, or whose title this is to the front, once there
+  // is one; returns when it is there.
+  void focus(const Program& program) { focusWhere("w.pid === " + std::to_string(program.pid())); }
+  void focusTitled(const std::string& title) { focusWhere("w.caption === \"" + title + "\""); }
+  // How many windows fulfil a condition of the script's language, e.g. "w.pid === 7".
+  int windowsWhere(const std::string& condition);
+  // Runs a script in KWin, to its end. It may use `all`, the list of windows, `isNew`, for KWin 6, and say
+  // something with `answer(TEXT)`; the last of that is returned.
+  std::string script(const std::string& text);
+  bool hasScript(const std::string& name); // whether KWin keeps one of this name
+
+ private:
+  void focusWhere(const std::string& condition);
+  bool runScript(const std::filesystem::path& file, const std::string& name);
+
+  Program* m_compositor = nullptr;
+  std::unique_ptr<FakeService> m_listener; // whom scripts answer
+  int m_scripts = 0;                       // so far
+};
+
+} // namespace vantle::desktop
