@@ -2,7 +2,8 @@
 // How long after somebody has turned to another app the kernel has it at full speed again, during a Boost:
 // from the request to the desktop to the change of its first thread, with everything in between.
 //
-//   front_switch [x11|sway] [ROUNDS]
+//   front_switch [x11|sway|kwin] [ROUNDS]
+#include "tests/support/KWinDesktop.h"
 #include "tests/support/Kernel.h"
 #include "tests/support/Props.h"
 #include "tests/support/SwayDesktop.h"
@@ -92,6 +93,18 @@ void measureOnSway(int rounds) {
   measure(desktop, game, app, bringToFront, rounds);
 }
 
+// What the desktop is asked with is a script, which takes its time to be loaded.
+void measureOnKWin(int rounds) {
+  desktop::KWinDesktop desktop;
+  desktop.installDesktopFile("org.freedesktop.weston.flower", gameFile);
+  const desktop::Program& game = desktop.launch({"weston-flower"});
+  const desktop::Program& app = desktop.launch({"weston-terminal", "--shell=/bin/cat"});
+  desktop.focus(game);
+  desktop.focus(app);
+  measure(
+      desktop, game, app, [&](const desktop::Program& program) { desktop.activate(program); }, rounds);
+}
+
 } // namespace
 } // namespace vantle::bench
 
@@ -99,7 +112,9 @@ int main(int argc, char** argv) {
   const std::string_view where = argc > 1 ? argv[1] : "x11";
   const int rounds = argc > 2 ? std::max(std::atoi(argv[2]), 2) : 50;
   try {
-    where == "sway" ? vantle::bench::measureOnSway(rounds) : vantle::bench::measureOnX11(rounds);
+    if (where == "x11") vantle::bench::measureOnX11(rounds);
+    if (where == "sway") vantle::bench::measureOnSway(rounds);
+    if (where == "kwin") vantle::bench::measureOnKWin(rounds);
     return 0;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "%s\n", error.what());

@@ -3,7 +3,9 @@
 //
 //   idle [SECONDS]       starts Vantle in a private desktop with two apps that do nothing
 //   idle SECONDS sway    the same on sway, as an ordinary user
+//   idle SECONDS kwin    the same on KWin
 //   idle SECONDS PID     looks at a copy that runs already
+#include "tests/support/KWinDesktop.h"
 #include "tests/support/Props.h"
 #include "tests/support/SwayDesktop.h"
 #include "tests/support/VirtualDesktop.h"
@@ -115,6 +117,13 @@ int measureOnSway(int seconds) {
   return measure(vantle.pid(), seconds);
 }
 
+int measureOnKWin(int seconds) {
+  desktop::KWinDesktop desktop;
+  for (int app = 0; app < 2; ++app) desktop.focus(desktop.launch({"weston-terminal", "--shell=/bin/cat"}));
+  desktop::Program& vantle = desktop.launch({VANTLE_PROGRAM}, {{"QT_QPA_PLATFORM", "xcb"}});
+  return measure(vantle.pid(), seconds);
+}
+
 } // namespace
 } // namespace vantle::bench
 
@@ -122,6 +131,7 @@ int main(int argc, char** argv) {
   const int seconds = argc > 1 ? std::max(std::atoi(argv[1]), 1) : 60;
   try {
     if (argc > 2 && std::string_view(argv[2]) == "sway") return vantle::bench::measureOnSway(seconds);
+    if (argc > 2 && std::string_view(argv[2]) == "kwin") return vantle::bench::measureOnKWin(seconds);
     if (argc > 2) return vantle::bench::measure(std::atoi(argv[2]), seconds);
     return vantle::bench::measureInPrivateDesktop(seconds);
   } catch (const std::exception& error) {

@@ -72,6 +72,22 @@ TEST_F(BoostOnKWin, GoesOnWithTheScriptThatAKilledCopyLeft) {
   expectBack(client);
 }
 
+TEST_F(BoostOnKWin, GoesOnBesideASelfTestWhichSaysWhereItLooks) {
+  Program& game = nativeGame();
+  Program& client = x11("Client");
+  focus(client);
+  startVantle();
+  focus(game);
+  ASSERT_TRUE(becomesSlowed(client));
+  const std::string said = (m_desktop.home() / "said").string();
+  m_desktop.run({"sh", "-c", VANTLE_PROGRAM " --test >" + said});
+  EXPECT_TRUE(m_desktop.run({"grep", "-qx", "Desktop: Plasma (native apps and X11 apps)", said}));
+  EXPECT_FALSE(m_desktop.hasScript("com.halvo.vantle.feed.test"));
+  EXPECT_TRUE(m_desktop.hasScript("com.halvo.vantle.feed"));
+  focus(client);
+  EXPECT_TRUE(becomesFast(client));
+}
+
 TEST_F(BoostOnKWin, LeavesNothingSlowedWhenKWinDies) {
   Program& game = nativeGame();
   std::vector<Program*> clients(10);

@@ -127,12 +127,14 @@ int KWinDesktop::windowsWhere(const std::string& condition) {
 void KWinDesktop::focusWhere(const std::string& condition) {
   require("a window", [&] { return windowsWhere(condition) > 0; });
   // A window that opens meanwhile may take the front; whoever wants it asks again.
-  require("a window in front", [&] {
-    return script("var w = all.filter(function(w) { return " + condition +
-                  "; })[0];"
-                  "if (isNew) workspace.activeWindow = w; else workspace.activeClient = w;"
-                  "answer((isNew ? workspace.activeWindow : workspace.activeClient) === w);") == "true";
-  });
+  require("a window in front", [&] { return activateWhere(condition); });
+}
+
+bool KWinDesktop::activateWhere(const std::string& condition) {
+  return script("var w = all.filter(function(w) { return " + condition +
+                "; })[0];"
+                "if (isNew) workspace.activeWindow = w; else workspace.activeClient = w;"
+                "answer((isNew ? workspace.activeWindow : workspace.activeClient) === w);") == "true";
 }
 
 } // namespace vantle::desktop

@@ -31,6 +31,8 @@ class KWinDesktop : public PrivateSession {
   // is one; returns when it is there.
   void focus(const Program& program) { focusWhere("w.pid === " + std::to_string(program.pid())); }
   void focusTitled(const std::string& title) { focusWhere("w.caption === \"" + title + "\""); }
+  // The same without a look at whether it is done.
+  void activate(const Program& program) { activateWhere("w.pid === " + std::to_string(program.pid())); }
   // How many windows fulfil a condition of the script's language, e.g. "w.pid === 7".
   int windowsWhere(const std::string& condition);
   // Runs a script in KWin, to its end. It may use `all`, the list of windows, `isNew`, for KWin 6, and say
@@ -40,6 +42,7 @@ class KWinDesktop : public PrivateSession {
 
  private:
   void focusWhere(const std::string& condition);
+  bool activateWhere(const std::string& condition); // whether it is in front now
   bool runScript(const std::filesystem::path& file, const std::string& name);
 
   Program* m_compositor = nullptr;

@@ -42,7 +42,6 @@ void KWinScript::meet(const std::string& shell, std::function<void()> failed) {
   m_isClosing = false;
   m_toClose.clear();
   m_patience = m_loop.after(m_place.longestWait, [this] { fail(); });
-  TemporaryFile::removeLeftovers(m_place.folder);
   m_feed = run(m_place.name, kwinFeedScript(m_bus.uniqueName()), [this](bool isRunning) {
     if (!isRunning) fail();
   });
@@ -94,7 +93,9 @@ std::shared_ptr<const KWinScript::Run> KWinScript::run(std::string name, std::st
 }
 
 void KWinScript::load(const std::shared_ptr<Run>& run) {
+  // KWin would run what somebody else puts in its place.
   if (!openOwnFolder(m_place.folder)) return run->done(false);
+  TemporaryFile::removeLeftovers(m_place.folder);
   run->file.emplace(m_place.folder);
   if (!run->file->write(run->text)) return run->done(false);
   BusMessage message = scripting("loadScript", run->file->path());

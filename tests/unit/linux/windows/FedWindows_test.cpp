@@ -241,6 +241,18 @@ TEST_F(FedWindowsTest, StrangersAreRefusedAndCounted) {
   EXPECT_EQ(front(), "First");
 }
 
+TEST_F(FedWindowsTest, AStrangersLongMessageIsRefusedUnread) {
+  start({.windows = {{"{1}", m_first.pid(), "First"}}});
+  FakeService stranger(m_bus.address(), "org.example.Stranger");
+  const std::string text(16 * 1024 * 1024, 'x');
+  stranger.perform([&](sd_bus* bus) {
+    sd_bus_call_method_async(bus, nullptr, m_kwin->seen().listener.c_str(), FedWindows::path,
+                             FedWindows::interface, "Front", nullptr, nullptr, "s", text.c_str());
+  });
+  ASSERT_TRUE(runUntil([this] { return windows().refusedCalls() == 1; }));
+  EXPECT_EQ(front(), "First");
+}
+
 TEST_F(FedWindowsTest, GarbageIsRefusedAndCounted) {
   start({.windows = {{"{1}", m_first.pid(), "First"}}});
   m_kwin->call("Front");
