@@ -33,8 +33,8 @@ class WatchedApps : public testing::Test {
   void watch(const PrivateSession& desktop, DesktopSource source) {
     m_workspace = std::make_unique<WindowedWorkspace>(
         m_loop, std::move(source.windows),
-        WindowedWorkspace::Options{.installed = std::make_shared<DesktopEntries>(std::vector<std::string>{
-                                       desktop.dataHome().string(), "/usr/share"}),
+        WindowedWorkspace::Options{.installed = std::make_shared<DesktopEntries>(
+                                       std::vector<std::string>{desktop.dataHome().string(), "/usr/share"}),
                                    .onDesktopLost = [this] { ++m_losses; },
                                    .front = source.front,
                                    .longestStart = source.longestStart});
