@@ -37,10 +37,13 @@ bool is(sd_bus_message* call, const char* member, const char* signature) {
          sd_bus_message_has_signature(call, signature) > 0;
 }
 
-BusMessage requestTo(BusConnection& bus, const char* member, const std::string& name) {
+// A question about a name to the bus itself.
+BusMessage requestTo(BusConnection& bus, const char* member, const std::string& name,
+                     std::optional<std::uint32_t> flags = {}) {
   BusMessage message =
       bus.methodCall({"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", member});
   if (message && sd_bus_message_append(message.get(), "s", name.c_str()) < 0) return nullptr;
+  if (message && flags && sd_bus_message_append(message.get(), "u", *flags) < 0) return nullptr;
   return message;
 }
 
@@ -51,38 +54,51 @@ FedWindows::FedWindows(EventLoop& loop, const Kernel& kernel, BusConnection& ses
     : m_loop(loop), m_kernel(kernel), m_bus(sessionBus), m_options(std::move(options)),
       m_caller(std::move(caller)), m_busLost(m_bus.onLost([this] { lose(); })),
       m_object(m_bus.answer(path, [this](sd_bus_message* call) { return take(call); })) {
-  BusMessage request = requestTo(m_bus, "RequestName", m_options.ownName);
-  const bool isAsked = m_object && request && sd_bus_message_append(request.get(), "u", doNotQueue) >= 0 &&
-                       m_bus.callAsync(std::move(request), longestAnswer,
-                                       [this, life = std::weak_ptr(m_life)](sd_bus_message* reply) {
-                                         if (!life.expired()) takeOwnName(reply);
-                                       });
+  // In this order: a caller that waits for the name is known by the time it hears of it.
+  watchShell();
+  const bool areAsked = m_object &&
+                        ask(requestTo(m_bus, "GetNameOwner", m_options.shell),
+                            [this](sd_bus_message* reply) { takeFirstOwner(reply); }) &&
+                        ask(requestTo(m_bus, "RequestName", m_options.ownName, doNotQueue),
+                            [this](sd_bus_message* reply) { takeOwnName(reply); });
   // Nobody can be told before the start.
-  if (!isAsked) m_absence = m_loop.after(std::chrono::milliseconds(0), [this] { lose(); });
+  if (!areAsked) m_absence = m_loop.after(std::chrono::milliseconds(0), [this] { lose(); });
 }
 
 FedWindows::~FedWindows() { m_bus.send(requestTo(m_bus, "ReleaseName", m_options.ownName)); }
+
+bool FedWindows::ask(BusMessage question, BusConnection::Reply answered) {
+  return m_bus.callAsync(
+      std::move(question), longestAnswer,
+      [life = std::weak_ptr(m_life), answered = std::move(answered)](sd_bus_message* reply) {
+        if (!life.expired()) answered(reply);
+      });
+}
+
+void FedWindows::watchShell() {
+  const std::string rule =
+      "type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg0='" + m_options.shell + "'";
+  m_ownerChanges = m_bus.match(rule, [this](sd_bus_message* signal) {
+    const char* name = nullptr;
+    const char* before = nullptr;
+    const char* after = nullptr;
+    if (sd_bus_message_read(signal, "sss", &name, &before, &after) > 0) takeOwner(after);
+  });
+}
+
+void FedWindows::takeFirstOwner(sd_bus_message* reply) {
+  const char* owner = nullptr;
+  if (reply == nullptr || sd_bus_message_read(reply, "s", &owner) <= 0) return lose();
+  takeOwner(owner);
+}
 
 // Another copy that has it is the one that is fed: two would take each other's caller away.
 void FedWindows::takeOwnName(sd_bus_message* reply) {
   std::uint32_t outcome = 0;
   const bool isRead = reply != nullptr && sd_bus_message_read(reply, "u", &outcome) > 0;
   if (!isRead || (outcome != isOwner && outcome != isAlreadyOwner)) return lose();
-  m_ownerChanges = m_bus.match(
-      "type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',arg0='" + m_options.shell + "'",
-      [this](sd_bus_message* signal) {
-        const char* name = nullptr;
-        const char* before = nullptr;
-        const char* after = nullptr;
-        if (sd_bus_message_read(signal, "sss", &name, &before, &after) > 0) takeOwner(after);
-      });
-  const auto answered = [this, life = std::weak_ptr(m_life)](sd_bus_message* owner) {
-    if (life.expired()) return;
-    const char* name = nullptr;
-    if (owner == nullptr || sd_bus_message_read(owner, "s", &name) <= 0) return lose();
-    takeOwner(name);
-  };
-  if (!m_bus.callAsync(requestTo(m_bus, "GetNameOwner", m_options.shell), longestAnswer, answered)) lose();
+  m_hasName = true;
+  meetShell();
 }
 
 void FedWindows::takeOwner(const std::string& owner) {
@@ -90,11 +106,12 @@ void FedWindows::takeOwner(const std::string& owner) {
   m_owner = owner;
   m_isFed = false;
   m_absence.reset();
-  if (owner.empty()) {
-    m_absence = m_loop.after(m_options.longestAbsence, [this] { lose(); });
-  } else {
-    m_caller->meet(owner, [this] { lose(); });
-  }
+  if (owner.empty()) m_absence = m_loop.after(m_options.longestAbsence, [this] { lose(); });
+  meetShell();
+}
+
+void FedWindows::meetShell() {
+  if (m_hasName && !m_owner.empty()) m_caller->meet(m_owner, [this] { lose(); });
 }
 
 const char* FedWindows::take(sd_bus_message* call) {

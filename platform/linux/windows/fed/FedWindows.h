@@ -76,8 +76,12 @@ class FedWindows final : public DesktopWindows {
     std::uint64_t question = 0; // the first that counts
   };
 
+  bool ask(BusMessage question, BusConnection::Reply answered); // of the bus itself
+  void watchShell();
+  void takeFirstOwner(sd_bus_message* reply);
   void takeOwnName(sd_bus_message* reply);
   void takeOwner(const std::string& owner);
+  void meetShell();
   const char* take(sd_bus_message* call);
   void takeReady();
   bool takeWindow(sd_bus_message* call);
@@ -102,6 +106,7 @@ class FedWindows final : public DesktopWindows {
   Options m_options;
   Handlers m_handlers;
   std::string m_owner;     // of the shell's name; empty for nobody
+  bool m_hasName = false;  // its own
   bool m_isFed = false;    // the caller has said so, and not that it stops
   bool m_isListed = false; // and has told of all windows since
   bool m_isLost = false;

@@ -23,6 +23,7 @@
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace vantle {
 namespace {
@@ -390,6 +391,82 @@ TEST_F(FedWindowsTest, AKWinThatStaysAwayIsTheEndOfTheDesktop) {
   EXPECT_EQ(windows().active(), 0U);
   windows().forget(m_first.pid());
   EXPECT_FALSE(windows().requestClose({.id = 1, .canBeClosed = true}));
+}
+
+// An extension waits for the name, and nothing puts it in place.
+class WaitingCaller final : public FeedCaller {
+ public:
+  void meet(const std::string&, std::function<void()>) override {}
+  void begin() override {}
+  void ask(std::function<void(bool)> answered) override { m_answered = std::move(answered); }
+  bool requestClose(const std::string&) override { return false; }
+  bool answer() {
+    const auto answered = std::exchange(m_answered, {});
+    return answered && (answered(true), true);
+  }
+
+ private:
+  std::function<void(bool)> m_answered;
+};
+
+TEST_F(FedWindowsTest, WhoCallsTheMomentTheNameIsThereIsHeard) {
+  FakeService shell(m_bus.address(), "org.gnome.Shell");
+  const auto whenItIsThere = [](sd_bus_message* signal, void*, sd_bus_error*) {
+    sd_bus* const bus = sd_bus_message_get_bus(signal);
+    for (const char* member : {"Ready", "Front"}) {
+      sd_bus_call_method_async(bus, nullptr, scriptName, FedWindows::path, FedWindows::interface, member,
+                               nullptr, nullptr, "s", "");
+    }
+    return 0;
+  };
+  shell.perform([&](sd_bus* bus) {
+    const std::string rule = "type='signal',member='NameOwnerChanged',arg0='" + std::string(scriptName) + "'";
+    sd_bus_add_match(bus, nullptr, rule.c_str(), whenItIsThere, nullptr);
+  });
+  const ProcKernel kernel;
+  BusConnection connection(m_loop, m_bus.address());
+  FedWindows fed(m_loop, kernel, connection, {.shell = "org.gnome.Shell", .ownName = scriptName},
+                 std::make_unique<WaitingCaller>());
+  EXPECT_TRUE(fed.settle(desktop::guardLimit));
+  EXPECT_EQ(fed.refusedCalls(), 0U);
+}
+
+TEST_F(FedWindowsTest, AnUnansweredQuestionLeavesAWindowUnknown) {
+  FakeService shell(m_bus.address(), "org.gnome.Shell");
+  const ProcKernel kernel;
+  BusConnection connection(m_loop, m_bus.address());
+  auto owned = std::make_unique<WaitingCaller>();
+  WaitingCaller& caller = *owned;
+  FedWindows fed(m_loop, kernel, connection, {.shell = "org.gnome.Shell", .ownName = scriptName},
+                 std::move(owned));
+  EXPECT_FALSE(fed.settle(1ms)) << "nobody has called";
+  desktop::require("the name", [&] {
+    m_loop.runUntil([] { return false; }, 1ms);
+    int hasOwner = 0;
+    shell.perform([&](sd_bus* bus) {
+      sd_bus_message* reply = nullptr;
+      sd_bus_call_method(bus, "org.freedesktop.DBus", "/", "org.freedesktop.DBus", "NameHasOwner", nullptr,
+                         &reply, "s", scriptName);
+      sd_bus_message_read(reply, "b", &hasOwner);
+      sd_bus_message_unref(reply);
+    });
+    return hasOwner != 0;
+  });
+  shell.perform([&](sd_bus* bus) {
+    const auto tell = [bus](const char* member, const char* text) {
+      sd_bus_call_method_async(bus, nullptr, scriptName, FedWindows::path, FedWindows::interface, member,
+                               nullptr, nullptr, "s", text);
+    };
+    tell("Ready", "45");
+    sd_bus_call_method_async(bus, nullptr, scriptName, FedWindows::path, FedWindows::interface, "Window",
+                             nullptr, nullptr, "sissssb", "1", m_first.pid(), "", "", "", "ordinary", 0);
+    tell("Front", "1");
+  });
+  ASSERT_TRUE(runUntil([&] { return fed.active() != 0; }));
+  EXPECT_THAT(fed.known(), IsEmpty());
+  ASSERT_TRUE(caller.answer());
+  EXPECT_THAT(fed.known(), SizeIs(1));
+  EXPECT_FALSE(caller.answer()) << "no other question";
 }
 
 TEST_F(FedWindowsTest, ABusThatEndsIsTheEndOfTheDesktop) {

@@ -119,9 +119,9 @@ void ScriptedKWin::send(const char* member, const Fill& fill) const {
   m_service.perform([&](sd_bus* bus) { tell(bus, seen().listener, member, fill); });
 }
 
-void ScriptedKWin::open(const Window& window) { send("Window", announcing(window)); }
-void ScriptedKWin::front(const std::string& id) { callWith("Front", id); }
-void ScriptedKWin::gone(const std::string& id) { callWith("Gone", id); }
+void ScriptedKWin::open(const Window& window) const { send("Window", announcing(window)); }
+void ScriptedKWin::front(const std::string& id) const { callWith("Front", id); }
+void ScriptedKWin::gone(const std::string& id) const { callWith("Gone", id); }
 void ScriptedKWin::call(const char* member) const {
   send(member, [](sd_bus_message*) {});
 }

@@ -39,9 +39,9 @@ class ScriptedKWin {
   ScriptedKWin(const std::string& busAddress, Manners manners);
 
   // What the script does, in order; these return when it is sent.
-  void open(const Window& window);
-  void front(const std::string& id);
-  void gone(const std::string& id);
+  void open(const Window& window) const;
+  void front(const std::string& id) const;
+  void gone(const std::string& id) const;
   void call(const char* member) const; // without arguments
   void callWith(const char* member, const std::string& text) const;
   // Anything else, to whom the script calls.
