@@ -38,13 +38,12 @@ KWinDesktop::~KWinDesktop() {
   m_compositor->waitForEnd();
 }
 
-Program& KWinDesktop::startCompositor() {
+void KWinDesktop::startCompositor() {
   // The installed one has a right of its own, with which it would take no path to its parts from us; a copy
   // under the same name has not.
   const fs::path program = folder().path() / "kwin_wayland";
-  fs::copy_file("/usr/bin/kwin_wayland", program, fs::copy_options::skip_existing);
+  fs::copy_file("/usr/bin/kwin_wayland", program);
   const fs::path told = runtimeDir() / "kwin.names";
-  fs::remove(told);
   const fs::path script = folder().write(
       "tell-names", "#!/bin/sh\nprintf '%s\\n' \"$DISPLAY\" \"$XAUTHORITY\" >'" + told.string() +
                         ".new' && mv '" + told.string() + ".new' '" + told.string() + "'\n");
@@ -61,7 +60,6 @@ Program& KWinDesktop::startCompositor() {
     setEnvironment(variable, name);
   }
   setEnvironment("WAYLAND_DISPLAY", socketName);
-  return *m_compositor;
 }
 
 std::string KWinDesktop::script(const std::string& text) {

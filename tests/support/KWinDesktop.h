@@ -24,8 +24,6 @@ class KWinDesktop : public PrivateSession {
   std::string waylandDisplay() const { return environment().at("WAYLAND_DISPLAY"); }
   std::string display() const { return environment().at("DISPLAY"); } // XWayland's, ":N"
   Program& compositor() { return *m_compositor; }
-  // Again, under the same names but for the X display's, after it was killed.
-  Program& startCompositor();
 
   // Brings the first window whose process, as KWin knows it, or whose title this is to the front, once there
   // is one; returns when it is there.
@@ -41,6 +39,7 @@ class KWinDesktop : public PrivateSession {
   bool hasScript(const std::string& name); // whether KWin keeps one of this name
 
  private:
+  void startCompositor();
   void focusWhere(const std::string& condition);
   bool activateWhere(const std::string& condition); // whether it is in front now
   bool runScript(const std::filesystem::path& file, const std::string& name);
