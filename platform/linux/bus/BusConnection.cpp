@@ -61,9 +61,13 @@ BusConnection::BusConnection(EventLoop& loop, std::string address)
     : m_loop(loop), m_address(std::move(address)) {}
 BusConnection::~BusConnection() = default;
 
+// Without the limit of a turn: what is left to deliver grows no more, and who asks is to get the next bus.
+void BusConnection::noticeEnd() {
+  if (m_bus && hungUp(m_bus.get())) process(SteadyClock::time_point::max());
+}
+
 sd_bus* BusConnection::open() {
-  // A daemon that died is noticed here as well: whoever asks before the loop ran again gets the new one.
-  if (m_bus && hungUp(m_bus.get())) process();
+  noticeEnd(); // whoever asks before the loop ran again gets the new one
   if (m_bus) return m_bus.get();
   sd_bus* bus = nullptr;
   int status = 0;
@@ -171,9 +175,10 @@ bool BusConnection::runUntil(const std::function<bool()>& condition, BusDeadline
   return m_bus != nullptr;
 }
 
-void BusConnection::process() {
+void BusConnection::process() { process(SteadyClock::now() + longestTurn); }
+
+void BusConnection::process(BusDeadline end) {
   int processed = 1;
-  const SteadyClock::time_point end = SteadyClock::now() + longestTurn;
   while (processed > 0 && m_bus) {
     if (SteadyClock::now() >= end) break; // the rest is there in the next turn, which `watch` brings about
     processed = sd_bus_process(m_bus.get(), nullptr);

@@ -64,6 +64,10 @@ class BusConnection {
   // The name that the bus knows this connection by, ":1.42"; empty before the first reply has arrived.
   std::string uniqueName() const;
 
+  // Lets go of a bus that has died, should the loop not have come to it yet: what was under way has failed
+  // and `onLost` was told on return. Not to be called inside a reply or a signal, where it does nothing.
+  void noticeEnd();
+
   // Whether a reply or signal could arrive at all: connected, or under way to it.
   bool isOpen() const { return m_bus != nullptr; }
 
@@ -74,7 +78,8 @@ class BusConnection {
 
   sd_bus* open();
   void process(); // delivers what has arrived, a turn of it
-  void watch();   // tells the loop what the connection waits for now
+  void process(BusDeadline end);
+  void watch(); // tells the loop what the connection waits for now
   void drop();
 
   EventLoop& m_loop;

@@ -60,22 +60,25 @@ DesktopNotifications::DesktopNotifications(BusConnection& sessionBus)
 
 void DesktopNotifications::post(const std::string& identifier, const std::string& title,
                                 const std::string& body) {
-  Notice& notice = m_notices[identifier];
-  notice.next = Content{title, body};
+  m_bus.noticeEnd(); // before the notice is noted: the end of its daemon takes all of them along
   watchDaemon();
+  m_notices[identifier].next = Content{title, body};
   if (m_readsMarkup) {
-    send(identifier, notice);
+    send(identifier);
   } else {
     askForMarkup();
   }
 }
 
-void DesktopNotifications::send(const std::string& identifier, Notice& notice) {
+void DesktopNotifications::send(const std::string& identifier) {
+  // First of all: a bus that is found dead here takes the notices along.
+  BusMessage message = m_bus.methodCall(method("Notify"));
+  const auto found = m_notices.find(identifier);
+  if (!message || found == m_notices.end()) return;
+  Notice& notice = found->second;
   if (!notice.next || notice.isOnTheWay) return;
   const Content content = *std::exchange(notice.next, std::nullopt);
   const std::string body = m_readsMarkup == true ? escapedMarkup(content.body) : content.body;
-  BusMessage message = m_bus.methodCall(method("Notify"));
-  if (!message) return;
   // No actions; the daemon's own time to show it; no sound.
   const int status = sd_bus_message_append(
       message.get(), "susssasa{sv}i", names::display, notice.id, names::identifier, content.title.c_str(),
@@ -90,7 +93,7 @@ void DesktopNotifications::takeId(const std::string& identifier, sd_bus_message*
   Notice& notice = m_notices[identifier];
   notice.isOnTheWay = false;
   if (reply) sd_bus_message_read(reply, "u", &notice.id);
-  send(identifier, notice);
+  send(identifier);
 }
 
 void DesktopNotifications::askForMarkup() {
@@ -115,7 +118,7 @@ void DesktopNotifications::takeCapabilities(sd_bus_message* reply) {
     }
   }
   m_readsMarkup = readsMarkup;
-  for (auto& [identifier, notice] : m_notices) send(identifier, notice);
+  for (const auto& [identifier, notice] : m_notices) send(identifier);
 }
 
 void DesktopNotifications::watchDaemon() {

@@ -36,7 +36,7 @@ class DesktopNotifications final : public Notifications {
     std::optional<Content> next; // to replace it as soon as it is
   };
 
-  void send(const std::string& identifier, Notice& notice);
+  void send(const std::string& identifier);
   void takeId(const std::string& identifier, sd_bus_message* reply);
   void askForMarkup();
   void takeCapabilities(sd_bus_message* reply);

@@ -180,6 +180,24 @@ TEST_F(Notices, ABusThatDiesIsSurvived) {
   EXPECT_EQ(daemon->shown().front().replaces, 0);
 }
 
+// Nothing was heard of the bus's end when the next notice came.
+TEST_F(Notices, ABusThatDiesBeforeItsReplyHoldsUpNoNotice) {
+  auto daemon = std::make_unique<Daemon>(bus.address(), false);
+  daemon->service().ignore("Notify");
+  notices.post("ram", "title", "one");
+  ASSERT_TRUE(desktop::waitUntil([&] {
+    loop.runUntil([] { return false; }, std::chrono::milliseconds(1));
+    return daemon->service().calls("Notify") == 1;
+  }));
+  bus.kill();
+  daemon.reset();
+  bus.start();
+  daemon = std::make_unique<Daemon>(bus.address(), false);
+  notices.post("ram", "title", "two");
+  expectShown(*daemon, 1);
+  EXPECT_EQ(daemon->shown().front().body, "two");
+}
+
 TEST_F(Notices, WithoutABusThereIsSilence) {
   BusConnection nowhere(loop, "unix:path=/nonexistent/bus");
   DesktopNotifications silent(nowhere);
