@@ -137,9 +137,7 @@ const Stage::App& Stage::app(const std::string& name) const {
 bool Stage::showPanel() {
   const auto corner = [this] { return m_desktop.windows().pixel(1420, 10); };
   const std::uint32_t before = corner();
-  return m_desktop.run({"gdbus", "call", "--session", "--dest", "com.halvo.vantle", "--object-path",
-                        "/com/halvo/vantle", "--method", "org.freedesktop.Application.Activate", "{}"}) &&
-         desktop::waitUntil([&] { return corner() != before; });
+  return m_desktop.callApplication("Activate") && desktop::waitUntil([&] { return corner() != before; });
 }
 
 void Stage::hidePanel() { m_desktop.run({"xdotool", "key", "Escape"}); }

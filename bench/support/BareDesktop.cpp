@@ -34,7 +34,7 @@ class BareX11 final : public BareDesktop {
 class BareSway final : public BareDesktop {
  public:
   BareSway() {
-    m_desktop.launch({"wtype", "-s", "100000000"}); // a keyboard that stays
+    m_desktop.addKeyboard();
     for (int app = 0; app < apps; ++app) {
       m_desktop.waitForWindow(m_desktop.launch({desktop::testWindow()}).pid());
     }
@@ -44,12 +44,7 @@ class BareSway final : public BareDesktop {
   desktop::PrivateSession& session() override { return m_desktop; }
   // A program that takes a picture: tens of milliseconds.
   std::uint32_t pixel(int x, int y) override {
-    const auto file = m_desktop.folder().path() / "tmp/pixel.ppm";
-    desktop::require("a picture", [&] {
-      return m_desktop.run(
-          {"grim", "-t", "ppm", "-g", std::to_string(x) + "," + std::to_string(y) + " 1x1", file.string()});
-    });
-    return desktop::Picture(file).pixel(0, 0);
+    return m_desktop.picture(std::to_string(x) + "," + std::to_string(y) + " 1x1").pixel(0, 0);
   }
   void press(const std::string& key) override { m_desktop.run({"wtype", "-k", key}); }
   void closeWindow(const std::string& title) override { m_desktop.command("[title=\"" + title + "\"] kill"); }

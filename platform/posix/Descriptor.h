@@ -23,6 +23,7 @@ class Descriptor {
   }
 
   int get() const { return m_number; }
+  int release() { return std::exchange(m_number, -1); } // to somebody else, who closes it
   explicit operator bool() const { return m_number >= 0; }
 
  private:

@@ -20,7 +20,8 @@ set(settings_rooms base engine platform/shared look settings update)
 set(look/ports_rooms base look/ports)
 set(panel/ports_rooms base panel/ports)
 set(desktop_rooms base look/ports panel/ports platform/shared desktop/Desktop.h desktop/QtEventLoop.h)
-set(desktop/linux_rooms base look/ports panel/ports platform/shared platform/linux/x11 desktop/Desktop.h desktop/linux)
+set(desktop/linux_rooms base look/ports panel/ports platform/shared platform/linux/sockets platform/linux/x11
+    desktop/Desktop.h desktop/linux)
 # Of the system that the program was built for, the headers that all systems have.
 set(app_rooms base engine platform/Platform.h platform/shared look panel settings update desktop/Desktop.h
     desktop/QtEventLoop.h app)

@@ -38,6 +38,13 @@ class BoostStage : public testing::Test {
   static bool becomesFast(const Program& program) {
     return waitUntil([&] { return isAtFullSpeed(program.pid()); });
   }
+  // The program's start and a Boost of the game, which slows what was in front before.
+  void slowBehind(Program& game, Program& program) {
+    focus(program);
+    startVantle();
+    focus(game);
+    ASSERT_TRUE(becomesSlowed(program));
+  }
   // To the last bit.
   void expectBack(const Program& program) {
     const KernelState& before = m_before.at(program.pid());

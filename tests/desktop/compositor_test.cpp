@@ -40,23 +40,16 @@ class KilledCompositor : public testing::TestWithParam<Panel> {
 
   // As an app menu does.
   void openPanel() {
-    const Picture before = picture();
-    ASSERT_TRUE(
-        m_desktop.run({"gdbus", "call", "--session", "--dest", "com.halvo.vantle", "--object-path",
-                       "/com/halvo/vantle", "--method", "org.freedesktop.Application.Activate", "{}"}));
-    ASSERT_TRUE(waitUntil([&] { return changedArea(before, picture()).width() > 1; }));
+    const Picture before = m_desktop.picture();
+    ASSERT_TRUE(m_desktop.callApplication("Activate"));
+    ASSERT_TRUE(waitUntil([&] { return changedArea(before, m_desktop.picture()).width() > 1; }));
   }
   void closePanel() {
-    const Picture before = picture();
+    const Picture before = m_desktop.picture();
     ASSERT_TRUE(waitUntil([&] {
       m_desktop.run({"wtype", "-k", "Escape"});
-      return changedArea(before, picture()).width() > 1;
+      return changedArea(before, m_desktop.picture()).width() > 1;
     }));
-  }
-  Picture picture() {
-    const auto file = m_desktop.folder().path() / "tmp/picture.ppm";
-    require("a picture", [&] { return m_desktop.run({"grim", "-t", "ppm", file.string()}); });
-    return Picture(file);
   }
 
   std::string journal() const {
@@ -74,7 +67,7 @@ TEST_P(KilledCompositor, LeavesNothingSlowed) {
     others.push_back(&app({"--title", std::to_string(number), "--threads", std::to_string(number % 3)}));
   }
   Program& game = app({"--class", "Game"});
-  m_desktop.launch({"wtype", "-s", "100000000"}); // a keyboard that stays
+  m_desktop.addKeyboard();
   const MachineState before = machineState(m_desktop.user());
   Program& vantle = m_desktop.launch({VANTLE_PROGRAM});
   m_desktop.waitForBusName("com.halvo.vantle");
@@ -114,9 +107,8 @@ class SettingsOnWayland : public testing::Test {
 
   // As a launcher does.
   void openSettings(const std::string& token) {
-    ASSERT_TRUE(m_desktop.run({"gdbus", "call", "--session", "--dest", "com.halvo.vantle", "--object-path",
-                               "/com/halvo/vantle", "--method", "org.freedesktop.Application.ActivateAction",
-                               "settings", "[]", "{'activation-token': <'" + token + "'>}"}));
+    ASSERT_TRUE(m_desktop.callApplication("ActivateAction",
+                                          {"settings", "[]", "{'activation-token': <'" + token + "'>}"}));
     m_desktop.waitForWindow(m_vantle->pid());
   }
   bool isSaid(const std::string& text) const {

@@ -57,10 +57,7 @@ TEST_F(BoostOnKWin, OfAGameThroughXwayland) { expectBoost(x11("Game")); }
 TEST_F(BoostOnKWin, GoesOnWithTheScriptThatAKilledCopyLeft) {
   Program& game = nativeGame();
   Program& client = x11("Client");
-  focus(client);
-  startVantle();
-  focus(game);
-  ASSERT_TRUE(becomesSlowed(client));
+  ASSERT_NO_FATAL_FAILURE(slowBehind(game, client));
   m_vantle->kill();
   require("a free name", [&] { return !m_desktop.hasBusName("com.halvo.vantle"); });
   startVantle();
@@ -75,10 +72,7 @@ TEST_F(BoostOnKWin, GoesOnWithTheScriptThatAKilledCopyLeft) {
 TEST_F(BoostOnKWin, GoesOnBesideASelfTestWhichSaysWhereItLooks) {
   Program& game = nativeGame();
   Program& client = x11("Client");
-  focus(client);
-  startVantle();
-  focus(game);
-  ASSERT_TRUE(becomesSlowed(client));
+  ASSERT_NO_FATAL_FAILURE(slowBehind(game, client));
   const std::string said = (m_desktop.home() / "said").string();
   m_desktop.run({"sh", "-c", VANTLE_PROGRAM " --test >" + said});
   EXPECT_TRUE(m_desktop.run({"grep", "-qx", "Desktop: Plasma (native apps and X11 apps)", said}));

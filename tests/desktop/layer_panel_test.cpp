@@ -47,7 +47,7 @@ class LayerPanel : public testing::Test, public HostedPanel {
     m_desktop->launch({"sh", "-c", "exec \"$0\" \"$1\" \"$2\" <>\"$3\" >\"$4\"", virtualPointer(),
                        std::to_string(screens * screenWidth), std::to_string(screenHeight),
                        m_pointerInput.string(), m_pointerLog.string()});
-    m_desktop->launch({"wtype", "-s", "100000000"}); // a keyboard that stays
+    m_desktop->addKeyboard();
   }
   void startHost() { HostedPanel::startHost(*m_desktop, {}); }
 
@@ -86,25 +86,17 @@ class LayerPanel : public testing::Test, public HostedPanel {
     });
   }
   // As an app menu does.
-  bool activate() {
-    return m_desktop->run({"gdbus", "call", "--session", "--dest", "com.halvo.vantle", "--object-path",
-                           "/com/halvo/vantle", "--method", "org.freedesktop.Application.Activate", "{}"});
-  }
+  bool activate() { return m_desktop->callApplication("Activate"); }
   bool openByMenu() {
     const long before = countOf("opened ");
     return activate() && waitUntil([&] { return countOf("opened ") > before; });
   }
 
-  Picture picture() {
-    const auto file = m_desktop->folder().path() / "tmp/picture.ppm";
-    require("a picture", [&] { return m_desktop->run({"grim", "-t", "ppm", file.string()}); });
-    return Picture(file);
-  }
   // Bars draw, and panels are shown, some time after they are there.
   Picture stillPicture() {
-    Picture last = picture();
+    Picture last = m_desktop->picture();
     require("a picture that stays", [&] {
-      const Picture before = std::exchange(last, picture());
+      const Picture before = std::exchange(last, m_desktop->picture());
       return changedArea(before, last) == Area{};
     });
     return last;
@@ -166,7 +158,7 @@ TEST_F(LayerPanel, HasAnIconThatCanBeReadOnTheBlackBar) {
     return (pixel & 0xffU) > 0xc0 && (pixel >> 8U & 0xffU) > 0xc0 && pixel >> 16U > 0xc0;
   };
   EXPECT_TRUE(waitUntil([&] {
-    const Picture now = picture();
+    const Picture now = m_desktop->picture();
     for (int y = screenHeight - barHeight; y < screenHeight; ++y) {
       for (int x = screenWidth - barHeight; x < screenWidth; ++x) {
         if (isLight(now.pixel(x, y))) return true;
@@ -209,7 +201,7 @@ TEST_F(LayerPanel, TakesClicksAndGoesAtOneAnywhereElse) {
   const Picture before = stillPicture();
   const long closed = countOf("closed");
   click(area.right - 28, area.bottom - 57); // the switch
-  require("the switch moves", [&] { return changedArea(before, picture()).width() > 1; });
+  require("the switch moves", [&] { return changedArea(before, m_desktop->picture()).width() > 1; });
   EXPECT_EQ(countOf("closed"), closed);
   click(area.left + panelWidth / 2, area.bottom - 22); // its last line
   require("the end", [&] { return countOf("quit") == 1; });
@@ -253,7 +245,7 @@ TEST_F(LayerPanel, StaysOffTheBarOnASmallScreenAndIsSharpAtScaleTwo) {
 TEST_F(LayerPanel, OpensOnTheScreenOfTheIconAndGoesAtAClickOnAnother) {
   startDesktop("output HEADLESS-1 position 0 0\noutput HEADLESS-2 position 1280 0\n" + bar("bottom"), 2);
   startHost();
-  ASSERT_EQ(picture().width(), 2 * screenWidth);
+  ASSERT_EQ(m_desktop->picture().width(), 2 * screenWidth);
   ASSERT_TRUE(clickUntilOpened(screenWidth + iconX, bottomIconY));
   EXPECT_EQ(panelArea().right, 2 * screenWidth - gap - 1);
   ASSERT_TRUE(clickUntilOpened(screenWidth + iconX, bottomIconY));

@@ -442,9 +442,7 @@ TEST_P(Ending, FromThePanelPutsEverythingBack) {
   Program& played = game();
   ASSERT_NO_FATAL_FAILURE(startBoost(played, mail));
   ASSERT_TRUE(becomesSlowed(editor));
-  ASSERT_TRUE(
-      m_desktop->run({"gdbus", "call", "--session", "--dest", "com.halvo.vantle", "--object-path",
-                      "/com/halvo/vantle", "--method", "org.freedesktop.Application.Activate", "{}"}));
+  ASSERT_TRUE(m_desktop->callApplication("Activate"));
   std::optional<AccessibleTree::Node> quit;
   require("the button", [&] { return (quit = tree.control("vantle", "Quit Vantle")).has_value(); });
   EXPECT_TRUE(tree.shows("vantle", "Boost on"));
@@ -866,9 +864,7 @@ TEST_P(WindowManagersApps, AreSlowedOnlyWhereThatCanBeUndone) {
   m_desktop->activate(m_desktop->waitForWindow(played).id);
   // The pass that slowed this one has looked at the others, too.
   ASSERT_TRUE(becomesSlowed(mail));
-  ASSERT_TRUE(
-      m_desktop->run({"gdbus", "call", "--session", "--dest", "com.halvo.vantle", "--object-path",
-                      "/com/halvo/vantle", "--method", "org.freedesktop.Application.Activate", "{}"}));
+  ASSERT_TRUE(m_desktop->callApplication("Activate"));
   require("the panel", [&] { return tree.shows("vantle", "Mail"); });
   EXPECT_EQ(tree.shows("vantle", "Editor"), canUndoAnything());
   EXPECT_EQ(isSlowed(editor), canUndoAnything());

@@ -122,9 +122,7 @@ TEST_F(Shell, ASwitchIsFoundFromTheTrayAndSurvivesARestart) {
 
 TEST_F(Shell, TheSettingsAreDrawnAsFrugallyWhenTheyAreTheFirstToOpen) {
   startVantle();
-  ASSERT_TRUE(desktop.run({"gdbus", "call", "--session", "--dest", "com.halvo.vantle", "--object-path",
-                           "/com/halvo/vantle", "--method", "org.freedesktop.Application.ActivateAction",
-                           "settings", "[]", "{}"}));
+  ASSERT_TRUE(desktop.callApplication("ActivateAction", {"settings", "[]", "{}"}));
   ASSERT_TRUE(becomesShown("Boost these apps"));
   std::ifstream maps("/proc/" + std::to_string(m_vantle->pid()) + "/maps");
   const std::string loaded{std::istreambuf_iterator<char>(maps), {}};

@@ -42,10 +42,7 @@ TEST_F(BoostOnSway, OfAGameThroughXwayland) { expectBoost(x11("Game")); }
 TEST_F(BoostOnSway, LeavesNothingSlowedWhenSwayDies) {
   Program& game = native("org.example.Game");
   Program& client = x11("Client");
-  focus(client);
-  startVantle();
-  focus(game);
-  ASSERT_TRUE(becomesSlowed(client));
+  ASSERT_NO_FATAL_FAILURE(slowBehind(game, client));
   m_desktop.compositor().kill();
   EXPECT_TRUE(m_vantle->waitForEnd());
   ASSERT_TRUE(client.isRunning());

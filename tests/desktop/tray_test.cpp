@@ -126,8 +126,7 @@ TEST_F(Tray, ThePanelOpensOnTheScreenOfItsIconAndLeavesItWhenThatIsUnplugged) {
 TEST_F(Tray, WithNoTrayTheAppMenuOpensThePanel) {
   startHost();
   desktop.waitForBusName("com.halvo.vantle");
-  ASSERT_TRUE(desktop.run({"gdbus", "call", "--session", "--dest", "com.halvo.vantle", "--object-path",
-                           "/com/halvo/vantle", "--method", "org.freedesktop.Application.Activate", "{}"}));
+  ASSERT_TRUE(desktop.callApplication("Activate"));
   EXPECT_TRUE(waitUntil([this] { return countOf("opened ") == 1; }));
   // Another window that comes to the front closes it.
   desktop.activate(desktop.launch({testWindow(), "--title", "other"}));

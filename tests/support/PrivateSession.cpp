@@ -82,6 +82,20 @@ bool PrivateSession::run(std::vector<std::string> command) {
   return launch(std::move(command)).exitStatus() == 0;
 }
 
+bool PrivateSession::callApplication(const std::string& method, std::vector<std::string> arguments) {
+  const std::vector<std::string> tool{"gdbus",
+                                      "call",
+                                      "--session",
+                                      "--dest",
+                                      "com.halvo.vantle",
+                                      "--object-path",
+                                      "/com/halvo/vantle",
+                                      "--method",
+                                      "org.freedesktop.Application." + method};
+  arguments.insert(arguments.begin(), tool.begin(), tool.end());
+  return run(std::move(arguments));
+}
+
 fs::path PrivateSession::installDesktopFile(const std::string& id, const std::string& text) const {
   return m_folder.write(fs::path("home/.local/share/applications") / (id + ".desktop"), text);
 }

@@ -44,6 +44,8 @@ class PrivateSession {
                     const Environment& added = {});
   // Runs a small tool to its end; true when it succeeded.
   bool run(std::vector<std::string> command);
+  // Asks the program on the session's bus for something, as app menus do; true when it took that.
+  bool callApplication(const std::string& method, std::vector<std::string> arguments = {"{}"});
   // Writes DATA/applications/ID.desktop.
   std::filesystem::path installDesktopFile(const std::string& id, const std::string& text) const;
   bool hasBusName(const std::string& name);

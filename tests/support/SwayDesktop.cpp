@@ -186,6 +186,15 @@ void SwayDesktop::focus(std::uint64_t window) {
   });
 }
 
+Picture SwayDesktop::picture(const std::string& part) {
+  const fs::path file = folder().path() / "tmp/picture.ppm";
+  std::vector<std::string> tool{"grim", "-t", "ppm"};
+  if (!part.empty()) tool.insert(tool.end(), {"-g", part});
+  tool.push_back(file.string());
+  require("a picture", [&] { return run(tool); });
+  return Picture(file);
+}
+
 bool SwayDesktop::screenshot(const fs::path& png) { return takePicture({"grim"}, png); }
 
 } // namespace vantle::desktop

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "tests/support/Picture.h"
 #include "tests/support/PrivateSession.h"
 
 #include <cstdint>
@@ -61,6 +62,10 @@ class SwayDesktop : public PrivateSession {
   void focus(const Program& program) { focus(waitForWindow(program.pid()).id); }
 
   bool screenshot(const std::filesystem::path& png);
+  // What its screens show, or a part of it: "X,Y WIDTHxHEIGHT".
+  Picture picture(const std::string& part = {});
+  // One that stays: without any, nothing has the keyboard.
+  void addKeyboard() { launch({"wtype", "-s", "100000000"}); }
 
  private:
   // One question on a connection of its own; the answer is JSON.

@@ -11,8 +11,6 @@ namespace vantle {
 
 namespace {
 
-constexpr std::uint32_t allEdges = ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP | ZWLR_LAYER_SURFACE_V1_ANCHOR_BOTTOM |
-                                   ZWLR_LAYER_SURFACE_V1_ANCHOR_LEFT | ZWLR_LAYER_SURFACE_V1_ANCHOR_RIGHT;
 constexpr int pixelSize = 4; // bytes
 
 // Null when there is no memory.
@@ -41,7 +39,7 @@ ClickCatcher::ClickCatcher(LayerShell& shell, QScreen& screen)
                                          LayerSurface::Handlers{.sized = [this](QSize size) { cover(size); },
                                                                 .closed = [this] { m_layer.reset(); }})) {
   m_layer->handOver();
-  m_layer->place({.edges = allEdges}, {0, 0});
+  m_layer->place({.edges = LayerPlace::allEdges}, {0, 0});
   m_layer->ignoreBars();
   m_layer->commit();
 }

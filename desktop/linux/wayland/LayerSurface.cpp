@@ -18,6 +18,10 @@ int along(int middle, int size, int room) {
 
 } // namespace
 
+const std::uint32_t LayerPlace::allEdges =
+    ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP | ZWLR_LAYER_SURFACE_V1_ANCHOR_BOTTOM |
+    ZWLR_LAYER_SURFACE_V1_ANCHOR_LEFT | ZWLR_LAYER_SURFACE_V1_ANCHOR_RIGHT;
+
 LayerPlace panelLayerPlace(const QRect& icon, const QSize& size, const QRect& screen, const QSize& room) {
   const QPoint point = icon.center() - screen.topLeft();
   const int barsAcross = screen.width() - room.width();

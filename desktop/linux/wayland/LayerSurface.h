@@ -15,6 +15,8 @@ namespace vantle {
 // Where a layer is: at these edges of its screen, or of what bars leave free of it, each so far away. Pixels
 // of the desktop.
 struct LayerPlace {
+  static const std::uint32_t allEdges; // over all of it
+
   std::uint32_t edges = 0;
   int top = 0;
   int right = 0;

@@ -3,17 +3,11 @@
 
 #include "desktop/linux/wayland/LayerShell.h"
 #include "desktop/linux/wayland/WaylandQueue.h"
+#include "platform/linux/sockets/LocalSocket.h"
 
 #include <QByteArray>
-#include <QFile>
 #include <QtGlobal>
 #include <chrono>
-#include <cstring>
-#include <optional>
-#include <string>
-#include <sys/socket.h>
-#include <sys/un.h>
-#include <unistd.h>
 
 namespace vantle {
 
@@ -21,30 +15,6 @@ namespace {
 
 constexpr const char* pluginVariable = "QT_QPA_PLATFORM";
 constexpr std::chrono::milliseconds longestLook{200};
-
-// The socket's path, by the rule of every Wayland client; empty when the environment does not tell.
-QByteArray socketPath() {
-  QByteArray name = qgetenv("WAYLAND_DISPLAY");
-  if (name.startsWith('/')) return name;
-  const QByteArray folder = qgetenv("XDG_RUNTIME_DIR");
-  return folder.isEmpty() ? QByteArray() : folder + '/' + name;
-}
-
-// The library's own way of connecting would wait for ever for a compositor that accepts nobody.
-int connectedSocket() {
-  const QByteArray path = socketPath();
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  if (path.isEmpty() || static_cast<std::size_t>(path.size()) >= sizeof address.sun_path) return -1;
-  std::memcpy(address.sun_path, path.constData(), static_cast<std::size_t>(path.size()));
-  const int socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-  if (socket < 0) return -1;
-  if (::connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0) { // NOLINT
-    return socket;
-  }
-  ::close(socket);
-  return -1;
-}
 
 void noteLayerShell(void* found, wl_registry* /*registry*/, std::uint32_t /*name*/, const char* interface,
                     std::uint32_t /*version*/) {
@@ -55,9 +25,11 @@ constexpr wl_registry_listener looking{.global = noteLayerShell, .global_remove 
 
 // A compositor that refuses or does not answer has none.
 bool hasLayerShell() {
-  const int socket = connectedSocket();
-  if (socket < 0) return false;
-  wl_display* const display = wl_display_connect_to_fd(socket); // which owns the socket
+  // The library's own way of connecting would wait for ever for a compositor that accepts nobody.
+  Descriptor socket = connectTo(
+      waylandSocket(qgetenv("WAYLAND_DISPLAY").toStdString(), qgetenv("XDG_RUNTIME_DIR").toStdString()));
+  if (!socket) return false;
+  wl_display* const display = wl_display_connect_to_fd(socket.release());
   if (display == nullptr) return false;
   bool found = false;
   {

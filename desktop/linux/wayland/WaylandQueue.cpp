@@ -24,13 +24,13 @@ WaylandQueue::~WaylandQueue() { wl_event_queue_destroy(m_queue); }
 
 // An object belongs to the queue of the one that makes it, so a stand-in for the connection makes these: in
 // between, an event could go to the wrong queue.
-wl_registry* WaylandQueue::makeRegistry() const {
-  auto* const display = static_cast<wl_display*>(wl_proxy_create_wrapper(m_display));
-  wl_proxy_set_queue(toProxy(display), m_queue);
-  wl_registry* const registry = wl_display_get_registry(display);
-  wl_proxy_wrapper_destroy(display);
-  return registry;
+WaylandQueue::StandIn WaylandQueue::standIn() const {
+  StandIn display(static_cast<wl_display*>(wl_proxy_create_wrapper(m_display)), wl_proxy_wrapper_destroy);
+  wl_proxy_set_queue(toProxy(display.get()), m_queue);
+  return display;
 }
+
+wl_registry* WaylandQueue::makeRegistry() const { return wl_display_get_registry(standIn().get()); }
 
 bool WaylandQueue::waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit) const {
   const Steady::time_point end = Steady::now() + limit;
@@ -43,10 +43,7 @@ bool WaylandQueue::waitUntil(const std::function<bool()>& condition, std::chrono
 
 bool WaylandQueue::settle(std::chrono::milliseconds limit) const {
   bool isDone = false;
-  auto* const display = static_cast<wl_display*>(wl_proxy_create_wrapper(m_display));
-  wl_proxy_set_queue(toProxy(display), m_queue);
-  wl_callback* const callback = wl_display_sync(display);
-  wl_proxy_wrapper_destroy(display);
+  wl_callback* const callback = wl_display_sync(standIn().get());
   wl_callback_add_listener(callback, &onDone, &isDone);
   const bool isInTime = waitUntil([&] { return isDone; }, limit);
   wl_callback_destroy(callback);

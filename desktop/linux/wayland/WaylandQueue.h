@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <wayland-client.h>
 
 namespace vantle {
@@ -30,6 +31,9 @@ class WaylandQueue {
   template <class Object> static wl_proxy* toProxy(Object* object) {
     return reinterpret_cast<wl_proxy*>(object); // NOLINT
   }
+  using StandIn = std::unique_ptr<wl_display, void (*)(void*)>;
+
+  StandIn standIn() const;
   bool readUntil(std::chrono::steady_clock::time_point end) const;
   void release(wl_proxy* proxy) const;
 

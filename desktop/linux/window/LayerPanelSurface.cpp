@@ -43,9 +43,7 @@ QSize LayerPanelSurface::askForRoom(QScreen& screen) const {
   std::optional<QSize> size;
   {
     LayerSurface layer(*m_shell, surface, &screen, ZWLR_LAYER_SHELL_V1_LAYER_OVERLAY, {});
-    layer.place({.edges = ZWLR_LAYER_SURFACE_V1_ANCHOR_TOP | ZWLR_LAYER_SURFACE_V1_ANCHOR_BOTTOM |
-                          ZWLR_LAYER_SURFACE_V1_ANCHOR_LEFT | ZWLR_LAYER_SURFACE_V1_ANCHOR_RIGHT},
-                {0, 0});
+    layer.place({.edges = LayerPlace::allEdges}, {0, 0});
     layer.commit();
     size = layer.firstSize(longestAnswer);
   }

@@ -33,12 +33,6 @@ std::shared_ptr<std::string> named(std::string name) {
   return std::make_shared<std::string>(std::move(name));
 }
 
-std::string socketOf(const SessionNames& names) {
-  const bool isPath = names.waylandDisplay.starts_with('/');
-  return isPath || names.waylandDisplay.empty() ? names.waylandDisplay
-                                                : names.runtimeFolder + "/" + names.waylandDisplay;
-}
-
 } // namespace
 
 SessionNames SessionNames::fromEnvironment() {
@@ -51,7 +45,8 @@ DesktopProbe::DesktopProbe(EventLoop& loop, const Kernel& kernel, BusConnection&
     : m_loop(loop), m_kernel(kernel), m_bus(sessionBus), m_names(std::move(names)), m_feed(std::move(feed)) {}
 
 DesktopSource DesktopProbe::find() const {
-  const std::optional<LocalPeer> compositor = connectToOwn(socketOf(m_names));
+  const std::optional<LocalPeer> compositor =
+      connectToOwn(waylandSocket(m_names.waylandDisplay, m_names.runtimeFolder));
   if (compositor) {
     if (auto windows = sway(*compositor))
       return {named("sway (native apps and X11 apps)"), std::move(windows), FrontRule::settled,

@@ -3,8 +3,8 @@
 
 #include "platform/linux/bus/BusConnection.h"
 #include "platform/linux/kernel/Kernel.h"
+#include "platform/linux/sockets/LocalSocket.h"
 #include "platform/linux/windows/DesktopWindows.h"
-#include "platform/linux/windows/LocalPeer.h"
 #include "platform/shared/EventLoop.h"
 
 #include <chrono>

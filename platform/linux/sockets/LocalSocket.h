@@ -9,6 +9,9 @@
 
 namespace vantle {
 
+// Connected to the socket of that path, which does not block; none when nobody is there to take it at once.
+Descriptor connectTo(const std::string& path);
+
 // A process of this user's at the other end of a socket.
 struct LocalPeer {
   Descriptor socket; // connected; does not block
@@ -18,5 +21,9 @@ struct LocalPeer {
 // Absent when nobody is there to take it at once, or somebody else is: a socket's file outlives its process,
 // and a name in the environment says nothing of whose it is.
 std::optional<LocalPeer> connectToOwn(const std::string& path);
+
+// The path of a Wayland compositor's socket, by the rule of all its clients, from WAYLAND_DISPLAY and
+// XDG_RUNTIME_DIR; empty when they do not tell.
+std::string waylandSocket(const std::string& display, const std::string& runtimeFolder);
 
 } // namespace vantle
