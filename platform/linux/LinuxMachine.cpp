@@ -151,9 +151,9 @@ std::unique_ptr<LinuxMachine> LinuxMachine::forDesktop(const XdgFolders& folders
       std::make_unique<LogindPowerAssertions>(*parts->systemBus, *parts->sessionBus, parts->processes);
   parts->pressure = std::make_unique<PsiMemoryPressure>(loop);
   const auto installed = std::make_shared<DesktopEntries>(folders.allData());
-  DesktopSource source =
-      DesktopProbe(loop, *parts->kernel, *parts->sessionBus, SessionNames::fromEnvironment(), names::feed)
-          .find();
+  DesktopSource source = DesktopProbe(loop, *parts->kernel, *parts->sessionBus,
+                                      SessionNames::fromEnvironment(), names::feed, installed)
+                             .find();
   parts->desktop = source.name;
   parts->workspace = workspaceOn(loop, std::move(source),
                                  {.installed = installed, .onDesktopLost = std::move(onDesktopLost)});
@@ -191,9 +191,10 @@ std::unique_ptr<LinuxMachine> LinuxMachine::forSelfTest(const XdgFolders& folder
   const SessionNames session = SessionNames::fromEnvironment();
   // Beside the program's own, which a running copy has.
   parts->sessionBus = std::make_unique<BusConnection>(parts->ownLoop, BusConnection::Kind::session);
-  DesktopSource source = DesktopProbe(parts->ownLoop, *parts->kernel, *parts->sessionBus, session,
-                                      std::string(names::feed) + ".test")
-                             .find();
+  DesktopSource source =
+      DesktopProbe(parts->ownLoop, *parts->kernel, *parts->sessionBus, session,
+                   std::string(names::feed) + ".test", std::make_shared<DesktopEntries>(folders.allData()))
+          .find();
   parts->desktop = source.name;
   const bool isDesktop = !session.display.empty() || !session.waylandDisplay.empty();
   if (isDesktop && appsShareSessions(parts->ownLoop, std::move(source), *parts->kernel, parts->processes)) {

@@ -27,14 +27,13 @@ class WatchedApps : public testing::Test {
                          .waylandDisplay = desktop.environment().at("WAYLAND_DISPLAY"),
                          .swaySocket = swaySocket,
                          .runtimeFolder = desktop.runtimeDir().string()},
-                        "com.halvo.vantle.test.feed")
+                        "com.halvo.vantle.test.feed", installedOn(desktop))
         .find();
   }
   void watch(const PrivateSession& desktop, DesktopSource source) {
     m_workspace = std::make_unique<WindowedWorkspace>(
         m_loop, std::move(source.windows),
-        WindowedWorkspace::Options{.installed = std::make_shared<DesktopEntries>(
-                                       std::vector<std::string>{desktop.dataHome().string(), "/usr/share"}),
+        WindowedWorkspace::Options{.installed = installedOn(desktop),
                                    .onDesktopLost = [this] { ++m_losses; },
                                    .front = source.front,
                                    .longestStart = source.longestStart});
@@ -46,6 +45,11 @@ class WatchedApps : public testing::Test {
             m_events.push_back(name + std::to_string(app->processIdentifier()));
           }));
     }
+  }
+
+  static std::shared_ptr<DesktopEntries> installedOn(const PrivateSession& desktop) {
+    return std::make_shared<DesktopEntries>(
+        std::vector<std::string>{desktop.dataHome().string(), "/usr/share"});
   }
 
   bool runUntil(const std::function<bool()>& condition) { return m_loop.runUntil(condition, guardLimit); }

@@ -7,6 +7,7 @@
 #include "platform/linux/windows/joined/JoinedWindows.h"
 #include "platform/linux/windows/kwin/KWinScript.h"
 #include "platform/linux/windows/sway/SwayWindows.h"
+#include "platform/linux/windows/toplevels/ToplevelWindows.h"
 #include "platform/linux/windows/x11/X11Windows.h"
 
 #include <cstdlib>
@@ -41,22 +42,30 @@ SessionNames SessionNames::fromEnvironment() {
 }
 
 DesktopProbe::DesktopProbe(EventLoop& loop, const Kernel& kernel, BusConnection& sessionBus,
-                           SessionNames names, std::string feed)
-    : m_loop(loop), m_kernel(kernel), m_bus(sessionBus), m_names(std::move(names)), m_feed(std::move(feed)) {}
+                           SessionNames names, std::string feed, std::shared_ptr<DesktopEntries> installed)
+    : m_loop(loop), m_kernel(kernel), m_bus(sessionBus), m_names(std::move(names)), m_feed(std::move(feed)),
+      m_installed(std::move(installed)) {}
 
+// Compositors answer at once. The bus is asked last, as it may hang, and no desktop that is found there tells
+// of its windows itself.
 DesktopSource DesktopProbe::find() const {
-  const std::optional<LocalPeer> compositor =
+  const Time end = std::chrono::steady_clock::now() + longestTry;
+  std::optional<LocalPeer> compositor =
       connectToOwn(waylandSocket(m_names.waylandDisplay, m_names.runtimeFolder));
+  const bool isWayland = compositor.has_value();
   if (compositor) {
     if (auto windows = sway(*compositor))
       return {named("sway (native apps and X11 apps)"), std::move(windows), FrontRule::settled,
               longestStart - longestTry};
-    if (isKWinThere()) return plasma();
+    if (auto windows = toplevels(std::move(*compositor), end - longestTry / 2))
+      return {named("wlroots (X11 apps, and native apps where it is certain which they are)"),
+              std::move(windows), FrontRule::settled, longestStart - longestTry};
+    if (isKWinThere(end)) return plasma();
   }
   std::string name = "no desktop (nothing is seen)";
-  if (!m_names.display.empty()) name = compositor ? xwaylandOnly : "X11";
+  if (!m_names.display.empty()) name = isWayland ? xwaylandOnly : "X11";
   return {named(std::move(name)), std::make_unique<X11Windows>(m_loop, m_names.display),
-          compositor ? FrontRule::settled : FrontRule::asTold, longestStart};
+          isWayland ? FrontRule::settled : FrontRule::asTold, longestStart};
 }
 
 // Where a program was started by the bus, the environment may lack the name; sway makes it from its process.
@@ -80,33 +89,43 @@ std::unique_ptr<DesktopWindows> DesktopProbe::swayAt(const std::string& path,
   return windows->isPlausible() ? std::move(windows) : nullptr;
 }
 
-bool DesktopProbe::isKWinThere() const {
+// One that does not answer is not waited for: what it has to tell would be as late.
+std::unique_ptr<DesktopWindows> DesktopProbe::toplevels(LocalPeer compositor, Time end) const {
+  auto windows = std::make_unique<ToplevelWindows>(m_loop, m_kernel, std::move(compositor.socket),
+                                                   ToplevelWindows::Options{m_installed, m_names.display});
+  windows->learnWhetherOffered(end);
+  if (!windows->isOffered()) return nullptr;
+  return std::make_unique<JoinedWindows>(m_loop, std::move(windows), xServer());
+}
+
+bool DesktopProbe::isKWinThere(Time end) const {
   BusMessage question = m_bus.methodCall(
       {"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameHasOwner"});
   if (!question || sd_bus_message_append(question.get(), "s", kwin) < 0) return false;
   BusBatch batch(m_bus);
   const std::size_t place = batch.add(std::move(question));
   int hasOwner = 0;
-  return batch.wait(std::chrono::steady_clock::now() + longestTry) && batch.reply(place) != nullptr &&
+  return batch.wait(end) && batch.reply(place) != nullptr &&
          sd_bus_message_read(batch.reply(place), "b", &hasOwner) > 0 && hasOwner != 0;
 }
 
 // Whether KWin takes and runs a script only that script's call tells. Until then there is nothing to see.
 DesktopSource DesktopProbe::plasma() const {
-  const auto xServer = [&loop = m_loop, display = m_names.display] {
-    return std::make_unique<X11Windows>(loop, display);
-  };
   auto script = std::make_unique<KWinScript>(
       m_loop, m_bus, KWinScript::Place{.name = m_feed, .folder = m_names.runtimeFolder});
   auto fed = std::make_unique<FedWindows>(
       m_loop, m_kernel, m_bus, FedWindows::Options{.shell = kwin, .ownName = m_feed}, std::move(script));
-  auto joined = std::make_unique<JoinedWindows>(m_loop, std::move(fed), xServer);
+  auto joined = std::make_unique<JoinedWindows>(m_loop, std::move(fed), xServer());
   const std::shared_ptr<std::string> name = named("Plasma (native apps and X11 apps)");
-  auto windows = std::make_unique<FallbackWindows>(m_loop, std::move(joined), [name, xServer] {
+  auto windows = std::make_unique<FallbackWindows>(m_loop, std::move(joined), [name, connect = xServer()] {
     *name = xwaylandOnly;
-    return xServer();
+    return connect();
   });
   return {name, std::move(windows), FrontRule::settled, longestStart - longestTry};
+}
+
+std::function<std::unique_ptr<DesktopWindows>()> DesktopProbe::xServer() const {
+  return [&loop = m_loop, display = m_names.display] { return std::make_unique<X11Windows>(loop, display); };
 }
 
 } // namespace vantle

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "platform/linux/apps/DesktopEntries.h"
 #include "platform/linux/bus/BusConnection.h"
 #include "platform/linux/kernel/Kernel.h"
 #include "platform/linux/sockets/LocalSocket.h"
@@ -8,6 +9,7 @@
 #include "platform/shared/EventLoop.h"
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -38,22 +40,27 @@ class DesktopProbe {
  public:
   // What is handed in outlives what is found. Two programs at a time need feeds of different names.
   DesktopProbe(EventLoop& loop, const Kernel& kernel, BusConnection& sessionBus, SessionNames names,
-               std::string feed);
+               std::string feed, std::shared_ptr<DesktopEntries> installed);
 
   // Always a source, even if it shows nothing. Waits for an answer 100 ms at most.
   DesktopSource find() const;
 
  private:
+  using Time = std::chrono::steady_clock::time_point;
+
   std::unique_ptr<DesktopWindows> sway(const LocalPeer& compositor) const;
   std::unique_ptr<DesktopWindows> swayAt(const std::string& path, const LocalPeer& compositor) const;
-  bool isKWinThere() const;
+  std::unique_ptr<DesktopWindows> toplevels(LocalPeer compositor, Time end) const;
+  bool isKWinThere(Time end) const;
   DesktopSource plasma() const;
+  std::function<std::unique_ptr<DesktopWindows>()> xServer() const;
 
   EventLoop& m_loop;
   const Kernel& m_kernel;
   BusConnection& m_bus;
   SessionNames m_names;
   std::string m_feed;
+  std::shared_ptr<DesktopEntries> m_installed;
 };
 
 } // namespace vantle

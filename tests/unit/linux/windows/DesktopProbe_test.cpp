@@ -9,6 +9,8 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/User.h"
 #include "tests/support/Wait.h"
+#include "tests/unit/linux/windows/NamedSocket.h"
+#include "tests/unit/linux/windows/ScriptedCompositor.h"
 #include "tests/unit/linux/windows/ScriptedKWin.h"
 #include "tests/unit/linux/windows/ScriptedSway.h"
 
@@ -21,7 +23,6 @@
 #include <string>
 #include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 namespace vantle {
@@ -30,19 +31,6 @@ namespace {
 using test::ForkedProcess;
 
 constexpr const char* noServer = ":54321";
-
-Descriptor listenAt(const std::string& path) {
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  path.copy(address.sun_path, sizeof address.sun_path - 1);
-  Descriptor socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  ::unlink(path.c_str());
-  const bool isThere =
-      ::bind(socket.get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
-      ::listen(socket.get(), 8) == 0 && ::chmod(path.c_str(), 0777) == 0;
-  if (!isThere) ::_exit(1);
-  return socket;
-}
 
 // Takes clients one after another and answers them as sway would.
 void serve(const Descriptor& listener, const std::string& version) {
@@ -55,22 +43,37 @@ void serve(const Descriptor& listener, const std::string& version) {
   }
 }
 
+// Takes them one after another as well.
+void serve(ScriptedCompositor& compositor) {
+  for (;;) {
+    compositor.takeClient();
+    pollfd waiting{compositor.descriptor(), POLLIN, 0};
+    while (::poll(&waiting, 1, -1) == 1 && compositor.serve() > 0) {
+    }
+  }
+}
+
 // A process with a compositor's socket, and one for questions.
 class Compositor {
  public:
-  enum class Kind { sway, silent, stranger };
+  enum class Kind { sway, silent, stranger, wlroots };
 
   Compositor(const std::string& display, const std::string& questions, Kind kind = Kind::sway,
              std::optional<uid_t> user = {})
       : m_process(
             [&] {
               if (user) test::becomeUser(*user);
-              m_display = listenAt(display);
+              if (kind == Kind::wlroots) {
+                m_wlroots.emplace(display).open("app", true);
+              } else {
+                m_display = listenAt(display);
+              }
               m_questions = listenAt(questions);
             },
             [this, kind] {
               if (kind == Kind::sway) serve(m_questions, R"({"major":1})");
               if (kind == Kind::stranger) serve(m_questions, R"({"error":"no such method"})");
+              if (kind == Kind::wlroots) serve(*m_wlroots);
               ::pause();
             }) {}
 
@@ -78,7 +81,8 @@ class Compositor {
   void kill() { m_process.kill(); }
 
  private:
-  Descriptor m_display; // in the process itself
+  Descriptor m_display; // in the process itself, as are the next two
+  std::optional<ScriptedCompositor> m_wlroots;
   Descriptor m_questions;
   ForkedProcess m_process;
 };
@@ -92,7 +96,7 @@ class DesktopProbeTest : public testing::Test {
                          .waylandDisplay = waylandDisplay,
                          .swaySocket = swaySocket,
                          .runtimeFolder = m_folder.path().string()},
-                        "com.halvo.vantle.test.feed")
+                        "com.halvo.vantle.test.feed", m_installed)
         .find();
   }
   void SetUp() override { ::chmod(m_folder.path().c_str(), 0777); }
@@ -100,6 +104,7 @@ class DesktopProbeTest : public testing::Test {
   desktop::TemporaryFolder m_folder;
   ProcKernel m_kernel;
   PollEventLoop m_loop;
+  std::shared_ptr<DesktopEntries> m_installed = std::make_shared<DesktopEntries>(std::vector<std::string>{});
   desktop::PrivateBus m_daemon;
   BusConnection m_bus{m_loop, m_daemon.address()};
 };
@@ -179,6 +184,19 @@ TEST_F(DesktopProbeTest, AnotherUsersDesktopIsNone) {
   expectXwayland(find("wayland-2", path("sway.sock")));
 }
 
+TEST_F(DesktopProbeTest, FindsACompositorThatTellsOfItsWindows) {
+  const Compositor compositor(path("wayland-1"), path("other.sock"), Compositor::Kind::wlroots);
+  m_daemon.daemon().signal(SIGSTOP); // the bus is not needed
+  const DesktopSource found = find("wayland-1", "");
+  m_daemon.daemon().signal(SIGCONT);
+  EXPECT_EQ(*found.name, "wlroots (X11 apps, and native apps where it is certain which they are)");
+  EXPECT_EQ(found.front, FrontRule::settled);
+  found.windows->start({});
+  EXPECT_TRUE(found.windows->settle(desktop::guardLimit));
+  EXPECT_EQ(found.windows->known().size(), 1U);
+  EXPECT_NE(found.windows->active(), 0U);
+}
+
 TEST_F(DesktopProbeTest, FindsPlasmaOnTheSessionBus) {
   // A script's file is no use in a folder that everybody may write to.
   ::chmod(m_folder.path().c_str(), 0700);
@@ -217,7 +235,7 @@ TEST_F(DesktopProbeTest, ABusThatHangsIsNoPlasma) {
 
 TEST_F(DesktopProbeTest, WithoutAnyNameThereIsNoDesktop) {
   ::unsetenv("DISPLAY");
-  const DesktopSource found = DesktopProbe(m_loop, m_kernel, m_bus, {}, "").find();
+  const DesktopSource found = DesktopProbe(m_loop, m_kernel, m_bus, {}, "", m_installed).find();
   EXPECT_EQ(*found.name, "no desktop (nothing is seen)");
   bool isLost = false;
   found.windows->start({.changed = [] {}, .lost = [&] { isLost = true; }});
