@@ -161,7 +161,7 @@ TEST_F(Toplevels, IsNotDeceivedInsidePidNamespaces) {
 TEST_F(Toplevels, ClosesPolitely) {
   Program& app = native();
   watch();
-  Program& polite = m_desktop->launch({testWindow(), "--windows", "2"});
+  Program& polite = m_desktop->launch({testWindow()});
   for (const Program* program : {&polite, &app}) EXPECT_TRUE(appOf(*program)->terminate());
   ASSERT_TRUE(runUntil([&] { return m_workspace->runningApplications().empty(); }));
   EXPECT_EQ(polite.exitStatus(), 0);

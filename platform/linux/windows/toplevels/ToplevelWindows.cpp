@@ -97,7 +97,8 @@ void ToplevelWindows::follow() {
   tell();
 }
 
-// There is nothing to look for while every window has an owner.
+// There is nothing to look for while every window has an owner. But at the start: who is there by then is no
+// newcomer.
 void ToplevelWindows::prepareSearch() {
   if (!m_isStale || m_turn || !m_connection.isListed()) return;
   m_isStale = false;
@@ -106,7 +107,7 @@ void ToplevelWindows::prepareSearch() {
         const auto known = m_known.find(entry.first);
         return known == m_known.end() || (!known->second.process && !m_orphans.contains(entry.first));
       });
-  if (!isAnySought) return;
+  if (m_hasLooked && !isAnySought) return;
   const auto pause = pauseFactor * (m_searchEnded - m_searchBegan);
   m_turn = m_loop.after(leftUntil(m_searchEnded + pause), [this] { search(); });
 }

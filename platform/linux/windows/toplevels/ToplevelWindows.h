@@ -76,7 +76,7 @@ class ToplevelWindows final : public DesktopWindows {
   WindowId m_active = 0; // as it was told last
   bool m_isChanged = false;
 
-  bool m_isStale = false;       // there is a window that nobody has looked for
+  bool m_isStale = true;        // there is a window that nobody has looked for
   std::set<WindowId> m_sought;  // windows that were there when the search began
   std::set<SocketInode> m_seen; // connections of the last look
   bool m_hasLooked = false;
