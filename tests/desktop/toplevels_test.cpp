@@ -56,7 +56,7 @@ class Toplevels : public WatchedApps {
         ToplevelWindows::Options{installedOn(*m_desktop), m_desktop->display()});
     auto joined = std::make_unique<JoinedWindows>(m_loop, std::move(toplevels), [this] {
       ++m_xConnections;
-      return std::make_unique<X11Windows>(m_loop, m_desktop->display());
+      return std::make_unique<X11Windows>(m_loop, m_desktop->display(), X11Windows::Closing::byClient);
     });
     WatchedApps::watch(*m_desktop, {.name = {}, .windows = std::move(joined), .front = FrontRule::settled});
   }

@@ -8,7 +8,6 @@
 #include "platform/linux/windows/kwin/KWinScript.h"
 #include "platform/linux/windows/sway/SwayWindows.h"
 #include "platform/linux/windows/toplevels/ToplevelWindows.h"
-#include "platform/linux/windows/x11/X11Windows.h"
 
 #include <cstdlib>
 #include <optional>
@@ -89,13 +88,14 @@ std::unique_ptr<DesktopWindows> DesktopProbe::swayAt(const std::string& path,
   return windows->isPlausible() ? std::move(windows) : nullptr;
 }
 
-// One that does not answer is not waited for: what it has to tell would be as late.
+// One that does not answer is not waited for: what it has to tell would be as late. The window managers of
+// such compositors were seen to hand on no wish to close an X window (wlroots 0.15).
 std::unique_ptr<DesktopWindows> DesktopProbe::toplevels(LocalPeer compositor, Time end) const {
   auto windows = std::make_unique<ToplevelWindows>(m_loop, m_kernel, std::move(compositor.socket),
                                                    ToplevelWindows::Options{m_installed, m_names.display});
   windows->learnWhetherOffered(end);
   if (!windows->isOffered()) return nullptr;
-  return std::make_unique<JoinedWindows>(m_loop, std::move(windows), xServer());
+  return std::make_unique<JoinedWindows>(m_loop, std::move(windows), xServer(X11Windows::Closing::byClient));
 }
 
 bool DesktopProbe::isKWinThere(Time end) const {
@@ -115,17 +115,21 @@ DesktopSource DesktopProbe::plasma() const {
       m_loop, m_bus, KWinScript::Place{.name = m_feed, .folder = m_names.runtimeFolder});
   auto fed = std::make_unique<FedWindows>(
       m_loop, m_kernel, m_bus, FedWindows::Options{.shell = kwin, .ownName = m_feed}, std::move(script));
-  auto joined = std::make_unique<JoinedWindows>(m_loop, std::move(fed), xServer());
+  auto joined =
+      std::make_unique<JoinedWindows>(m_loop, std::move(fed), xServer(X11Windows::Closing::byManager));
   const std::shared_ptr<std::string> name = named("Plasma (native apps and X11 apps)");
-  auto windows = std::make_unique<FallbackWindows>(m_loop, std::move(joined), [name, connect = xServer()] {
-    *name = xwaylandOnly;
-    return connect();
-  });
+  auto windows = std::make_unique<FallbackWindows>(m_loop, std::move(joined),
+                                                   [name, connect = xServer(X11Windows::Closing::byManager)] {
+                                                     *name = xwaylandOnly;
+                                                     return connect();
+                                                   });
   return {name, std::move(windows), FrontRule::settled, longestStart - longestTry};
 }
 
-std::function<std::unique_ptr<DesktopWindows>()> DesktopProbe::xServer() const {
-  return [&loop = m_loop, display = m_names.display] { return std::make_unique<X11Windows>(loop, display); };
+std::function<std::unique_ptr<DesktopWindows>()> DesktopProbe::xServer(X11Windows::Closing closing) const {
+  return [&loop = m_loop, display = m_names.display, closing] {
+    return std::make_unique<X11Windows>(loop, display, closing);
+  };
 }
 
 } // namespace vantle

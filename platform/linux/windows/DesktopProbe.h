@@ -6,6 +6,7 @@
 #include "platform/linux/kernel/Kernel.h"
 #include "platform/linux/sockets/LocalSocket.h"
 #include "platform/linux/windows/DesktopWindows.h"
+#include "platform/linux/windows/x11/X11Windows.h"
 #include "platform/shared/EventLoop.h"
 
 #include <chrono>
@@ -53,7 +54,7 @@ class DesktopProbe {
   std::unique_ptr<DesktopWindows> toplevels(LocalPeer compositor, Time end) const;
   bool isKWinThere(Time end) const;
   DesktopSource plasma() const;
-  std::function<std::unique_ptr<DesktopWindows>()> xServer() const;
+  std::function<std::unique_ptr<DesktopWindows>()> xServer(X11Windows::Closing closing) const;
 
   EventLoop& m_loop;
   const Kernel& m_kernel;

@@ -165,8 +165,9 @@ std::vector<WindowFacts*> ToplevelWindows::takeFitting(const std::vector<Desktop
     window.id = id;
     window.applicationId = shown->second.applicationId;
     window.canBeClosed = true;
-    if (const DesktopClient* const client = matching.onlyOne(window.applicationId)) own(window, *client);
-    if (!window.process && isNew) ownerless.push_back(&window);
+    const DesktopClient* const client = matching.onlyOne(window.applicationId);
+    if (client != nullptr) own(window, *client);
+    if (client == nullptr && isNew) ownerless.push_back(&window);
   }
   return ownerless;
 }

@@ -76,12 +76,12 @@ Pid ownerOf(Pid serverSays, Pid windowClaims, const std::string& windowMachine) 
   return isBelievable ? windowClaims : 0;
 }
 
-X11Windows::X11Windows(EventLoop& loop, const std::string& display)
-    : m_connection(loop, display,
-                   {.ready = [this] { internAtoms(); },
-                    .event = [this](const xcb_generic_event_t& event) { handle(event); },
-                    .turnEnded = [this] { endTurn(); },
-                    .lost = [this] { lose(); }}) {
+X11Windows::X11Windows(EventLoop& loop, const std::string& display, Closing closing)
+    : m_closing(closing), m_connection(loop, display,
+                                       {.ready = [this] { internAtoms(); },
+                                        .event = [this](const xcb_generic_event_t& event) { handle(event); },
+                                        .turnEnded = [this] { endTurn(); },
+                                        .lost = [this] { lose(); }}) {
   static_assert(atomNames.size() == firstType && typeNames.size() == typeCount);
 }
 
@@ -309,18 +309,26 @@ bool X11Windows::requestClose(const WindowFacts& window) {
   if (!m_connection.isOpen() || !window.canBeClosed) return false;
   constexpr std::uint32_t now = XCB_CURRENT_TIME;
   constexpr std::uint32_t onBehalfOfThePerson = 2;
+  const auto id = static_cast<xcb_window_t>(window.id);
+  if (m_closing == Closing::byManager) {
+    send(id, m_atoms[closeWindow], {now, onBehalfOfThePerson}, m_connection.screen().root,
+         XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT);
+  } else {
+    send(id, m_atoms[protocols], {m_atoms[deleteWindow], now}, id, XCB_EVENT_MASK_NO_EVENT);
+  }
+  m_connection.flush();
+  return true;
+}
+
+void X11Windows::send(xcb_window_t about, xcb_atom_t type, std::array<std::uint32_t, 2> data, xcb_window_t to,
+                      std::uint32_t mask) {
   xcb_client_message_event_t message{};
   message.response_type = XCB_CLIENT_MESSAGE;
   message.format = 32;
-  message.window = static_cast<xcb_window_t>(window.id);
-  message.type = m_atoms[closeWindow];
-  message.data.data32[0] = now;
-  message.data.data32[1] = onBehalfOfThePerson;
-  xcb_send_event(m_connection.raw(), 0, m_connection.screen().root,
-                 XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT,
-                 reinterpret_cast<const char*>(&message));
-  m_connection.flush();
-  return true;
+  message.window = about;
+  message.type = type;
+  std::copy(data.begin(), data.end(), std::begin(message.data.data32));
+  xcb_send_event(m_connection.raw(), 0, to, mask, reinterpret_cast<const char*>(&message));
 }
 
 void X11Windows::lose() {

@@ -26,8 +26,11 @@ namespace vantle {
 // first, however many there are.
 class X11Windows final : public DesktopWindows {
  public:
+  // Who is asked to close a window: whoever manages it, or the client itself where nobody would hand it on.
+  enum class Closing { byManager, byClient };
+
   // Connects in the background. An empty display is the one in DISPLAY.
-  X11Windows(EventLoop& loop, const std::string& display);
+  X11Windows(EventLoop& loop, const std::string& display, Closing closing = Closing::byManager);
 
   void start(Handlers handlers) override { m_handlers = std::move(handlers); }
   const std::map<WindowId, WindowFacts>& known() const override { return m_known; }
@@ -68,6 +71,8 @@ class X11Windows final : public DesktopWindows {
   void readFacts(const std::shared_ptr<Draft>& draft);
   void finish(const std::shared_ptr<Draft>& draft);
   void getProperty(std::uint32_t window, xcb_atom_t property, std::uint32_t longestBytes, OnProperty arrived);
+  void send(xcb_window_t about, xcb_atom_t type, std::array<std::uint32_t, 2> data, xcb_window_t to,
+            std::uint32_t mask);
   void lose();
 
   Handlers m_handlers;
@@ -83,6 +88,7 @@ class X11Windows final : public DesktopWindows {
   bool m_isListStale = false;
   bool m_isActiveAsked = false;
   bool m_isActiveStale = false;
+  Closing m_closing;
   X11Connection m_connection;
 };
 

@@ -322,6 +322,18 @@ TEST_F(ToplevelWindowsTest, AnXClientAndANativeOneThatFitAreTwo) {
   EXPECT_TRUE(isX11(1));
 }
 
+TEST_F(ToplevelWindowsTest, AnXClientsWindowIsNotANewcomers) {
+  startXServer();
+  const Client game("sleep", {m_xSocket});
+  acceptXClient();
+  connect(m_display);
+  const Client fresh = client("tail");
+  m_compositor.open("sleep");
+  settle();
+  EXPECT_EQ(ownerOf(1), 0);
+  EXPECT_TRUE(isX11(1));
+}
+
 // This program's own connection to the X server shows nothing.
 TEST_F(ToplevelWindowsTest, WhoIsAnXClientItselfIsNone) {
   startXServer();
