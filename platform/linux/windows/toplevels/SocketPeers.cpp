@@ -26,7 +26,7 @@ struct Question {
 // The kernel writes its records one behind the other, each at a multiple of four bytes.
 template <class Record> std::optional<Record> recordAt(std::string_view bytes, std::size_t at) {
   if (at > bytes.size() || bytes.size() - at < sizeof(Record)) return std::nullopt;
-  Record record;
+  Record record{};
   std::memcpy(&record, bytes.data() + at, sizeof record);
   return record;
 }
