@@ -2,7 +2,9 @@
 // The panel on a Wayland desktop with a layer shell: where it is, as the desktop's own pictures show it, and
 // when it goes; with a real bar, pointer and keyboard.
 #include "desktop/linux/wayland/LayerSurface.h"
+#include "platform/posix/Descriptor.h"
 #include "tests/desktop/HostedPanel.h"
+#include "tests/support/NamedSocket.h"
 #include "tests/support/Picture.h"
 #include "tests/support/Props.h"
 #include "tests/support/SwayDesktop.h"
@@ -13,8 +15,6 @@
 #include <cstdint>
 #include <gtest/gtest.h>
 #include <memory>
-#include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 #include <utility>
 
@@ -302,28 +302,11 @@ TEST_F(ToolkitChoice, IsWaylandWhereThereIsNoXServer) {
   EXPECT_EQ(countOf("ready wayland"), 1);
 }
 
-// A desktop's socket, with nobody who answers.
-class SilentCompositor {
- public:
-  explicit SilentCompositor(const std::filesystem::path& path) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    path.string().copy(address.sun_path, sizeof address.sun_path - 1);
-    EXPECT_EQ(::bind(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-    EXPECT_EQ(::listen(m_socket, 0), 0);
-  }
-  ~SilentCompositor() { ::close(m_socket); }
-  SilentCompositor(const SilentCompositor&) = delete;
-  SilentCompositor& operator=(const SilentCompositor&) = delete;
-
- private:
-  int m_socket = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-};
-
 TEST_F(ToolkitChoice, WaitsForNoCompositorThatHangs) {
   VirtualDesktop desktop;
   const auto path = desktop.runtimeDir() / "wayland-9";
-  const SilentCompositor silent(path);
+  const Descriptor silent(listeningSocket(path.string()));
+  ASSERT_TRUE(silent);
   startHost(desktop, {{"WAYLAND_DISPLAY", "wayland-9"}});
   EXPECT_EQ(countOf("ready xcb"), 1);
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The apps of a real wlroots compositor that is asked for its windows only, and never for their processes.
-#include "platform/linux/windows/LocalPeer.h"
+#include "platform/linux/sockets/LocalSocket.h"
 #include "platform/linux/windows/joined/JoinedWindows.h"
 #include "platform/linux/windows/toplevels/ToplevelWindows.h"
 #include "platform/linux/windows/x11/X11Windows.h"

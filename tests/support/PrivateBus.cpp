@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/PrivateBus.h"
 
-#include <sys/socket.h>
-#include <sys/un.h>
+#include "tests/support/NamedSocket.h"
+
 #include <unistd.h>
 #include <utility>
 
@@ -28,14 +28,8 @@ std::vector<std::string> busDaemon(const TemporaryFolder& folder, const fs::path
 
 // The socket is there a moment before anybody listens on it.
 bool isServed(const fs::path& socket) {
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  socket.string().copy(address.sun_path, sizeof address.sun_path - 1);
-  const int descriptor = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  const bool isAccepted =
-      ::connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
-  ::close(descriptor);
-  return isAccepted;
+  const int descriptor = connectedSocket(socket.string());
+  return descriptor >= 0 && ::close(descriptor) == 0;
 }
 
 PrivateBus::PrivateBus(std::vector<std::string> prefix)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/SwayDesktop.h"
 
+#include "tests/support/NamedSocket.h"
 #include "tests/support/User.h"
 
 #include <algorithm>
@@ -11,9 +12,7 @@
 #include <functional>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
-#include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 namespace vantle::desktop {
@@ -119,16 +118,11 @@ uid_t SwayDesktop::user() const {
   return status.st_uid;
 }
 
-std::string SwayDesktop::ask(std::uint32_t type, const std::string& payload) {
-  const int descriptor = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+std::string SwayDesktop::ask(std::uint32_t type, const std::string& payload) const {
+  const int descriptor = connectedSocket(socket());
+  if (descriptor < 0) throw std::runtime_error("sway cannot be reached");
   const auto closer = [](const int* number) { ::close(*number); };
   const std::unique_ptr<const int, decltype(closer)> owned(&descriptor, closer);
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  socket().copy(address.sun_path, sizeof address.sun_path - 1);
-  if (::connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0) {
-    throw std::runtime_error("sway cannot be reached");
-  }
   Header header{{}, static_cast<std::uint32_t>(payload.size()), type};
   magic.copy(header.magic.data(), magic.size());
   std::string question(reinterpret_cast<const char*>(&header), sizeof header);

@@ -69,7 +69,7 @@ class SwayDesktop : public PrivateSession {
 
  private:
   // One question on a connection of its own; the answer is JSON.
-  std::string ask(std::uint32_t type, const std::string& payload);
+  std::string ask(std::uint32_t type, const std::string& payload) const;
   Program& startCompositor(const Options& options);
 
   Program* m_compositor = nullptr;

@@ -18,6 +18,9 @@ constexpr std::chrono::milliseconds longestTurn{10};
 // Of the time that a search took, until the next: whoever opens windows all the time keeps a fifth of a
 // processor busy with it at most.
 constexpr int pauseFactor = 4;
+// From the moment that a look found a client connected, for its first window to come: others' windows have it
+// seen before that.
+constexpr std::chrono::seconds longestBeginning{30};
 
 std::chrono::milliseconds leftUntil(SteadyClock::time_point end) {
   const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - SteadyClock::now());
@@ -133,6 +136,7 @@ void ToplevelWindows::search() {
 
 void ToplevelWindows::takeClients(const std::vector<DesktopClient>& clients) {
   const std::map<WindowId, WindowFacts> before = m_known;
+  meet(clients);
   const std::vector<WindowFacts*> ownerless = takeFitting(clients);
   const Clients newcomers = newcomersAmong(clients);
   if (newcomers.size() == 1 && areOfOneApp(ownerless)) {
@@ -144,11 +148,6 @@ void ToplevelWindows::takeClients(const std::vector<DesktopClient>& clients) {
   for (auto& [id, window] : m_known) {
     if (!window.process) window.isX11 = areXClientsThere && !m_orphans.contains(id);
   }
-  m_seen.clear();
-  for (const DesktopClient& client : clients) {
-    for (const auto& [socket, path] : client.sockets) m_seen.insert(socket);
-  }
-  m_hasLooked = true;
   if (m_known != before) m_isChanged = true;
 }
 
@@ -172,25 +171,37 @@ std::vector<WindowFacts*> ToplevelWindows::takeFitting(const std::vector<Desktop
   return ownerless;
 }
 
-// Those that have come since the last look, and have no window yet.
+// Who is there at the first look is no newcomer.
+void ToplevelWindows::meet(const std::vector<DesktopClient>& clients) {
+  const SteadyClock::time_point newUntil =
+      m_hasLooked ? SteadyClock::now() + longestBeginning : SteadyClock::time_point::min();
+  const auto before = std::exchange(m_met, {});
+  for (const DesktopClient& client : clients) {
+    for (const auto& [socket, path] : client.sockets) {
+      const auto known = before.find(socket);
+      m_met.emplace(socket, known == before.end() ? newUntil : known->second);
+    }
+  }
+  m_hasLooked = true;
+}
+
+bool ToplevelWindows::isNewcomer(const DesktopClient& client) const {
+  return std::all_of(client.sockets.begin(), client.sockets.end(),
+                     [this](const auto& socket) { return SteadyClock::now() < m_met.at(socket.first); });
+}
+
 ToplevelWindows::Clients ToplevelWindows::newcomersAmong(const std::vector<DesktopClient>& clients) const {
   Clients newcomers;
-  if (!m_hasLooked) return newcomers;
   for (const DesktopClient& client : clients) {
-    const bool isSeen = std::any_of(client.sockets.begin(), client.sockets.end(),
-                                    [this](const auto& socket) { return m_seen.contains(socket.first); });
-    if (!isSeen && client.pid != ::getpid() && !hasWindow(client.pid)) newcomers.push_back(&client);
+    if (client.pid != ::getpid() && isNewcomer(client)) newcomers.push_back(&client);
   }
   return newcomers;
 }
 
-bool ToplevelWindows::hasWindow(Pid pid) const {
-  return std::any_of(m_known.begin(), m_known.end(),
-                     [pid](const auto& entry) { return entry.second.pid == pid; });
-}
-
-// With the process's descriptor open it is asked once more whether it still is that client.
+// With the process's descriptor open it is asked once more whether it still is that client. An X client's
+// windows are the X server's to tell of.
 void ToplevelWindows::own(WindowFacts& window, const DesktopClient& client) {
+  for (const auto& [socket, path] : client.sockets) m_met[socket] = SteadyClock::time_point::min();
   if (!client.isNative) return;
   WindowOwner owner = m_processes.believe(m_kernel, client.pid, window.id == active());
   if (!owner.process || !client.isStillThere() || hasEnded(*owner.process)) return;

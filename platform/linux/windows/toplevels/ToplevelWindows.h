@@ -23,7 +23,7 @@ namespace vantle {
 // clients looked up (ClientSearch), and it belongs to
 //
 //   - the one client whom its app id fits, as desktop files, units, sandboxes and programs' names tell, else
-//   - the one client that has come since the last look and has no window yet.
+//   - the one client that has come lately and has no window yet.
 //
 // Where two fit nobody is believed: the window has no owner then. One of which nobody can be the owner but an
 // X client, or anybody but nobody knows who while there are X clients, counts as an X window, of which the X
@@ -60,8 +60,9 @@ class ToplevelWindows final : public DesktopWindows {
   void search();
   void takeClients(const std::vector<DesktopClient>& clients);
   std::vector<WindowFacts*> takeFitting(const std::vector<DesktopClient>& clients);
+  void meet(const std::vector<DesktopClient>& clients);
+  bool isNewcomer(const DesktopClient& client) const;
   Clients newcomersAmong(const std::vector<DesktopClient>& clients) const;
-  bool hasWindow(Pid pid) const;
   void own(WindowFacts& window, const DesktopClient& client);
   void tell();
   void lose();
@@ -76,9 +77,10 @@ class ToplevelWindows final : public DesktopWindows {
   WindowId m_active = 0; // as it was told last
   bool m_isChanged = false;
 
-  bool m_isStale = true;        // there is a window that nobody has looked for
-  std::set<WindowId> m_sought;  // windows that were there when the search began
-  std::set<SocketInode> m_seen; // connections of the last look
+  bool m_isStale = true;       // there is a window that nobody has looked for
+  std::set<WindowId> m_sought; // windows that were there when the search began
+  // The connections of the last look, and until when each is that of a newcomer.
+  std::map<SocketInode, std::chrono::steady_clock::time_point> m_met;
   bool m_hasLooked = false;
   std::chrono::steady_clock::time_point m_searchBegan;
   std::chrono::steady_clock::time_point m_searchEnded;

@@ -5,11 +5,11 @@
 #include "platform/linux/kernel/ProcKernel.h"
 #include "platform/shared/PollEventLoop.h"
 #include "tests/support/ForkedProcess.h"
+#include "tests/support/NamedSocket.h"
 #include "tests/support/PrivateBus.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/User.h"
 #include "tests/support/Wait.h"
-#include "tests/unit/linux/windows/NamedSocket.h"
 #include "tests/unit/linux/windows/ScriptedCompositor.h"
 #include "tests/unit/linux/windows/ScriptedKWin.h"
 #include "tests/unit/linux/windows/ScriptedSway.h"
@@ -66,9 +66,9 @@ class Compositor {
               if (kind == Kind::wlroots) {
                 m_wlroots.emplace(display).open("app", true);
               } else {
-                m_display = listenAt(display);
+                m_display = Descriptor(desktop::listeningSocket(display));
               }
-              m_questions = listenAt(questions);
+              m_questions = Descriptor(desktop::listeningSocket(questions));
             },
             [this, kind] {
               if (kind == Kind::sway) serve(m_questions, R"({"major":1})");

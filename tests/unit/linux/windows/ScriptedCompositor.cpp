@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "tests/unit/linux/windows/ScriptedCompositor.h"
 
-#include "platform/linux/windows/LocalPeer.h"
-#include "tests/unit/linux/windows/NamedSocket.h"
+#include "platform/linux/sockets/LocalSocket.h"
+#include "tests/support/NamedSocket.h"
 
 #include <algorithm>
 #include <array>
@@ -31,7 +31,8 @@ std::string padded(std::string bytes) {
 
 } // namespace
 
-ScriptedCompositor::ScriptedCompositor(const std::string& path) : m_path(path), m_listener(listenAt(path)) {
+ScriptedCompositor::ScriptedCompositor(const std::string& path)
+    : m_path(path), m_listener(desktop::listeningSocket(path)) {
   ::fcntl(m_listener.get(), F_SETFL, O_NONBLOCK);
 }
 

@@ -6,10 +6,10 @@
 #include "platform/linux/process/KernelFile.h"
 #include "platform/shared/PollEventLoop.h"
 #include "tests/support/ForkedProcess.h"
+#include "tests/support/NamedSocket.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/User.h"
 #include "tests/support/Wait.h"
-#include "tests/unit/linux/windows/NamedSocket.h"
 #include "tests/unit/linux/windows/ScriptedCompositor.h"
 
 #include <algorithm>
@@ -37,6 +37,11 @@ using testing::ElementsAre;
 
 using Steady = std::chrono::steady_clock;
 
+// Stays open in a program that is started.
+void connectForGood(const std::string& socket) {
+  if (desktop::connectedSocket(socket, 0) < 0) ::_exit(1);
+}
+
 // A program of this name that is connected to some sockets, and does nothing.
 class Client {
  public:
@@ -44,7 +49,7 @@ class Client {
       : m_process(
             [&] {
               if (user) test::becomeUser(*user);
-              for (const std::string& socket : sockets) connectTo(socket);
+              for (const std::string& socket : sockets) connectForGood(socket);
             },
             [&] {
               const bool isTail = program == "tail";
@@ -93,7 +98,7 @@ class ToplevelWindowsTest : public testing::Test {
         desktop::guardLimit);
   }
   // An X server at an address of its own, where clients are taken once they have come.
-  void startXServer() { m_xServer = listenAt(m_xSocket); }
+  void startXServer() { m_xServer = Descriptor(desktop::listeningSocket(m_xSocket)); }
   void acceptXClient() {
     m_xClients.emplace_back(::accept4(m_xServer.get(), nullptr, nullptr, SOCK_CLOEXEC));
   }
@@ -198,6 +203,19 @@ TEST_F(ToplevelWindowsTest, TheFirstWindowOfAllMayBeANewcomers) {
   EXPECT_EQ(ownerOf(1), fresh.pid());
 }
 
+// It is connected a while before it shows anything, and what others open meanwhile has it seen.
+TEST_F(ToplevelWindowsTest, ANewcomerMaySeeOthersWindowsComeBeforeItsOwn) {
+  const Client old = client("tail");
+  connect();
+  const Client fresh = client("sleep");
+  m_compositor.open("tail");
+  settle();
+  m_compositor.open("org.example.Other");
+  settle();
+  EXPECT_EQ(ownerOf(1), old.pid());
+  EXPECT_EQ(ownerOf(2), fresh.pid());
+}
+
 TEST_F(ToplevelWindowsTest, OfTwoNewcomersNobodyIsBelieved) {
   m_compositor.open("x");
   connect();
@@ -270,7 +288,7 @@ TEST_F(ToplevelWindowsTest, AnIdThatComesLaterCounts) {
 
 TEST_F(ToplevelWindowsTest, AChildThatInheritedAConnectionIsNotItsOwner) {
   // A copy of this process has all of its connections, and so has a copy of that one.
-  const ForkedProcess app([&] { connectTo(m_socket); },
+  const ForkedProcess app([&] { connectForGood(m_socket); },
                           [] {
                             if (::fork() == 0) ::prctl(PR_SET_PDEATHSIG, SIGKILL);
                             ::pause();
@@ -334,10 +352,40 @@ TEST_F(ToplevelWindowsTest, AnXClientsWindowIsNotANewcomers) {
   EXPECT_TRUE(isX11(1));
 }
 
+TEST_F(ToplevelWindowsTest, AnXClientWithAWindowIsNoNewcomerAnyMore) {
+  startXServer();
+  connect(m_display);
+  const Client game("tail", {m_xSocket});
+  acceptXClient();
+  m_compositor.open("Game");
+  settle();
+  ASSERT_TRUE(isX11(1));
+  const Client fresh = client("sleep");
+  m_compositor.open("org.example.Other");
+  settle();
+  EXPECT_EQ(ownerOf(2), fresh.pid());
+}
+
+// Whose the window is would be a guess.
+TEST_F(ToplevelWindowsTest, ANativeNewcomerBesideAnXClientWithoutAWindowIsNotBelieved) {
+  startXServer();
+  const Client old = client("tail");
+  connect(m_display);
+  const Client game("sleep", {m_xSocket});
+  acceptXClient();
+  const Client fresh = client("sleep");
+  m_compositor.open("tail");
+  settle();
+  m_compositor.open("org.example.Other");
+  settle();
+  EXPECT_EQ(ownerOf(1), old.pid());
+  EXPECT_EQ(ownerOf(2), 0);
+}
+
 // This program's own connection to the X server shows nothing.
 TEST_F(ToplevelWindowsTest, WhoIsAnXClientItselfIsNone) {
   startXServer();
-  const Descriptor own(connectTo(m_xSocket));
+  const Descriptor own(desktop::connectedSocket(m_xSocket));
   acceptXClient();
   m_compositor.open("Game");
   connect(m_display);
