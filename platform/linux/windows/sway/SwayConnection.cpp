@@ -1,20 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/windows/sway/SwayConnection.h"
 
-#include <array>
-#include <cerrno>
 #include <cstring>
-#include <poll.h>
-#include <sys/socket.h>
 #include <utility>
 
 namespace vantle {
 
-using SteadyClock = std::chrono::steady_clock;
-
 namespace {
 
-constexpr std::chrono::milliseconds longestTurn{10};
 constexpr std::size_t mostPending = 256; // answers that may be owed at a time
 
 constexpr std::string_view magic = "i3-ipc";
@@ -36,57 +29,34 @@ std::string bytesOf(std::uint32_t number) {
 } // namespace
 
 SwayConnection::SwayConnection(EventLoop& loop, Descriptor socket, Handlers handlers)
-    : m_loop(loop), m_handlers(std::move(handlers)), m_socket(std::move(socket)),
-      m_readable(m_loop.watch(m_socket.get(), EventLoop::Readiness::readable, [this] { pump(); })) {}
+    : m_handlers(std::move(handlers)),
+      m_stream(loop, std::move(socket),
+               {.take = [this](std::string_view received) { return takeMessage(received); },
+                .turnEnded = [this] { m_handlers.turnEnded(); },
+                .lost =
+                    [this] {
+                      m_pending.clear();
+                      m_handlers.lost();
+                    }}) {}
 
 bool SwayConnection::ask(Request request, std::string_view payload, OnReply answered) {
   if (!isOpen() || m_pending.size() >= mostPending) return false;
   m_pending.push_back({request, std::move(answered)});
-  m_unsent.append(magic).append(bytesOf(static_cast<std::uint32_t>(payload.size())));
-  m_unsent.append(bytesOf(static_cast<std::uint32_t>(request))).append(payload);
-  send();
+  std::string message(magic);
+  message.append(bytesOf(static_cast<std::uint32_t>(payload.size())));
+  message.append(bytesOf(static_cast<std::uint32_t>(request))).append(payload);
+  m_stream.send(message);
   return true;
 }
 
-// An error here is the end of the connection, which reading finds as well: nobody is called back from within
-// a request.
-void SwayConnection::send() {
-  const ssize_t sent =
-      m_unsent.empty() ? 0 : ::send(m_socket.get(), m_unsent.data(), m_unsent.size(), MSG_NOSIGNAL);
-  if (sent > 0) m_unsent.erase(0, static_cast<std::size_t>(sent));
-  if (sent < 0 && errno != EAGAIN && errno != EINTR) m_unsent.clear();
-  if (m_unsent.empty()) {
-    m_writable.reset();
-  } else if (!m_writable) {
-    m_writable = m_loop.watch(m_socket.get(), EventLoop::Readiness::writable, [this] { send(); });
-  }
-}
-
-void SwayConnection::pump() {
-  m_nextTurn.reset();
-  const SteadyClock::time_point end = SteadyClock::now() + longestTurn;
-  while (isOpen() && (takeMessage() || receive())) {
-    if (SteadyClock::now() < end) continue;
-    // A message that has been received already would wake nobody up.
-    m_nextTurn = m_loop.after(std::chrono::milliseconds(0), [this] { pump(); });
-    break;
-  }
-  if (!isOpen()) return;
-  m_received.erase(0, std::exchange(m_taken, 0));
-  m_handlers.turnEnded();
-}
-
-// False when there is no whole one yet.
-bool SwayConnection::takeMessage() {
-  const std::string_view rest = std::string_view(m_received).substr(m_taken);
-  if (!rest.starts_with(magic.substr(0, rest.size()))) return close(), true;
-  if (rest.size() < headerSize) return false;
-  const std::size_t length = numberAt(rest, magic.size());
-  if (length > longestMessage) return close(), true;
-  if (rest.size() - headerSize < length) return false;
-  m_taken += headerSize + length;
-  take(numberAt(rest, magic.size() + sizeof(std::uint32_t)), rest.substr(headerSize, length));
-  return true;
+std::optional<std::size_t> SwayConnection::takeMessage(std::string_view received) {
+  if (!received.starts_with(magic.substr(0, received.size()))) return std::nullopt;
+  if (received.size() < headerSize) return 0;
+  const std::size_t length = numberAt(received, magic.size());
+  if (length > longestMessage) return std::nullopt;
+  if (received.size() - headerSize < length) return 0;
+  take(numberAt(received, magic.size() + sizeof(std::uint32_t)), received.substr(headerSize, length));
+  return headerSize + length;
 }
 
 void SwayConnection::take(std::uint32_t type, std::string_view body) {
@@ -102,39 +72,14 @@ void SwayConnection::take(std::uint32_t type, std::string_view body) {
   answered(Json::parse(body));
 }
 
-// False when there is nothing more for now.
-bool SwayConnection::receive() {
-  m_received.erase(0, std::exchange(m_taken, 0));
-  std::array<char, 64 * 1024> bytes; // NOLINT(cppcoreguidelines-pro-type-member-init)
-  const ssize_t count = ::recv(m_socket.get(), bytes.data(), bytes.size(), MSG_DONTWAIT);
-  if (count > 0) m_received.append(bytes.data(), static_cast<std::size_t>(count));
-  if (count == 0 || (count < 0 && errno != EAGAIN && errno != EINTR)) close();
-  return count > 0;
-}
-
-void SwayConnection::close() {
-  if (!isOpen()) return;
-  m_readable.reset();
-  m_writable.reset();
-  m_nextTurn.reset();
-  m_socket = Descriptor();
-  m_pending.clear();
-  m_handlers.lost();
-}
-
 bool SwayConnection::settle(std::chrono::milliseconds limit) {
-  const SteadyClock::time_point end = SteadyClock::now() + limit;
-  while (isOpen()) {
-    send();
-    pump();
-    if (isOpen() && m_pending.empty()) return true;
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(end - SteadyClock::now());
-    if (left.count() <= 0 || !isOpen()) break;
-    const int wanted = POLLIN | (m_unsent.empty() ? 0 : POLLOUT);
-    pollfd waiting{m_socket.get(), static_cast<short>(wanted), 0};
-    ::poll(&waiting, 1, static_cast<int>(left.count()));
+  const auto end = std::chrono::steady_clock::now() + limit;
+  for (;;) {
+    m_stream.pump();
+    const bool isSettled = isOpen() && m_pending.empty();
+    if (isSettled || !isOpen() || std::chrono::steady_clock::now() >= end) return isSettled;
+    MessageStream::wait({&m_stream}, end);
   }
-  return false;
 }
 
 } // namespace vantle

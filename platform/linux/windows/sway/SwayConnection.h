@@ -2,6 +2,7 @@
 #pragma once
 
 #include "base/Json.h"
+#include "platform/linux/sockets/MessageStream.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/shared/EventLoop.h"
 
@@ -9,7 +10,6 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -17,9 +17,7 @@
 namespace vantle {
 
 // A connection to sway's IPC socket that never waits for it (sway-ipc(7): "i3-ipc", length, type, JSON).
-// Replies come in the order of the requests, and events between them. A sway that hangs costs nothing but the
-// answers; one that never stops sending gets its turns like everybody else on the loop, and what it sends
-// meanwhile waits in the socket. Whoever does not speak the protocol is let go.
+// Replies come in the order of the requests, and events between them.
 class SwayConnection {
  public:
   enum class Request : std::uint32_t { runCommand = 0, subscribe = 2, getTree = 4, getVersion = 7 };
@@ -41,8 +39,8 @@ class SwayConnection {
   SwayConnection(const SwayConnection&) = delete;
   SwayConnection& operator=(const SwayConnection&) = delete;
 
-  bool isOpen() const { return static_cast<bool>(m_socket); }
-  void close(); // as if sway had done it
+  bool isOpen() const { return m_stream.isOpen(); }
+  void close() { m_stream.close(); } // as if sway had done it
   // False when it cannot be asked: the connection is lost, or too many answers are still owed.
   bool ask(Request request, std::string_view payload, OnReply answered);
 
@@ -56,22 +54,12 @@ class SwayConnection {
     OnReply answered;
   };
 
-  void pump();
-  bool takeMessage();
+  std::optional<std::size_t> takeMessage(std::string_view received);
   void take(std::uint32_t type, std::string_view body);
-  bool receive();
-  void send();
 
-  EventLoop& m_loop;
   Handlers m_handlers;
-  Descriptor m_socket; // none once it is lost
-  std::string m_received;
-  std::size_t m_taken = 0; // of what was received
-  std::string m_unsent;
   std::deque<Pending> m_pending;
-  std::unique_ptr<EventLoop::Handle> m_readable;
-  std::unique_ptr<EventLoop::Handle> m_writable; // set while there is something unsent
-  std::unique_ptr<EventLoop::Handle> m_nextTurn; // set while there is more than one turn takes
+  MessageStream m_stream;
 };
 
 } // namespace vantle

@@ -17,8 +17,8 @@ const Json* childWithId(const Json& node, std::uint64_t id) {
   return nullptr;
 }
 
-void collect(const Json& node, std::vector<SwayWindow>& windows) {
-  if (std::optional<SwayWindow> window = swayWindowOf(node)) windows.push_back(std::move(*window));
+void collect(const Json& node, std::vector<ToldWindow>& windows) {
+  if (std::optional<ToldWindow> window = swayWindowOf(node)) windows.push_back(std::move(*window));
   for (const char* children : {"nodes", "floating_nodes"}) {
     for (const Json& child : node.arrayAt(children)) collect(child, windows);
   }
@@ -32,16 +32,16 @@ WindowId frontBelow(const Json& root) {
     node = id ? childWithId(*node, *id) : nullptr;
     if (node == nullptr) return 0;
   }
-  const std::optional<SwayWindow> window = swayWindowOf(*node);
+  const std::optional<ToldWindow> window = swayWindowOf(*node);
   return window ? window->facts.id : 0;
 }
 
 } // namespace
 
-std::optional<SwayWindow> swayWindowOf(const Json& node) {
+std::optional<ToldWindow> swayWindowOf(const Json& node) {
   const std::uint64_t id = node.unsignedAt("id").value_or(0);
   if (id == 0 || node.find("pid") == nullptr) return std::nullopt;
-  SwayWindow window;
+  ToldWindow window;
   window.toldPid = node.integerAt("pid").value_or(0);
   window.facts.id = id;
   window.facts.applicationId = node.textAt("app_id").value_or("");

@@ -3,6 +3,7 @@
 #include "platform/linux/windows/sway/SwayWindows.h"
 
 #include "platform/linux/kernel/ProcKernel.h"
+#include "platform/linux/windows/sway/SwayTree.h"
 #include "platform/shared/PollEventLoop.h"
 #include "tests/support/ForkedProcess.h"
 #include "tests/support/User.h"
