@@ -4,15 +4,20 @@
 #include "platform/linux/bus/BusBatch.h"
 #include "platform/linux/windows/FallbackWindows.h"
 #include "platform/linux/windows/fed/FedWindows.h"
+#include "platform/linux/windows/hyprland/HyprlandWindows.h"
 #include "platform/linux/windows/joined/JoinedWindows.h"
 #include "platform/linux/windows/kwin/KWinScript.h"
+#include "platform/linux/windows/niri/NiriWindows.h"
 #include "platform/linux/windows/sway/SwayWindows.h"
 #include "platform/linux/windows/toplevels/ToplevelWindows.h"
 
 #include <cstdlib>
+#include <filesystem>
 #include <optional>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 namespace vantle {
 
@@ -33,11 +38,42 @@ std::shared_ptr<std::string> named(std::string name) {
   return std::make_shared<std::string>(std::move(name));
 }
 
+// The first at these sockets of the compositor's that may be what it is taken for. Of another desktop's, say
+// one that this desktop's own is a window of, nothing is wanted: the person sees this one.
+template <class Make> auto tried(const std::vector<std::string>& sockets, const LocalPeer& compositor,
+                                 Make make) -> decltype(make(Descriptor(), std::string())) {
+  for (const std::string& path : sockets) {
+    std::optional<LocalPeer> peer = connectToOwn(path);
+    if (!peer || peer->pid != compositor.pid) continue;
+    auto windows = make(std::move(peer->socket), path);
+    windows->settle(longestTry);
+    if (windows->isPlausible()) return windows;
+  }
+  return nullptr;
+}
+
+// What is in a folder, some of it: the likely one first, if there is a name for it.
+std::vector<std::string> firstNamesIn(const std::string& folder, const std::string& likely) {
+  constexpr std::size_t most = 32;
+  std::vector<std::string> names;
+  if (!likely.empty()) names.push_back(likely);
+  std::error_code error;
+  for (std::filesystem::directory_iterator entry(folder, error), end;
+       !error && entry != end && names.size() < most; entry.increment(error)) {
+    names.push_back(entry->path().filename().string());
+  }
+  return names;
+}
+
 } // namespace
 
 SessionNames SessionNames::fromEnvironment() {
-  return {variable("DISPLAY"), variable("WAYLAND_DISPLAY"), variable("SWAYSOCK"),
-          variable("XDG_RUNTIME_DIR")};
+  return {.display = variable("DISPLAY"),
+          .waylandDisplay = variable("WAYLAND_DISPLAY"),
+          .swaySocket = variable("SWAYSOCK"),
+          .hyprland = variable("HYPRLAND_INSTANCE_SIGNATURE"),
+          .niriSocket = variable("NIRI_SOCKET"),
+          .runtimeFolder = variable("XDG_RUNTIME_DIR")};
 }
 
 DesktopProbe::DesktopProbe(EventLoop& loop, const Kernel& kernel, BusConnection& sessionBus,
@@ -56,6 +92,12 @@ DesktopSource DesktopProbe::find() const {
     if (auto windows = sway(*compositor))
       return {named("sway (native apps and X11 apps)"), std::move(windows), FrontRule::settled,
               longestStart - longestTry};
+    if (auto windows = hyprland(*compositor))
+      return {named("Hyprland (native apps and X11 apps)"), std::move(windows), FrontRule::settled,
+              longestStart - longestTry};
+    if (auto windows = niri(*compositor))
+      return {named("niri (native apps and X11 apps)"), std::move(windows), FrontRule::settled,
+              longestStart - longestTry};
     if (auto windows = toplevels(std::move(*compositor), end - longestTry / 2))
       return {named("wlroots (X11 apps, and native apps where it is certain which they are)"),
               std::move(windows), FrontRule::settled, longestStart - longestTry};
@@ -71,21 +113,37 @@ DesktopSource DesktopProbe::find() const {
 std::unique_ptr<DesktopWindows> DesktopProbe::sway(const LocalPeer& compositor) const {
   const std::string usual = m_names.runtimeFolder + "/sway-ipc." + std::to_string(::geteuid()) + "." +
                             std::to_string(compositor.pid) + ".sock";
-  for (const std::string& path : {m_names.swaySocket, usual}) {
-    if (auto windows = swayAt(path, compositor)) return windows;
-  }
-  return nullptr;
+  return tried({m_names.swaySocket, usual}, compositor,
+               [this](Descriptor socket, const std::string& /*path*/) {
+                 return std::make_unique<SwayWindows>(m_loop, m_kernel, std::move(socket));
+               });
 }
 
-// Of another desktop's sway, say one that this desktop's own is a window of, nothing is wanted: the person
-// sees this one.
-std::unique_ptr<DesktopWindows> DesktopProbe::swayAt(const std::string& path,
-                                                     const LocalPeer& compositor) const {
-  std::optional<LocalPeer> peer = connectToOwn(path);
-  if (!peer || peer->pid != compositor.pid) return nullptr;
-  auto windows = std::make_unique<SwayWindows>(m_loop, m_kernel, std::move(peer->socket));
-  windows->settle(longestTry);
-  return windows->isPlausible() ? std::move(windows) : nullptr;
+// Of the folders of all its runs, dead ones too, one is this process's.
+std::unique_ptr<DesktopWindows> DesktopProbe::hyprland(const LocalPeer& compositor) const {
+  const std::string runs = m_names.runtimeFolder + "/hypr/";
+  std::vector<std::string> sockets;
+  for (const std::string& run : firstNamesIn(runs, m_names.hyprland)) {
+    sockets.push_back(runs + run + "/" + HyprlandWindows::eventSocket);
+  }
+  auto windows = tried(sockets, compositor, [&](Descriptor socket, const std::string& path) {
+    const std::string folder = path.substr(0, path.rfind('/') + 1);
+    return std::make_unique<HyprlandWindows>(m_loop, m_kernel, std::move(socket),
+                                             folder + HyprlandWindows::questionSocket, compositor.pid);
+  });
+  if (!windows) return nullptr;
+  return std::make_unique<JoinedWindows>(m_loop, std::move(windows), xServer(X11Windows::Closing::byClient));
+}
+
+std::unique_ptr<DesktopWindows> DesktopProbe::niri(const LocalPeer& compositor) const {
+  const std::string usual = m_names.runtimeFolder + "/niri." + m_names.waylandDisplay + "." +
+                            std::to_string(compositor.pid) + ".sock";
+  auto windows =
+      tried({m_names.niriSocket, usual}, compositor, [&](Descriptor socket, const std::string& path) {
+        return std::make_unique<NiriWindows>(m_loop, m_kernel, std::move(socket), path, compositor.pid);
+      });
+  if (!windows) return nullptr;
+  return std::make_unique<JoinedWindows>(m_loop, std::move(windows), xServer(X11Windows::Closing::byClient));
 }
 
 // One that does not answer is not waited for: what it has to tell would be as late. The window managers of

@@ -18,10 +18,12 @@ namespace vantle {
 
 // Where a session's parts say that they are; empty where they say nothing.
 struct SessionNames {
-  std::string display;        // DISPLAY
-  std::string waylandDisplay; // WAYLAND_DISPLAY: a path, or a name in the runtime folder
-  std::string swaySocket;     // SWAYSOCK
-  std::string runtimeFolder;  // XDG_RUNTIME_DIR
+  std::string display = {};        // DISPLAY
+  std::string waylandDisplay = {}; // WAYLAND_DISPLAY: a path, or a name in the runtime folder
+  std::string swaySocket = {};     // SWAYSOCK
+  std::string hyprland = {};       // HYPRLAND_INSTANCE_SIGNATURE: the name of its folder
+  std::string niriSocket = {};     // NIRI_SOCKET
+  std::string runtimeFolder = {};  // XDG_RUNTIME_DIR
 
   static SessionNames fromEnvironment();
 };
@@ -50,7 +52,8 @@ class DesktopProbe {
   using Time = std::chrono::steady_clock::time_point;
 
   std::unique_ptr<DesktopWindows> sway(const LocalPeer& compositor) const;
-  std::unique_ptr<DesktopWindows> swayAt(const std::string& path, const LocalPeer& compositor) const;
+  std::unique_ptr<DesktopWindows> hyprland(const LocalPeer& compositor) const;
+  std::unique_ptr<DesktopWindows> niri(const LocalPeer& compositor) const;
   std::unique_ptr<DesktopWindows> toplevels(LocalPeer compositor, Time end) const;
   bool isKWinThere(Time end) const;
   DesktopSource plasma() const;

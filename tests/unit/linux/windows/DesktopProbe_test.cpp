@@ -21,9 +21,11 @@
 #include <optional>
 #include <poll.h>
 #include <string>
+#include <string_view>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 namespace vantle {
 namespace {
@@ -53,10 +55,19 @@ void serve(ScriptedCompositor& compositor) {
   }
 }
 
+// Says to everybody who comes what niri says to those who want events.
+void agree(const Descriptor& listener) {
+  for (std::vector<Descriptor> clients;;) {
+    clients.emplace_back(::accept4(listener.get(), nullptr, nullptr, SOCK_CLOEXEC));
+    const std::string_view line = "{\"Ok\":\"Handled\"}\n";
+    ::send(clients.back().get(), line.data(), line.size(), MSG_NOSIGNAL);
+  }
+}
+
 // A process with a compositor's socket, and one for questions.
 class Compositor {
  public:
-  enum class Kind { sway, silent, stranger, wlroots };
+  enum class Kind { sway, silent, stranger, wlroots, hyprland, niri };
 
   Compositor(const std::string& display, const std::string& questions, Kind kind = Kind::sway,
              std::optional<uid_t> user = {})
@@ -69,11 +80,15 @@ class Compositor {
                 m_display = Descriptor(desktop::listeningSocket(display));
               }
               m_questions = Descriptor(desktop::listeningSocket(questions));
+              const std::string folder = questions.substr(0, questions.rfind('/') + 1);
+              if (kind == Kind::hyprland)
+                m_others = Descriptor(desktop::listeningSocket(folder + ".socket.sock"));
             },
             [this, kind] {
               if (kind == Kind::sway) serve(m_questions, R"({"major":1})");
               if (kind == Kind::stranger) serve(m_questions, R"({"error":"no such method"})");
               if (kind == Kind::wlroots) serve(*m_wlroots);
+              if (kind == Kind::niri) agree(m_questions);
               ::pause();
             }) {}
 
@@ -81,9 +96,10 @@ class Compositor {
   void kill() { m_process.kill(); }
 
  private:
-  Descriptor m_display; // in the process itself, as are the next two
+  Descriptor m_display; // in the process itself, as are the next three
   std::optional<ScriptedCompositor> m_wlroots;
   Descriptor m_questions;
+  Descriptor m_others;
   ForkedProcess m_process;
 };
 
@@ -91,13 +107,12 @@ class DesktopProbeTest : public testing::Test {
  protected:
   std::string path(const std::string& name) const { return (m_folder.path() / name).string(); }
   DesktopSource find(const std::string& waylandDisplay, const std::string& swaySocket) {
-    return DesktopProbe(m_loop, m_kernel, m_bus,
-                        {.display = noServer,
-                         .waylandDisplay = waylandDisplay,
-                         .swaySocket = swaySocket,
-                         .runtimeFolder = m_folder.path().string()},
-                        "com.halvo.vantle.test.feed", m_installed)
-        .find();
+    return find({.waylandDisplay = waylandDisplay, .swaySocket = swaySocket});
+  }
+  DesktopSource find(SessionNames names) {
+    names.display = noServer;
+    names.runtimeFolder = m_folder.path().string();
+    return DesktopProbe(m_loop, m_kernel, m_bus, names, "com.halvo.vantle.test.feed", m_installed).find();
   }
   void SetUp() override { ::chmod(m_folder.path().c_str(), 0777); }
 
@@ -182,6 +197,39 @@ TEST_F(DesktopProbeTest, AnotherUsersDesktopIsNone) {
   expectX11(find("wayland-1", path("sway.sock")));
   const Compositor ours(path("wayland-2"), path("other.sock"), Compositor::Kind::silent);
   expectXwayland(find("wayland-2", path("sway.sock")));
+}
+
+TEST_F(DesktopProbeTest, FindsHyprlandByItsFolder) {
+  const std::string run = path("hypr/4a3f_17");
+  std::filesystem::create_directories(run);
+  std::filesystem::create_directories(path("hypr/dead_16"));
+  const Compositor hyprland(path("wayland-1"), run + "/.socket2.sock", Compositor::Kind::hyprland);
+  for (const char* const name : {"4a3f_17", "", "dead_16", "../.."}) {
+    const DesktopSource found = find({.waylandDisplay = "wayland-1", .hyprland = name});
+    EXPECT_EQ(*found.name, "Hyprland (native apps and X11 apps)") << name;
+    EXPECT_EQ(found.front, FrontRule::settled);
+  }
+}
+
+TEST_F(DesktopProbeTest, WhoTakesNoQuestionsIsNotHyprland) {
+  std::filesystem::create_directories(path("hypr/run"));
+  const Compositor other(path("wayland-1"), path("hypr/run/.socket2.sock"), Compositor::Kind::silent);
+  expectXwayland(find({.waylandDisplay = "wayland-1", .hyprland = "run"}));
+}
+
+TEST_F(DesktopProbeTest, FindsNiriByItsSocketOrItsProcess) {
+  const Compositor niri(path("wayland-1"), path("niri.sock"), Compositor::Kind::niri);
+  const std::string name = "niri (native apps and X11 apps)";
+  EXPECT_EQ(*find({.waylandDisplay = "wayland-1", .niriSocket = path("niri.sock")}).name, name);
+  std::filesystem::rename(path("niri.sock"), path("niri.wayland-1." + std::to_string(niri.pid()) + ".sock"));
+  EXPECT_EQ(*find({.waylandDisplay = "wayland-1", .niriSocket = path("niri.sock")}).name, name);
+  const Compositor other(path("wayland-2"), path("other.sock"), Compositor::Kind::silent);
+  expectXwayland(find({.waylandDisplay = "wayland-2", .niriSocket = path("niri.sock")}));
+}
+
+TEST_F(DesktopProbeTest, WhoTellsOfNoEventsIsNotNiri) {
+  const Compositor other(path("wayland-1"), path("niri.sock"), Compositor::Kind::stranger);
+  expectXwayland(find({.waylandDisplay = "wayland-1", .niriSocket = path("niri.sock")}));
 }
 
 TEST_F(DesktopProbeTest, FindsACompositorThatTellsOfItsWindows) {
