@@ -36,7 +36,8 @@ int listeningSocket(const std::string& name) {
   if (isPath) ::unlink(name.c_str());
   const bool isBound = withAddress(
       name, [&](const sockaddr* address, socklen_t size) { return ::bind(socket, address, size); });
-  return orNone(socket, isBound && ::listen(socket, 64) == 0 && (!isPath || ::chmod(name.c_str(), 0777) == 0));
+  return orNone(socket,
+                isBound && ::listen(socket, 64) == 0 && (!isPath || ::chmod(name.c_str(), 0777) == 0));
 }
 
 int connectedSocket(const std::string& name, int flags) {
