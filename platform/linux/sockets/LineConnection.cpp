@@ -26,7 +26,7 @@ LineConnection::LineConnection(EventLoop& loop, Descriptor events, Questions que
                       m_handlers.lost();
                     }}) {}
 
-std::optional<std::size_t> LineConnection::takeLine(std::string_view received) {
+std::optional<std::size_t> LineConnection::takeLine(std::string_view received) const {
   const std::size_t length = received.find('\n');
   if (length == std::string_view::npos) {
     if (received.size() > longestMessage) return std::nullopt;

@@ -56,7 +56,7 @@ class LineConnection {
     OnAnswer answered;
   };
 
-  std::optional<std::size_t> takeLine(std::string_view received);
+  std::optional<std::size_t> takeLine(std::string_view received) const;
   std::optional<std::size_t> takeAnswer(std::string_view received);
   void begin();
   void end(std::optional<std::string> answer);
