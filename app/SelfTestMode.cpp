@@ -4,6 +4,7 @@
 #include "engine/SelfTest.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <memory>
 #include <string>
 
@@ -12,11 +13,14 @@ namespace vantle {
 int runSelfTestMode(Platform& platform) {
   const std::unique_ptr<OwnedMachine> owned = platform.selfTestMachine();
   Machine machine = owned->machine();
-  const auto print = [](const std::string& line) {
-    std::puts(line.c_str());
-    std::fflush(stdout);
+  bool isTold = true;
+  const auto print = [&isTold](const std::string& line) {
+    isTold = std::puts(line.c_str()) >= 0 && std::fflush(stdout) == 0 && isTold;
   };
-  return SelfTest(machine, print, owned->desktop()).run();
+  const int status = SelfTest(machine, print, owned->desktop()).run();
+  if (isTold) return status;
+  std::fputs("vantle: the report could not be written.\n", stderr);
+  return EXIT_FAILURE;
 }
 
 } // namespace vantle

@@ -334,6 +334,14 @@ TEST_P(SelfTest, AndABoostLeaveEachOtherAlone) {
   EXPECT_TRUE(becomesUnchanged()) << changes();
 }
 
+TEST_P(SelfTest, ThatCannotBeReadHasFailed) {
+  const fs::path errors = m_desktop->folder().path() / "tmp/full";
+  Program& selfTest = m_desktop->launch(
+      {"/bin/sh", "-c", "unset DISPLAY; exec " VANTLE_PROGRAM " --test >/dev/full 2>" + errors.string()});
+  EXPECT_EQ(selfTest.exitStatus(), 1);
+  EXPECT_EQ(contents(errors), "vantle: the report could not be written.\n");
+}
+
 TEST_P(SelfTest, TakesItsProcessesWithItWhenASignalEndsIt) {
   for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGKILL}) {
     SCOPED_TRACE(number);
