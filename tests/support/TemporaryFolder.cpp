@@ -1,17 +1,33 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/TemporaryFolder.h"
 
+#include <cstddef>
 #include <fstream>
 #include <stdexcept>
 #include <stdlib.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace vantle::desktop {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+// Sockets are made in there, whose whole path may have 107 bytes.
+constexpr std::size_t longestPlace = 40;
+
+// The one that is wanted may also lie below a /tmp that this process does not see.
+fs::path place() {
+  std::error_code error;
+  const fs::path wanted = fs::temp_directory_path(error);
+  return !error && wanted.native().size() <= longestPlace ? wanted : fs::path("/tmp");
+}
+
+} // namespace
+
 TemporaryFolder::TemporaryFolder(std::optional<uid_t> owner) : m_owner(owner) {
-  std::string name = (fs::temp_directory_path() / "vantle-test-XXXXXX").string();
+  std::string name = (place() / "vantle-test-XXXXXX").string();
   if (::mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder: " + name);
   m_path = name;
   giveAway(m_path);
