@@ -3,12 +3,12 @@
 
 #include "tests/support/NamedSocket.h"
 #include "tests/support/User.h"
+#include "tests/support/WlrootsStart.h"
 
 #include <algorithm>
 #include <array>
 #include <csignal>
 #include <cstring>
-#include <fstream>
 #include <functional>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
@@ -89,27 +89,13 @@ SwayDesktop::~SwayDesktop() {
 }
 
 Program& SwayDesktop::startCompositor(const Options& options) {
-  // Its displays have names that it chooses itself, and tells its children.
-  const fs::path told = runtimeDir() / "sway.names";
-  const fs::path script = folder().write(
-      "tell-names", "printf '%s\\n' \"$WAYLAND_DISPLAY\" \"$DISPLAY\" \"$SWAYSOCK\" >'" + told.string() +
-                        ".new' && mv '" + told.string() + ".new' '" + told.string() + "'\n");
-  const fs::path configuration =
-      folder().write("sway.config", "output * mode --custom " + options.screen + "\nexec sh " +
-                                        script.string() + "\n" + options.configuration + "\n");
-  Program& compositor = launch({"sway", "-c", configuration.string()},
-                               {{"WLR_BACKENDS", "headless"},
-                                {"WLR_HEADLESS_OUTPUTS", std::to_string(options.screens)},
-                                {"WLR_LIBINPUT_NO_DEVICES", "1"},
-                                {"WLR_RENDERER", "pixman"}});
-  require("sway", [&] { return fs::exists(told) || !compositor.isRunning(); });
-  std::ifstream names(told);
-  for (const char* variable : {"WAYLAND_DISPLAY", "DISPLAY", "SWAYSOCK"}) {
-    std::string name;
-    if (!std::getline(names, name)) throw std::runtime_error("sway did not come up");
-    setEnvironment(variable, name);
-  }
-  return compositor;
+  const auto command = [&](const std::string& line) {
+    const fs::path configuration =
+        folder().write("sway.config", "output * mode --custom " + options.screen + "\nexec " + line + "\n" +
+                                          options.configuration + "\n");
+    return std::vector<std::string>{"sway", "-c", configuration.string()};
+  };
+  return startWlroots(*this, command, {"WAYLAND_DISPLAY", "DISPLAY", "SWAYSOCK"}, options.screens);
 }
 
 uid_t SwayDesktop::user() const {
