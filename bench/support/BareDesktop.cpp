@@ -46,7 +46,7 @@ class BareSway final : public BareDesktop {
   std::uint32_t pixel(int x, int y) override {
     return m_desktop.picture(std::to_string(x) + "," + std::to_string(y) + " 1x1").pixel(0, 0);
   }
-  void press(const std::string& key) override { m_desktop.run({"wtype", "-k", key}); }
+  void press(const std::string& key) override { m_desktop.press(key); }
   void closeWindow(const std::string& title) override { m_desktop.command("[title=\"" + title + "\"] kill"); }
 
  private:

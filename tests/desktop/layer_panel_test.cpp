@@ -6,7 +6,6 @@
 #include "tests/desktop/HostedPanel.h"
 #include "tests/support/NamedSocket.h"
 #include "tests/support/Picture.h"
-#include "tests/support/Props.h"
 #include "tests/support/SwayDesktop.h"
 #include "tests/support/VirtualDesktop.h"
 
@@ -40,33 +39,16 @@ class LayerPanel : public testing::Test, public HostedPanel {
     options.screens = screens;
     options.configuration = configuration;
     m_desktop = std::make_unique<SwayDesktop>(options);
-    m_pointerInput = m_desktop->folder().path() / "pointer.input";
-    m_pointerLog = m_desktop->folder().path() / "pointer.log";
-    ASSERT_EQ(::mkfifo(m_pointerInput.c_str(), 0600), 0);
-    ASSERT_EQ(::chmod(m_pointerInput.c_str(), 0666), 0);
-    m_desktop->launch({"sh", "-c", "exec \"$0\" \"$1\" \"$2\" <>\"$3\" >\"$4\"", virtualPointer(),
-                       std::to_string(screens * screenWidth), std::to_string(screenHeight),
-                       m_pointerInput.string(), m_pointerLog.string()});
+    m_desktop->addPointer();
     m_desktop->addKeyboard();
   }
   void startHost() { HostedPanel::startHost(*m_desktop, {}); }
-
-  void click(int x, int y) {
-    const long before = clicks();
-    std::ofstream(m_pointerInput) << x << ' ' << y << std::endl;
-    require("a click", [&] { return clicks() > before; });
-  }
-  long clicks() const {
-    std::ifstream log(m_pointerLog);
-    return std::count(std::istreambuf_iterator<char>(log), {}, '\n');
-  }
-  void press(const char* key) { ASSERT_TRUE(m_desktop->run({"wtype", "-k", key})); }
 
   // An icon comes into a tray some time after both are there: clicks until it answers.
   bool clickUntilOpened(int x, int y) {
     const long before = countOf("opened ");
     return waitUntil([&] {
-      click(x, y);
+      m_desktop->click(x, y);
       return waitUntil([&] { return countOf("opened ") > before; }, std::chrono::milliseconds(1500));
     });
   }
@@ -74,14 +56,14 @@ class LayerPanel : public testing::Test, public HostedPanel {
   bool clickUntilClosed(int x, int y) {
     const long before = countOf("closed");
     return waitUntil([&] {
-      click(x, y);
+      m_desktop->click(x, y);
       return waitUntil([&] { return countOf("closed") > before; }, std::chrono::milliseconds(1500));
     });
   }
   bool pressUntilClosed(const char* key) {
     const long before = countOf("closed");
     return waitUntil([&] {
-      press(key);
+      m_desktop->press(key);
       return waitUntil([&] { return countOf("closed") > before; }, std::chrono::milliseconds(1500));
     });
   }
@@ -111,8 +93,6 @@ class LayerPanel : public testing::Test, public HostedPanel {
   }
 
   std::unique_ptr<SwayDesktop> m_desktop;
-  std::filesystem::path m_pointerInput;
-  std::filesystem::path m_pointerLog;
 };
 
 constexpr int iconX = screenWidth - 16;
@@ -200,10 +180,10 @@ TEST_F(LayerPanel, TakesClicksAndGoesAtOneAnywhereElse) {
   ASSERT_TRUE(clickUntilOpened(iconX, bottomIconY));
   const Picture before = stillPicture();
   const long closed = countOf("closed");
-  click(area.right - 28, area.bottom - 57); // the switch
+  m_desktop->click(area.right - 28, area.bottom - 57); // the switch
   require("the switch moves", [&] { return changedArea(before, m_desktop->picture()).width() > 1; });
   EXPECT_EQ(countOf("closed"), closed);
-  click(area.left + panelWidth / 2, area.bottom - 22); // its last line
+  m_desktop->click(area.left + panelWidth / 2, area.bottom - 22); // its last line
   require("the end", [&] { return countOf("quit") == 1; });
   EXPECT_EQ(m_host->exitStatus(), 0);
 }

@@ -4,14 +4,18 @@
 #include "tests/support/ForkedProcess.h"
 #include "tests/support/InChild.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <sched.h>
+#include <set>
 #include <string>
 #include <sys/mount.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -28,29 +32,49 @@ bool mountOwnProc() {
          ::mount("proc", "/proc", "proc", 0, nullptr) == 0;
 }
 
-// A /tmp of one's own, in which the folder that this program was built in can still be reached.
-bool mountOwnTmp() {
-  std::string kept; // "/tmp/NAME", when the build lies below it
+// The folder right below /tmp that a path leads through, open; -1 when there is none.
+int openBelowTmp(const std::string& path, std::string& folder) {
+  folder = path.starts_with("/tmp/") ? path.substr(0, path.find('/', 5)) : std::string();
+  return folder.empty() ? -1 : ::open(folder.c_str(), O_PATH | O_CLOEXEC);
+}
+
+bool bindOpened(int opened, const std::string& folder) {
   std::error_code error;
-  const std::string program = std::filesystem::read_symlink("/proc/self/exe", error);
-  if (program.starts_with("/tmp/")) kept = program.substr(0, program.find('/', 5));
-  const int folder = kept.empty() ? -1 : ::open(kept.c_str(), O_PATH | O_CLOEXEC);
-  if (::mount("tmp", "/tmp", "tmpfs", 0, "mode=1777") != 0) return false;
-  if (folder < 0) return true;
-  const std::string opened = "/proc/self/fd/" + std::to_string(folder);
-  std::filesystem::create_directory(kept, error);
-  const bool bound = ::mount(opened.c_str(), kept.c_str(), nullptr, MS_BIND | MS_REC, nullptr) == 0;
-  ::close(folder);
+  std::filesystem::create_directory(folder, error);
+  const std::string source = "/proc/self/fd/" + std::to_string(opened);
+  const bool bound = ::mount(source.c_str(), folder.c_str(), nullptr, MS_BIND | MS_REC, nullptr) == 0;
+  ::close(opened);
   return bound;
+}
+
+// A /tmp of one's own, in which the folders that these paths lead through can still be reached.
+bool mountOwnTmp(const std::set<std::string>& paths) {
+  std::map<std::string, int> kept;
+  for (const std::string& path : paths) {
+    std::string folder;
+    const int opened = openBelowTmp(path, folder);
+    if (opened >= 0 && !kept.emplace(folder, opened).second) ::close(opened);
+  }
+  // With the folder of X servers' sockets as a system's start makes it: not every one of them makes it
+  // itself.
+  constexpr const char* sockets = "/tmp/.X11-unix";
+  if (::mount("tmp", "/tmp", "tmpfs", 0, "mode=1777") != 0 || ::mkdir(sockets, 01777) != 0 ||
+      ::chmod(sockets, 01777) != 0) {
+    return false;
+  }
+  return std::all_of(kept.begin(), kept.end(),
+                     [](const auto& folder) { return bindOpened(folder.second, folder.first); });
 }
 
 } // namespace
 
-int runIsolated(const std::function<int()>& tests) {
+int runIsolated(const std::function<int()>& tests, const std::filesystem::path& kept) {
   if (::geteuid() != 0 || ::unshare(ownNumbers) != 0) return tests();
+  std::error_code error;
+  const std::string program = std::filesystem::read_symlink("/proc/self/exe", error);
   test::ForkedProcess first({}, [&] {
     // X servers in different namespaces must not take each other's lock files for left over.
-    std::exit(mountOwnProc() && mountOwnTmp() ? tests() : 125);
+    std::exit(mountOwnProc() && mountOwnTmp({program, kept.string()}) ? tests() : 125);
   });
   const int status = first.waitForEnd();
   return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);

@@ -1,9 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/KWinDesktop.h"
 
+#include <array>
 #include <csignal>
+#include <cstdint>
+#include <fcntl.h>
 #include <fstream>
+#include <map>
 #include <stdexcept>
+#include <unistd.h>
 
 namespace vantle::desktop {
 
@@ -24,13 +29,74 @@ var answered = "";
 function answer(text) { answered = String(text); }
 )js";
 
+Environment environmentOf(const KWinDesktop::Options& options) {
+  Environment environment = options.environment;
+  environment.emplace("XDG_SESSION_TYPE", "wayland");
+  environment.emplace("XDG_CURRENT_DESKTOP", "KDE");
+  return environment;
+}
+
+// What a picture is, as KWin says it beside the pixels: four bytes each, blue first.
+struct Shape {
+  std::uint32_t width = 0;
+  std::uint32_t height = 0;
+  std::uint32_t stride = 0; // bytes a line
+};
+
+void readEntry(sd_bus_message* reply, Shape& shape) {
+  const char* name = "";
+  sd_bus_message_read(reply, "s", &name);
+  const std::map<std::string, std::uint32_t*> wanted{
+      {"width", &shape.width}, {"height", &shape.height}, {"stride", &shape.stride}};
+  const auto found = wanted.find(name);
+  if (found == wanted.end()) {
+    sd_bus_message_skip(reply, "v");
+  } else {
+    sd_bus_message_read(reply, "v", "u", found->second);
+  }
+}
+
+Shape shapeIn(sd_bus_message* reply) {
+  Shape shape;
+  sd_bus_message_enter_container(reply, 'a', "{sv}");
+  while (sd_bus_message_enter_container(reply, 'e', "sv") > 0) {
+    readEntry(reply, shape);
+    sd_bus_message_exit_container(reply);
+  }
+  return shape;
+}
+
+std::string readToEnd(int descriptor) {
+  std::string bytes;
+  std::array<char, 65'536> part{};
+  ssize_t count = 0;
+  while ((count = ::read(descriptor, part.data(), part.size())) > 0) {
+    bytes.append(part.data(), static_cast<std::size_t>(count));
+  }
+  return bytes;
+}
+
+// In the binary form of the portable pixmap format.
+std::string pixmap(const Shape& shape, const std::string& pixels) {
+  if (shape.width == 0 || pixels.size() < std::size_t{shape.stride} * shape.height) {
+    throw std::runtime_error("KWin takes no picture");
+  }
+  std::string bytes = "P6\n" + std::to_string(shape.width) + " " + std::to_string(shape.height) + "\n255\n";
+  for (std::size_t y = 0; y < shape.height; ++y) {
+    for (std::size_t x = 0; x < shape.width; ++x) {
+      const std::size_t at = y * shape.stride + 4 * x;
+      bytes += {pixels[at + 2], pixels[at + 1], pixels[at]};
+    }
+  }
+  return bytes;
+}
+
 } // namespace
 
-KWinDesktop::KWinDesktop()
-    : PrivateSession({}, {{"XDG_SESSION_TYPE", "wayland"}, {"XDG_CURRENT_DESKTOP", "KDE"}}) {
+KWinDesktop::KWinDesktop(const Options& options) : PrivateSession({}, environmentOf(options)) {
   startSessionBus();
   m_listener = std::make_unique<FakeService>(busAddress(), listenerName);
-  startCompositor();
+  startCompositor(options);
 }
 
 KWinDesktop::~KWinDesktop() {
@@ -38,7 +104,7 @@ KWinDesktop::~KWinDesktop() {
   m_compositor->waitForEnd();
 }
 
-void KWinDesktop::startCompositor() {
+void KWinDesktop::startCompositor(const Options& options) {
   // The installed one has a right of its own, with which it would take no path to its parts from us; a copy
   // under the same name has not.
   const fs::path program = folder().path() / "kwin_wayland";
@@ -48,9 +114,12 @@ void KWinDesktop::startCompositor() {
       "tell-names", "#!/bin/sh\nprintf '%s\\n' \"$DISPLAY\" \"$XAUTHORITY\" >'" + told.string() +
                         ".new' && mv '" + told.string() + ".new' '" + told.string() + "'\n");
   fs::permissions(script, fs::perms::owner_all);
-  m_compositor = &launch({program.string(), "--virtual", "--no-lockscreen", "--xwayland", "--width", "1280",
-                          "--height", "800", "--socket", socketName, script.string()},
-                         {{"KWIN_COMPOSE", "Q"}});
+  Environment added{{"KWIN_COMPOSE", "Q"}};
+  if (options.pictures) added = {{"KWIN_COMPOSE", "O2"}, {"KWIN_SCREENSHOT_NO_PERMISSION_CHECKS", "1"}};
+  m_compositor = &launch({program.string(), "--virtual", "--no-lockscreen", "--xwayland", "--width",
+                          std::to_string(options.width), "--height", std::to_string(options.height),
+                          "--socket", socketName, script.string()},
+                         added);
   require("KWin", [&] { return fs::exists(told) || !m_compositor->isRunning(); });
   waitForBusName("org.kde.KWin");
   std::ifstream names(told);
@@ -126,6 +195,40 @@ void KWinDesktop::focusWhere(const std::string& condition) {
   require("a window", [&] { return windowsWhere(condition) > 0; });
   // A window that opens meanwhile may take the front; whoever wants it asks again.
   require("a window in front", [&] { return activateWhere(condition); });
+}
+
+void KWinDesktop::place(const Program& program, int x, int y, int width, int height) {
+  const std::string condition = "w.pid === " + std::to_string(program.pid());
+  require("a window", [&] { return windowsWhere(condition) > 0; });
+  const auto orOwn = [](int length, const char* own) {
+    return std::to_string(length) + " || w.frameGeometry." + own;
+  };
+  script("var w = all.filter(function(w) { return " + condition +
+         "; })[0]; w.frameGeometry = {x: " + std::to_string(x) + ", y: " + std::to_string(y) +
+         ", width: " + orOwn(width, "width") + ", height: " + orOwn(height, "height") + "};");
+}
+
+fs::path KWinDesktop::takenPicture() {
+  std::array<int, 2> ends{-1, -1};
+  if (::pipe2(ends.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
+  Shape shape;
+  m_listener->perform([&](sd_bus* bus) {
+    sd_bus_message* reply = nullptr;
+    if (sd_bus_call_method(bus, shell, "/org/kde/KWin/ScreenShot2", "org.kde.KWin.ScreenShot2",
+                           "CaptureActiveScreen", nullptr, &reply, "a{sv}h", 0, ends[1]) >= 0) {
+      shape = shapeIn(reply);
+    }
+    sd_bus_message_unref(reply);
+  });
+  ::close(ends[1]);
+  // The pixels come after the answer; a refusal has none.
+  const std::string pixels = readToEnd(ends[0]);
+  ::close(ends[0]);
+  return folder().write("tmp/picture.ppm", pixmap(shape, pixels));
+}
+
+bool KWinDesktop::screenshot(const fs::path& png) {
+  return takePicture({"convert", takenPicture().string()}, png);
 }
 
 bool KWinDesktop::activateWhere(const std::string& condition) {

@@ -17,10 +17,10 @@ constexpr const char* recorder = "#!/bin/sh\n"
 
 } // namespace
 
-NotificationDaemon::NotificationDaemon(VirtualDesktop& desktop) : m_desktop(desktop) {
-  const fs::path script = desktop.folder().write("record-notice", recorder);
+NotificationDaemon::NotificationDaemon(PrivateSession& session) : m_session(session) {
+  const fs::path script = session.folder().write("record-notice", recorder);
   fs::permissions(script, fs::perms::owner_all);
-  desktop.folder().write("home/.config/dunst/dunstrc",
+  session.folder().write("home/.config/dunst/dunstrc",
                          "[global]\n    markup = full\n    notification_limit = 0\n"
                          "    idle_threshold = 0\n    stack_duplicates = false\n"
                          "    enable_recursive_icon_lookup = false\n"
@@ -30,20 +30,20 @@ NotificationDaemon::NotificationDaemon(VirtualDesktop& desktop) : m_desktop(desk
 }
 
 void NotificationDaemon::start() {
-  m_program = &m_desktop.launch({"dunst"});
-  m_desktop.waitForBusName("org.freedesktop.Notifications");
+  m_program = &m_session.launch({"dunst"});
+  m_session.waitForBusName("org.freedesktop.Notifications");
 }
 
 int NotificationDaemon::displayed() {
-  const fs::path count = m_desktop.folder().path() / "tmp/displayed";
-  if (!m_desktop.run({"sh", "-c", "dunstctl count displayed > " + count.string()})) return -1;
+  const fs::path count = m_session.folder().path() / "tmp/displayed";
+  if (!m_session.run({"sh", "-c", "dunstctl count displayed > " + count.string()})) return -1;
   int value = -1;
   std::ifstream(count) >> value;
   return value;
 }
 
 std::string NotificationDaemon::shown() const {
-  std::ifstream file(m_desktop.folder().path() / "tmp/notices");
+  std::ifstream file(m_session.folder().path() / "tmp/notices");
   return {std::istreambuf_iterator<char>(file), {}};
 }
 

@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "tests/support/VirtualDesktop.h"
+#include "tests/support/PrivateSession.h"
 
 #include <string>
 
 namespace vantle::desktop {
 
-// The notification daemon of a virtual desktop (dunst), and what it shows.
+// The notification daemon of a private desktop (dunst), and what it shows.
 class NotificationDaemon {
  public:
-  explicit NotificationDaemon(VirtualDesktop& desktop); // ready for notices
+  explicit NotificationDaemon(PrivateSession& session); // ready for notices
 
   Program& program() { return *m_program; }
   void start(); // again, after it was killed
@@ -20,7 +20,7 @@ class NotificationDaemon {
   std::string shown() const;
 
  private:
-  VirtualDesktop& m_desktop;
+  PrivateSession& m_session;
   Program* m_program = nullptr;
 };
 

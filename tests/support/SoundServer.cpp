@@ -42,33 +42,33 @@ std::string wave() {
 
 } // namespace
 
-SoundServer::SoundServer(VirtualDesktop& desktop)
-    : m_desktop(desktop), m_pulseSocket(desktop.runtimeDir() / "pulse/native"),
-      m_tone(desktop.folder().write("tone.wav", wave())) {
-  m_desktop.launch({"pipewire"});
-  require("PipeWire", [&] { return fs::is_socket(m_desktop.runtimeDir() / "pipewire-0"); });
+SoundServer::SoundServer(PrivateSession& session)
+    : m_session(session), m_pulseSocket(session.runtimeDir() / "pulse/native"),
+      m_tone(session.folder().write("tone.wav", wave())) {
+  m_session.launch({"pipewire"});
+  require("PipeWire", [&] { return fs::is_socket(m_session.runtimeDir() / "pipewire-0"); });
   // Its part for Bluetooth ends the whole of it on a machine without logind.
-  const fs::path bluetooth = m_desktop.configHome() / "wireplumber/bluetooth.lua.d";
-  if (!m_desktop.run({"sh", "-c",
+  const fs::path bluetooth = m_session.configHome() / "wireplumber/bluetooth.lua.d";
+  if (!m_session.run({"sh", "-c",
                       "mkdir -p " + bluetooth.string() + " && echo 'bluez_monitor.enabled = false' > " +
                           (bluetooth / "60-none.lua").string()})) {
     throw std::runtime_error("no folder for settings");
   }
-  m_desktop.launch({"wireplumber"});
+  m_session.launch({"wireplumber"});
   startPulse();
-  m_desktop.setEnvironment("SDL_AUDIODRIVER", "pulseaudio");
+  m_session.setEnvironment("SDL_AUDIODRIVER", "pulseaudio");
 }
 
 void SoundServer::startPulse() {
   fs::remove(m_pulseSocket);
-  m_pulse = &m_desktop.launch({"pipewire-pulse"});
+  m_pulse = &m_session.launch({"pipewire-pulse"});
   require("the sound server", [this] { return fs::is_socket(m_pulseSocket); });
-  if (!m_desktop.run({"pactl", "load-module", "module-null-sink", "sink_name=null0"})) {
+  if (!m_session.run({"pactl", "load-module", "module-null-sink", "sink_name=null0"})) {
     throw std::runtime_error("no sink");
   }
   // Known to the session manager as well: what plays earlier may never be connected to it.
   require("a sink for everybody", [this] {
-    return m_desktop.run({"sh", "-c", "test \"$(pactl get-default-sink)\" = null0"});
+    return m_session.run({"sh", "-c", "test \"$(pactl get-default-sink)\" = null0"});
   });
 }
 

@@ -1,18 +1,18 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "tests/support/VirtualDesktop.h"
+#include "tests/support/PrivateSession.h"
 
 #include <filesystem>
 #include <string>
 
 namespace vantle::desktop {
 
-// The sound of a virtual desktop: PipeWire with its session manager and its PulseAudio server, and one sink
+// The sound of a private desktop: PipeWire with its session manager and its PulseAudio server, and one sink
 // that nobody hears.
 class SoundServer {
  public:
-  explicit SoundServer(VirtualDesktop& desktop); // ready to play
+  explicit SoundServer(PrivateSession& session); // ready to play
 
   // Where PulseAudio's clients find it.
   std::string address() const { return "unix:" + m_pulseSocket.string(); }
@@ -23,7 +23,7 @@ class SoundServer {
   const std::filesystem::path& tone() const { return m_tone; }
 
  private:
-  VirtualDesktop& m_desktop;
+  PrivateSession& m_session;
   std::filesystem::path m_pulseSocket;
   std::filesystem::path m_tone;
   Program* m_pulse = nullptr;

@@ -2,6 +2,7 @@
 #include "tests/support/SwayDesktop.h"
 
 #include "tests/support/NamedSocket.h"
+#include "tests/support/Props.h"
 #include "tests/support/User.h"
 #include "tests/support/WlrootsStart.h"
 
@@ -9,7 +10,9 @@
 #include <array>
 #include <csignal>
 #include <cstring>
+#include <fstream>
 #include <functional>
+#include <iterator>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 #include <sys/stat.h>
@@ -78,7 +81,9 @@ void collect(const nlohmann::json& node, std::vector<SwayDesktop::Window>& windo
 
 } // namespace
 
-SwayDesktop::SwayDesktop(const Options& options) : PrivateSession(ownerOf(options), environmentOf(options)) {
+SwayDesktop::SwayDesktop(const Options& options)
+    : PrivateSession(ownerOf(options), environmentOf(options)), m_screen(options.screen),
+      m_screens(options.screens) {
   startSessionBus();
   m_compositor = &startCompositor(options);
 }
@@ -173,6 +178,28 @@ Picture SwayDesktop::picture(const std::string& part) {
   tool.push_back(file.string());
   require("a picture", [&] { return run(tool); });
   return Picture(file);
+}
+
+void SwayDesktop::addPointer() {
+  const fs::path input = folder().path() / "pointer.input";
+  if (::mkfifo(input.c_str(), 0600) != 0 || ::chmod(input.c_str(), 0666) != 0) {
+    throw std::runtime_error("no way to the pointer");
+  }
+  const std::size_t cross = m_screen.find('x');
+  const int width = m_screens * std::stoi(m_screen.substr(0, cross));
+  launch({"sh", "-c", R"(exec "$0" "$1" "$2" <>"$3" >"$4")", virtualPointer(), std::to_string(width),
+          m_screen.substr(cross + 1), input.string(), (folder().path() / "tmp/clicks").string()});
+}
+
+long SwayDesktop::clicks() const {
+  std::ifstream log(folder().path() / "tmp/clicks");
+  return std::count(std::istreambuf_iterator<char>(log), {}, '\n');
+}
+
+void SwayDesktop::click(int x, int y) {
+  const long before = clicks();
+  std::ofstream(folder().path() / "pointer.input") << x << ' ' << y << std::endl;
+  require("a click", [&] { return clicks() > before; });
 }
 
 bool SwayDesktop::screenshot(const fs::path& png) { return takePicture({"grim"}, png); }

@@ -66,13 +66,21 @@ class SwayDesktop : public PrivateSession {
   Picture picture(const std::string& part = {});
   // One that stays: without any, nothing has the keyboard.
   void addKeyboard() { launch({"wtype", "-s", "100000000"}); }
+  void press(const std::string& key) { run({"wtype", "-k", key}); }
+  // One that stays; no click without it.
+  void addPointer();
+  // At a point of all screens together; returns when sway has taken it in.
+  void click(int x, int y);
 
  private:
   // One question on a connection of its own; the answer is JSON.
   std::string ask(std::uint32_t type, const std::string& payload) const;
   Program& startCompositor(const Options& options);
+  long clicks() const; // so far
 
   Program* m_compositor = nullptr;
+  std::string m_screen; // "WIDTHxHEIGHT" of each
+  int m_screens;
 };
 
 } // namespace vantle::desktop
