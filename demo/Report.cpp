@@ -6,8 +6,8 @@
 namespace vantle::demo {
 
 Report::Report(const std::filesystem::path& folder) : m_folder(std::filesystem::absolute(folder)) {
-  std::filesystem::remove_all(folder);
   std::filesystem::create_directories(folder);
+  for (const auto& left : std::filesystem::directory_iterator(folder)) std::filesystem::remove_all(left);
   m_page.open(folder / "report.md");
   m_page << "# A Boost, measured\n";
 }

@@ -19,32 +19,26 @@ using desktop::require;
 
 constexpr const char* gameProgram = "/usr/games/chromium-bsu";
 
-desktop::VirtualDesktop::Options options() {
-  desktop::VirtualDesktop::Options chosen;
-  chosen.screen = "1600x1200x24";
-  // The game would minimise itself when another app comes to the front, and this machine may have no sound.
-  chosen.environment = {{"SDL_VIDEO_MINIMIZE_ON_FOCUS_LOSS", "0"}, {"LIBGL_ALWAYS_SOFTWARE", "1"}};
-  return chosen;
-}
-
 // What an app does that must not be interrupted: sleeping is refused as long as the command runs.
 constexpr const char* keepAwake =
     "systemd-inhibit --what=sleep:idle --mode=block --who=Download --why=Downloading";
 
-std::string toneLog(const desktop::VirtualDesktop& screen) { return screen.logs() / "tone"; }
+std::string toneLog(const desktop::PrivateSession& session) { return session.logs() / "tone"; }
 
 } // namespace
 
-Stage::Stage() : m_desktop(options()) {
+Stage::Stage(const Screen::Kind& kind) : m_screen(kind.make()), m_session(m_screen->session()) {
   startSound();
   startLoginDaemon();
-  m_apps.push_back(start("XTerm", {"xterm", "-geometry", "60x14+20+20"}));
-  m_apps.push_back(start("Mousepad", {"mousepad"}));
-  m_apps.push_back(start("Galculator", {"galculator"}));
+  m_apps.push_back(start("XTerm", {20, 60}, {"xterm", "-geometry", "60x14+20+20"}));
+  m_apps.push_back(start("Mousepad", {20, 290, 366, 200}, {"mousepad"}));
+  m_apps.push_back(start("Galculator", {20, 690}, {"galculator"}));
   // Two busy loops in a terminal window: enough to take half of two processors from anybody.
   m_apps.push_back(
-      startInTerminal("CPU hog", "60x8+20+520",
-                      "echo This window keeps two processors busy.; yes >/dev/null & exec yes >/dev/null"));
+      start("CPU hog", {20, 520, 366, 140},
+            m_screen->terminal(
+                "CPU hog", "60x8+20+520",
+                "echo This window keeps two processors busy.; yes >/dev/null & exec yes >/dev/null")));
   if (m_whyNoSound.empty()) startMusic();
   if (m_whyNoLoginDaemon.empty()) startDownload();
 }
@@ -52,75 +46,72 @@ Stage::Stage() : m_desktop(options()) {
 // What a machine cannot have is no part of the demo; the rest does not need it.
 void Stage::startSound() {
   try {
-    m_sound.emplace(m_desktop);
+    m_sound.emplace(m_session);
   } catch (const std::runtime_error& failure) {
     m_whyNoSound = failure.what();
   }
 }
 
 void Stage::startMusic() {
-  m_usefulApps.push_back(startInTerminal("Music", "60x8+20+760",
-                                         "echo This window plays a quiet tone.; exec '" +
-                                             desktop::tonePlayer() + "' >'" + toneLog(m_desktop) + "'"));
+  m_usefulApps.push_back(
+      start("Music", {400, 1055},
+            m_screen->xTerminal("Music", "60x8+20+760",
+                                "echo This window plays a quiet tone.; exec '" + desktop::tonePlayer() +
+                                    "' >'" + toneLog(m_session) + "'")));
   require("the tone", [this] { return toneSaid("playing") > 0; });
 }
 
 void Stage::startDownload() {
-  m_usefulApps.push_back(startInTerminal("Download", "60x8+20+1000",
-                                         std::string("echo This window keeps the machine awake.; exec ") +
-                                             keepAwake + " sleep 600"));
+  m_usefulApps.push_back(
+      start("Download", {800, 1055},
+            m_screen->xTerminal("Download", "60x8+20+1000",
+                                std::string("echo This window keeps the machine awake.; exec ") + keepAwake +
+                                    " sleep 600")));
   require("the inhibitor", [this] {
-    return m_desktop.run({"sh", "-c", "systemd-inhibit --list --no-legend | grep -q Download"});
+    return m_session.run({"sh", "-c", "systemd-inhibit --list --no-legend | grep -q Download"});
   });
 }
 
 void Stage::startLoginDaemon() {
-  if (m_desktop.run({"sh", "-c", std::string(keepAwake) + " true"})) return;
+  if (m_session.run({"sh", "-c", std::string(keepAwake) + " true"})) return;
   try {
     if (!desktop::Logind::isPossible()) throw std::runtime_error("not installed, or not for this user");
     m_logind.emplace();
-    m_desktop.setEnvironment("DBUS_SYSTEM_BUS_ADDRESS", m_logind->bus().address());
+    m_session.setEnvironment("DBUS_SYSTEM_BUS_ADDRESS", m_logind->bus().address());
   } catch (const std::runtime_error& failure) {
     m_whyNoLoginDaemon = failure.what();
   }
 }
 
-Stage::App Stage::start(const std::string& name, std::vector<std::string> command) {
-  desktop::Program& program = m_desktop.launch(std::move(command));
-  m_desktop.waitForWindow(program.pid());
+Stage::App Stage::start(const std::string& name, const Screen::Place& place,
+                        std::vector<std::string> command) {
+  desktop::Program& program = m_session.launch(std::move(command));
+  m_screen->settle(program, place);
   return {name, &program};
 }
 
-Stage::App Stage::startInTerminal(const std::string& name, const std::string& place,
-                                  const std::string& script) {
-  std::string windowClass = name;
-  std::erase(windowClass, ' ');
-  m_desktop.installDesktopFile("org.example." + windowClass,
-                               "[Desktop Entry]\nType=Application\nName=" + name +
-                                   "\nExec=true\nStartupWMClass=" + windowClass + "\n");
-  return start(
-      name, {"xterm", "-class", windowClass, "-T", name, "-geometry", place, "-e", "/bin/sh", "-c", script});
-}
-
 long Stage::toneSaid(const std::string& word) const {
-  std::ifstream file(toneLog(m_desktop));
+  std::ifstream file(toneLog(m_session));
   return std::count(std::istream_iterator<std::string>(file), {}, word);
 }
 
-desktop::Program& Stage::startMemoryPressure() { return m_desktop.launch({desktop::memoryStaller()}); }
+desktop::Program& Stage::startMemoryPressure() { return m_session.launch({desktop::memoryStaller()}); }
 
-void Stage::startGame() {
-  desktop::Program& program = m_desktop.launch({gameProgram, "-w", "-v", "4", "-na"});
-  m_desktop.waitForWindow(program.pid());
+void Stage::startGame(bool native) {
+  // It would minimise itself when another app comes to the front.
+  desktop::Environment added{{"SDL_VIDEO_MINIMIZE_ON_FOCUS_LOSS", "0"}};
+  if (m_screen->hasNativeApps()) added["SDL_VIDEODRIVER"] = native ? "wayland" : "x11";
+  desktop::Program& program = m_session.launch({gameProgram, "-w", "-v", "4", "-na"}, added);
+  m_screen->settle(program, {310, 50});
   m_game = {"Chromium B.S.U.", &program};
 }
 
 void Stage::startVantle(const std::string& program) {
-  m_vantle = &m_desktop.launch({program});
+  m_vantle = &m_session.launch({program});
   // Its first deed is to restore what an earlier run may have left, which ends with an empty journal.
   require("Vantle is running", [this] { return journal() == "[]"; });
   // It can be asked for its panel a moment later only.
-  m_desktop.waitForBusName("com.halvo.vantle");
+  m_session.waitForBusName("com.halvo.vantle");
 }
 
 const Stage::App& Stage::app(const std::string& name) const {
@@ -132,18 +123,8 @@ const Stage::App& Stage::app(const std::string& name) const {
   throw std::invalid_argument("no app named " + name);
 }
 
-// Without a tray the panel opens in the corner of the screen: its first picture is there when a pixel near
-// its top has another colour than before.
-bool Stage::showPanel() {
-  const auto corner = [this] { return m_desktop.windows().pixel(1420, 10); };
-  const std::uint32_t before = corner();
-  return m_desktop.callApplication("Activate") && desktop::waitUntil([&] { return corner() != before; });
-}
-
-void Stage::hidePanel() { m_desktop.run({"xdotool", "key", "Escape"}); }
-
 std::string Stage::journal() const {
-  std::ifstream file(m_desktop.dataHome() / "Vantle/journal.json");
+  std::ifstream file(m_session.dataHome() / "Vantle/journal.json");
   return {std::istreambuf_iterator<char>(file), {}};
 }
 

@@ -2,10 +2,10 @@
 #pragma once
 
 #include "demo/Scheduling.h"
+#include "demo/Screen.h"
 #include "tests/support/Logind.h"
 #include "tests/support/NotificationDaemon.h"
 #include "tests/support/SoundServer.h"
-#include "tests/support/VirtualDesktop.h"
 
 #include <chrono>
 #include <map>
@@ -25,9 +25,9 @@ class Stage {
     Pid pid() const { return program->pid(); }
   };
 
-  Stage();
+  explicit Stage(const Screen::Kind& kind);
 
-  desktop::VirtualDesktop& screen() { return m_desktop; }
+  Screen& screen() { return *m_screen; }
   // Neither of these has the game.
   const std::vector<App>& apps() const { return m_apps; }
   const std::vector<App>& usefulApps() const {
@@ -39,12 +39,11 @@ class Stage {
   const std::string& whyNoSound() const { return m_whyNoSound; }
   App& game() { return m_game; }
 
-  void startGame();
+  // On a desktop with native apps it is one, or an X client.
+  void startGame(bool native);
   void startVantle(const std::string& program);
   desktop::Program& vantle() { return *m_vantle; }
   std::string journal() const;
-  bool showPanel(); // as an app menu does; true when it can be seen
-  void hidePanel();
 
   long soundBreaks() const { return toneSaid("break"); } // of the tone, so far; none without sound
   desktop::NotificationDaemon& notices() { return m_notices; }
@@ -55,18 +54,17 @@ class Stage {
   std::map<std::string, double> processorShares(std::chrono::milliseconds duration) const;
 
  private:
-  App start(const std::string& name, std::vector<std::string> command);
-  // A terminal window that is an app of its own, with its own desktop file.
-  App startInTerminal(const std::string& name, const std::string& place, const std::string& script);
+  App start(const std::string& name, const Screen::Place& place, std::vector<std::string> command);
   void startSound();
   void startLoginDaemon();
   void startMusic();
   void startDownload();
   long toneSaid(const std::string& word) const;
 
-  desktop::VirtualDesktop m_desktop;
+  std::unique_ptr<Screen> m_screen;
+  desktop::PrivateSession& m_session;
   std::optional<desktop::SoundServer> m_sound; // absent where none starts
-  desktop::NotificationDaemon m_notices{m_desktop};
+  desktop::NotificationDaemon m_notices{m_session};
   std::optional<desktop::Logind> m_logind; // absent as well where the machine's own serves
   std::string m_whyNoLoginDaemon;
   std::string m_whyNoSound;

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: MIT
+#include "demo/Screen.h"
+
+#include "demo/KWinScreen.h"
+#include "demo/SwayScreen.h"
+#include "demo/X11Screen.h"
+
+#include <chrono>
+#include <fstream>
+
+namespace vantle::demo {
+
+namespace {
+
+template <class Made> std::unique_ptr<Screen> make() { return std::make_unique<Made>(); }
+
+} // namespace
+
+const std::vector<Screen::Kind>& Screen::kinds() {
+  static const std::vector<Kind> all{
+      {"x11", false, make<X11Screen>},
+      {"sway", true, make<SwayScreen>},
+      {"kwin", true, make<KWinScreen>},
+  };
+  return all;
+}
+
+std::vector<std::string> Screen::xTerminal(const std::string& name, const std::string& geometry,
+                                           const std::string& script) {
+  std::string windowClass = name;
+  std::erase(windowClass, ' ');
+  callWindows(windowClass, name);
+  return {"xterm", "-class", windowClass, "-T", name, "-geometry", geometry, "-e", "/bin/sh", "-c", script};
+}
+
+std::string Screen::callWindows(const std::string& windowClass, const std::string& name) {
+  const std::string id = "org.example." + windowClass;
+  session().installDesktopFile(id, "[Desktop Entry]\nType=Application\nName=" + name +
+                                       "\nExec=true\nStartupWMClass=" + windowClass + "\n");
+  return id;
+}
+
+std::string Screen::versionOf(const std::string& program) {
+  const auto file = session().folder().path() / "tmp/version";
+  session().run({"sh", "-c", program + " --version >" + file.string()});
+  std::string line;
+  std::ifstream said(file);
+  std::getline(said, line);
+  return line;
+}
+
+bool Screen::showPanel() {
+  m_withoutPanel = pixel(inPanel());
+  return askForPanel() && desktop::waitUntil([this] { return pixel(inPanel()) != m_withoutPanel; });
+}
+
+bool Screen::hidePanel() {
+  // One that is only just there may miss what should close it.
+  return desktop::waitUntil([this] {
+    sendPanelAway();
+    return desktop::waitUntil([this] { return pixel(inPanel()) == m_withoutPanel; }, std::chrono::seconds(2));
+  });
+}
+
+} // namespace vantle::demo
