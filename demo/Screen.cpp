@@ -49,9 +49,15 @@ std::string Screen::versionOf(const std::string& program) {
   return line;
 }
 
-bool Screen::showPanel() {
+std::optional<int> Screen::showPanel() {
   m_withoutPanel = pixel(inPanel());
-  return askForPanel() && desktop::waitUntil([this] { return pixel(inPanel()) != m_withoutPanel; });
+  int asked = 0;
+  const bool isShown = desktop::waitUntil([&] {
+    ++asked;
+    return askForPanel() &&
+           desktop::waitUntil([this] { return pixel(inPanel()) != m_withoutPanel; }, std::chrono::seconds(5));
+  });
+  return isShown ? std::optional(asked) : std::nullopt;
 }
 
 bool Screen::hidePanel() {

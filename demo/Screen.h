@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -55,8 +56,9 @@ class Screen {
   virtual void activate(const desktop::Program& program) = 0;
 
   virtual bool screenshot(const std::filesystem::path& png) = 0;
-  // Vantle's panel, opened as people do here; true when it can be seen.
-  bool showPanel();
+  // Vantle's panel, opened as people do here. How often it was asked for until it could be seen: a desktop
+  // that is too busy to answer in a fifth of a second gets none. Absent when it never could.
+  std::optional<int> showPanel();
   bool hidePanel(); // true when it is gone
 
  protected:

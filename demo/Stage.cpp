@@ -54,7 +54,7 @@ void Stage::startSound() {
 
 void Stage::startMusic() {
   m_usefulApps.push_back(
-      start("Music", {400, 1055},
+      start("Music", {400, 1046},
             m_screen->xTerminal("Music", "60x8+20+760",
                                 "echo This window plays a quiet tone.; exec '" + desktop::tonePlayer() +
                                     "' >'" + toneLog(m_session) + "'")));
@@ -63,7 +63,7 @@ void Stage::startMusic() {
 
 void Stage::startDownload() {
   m_usefulApps.push_back(
-      start("Download", {800, 1055},
+      start("Download", {800, 1046},
             m_screen->xTerminal("Download", "60x8+20+1000",
                                 std::string("echo This window keeps the machine awake.; exec ") + keepAwake +
                                     " sleep 600")));
@@ -102,7 +102,7 @@ void Stage::startGame(bool native) {
   desktop::Environment added{{"SDL_VIDEO_MINIMIZE_ON_FOCUS_LOSS", "0"}};
   if (m_screen->hasNativeApps()) added["SDL_VIDEODRIVER"] = native ? "wayland" : "x11";
   desktop::Program& program = m_session.launch({gameProgram, "-w", "-v", "4", "-na"}, added);
-  m_screen->settle(program, {310, 50});
+  m_screen->settle(program, {310, 46});
   m_game = {"Chromium B.S.U.", &program};
 }
 

@@ -10,7 +10,7 @@ function(expect_refusal text)
 endfunction()
 
 foreach(call "build;--bogus" "coverage;bogus" "fuzz;bogus" "lint;--bogus" "mutate;bogus" "on-debian;99" "packages"
-             "packages;bogus" "soak;bogus" "test;--bogus")
+             "packages;bogus" "run;--desktop" "run;--desktop;bogus" "soak;bogus" "test;--bogus")
   list(POP_FRONT call name)
   expect_refusal("usage: " ${SCRIPTS}/${name} ${call})
 endforeach()

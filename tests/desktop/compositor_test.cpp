@@ -47,7 +47,7 @@ class KilledCompositor : public testing::TestWithParam<Panel> {
   void closePanel() {
     const Picture before = m_desktop.picture();
     ASSERT_TRUE(waitUntil([&] {
-      m_desktop.run({"wtype", "-k", "Escape"});
+      m_desktop.press("Escape");
       return changedArea(before, m_desktop.picture()).width() > 1;
     }));
   }

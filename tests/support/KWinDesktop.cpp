@@ -29,13 +29,6 @@ var answered = "";
 function answer(text) { answered = String(text); }
 )js";
 
-Environment environmentOf(const KWinDesktop::Options& options) {
-  Environment environment = options.environment;
-  environment.emplace("XDG_SESSION_TYPE", "wayland");
-  environment.emplace("XDG_CURRENT_DESKTOP", "KDE");
-  return environment;
-}
-
 // What a picture is, as KWin says it beside the pixels: four bytes each, blue first.
 struct Shape {
   std::uint32_t width = 0;
@@ -93,7 +86,8 @@ std::string pixmap(const Shape& shape, const std::string& pixels) {
 
 } // namespace
 
-KWinDesktop::KWinDesktop(const Options& options) : PrivateSession({}, environmentOf(options)) {
+KWinDesktop::KWinDesktop(const Options& options)
+    : PrivateSession({}, {{"XDG_SESSION_TYPE", "wayland"}, {"XDG_CURRENT_DESKTOP", "KDE"}}) {
   startSessionBus();
   m_listener = std::make_unique<FakeService>(busAddress(), listenerName);
   startCompositor(options);

@@ -25,7 +25,6 @@ class KWinDesktop : public PrivateSession {
     // Drawn in the one way that lets KWin take pictures of it, which costs more of the machine, and these
     // for everybody who asks.
     bool pictures = false;
-    Environment environment = {}; // added to everything that runs here
   };
 
   KWinDesktop() : KWinDesktop(Options{}) {}
