@@ -87,7 +87,7 @@ class Demo {
   bool everyAppInBand() const {
     const auto& apps = m_stage.apps();
     return std::all_of(apps.begin(), apps.end(),
-                       [this](const Stage::App& app) { return isWhollyInBand(appState(app.pid())); });
+                       [](const Stage::App& app) { return isWhollyInBand(appState(app.pid())); });
   }
 
   bool everyAppAsBefore() const {

@@ -34,7 +34,7 @@ std::vector<std::string> Screen::xTerminal(const std::string& name, const std::s
 }
 
 std::string Screen::callWindows(const std::string& windowClass, const std::string& name) {
-  const std::string id = "org.example." + windowClass;
+  std::string id = "org.example." + windowClass;
   session().installDesktopFile(id, "[Desktop Entry]\nType=Application\nName=" + name +
                                        "\nExec=true\nStartupWMClass=" + windowClass + "\n");
   return id;

@@ -51,8 +51,8 @@ int main(int argc, char** argv) {
   const auto kind = std::find_if(Screen::kinds().begin(), Screen::kinds().end(),
                                  [&](const Screen::Kind& each) { return each.name == desktop; });
   if (arguments.size() != 2 || kind == Screen::kinds().end()) return usage();
-  const fs::path program = fs::absolute(arguments[0]);
-  const fs::path folder = fs::absolute(arguments[1]);
+  const fs::path program = fs::absolute(arguments[0]).lexically_normal();
+  const fs::path folder = fs::absolute(arguments[1]).lexically_normal();
   const bool asSomebodyElse = kind->refusesRoot && vantle::test::runsAsRoot();
   const auto play = [&] {
     try {
