@@ -229,7 +229,7 @@ class Demo {
         "over; the kernel's measure of it, its trigger, the program and the notification daemon are real");
     desktop::Program& staller = m_stage.startMemoryPressure();
     bool held = false;
-    const auto time = timeUntil([this] { return m_stage.notices().displayed() == 1; }, held);
+    const auto time = timeUntil([this] { return m_stage.notices().displayed() >= 1; }, held);
     m_report.check(held, "a notice is on the screen " + milliseconds(time) + " after the shortage began");
     takePicture("4-notice.png", "A notice names what uses the most memory");
     staller.kill();
