@@ -27,10 +27,14 @@ const std::vector<Screen::Kind>& Screen::kinds() {
 
 std::vector<std::string> Screen::xTerminal(const std::string& name, const std::string& geometry,
                                            const std::string& script) {
-  std::string windowClass = name;
-  std::erase(windowClass, ' ');
+  const std::string windowClass = asClass(name);
   callWindows(windowClass, name);
   return {"xterm", "-class", windowClass, "-T", name, "-geometry", geometry, "-e", "/bin/sh", "-c", script};
+}
+
+std::string Screen::asClass(std::string name) {
+  std::erase(name, ' ');
+  return name;
 }
 
 std::string Screen::callWindows(const std::string& windowClass, const std::string& name) {

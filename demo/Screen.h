@@ -73,6 +73,8 @@ class Screen {
   virtual bool askForPanel() { return session().callApplication("Activate"); }
   virtual void sendPanelAway() = 0;
 
+  // A name as the class of windows.
+  static std::string asClass(std::string name);
   // A desktop file that calls the windows of that class, or of that app id, by a name. The id.
   std::string callWindows(const std::string& windowClass, const std::string& name);
   // What the program says when it is asked for its version.

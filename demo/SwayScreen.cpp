@@ -5,6 +5,7 @@ namespace vantle::demo {
 
 namespace {
 
+// The middle of the one icon in the tray, which is at the right end of the bar.
 constexpr int iconX = 1600 - 16;
 constexpr int iconY = 15;
 
@@ -28,11 +29,9 @@ std::string SwayScreen::about() { return "the desktop: " + versionOf("sway") + "
 
 std::vector<std::string> SwayScreen::terminal(const std::string& name, const std::string& geometry,
                                               const std::string& script) {
-  std::string windowClass = name;
-  std::erase(windowClass, ' ');
   return {"foot",
           "--app-id",
-          callWindows(windowClass, name),
+          callWindows(asClass(name), name),
           "--title",
           name,
           "--window-size-chars",

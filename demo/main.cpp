@@ -9,6 +9,7 @@
 #include <iostream>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <unistd.h>
 #include <vector>
 
@@ -25,11 +26,13 @@ int usage() {
   return 2;
 }
 
-// Such a desktop is somebody else's where root runs the demo, and so is everything else of it. That user may
-// have a copy of the program running: neither must see what the other has slowed.
+// Such a desktop is somebody else's where root runs the demo, and so is everything else of it.
 void becomeOrdinaryUser(const fs::path& program, const fs::path& folder) {
-  if (::chown(folder.c_str(), vantle::test::nobody, vantle::test::nobody) != 0 ||
-      !vantle::test::becomeUser(vantle::test::nobody)) {
+  if (::chown(folder.c_str(), vantle::test::nobody, vantle::test::nobody) != 0) {
+    throw std::runtime_error("this desktop refuses root, and an ordinary user (nobody) cannot be given " +
+                             folder.string());
+  }
+  if (!vantle::test::becomeUser(vantle::test::nobody)) {
     throw std::runtime_error("this desktop refuses root, and root cannot become an ordinary user here");
   }
   if (::access(program.c_str(), X_OK) != 0 || ::access(folder.c_str(), W_OK | X_OK) != 0) {
@@ -64,6 +67,8 @@ int main(int argc, char** argv) {
     }
   };
   if (!asSomebodyElse) return play();
-  fs::create_directories(folder);
+  std::error_code error; // whatever cannot be made cannot be given away either, which is told
+  fs::create_directories(folder, error);
+  // That user may run the program already, and this copy must not take what is slowed there for left over.
   return vantle::desktop::runIsolated(play, folder);
 }
