@@ -15,7 +15,6 @@
 #include <set>
 #include <string>
 #include <sys/mount.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -55,13 +54,7 @@ bool mountOwnTmp(const std::set<std::string>& paths) {
     const int opened = openBelowTmp(path, folder);
     if (opened >= 0 && !kept.emplace(folder, opened).second) ::close(opened);
   }
-  // With the folder of X servers' sockets as a system's start makes it: not every one of them makes it
-  // itself.
-  constexpr const char* sockets = "/tmp/.X11-unix";
-  if (::mount("tmp", "/tmp", "tmpfs", 0, "mode=1777") != 0 || ::mkdir(sockets, 01777) != 0 ||
-      ::chmod(sockets, 01777) != 0) {
-    return false;
-  }
+  if (::mount("tmp", "/tmp", "tmpfs", 0, "mode=1777") != 0) return false;
   return std::all_of(kept.begin(), kept.end(),
                      [](const auto& folder) { return bindOpened(folder.second, folder.first); });
 }
