@@ -1,14 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include "demo/Demo.h"
+#include "tests/support/ForkedProcess.h"
 #include "tests/support/Isolation.h"
+#include "tests/support/TemporaryFolder.h"
 #include "tests/support/User.h"
 
 #include <algorithm>
+#include <csignal>
+#include <cstdlib>
 #include <exception>
 #include <filesystem>
+#include <functional>
 #include <iostream>
 #include <stdexcept>
 #include <string>
+#include <sys/wait.h>
 #include <system_error>
 #include <unistd.h>
 #include <vector>
@@ -42,6 +48,43 @@ void becomeOrdinaryUser(const fs::path& program, const fs::path& folder) {
   }
 }
 
+// The signals that end a process, but for those that it was started deaf to, and that of a child's end.
+sigset_t endings() {
+  sigset_t set;
+  ::sigemptyset(&set);
+  ::sigaddset(&set, SIGCHLD);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+    struct sigaction action {};
+    if (::sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) ::sigaddset(&set, signal);
+  }
+  return set;
+}
+
+// In a process of its own, and with all that it makes in one folder, so that nothing is left over when
+// somebody interrupts it: this one ends it and takes the folder away.
+int playInterruptibly(const std::function<int()>& play) {
+  const sigset_t awaited = endings();
+  sigset_t before;
+  ::sigprocmask(SIG_BLOCK, &awaited, &before);
+  int signal = 0;
+  int status = 0;
+  {
+    const vantle::desktop::TemporaryFolder folder;
+    const auto live = [&] {
+      ::setenv("TMPDIR", folder.path().c_str(), 1);
+      ::sigprocmask(SIG_SETMASK, &before, nullptr);
+      std::exit(play());
+    };
+    vantle::test::ForkedProcess player({}, live);
+    do ::sigwait(&awaited, &signal);
+    while (signal == SIGCHLD && player.isRunning());
+    status = signal == SIGCHLD ? player.waitForEnd() : player.kill();
+  }
+  ::sigprocmask(SIG_SETMASK, &before, nullptr);
+  if (signal != SIGCHLD) ::raise(signal);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -60,13 +103,18 @@ int main(int argc, char** argv) {
   const auto play = [&] {
     try {
       if (asSomebodyElse) becomeOrdinaryUser(program, folder);
-      return vantle::demo::runDemo(*kind, program, folder) ? 0 : 1;
+      if (vantle::demo::runDemo(*kind, program, folder)) {
+        std::cout << "Report and pictures: " << arguments[1] << std::endl;
+        return 0;
+      }
+      std::cerr << "The demo did not show all it should; see " << arguments[1] << "/report.md." << std::endl;
+      return 1;
     } catch (const std::exception& failure) {
       std::cerr << "vantle_demo: " << failure.what() << "\n";
       return 1;
     }
   };
-  if (!asSomebodyElse) return play();
+  if (!asSomebodyElse) return playInterruptibly(play);
   std::error_code error; // whatever cannot be made cannot be given away either, which is told
   fs::create_directories(folder, error);
   // That user may run the program already, and this copy must not take what is slowed there for left over.
