@@ -56,7 +56,7 @@ fs::path TemporaryFolder::folder(const fs::path& relative) const {
 }
 
 fs::path TemporaryFolder::write(const fs::path& relative, const std::string& bytes) const {
-  const fs::path path = folder(relative.parent_path()) / relative.filename();
+  fs::path path = folder(relative.parent_path()) / relative.filename();
   std::ofstream(path, std::ios::binary) << bytes;
   giveAway(path);
   return path;

@@ -19,7 +19,6 @@ namespace {
 using desktop::FakeService;
 using desktop::guardLimit;
 using desktop::PrivateBus;
-using testing::ElementsAre;
 
 struct Shown {
   std::string app;
