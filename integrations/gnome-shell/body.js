@@ -1,0 +1,143 @@
+
+// The names of whoever is told: Vantle's, and that of its self-test beside it. While nobody has them this costs
+// nothing.
+const NAMES = ['com.halvo.vantle.feed', 'com.halvo.vantle.feed.test'];
+
+const FEED_PATH = '/com/halvo/vantle/desktop';
+const FEED = 'com.halvo.vantle.DesktopFeed';
+
+// The name by which they find out, and what they may ask for. `Sync` is answered in the order in which they are told things: by then they know all that
+// has happened before.
+const SHELL_NAME = 'com.halvo.vantle.shell';
+const SHELL_PATH = '/com/halvo/vantle/shell';
+const SHELL = `<node>
+  <interface name="com.halvo.vantle.DesktopShell">
+    <method name="Sync"/>
+    <method name="Close"><arg type="s" direction="in" name="window"/></method>
+  </interface>
+</node>`;
+
+const SHELL_TYPES = [Meta.WindowType.DESKTOP, Meta.WindowType.DOCK];
+const ORDINARY_TYPES = [
+    Meta.WindowType.NORMAL, Meta.WindowType.DIALOG, Meta.WindowType.MODAL_DIALOG, Meta.WindowType.TOOLBAR,
+    Meta.WindowType.MENU, Meta.WindowType.UTILITY, Meta.WindowType.SPLASHSCREEN,
+];
+
+function kindOf(window) {
+    const type = window.get_window_type();
+    if (SHELL_TYPES.includes(type))
+        return 'shell';
+    return ORDINARY_TYPES.includes(type) ? 'ordinary' : 'passing';
+}
+
+function nameOf(window) {
+    return window ? String(window.get_id()) : '';
+}
+
+function factsOf(window) {
+    const isX11 = window.get_client_type() === Meta.WindowClientType.X11;
+    const name = window.get_wm_class() ?? '';
+    const application = window.get_gtk_application_id() ?? window.get_sandboxed_app_id() ?? (isX11 ? '' : name);
+    const [class_, instance] = isX11 ? [name, window.get_wm_class_instance() ?? ''] : ['', ''];
+    return [nameOf(window), window.get_pid(), class_, instance, application, kindOf(window), isX11];
+}
+
+// Tells the owner of one name, as long as there is one.
+class Feed {
+    constructor(name) {
+        this.owner = null;
+        this._windows = new Map();
+        this._watch = Gio.bus_watch_name(Gio.BusType.SESSION, name, Gio.BusNameWatcherFlags.NONE,
+            (_bus, _name, owner) => this._begin(owner), () => this._end());
+    }
+
+    // The shell takes its extensions out while the screen is locked, and puts them in again.
+    destroy() {
+        if (this.owner)
+            this._tell(Main.sessionMode.isLocked ? 'Stopped' : 'Left');
+        this._end();
+        Gio.bus_unwatch_name(this._watch);
+    }
+
+    find(name) {
+        return this._windows.get(name);
+    }
+
+    _begin(owner) {
+        this.owner = owner;
+        this._tell('Ready', '(s)', ['gnome']);
+        global.get_window_actors().forEach(actor => this._meet(actor.meta_window));
+        global.display.connectObject(
+            'window-created', (_display, window) => this._meet(window),
+            'notify::focus-window', () => this._tellFront(), this);
+        this._tellFront();
+    }
+
+    _end() {
+        this.owner = null;
+        global.display.disconnectObject(this);
+        this._windows.forEach(window => window.disconnectObject(this));
+        this._windows.clear();
+    }
+
+    _meet(window) {
+        const name = nameOf(window);
+        const tell = () => this._tell('Window', '(sissssb)', factsOf(window));
+        this._windows.set(name, window);
+        // Some windows appear before they have said what they are.
+        window.connectObject(
+            'notify::wm-class', tell, 'notify::gtk-application-id', tell, 'notify::window-type', tell,
+            'unmanaged', () => {
+                window.disconnectObject(this);
+                this._windows.delete(name);
+                this._tell('Gone', '(s)', [name]);
+            }, this);
+        tell();
+    }
+
+    _tellFront() {
+        this._tell('Front', '(s)', [nameOf(global.display.focus_window)]);
+    }
+
+    _tell(method, types = '()', values = []) {
+        Gio.DBus.session.call(this.owner, FEED_PATH, FEED, method, new GLib.Variant(types, values), null,
+            Gio.DBusCallFlags.NO_AUTO_START, -1, null, null);
+    }
+}
+
+class Caller {
+    constructor() {
+        this._feeds = NAMES.map(name => new Feed(name));
+        this._object = Gio.DBusExportedObject.wrapJSObject(SHELL, this);
+        this._object.export(Gio.DBus.session, SHELL_PATH);
+        this._name = Gio.bus_own_name_on_connection(Gio.DBus.session, SHELL_NAME, Gio.BusNameOwnerFlags.NONE,
+            null, null);
+    }
+
+    destroy() {
+        Gio.bus_unown_name(this._name);
+        this._object.unexport();
+        this._feeds.forEach(feed => feed.destroy());
+    }
+
+    SyncAsync(_parameters, invocation) {
+        if (this._feedOf(invocation))
+            invocation.return_value(null);
+    }
+
+    CloseAsync([name], invocation) {
+        const feed = this._feedOf(invocation);
+        if (!feed)
+            return;
+        feed.find(name)?.delete(global.get_current_time());
+        invocation.return_value(null);
+    }
+
+    // Of who calls. A stranger is refused: what the shell keeps to itself is not to be had this way.
+    _feedOf(invocation) {
+        const feed = this._feeds.find(each => each.owner === invocation.get_sender());
+        if (!feed)
+            invocation.return_dbus_error('org.freedesktop.DBus.Error.AccessDenied', 'Only Vantle may ask.');
+        return feed;
+    }
+}

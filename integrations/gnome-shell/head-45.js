@@ -1,0 +1,7 @@
+// SPDX-License-Identifier: MIT
+// For GNOME Shell from 45 on.
+import Gio from 'gi://Gio';
+import GLib from 'gi://GLib';
+import Meta from 'gi://Meta';
+import {Extension} from 'resource:///org/gnome/shell/extensions/extension.js';
+import * as Main from 'resource:///org/gnome/shell/ui/main.js';
