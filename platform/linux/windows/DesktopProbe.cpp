@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/windows/DesktopProbe.h"
 
+#include "base/Names.h"
 #include "platform/linux/bus/BusBatch.h"
 #include "platform/linux/windows/FallbackWindows.h"
+#include "platform/linux/windows/StandInWindows.h"
 #include "platform/linux/windows/fed/FedWindows.h"
+#include "platform/linux/windows/gnome/GnomeExtension.h"
 #include "platform/linux/windows/hyprland/HyprlandWindows.h"
 #include "platform/linux/windows/joined/JoinedWindows.h"
 #include "platform/linux/windows/kwin/KWinScript.h"
@@ -27,7 +30,9 @@ constexpr std::chrono::milliseconds longestStart{200}; // of the program, with a
 constexpr std::chrono::milliseconds longestTry{100};   // of that, for finding out which desktop it is
 
 constexpr const char* xwaylandOnly = "Xwayland (X11 apps only)";
+constexpr const char* gnomeApps = "GNOME (native apps and X11 apps)";
 constexpr const char* kwin = "org.kde.KWin"; // on the bus
+constexpr const char* gnomeShell = "org.gnome.Shell";
 
 std::string variable(const char* name) {
   const char* const value = std::getenv(name);
@@ -101,7 +106,9 @@ DesktopSource DesktopProbe::find() const {
     if (auto windows = toplevels(std::move(*compositor), end - longestTry / 2))
       return {named("wlroots (X11 apps, and native apps where it is certain which they are)"),
               std::move(windows), FrontRule::settled, longestStart - longestTry};
-    if (isKWinThere(end)) return plasma();
+    const std::set<std::string> shells = ownedOf({kwin, gnomeShell, names::gnomeExtension}, end);
+    if (shells.contains(kwin)) return plasma();
+    if (shells.contains(gnomeShell)) return gnome(shells.contains(names::gnomeExtension));
   }
   std::string name = "no desktop (nothing is seen)";
   if (!m_names.display.empty()) name = isWayland ? xwaylandOnly : "X11";
@@ -156,15 +163,24 @@ std::unique_ptr<DesktopWindows> DesktopProbe::toplevels(LocalPeer compositor, Ti
   return std::make_unique<JoinedWindows>(m_loop, std::move(windows), xServer(X11Windows::Closing::byClient));
 }
 
-bool DesktopProbe::isKWinThere(Time end) const {
-  BusMessage question = m_bus.methodCall(
-      {"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameHasOwner"});
-  if (!question || sd_bus_message_append(question.get(), "s", kwin) < 0) return false;
+std::set<std::string> DesktopProbe::ownedOf(const std::vector<std::string>& names, Time end) const {
   BusBatch batch(m_bus);
-  const std::size_t place = batch.add(std::move(question));
-  int hasOwner = 0;
-  return batch.wait(end) && batch.reply(place) != nullptr &&
-         sd_bus_message_read(batch.reply(place), "b", &hasOwner) > 0 && hasOwner != 0;
+  std::vector<std::size_t> places;
+  for (const std::string& name : names) {
+    BusMessage question = m_bus.methodCall(
+        {"org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "NameHasOwner"});
+    if (!question || sd_bus_message_append(question.get(), "s", name.c_str()) < 0) return {};
+    places.push_back(batch.add(std::move(question)));
+  }
+  if (!batch.wait(end)) return {};
+  std::set<std::string> owned;
+  for (std::size_t at = 0; at < names.size(); ++at) {
+    sd_bus_message* const reply = batch.reply(places[at]);
+    int hasOwner = 0;
+    if (reply != nullptr && sd_bus_message_read(reply, "b", &hasOwner) > 0 && hasOwner != 0)
+      owned.insert(names[at]);
+  }
+  return owned;
 }
 
 // Whether KWin takes and runs a script only that script's call tells. Until then there is nothing to see.
@@ -181,6 +197,22 @@ DesktopSource DesktopProbe::plasma() const {
                                                      *name = xwaylandOnly;
                                                      return connect();
                                                    });
+  return {name, std::move(windows), FrontRule::settled, longestStart - longestTry};
+}
+
+// The extension may be put in, and taken out, at any time; until it calls there is the X server.
+DesktopSource DesktopProbe::gnome(bool hasExtension) const {
+  auto fed = std::make_unique<FedWindows>(m_loop, m_kernel, m_bus,
+                                          FedWindows::Options{.shell = gnomeShell, .ownName = m_feed},
+                                          std::make_unique<GnomeExtension>(m_bus));
+  const auto isComplete = [source = fed.get()] { return source->isComplete(); };
+  const auto patience = hasExtension ? longestStart - longestTry : std::chrono::milliseconds(0);
+  const std::shared_ptr<std::string> name = named(xwaylandOnly);
+  auto windows =
+      std::make_unique<StandInWindows>(m_loop, StandInWindows::Awaited{std::move(fed), isComplete, patience},
+                                       xServer(X11Windows::Closing::byManager), [name](bool isStandIn) {
+                                         *name = isStandIn ? xwaylandOnly : gnomeApps;
+                                       });
   return {name, std::move(windows), FrontRule::settled, longestStart - longestTry};
 }
 

@@ -12,7 +12,9 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
+#include <vector>
 
 namespace vantle {
 
@@ -30,7 +32,7 @@ struct SessionNames {
 
 // Where the windows of this desktop are seen.
 struct DesktopSource {
-  // For a person to read. It may change once, to the next source, when what looked like one gives no answer.
+  // For a person to read. It changes when another source takes the place of the one that was found.
   std::shared_ptr<const std::string> name;
   std::unique_ptr<DesktopWindows> windows;
   FrontRule front = FrontRule::asTold;
@@ -55,8 +57,10 @@ class DesktopProbe {
   std::unique_ptr<DesktopWindows> hyprland(const LocalPeer& compositor) const;
   std::unique_ptr<DesktopWindows> niri(const LocalPeer& compositor) const;
   std::unique_ptr<DesktopWindows> toplevels(LocalPeer compositor, Time end) const;
-  bool isKWinThere(Time end) const;
+  // Which of them somebody on the session bus has; none when it gives no answer.
+  std::set<std::string> ownedOf(const std::vector<std::string>& names, Time end) const;
   DesktopSource plasma() const;
+  DesktopSource gnome(bool hasExtension) const;
   std::function<std::unique_ptr<DesktopWindows>()> xServer(X11Windows::Closing closing) const;
 
   EventLoop& m_loop;

@@ -55,6 +55,8 @@ class DesktopWindows {
  public:
   struct Handlers {
     std::function<void()> changed = [] {}; // any of what the functions below answer
+    // What was known is known no more, though it may all run on; what follows is as at the start.
+    std::function<void()> startedOver = [] {};
     // The desktop is over, or there was none: nothing is known any more, and nothing more will be.
     std::function<void()> lost = [] {};
   };

@@ -76,7 +76,8 @@ WindowedWorkspace::WindowedWorkspace(EventLoop& loop, std::unique_ptr<DesktopWin
           .isActive = [this](Pid pid) { return m_front && m_front->processIdentifier() == pid; },
           .requestClose = [this](Pid pid) { return requestClose(pid); }})),
       m_windows(std::move(windows)) {
-  m_windows->start({.changed = [this] { update(); }, .lost = [this] { lost(); }});
+  m_windows->start(
+      {.changed = [this] { update(); }, .startedOver = [this] { startOver(); }, .lost = [this] { lost(); }});
   m_windows->settle(m_options.longestStart);
   update(); // some of it, or all, may have been known before anybody listened
   m_isStarting = false;
@@ -237,6 +238,19 @@ void WindowedWorkspace::ended(Pid pid) {
   m_events.emplace_back(WorkspaceEvent::terminated, app->application);
   m_windows->forget(pid);
   deliver();
+}
+
+// Of an app that is not seen any more nobody would hear that the person turns to it: to everybody it has
+// ended.
+void WindowedWorkspace::startOver() {
+  becomeFront(nullptr);
+  if (!m_unannounced.empty()) announceLaunches(m_unannounced.back());
+  for (const auto& app : std::exchange(m_apps, {})) {
+    app->application->setTerminated();
+    m_events.emplace_back(WorkspaceEvent::terminated, app->application);
+  }
+  deliver();
+  update();
 }
 
 void WindowedWorkspace::deliver() {

@@ -61,6 +61,7 @@ class WindowedWorkspace final : public Workspace {
   void announceLaunches(const App* upTo);
   void announce(App& app);
   void ended(Pid pid);
+  void startOver();
   void deliver();
   bool requestClose(Pid pid);
   void lost();

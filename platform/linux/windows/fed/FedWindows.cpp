@@ -130,6 +130,7 @@ bool FedWindows::takeKnownMethod(sd_bus_message* call) {
   if (is(call, "Front", "s")) return takeFront(call);
   if (is(call, "Gone", "s")) return takeGone(call);
   if (is(call, "Ready", "s")) return takeReady(), true;
+  if (is(call, "Left", "")) return takeLeft(), true;
   if (!is(call, "Stopped", "")) return false;
   m_isFed = false;
   return true;
@@ -138,8 +139,18 @@ bool FedWindows::takeKnownMethod(sd_bus_message* call) {
 void FedWindows::takeReady() {
   m_isFed = true;
   m_isListed = false;
+  m_absence.reset();
   ++m_listing;
   m_caller->begin();
+}
+
+void FedWindows::takeLeft() {
+  m_isFed = false;
+  m_absence = m_loop.after(m_options.longestAbsence, [this] {
+    m_absence.reset();
+    forgetAll();
+    tell();
+  });
 }
 
 bool FedWindows::takeWindow(sd_bus_message* call) {
@@ -319,7 +330,21 @@ void FedWindows::tell() {
 
 void FedWindows::tellNow() {
   m_telling.reset();
+  m_isComplete = m_isComplete || (m_isListed && m_drafts.empty());
   m_handlers.changed();
+}
+
+void FedWindows::forgetAll() {
+  m_front.clear();
+  m_active = 0;
+  m_isFed = false;
+  m_isListed = false;
+  m_isComplete = false;
+  m_numbers.clear();
+  m_told.clear();
+  m_drafts.clear();
+  m_known.clear();
+  m_processes.clear();
 }
 
 void FedWindows::lose() {
@@ -330,15 +355,7 @@ void FedWindows::lose() {
   m_object.reset();
   m_ownerChanges.reset();
   m_owner.clear();
-  m_front.clear();
-  m_active = 0;
-  m_isFed = false;
-  m_isListed = false;
-  m_numbers.clear();
-  m_told.clear();
-  m_drafts.clear();
-  m_known.clear();
-  m_processes.clear();
+  forgetAll();
   m_handlers.lost();
 }
 

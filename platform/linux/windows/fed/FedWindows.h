@@ -29,6 +29,9 @@ namespace vantle {
 //   Gone(s id)
 //   Stopped()          Nothing is told until the next `Ready`, as while the screen is locked: what is known
 //                      stays so.
+//   Left()             It was taken out. What is known stays so for a moment, in which it may be put in
+//   again;
+//                      then nothing is known until the next `Ready`.
 //
 // Everything on the bus could call it. Only the present owner of the shell's name is heard; who else calls is
 // refused, and counted. The object's bus name says which copy of the program is fed: one at a time.
@@ -37,8 +40,9 @@ class FedWindows final : public DesktopWindows {
   struct Options {
     std::string shell;   // the name whose owner is heard, e.g. "org.kde.KWin"
     std::string ownName; // that this program takes
-    // For which the shell may be away before the desktop counts as over. One that crashes was seen back after
-    // 0.3 to 0.7 s, and within a second nothing may be slowed any more.
+    // For which the shell may be away before the desktop counts as over, and its caller before it counts as
+    // gone. A shell that crashes was seen back after 0.3 to 0.7 s, and within a second nothing may be slowed
+    // any more.
     std::chrono::milliseconds longestAbsence{800};
   };
   static constexpr const char* path = "/com/halvo/vantle/desktop";
@@ -58,6 +62,9 @@ class FedWindows final : public DesktopWindows {
   void forget(Pid pid) override;
   bool settle(std::chrono::milliseconds limit) override;
 
+  // Whether all windows were told of, and are known with their processes, by a caller that has not gone
+  // since.
+  bool isComplete() const { return m_isComplete; }
   std::uint64_t refusedCalls() const { return m_refused; } // of strangers, and of no known form
 
  private:
@@ -88,6 +95,7 @@ class FedWindows final : public DesktopWindows {
   bool takeFront(sd_bus_message* call);
   bool takeGone(sd_bus_message* call);
   bool takeKnownMethod(sd_bus_message* call);
+  void takeLeft();
   void endListing();
   WindowId numberOf(const std::string& name);
   void setActive(const std::string& name);
@@ -98,6 +106,7 @@ class FedWindows final : public DesktopWindows {
   void takeAnswer(bool isAnswered);
   void tell();
   void tellNow();
+  void forgetAll();
   void lose();
 
   EventLoop& m_loop;
@@ -109,6 +118,7 @@ class FedWindows final : public DesktopWindows {
   bool m_hasName = false;  // its own
   bool m_isFed = false;    // the caller has said so, and not that it stops
   bool m_isListed = false; // and has told of all windows since
+  bool m_isComplete = false;
   bool m_isLost = false;
   std::uint64_t m_listing = 0;
   std::uint64_t m_refused = 0;
@@ -130,7 +140,7 @@ class FedWindows final : public DesktopWindows {
   BusSlot m_object;
   BusSlot m_ownerChanges;
   std::unique_ptr<EventLoop::Handle> m_telling; // set while something has changed and was not told yet
-  std::unique_ptr<EventLoop::Handle> m_absence; // set while the shell is away
+  std::unique_ptr<EventLoop::Handle> m_absence; // set while the shell is away, or its caller
 };
 
 } // namespace vantle

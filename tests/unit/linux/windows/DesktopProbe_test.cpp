@@ -3,7 +3,10 @@
 #include "platform/linux/windows/DesktopProbe.h"
 
 #include "platform/linux/kernel/ProcKernel.h"
+#include "platform/linux/windows/fed/FedWindows.h"
+#include "platform/linux/windows/gnome/GnomeExtension.h"
 #include "platform/shared/PollEventLoop.h"
+#include "tests/support/FakeService.h"
 #include "tests/support/ForkedProcess.h"
 #include "tests/support/NamedSocket.h"
 #include "tests/support/PrivateBus.h"
@@ -17,6 +20,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <gtest/gtest.h>
 #include <optional>
 #include <poll.h>
@@ -33,6 +37,7 @@ namespace {
 using test::ForkedProcess;
 
 constexpr const char* noServer = ":54321";
+constexpr const char* feedName = "com.halvo.vantle.test.feed";
 
 // Takes clients one after another and answers them as sway would.
 void serve(const Descriptor& listener, const std::string& version) {
@@ -112,7 +117,14 @@ class DesktopProbeTest : public testing::Test {
   DesktopSource find(SessionNames names) {
     names.display = noServer;
     names.runtimeFolder = m_folder.path().string();
-    return DesktopProbe(m_loop, m_kernel, m_bus, names, "com.halvo.vantle.test.feed", m_installed).find();
+    return DesktopProbe(m_loop, m_kernel, m_bus, names, feedName, m_installed).find();
+  }
+  // For what others know, and tell nobody.
+  bool serveUntil(const std::function<bool()>& condition) {
+    return desktop::waitUntil([&] {
+      m_loop.runUntil([] { return false; }, std::chrono::milliseconds(1));
+      return condition();
+    });
   }
   void SetUp() override { ::chmod(m_folder.path().c_str(), 0777); }
 
@@ -271,6 +283,69 @@ TEST_F(DesktopProbeTest, APlasmaThatTakesNoScriptIsSeenThroughXwayland) {
   found.windows->start({.lost = [&] { isLost = true; }});
   ASSERT_TRUE(m_loop.runUntil([&] { return isLost; }, desktop::guardLimit));
   expectXwayland(found);
+}
+
+// GNOME's shell, with the extension in it from when it begins to tell.
+class ScriptedGnome {
+ public:
+  explicit ScriptedGnome(const std::string& address) : m_service(address, "org.gnome.Shell") {
+    m_service.answer(GnomeExtension::path, "Sync", [](sd_bus_message*, sd_bus_message*) {});
+    m_service.answer(GnomeExtension::path, "Close", [this](sd_bus_message* call, sd_bus_message*) {
+      const char* window = "";
+      sd_bus_message_read(call, "s", &window);
+      m_askedToClose = window;
+    });
+  }
+
+  bool isAwaited() { // by a feed
+    int isThere = 0;
+    m_service.perform([&](sd_bus* bus) {
+      sd_bus_message* reply = nullptr;
+      sd_bus_call_method(bus, "org.freedesktop.DBus", "/", "org.freedesktop.DBus", "NameHasOwner", nullptr,
+                         &reply, "s", feedName);
+      sd_bus_message_read(reply, "b", &isThere);
+      sd_bus_message_unref(reply);
+    });
+    return isThere != 0;
+  }
+  void tellOf(Pid pid) {
+    m_service.perform([pid](sd_bus* bus) {
+      const auto tell = [bus](const char* member, const char* types, auto... values) {
+        sd_bus_call_method_async(bus, nullptr, feedName, FedWindows::path, FedWindows::interface, member,
+                                 nullptr, nullptr, types, values...);
+      };
+      tell("Ready", "s", "gnome");
+      tell("Window", "sissssb", "1", pid, "", "", "org.example.App", "ordinary", 0);
+      tell("Front", "s", "1");
+    });
+  }
+  std::string askedToClose() {
+    std::string window;
+    m_service.perform([&](sd_bus*) { window = m_askedToClose; });
+    return window;
+  }
+
+ private:
+  std::string m_askedToClose; // in the service's thread
+  desktop::FakeService m_service;
+};
+
+TEST_F(DesktopProbeTest, GnomeIsSeenThroughXwaylandUntilItsExtensionTells) {
+  const Compositor compositor(path("wayland-1"), path("other.sock"), Compositor::Kind::silent);
+  ScriptedGnome shell(m_daemon.address());
+  const ForkedProcess app;
+  const DesktopSource found = find("wayland-1", "");
+  expectXwayland(found);
+  bool isXServerGone = false; // there is none, which is not the end as long as the extension may come
+  found.windows->start({.startedOver = [&] { isXServerGone = true; }});
+  ASSERT_TRUE(serveUntil([&] { return isXServerGone && shell.isAwaited(); }));
+  shell.tellOf(app.pid());
+  ASSERT_TRUE(serveUntil([&] { return found.windows->active() != 0; }));
+  EXPECT_EQ(*found.name, "GNOME (native apps and X11 apps)");
+  const WindowFacts& window = found.windows->known().at(found.windows->active());
+  EXPECT_EQ(window.pid, app.pid());
+  EXPECT_TRUE(found.windows->requestClose(window));
+  EXPECT_TRUE(serveUntil([&] { return shell.askedToClose() == "1"; }));
 }
 
 TEST_F(DesktopProbeTest, ABusThatHangsIsNoPlasma) {

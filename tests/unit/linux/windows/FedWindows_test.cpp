@@ -259,6 +259,7 @@ TEST_F(FedWindowsTest, GarbageIsRefusedAndCounted) {
   m_kwin->call("Front");
   m_kwin->call("Ready");
   m_kwin->callWith("Stopped", "text");
+  m_kwin->callWith("Left", "text");
   m_kwin->callWith("Window", "{1}");
   m_kwin->callWith("NoSuchMethod", "");
   m_kwin->callWith("Front", std::string(100'000, 'x'));
@@ -268,7 +269,7 @@ TEST_F(FedWindowsTest, GarbageIsRefusedAndCounted) {
   m_kwin->send("Window", [](sd_bus_message* call) {
     sd_bus_message_append(call, "sxssssb", "{1}", std::int64_t{7}, "", "", "", "ordinary", 0);
   });
-  ASSERT_TRUE(runUntil([this] { return windows().refusedCalls() == 10; }));
+  ASSERT_TRUE(runUntil([this] { return windows().refusedCalls() == 11; }));
   m_kwin->open({"{2}", m_second.pid(), std::string(5'000, 'x')});
   m_kwin->front("{2}");
   EXPECT_TRUE(becomesFront(std::string(1024, 'x'))) << "cut, and everything goes on";
@@ -340,6 +341,37 @@ TEST_F(FedWindowsTest, WhileNothingIsToldEverythingStays) {
   m_kwin->front("{3}");
   ASSERT_TRUE(becomesFront("Third"));
   EXPECT_THAT(windows().known(), SizeIs(2)) << "what was not told of again is gone";
+}
+
+TEST_F(FedWindowsTest, ACallerThatLeavesAndComesBackSoonChangesNothing) {
+  start({.windows = {{"{1}", m_first.pid(), "First"}}});
+  EXPECT_TRUE(windows().isComplete());
+  m_kwin->call("Left");
+  m_kwin->gone("{1}"); // nobody's word any more
+  m_kwin->callWith("Ready", "kwin");
+  m_kwin->open({"{1}", m_first.pid(), "Renamed"});
+  EXPECT_EQ(factsOf("Renamed").pid, m_first.pid());
+  EXPECT_TRUE(windows().isComplete());
+  m_kwin->front("{1}");
+  EXPECT_TRUE(becomesFront("Renamed"));
+}
+
+TEST_F(FedWindowsTest, WhatACallerKnewThatLeavesForGoodIsKnownNoMore) {
+  m_longestAbsence = 1ms;
+  start({.windows = {{"{1}", m_first.pid(), "First"}}});
+  m_kwin->call("Stopped");
+  m_kwin->call("Left");
+  ASSERT_TRUE(runUntil([this] { return windows().known().empty(); }));
+  EXPECT_FALSE(windows().isComplete());
+  EXPECT_EQ(windows().active(), 0U);
+  EXPECT_EQ(m_copy->losses, 0);
+  m_kwin->callWith("Ready", "kwin");
+  m_kwin->open({"{1}", m_first.pid(), "First"});
+  ASSERT_TRUE(runUntil([this] { return windows().known().size() == 1; }));
+  EXPECT_FALSE(windows().isComplete()) << "there may be more";
+  m_kwin->front("{1}");
+  ASSERT_TRUE(becomesFront("First"));
+  EXPECT_TRUE(windows().isComplete());
 }
 
 TEST_F(FedWindowsTest, TakesThePlaceOfAScriptThatAKilledCopyLeft) {

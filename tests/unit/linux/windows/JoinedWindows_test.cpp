@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
-// Two desktops' words as one, and one in the place of another. Both are a script's, and the time is the
-// test's; the processes are real.
+// Two desktops' words as one, and one in the place of another, or until another's. All are a script's, and
+// the time is the test's; the processes are real.
 #include "platform/linux/windows/joined/JoinedWindows.h"
 
 #include "platform/linux/windows/FallbackWindows.h"
+#include "platform/linux/windows/StandInWindows.h"
 #include "tests/simulation/linux/SimulatedLoop.h"
 #include "tests/support/ForkedProcess.h"
 #include "tests/unit/linux/windows/ScriptedWindows.h"
@@ -12,6 +13,7 @@
 #include <gtest/gtest.h>
 #include <memory>
 #include <utility>
+#include <vector>
 
 namespace vantle {
 namespace {
@@ -277,6 +279,158 @@ TEST_F(FallbackWindowsTest, AtTheStartTheNextIsWaitedForAsWell) {
   EXPECT_LE(m_second->settledFor, 200ms);
   m_loop.run(1s);
   EXPECT_EQ(m_losses, 0);
+}
+
+class StandInWindowsTest : public testing::Test {
+ protected:
+  void start() {
+    m_windows.start({.changed = [this] { ++m_changes; },
+                     .startedOver = [this] { ++m_starts; },
+                     .lost = [this] { ++m_losses; }});
+    m_loop.run(1ms);
+  }
+  // The awaited one begins to tell of two windows, the second in front.
+  void tellOfAll() {
+    m_awaited->open(11, m_process.pid());
+    m_awaited->open(12, m_other.pid());
+    m_isTelling = true;
+    m_awaited->show(12);
+  }
+
+  SimulatedCalls m_calls;
+  SimulatedClock m_clock{m_calls};
+  SimulatedLoop m_loop{m_clock};
+  ForkedProcess m_process;
+  ForkedProcess m_other;
+  ScriptedWindows* m_awaited = nullptr;
+  ScriptedWindows* m_standIn = nullptr; // the last that was made
+  bool m_isTelling = false;
+  int m_made = 0;
+  int m_changes = 0;
+  int m_starts = 0;
+  int m_losses = 0;
+  std::vector<bool> m_turns; // to the stand-in, or from it
+  StandInWindows m_windows{
+      m_loop,
+      {.source = scripted(m_awaited), .isTelling = [this] { return m_isTelling; }, .patience = 30ms},
+      [this] {
+        ++m_made;
+        return scripted(m_standIn);
+      },
+      [this](bool isStandIn) { m_turns.push_back(isStandIn); }};
+};
+
+TEST_F(StandInWindowsTest, TheOtherIsLookedAtUntilTheAwaitedOneTells) {
+  start();
+  ASSERT_EQ(m_made, 1);
+  m_standIn->open(1, m_process.pid());
+  m_standIn->show(1);
+  EXPECT_EQ(m_windows.active(), 1U);
+  EXPECT_EQ(m_changes, 1);
+  m_awaited->open(11, m_process.pid());
+  m_awaited->show(11); // and there are more
+  EXPECT_EQ(m_windows.active(), 1U);
+  EXPECT_EQ(m_changes, 1);
+  tellOfAll();
+  EXPECT_EQ(m_windows.known(), m_awaited->known());
+  EXPECT_EQ(m_windows.active(), 12U);
+  EXPECT_EQ(m_changes, 2);
+  EXPECT_EQ(m_starts, 0) << "it knows no less than the other";
+  m_awaited->show(11);
+  EXPECT_EQ(m_changes, 3);
+  EXPECT_THAT(m_turns, ElementsAre(true, false));
+}
+
+TEST_F(StandInWindowsTest, WhoeverTellsIsAskedToClose) {
+  start();
+  m_standIn->open(1, m_process.pid());
+  EXPECT_TRUE(m_windows.requestClose(m_windows.known().at(1)));
+  EXPECT_THAT(m_standIn->askedToClose, ElementsAre(1U));
+  tellOfAll();
+  EXPECT_TRUE(m_windows.requestClose(m_windows.known().at(11)));
+  EXPECT_THAT(m_awaited->askedToClose, ElementsAre(11U));
+}
+
+TEST_F(StandInWindowsTest, AnEndOfTheTellingIsAStartWithTheOther) {
+  start();
+  tellOfAll();
+  m_isTelling = false;
+  m_awaited->windows.clear();
+  m_awaited->show(0);
+  EXPECT_EQ(m_made, 2);
+  EXPECT_EQ(m_starts, 1);
+  EXPECT_THAT(m_windows.known(), IsEmpty());
+  m_standIn->open(1, m_process.pid());
+  m_standIn->show(1);
+  EXPECT_EQ(m_windows.active(), 1U);
+  tellOfAll();
+  EXPECT_EQ(m_windows.active(), 12U);
+  EXPECT_EQ(m_losses, 0);
+}
+
+TEST_F(StandInWindowsTest, BothForgetAProcess) {
+  start();
+  m_awaited->open(11, m_process.pid()); // which it may tell of next
+  m_windows.forget(m_process.pid());
+  EXPECT_THAT(m_awaited->forgotten, ElementsAre(m_process.pid()));
+  EXPECT_THAT(m_standIn->forgotten, ElementsAre(m_process.pid()));
+}
+
+TEST_F(StandInWindowsTest, TheEndOfTheOneThatTellsIsTheDesktops) {
+  start();
+  tellOfAll();
+  m_awaited->lose();
+  EXPECT_EQ(m_losses, 1);
+}
+
+TEST_F(StandInWindowsTest, WithoutTheAwaitedOneTheOtherGoesOn) {
+  start();
+  m_awaited->lose();
+  EXPECT_EQ(m_losses, 0);
+  m_standIn->open(1, m_process.pid());
+  m_standIn->show(1);
+  EXPECT_EQ(m_windows.active(), 1U);
+  m_standIn->lose();
+  EXPECT_EQ(m_losses, 1);
+}
+
+TEST_F(StandInWindowsTest, WithoutTheOtherTheAwaitedOneIsWaitedFor) {
+  start();
+  m_standIn->open(1, m_process.pid());
+  m_standIn->show(1);
+  m_standIn->lose();
+  EXPECT_EQ(m_losses, 0);
+  EXPECT_EQ(m_starts, 1) << "what it knew is known no more";
+  tellOfAll();
+  EXPECT_EQ(m_windows.active(), 12U);
+  m_isTelling = false;
+  m_awaited->show(0);
+  EXPECT_EQ(m_made, 2) << "and then the other gets another chance";
+  m_standIn->lose();
+  m_awaited->lose();
+  EXPECT_EQ(m_losses, 1);
+}
+
+TEST_F(StandInWindowsTest, AtTheStartTheAwaitedOneComesFirst) {
+  m_awaited->whenSettling = [this] { tellOfAll(); };
+  m_windows.start({});
+  EXPECT_TRUE(m_windows.settle(200ms));
+  EXPECT_EQ(m_awaited->settledFor, 30ms);
+  EXPECT_EQ(m_windows.active(), 12U);
+  m_loop.run(1s);
+  EXPECT_EQ(m_made, 0) << "a connection starts the X server where there is none yet";
+  EXPECT_THAT(m_turns, ElementsAre(false));
+}
+
+TEST_F(StandInWindowsTest, AtTheStartTheOtherHasTheRestOfTheTime) {
+  m_windows.start({});
+  EXPECT_TRUE(m_windows.settle(20ms));
+  EXPECT_EQ(m_awaited->settledFor, 20ms);
+  ASSERT_EQ(m_made, 1);
+  EXPECT_LE(m_standIn->settledFor, 20ms);
+  m_loop.run(1s);
+  EXPECT_EQ(m_made, 1);
+  EXPECT_THAT(m_turns, ElementsAre(true));
 }
 
 } // namespace

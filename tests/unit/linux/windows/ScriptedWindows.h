@@ -40,6 +40,11 @@ class ScriptedWindows final : public DesktopWindows {
     front = id;
     tell();
   }
+  void startOver() {
+    windows.clear();
+    front = 0;
+    m_handlers.startedOver();
+  }
   void lose() {
     isLost = true;
     windows.clear();

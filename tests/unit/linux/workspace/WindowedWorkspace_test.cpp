@@ -254,6 +254,27 @@ TEST_P(OnEveryDesktop, ADesktopThatGoesAwayHasNothingInFront) {
   EXPECT_EQ(front(), 0);
 }
 
+TEST_P(OnEveryDesktop, AppsThatAreKnownNoMoreHaveEndedToEverybodyUntilTheyAreSeenAgain) {
+  watchTwo(GetParam());
+  const ForkedProcess late;
+  m_windows->open(3, late.pid());
+  m_windows->tell();
+  const AppRef app = m_workspace->runningApplication(m_first.pid());
+  m_events.clear();
+  m_windows->startOver();
+  EXPECT_THAT(m_events, ElementsAre(event("launched", late.pid()), event("terminated", m_first.pid()),
+                                    event("terminated", m_second.pid()), event("terminated", late.pid())));
+  EXPECT_TRUE(app->isTerminated());
+  EXPECT_EQ(front(), 0);
+  EXPECT_THAT(m_workspace->runningApplications(), IsEmpty());
+  EXPECT_FALSE(m_isLost);
+  m_loop.pass(1s);
+  m_events.clear();
+  m_windows->open(7, m_first.pid());
+  m_windows->show(7);
+  EXPECT_THAT(m_events, ElementsAre(event("launched", m_first.pid()), event("activated", m_first.pid())));
+}
+
 TEST_P(OnEveryDesktop, ADesktopThatWasNeverThereIsNotLost) {
   watch(GetParam(), [this] { m_windows->lose(); });
   EXPECT_FALSE(m_isLost);
