@@ -27,7 +27,7 @@ class WatchedApps : public testing::Test {
                          .waylandDisplay = desktop.environment().at("WAYLAND_DISPLAY"),
                          .swaySocket = swaySocket,
                          .runtimeFolder = desktop.runtimeDir().string()},
-                        "com.halvo.vantle.test.feed", installedOn(desktop))
+                        feedName, installedOn(desktop))
         .find();
   }
   void watch(const PrivateSession& desktop, DesktopSource source) {
@@ -68,6 +68,8 @@ class WatchedApps : public testing::Test {
   static std::string event(const char* name, const Program& program) {
     return std::string(name) + " " + std::to_string(program.pid());
   }
+
+  static constexpr const char* feedName = "com.halvo.vantle.feed"; // which extensions wait for
 
   ProcKernel m_kernel;
   PollEventLoop m_loop;

@@ -1,258 +1,44 @@
 // SPDX-License-Identifier: MIT
-// The apps of a real KWin, native ones and X clients, as the workspace sees them.
-#include "tests/desktop/WatchedApps.h"
+// The apps of a real KWin.
+#include "tests/desktop/ShellApps.h"
 #include "tests/support/KWinDesktop.h"
 #include "tests/support/Kernel.h"
-#include "tests/support/Props.h"
 
 #include <csignal>
-#include <cstdlib>
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <map>
+#include <memory>
 #include <set>
-#include <string>
-#include <utility>
-#include <vector>
 
 namespace vantle::desktop {
 namespace {
 
-using testing::ElementsAre;
-using testing::IsEmpty;
+constexpr const char* plasma = "Plasma (native apps and X11 apps)";
 
-class KWin : public WatchedApps {
+INSTANTIATE_TEST_SUITE_P(KWin, OnEachShell,
+                         testing::Values(ShellStage{"KWin", plasma,
+                                                    [] { return std::make_unique<KWinDesktop>(); }}));
+
+class KWin : public ShellApps {
  protected:
-  // Of the X server, which wants to know who connects.
-  KWin() { ::setenv("XAUTHORITY", m_desktop.environment().at("XAUTHORITY").c_str(), 1); }
-
-  Program& native() { return shown({"weston-terminal", "--shell=/bin/cat"}); }
-  Program& x11(std::vector<std::string> arguments = {}) {
-    arguments.insert(arguments.begin(), testWindow());
-    const std::string title = "window " + std::to_string(++m_titles);
-    arguments.insert(arguments.end(), {"--title", title});
-    Program& program = m_desktop.launch(std::move(arguments));
-    m_titlesOf[program.pid()] = title;
-    require("an X window", [&] { return m_desktop.windowsWhere("w.caption === \"" + title + "\"") > 0; });
-    return program;
-  }
-  Program& shown(std::vector<std::string> command) {
-    Program& program = m_desktop.launch(std::move(command));
-    require("a window", [&] { return windowsOf(program) > 0; });
-    return program;
-  }
-  // As KWin knows them, which is wrong for some X clients.
-  int windowsOf(const Program& program) {
-    return m_desktop.windowsWhere("w.pid === " + std::to_string(program.pid()));
-  }
-  void focus(const Program& program) {
-    const auto title = m_titlesOf.find(program.pid());
-    if (title == m_titlesOf.end()) return m_desktop.focus(program);
-    m_desktop.focusTitled(title->second);
-  }
-  DesktopSource find() { return WatchedApps::find(m_desktop); }
-  void watch() {
-    DesktopSource source = find();
-    ASSERT_EQ(*source.name, "Plasma (native apps and X11 apps)");
-    WatchedApps::watch(m_desktop, std::move(source));
-  }
-  bool hasScript() { return m_desktop.hasScript("com.halvo.vantle.test.feed"); }
+  KWin() : ShellApps(std::make_unique<KWinDesktop>(), plasma) {}
+  bool hasScript() { return static_cast<KWinDesktop&>(*m_desktop).hasScript(feedName); }
   std::set<Pid> xServers() {
     std::set<Pid> found;
-    for (const Pid pid : processesOf({m_desktop.compositor().pid()})) {
+    for (const Pid pid : processesOf({m_desktop->compositor().pid()})) {
       const auto state = test::processState(pid);
       if (state && state->name == "Xwayland") found.insert(pid);
     }
     return found;
   }
-
-  KWinDesktop m_desktop;
-  std::map<Pid, std::string> m_titlesOf; // of X clients
-  int m_titles = 0;
 };
 
-TEST_F(KWin, KnowsAtOnceWhatRunsAlready) {
-  Program& first = native();
-  Program& second = x11();
-  focus(first);
+TEST_F(KWin, KeepsTheScriptAsLongAsItIsLookedAt) {
+  Program& app = native();
   watch();
-  ASSERT_TRUE(becomesFront(first));
-  ASSERT_NE(appOf(second), nullptr);
-  EXPECT_EQ(m_workspace->runningApplications().size(), 2U);
+  ASSERT_TRUE(becomesFront(app));
   EXPECT_TRUE(hasScript());
   m_workspace.reset();
   EXPECT_TRUE(waitUntil([&] { return !hasScript(); })) << "and leaves nothing behind";
-}
-
-TEST_F(KWin, TellsALaunchThenItsActivationThenItsEnd) {
-  watch();
-  for (const bool isNative : {true, false}) {
-    m_events.clear();
-    Program& app = isNative ? native() : x11();
-    ASSERT_TRUE(runUntil([&] { return m_events.size() == 2; }));
-    app.signal(SIGKILL);
-    ASSERT_TRUE(runUntil([&] { return m_events.size() == 3; }));
-    EXPECT_THAT(m_events,
-                ElementsAre(event("launched", app), event("activated", app), event("terminated", app)));
-  }
-  EXPECT_THAT(m_workspace->runningApplications(), IsEmpty());
-}
-
-TEST_F(KWin, FollowsTheFrontThroughNativeAppsXClientsAndNothing) {
-  Program& app = native();
-  Program& game = x11();
-  Program& other = native();
-  focus(app);
-  watch();
-  ASSERT_TRUE(becomesFront(app));
-  ASSERT_NE(appOf(game), nullptr);
-  m_events.clear();
-  focus(game);
-  ASSERT_TRUE(becomesFront(game));
-  focus(other);
-  ASSERT_TRUE(becomesFront(other));
-  m_desktop.script("all.forEach(function(w) { w.minimized = true; });");
-  ASSERT_TRUE(runUntil([&] { return front() == 0; }));
-  m_desktop.script("all.forEach(function(w) { w.minimized = false; });");
-  focus(app);
-  ASSERT_TRUE(becomesFront(app));
-  focus(game);
-  ASSERT_TRUE(becomesFront(game));
-  EXPECT_EQ(m_events.at(0), event("activated", game));
-  EXPECT_EQ(m_events.at(1), event("activated", other));
-  EXPECT_EQ(m_events.back(), event("activated", game));
-}
-
-TEST_F(KWin, ASecondWindowOfTheSameAppIsNoNews) {
-  Program& app = native();
-  Program& game = x11({"--windows", "2"});
-  watch();
-  ASSERT_NE(appOf(game), nullptr);
-  focus(app);
-  ASSERT_TRUE(becomesFront(app));
-  m_events.clear();
-  const std::string title = "w.caption.indexOf(\"" + m_titlesOf.at(game.pid()) + "\") === 0";
-  require("its windows", [&] { return m_desktop.windowsWhere(title) == 2; });
-  for (const int which : {0, 1, 0}) {
-    m_desktop.script("var w = all.filter(function(w) { return " + title + "; })[" + std::to_string(which) +
-                     "]; if (isNew) workspace.activeWindow = w; else workspace.activeClient = w;");
-    ASSERT_TRUE(becomesFront(game));
-  }
-  EXPECT_THAT(m_events, ElementsAre(event("activated", game)));
-}
-
-TEST_F(KWin, AHundredChangesEndWithTheLast) {
-  Program& app = native();
-  Program& game = x11();
-  focus(app);
-  watch();
-  ASSERT_TRUE(becomesFront(app));
-  ASSERT_NE(appOf(game), nullptr);
-  m_events.clear();
-  const std::string isApp = "w.pid === " + std::to_string(app.pid());
-  m_desktop.script("var app = all.filter(function(w) { return " + isApp +
-                   "; })[0];"
-                   "var game = all.filter(function(w) { return w.caption === \"" +
-                   m_titlesOf.at(game.pid()) +
-                   "\"; })[0];"
-                   "for (var at = 0; at < 99; ++at) {"
-                   "  var w = at % 2 === 0 ? game : app;"
-                   "  if (isNew) workspace.activeWindow = w; else workspace.activeClient = w;"
-                   "}");
-  ASSERT_TRUE(becomesFront(game));
-  for (std::size_t at = 1; at < m_events.size(); ++at) EXPECT_NE(m_events.at(at), m_events.at(at - 1));
-  EXPECT_EQ(m_events.back(), event("activated", game));
-}
-
-TEST_F(KWin, AnXGameInFullScreenIsInFront) {
-  Program& app = native();
-  Program& game = x11();
-  focus(app);
-  watch();
-  focus(game);
-  m_desktop.script("(isNew ? workspace.activeWindow : workspace.activeClient).fullScreen = true;");
-  ASSERT_TRUE(becomesFront(game));
-  focus(app);
-  ASSERT_TRUE(becomesFront(app));
-}
-
-TEST_F(KWin, ALauncherMayCloseBehindItsGame) {
-  Program& launcher = native();
-  watch();
-  Program& game = x11();
-  ASSERT_TRUE(becomesFront(game));
-  launcher.kill();
-  ASSERT_TRUE(runUntil([&] { return m_workspace->runningApplications().size() == 1; }));
-  EXPECT_EQ(front(), game.pid());
-}
-
-TEST_F(KWin, ClientsThatClaimNoProcessOrAWrongOneAreKnownByTheirs) {
-  Program& app = native();
-  Program& none = x11(); // its window says nothing of it
-  Program& wrong = x11({"--claim-pid", std::to_string(app.pid())});
-  Program& first = x11({"--claim-pid", "1"});
-  watch();
-  for (const Program* program : {&none, &wrong, &first, &app}) ASSERT_NE(appOf(*program), nullptr);
-  EXPECT_EQ(m_workspace->runningApplications().size(), 4U);
-  for (const Program* program : {&none, &app, &wrong, &app, &first}) {
-    focus(*program);
-    EXPECT_TRUE(becomesFront(*program));
-  }
-}
-
-TEST_F(KWin, IsNotDeceivedInsidePidNamespaces) {
-  const std::vector<std::string> inside{
-      "unshare", "--user", "--pid", "--fork", "--map-current-user", "--mount-proc", "--kill-child"};
-  const auto within = [&](std::vector<std::string> command) {
-    command.insert(command.begin(), inside.begin(), inside.end());
-    return command;
-  };
-  if (!m_desktop.run(within({"true"}))) GTEST_SKIP() << "no user namespaces here";
-  watch();
-  for (const auto& command : {within({"weston-terminal", "--shell=/bin/cat"}),
-                              within({testWindow(), "--claim-pid", "1", "--title", "inside"})}) {
-    Program& wrapper = m_desktop.launch(command);
-    const auto isOfIt = [&] { return processesOf({wrapper.pid()}).contains(front()); };
-    EXPECT_TRUE(runUntil(isOfIt)) << command.at(7);
-    EXPECT_NE(front(), wrapper.pid());
-  }
-  EXPECT_EQ(m_workspace->runningApplications().size(), 2U);
-}
-
-TEST_F(KWin, ClosesPolitely) {
-  Program& app = native();
-  Program& second = native();
-  Program& polite = x11({"--windows", "2"});
-  Program& stubborn = x11({"--ignore-close"});
-  watch();
-  for (const Program* program : {&stubborn, &polite, &app, &second})
-    EXPECT_TRUE(appOf(*program)->terminate());
-  ASSERT_TRUE(runUntil([&] { return m_workspace->runningApplications().size() == 1; }));
-  EXPECT_EQ(polite.exitStatus(), 0);
-  EXPECT_TRUE(app.exitStatus().has_value());
-  EXPECT_TRUE(stubborn.isRunning());
-}
-
-TEST_F(KWin, UnsavedWorkIsAskedAbout) {
-  const auto file = m_desktop.home() / "text";
-  ASSERT_TRUE(m_desktop.run({"sh", "-c", "echo unsaved >" + file.string()}));
-  Program& editor = shown({"mousepad", file.string()});
-  const std::string isChanged =
-      "w.pid === " + std::to_string(editor.pid()) + " && w.caption.indexOf(\"*\") === 0";
-  // As if somebody had typed: a second line like the first.
-  require("unsaved text", [&] {
-    m_desktop.run({"gdbus", "call", "--session", "--dest", "org.xfce.mousepad", "--object-path",
-                   "/org/xfce/mousepad/window/1", "--method", "org.gtk.Actions.Activate",
-                   "edit.duplicate-line-selection", "[]", "{}"});
-    return m_desktop.windowsWhere(isChanged) == 1;
-  });
-  watch();
-  ASSERT_TRUE(appOf(editor)->terminate());
-  require("the question", [&] {
-    m_loop.runUntil([] { return false; }, std::chrono::milliseconds(1));
-    return windowsOf(editor) == 2;
-  });
-  EXPECT_TRUE(editor.isRunning());
 }
 
 TEST_F(KWin, NativeAppsGoOnWithoutXwayland) {
@@ -267,27 +53,6 @@ TEST_F(KWin, NativeAppsGoOnWithoutXwayland) {
   ASSERT_TRUE(becomesFront(app));
   focus(other);
   ASSERT_TRUE(becomesFront(other));
-  EXPECT_EQ(m_losses, 0);
-}
-
-TEST_F(KWin, ItsDeathIsTheEndOfTheDesktop) {
-  Program& app = native();
-  watch();
-  ASSERT_TRUE(becomesFront(app));
-  m_desktop.compositor().signal(SIGKILL);
-  ASSERT_TRUE(runUntil([&] { return m_losses == 1; }));
-  EXPECT_EQ(front(), 0);
-}
-
-TEST_F(KWin, IsNotWaitedForWhenItHangs) {
-  Program& app = native();
-  watch();
-  ASSERT_TRUE(becomesFront(app));
-  m_desktop.compositor().signal(SIGSTOP);
-  EXPECT_TRUE(appOf(app)->terminate());
-  EXPECT_EQ(front(), app.pid());
-  m_desktop.compositor().signal(SIGCONT);
-  ASSERT_TRUE(runUntil([&] { return !m_workspace->runningApplication(app.pid()); })) << "asked to close";
   EXPECT_EQ(m_losses, 0);
 }
 

@@ -17,7 +17,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char* listenerName = "org.example.Listener";
 constexpr const char* socketName = "wayland-kwin";
 
 constexpr const char* shell = "org.kde.KWin";
@@ -28,6 +27,10 @@ var isNew = workspace.windowList !== undefined;
 var all = isNew ? workspace.windowList() : workspace.clientList();
 var answered = "";
 function answer(text) { answered = String(text); }
+function front() { return isNew ? workspace.activeWindow : workspace.activeClient; }
+function activate(w) { if (isNew) workspace.activeWindow = w; else workspace.activeClient = w; }
+function minimize(w, isMinimized) { w.minimized = isMinimized; }
+function fillScreen(w) { w.fullScreen = true; }
 )js";
 
 // What a picture is, as KWin says it beside the pixels: four bytes each, blue first.
@@ -88,9 +91,7 @@ std::string pixmap(const Shape& shape, const std::string& pixels) {
 } // namespace
 
 KWinDesktop::KWinDesktop(const Options& options)
-    : PrivateSession({}, {{"XDG_SESSION_TYPE", "wayland"}, {"XDG_CURRENT_DESKTOP", "KDE"}}) {
-  startSessionBus();
-  m_listener = std::make_unique<FakeService>(busAddress(), listenerName);
+    : ShellDesktop({{"XDG_SESSION_TYPE", "wayland"}, {"XDG_CURRENT_DESKTOP", "KDE"}}) {
   startCompositor(options);
 }
 
@@ -136,7 +137,7 @@ std::string KWinDesktop::script(const std::string& text) {
       folder().write(name + ".js", before + text + "\ncallDBus(\"" + listenerName + "\", \"/\", \"" +
                                        listenerName + "\", \"Answer\", \"" + name + "\", answered);\n");
   std::string heard;
-  m_listener->answer("", "Answer", [&](sd_bus_message* call, sd_bus_message*) {
+  listener().answer("", "Answer", [&](sd_bus_message* call, sd_bus_message*) {
     const char* from = "";
     const char* said = "";
     if (sd_bus_message_read(call, "ss", &from, &said) > 0 && from == name) heard = std::string("=") + said;
@@ -144,7 +145,7 @@ std::string KWinDesktop::script(const std::string& text) {
   if (!runScript(file, name)) throw std::runtime_error("KWin runs no script");
   require("what the script says", [&] {
     std::string now;
-    m_listener->perform([&](sd_bus*) { now = heard; });
+    listener().perform([&](sd_bus*) { now = heard; });
     return !now.empty();
   });
   return heard.substr(1);
@@ -152,7 +153,7 @@ std::string KWinDesktop::script(const std::string& text) {
 
 bool KWinDesktop::hasScript(const std::string& name) {
   int isLoaded = 0;
-  m_listener->perform([&](sd_bus* bus) {
+  listener().perform([&](sd_bus* bus) {
     sd_bus_message* reply = nullptr;
     if (sd_bus_call_method(bus, shell, "/Scripting", scripting, "isScriptLoaded", nullptr, &reply, "s",
                            name.c_str()) >= 0) {
@@ -165,7 +166,7 @@ bool KWinDesktop::hasScript(const std::string& name) {
 
 bool KWinDesktop::runScript(const fs::path& file, const std::string& name) {
   bool isRun = false;
-  m_listener->perform([&](sd_bus* bus) {
+  listener().perform([&](sd_bus* bus) {
     sd_bus_message* reply = nullptr;
     int number = -1;
     if (sd_bus_call_method(bus, shell, "/Scripting", scripting, "loadScript", nullptr, &reply, "ss",
@@ -186,16 +187,6 @@ bool KWinDesktop::runScript(const fs::path& file, const std::string& name) {
   return isRun;
 }
 
-int KWinDesktop::windowsWhere(const std::string& condition) {
-  return std::stoi(script("answer(all.filter(function(w) { return " + condition + "; }).length);"));
-}
-
-void KWinDesktop::focusWhere(const std::string& condition) {
-  require("a window", [&] { return windowsWhere(condition) > 0; });
-  // A window that opens meanwhile may take the front; whoever wants it asks again.
-  require("a window in front", [&] { return activateWhere(condition); });
-}
-
 void KWinDesktop::place(const Program& program, int x, int y, int width, int height) {
   const std::string condition = "w.pid === " + std::to_string(program.pid());
   require("a window", [&] { return windowsWhere(condition) > 0; });
@@ -211,7 +202,7 @@ fs::path KWinDesktop::takenPicture() {
   std::array<int, 2> ends{-1, -1};
   if (::pipe2(ends.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
   Shape shape;
-  m_listener->perform([&](sd_bus* bus) {
+  listener().perform([&](sd_bus* bus) {
     sd_bus_message* reply = nullptr;
     if (sd_bus_call_method(bus, shell, "/org/kde/KWin/ScreenShot2", "org.kde.KWin.ScreenShot2",
                            "CaptureActiveScreen", nullptr, &reply, "a{sv}h", 0, ends[1]) >= 0) {
@@ -228,13 +219,6 @@ fs::path KWinDesktop::takenPicture() {
 
 bool KWinDesktop::screenshot(const fs::path& png) {
   return takePicture({"convert", takenPicture().string()}, png);
-}
-
-bool KWinDesktop::activateWhere(const std::string& condition) {
-  return script("var w = all.filter(function(w) { return " + condition +
-                "; })[0];"
-                "if (isNew) workspace.activeWindow = w; else workspace.activeClient = w;"
-                "answer((isNew ? workspace.activeWindow : workspace.activeClient) === w);") == "true";
 }
 
 } // namespace vantle::desktop

@@ -1,0 +1,158 @@
+// SPDX-License-Identifier: MIT
+#include "tests/support/GnomeDesktop.h"
+
+#include <csignal>
+#include <fstream>
+#include <stdexcept>
+
+namespace vantle::desktop {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* shell = "org.gnome.Shell";
+constexpr const char* stage = "stage@example.org"; // what runs scripts
+constexpr const char* stagePath = "/org/example/Stage";
+constexpr const char* stageInterface = "org.example.Stage";
+constexpr const char* waylandName = "wayland-gnome";
+
+// Around what runs scripts, up to 44 and from 45 on.
+constexpr const char* oldHead = R"js(
+const {Gio, GLib} = imports.gi;
+const Main = imports.ui.main;
+)js";
+constexpr const char* oldTail = "function init() { return new Stage(); }\n";
+constexpr const char* newHead = R"js(
+import Gio from 'gi://Gio';
+import GLib from 'gi://GLib';
+import * as Main from 'resource:///org/gnome/shell/ui/main.js';
+)js";
+constexpr const char* newTail = "export default class extends Stage {}\n";
+
+constexpr const char* body = R"js(
+const SHAPE = '<node><interface name="org.example.Stage"><method name="Run">' +
+  '<arg type="s" direction="in"/><arg type="s" direction="out"/></method></interface></node>';
+const BEFORE = `
+  const isShown = actor => actor.visible || actor.meta_window.minimized;
+  const all = global.get_window_actors().filter(isShown).map(actor => actor.meta_window).map(
+    window => ({window, pid: window.get_pid(), caption: window.get_title() ?? ''}));
+  let answered = '';
+  const answer = text => { answered = String(text); };
+  const front = () => all.find(w => w.window === global.display.focus_window);
+  const activate = w => w.window.activate(global.display.get_current_time_roundtrip());
+  const minimize = (w, isMinimized) => isMinimized ? w.window.minimize() : w.window.unminimize();
+  const fillScreen = w => w.window.make_fullscreen();
+`;
+class Stage {
+  enable() {
+    this._object = Gio.DBusExportedObject.wrapJSObject(SHAPE, this);
+    this._object.export(Gio.DBus.session, '/org/example/Stage');
+  }
+  disable() { this._object.unexport(); }
+  Run(text) { return new Function('Main', 'GLib', BEFORE + text + '; return answered;')(Main, GLib); }
+}
+)js";
+
+} // namespace
+
+GnomeDesktop::GnomeDesktop(const fs::path& extensions, const std::string& uuid)
+    : ShellDesktop({{"XDG_SESSION_TYPE", "wayland"},
+                    {"XDG_CURRENT_DESKTOP", "GNOME"},
+                    {"GSETTINGS_BACKEND", "keyfile"},
+                    {"WAYLAND_DISPLAY", waylandName}}) {
+  setEnvironment("DBUS_SYSTEM_BUS_ADDRESS", m_systemBus.address());
+  m_edition = installedEdition();
+  installStage();
+  std::string enabled = std::string("'") + stage + "'";
+  if (!extensions.empty()) {
+    fs::create_directories(extensionFolder(uuid));
+    fs::copy(extensions / m_edition, extensionFolder(uuid), fs::copy_options::recursive);
+    enabled += ", '" + uuid + "'";
+  }
+  enable(enabled);
+  startShell();
+}
+
+GnomeDesktop::~GnomeDesktop() {
+  m_compositor->signal(SIGTERM);
+  m_compositor->waitForEnd();
+}
+
+fs::path GnomeDesktop::extensionFolder(const std::string& uuid) const {
+  return dataHome() / "gnome-shell/extensions" / uuid;
+}
+
+std::string GnomeDesktop::installedEdition() {
+  const fs::path told = folder().path() / "tmp/gnome.version";
+  run({"sh", "-c", "gnome-shell --version >" + told.string()}); // "GNOME Shell 43.9"
+  std::ifstream file(told);
+  std::string word;
+  int major = 0;
+  file >> word >> word >> major;
+  if (major == 0) throw std::runtime_error("no GNOME Shell is installed");
+  return major < 45 ? "43" : "45";
+}
+
+void GnomeDesktop::installStage() {
+  const bool isOld = m_edition == "43";
+  const fs::path place = fs::relative(extensionFolder(stage), folder().path());
+  folder().folder(place);
+  folder().write(place / "extension.js",
+                 std::string(isOld ? oldHead : newHead) + body + (isOld ? oldTail : newTail));
+  folder().write(place / "metadata.json",
+                 std::string(R"({"uuid": ")") + stage +
+                     R"(", "name": "Stage", "description": "Runs scripts.", )" +
+                     R"("session-modes": ["user", "unlock-dialog"], )" +
+                     R"("shell-version": ["43", "44", "45", "46", "47", "48", "49"]})");
+}
+
+void GnomeDesktop::enable(const std::string& uuids) {
+  const fs::path settings = fs::relative(configHome() / "glib-2.0/settings", folder().path());
+  folder().folder(settings);
+  folder().write(settings / "keyfile",
+                 "[org/gnome/shell]\nwelcome-dialog-last-shown-version='9999'\nenabled-extensions=[" + uuids +
+                     "]\n[org/gnome/desktop/interface]\nenable-animations=false\n");
+}
+
+void GnomeDesktop::startShell() {
+  m_compositor = &launch({"gnome-shell", "--headless", "--wayland", "--wayland-display", waylandName,
+                          "--virtual-monitor", "1280x800"});
+  const auto says = [this](const std::string& text) -> std::string {
+    try {
+      return script(text);
+    } catch (const std::runtime_error&) {
+      return {};
+    }
+  };
+  // It begins with its overview, from which new windows take nothing.
+  require("GNOME's shell", [&] {
+    return says("Main.overview.hide(); answer(!Main.layoutManager._startingUp && !Main.overview.visible)") ==
+               "true" ||
+           !m_compositor->isRunning();
+  });
+  for (const char* variable : {"DISPLAY", "XAUTHORITY"})
+    setEnvironment(variable, script("answer(GLib.getenv('" + std::string(variable) + "'))"));
+}
+
+std::string GnomeDesktop::script(const std::string& text) {
+  std::string answered;
+  std::string failure;
+  listener().perform([&](sd_bus* bus) {
+    sd_bus_message* reply = nullptr;
+    sd_bus_error error = SD_BUS_ERROR_NULL;
+    const char* said = "";
+    if (sd_bus_call_method(bus, shell, stagePath, stageInterface, "Run", &error, &reply, "s", text.c_str()) <
+            0 ||
+        sd_bus_message_read(reply, "s", &said) <= 0) {
+      failure = error.message != nullptr ? error.message : "no answer";
+    }
+    answered = said;
+    sd_bus_message_unref(reply);
+    sd_bus_error_free(&error);
+  });
+  if (!failure.empty()) throw std::runtime_error("GNOME's shell: " + failure);
+  return answered;
+}
+
+} // namespace vantle::desktop
