@@ -40,7 +40,8 @@ UpdateChecker& AppDelegate::updateChecker() {
 SettingsWindowController& AppDelegate::settingsWindow() {
   if (!m_settingsWindow) {
     m_settingsWindow = std::make_unique<SettingsWindowController>(
-        SettingsParts{engine(), settings(), updateChecker(), m_machine.loginItem, m_machine.catalog},
+        SettingsParts{engine(), settings(), updateChecker(), m_machine.loginItem, m_machine.catalog,
+                      m_desktop->shellExtension()},
         windowParts());
   }
   return *m_settingsWindow;

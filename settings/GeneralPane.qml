@@ -21,4 +21,7 @@ Form {
             setting: pane.model.openAtLogin
         }
     }
+    ExtensionSection {
+        model: pane.model.extension
+    }
 }

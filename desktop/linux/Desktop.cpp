@@ -4,6 +4,7 @@
 #include "desktop/linux/GlibcHeap.h"
 #include "desktop/linux/SessionBus.h"
 #include "desktop/linux/activation/ApplicationInterface.h"
+#include "desktop/linux/extension/GnomeShellExtension.h"
 #include "desktop/linux/icons/ThemedIcons.h"
 #include "desktop/linux/scheme/DesktopScheme.h"
 #include "desktop/linux/tray/DesktopTray.h"
@@ -33,6 +34,7 @@ class FreeDesktop final : public Desktop {
   Tray& tray() override { return m_tray; }
   PanelSurface& panelSurface() override { return *m_panelSurface; }
   Activation& activation() override { return m_activation; }
+  ShellExtension& shellExtension() override { return m_shellExtension; }
 
  private:
   SessionBus m_bus;
@@ -42,6 +44,7 @@ class FreeDesktop final : public Desktop {
   DesktopTray m_tray;
   std::unique_ptr<PanelSurface> m_panelSurface;
   BusActivation m_activation{m_bus};
+  GnomeShellExtension m_shellExtension{m_bus};
 };
 
 } // namespace

@@ -37,7 +37,8 @@ function nameOf(window) {
 function factsOf(window) {
     const isX11 = window.get_client_type() === Meta.WindowClientType.X11;
     const name = window.get_wm_class() ?? '';
-    const application = window.get_gtk_application_id() ?? window.get_sandboxed_app_id() ?? (isX11 ? '' : name);
+    const application =
+        window.get_gtk_application_id() ?? window.get_sandboxed_app_id() ?? (isX11 ? '' : name);
     const [class_, instance] = isX11 ? [name, window.get_wm_class_instance() ?? ''] : ['', ''];
     return [nameOf(window), window.get_pid(), class_, instance, application, kindOf(window), isX11];
 }

@@ -8,7 +8,7 @@ namespace vantle {
 SettingsModel::SettingsModel(const SettingsParts& parts, Pane pane)
     : m_pane(pane), m_login(parts.loginItem),
       m_automatic(parts.engine.automatic, [&engine = parts.engine](bool on) { engine.setAutomatic(on); }),
-      m_openAtLogin(m_login.openAtLogin, [this](bool on) { m_login.set(on); }),
+      m_openAtLogin(m_login.openAtLogin, [this](bool on) { m_login.set(on); }), m_extension(parts.extension),
       m_boost(parts.engine, parts.settings, parts.catalog), m_appearance(parts.settings),
       m_updates(parts.checker, parts.settings), m_about(parts.engine, parts.checker.version),
       m_picker(parts.catalog) {}
@@ -34,6 +34,7 @@ void SettingsModel::setPaneIndex(int index) {
 
 void SettingsModel::reload() {
   m_login.reload();
+  m_extension.reload();
   emit m_about.memoryChanged();
 }
 

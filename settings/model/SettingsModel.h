@@ -5,6 +5,7 @@
 #include "settings/model/AppPickerModel.h"
 #include "settings/model/AppearanceModel.h"
 #include "settings/model/BoostModel.h"
+#include "settings/model/ExtensionModel.h"
 #include "settings/model/LoginChoice.h"
 #include "settings/model/Pane.h"
 #include "settings/model/Switch.h"
@@ -23,6 +24,7 @@ struct SettingsParts {
   UpdateChecker& checker;
   LoginItem& loginItem;
   ApplicationCatalog& catalog;
+  ShellExtension& extension;
 };
 
 // All that the settings window shows. Views bind to it and call one operation each.
@@ -35,6 +37,7 @@ class SettingsModel : public QObject {
   Q_PROPERTY(int pane READ paneIndex WRITE setPaneIndex NOTIFY paneChanged)
   Q_PROPERTY(vantle::Switch* automatic READ automatic CONSTANT)
   Q_PROPERTY(vantle::Switch* openAtLogin READ openAtLogin CONSTANT)
+  Q_PROPERTY(vantle::ExtensionModel* extension READ extension CONSTANT)
   Q_PROPERTY(vantle::BoostModel* boost READ boost CONSTANT)
   Q_PROPERTY(vantle::AppearanceModel* appearance READ appearance CONSTANT)
   Q_PROPERTY(vantle::UpdatesModel* updates READ updates CONSTANT)
@@ -52,6 +55,7 @@ class SettingsModel : public QObject {
 
   Switch* automatic() { return &m_automatic; }
   Switch* openAtLogin() { return &m_openAtLogin; }
+  ExtensionModel* extension() { return &m_extension; }
   BoostModel* boost() { return &m_boost; }
   AppearanceModel* appearance() { return &m_appearance; }
   UpdatesModel* updates() { return &m_updates; }
@@ -69,6 +73,7 @@ class SettingsModel : public QObject {
   LoginChoice m_login;
   Switch m_automatic;
   Switch m_openAtLogin;
+  ExtensionModel m_extension;
   BoostModel m_boost;
   AppearanceModel m_appearance;
   UpdatesModel m_updates;

@@ -19,9 +19,11 @@ set(panel_rooms base engine platform/shared look panel)
 set(settings_rooms base engine platform/shared look settings update)
 set(look/ports_rooms base look/ports)
 set(panel/ports_rooms base panel/ports)
-set(desktop_rooms base look/ports panel/ports platform/shared desktop/Desktop.h desktop/QtEventLoop.h)
-set(desktop/linux_rooms base look/ports panel/ports platform/shared platform/linux/sockets platform/linux/x11
-    desktop/Desktop.h desktop/linux)
+set(settings/ports_rooms base settings/ports)
+set(desktop_rooms base look/ports panel/ports settings/ports platform/shared desktop/Desktop.h desktop/QtEventLoop.h)
+set(desktop/linux_rooms base look/ports panel/ports settings/ports platform/shared platform/linux/files
+    platform/linux/sockets platform/linux/x11 platform/posix/files integrations/gnome-shell desktop/Desktop.h
+    desktop/linux)
 # Of the system that the program was built for, the headers that all systems have.
 set(app_rooms base engine platform/Platform.h platform/shared look panel settings update desktop/Desktop.h
     desktop/QtEventLoop.h app)
@@ -50,6 +52,7 @@ set(panel_headers "${standard}|${toolkit}")
 set(settings_headers "${standard}|${toolkit}")
 set(look/ports_headers "${standard}|${toolkit}")
 set(panel/ports_headers "${standard}|${toolkit}")
+set(settings/ports_headers "${standard}|${toolkit}")
 set(desktop_headers "${standard}|${toolkit}")
 set(desktop/linux_headers "${standard}|${toolkit}|xcb/xcb\\.h|malloc\\.h|wayland-client\\.h|qpa/qplatformnativeinterface\\.h|poll\\.h|unistd\\.h|sys/(mman|socket|un)\\.h")
 set(app_headers "${standard}|${toolkit}")
@@ -60,7 +63,7 @@ set(system_questions
     "__linux__|__APPLE__|_WIN32|__unix__|__FreeBSD__|__MACH__|Q_OS_|TARGET_OS_")
 
 foreach(room base engine engine/ports platform platform/shared platform/posix platform/linux platform/simulated look look/ports
-             update panel panel/ports settings desktop desktop/linux app tests/support)
+             update panel panel/ports settings settings/ports desktop desktop/linux app tests/support)
   set(globbing GLOB_RECURSE)
   if(room MATCHES "^(platform|desktop)$")
     set(globbing GLOB) # what stands in its folders are rooms of their own

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 // The apps of a real GNOME, with Vantle's extension in its shell.
+#include "desktop/linux/extension/GnomeShellExtension.h"
 #include "tests/desktop/ShellApps.h"
 #include "tests/support/GnomeDesktop.h"
 
+#include <QCoreApplication>
+#include <cstdlib>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
@@ -129,6 +132,43 @@ TEST_F(Gnome, ADialogIsItsAppsOwn) {
   Program& app = native();
   ASSERT_TRUE(becomesFront(app)) << "which all that was told before has come before";
   EXPECT_THAT(m_events, ElementsAre(event("launched", app), event("activated", app)));
+}
+
+// The switch in the settings, with GNOME's own settings.
+TEST(GnomeExtensionSwitch, PutsInPlaceWhatTheNextLogInStarts) {
+  GnomeDesktop desktop;
+  for (const char* name : {"DBUS_SESSION_BUS_ADDRESS", "GSETTINGS_BACKEND", "HOME", "WAYLAND_DISPLAY",
+                           "XDG_CONFIG_HOME", "XDG_DATA_HOME"}) {
+    ::setenv(name, desktop.environment().at(name).c_str(), 1);
+  }
+  int count = 0;
+  const QCoreApplication application(count, nullptr);
+  SessionBus bus;
+  GnomeShellExtension extension(bus);
+  using State = ShellExtension::State;
+  const auto becomes = [&](State state) {
+    return waitUntil([&] {
+      QCoreApplication::processEvents();
+      return extension.state() == state;
+    });
+  };
+  extension.reload();
+  ASSERT_TRUE(becomes(State::out));
+  extension.install();
+  ASSERT_TRUE(becomes(State::waiting));
+  desktop.logInAgain();
+  desktop.waitForBusName("com.halvo.vantle.shell");
+  extension.reload();
+  ASSERT_TRUE(becomes(State::atWork));
+  extension.remove();
+  ASSERT_TRUE(becomes(State::out));
+  require("the extension's end", [&] { return !desktop.hasBusName("com.halvo.vantle.shell"); });
+  extension.install();
+  EXPECT_TRUE(waitUntil([&] {
+    QCoreApplication::processEvents();
+    return extension.state() != State::out;
+  }));
+  desktop.waitForBusName("com.halvo.vantle.shell"); // which knows it by now
 }
 
 } // namespace

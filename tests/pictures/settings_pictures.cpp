@@ -9,6 +9,7 @@
 #include "platform/simulated/SimulatedMachine.h"
 #include "settings/SettingsWindow.h"
 #include "tests/pictures/Readable.h"
+#include "tests/unit/settings/ScriptedExtension.h"
 #include "tests/unit/update/FeedServer.h"
 
 #include <QDir>
@@ -56,7 +57,7 @@ class Stage {
   }
 
   void show(Pane pane, const QSize& size) {
-    m_window.emplace(m_views, SettingsParts{engine, settings, checker, m_login, m_catalog},
+    m_window.emplace(m_views, SettingsParts{engine, settings, checker, m_login, m_catalog, extension},
                      WindowState{pane, size, {}}, [] {});
     m_window->show();
   }
@@ -82,6 +83,7 @@ class Stage {
   }
 
   SimulatedMachine machine;
+  ScriptedExtension extension;
   AppSettings settings{machine.defaults};
   Engine engine{machine.ports(), settings};
 
@@ -122,6 +124,17 @@ struct State {
 
 const State states[] = {
     {"general", Pane::general},
+    {"general-gnome", Pane::general,
+     [](Stage& stage) { stage.extension.answer(ShellExtension::State::out); }},
+    {"general-gnome-asking", Pane::general,
+     [](Stage& stage) {
+       stage.extension.answer(ShellExtension::State::out);
+       Stage::model().extension()->toggle();
+     }},
+    {"general-gnome-waiting", Pane::general,
+     [](Stage& stage) { stage.extension.answer(ShellExtension::State::waiting); }},
+    {"general-gnome-at-work", Pane::general,
+     [](Stage& stage) { stage.extension.answer(ShellExtension::State::atWork); }},
     {"boost", Pane::boost},
     {"boost-end", Pane::boost, [](Stage&) { Stage::scrollToEnd(); }},
     {"boost-apps", Pane::boost,

@@ -74,9 +74,16 @@ GnomeDesktop::GnomeDesktop(const fs::path& extensions, const std::string& uuid)
   startShell();
 }
 
-GnomeDesktop::~GnomeDesktop() {
+GnomeDesktop::~GnomeDesktop() { endShell(); }
+
+void GnomeDesktop::endShell() {
   m_compositor->signal(SIGTERM);
   m_compositor->waitForEnd();
+}
+
+void GnomeDesktop::logInAgain() {
+  endShell();
+  startShell();
 }
 
 fs::path GnomeDesktop::extensionFolder(const std::string& uuid) const {

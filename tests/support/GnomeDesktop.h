@@ -22,11 +22,13 @@ class GnomeDesktop : public ShellDesktop {
   explicit GnomeDesktop(const std::filesystem::path& extensions = {}, const std::string& uuid = {});
   ~GnomeDesktop() override; // asks the shell to go, so that XWayland's display number is free again
 
+  void logInAgain(); // ends the session's shell, and starts another
   // The windows' own objects are their `window`; `Main` is the shell's.
   std::string script(const std::string& text) override;
 
  private:
   void startShell();
+  void endShell();
   std::string installedEdition();
   std::filesystem::path extensionFolder(const std::string& uuid) const;
   void installStage();

@@ -131,8 +131,9 @@ class Program {
   AutostartLoginItem m_login{AutostartSetup::from(
       m_folders, [](const char* name) { return std::getenv(name); }, "/usr/bin/vantle")};
   DesktopCatalog m_catalog{std::make_shared<DesktopEntries>(m_folders.allData())};
-  SettingsWindowController m_controller{{m_engine, m_settings, m_checker, m_login, m_catalog},
-                                        {m_settings, m_parts->icons(), m_parts->heap()}};
+  SettingsWindowController m_controller{
+      {m_engine, m_settings, m_checker, m_login, m_catalog, m_parts->shellExtension()},
+      {m_settings, m_parts->icons(), m_parts->heap()}};
 
   Machine ports() {
     const Machine all = m_machine.ports();

@@ -5,6 +5,7 @@
 #include "platform/simulated/SimulatedMachine.h"
 #include "tests/unit/look/PlainDesktop.h"
 #include "tests/unit/look/ScreenReader.h"
+#include "tests/unit/settings/ScriptedExtension.h"
 
 #include <QGuiApplication>
 #include <QQuickItem>
@@ -45,9 +46,10 @@ class Accessibility : public testing::Test {
       {.version = "1.2", .feed = {}, .vendorHost = {}, .authorities = {}}, settings, machine.clock, {}};
   SimulatedLoginItem login;
   SimulatedCatalog catalog;
+  ScriptedExtension extension{ShellExtension::State::out};
   PlainIcons icons;
   LookEngine views{settings, icons};
-  SettingsWindow window{views, {engine, settings, checker, login, catalog}, {}, [] {}};
+  SettingsWindow window{views, {engine, settings, checker, login, catalog, extension}, {}, [] {}};
 };
 
 TEST_F(Accessibility, SidebarTellsItsPanesAndTheChosenOne) {
@@ -76,6 +78,19 @@ TEST_F(Accessibility, GeneralPane) {
               IsSupersetOf({"tab: General, selected", "heading: General",
                             "switch: Start Boost automatically when a Boost app opens, checked",
                             "switch: Open Vantle at login"}));
+}
+
+TEST_F(Accessibility, TheQuestionBeforeAnExtensionIsInstalled) {
+  EXPECT_THAT(toldOn(Pane::general), IsSupersetOf({"text: GNOME", "switch: See native apps"}));
+  model().extension()->toggle();
+  const std::set<std::string> asked = told();
+  EXPECT_THAT(asked, IsSupersetOf({"switch: See native apps", "button: Cancel", "button: Install"}));
+  EXPECT_TRUE(std::any_of(asked.begin(), asked.end(), [](const std::string& line) {
+    return line.starts_with("text: Install a small extension in GNOME?");
+  }));
+  extension.answer(ShellExtension::State::waiting);
+  EXPECT_THAT(told(), IsSupersetOf({"switch: See native apps, checked",
+                                    "text: Log out and in again once. GNOME starts the extension then."}));
 }
 
 TEST_F(Accessibility, BoostPane) {

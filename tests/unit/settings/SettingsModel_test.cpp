@@ -4,6 +4,7 @@
 #include "platform/simulated/SampleDesktop.h"
 #include "platform/simulated/SimulatedMachine.h"
 #include "settings/model/AppKeys.h"
+#include "tests/unit/settings/ScriptedExtension.h"
 
 #include <QDir>
 #include <QFile>
@@ -43,7 +44,8 @@ class SettingsModelTest : public testing::Test {
       {.version = "1.2", .feed = {}, .vendorHost = {}, .authorities = {}}, settings, machine.clock, {}};
   SimulatedLoginItem login;
   SimulatedCatalog catalog;
-  SettingsModel model{{engine, settings, checker, login, catalog}, Pane::boost};
+  ScriptedExtension extension;
+  SettingsModel model{{engine, settings, checker, login, catalog, extension}, Pane::boost};
   BoostModel& boost = *model.boost();
   AppPickerModel& picker = *model.picker();
 };
@@ -190,7 +192,7 @@ TEST_F(SettingsModelTest, UpdatesSayWhatIsKnown) {
 TEST_F(SettingsModelTest, AboutTellsVersionAndMemory) {
   EXPECT_EQ(model.about()->version(), "1.2");
   UpdateChecker nameless({}, settings, machine.clock, {});
-  const SettingsModel other({engine, settings, nameless, login, catalog}, Pane::about);
+  const SettingsModel other({engine, settings, nameless, login, catalog, extension}, Pane::about);
   EXPECT_EQ(const_cast<SettingsModel&>(other).about()->version(), "?");
   EXPECT_EQ(const_cast<SettingsModel&>(other).updates()->currentVersion(), "0");
   EXPECT_EQ(model.about()->memory().toStdString(), byteText(engine.ownFootprint()));
@@ -276,6 +278,7 @@ TEST_F(SettingsModelTest, FolderThatCannotBeReadIsEmpty) {
 
 TEST(KeyOfAnApp, IsShownAsNameAndIconOrAsItself) {
   SimulatedCatalog catalog;
+  ScriptedExtension extension;
   catalog.applications.push_back({"org.example.bundle", "Bundle.app", "", "/apps/Bundle.app"});
   EXPECT_EQ(displayNameForKey(catalog, "org.mozilla.firefox"), "Firefox");
   EXPECT_EQ(iconForKey(catalog, "org.mozilla.firefox"), "firefox");

@@ -3,6 +3,7 @@
 
 #include "platform/simulated/SimulatedMachine.h"
 #include "tests/unit/look/PlainDesktop.h"
+#include "tests/unit/settings/ScriptedExtension.h"
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -15,7 +16,7 @@ namespace {
 class SettingsWindowTest : public testing::Test {
  protected:
   QRect placeAfterShowing(const WindowState& state) {
-    SettingsWindow window(views, {engine, settings, checker, login, catalog}, state, [] {});
+    SettingsWindow window(views, {engine, settings, checker, login, catalog, extension}, state, [] {});
     window.show();
     for (QWindow* each : QGuiApplication::topLevelWindows()) {
       if (each->isVisible()) return each->geometry();
@@ -29,6 +30,7 @@ class SettingsWindowTest : public testing::Test {
   UpdateChecker checker{{}, settings, machine.clock, {}};
   SimulatedLoginItem login;
   SimulatedCatalog catalog;
+  ScriptedExtension extension;
   PlainIcons icons;
   LookEngine views{settings, icons};
 };

@@ -1,0 +1,172 @@
+// SPDX-License-Identifier: MIT
+#include "desktop/linux/extension/GnomeShellExtension.h"
+
+#include "base/Names.h"
+#include "desktop/linux/extension/ExtensionList.h"
+#include "integrations/gnome-shell/ExtensionFiles.h"
+#include "platform/linux/files/XdgFolders.h"
+#include "platform/posix/files/OwnFolder.h"
+#include "platform/posix/files/PosixFileStore.h"
+
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QDBusVariant>
+#include <QProcess>
+#include <QTimer>
+#include <QVariant>
+#include <chrono>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+namespace vantle {
+
+namespace {
+
+// It only ends what would otherwise be waited for until the program's end.
+constexpr std::chrono::seconds longestRun{25};
+
+const auto schema = QStringLiteral("org.gnome.shell");
+const auto switchedOn = QStringLiteral("enabled-extensions");
+const auto switchedOff = QStringLiteral("disabled-extensions"); // outranks the other
+
+QDBusMessage shellVersion() {
+  QDBusMessage question = QDBusMessage::createMethodCall(
+      QStringLiteral("org.gnome.Shell"), QStringLiteral("/org/gnome/Shell"),
+      QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
+  question << QStringLiteral("org.gnome.Shell") << QStringLiteral("ShellVersion");
+  question.setAutoStartService(false);
+  return question;
+}
+
+QDBusMessage whetherAtWork() {
+  QDBusMessage question = QDBusMessage::createMethodCall(
+      QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+      QStringLiteral("org.freedesktop.DBus"), QStringLiteral("NameHasOwner"));
+  question << QString::fromLatin1(names::gnomeExtension);
+  return question;
+}
+
+} // namespace
+
+GnomeShellExtension::Place GnomeShellExtension::Place::fromEnvironment() {
+  return {XdgFolders::fromEnvironment().data + "/gnome-shell/extensions/" + gnomeExtensionUuid,
+          QStringLiteral("gsettings"), !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")};
+}
+
+GnomeShellExtension::GnomeShellExtension(SessionBus& bus, Place place)
+    : m_bus(bus), m_place(std::move(place)) {}
+
+ShellExtension::State GnomeShellExtension::state() const {
+  if (m_edition == nullptr) return State::notOffered;
+  if (!m_isOn) return State::out;
+  return m_isAtWork ? State::atWork : State::waiting;
+}
+
+std::unique_ptr<Registration> GnomeShellExtension::observe(std::function<void()> changed) {
+  return m_observers.add(std::move(changed));
+}
+
+void GnomeShellExtension::reload() {
+  if (!m_place.isWayland || !m_bus.isConnected()) return;
+  askBus(shellVersion(), [this](const QVariant& version) {
+    const int major = version.value<QDBusVariant>().variant().toString().section('.', 0, 0).toInt();
+    m_edition = gnomeExtensionFor(major);
+    if (m_edition == nullptr) return m_observers.notify();
+    askBus(whetherAtWork(), [this](const QVariant& isAtWork) {
+      m_isAtWork = isAtWork.toBool();
+      readList();
+    });
+  });
+}
+
+void GnomeShellExtension::readList() {
+  runSettings({QStringLiteral("get"), schema, switchedOn}, [this](const std::optional<std::string>& list) {
+    m_isOn = list && namesExtension(*list, gnomeExtensionUuid) && areFilesThere();
+    m_observers.notify();
+  });
+}
+
+void GnomeShellExtension::askBus(const QDBusMessage& question, Answer answered) {
+  auto* watcher = new QDBusPendingCallWatcher(m_bus.connection().asyncCall(question), this);
+  connect(watcher, &QDBusPendingCallWatcher::finished, this, [watcher, answered = std::move(answered)] {
+    const QDBusMessage reply = watcher->reply();
+    const bool isAnswer = reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty();
+    answered(isAnswer ? reply.arguments().constFirst() : QVariant());
+    watcher->deleteLater();
+  });
+}
+
+void GnomeShellExtension::runSettings(const QStringList& arguments, Output done) {
+  auto* process = new QProcess(this);
+  const auto take = [process, done = std::move(done)](bool isDone) {
+    const std::string text = process->readAllStandardOutput().trimmed().toStdString();
+    process->deleteLater();
+    done(isDone ? std::optional(text) : std::nullopt);
+  };
+  connect(process, &QProcess::finished, this,
+          [take](int status, QProcess::ExitStatus how) { take(how == QProcess::NormalExit && status == 0); });
+  connect(process, &QProcess::errorOccurred, this, [take](QProcess::ProcessError error) {
+    if (error == QProcess::FailedToStart) take(false); // otherwise its end is told as well
+  });
+  QTimer::singleShot(longestRun, process, [process] { process->kill(); });
+  process->setStandardErrorFile(QProcess::nullDevice());
+  process->start(m_place.settings, arguments, QIODevice::ReadOnly);
+}
+
+void GnomeShellExtension::change(const QString& list, bool isIn, std::function<void()> done) {
+  runSettings({QStringLiteral("get"), schema, list},
+              [this, list, isIn, done = std::move(done)](const std::optional<std::string>& text) {
+                const auto changed = text ? (isIn ? withExtension(*text, gnomeExtensionUuid)
+                                                  : withoutExtension(*text, gnomeExtensionUuid))
+                                          : std::nullopt;
+                if (!changed || *changed == *text) return done();
+                runSettings({QStringLiteral("set"), schema, list, QString::fromStdString(*changed)},
+                            [done](const std::optional<std::string>&) { done(); });
+              });
+}
+
+// In the list last, and out of it first: the shell looks for the files of what the list names.
+void GnomeShellExtension::bring(bool isIn) {
+  if (m_edition == nullptr) return;
+  if (m_isBusy) {
+    m_wanted = isIn;
+    return;
+  }
+  if (isIn && !writeFiles()) return m_observers.notify();
+  m_isBusy = true;
+  const auto finished = [this, isIn] {
+    if (!isIn) removeFiles();
+    finish();
+  };
+  change(switchedOff, false, [this, isIn, finished] { change(switchedOn, isIn, finished); });
+}
+
+void GnomeShellExtension::finish() {
+  m_isBusy = false;
+  if (const auto wanted = std::exchange(m_wanted, std::nullopt)) return bring(*wanted);
+  reload();
+}
+
+bool GnomeShellExtension::writeFiles() const {
+  PosixFileStore files({}, PosixFileStore::Sync::none);
+  files.createFolders(m_place.folder);
+  return files.writeAtomically(m_place.folder + "/extension.js", std::string(m_edition->script)) &&
+         files.writeAtomically(m_place.folder + "/metadata.json", std::string(m_edition->metadata));
+}
+
+// What somebody else has put there stays, and the folder with it.
+void GnomeShellExtension::removeFiles() const {
+  if (!isOwnFolder(m_place.folder)) return;
+  std::error_code ignored;
+  for (const char* file : {"/extension.js", "/metadata.json", ""})
+    std::filesystem::remove(m_place.folder + file, ignored);
+}
+
+bool GnomeShellExtension::areFilesThere() const {
+  const PosixFileStore files({}, PosixFileStore::Sync::none);
+  return files.exists(m_place.folder + "/extension.js") && files.exists(m_place.folder + "/metadata.json");
+}
+
+} // namespace vantle
