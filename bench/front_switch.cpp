@@ -2,10 +2,12 @@
 // How long after somebody has turned to another app the kernel has it at full speed again, during a Boost:
 // from the request to the desktop to the change of its first thread, with everything in between.
 //
-//   front_switch [x11|sway|kwin] [ROUNDS]
+//   front_switch [x11|sway|kwin|gnome] [ROUNDS]
+#include "tests/support/GnomeDesktop.h"
 #include "tests/support/KWinDesktop.h"
 #include "tests/support/Kernel.h"
 #include "tests/support/Props.h"
+#include "tests/support/ShellDesktop.h"
 #include "tests/support/SwayDesktop.h"
 #include "tests/support/VirtualDesktop.h"
 
@@ -93,9 +95,8 @@ void measureOnSway(int rounds) {
   measure(desktop, game, app, bringToFront, rounds);
 }
 
-// What the desktop is asked with is a script, which takes its time to be loaded.
-void measureOnKWin(int rounds) {
-  desktop::KWinDesktop desktop;
+// What the desktop is asked with is a script; KWin takes its time to load it.
+void measureOn(desktop::ShellDesktop&& desktop, int rounds) {
   desktop.installDesktopFile("org.freedesktop.weston.flower", gameFile);
   const desktop::Program& game = desktop.launch({"weston-flower"});
   const desktop::Program& app = desktop.launch({"weston-terminal", "--shell=/bin/cat"});
@@ -114,7 +115,11 @@ int main(int argc, char** argv) {
   try {
     if (where == "x11") vantle::bench::measureOnX11(rounds);
     if (where == "sway") vantle::bench::measureOnSway(rounds);
-    if (where == "kwin") vantle::bench::measureOnKWin(rounds);
+    if (where == "kwin") vantle::bench::measureOn(vantle::desktop::KWinDesktop(), rounds);
+    if (where == "gnome") {
+      vantle::bench::measureOn(vantle::desktop::GnomeDesktop(VANTLE_GNOME_EXTENSIONS, "vantle@halvo.com"),
+                               rounds);
+    }
     return 0;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "%s\n", error.what());

@@ -4,9 +4,12 @@
 //   idle [SECONDS]       starts Vantle in a private desktop with two apps that do nothing
 //   idle SECONDS sway    the same on sway, as an ordinary user
 //   idle SECONDS kwin    the same on KWin
+//   idle SECONDS gnome   the same on GNOME, with the extension in its shell
 //   idle SECONDS PID     looks at a copy that runs already
+#include "tests/support/GnomeDesktop.h"
 #include "tests/support/KWinDesktop.h"
 #include "tests/support/Props.h"
+#include "tests/support/ShellDesktop.h"
 #include "tests/support/SwayDesktop.h"
 #include "tests/support/VirtualDesktop.h"
 
@@ -117,8 +120,7 @@ int measureOnSway(int seconds) {
   return measure(vantle.pid(), seconds);
 }
 
-int measureOnKWin(int seconds) {
-  desktop::KWinDesktop desktop;
+int measureOn(desktop::ShellDesktop&& desktop, int seconds) {
   for (int app = 0; app < 2; ++app) desktop.focus(desktop.launch({"weston-terminal", "--shell=/bin/cat"}));
   desktop::Program& vantle = desktop.launch({VANTLE_PROGRAM}, {{"QT_QPA_PLATFORM", "xcb"}});
   return measure(vantle.pid(), seconds);
@@ -131,7 +133,12 @@ int main(int argc, char** argv) {
   const int seconds = argc > 1 ? std::max(std::atoi(argv[1]), 1) : 60;
   try {
     if (argc > 2 && std::string_view(argv[2]) == "sway") return vantle::bench::measureOnSway(seconds);
-    if (argc > 2 && std::string_view(argv[2]) == "kwin") return vantle::bench::measureOnKWin(seconds);
+    if (argc > 2 && std::string_view(argv[2]) == "kwin")
+      return vantle::bench::measureOn(vantle::desktop::KWinDesktop(), seconds);
+    if (argc > 2 && std::string_view(argv[2]) == "gnome") {
+      return vantle::bench::measureOn(
+          vantle::desktop::GnomeDesktop(VANTLE_GNOME_EXTENSIONS, "vantle@halvo.com"), seconds);
+    }
     if (argc > 2) return vantle::bench::measure(std::atoi(argv[2]), seconds);
     return vantle::bench::measureInPrivateDesktop(seconds);
   } catch (const std::exception& error) {
