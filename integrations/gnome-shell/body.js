@@ -6,8 +6,8 @@ const NAMES = ['com.halvo.vantle.feed', 'com.halvo.vantle.feed.test'];
 const FEED_PATH = '/com/halvo/vantle/desktop';
 const FEED = 'com.halvo.vantle.DesktopFeed';
 
-// The name by which they find out, and what they may ask for. `Sync` is answered in the order in which they are told things: by then they know all that
-// has happened before.
+// The name by which they find out, and what they may ask for. `Sync` is answered in the order in which they are told
+// things: by then they know all that has happened before.
 const SHELL_NAME = 'com.halvo.vantle.shell';
 const SHELL_PATH = '/com/halvo/vantle/shell';
 const SHELL = `<node>

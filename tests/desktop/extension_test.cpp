@@ -96,7 +96,7 @@ class ExtensionTest : public testing::Test {
     m_observer = m_extension->observe([this] { ++m_changes; });
   }
   // Until it has answered once more.
-  void answers(const std::function<void()>& deed) {
+  void answers(const std::function<void()>& deed) const {
     const int before = m_changes;
     deed();
     require("an answer", [&] {
@@ -211,6 +211,21 @@ TEST_F(ExtensionTest, WhatIsListedWithoutItsFilesIsOut) {
   set("enabled-extensions", "['vantle@halvo.com']");
   make();
   EXPECT_EQ(reloaded(), State::out);
+}
+
+TEST_F(ExtensionTest, FilesOfAnEarlierEditionAreReplaced) {
+  startShell("44.1");
+  make();
+  ASSERT_EQ(reloaded(), State::out);
+  m_extension->install();
+  becomes(State::waiting);
+  m_extension.reset();
+  m_shell.reset();
+  startShell("48.7"); // the system was upgraded
+  make();
+  EXPECT_EQ(reloaded(), State::waiting);
+  EXPECT_NE(content(place() / "extension.js").find("export default"), std::string::npos);
+  EXPECT_NE(content(place() / "metadata.json").find(R"("48")"), std::string::npos);
 }
 
 TEST_F(ExtensionTest, OfManyWishesTheLastCounts) {

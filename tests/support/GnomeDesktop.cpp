@@ -147,7 +147,7 @@ std::string GnomeDesktop::script(const std::string& text) {
   std::string failure;
   listener().perform([&](sd_bus* bus) {
     sd_bus_message* reply = nullptr;
-    sd_bus_error error = SD_BUS_ERROR_NULL;
+    sd_bus_error error{};
     const char* said = "";
     if (sd_bus_call_method(bus, shell, stagePath, stageInterface, "Run", &error, &reply, "s", text.c_str()) <
             0 ||

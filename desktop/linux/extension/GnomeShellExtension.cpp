@@ -17,6 +17,7 @@
 #include <QVariant>
 #include <chrono>
 #include <filesystem>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -26,6 +27,9 @@ namespace {
 
 // It only ends what would otherwise be waited for until the program's end.
 constexpr std::chrono::seconds longestRun{25};
+
+constexpr const char* scriptName = "/extension.js";
+constexpr const char* metadataName = "/metadata.json";
 
 const auto schema = QStringLiteral("org.gnome.shell");
 const auto switchedOn = QStringLiteral("enabled-extensions");
@@ -84,6 +88,8 @@ void GnomeShellExtension::reload() {
 void GnomeShellExtension::readList() {
   runSettings({QStringLiteral("get"), schema, switchedOn}, [this](const std::optional<std::string>& list) {
     m_isOn = list && namesExtension(*list, gnomeExtensionUuid) && areFilesThere();
+    // An earlier Vantle's, or those for an earlier shell.
+    if (m_isOn && !areFilesCurrent()) writeFiles();
     m_observers.notify();
   });
 }
@@ -152,21 +158,29 @@ void GnomeShellExtension::finish() {
 bool GnomeShellExtension::writeFiles() const {
   PosixFileStore files({}, PosixFileStore::Sync::none);
   files.createFolders(m_place.folder);
-  return files.writeAtomically(m_place.folder + "/extension.js", std::string(m_edition->script)) &&
-         files.writeAtomically(m_place.folder + "/metadata.json", std::string(m_edition->metadata));
+  return files.writeAtomically(m_place.folder + scriptName, std::string(m_edition->script)) &&
+         files.writeAtomically(m_place.folder + metadataName, std::string(m_edition->metadata));
 }
 
 // What somebody else has put there stays, and the folder with it.
 void GnomeShellExtension::removeFiles() const {
   if (!isOwnFolder(m_place.folder)) return;
   std::error_code ignored;
-  for (const char* file : {"/extension.js", "/metadata.json", ""})
+  for (const char* file : {scriptName, metadataName, ""})
     std::filesystem::remove(m_place.folder + file, ignored);
 }
 
 bool GnomeShellExtension::areFilesThere() const {
   const PosixFileStore files({}, PosixFileStore::Sync::none);
-  return files.exists(m_place.folder + "/extension.js") && files.exists(m_place.folder + "/metadata.json");
+  return files.exists(m_place.folder + scriptName) && files.exists(m_place.folder + metadataName);
+}
+
+bool GnomeShellExtension::areFilesCurrent() const {
+  const PosixFileStore files({}, PosixFileStore::Sync::none);
+  const auto holds = [&](const char* name, std::string_view text) {
+    return files.read(m_place.folder + name, text.size()) == text;
+  };
+  return holds(scriptName, m_edition->script) && holds(metadataName, m_edition->metadata);
 }
 
 } // namespace vantle

@@ -54,6 +54,7 @@ class GnomeShellExtension final : public QObject, public ShellExtension {
   bool writeFiles() const;
   void removeFiles() const;
   bool areFilesThere() const;
+  bool areFilesCurrent() const;
   void readList();
 
   SessionBus& m_bus;
