@@ -43,10 +43,30 @@ function factsOf(window) {
     return [nameOf(window), window.get_pid(), class_, instance, application, kindOf(window), isX11];
 }
 
+function isIn(area, [x, y]) {
+    return x >= area.x && x < area.x + area.width && y >= area.y && y < area.y + area.height;
+}
+
+// Calls back with the process of somebody on the bus, unless that one has left.
+function askProcess(owner, answer) {
+    Gio.DBus.session.call('org.freedesktop.DBus', '/org/freedesktop/DBus', 'org.freedesktop.DBus',
+        'GetConnectionUnixProcessID', new GLib.Variant('(s)', [owner]), new GLib.VariantType('(u)'),
+        Gio.DBusCallFlags.NONE, -1, null, (bus, result) => {
+            try {
+                answer(bus.call_finish(result).deepUnpack()[0]);
+            } catch (error) {
+                if (!(error instanceof Gio.DBusError))
+                    throw error;
+            }
+        });
+}
+
 // Tells the owner of one name, as long as there is one.
 class Feed {
     constructor(name) {
         this.owner = null;
+        this._process = null;
+        this._presses = 0;
         this._windows = new Map();
         this._watch = Gio.bus_watch_name(Gio.BusType.SESSION, name, Gio.BusNameWatcherFlags.NONE,
             (_bus, _name, owner) => this._begin(owner), () => this._end());
@@ -72,10 +92,17 @@ class Feed {
             'window-created', (_display, window) => this._meet(window),
             'notify::focus-window', () => this._tellFront(), this);
         this._tellFront();
+        askProcess(owner, process => {
+            if (this.owner === owner)
+                this._process = process;
+            this._watchPresses();
+        });
     }
 
     _end() {
         this.owner = null;
+        this._process = null;
+        this._watchPresses();
         global.display.disconnectObject(this);
         this._windows.forEach(window => window.disconnectObject(this));
         this._windows.clear();
@@ -98,6 +125,27 @@ class Feed {
 
     _tellFront() {
         this._tell('Front', '(s)', [nameOf(global.display.focus_window)]);
+        this._watchPresses();
+    }
+
+    // A panel of the owner's, which is in no list of windows, goes when it loses the focus. A press on the shell itself,
+    // or on nothing, leaves the focus where it is.
+    _watchPresses() {
+        const front = global.display.focus_window;
+        const isPanel = front !== null && front.skip_taskbar && front.get_pid() === this._process;
+        if (isPanel === (this._presses !== 0))
+            return;
+        if (this._presses)
+            global.stage.disconnect(this._presses);
+        this._presses = isPanel ? global.stage.connect('captured-event', (_stage, event) => this._press(event)) : 0;
+    }
+
+    _press(event) {
+        const isPress = [Clutter.EventType.BUTTON_PRESS, Clutter.EventType.TOUCH_BEGIN].includes(event.type());
+        // One that follows its motion at once may come here although it is the panel's own.
+        if (isPress && !isIn(global.display.focus_window.get_frame_rect(), event.get_coords()))
+            global.display.unset_input_focus(event.get_time());
+        return Clutter.EVENT_PROPAGATE;
     }
 
     _tell(method, types = '()', values = []) {

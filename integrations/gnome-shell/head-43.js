@@ -1,4 +1,4 @@
 // SPDX-License-Identifier: MIT
 // For GNOME Shell up to 44.
-const {Gio, GLib, Meta} = imports.gi;
+const {Clutter, Gio, GLib, Meta} = imports.gi;
 const Main = imports.ui.main;

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // For GNOME Shell from 45 on.
+import Clutter from 'gi://Clutter';
 import Gio from 'gi://Gio';
 import GLib from 'gi://GLib';
 import Meta from 'gi://Meta';

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace vantle::desktop {
 namespace {
@@ -15,6 +16,44 @@ std::unique_ptr<GnomeDesktop> withExtension() {
 }
 
 INSTANTIATE_TEST_SUITE_P(Gnome, BoostOnEachShell, testing::Values(ShellStage{"Gnome", "", withExtension}));
+
+class PanelOnGnome : public ShellBoosts {
+ protected:
+  PanelOnGnome() : ShellBoosts(withExtension()) {}
+  GnomeDesktop& gnome() { return static_cast<GnomeDesktop&>(*m_desktop); }
+
+  bool isPanelInFront() {
+    return gnome().script("answer(front()?.pid === " + std::to_string(m_vantle->pid()) + ");") == "true";
+  }
+  void openPanel() {
+    ASSERT_TRUE(gnome().callApplication("Activate", {"{}"}));
+    ASSERT_TRUE(waitUntil([&] { return isPanelInFront(); }));
+  }
+  bool isPanelGone() {
+    return waitUntil(
+        [&] { return gnome().windowsWhere("w.pid === " + std::to_string(m_vantle->pid())) == 0; });
+  }
+};
+
+TEST_F(PanelOnGnome, GoesAtAClickOnTheBarOrTheEmptyDesktop) {
+  startVantle();
+  for (const auto& [x, y] : {std::pair{300, 12}, {40, 760}}) {
+    ASSERT_NO_FATAL_FAILURE(openPanel());
+    gnome().click(x, y);
+    EXPECT_TRUE(isPanelGone()) << x << ", " << y;
+  }
+}
+
+TEST_F(PanelOnGnome, StaysAtAClickIntoIt) {
+  Program& app = nativeApp();
+  startVantle();
+  focus(app);
+  ASSERT_NO_FATAL_FAILURE(openPanel());
+  const std::string title = gnome().script("const area = front().window.get_frame_rect();"
+                                           "answer((area.x + (area.width >> 1)) + ' ' + (area.y + 20));");
+  gnome().click(std::stoi(title), std::stoi(title.substr(title.find(' '))));
+  EXPECT_TRUE(isPanelInFront());
+}
 
 } // namespace
 } // namespace vantle::desktop

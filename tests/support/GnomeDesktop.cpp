@@ -19,11 +19,12 @@ constexpr const char* waylandName = "wayland-gnome";
 
 // Around what runs scripts, up to 44 and from 45 on.
 constexpr const char* oldHead = R"js(
-const {Gio, GLib} = imports.gi;
+const {Clutter, Gio, GLib} = imports.gi;
 const Main = imports.ui.main;
 )js";
 constexpr const char* oldTail = "function init() { return new Stage(); }\n";
 constexpr const char* newHead = R"js(
+import Clutter from 'gi://Clutter';
 import Gio from 'gi://Gio';
 import GLib from 'gi://GLib';
 import * as Main from 'resource:///org/gnome/shell/ui/main.js';
@@ -50,7 +51,7 @@ class Stage {
     this._object.export(Gio.DBus.session, '/org/example/Stage');
   }
   disable() { this._object.unexport(); }
-  Run(text) { return new Function('Main', 'GLib', BEFORE + text + '; return answered;')(Main, GLib); }
+  Run(text) { return new Function('Main', 'GLib', 'Clutter', BEFORE + text + '; return answered;')(Main, GLib, Clutter); }
 }
 )js";
 
@@ -140,6 +141,29 @@ void GnomeDesktop::startShell() {
   });
   for (const char* variable : {"DISPLAY", "XAUTHORITY"})
     setEnvironment(variable, script("answer(GLib.getenv('" + std::string(variable) + "'))"));
+}
+
+void GnomeDesktop::click(int x, int y) {
+  script("globalThis.stagePointer = globalThis.stagePointer || "
+         "  Clutter.get_default_backend().get_default_seat().create_virtual_device("
+         "    Clutter.InputDeviceType.POINTER_DEVICE);"
+         "globalThis.stageIsPassed = false;"
+         "const handler = global.stage.connect('captured-event', (_stage, event) => {"
+         "  const [x, y] = event.get_coords();"
+         "  if (event.type() === Clutter.EventType.MOTION && x < 4 && y > 796) {"
+         "    globalThis.stageIsPassed = true;"
+         "    global.stage.disconnect(handler);"
+         "  }"
+         "  return Clutter.EVENT_PROPAGATE;"
+         "});"
+         "const time = GLib.get_monotonic_time();"
+         "globalThis.stagePointer.notify_absolute_motion(time, " +
+         std::to_string(x) + ", " + std::to_string(y) +
+         ");"
+         "for (const state of [Clutter.ButtonState.PRESSED, Clutter.ButtonState.RELEASED])"
+         "  globalThis.stagePointer.notify_button(time, Clutter.BUTTON_PRIMARY, state);"
+         "globalThis.stagePointer.notify_absolute_motion(time, 2, 798);");
+  require("the end of a click", [this] { return script("answer(globalThis.stageIsPassed)") == "true"; });
 }
 
 std::string GnomeDesktop::script(const std::string& text) {
