@@ -17,6 +17,11 @@ const SHELL = `<node>
   </interface>
 </node>`;
 
+// Vantle's tray icon.
+const UUID = 'vantle@halvo.com';
+const ITEM_PATH = '/StatusNotifierItem';
+const ITEM = 'org.kde.StatusNotifierItem';
+
 const SHELL_TYPES = [Meta.WindowType.DESKTOP, Meta.WindowType.DOCK];
 const ORDINARY_TYPES = [
     Meta.WindowType.NORMAL, Meta.WindowType.DIALOG, Meta.WindowType.MODAL_DIALOG, Meta.WindowType.TOOLBAR,
@@ -47,18 +52,36 @@ function isIn(area, [x, y]) {
     return x >= area.x && x < area.x + area.width && y >= area.y && y < area.y + area.height;
 }
 
-// Calls back with the process of somebody on the bus, unless that one has left.
-function askProcess(owner, answer) {
+// What to do with a reply, if there is one: who was asked may have left.
+function answered(take) {
+    return (bus, result) => {
+        let reply = null;
+        try {
+            reply = bus.call_finish(result);
+        } catch (error) {
+            return;
+        }
+        take(reply);
+    };
+}
+
+// Calls back with the process of somebody on the bus.
+function askProcess(owner, take) {
     Gio.DBus.session.call('org.freedesktop.DBus', '/org/freedesktop/DBus', 'org.freedesktop.DBus',
         'GetConnectionUnixProcessID', new GLib.Variant('(s)', [owner]), new GLib.VariantType('(u)'),
-        Gio.DBusCallFlags.NONE, -1, null, (bus, result) => {
-            try {
-                answer(bus.call_finish(result).deepUnpack()[0]);
-            } catch (error) {
-                if (!(error instanceof Gio.DBusError))
-                    throw error;
-            }
-        });
+        Gio.DBusCallFlags.NONE, -1, null, answered(reply => take(reply.deepUnpack()[0])));
+}
+
+// The largest of some pictures, each as width, height and pixels of alpha, red, green and blue; null for none.
+function pictureFrom(pictures) {
+    if (pictures.n_children() === 0)
+        return null;
+    const [width, height, argb] = pictures.deepUnpack().reduce((best, each) => each[0] > best[0] ? each : best);
+    const rgba = new Uint8Array(argb.length);
+    for (let at = 0; at < argb.length; at += 4)
+        rgba.set([argb[at + 1], argb[at + 2], argb[at + 3], argb[at]], at);
+    return GdkPixbuf.Pixbuf.new_from_bytes(new GLib.Bytes(rgba), GdkPixbuf.Colorspace.RGB, true, 8, width, height,
+        4 * width);
 }
 
 // Tells the owner of one name, as long as there is one.
@@ -128,8 +151,8 @@ class Feed {
         this._watchPresses();
     }
 
-    // A panel of the owner's, which is in no list of windows, goes when it loses the focus. A press on the shell itself,
-    // or on nothing, leaves the focus where it is.
+    // A panel of the owner's, which is in no list of windows, goes when it loses the focus. A press on the shell
+    // itself, or on nothing, leaves the focus where it is.
     _watchPresses() {
         const front = global.display.focus_window;
         const isPanel = front !== null && front.skip_taskbar && front.get_pid() === this._process;
@@ -154,8 +177,81 @@ class Feed {
     }
 }
 
+// Vantle's tray icon, in the top bar, as long as there is no tray. Behind it is the object that a tray would ask.
+class Icon {
+    constructor() {
+        this._owner = null;
+        this._hasTray = false;
+        this._button = null;
+        this._watches = [
+            this._watch('com.halvo.vantle', owner => {
+                this._owner = owner;
+            }),
+            this._watch('org.kde.StatusNotifierWatcher', owner => {
+                this._hasTray = owner !== null;
+            }),
+        ];
+    }
+
+    destroy() {
+        this._watches.forEach(watch => Gio.bus_unwatch_name(watch));
+        this._remove();
+    }
+
+    _watch(name, changed) {
+        const take = owner => {
+            changed(owner);
+            this._remove();
+            if (this._owner && !this._hasTray)
+                this._add();
+        };
+        return Gio.bus_watch_name(Gio.BusType.SESSION, name, Gio.BusNameWatcherFlags.NONE,
+            (_bus, _name, owner) => take(owner), () => take(null));
+    }
+
+    _add() {
+        this._picture = new St.Icon({style_class: 'system-status-icon'});
+        this._button = new PanelMenu.Button(0.5, 'Vantle', true);
+        this._button.add_child(this._picture);
+        this._button.connect('button-press-event', () => this._activate());
+        this._button.connect('touch-event', (_button, event) => event.type() === Clutter.EventType.TOUCH_END
+            ? this._activate() : Clutter.EVENT_PROPAGATE);
+        Main.panel.addToStatusArea(UUID, this._button);
+        this._news = Gio.DBus.session.signal_subscribe(this._owner, ITEM, 'NewIcon', ITEM_PATH, null,
+            Gio.DBusSignalFlags.NONE, () => this._draw());
+        this._draw();
+    }
+
+    _remove() {
+        if (!this._button)
+            return;
+        Gio.DBus.session.signal_unsubscribe(this._news);
+        this._button.destroy();
+        this._button = null;
+    }
+
+    _activate() {
+        const [x, y] = this._button.get_transformed_position();
+        const point = [x + this._button.width / 2, y + this._button.height].map(Math.round);
+        Gio.DBus.session.call(this._owner, ITEM_PATH, ITEM, 'Activate', new GLib.Variant('(ii)', point), null,
+            Gio.DBusCallFlags.NO_AUTO_START, -1, null, null);
+        return Clutter.EVENT_STOP;
+    }
+
+    _draw() {
+        const button = this._button;
+        Gio.DBus.session.call(this._owner, ITEM_PATH, 'org.freedesktop.DBus.Properties', 'Get',
+            new GLib.Variant('(ss)', [ITEM, 'IconPixmap']), new GLib.VariantType('(v)'),
+            Gio.DBusCallFlags.NO_AUTO_START, -1, null, answered(reply => {
+                if (this._button === button)
+                    this._picture.gicon = pictureFrom(reply.get_child_value(0).get_variant());
+            }));
+    }
+}
+
 class Caller {
     constructor() {
+        this._icon = new Icon();
         this._feeds = NAMES.map(name => new Feed(name));
         this._object = Gio.DBusExportedObject.wrapJSObject(SHELL, this);
         this._object.export(Gio.DBus.session, SHELL_PATH);
@@ -164,6 +260,7 @@ class Caller {
     }
 
     destroy() {
+        this._icon.destroy();
         Gio.bus_unown_name(this._name);
         this._object.unexport();
         this._feeds.forEach(feed => feed.destroy());

@@ -22,9 +22,10 @@ class GnomeDesktop : public ShellDesktop {
   explicit GnomeDesktop(const std::filesystem::path& extensions = {}, const std::string& uuid = {});
   ~GnomeDesktop() override; // asks the shell to go, so that XWayland's display number is free again
 
-  // With the first button, at that point of the screen. Then the pointer goes to the lower left corner, where
-  // no window may be; returns when the shell has seen that, and so the click before.
+  // With the first button, at that point of the screen; then the pointer goes to the lower left corner. Both
+  // return when the shell has seen it.
   void click(int x, int y);
+  void point(int x, int y);
   void logInAgain(); // ends the session's shell, and starts another
   // The windows' own objects are their `window`; `Main` is the shell's.
   std::string script(const std::string& text) override;
