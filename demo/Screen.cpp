@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "demo/Screen.h"
 
+#include "demo/GnomeScreen.h"
 #include "demo/KWinScreen.h"
 #include "demo/SwayScreen.h"
 #include "demo/X11Screen.h"
@@ -21,6 +22,7 @@ const std::vector<Screen::Kind>& Screen::kinds() {
       {"x11", false, make<X11Screen>},
       {"sway", true, make<SwayScreen>},
       {"kwin", true, make<KWinScreen>},
+      {"gnome", true, make<GnomeScreen>},
   };
   return all;
 }
@@ -30,6 +32,20 @@ std::vector<std::string> Screen::xTerminal(const std::string& name, const std::s
   const std::string windowClass = asClass(name);
   callWindows(windowClass, name);
   return {"xterm", "-class", windowClass, "-T", name, "-geometry", geometry, "-e", "/bin/sh", "-c", script};
+}
+
+std::vector<std::string> Screen::nativeTerminal(const std::string& name, const std::string& geometry,
+                                                const std::string& script) {
+  return {"foot",
+          "--app-id",
+          callWindows(asClass(name), name),
+          "--title",
+          name,
+          "--window-size-chars",
+          geometry.substr(0, geometry.find('+')),
+          "/bin/sh",
+          "-c",
+          script};
 }
 
 std::string Screen::asClass(std::string name) {

@@ -43,6 +43,9 @@ class Screen {
                                             const std::string& script) {
     return xTerminal(name, geometry, script);
   }
+  // Foot, for desktops where it runs.
+  std::vector<std::string> nativeTerminal(const std::string& name, const std::string& geometry,
+                                          const std::string& script);
   // Whether apps can be something else than X clients here.
   virtual bool hasNativeApps() { return false; }
 

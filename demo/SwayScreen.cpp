@@ -29,16 +29,7 @@ std::string SwayScreen::about() { return "the desktop: " + versionOf("sway") + "
 
 std::vector<std::string> SwayScreen::terminal(const std::string& name, const std::string& geometry,
                                               const std::string& script) {
-  return {"foot",
-          "--app-id",
-          callWindows(asClass(name), name),
-          "--title",
-          name,
-          "--window-size-chars",
-          geometry.substr(0, geometry.find('+')),
-          "/bin/sh",
-          "-c",
-          script};
+  return nativeTerminal(name, geometry, script);
 }
 
 void SwayScreen::settle(const desktop::Program& program, const Place& place) {

@@ -38,27 +38,19 @@ class PanelOnGnome : public ShellBoosts {
 
 TEST_F(PanelOnGnome, OpensUnderTheIconInTheBarWhereThereIsNoTray) {
   startVantle();
-  const std::string icon = "Main.panel.statusArea['vantle@halvo.com']";
-  require("the icon", [&] {
-    return gnome().script("answer(Boolean(" + icon + "?.get_child_at_index(0)?.gicon))") == "true";
-  });
-  gnome().point(2, 798); // and it has been drawn
-  std::string middle;    // of it; no number before the shell has laid out its bar
-  require("its place", [&] {
-    middle = gnome().script("answer(Math.round(" + icon + ".get_transformed_position()[0] + " + icon +
-                            ".width / 2));");
-    return middle != "NaN";
-  });
-  gnome().click(std::stoi(middle), 12);
+  const int middle = gnome().iconInBar("vantle@halvo.com");
+  gnome().click(middle, 12);
   ASSERT_TRUE(waitUntil([&] { return isPanelInFront(); }));
   EXPECT_EQ(gnome().script("const area = front().window.get_frame_rect();"
                            "answer(area.x <= " +
-                           middle + " && " + middle + " < area.x + area.width);"),
+                           std::to_string(middle) + " && " + std::to_string(middle) +
+                           " < area.x + area.width);"),
             "true");
-  gnome().click(std::stoi(middle), 12);
+  gnome().click(middle, 12);
   EXPECT_TRUE(isPanelGone());
   const FakeService tray(gnome().busAddress(), "org.kde.StatusNotifierWatcher");
-  require("no icon", [&] { return gnome().script("answer(" + icon + ")") == "undefined"; });
+  require("no icon",
+          [&] { return gnome().script("answer(Main.panel.statusArea['vantle@halvo.com'])") == "undefined"; });
 }
 
 TEST_F(PanelOnGnome, GoesAtAClickOnTheBarOrTheEmptyDesktop) {

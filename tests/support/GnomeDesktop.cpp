@@ -19,7 +19,7 @@ constexpr const char* waylandName = "wayland-gnome";
 
 // Around what runs scripts, up to 44 and from 45 on.
 constexpr const char* oldHead = R"js(
-const {Clutter, Gio, GLib} = imports.gi;
+const {Clutter, Gio, GLib, Shell} = imports.gi;
 const Main = imports.ui.main;
 )js";
 constexpr const char* oldTail = "function init() { return new Stage(); }\n";
@@ -27,6 +27,7 @@ constexpr const char* newHead = R"js(
 import Clutter from 'gi://Clutter';
 import Gio from 'gi://Gio';
 import GLib from 'gi://GLib';
+import Shell from 'gi://Shell';
 import * as Main from 'resource:///org/gnome/shell/ui/main.js';
 )js";
 constexpr const char* newTail = "export default class extends Stage {}\n";
@@ -45,23 +46,25 @@ const BEFORE = `
   const minimize = (w, isMinimized) => isMinimized ? w.window.minimize() : w.window.unminimize();
   const fillScreen = w => w.window.make_fullscreen();
 `;
+const KNOWN = {Main, Clutter, Gio, GLib, Shell};
 class Stage {
   enable() {
     this._object = Gio.DBusExportedObject.wrapJSObject(SHAPE, this);
     this._object.export(Gio.DBus.session, '/org/example/Stage');
   }
   disable() { this._object.unexport(); }
-  Run(text) { return new Function('Main', 'GLib', 'Clutter', BEFORE + text + '; return answered;')(Main, GLib, Clutter); }
+  Run(text) { return new Function(...Object.keys(KNOWN), BEFORE + text + '; return answered;')(...Object.values(KNOWN)); }
 }
 )js";
 
 } // namespace
 
-GnomeDesktop::GnomeDesktop(const fs::path& extensions, const std::string& uuid)
+GnomeDesktop::GnomeDesktop(const fs::path& extensions, const std::string& uuid, int width, int height)
     : ShellDesktop({{"XDG_SESSION_TYPE", "wayland"},
                     {"XDG_CURRENT_DESKTOP", "GNOME"},
                     {"GSETTINGS_BACKEND", "keyfile"},
-                    {"WAYLAND_DISPLAY", waylandName}}) {
+                    {"WAYLAND_DISPLAY", waylandName}}),
+      m_width(width), m_height(height) {
   setEnvironment("DBUS_SYSTEM_BUS_ADDRESS", m_systemBus.address());
   m_edition = installedEdition();
   installStage();
@@ -125,7 +128,7 @@ void GnomeDesktop::enable(const std::string& uuids) {
 
 void GnomeDesktop::startShell() {
   m_compositor = &launch({"gnome-shell", "--headless", "--wayland", "--wayland-display", waylandName,
-                          "--virtual-monitor", "1280x800"});
+                          "--virtual-monitor", std::to_string(m_width) + "x" + std::to_string(m_height)});
   const auto says = [this](const std::string& text) -> std::string {
     try {
       return script(text);
@@ -149,7 +152,56 @@ void GnomeDesktop::click(int x, int y) {
   script("const time = GLib.get_monotonic_time();"
          "for (const state of [Clutter.ButtonState.PRESSED, Clutter.ButtonState.RELEASED])"
          "  globalThis.stagePointer.notify_button(time, Clutter.BUTTON_PRIMARY, state);");
-  point(2, 798);
+  point(2, m_height - 2);
+}
+
+int GnomeDesktop::iconInBar(const std::string& uuid) {
+  const std::string icon = "Main.panel.statusArea['" + uuid + "']";
+  require("the icon",
+          [&] { return script("answer(Boolean(" + icon + "?.get_child_at_index(0)?.gicon))") == "true"; });
+  point(2, m_height - 2); // and it has been drawn
+  std::string middle;     // no number before the shell has laid out its bar
+  require("its place", [&] {
+    middle =
+        script("answer(Math.round(" + icon + ".get_transformed_position()[0] + " + icon + ".width / 2));");
+    return middle != "NaN";
+  });
+  return std::stoi(middle);
+}
+
+std::uint32_t GnomeDesktop::pixel(int x, int y) {
+  script("globalThis.stageColour = '';"
+         "new Shell.Screenshot().pick_color(" +
+         std::to_string(x) + ", " + std::to_string(y) +
+         ", (camera, result) => {"
+         "  const colour = camera.pick_color_finish(result).find(each => each?.red !== undefined);"
+         "  globalThis.stageColour = (colour.red << 16) | (colour.green << 8) | colour.blue;"
+         "});");
+  std::string colour;
+  require("a colour", [&] { return !(colour = script("answer(globalThis.stageColour)")).empty(); });
+  return static_cast<std::uint32_t>(std::stoul(colour));
+}
+
+bool GnomeDesktop::screenshot(const fs::path& png) {
+  const fs::path taken = folder().path() / "tmp/picture.png";
+  fs::remove(taken);
+  script("const stream = Gio.File.new_for_path('" + taken.string() +
+         "').create(Gio.FileCreateFlags.NONE, null);"
+         "globalThis.stagePicture = '';"
+         "new Shell.Screenshot().screenshot(false, stream, (camera, result) => {"
+         "  try {"
+         "    camera.screenshot_finish(result);"
+         "    stream.close(null);"
+         "    globalThis.stagePicture = 'taken';"
+         "  } catch (error) {"
+         "    globalThis.stagePicture = String(error);"
+         "  }"
+         "});");
+  std::string outcome;
+  require("a picture", [&] { return !(outcome = script("answer(globalThis.stagePicture)")).empty(); });
+  std::error_code error;
+  fs::copy_file(taken, png, fs::copy_options::overwrite_existing, error);
+  return outcome == "taken" && !error;
 }
 
 void GnomeDesktop::point(int x, int y) {

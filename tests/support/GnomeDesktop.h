@@ -4,6 +4,7 @@
 #include "tests/support/PrivateBus.h"
 #include "tests/support/ShellDesktop.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 
@@ -19,13 +20,18 @@ class GnomeDesktop : public ShellDesktop {
  public:
   // With an extension from the log-in on, when a folder is named in which there is one for each edition of
   // the shell: "43" (up to 44) and "45" (from there on).
-  explicit GnomeDesktop(const std::filesystem::path& extensions = {}, const std::string& uuid = {});
+  explicit GnomeDesktop(const std::filesystem::path& extensions = {}, const std::string& uuid = {},
+                        int width = 1280, int height = 800);
   ~GnomeDesktop() override; // asks the shell to go, so that XWayland's display number is free again
 
   // With the first button, at that point of the screen; then the pointer goes to the lower left corner. Both
   // return when the shell has seen it.
   void click(int x, int y);
   void point(int x, int y);
+  // The middle of an extension's icon in the bar, once it is drawn: how far from the left.
+  int iconInBar(const std::string& uuid);
+  std::uint32_t pixel(int x, int y); // of what is shown, as 0xRRGGBB
+  bool screenshot(const std::filesystem::path& png);
   void logInAgain(); // ends the session's shell, and starts another
   // The windows' own objects are their `window`; `Main` is the shell's.
   std::string script(const std::string& text) override;
@@ -38,6 +44,8 @@ class GnomeDesktop : public ShellDesktop {
   void installStage();
   void enable(const std::string& uuids); // from the log-in on
 
+  int m_width;
+  int m_height;
   PrivateBus m_systemBus; // of nobody
   std::string m_edition;  // of the shell: "43" or "45"
 };

@@ -8,7 +8,6 @@
 #include <fstream>
 #include <map>
 #include <stdexcept>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace vantle::desktop {
@@ -101,10 +100,6 @@ KWinDesktop::~KWinDesktop() {
 }
 
 void KWinDesktop::startCompositor(const Options& options) {
-  // The folder of X servers' sockets is made when a system starts, which a bare one never did, and KWin's
-  // Xwayland only wants it there.
-  constexpr const char* sockets = "/tmp/.X11-unix";
-  if (::mkdir(sockets, 01777) == 0) ::chmod(sockets, 01777); // without what the mask takes
   // The installed one has a right of its own, with which it would take no path to its parts from us; a copy
   // under the same name has not.
   const fs::path program = folder().path() / "kwin_wayland";

@@ -1,9 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/ShellDesktop.h"
 
+#include <sys/stat.h>
+
 namespace vantle::desktop {
 
 ShellDesktop::ShellDesktop(const Environment& added) : PrivateSession({}, added) {
+  // The folder of X servers' sockets is made when a system starts, which a bare one never did, and shells
+  // only want it there.
+  constexpr const char* sockets = "/tmp/.X11-unix";
+  if (::mkdir(sockets, 01777) == 0) ::chmod(sockets, 01777); // without what the mask takes
   startSessionBus();
   m_listener = std::make_unique<FakeService>(busAddress(), listenerName);
 }
