@@ -43,6 +43,11 @@ std::shared_ptr<std::string> named(std::string name) {
   return std::make_shared<std::string>(std::move(name));
 }
 
+// What finding out has taken is taken off the time for the windows.
+DesktopSource onWayland(std::shared_ptr<const std::string> name, std::unique_ptr<DesktopWindows> windows) {
+  return {std::move(name), std::move(windows), FrontRule::settled, longestStart - longestTry};
+}
+
 // The first at these sockets of the compositor's that may be what it is taken for. Of another desktop's, say
 // one that this desktop's own is a window of, nothing is wanted: the person sees this one.
 template <class Make> auto tried(const std::vector<std::string>& sockets, const LocalPeer& compositor,
@@ -95,17 +100,14 @@ DesktopSource DesktopProbe::find() const {
   const bool isWayland = compositor.has_value();
   if (compositor) {
     if (auto windows = sway(*compositor))
-      return {named("sway (native apps and X11 apps)"), std::move(windows), FrontRule::settled,
-              longestStart - longestTry};
+      return onWayland(named("sway (native apps and X11 apps)"), std::move(windows));
     if (auto windows = hyprland(*compositor))
-      return {named("Hyprland (native apps and X11 apps)"), std::move(windows), FrontRule::settled,
-              longestStart - longestTry};
+      return onWayland(named("Hyprland (native apps and X11 apps)"), std::move(windows));
     if (auto windows = niri(*compositor))
-      return {named("niri (native apps and X11 apps)"), std::move(windows), FrontRule::settled,
-              longestStart - longestTry};
+      return onWayland(named("niri (native apps and X11 apps)"), std::move(windows));
     if (auto windows = toplevels(std::move(*compositor), end - longestTry / 2))
-      return {named("wlroots (X11 apps, and native apps where it is certain which they are)"),
-              std::move(windows), FrontRule::settled, longestStart - longestTry};
+      return onWayland(named("wlroots (X11 apps, and native apps where it is certain which they are)"),
+                       std::move(windows));
     const std::set<std::string> shells = ownedOf({kwin, gnomeShell, names::gnomeExtension}, end);
     if (shells.contains(kwin)) return plasma();
     if (shells.contains(gnomeShell)) return gnome(shells.contains(names::gnomeExtension));
@@ -138,8 +140,7 @@ std::unique_ptr<DesktopWindows> DesktopProbe::hyprland(const LocalPeer& composit
     return std::make_unique<HyprlandWindows>(m_loop, m_kernel, std::move(socket),
                                              folder + HyprlandWindows::questionSocket, compositor.pid);
   });
-  if (!windows) return nullptr;
-  return std::make_unique<JoinedWindows>(m_loop, std::move(windows), xServer(X11Windows::Closing::byClient));
+  return windows ? withXClients(std::move(windows)) : nullptr;
 }
 
 std::unique_ptr<DesktopWindows> DesktopProbe::niri(const LocalPeer& compositor) const {
@@ -149,8 +150,7 @@ std::unique_ptr<DesktopWindows> DesktopProbe::niri(const LocalPeer& compositor) 
       tried({m_names.niriSocket, usual}, compositor, [&](Descriptor socket, const std::string& path) {
         return std::make_unique<NiriWindows>(m_loop, m_kernel, std::move(socket), path, compositor.pid);
       });
-  if (!windows) return nullptr;
-  return std::make_unique<JoinedWindows>(m_loop, std::move(windows), xServer(X11Windows::Closing::byClient));
+  return windows ? withXClients(std::move(windows)) : nullptr;
 }
 
 // One that does not answer is not waited for: what it has to tell would be as late. The window managers of
@@ -160,7 +160,7 @@ std::unique_ptr<DesktopWindows> DesktopProbe::toplevels(LocalPeer compositor, Ti
                                                    ToplevelWindows::Options{m_installed, m_names.display});
   windows->learnWhetherOffered(end);
   if (!windows->isOffered()) return nullptr;
-  return std::make_unique<JoinedWindows>(m_loop, std::move(windows), xServer(X11Windows::Closing::byClient));
+  return withXClients(std::move(windows));
 }
 
 std::set<std::string> DesktopProbe::ownedOf(const std::vector<std::string>& names, Time end) const {
@@ -197,7 +197,7 @@ DesktopSource DesktopProbe::plasma() const {
                                                      *name = xwaylandOnly;
                                                      return connect();
                                                    });
-  return {name, std::move(windows), FrontRule::settled, longestStart - longestTry};
+  return onWayland(name, std::move(windows));
 }
 
 // The extension may be put in, and taken out, at any time; until it calls there is the X server.
@@ -213,7 +213,12 @@ DesktopSource DesktopProbe::gnome(bool hasExtension) const {
                                        xServer(X11Windows::Closing::byManager), [name](bool isStandIn) {
                                          *name = isStandIn ? xwaylandOnly : gnomeApps;
                                        });
-  return {name, std::move(windows), FrontRule::settled, longestStart - longestTry};
+  return onWayland(name, std::move(windows));
+}
+
+// Where the compositor's window manager hands no wish to close on.
+std::unique_ptr<DesktopWindows> DesktopProbe::withXClients(std::unique_ptr<DesktopWindows> windows) const {
+  return std::make_unique<JoinedWindows>(m_loop, std::move(windows), xServer(X11Windows::Closing::byClient));
 }
 
 std::function<std::unique_ptr<DesktopWindows>()> DesktopProbe::xServer(X11Windows::Closing closing) const {

@@ -61,6 +61,7 @@ class DesktopProbe {
   std::set<std::string> ownedOf(const std::vector<std::string>& names, Time end) const;
   DesktopSource plasma() const;
   DesktopSource gnome(bool hasExtension) const;
+  std::unique_ptr<DesktopWindows> withXClients(std::unique_ptr<DesktopWindows> windows) const;
   std::function<std::unique_ptr<DesktopWindows>()> xServer(X11Windows::Closing closing) const;
 
   EventLoop& m_loop;
