@@ -136,10 +136,11 @@ void GnomeDesktop::startShell() {
       return {};
     }
   };
-  // It begins with its overview, from which new windows take nothing.
+  // It begins with its overview, from which new windows take nothing. GNOME 48 never comes up when that is
+  // taken away too early.
   require("GNOME's shell", [&] {
-    return says("Main.overview.hide(); answer(!Main.layoutManager._startingUp && !Main.overview.visible)") ==
-               "true" ||
+    return says("const isUp = !Main.layoutManager._startingUp; if (isUp) Main.overview.hide();"
+                "answer(isUp && !Main.overview.visible)") == "true" ||
            !m_compositor->isRunning();
   });
   for (const char* variable : {"DISPLAY", "XAUTHORITY"})
