@@ -148,14 +148,12 @@ void GnomeDesktop::startShell() {
 }
 
 void GnomeDesktop::click(int x, int y) {
-  // A press that follows its motion at once may be taken for one at the place before, and by GNOME 48 one
-  // after a single motion too: with the next picture it looks again at where the pointer was.
-  point(x - 1, y);
+  // A press that follows its motion at once may be taken for one at the place before; from GNOME 48 on one
+  // that is followed by a motion at once, for one at the place after.
   point(x, y);
   script("const time = GLib.get_monotonic_time();"
          "for (const state of [Clutter.ButtonState.PRESSED, Clutter.ButtonState.RELEASED])"
          "  globalThis.stagePointer.notify_button(time, Clutter.BUTTON_PRIMARY, state);");
-  point(2, m_height - 2);
 }
 
 int GnomeDesktop::iconInBar(const std::string& uuid) {
