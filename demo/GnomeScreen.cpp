@@ -31,26 +31,11 @@ void GnomeScreen::settle(const desktop::Program& program, const Place& place) {
   m_desktop.script("all.filter(w => " + own + ").forEach(w => w.window." + moved + ");");
 }
 
-std::string GnomeScreen::wayOf(const desktop::Program& program) {
-  return m_desktop.windowsWhere("w.pid === " + std::to_string(program.pid()) +
-                                " && w.window.get_client_type() === 1") > 0
-             ? ", through Xwayland"
-             : ", a native app";
-}
-
-void GnomeScreen::ask(const desktop::Program& program) {
-  m_inFront = &program;
-  m_desktop.activate(program);
-}
-
-void GnomeScreen::activate(const desktop::Program& program) {
-  m_inFront = &program;
-  m_desktop.focus(program);
-}
+std::string GnomeScreen::isOfX11() const { return "w.window.get_client_type() === 1"; }
 
 void GnomeScreen::sendPanelAway() {
   m_desktop.click(500, 12);
-  activate(*m_inFront);
+  ShellScreen::sendPanelAway();
 }
 
 bool GnomeScreen::askForPanel() {

@@ -36,21 +36,6 @@ void KWinScreen::settle(const desktop::Program& program, const Place& place) {
   m_desktop.place(program, place.x, place.y, place.width, place.height);
 }
 
-std::string KWinScreen::wayOf(const desktop::Program& program) {
-  return m_desktop.windowsWhere("w.pid === " + std::to_string(program.pid()) +
-                                R"( && /^KWin::(X11|Xwayland)Window\(/.test(String(w)))") > 0
-             ? ", through Xwayland"
-             : ", a native app";
-}
-
-void KWinScreen::ask(const desktop::Program& program) {
-  m_inFront = &program;
-  m_desktop.activate(program);
-}
-
-void KWinScreen::activate(const desktop::Program& program) {
-  m_inFront = &program;
-  m_desktop.focus(program);
-}
+std::string KWinScreen::isOfX11() const { return R"(/^KWin::(X11|Xwayland)Window\(/.test(String(w)))"; }
 
 } // namespace vantle::demo

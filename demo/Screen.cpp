@@ -70,12 +70,11 @@ std::string Screen::versionOf(const std::string& program) {
 }
 
 std::optional<int> Screen::showPanel() {
-  m_withoutPanel = pixel(inPanel());
+  noteWithoutPanel();
   int asked = 0;
   const bool isShown = desktop::waitUntil([&] {
     ++asked;
-    return askForPanel() &&
-           desktop::waitUntil([this] { return pixel(inPanel()) != m_withoutPanel; }, std::chrono::seconds(5));
+    return askForPanel() && desktop::waitUntil([this] { return isPanelShown(); }, std::chrono::seconds(5));
   });
   return isShown ? std::optional(asked) : std::nullopt;
 }
@@ -84,8 +83,23 @@ bool Screen::hidePanel() {
   // One that is only just there may miss what should close it.
   return desktop::waitUntil([this] {
     sendPanelAway();
-    return desktop::waitUntil([this] { return pixel(inPanel()) == m_withoutPanel; }, std::chrono::seconds(2));
+    return desktop::waitUntil([this] { return !isPanelShown(); }, std::chrono::seconds(2));
   });
+}
+
+std::string ShellScreen::wayOf(const desktop::Program& program) {
+  const std::string own = "w.pid === " + std::to_string(program.pid());
+  return shell().windowsWhere(own + " && " + isOfX11()) > 0 ? ", through Xwayland" : ", a native app";
+}
+
+void ShellScreen::ask(const desktop::Program& program) {
+  m_inFront = &program;
+  shell().activate(program);
+}
+
+void ShellScreen::activate(const desktop::Program& program) {
+  m_inFront = &program;
+  shell().focus(program);
 }
 
 } // namespace vantle::demo

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "tests/support/PrivateSession.h"
+#include "tests/support/ShellDesktop.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -65,13 +65,9 @@ class Screen {
   bool hidePanel(); // true when it is gone
 
  protected:
-  // A point that only the panel ever covers.
-  struct Point {
-    int x;
-    int y;
-  };
-  virtual Point inPanel() const = 0;
-  virtual std::uint32_t pixel(Point point) = 0; // as 0xRRGGBB
+  // Asked before it is first looked for, while it is away.
+  virtual void noteWithoutPanel() {}
+  virtual bool isPanelShown() = 0;
   // Without a tray: as an app menu does.
   virtual bool askForPanel() { return session().callApplication("Activate"); }
   virtual void sendPanelAway() = 0;
@@ -82,9 +78,44 @@ class Screen {
   std::string callWindows(const std::string& windowClass, const std::string& name);
   // What the program says when it is asked for its version.
   std::string versionOf(const std::string& program);
+};
+
+// One on which the panel is seen by what it covers.
+class PixelScreen : public Screen {
+ protected:
+  // A point that only the panel ever covers.
+  struct Point {
+    int x;
+    int y;
+  };
+  virtual Point inPanel() const = 0;
+  virtual std::uint32_t pixel(Point point) = 0; // as 0xRRGGBB
+
+  void noteWithoutPanel() override { m_withoutPanel = pixel(inPanel()); }
+  bool isPanelShown() override { return pixel(inPanel()) != m_withoutPanel; }
 
  private:
-  std::uint32_t m_withoutPanel = 0; // the colour of that point when it was shown last
+  std::uint32_t m_withoutPanel = 0; // the colour of that point
+};
+
+// One whose shell tells what it shows.
+class ShellScreen : public Screen {
+ public:
+  desktop::PrivateSession& session() override { return shell(); }
+  bool hasNativeApps() override { return true; }
+  std::string wayOf(const desktop::Program& program) override;
+  void ask(const desktop::Program& program) override;
+  void activate(const desktop::Program& program) override;
+
+ protected:
+  virtual desktop::ShellDesktop& shell() = 0;
+  virtual std::string isOfX11() const = 0; // the condition of a window `w` that comes through Xwayland
+  bool isPanelShown() override { return shell().windowsWhere("w.caption === 'Vantle'") > 0; }
+  // There is no key to press here, but it goes when something else takes the front.
+  void sendPanelAway() override { activate(*m_inFront); }
+
+ private:
+  const desktop::Program* m_inFront = nullptr; // who was asked for last
 };
 
 } // namespace vantle::demo

@@ -7,7 +7,7 @@
 namespace vantle::demo {
 
 // With sway's own bar and its tray.
-class SwayScreen final : public Screen {
+class SwayScreen final : public PixelScreen {
  public:
   SwayScreen();
 

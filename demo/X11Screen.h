@@ -6,7 +6,7 @@
 
 namespace vantle::demo {
 
-class X11Screen final : public Screen {
+class X11Screen final : public PixelScreen {
  public:
   desktop::PrivateSession& session() override { return m_desktop; }
   // The window manager finds a place for whoever asks for none.

@@ -170,19 +170,6 @@ int GnomeDesktop::iconInBar(const std::string& uuid) {
   return std::stoi(middle);
 }
 
-std::uint32_t GnomeDesktop::pixel(int x, int y) {
-  script("globalThis.stageColour = '';"
-         "new Shell.Screenshot().pick_color(" +
-         std::to_string(x) + ", " + std::to_string(y) +
-         ", (camera, result) => {"
-         "  const colour = camera.pick_color_finish(result).find(each => each?.red !== undefined);"
-         "  globalThis.stageColour = (colour.red << 16) | (colour.green << 8) | colour.blue;"
-         "});");
-  std::string colour;
-  require("a colour", [&] { return !(colour = script("answer(globalThis.stageColour)")).empty(); });
-  return static_cast<std::uint32_t>(std::stoul(colour));
-}
-
 bool GnomeDesktop::screenshot(const fs::path& png) {
   const fs::path taken = folder().path() / "tmp/picture.png";
   fs::remove(taken);

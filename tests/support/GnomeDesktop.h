@@ -4,7 +4,6 @@
 #include "tests/support/PrivateBus.h"
 #include "tests/support/ShellDesktop.h"
 
-#include <cstdint>
 #include <filesystem>
 #include <string>
 
@@ -24,13 +23,12 @@ class GnomeDesktop : public ShellDesktop {
                         int width = 1280, int height = 800);
   ~GnomeDesktop() override; // asks the shell to go, so that XWayland's display number is free again
 
-  // With the first button, at that point of the screen; then the pointer goes to the lower left corner. Both
-  // return when the shell has seen it.
+  // With the first button, at that point of the screen, where the pointer stays.
   void click(int x, int y);
+  // Moves it there; returns when the shell has seen it.
   void point(int x, int y);
   // The middle of an extension's icon in the bar, once it is drawn: how far from the left.
   int iconInBar(const std::string& uuid);
-  std::uint32_t pixel(int x, int y); // of what is shown, as 0xRRGGBB
   bool screenshot(const std::filesystem::path& png);
   void logInAgain(); // ends the session's shell, and starts another
   // The windows' own objects are their `window`; `Main` is the shell's.
