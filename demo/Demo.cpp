@@ -80,6 +80,7 @@ class Demo {
 
  private:
   void takePicture(const std::string& file, const std::string& caption) {
+    if (!m_whyNoPictures.empty()) return;
     m_report.check(m_stage.screen().screenshot(m_report.pathOf(file)), "picture " + file);
     m_report.picture(file, caption);
   }
@@ -132,6 +133,8 @@ class Demo {
   void showTheDesktop() {
     m_report.heading("A desktop with a game, apps and a CPU hog; nothing is boosted");
     if (const std::string about = m_stage.screen().about(); !about.empty()) m_report.say(about);
+    m_whyNoPictures = m_stage.screen().whyNoPictures();
+    if (!m_whyNoPictures.empty()) m_report.say("no pictures: " + m_whyNoPictures);
     m_stage.startGame(false);
     m_stage.screen().activate(*m_stage.game().program);
     m_sharesBefore = processorShares();
@@ -150,11 +153,11 @@ class Demo {
   }
 
   void takePictureWithPanel(const std::string& file, const std::string& caption) {
-    const std::optional<int> asked = m_stage.screen().showPanel();
+    const std::optional<int> asked = m_stage.screen().showPanel(m_stage.vantle());
     m_report.check(asked.has_value(), "the panel opens");
     if (asked > 1) m_report.say("it was asked for " + times(*asked) + ": the desktop is busy");
     takePicture(file, caption);
-    if (!m_stage.screen().hidePanel()) m_report.check(false, "the panel closes");
+    if (!m_stage.screen().hidePanel(m_stage.vantle())) m_report.check(false, "the panel closes");
   }
 
   void startVantleIdle() {
@@ -303,6 +306,7 @@ class Demo {
   ProcfsProcessTable m_processes;
   Stage m_stage;
   Shares m_sharesBefore;
+  std::string m_whyNoPictures;
   long m_breaks = 0; // of the tone, while the shares were measured last
   std::map<std::string, AppState> m_before;
 };

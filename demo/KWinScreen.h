@@ -15,6 +15,9 @@ class KWinScreen final : public ShellScreen {
   std::vector<std::string> terminal(const std::string& name, const std::string& geometry,
                                     const std::string& script) override;
   void settle(const desktop::Program& program, const Place& place) override;
+  std::string whyNoPictures() override {
+    return m_desktop.takesPictures() ? "" : "this KWin takes none without a graphics device";
+  }
   bool screenshot(const std::filesystem::path& png) override { return m_desktop.screenshot(png); }
 
  protected:

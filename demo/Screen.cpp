@@ -69,21 +69,21 @@ std::string Screen::versionOf(const std::string& program) {
   return line;
 }
 
-std::optional<int> Screen::showPanel() {
+std::optional<int> Screen::showPanel(const desktop::Program& vantle) {
   noteWithoutPanel();
   int asked = 0;
   const bool isShown = desktop::waitUntil([&] {
     ++asked;
-    return askForPanel() && desktop::waitUntil([this] { return isPanelShown(); }, std::chrono::seconds(5));
+    return askForPanel() && desktop::waitUntil([&] { return isPanelShown(vantle); }, std::chrono::seconds(5));
   });
   return isShown ? std::optional(asked) : std::nullopt;
 }
 
-bool Screen::hidePanel() {
+bool Screen::hidePanel(const desktop::Program& vantle) {
   // One that is only just there may miss what should close it.
-  return desktop::waitUntil([this] {
+  return desktop::waitUntil([&] {
     sendPanelAway();
-    return desktop::waitUntil([this] { return !isPanelShown(); }, std::chrono::seconds(2));
+    return desktop::waitUntil([&] { return !isPanelShown(vantle); }, std::chrono::seconds(2));
   });
 }
 

@@ -58,16 +58,17 @@ class Screen {
   // The same; returns when it is there.
   virtual void activate(const desktop::Program& program) = 0;
 
+  virtual std::string whyNoPictures() { return {}; } // empty where it takes some
   virtual bool screenshot(const std::filesystem::path& png) = 0;
   // Vantle's panel, opened as people do here. How often it was asked for until it could be seen: a desktop
   // that is too busy to answer in a fifth of a second gets none. Absent when it never could.
-  std::optional<int> showPanel();
-  bool hidePanel(); // true when it is gone
+  std::optional<int> showPanel(const desktop::Program& vantle);
+  bool hidePanel(const desktop::Program& vantle); // true when it is gone
 
  protected:
   // Asked before it is first looked for, while it is away.
   virtual void noteWithoutPanel() {}
-  virtual bool isPanelShown() = 0;
+  virtual bool isPanelShown(const desktop::Program& vantle) = 0;
   // Without a tray: as an app menu does.
   virtual bool askForPanel() { return session().callApplication("Activate"); }
   virtual void sendPanelAway() = 0;
@@ -92,7 +93,9 @@ class PixelScreen : public Screen {
   virtual std::uint32_t pixel(Point point) = 0; // as 0xRRGGBB
 
   void noteWithoutPanel() override { m_withoutPanel = pixel(inPanel()); }
-  bool isPanelShown() override { return pixel(inPanel()) != m_withoutPanel; }
+  bool isPanelShown(const desktop::Program& /*vantle*/) override {
+    return pixel(inPanel()) != m_withoutPanel;
+  }
 
  private:
   std::uint32_t m_withoutPanel = 0; // the colour of that point
@@ -110,7 +113,9 @@ class ShellScreen : public Screen {
  protected:
   virtual desktop::ShellDesktop& shell() = 0;
   virtual std::string isOfX11() const = 0; // the condition of a window `w` that comes through Xwayland
-  bool isPanelShown() override { return shell().windowsWhere("w.caption === 'Vantle'") > 0; }
+  bool isPanelShown(const desktop::Program& vantle) override {
+    return shell().windowsWhere("w.pid === " + std::to_string(vantle.pid())) > 0;
+  }
   // There is no key to press here, but it goes when something else takes the front.
   void sendPanelAway() override { activate(*m_inFront); }
 

@@ -19,6 +19,7 @@ namespace {
 constexpr const char* socketName = "wayland-kwin";
 
 constexpr const char* shell = "org.kde.KWin";
+constexpr const char* screenShotPath = "/org/kde/KWin/ScreenShot2";
 constexpr const char* scripting = "org.kde.kwin.Scripting";
 
 constexpr const char* before = R"js(
@@ -193,14 +194,23 @@ void KWinDesktop::place(const Program& program, int x, int y, int width, int hei
          ", width: " + orOwn(width, "width") + ", height: " + orOwn(height, "height") + "};");
 }
 
+bool KWinDesktop::takesPictures() {
+  bool hasObject = false;
+  listener().perform([&](sd_bus* bus) {
+    hasObject = sd_bus_call_method(bus, shell, screenShotPath, "org.freedesktop.DBus.Introspectable",
+                                   "Introspect", nullptr, nullptr, "") >= 0;
+  });
+  return hasObject;
+}
+
 fs::path KWinDesktop::takenPicture() {
   std::array<int, 2> ends{-1, -1};
   if (::pipe2(ends.data(), O_CLOEXEC) != 0) throw std::runtime_error("no pipe");
   Shape shape;
   listener().perform([&](sd_bus* bus) {
     sd_bus_message* reply = nullptr;
-    if (sd_bus_call_method(bus, shell, "/org/kde/KWin/ScreenShot2", "org.kde.KWin.ScreenShot2",
-                           "CaptureActiveScreen", nullptr, &reply, "a{sv}h", 0, ends[1]) >= 0) {
+    if (sd_bus_call_method(bus, shell, screenShotPath, "org.kde.KWin.ScreenShot2", "CaptureActiveScreen",
+                           nullptr, &reply, "a{sv}h", 0, ends[1]) >= 0) {
       shape = shapeIn(reply);
     }
     sd_bus_message_unref(reply);

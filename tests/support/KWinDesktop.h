@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "tests/support/Picture.h"
 #include "tests/support/ShellDesktop.h"
 
 #include <filesystem>
@@ -35,8 +34,9 @@ class KWinDesktop : public ShellDesktop {
   std::string script(const std::string& text) override;
   bool hasScript(const std::string& name); // whether KWin keeps one of this name
 
+  // Whether it can take pictures: from KWin 6 on it needs a graphics device for that.
+  bool takesPictures();
   // What its screen shows; for a desktop with pictures.
-  Picture picture() { return Picture(takenPicture()); }
   bool screenshot(const std::filesystem::path& png);
 
  private:
