@@ -65,26 +65,22 @@ std::optional<std::vector<ToldWindow>> hyprlandWindowsOf(const std::string& answ
 
 HyprlandWindows::HyprlandWindows(EventLoop& loop, const Kernel& kernel, Descriptor events,
                                  std::string questions, Pid pid)
-    : m_readings(kernel,
-                 [this] {
-                   return m_connection.ask("j/clients", [this](const auto& answer) {
-                     m_readings.take(answer ? hyprlandWindowsOf(*answer) : std::nullopt);
-                   });
-                 }),
-      m_connection(loop, std::move(events),
-                   {.path = std::move(questions),
-                    .pid = pid,
-                    .answer = LineConnection::Questions::Answer::untilTheEnd},
-                   {.event = [this](std::string_view line) { handle(line); },
-                    .turnEnded = [this] { endTurn(); },
-                    .lost =
-                        [this] {
-                          m_readings.clear();
-                          m_handlers.lost();
-                        }}) {
+    : ToldWindows(kernel), m_connection(loop, std::move(events),
+                                        {.path = std::move(questions),
+                                         .pid = pid,
+                                         .answer = LineConnection::Questions::Answer::untilTheEnd},
+                                        {.event = [this](std::string_view line) { handle(line); },
+                                         .turnEnded = [this] { endTurn(); },
+                                         .lost = [this] { lose(); }}) {
   m_connection.ask("j/version", [this](const auto& answer) { takeVersion(answer); });
   m_connection.ask("j/activewindow", [this](const auto& answer) { takeFirstActive(answer); });
   endTurn();
+}
+
+bool HyprlandWindows::askForReading() {
+  return m_connection.ask("j/clients", [this](const auto& answer) {
+    readings().take(answer ? hyprlandWindowsOf(*answer) : std::nullopt);
+  });
 }
 
 // Others may listen under its name. What names the version has changed with the versions.
@@ -97,7 +93,7 @@ void HyprlandWindows::takeVersion(const std::optional<std::string>& answer) {
 // An event is later, or says the same: it was sent on a connection that was there before the question.
 void HyprlandWindows::takeFirstActive(const std::optional<std::string>& answer) {
   const std::optional<Json> window = parsed(answer);
-  if (window && !m_isFrontTold) m_readings.setActive(addressOf(window->textAt("address").value_or("")));
+  if (window && !m_isFrontTold) readings().setActive(addressOf(window->textAt("address").value_or("")));
 }
 
 void HyprlandWindows::handle(std::string_view line) {
@@ -108,20 +104,11 @@ void HyprlandWindows::handle(std::string_view line) {
   const WindowId window = addressOf(data.substr(0, data.find(',')));
   if (name == "activewindowv2") {
     m_isFrontTold = true;
-    m_readings.setActive(window); // none on an empty workspace
-    if (window != 0 && !known().contains(window)) m_readings.expire();
+    readings().setActive(window); // none on an empty workspace
+    if (window != 0 && !known().contains(window)) readings().expire();
   }
-  if (name == "closewindow" && window != 0) m_readings.remove(window);
-  if (name == "openwindow") m_readings.expire();
-}
-
-void HyprlandWindows::endTurn() {
-  if (m_readings.endTurn()) m_handlers.changed();
-}
-
-void HyprlandWindows::forget(Pid pid) {
-  m_readings.forget(pid);
-  endTurn();
+  if (name == "closewindow" && window != 0) readings().remove(window);
+  if (name == "openwindow") readings().expire();
 }
 
 bool HyprlandWindows::requestClose(const WindowFacts& window) {

@@ -3,10 +3,8 @@
 
 #include "platform/linux/kernel/Kernel.h"
 #include "platform/linux/sockets/LineConnection.h"
-#include "platform/linux/windows/DesktopWindows.h"
-#include "platform/linux/windows/WindowReadings.h"
+#include "platform/linux/windows/ToldWindows.h"
 
-#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,7 +16,7 @@ namespace vantle {
 // was opened or closed, comes as an event ("EVENT>>DATA" in a line); what they are is asked for, as JSON. A
 // window's number is its address. Of X clients it knows that they are such; their processes are the X
 // server's to tell.
-class HyprlandWindows final : public DesktopWindows {
+class HyprlandWindows final : public ToldWindows {
  public:
   // Both in the folder that Hyprland makes for each of its runs.
   static constexpr const char* eventSocket = ".socket2.sock";
@@ -31,21 +29,15 @@ class HyprlandWindows final : public DesktopWindows {
   // Whether it may be Hyprland at all: it has said its version, or nothing yet.
   bool isPlausible() const { return m_connection.isOpen(); }
 
-  void start(Handlers handlers) override { m_handlers = std::move(handlers); }
-  const std::map<WindowId, WindowFacts>& known() const override { return m_readings.known(); }
-  WindowId active() const override { return m_readings.active(); }
   bool requestClose(const WindowFacts& window) override;
-  void forget(Pid pid) override;
   bool settle(std::chrono::milliseconds limit) override { return m_connection.settle(limit); }
 
  private:
+  bool askForReading() override;
   void handle(std::string_view line);
   void takeVersion(const std::optional<std::string>& answer);
   void takeFirstActive(const std::optional<std::string>& answer);
-  void endTurn();
 
-  Handlers m_handlers;
-  WindowReadings m_readings;
   bool m_isFrontTold = false; // by an event
   LineConnection m_connection;
 };

@@ -28,22 +28,18 @@ bool isFocused(const Json& window) {
 } // namespace
 
 NiriWindows::NiriWindows(EventLoop& loop, const Kernel& kernel, Descriptor events, std::string path, Pid pid)
-    : m_kernel(kernel), m_readings(kernel,
-                                   [this] {
-                                     return m_connection.ask("\"Windows\"\n", [this](const auto& answer) {
-                                       m_readings.take(windowsOf(answer));
-                                     });
-                                   }),
+    : ToldWindows(kernel), m_kernel(kernel),
       m_connection(loop, std::move(events), {.path = std::move(path), .pid = pid},
                    {.event = [this](std::string_view line) { handle(line); },
                     .turnEnded = [this] { endTurn(); },
-                    .lost =
-                        [this] {
-                          m_readings.clear();
-                          m_handlers.lost();
-                        }}) {
+                    .lost = [this] { lose(); }}) {
   m_connection.send("\"EventStream\"\n");
   endTurn();
+}
+
+bool NiriWindows::askForReading() {
+  return m_connection.ask("\"Windows\"\n",
+                          [this](const auto& answer) { readings().take(windowsOf(answer)); });
 }
 
 // Others may listen under its name, so the first line counts: without events nobody would hear of the
@@ -60,8 +56,8 @@ void NiriWindows::handle(std::string_view line) {
 }
 
 void NiriWindows::handleEvent(const std::string& name, const Json& event) {
-  if (name == "WindowFocusChanged") m_readings.setActive(idOf(event));
-  if (name == "WindowClosed" && idOf(event) != 0) m_readings.remove(idOf(event));
+  if (name == "WindowFocusChanged") readings().setActive(idOf(event));
+  if (name == "WindowClosed" && idOf(event) != 0) readings().remove(idOf(event));
   const Json* const window = event.find("window");
   if (name == "WindowOpenedOrChanged" && window != nullptr) takeWindow(*window);
   // All of them, at the beginning and whenever it thinks fit.
@@ -69,16 +65,16 @@ void NiriWindows::handleEvent(const std::string& name, const Json& event) {
 }
 
 void NiriWindows::takeAll(const Json::Array& windows) {
-  m_readings.setActive(0);
+  readings().setActive(0);
   for (const Json& window : windows) takeWindow(window);
-  m_readings.expire(); // for those that are no more
+  readings().expire(); // for those that are no more
 }
 
 void NiriWindows::takeWindow(const Json& window) {
   const std::optional<ToldWindow> told = windowOf(window);
   if (!told) return;
-  if (isFocused(window)) m_readings.setActive(told->facts.id);
-  m_readings.tell(*told);
+  if (isFocused(window)) readings().setActive(told->facts.id);
+  readings().tell(*told);
 }
 
 std::optional<ToldWindow> NiriWindows::windowOf(const Json& window) const {
@@ -108,15 +104,6 @@ NiriWindows::windowsOf(const std::optional<std::string>& answer) const {
     if (std::optional<ToldWindow> told = windowOf(window)) windows.push_back(std::move(*told));
   }
   return windows;
-}
-
-void NiriWindows::endTurn() {
-  if (m_readings.endTurn()) m_handlers.changed();
-}
-
-void NiriWindows::forget(Pid pid) {
-  m_readings.forget(pid);
-  endTurn();
 }
 
 bool NiriWindows::requestClose(const WindowFacts& window) {

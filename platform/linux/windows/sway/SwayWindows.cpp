@@ -24,24 +24,21 @@ bool isEmptyWorkspace(const Json& workspace) {
 } // namespace
 
 SwayWindows::SwayWindows(EventLoop& loop, const Kernel& kernel, Descriptor socket)
-    : m_readings(kernel,
-                 [this] {
-                   return m_connection.ask(SwayConnection::Request::getTree, "",
-                                           [this](const auto& reply) { takeTree(reply); });
-                 }),
+    : ToldWindows(kernel),
       m_connection(loop, std::move(socket),
                    {.event = [this](SwayConnection::Event event, const Json& body) { handle(event, body); },
                     .turnEnded = [this] { endTurn(); },
-                    .lost =
-                        [this] {
-                          m_readings.clear();
-                          m_handlers.lost();
-                        }}) {
+                    .lost = [this] { lose(); }}) {
   using Request = SwayConnection::Request;
   m_connection.ask(Request::getVersion, "", [this](const auto& reply) { takeVersion(reply); });
   m_connection.ask(Request::subscribe, R"(["window","workspace"])",
                    [this](const auto& reply) { takeSubscription(reply); });
   endTurn();
+}
+
+bool SwayWindows::askForReading() {
+  return m_connection.ask(SwayConnection::Request::getTree, "",
+                          [this](const auto& reply) { takeTree(reply); });
 }
 
 // Others may listen under its name.
@@ -65,14 +62,14 @@ void SwayWindows::handleWindow(const Json& event) {
   const std::optional<ToldWindow> window = swayWindowOf(memberOf(event, "container"));
   // A container that only holds others has the focus: one of those is in front.
   if (!window) {
-    m_readings.expire();
+    readings().expire();
     return;
   }
-  if (change == "close") return m_readings.remove(window->facts.id);
-  if (change == "focus") m_readings.setActive(window->facts.id);
+  if (change == "close") return readings().remove(window->facts.id);
+  if (change == "focus") readings().setActive(window->facts.id);
   // The last window of a workspace takes the focus along, and nothing tells where it went.
-  if (change == "move") m_readings.expire();
-  m_readings.tell(*window);
+  if (change == "move") readings().expire();
+  readings().tell(*window);
 }
 
 // The one event of an empty workspace. On any other a window's own follows, unless the workspace itself keeps
@@ -80,25 +77,16 @@ void SwayWindows::handleWindow(const Json& event) {
 void SwayWindows::handleWorkspace(const Json& event) {
   if (event.textAt("change") != "focus") return;
   if (isEmptyWorkspace(memberOf(event, "current"))) {
-    m_readings.setActive(0);
+    readings().setActive(0);
   } else {
-    m_readings.expire();
+    readings().expire();
   }
 }
 
 void SwayWindows::takeTree(const std::optional<Json>& reply) {
   const std::optional<SwayTree> tree = reply ? swayTreeOf(*reply) : std::nullopt;
-  if (tree) m_readings.setActive(tree->front);
-  m_readings.take(tree ? std::optional(tree->windows) : std::nullopt);
-}
-
-void SwayWindows::endTurn() {
-  if (m_readings.endTurn()) m_handlers.changed();
-}
-
-void SwayWindows::forget(Pid pid) {
-  m_readings.forget(pid);
-  endTurn();
+  if (tree) readings().setActive(tree->front);
+  readings().take(tree ? std::optional(tree->windows) : std::nullopt);
 }
 
 bool SwayWindows::requestClose(const WindowFacts& window) {
