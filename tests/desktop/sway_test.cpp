@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The apps of a real sway, native ones and X clients, as the workspace sees them.
-#include "tests/desktop/WatchedApps.h"
+#include "tests/desktop/AppsOnSway.h"
 #include "tests/support/Kernel.h"
-#include "tests/support/Props.h"
-#include "tests/support/SwayDesktop.h"
-#include "tests/support/User.h"
 
 #include <csignal>
 #include <functional>
@@ -22,35 +19,14 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class Sway : public WatchedApps {
+class Sway : public AppsOnSway {
  protected:
-  void SetUp() override {
-    ASSERT_FALSE(test::runsAsRoot()) << "another user's apps are none of the program's";
-    m_desktop.emplace();
-  }
-
-  static std::vector<std::string> nativeApp(const std::string& name) {
-    return {"foot", "--app-id", name, "--title", name, "sleep", "1000"};
-  }
-  Program& native(const std::string& name = "native") { return shown(nativeApp(name)); }
-  Program& x11(std::vector<std::string> arguments = {}) {
-    arguments.insert(arguments.begin(), testWindow());
-    return shown(std::move(arguments));
-  }
-  Program& shown(std::vector<std::string> command) {
-    Program& program = m_desktop->launch(std::move(command));
-    m_desktop->waitForWindow(program.pid());
-    return program;
-  }
-
   DesktopSource find() { return WatchedApps::find(*m_desktop, m_desktop->socket()); }
   void watch() {
     DesktopSource source = find();
     ASSERT_EQ(*source.name, "sway (native apps and X11 apps)");
     WatchedApps::watch(*m_desktop, std::move(source));
   }
-
-  std::optional<SwayDesktop> m_desktop;
 };
 
 TEST_F(Sway, KnowsAtOnceWhatRunsAlready) {

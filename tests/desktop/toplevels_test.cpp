@@ -4,11 +4,8 @@
 #include "platform/linux/windows/joined/JoinedWindows.h"
 #include "platform/linux/windows/toplevels/ToplevelWindows.h"
 #include "platform/linux/windows/x11/X11Windows.h"
-#include "tests/desktop/WatchedApps.h"
+#include "tests/desktop/AppsOnSway.h"
 #include "tests/support/Kernel.h"
-#include "tests/support/Props.h"
-#include "tests/support/SwayDesktop.h"
-#include "tests/support/User.h"
 
 #include <csignal>
 #include <gmock/gmock.h>
@@ -25,27 +22,8 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-class Toplevels : public WatchedApps {
+class Toplevels : public AppsOnSway {
  protected:
-  void SetUp() override {
-    ASSERT_FALSE(test::runsAsRoot()) << "another user's apps are none of the program's";
-    m_desktop.emplace();
-  }
-
-  static std::vector<std::string> nativeApp(const std::string& name) {
-    return {"foot", "--app-id", name, "--title", name, "sleep", "1000"};
-  }
-  Program& native(const std::string& name = "foot") { return shown(nativeApp(name)); }
-  Program& x11(std::vector<std::string> arguments = {}) {
-    arguments.insert(arguments.begin(), testWindow());
-    return shown(std::move(arguments));
-  }
-  Program& shown(std::vector<std::string> command) {
-    Program& program = m_desktop->launch(std::move(command));
-    m_desktop->waitForWindow(program.pid());
-    return program;
-  }
-
   void watch() {
     std::optional<LocalPeer> peer =
         connectToOwn((m_desktop->runtimeDir() / m_desktop->waylandDisplay()).string());
@@ -64,7 +42,6 @@ class Toplevels : public WatchedApps {
     return runUntil([&] { return isKnown(program); });
   }
 
-  std::optional<SwayDesktop> m_desktop;
   int m_xConnections = 0;
 };
 
