@@ -69,6 +69,7 @@ int VantleApp::run() {
   const std::unique_ptr<Platform> platform = Platform::ofThisSystem();
   if (hasArgument("--test")) return runSelfTestMode(*platform);
 
+  platform->outliveReaders();
   platform->raiseDescriptorLimit();
   if (hasArgument(Watchdog::helperArgument) && platform->isStartedByItself()) {
     putBackLeftovers(*platform, {});

@@ -63,6 +63,9 @@ class Platform {
 
   // Allows this process as many descriptors as it may have at all. Once, before any other thread runs.
   virtual void raiseDescriptorLimit() = 0;
+  // What is written where nobody reads any more is lost, and no longer the end of this process: the toolkit
+  // complains when its desktop is gone, and the reader of that may be gone with it.
+  virtual void outliveReaders() = 0;
   // Whether this process was started by one of this same program (MainThread::runProgram).
   virtual bool isStartedByItself() const = 0;
   // To be asked for on the main thread, once. From here on the signals that ask the program to end wait until

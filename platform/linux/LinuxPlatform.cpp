@@ -6,6 +6,7 @@
 #include "platform/linux/process/LinuxMainThread.h"
 #include "platform/posix/files/OwnFolder.h"
 #include "platform/posix/files/SingleCopyLock.h"
+#include "platform/posix/process/BrokenPipe.h"
 #include "platform/posix/process/DescriptorLimit.h"
 #include "platform/posix/process/SignalSource.h"
 
@@ -23,6 +24,7 @@ bool isNamed(const char* variable) {
 
 class LinuxPlatform final : public Platform {
  public:
+  void outliveReaders() override { vantle::outliveReaders(); }
   void raiseDescriptorLimit() override { vantle::raiseDescriptorLimit(); }
   bool isStartedByItself() const override { return isStartedByOwnProgram(); }
   std::unique_ptr<MainThread> mainThread() override { return std::make_unique<LinuxMainThread>(); }
