@@ -18,6 +18,9 @@ QString ExtensionModel::note() const {
     return {};
   case State::out:
     return QStringLiteral("Without it, only apps and games that run through Xwayland are seen.");
+  case State::refused:
+    return QStringLiteral(
+        "The extension could not be installed: its folder or GNOME's settings cannot be written.");
   case State::waiting:
     return QStringLiteral("Log out and in again once. GNOME starts the extension then.");
   case State::atWork:

@@ -15,6 +15,7 @@ class ShellExtension {
   enum class State {
     notOffered, // this desktop needs none, or none was made for it; also before it has answered
     out,
+    refused, // out, though the person wanted it in: its files or the desktop's list could not be written
     waiting, // in place, but not at work: a shell looks for what is new at a log-in
     atWork,
   };

@@ -252,7 +252,8 @@ TEST_F(ExtensionTest, WithoutTheSettingsProgramNothingIsOn) {
   make();
   ASSERT_EQ(reloaded(), State::out);
   answers([this] { m_extension->install(); });
-  EXPECT_EQ(m_extension->state(), State::out);
+  EXPECT_EQ(m_extension->state(), State::refused);
+  EXPECT_FALSE(fs::exists(place()));
 }
 
 TEST_F(ExtensionTest, AListThatCannotBeReadIsLeftAlone) {
@@ -262,7 +263,50 @@ TEST_F(ExtensionTest, AListThatCannotBeReadIsLeftAlone) {
   ASSERT_EQ(reloaded(), State::out);
   answers([this] { m_extension->install(); });
   EXPECT_EQ(get("enabled-extensions"), "no list");
-  EXPECT_EQ(m_extension->state(), State::out);
+  EXPECT_EQ(m_extension->state(), State::refused);
+  EXPECT_FALSE(fs::exists(place()));
+}
+
+TEST_F(ExtensionTest, AfterARefusalItCanBeTriedAgain) {
+  startShell("43.9");
+  set("enabled-extensions", "no list");
+  make();
+  ASSERT_EQ(reloaded(), State::out);
+  answers([this] { m_extension->install(); });
+  ASSERT_EQ(m_extension->state(), State::refused);
+  set("enabled-extensions", "@as []");
+  m_extension->install();
+  becomes(State::waiting);
+  m_extension->remove();
+  becomes(State::out);
+}
+
+TEST_F(ExtensionTest, ALinkedFolderAndWhatItLeadsToStayAsTheyAre) {
+  startShell("43.9");
+  m_folder.folder("precious");
+  m_folder.write("precious/extension.js", "mine");
+  fs::create_directories(place().parent_path());
+  fs::create_directory_symlink(m_folder.path() / "precious", place());
+  make();
+  ASSERT_EQ(reloaded(), State::out);
+  answers([this] { m_extension->install(); });
+  EXPECT_EQ(m_extension->state(), State::refused);
+  m_extension->remove();
+  becomes(State::out);
+  EXPECT_EQ(content(m_folder.path() / "precious/extension.js"), "mine");
+}
+
+TEST_F(ExtensionTest, ALinkedFileAndWhatItLeadsToStayAsTheyAre) {
+  startShell("43.9");
+  m_folder.write("precious", "mine");
+  fs::create_directories(place());
+  fs::create_symlink(m_folder.path() / "precious", place() / "extension.js");
+  make();
+  ASSERT_EQ(reloaded(), State::out);
+  answers([this] { m_extension->install(); });
+  EXPECT_EQ(m_extension->state(), State::refused);
+  EXPECT_EQ(content(m_folder.path() / "precious"), "mine");
+  EXPECT_TRUE(fs::is_symlink(place() / "extension.js"));
 }
 
 // The shell would run what somebody else puts there.
@@ -273,6 +317,7 @@ TEST_F(ExtensionTest, AFolderThatOthersMayWriteToHoldsNoExtension) {
   make();
   ASSERT_EQ(reloaded(), State::out);
   answers([this] { m_extension->install(); });
+  EXPECT_EQ(m_extension->state(), State::refused);
   EXPECT_FALSE(fs::exists(place() / "extension.js"));
   EXPECT_EQ(get("enabled-extensions"), "['other@example.org']");
 }

@@ -64,7 +64,7 @@ GnomeShellExtension::GnomeShellExtension(SessionBus& bus, Place place)
 
 ShellExtension::State GnomeShellExtension::state() const {
   if (m_edition == nullptr) return State::notOffered;
-  if (!m_isOn) return State::out;
+  if (!m_isOn) return m_isRefused ? State::refused : State::out;
   return m_isAtWork ? State::atWork : State::waiting;
 }
 
@@ -90,6 +90,10 @@ void GnomeShellExtension::readList() {
     m_isOn = list && namesExtension(*list, gnomeExtensionUuid) && areFilesThere();
     // An earlier Vantle's, or those for an earlier shell.
     if (m_isOn && !areFilesCurrent()) writeFiles();
+    if (std::exchange(m_isDue, false) && !m_isOn) {
+      m_isRefused = true;
+      removeFiles();
+    }
     m_observers.notify();
   });
 }
@@ -140,7 +144,9 @@ void GnomeShellExtension::bring(bool isIn) {
     m_wanted = isIn;
     return;
   }
-  if (isIn && !writeFiles()) return m_observers.notify();
+  m_isRefused = isIn && !writeFiles();
+  if (m_isRefused) return m_observers.notify();
+  m_isDue = isIn;
   m_isBusy = true;
   const auto finished = [this, isIn] {
     if (!isIn) removeFiles();
@@ -155,7 +161,16 @@ void GnomeShellExtension::finish() {
   reload();
 }
 
+// A link leads to something of the person's, which is not to be replaced by this, or taken out with it.
+bool GnomeShellExtension::isPlain() const {
+  const std::filesystem::path folder(m_place.folder);
+  return !std::filesystem::is_symlink(folder.has_filename() ? folder : folder.parent_path()) &&
+         !std::filesystem::is_symlink(m_place.folder + scriptName) &&
+         !std::filesystem::is_symlink(m_place.folder + metadataName);
+}
+
 bool GnomeShellExtension::writeFiles() const {
+  if (!isPlain()) return false;
   PosixFileStore files({}, PosixFileStore::Sync::none);
   files.createFolders(m_place.folder);
   return files.writeAtomically(m_place.folder + scriptName, std::string(m_edition->script)) &&
@@ -164,7 +179,7 @@ bool GnomeShellExtension::writeFiles() const {
 
 // What somebody else has put there stays, and the folder with it.
 void GnomeShellExtension::removeFiles() const {
-  if (!isOwnFolder(m_place.folder)) return;
+  if (!isOwnFolder(m_place.folder) || !isPlain()) return;
   std::error_code ignored;
   for (const char* file : {scriptName, metadataName, ""})
     std::filesystem::remove(m_place.folder + file, ignored);

@@ -51,6 +51,7 @@ class GnomeShellExtension final : public QObject, public ShellExtension {
   void change(const QString& list, bool isIn, std::function<void()> done);
   void bring(bool isIn);
   void finish();
+  bool isPlain() const;
   bool writeFiles() const;
   void removeFiles() const;
   bool areFilesThere() const;
@@ -62,6 +63,8 @@ class GnomeShellExtension final : public QObject, public ShellExtension {
   const GnomeExtensionEdition* m_edition = nullptr; // for the shell that runs
   bool m_isOn = false;
   bool m_isAtWork = false;
+  bool m_isDue = false;     // it was brought in last, and nobody has looked at the outcome yet
+  bool m_isRefused = false; // that was to no avail
   bool m_isBusy = false;
   std::optional<bool> m_wanted; // once what is under way is done
   Observers<> m_observers;

@@ -24,6 +24,16 @@ TEST(ExtensionModel, IsOfferedWhereTheDesktopTakesOne) {
   EXPECT_EQ(changes, 1);
 }
 
+TEST(ExtensionModel, SaysThatItCouldNotBeInstalled) {
+  ScriptedExtension extension(State::refused);
+  ExtensionModel model(extension);
+  EXPECT_TRUE(model.isOffered());
+  EXPECT_FALSE(model.isOn());
+  EXPECT_TRUE(model.note().startsWith("The extension could not be installed"));
+  model.toggle();
+  EXPECT_TRUE(model.isAsking()) << "it can be tried again";
+}
+
 TEST(ExtensionModel, AsksBeforeItInstalls) {
   ScriptedExtension extension(State::out);
   ExtensionModel model(extension);
