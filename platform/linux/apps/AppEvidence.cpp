@@ -2,6 +2,7 @@
 #include "platform/linux/apps/AppEvidence.h"
 
 #include "base/Text.h"
+#include "platform/linux/apps/InterpretedProgram.h"
 #include "platform/linux/apps/ProgramPath.h"
 #include "platform/linux/process/KernelFile.h"
 #include "platform/posix/Descriptor.h"
@@ -83,15 +84,13 @@ std::string unescaped(const std::string& name) {
   return result;
 }
 
-std::string scriptOf(const AppEvidence& evidence) {
-  for (std::size_t at = 1; at < evidence.arguments.size(); ++at) {
-    const std::string& argument = evidence.arguments[at];
-    if (argument.starts_with('-')) continue;
-    if (!argument.starts_with('/')) return {};
-    std::string real = realPath(argument);
-    return real.empty() ? argument : real;
-  }
-  return {};
+// Where the process stands is where it was started from, unless it has gone elsewhere since: only a file that
+// is there counts.
+std::string pathOf(const std::string& file, const std::string& workingFolder) {
+  if (file.empty()) return {};
+  const bool isAbsolute = file.starts_with('/');
+  std::string real = realPath(isAbsolute ? file : workingFolder + "/" + file);
+  return real.empty() && isAbsolute ? file : real;
 }
 
 // A program that runs with a group's rights (games do, for their high scores) has its file hidden from
@@ -122,7 +121,9 @@ AppEvidence withItsOwnWords(AppEvidence evidence) {
   }
   evidence.program = evidence.executable;
   if (isInterpreter(fileNameOf(evidence.executable))) {
-    evidence.program = scriptOf(evidence);
+    const InterpretedProgram run = interpretedProgram(fileNameOf(evidence.executable), evidence.arguments);
+    evidence.program = pathOf(run.file, linkTarget(folder + "/cwd"));
+    evidence.names = programNames(run, evidence.program);
   } else if (evidence.executable.find("/.mount_") != std::string::npos) {
     evidence.program = valueOf(environment, "APPIMAGE="); // it runs from a file system of its own
   }

@@ -30,6 +30,7 @@ struct AppEvidence {
   std::string commandName;            // the kernel's name for it, at most 15 bytes
   std::string executable;             // the program file that runs; empty when that cannot be known
   std::string program;                // the same, but for an interpreter its script: what a person started
+  std::vector<std::string> names;     // of what an interpreter runs, see programNames
   std::vector<std::string> arguments; // the whole command line
 };
 

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/apps/DesktopIdentity.h"
 
+#include "base/Text.h"
 #include "base/Utf8.h"
 #include "platform/linux/apps/IdentifierMap.h"
+#include "platform/linux/apps/InterpretedProgram.h"
 #include "platform/linux/apps/OneLineName.h"
 
 #include <algorithm>
@@ -15,6 +17,8 @@ namespace {
 
 using Entries = std::span<const DesktopEntry>;
 using Test = std::function<bool(const DesktopEntry&)>;
+
+constexpr std::string_view gamesCategory = "public.app-category.games"; // see categoryOf
 
 char lowered(char letter) { return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 32) : letter; }
 
@@ -79,12 +83,48 @@ const DesktopEntry* byProgram(Entries entries, const AppEvidence& evidence) {
   return best == entries.end() || programRank(evidence, *best) == 0 ? nullptr : &*best;
 }
 
+// Programs that start a game with its data, as its own or in words: "-p FOLDER queen".
+const DesktopEntry* byWholeCommand(Entries entries, const AppEvidence& evidence) {
+  return first(entries, [&](const DesktopEntry& entry) {
+    const bool isOfOtherWindows = !entry.windowClass.empty() && entry.windowClass != evidence.windowClass &&
+                                  entry.windowClass != evidence.windowInstance;
+    return !entry.isHidden && !entry.realPath.empty() && entry.realPath == evidence.program &&
+           !entry.arguments.empty() && runsWith(evidence, entry) && !isOfOtherWindows;
+  });
+}
+
 const DesktopEntry* byLastPart(Entries entries, const AppEvidence& evidence) {
-  const std::string_view program = lastPart(evidence.program, '/');
-  return bestOf(entries, evidence, [&](const DesktopEntry& entry) {
-    const std::string_view part = lastPart(entry.id, '.');
-    return equalIgnoringCase(part, evidence.windowClass) ||
-           equalIgnoringCase(part, evidence.windowInstance) || equalIgnoringCase(part, program);
+  std::vector<std::string> names{evidence.windowClass, evidence.windowInstance,
+                                 std::string(lastPart(evidence.program, '/'))};
+  for (std::string& name : names) name = withoutProgramEnding(name);
+  const DesktopEntry* const entry = bestOf(entries, evidence, [&](const DesktopEntry& each) {
+    const std::string_view part = lastPart(each.id, '.');
+    return std::any_of(names.begin(), names.end(),
+                       [&](const std::string& name) { return equalIgnoringCase(part, name); });
+  });
+  if (entry != nullptr) return entry;
+  for (const std::string& name : evidence.names) {
+    const auto isCalled = [&](const DesktopEntry& each) {
+      return equalIgnoringCase(lastPart(each.id, '.'), name) ||
+             equalIgnoringCase(fileNameOf(each.executable), name);
+    };
+    if (const DesktopEntry* const called = bestOf(entries, evidence, isCalled)) return called;
+  }
+  return nullptr;
+}
+
+// The game whose data an engine plays: the engine is a game by its own desktop file, and an argument is
+// called as the script is that starts it with that ("-iwad freedoom1.wad").
+const DesktopEntry* byData(Entries entries, const AppEvidence& evidence, const DesktopEntry& engine) {
+  if (engine.category != gamesCategory) return nullptr;
+  return first(entries, [&](const DesktopEntry& entry) {
+    if (!entry.isScript || entry.isHidden || entry.category != gamesCategory) return false;
+    return std::any_of(
+        evidence.arguments.begin(), evidence.arguments.end(), [&](const std::string& argument) {
+          const std::string file = fileNameOf(argument);
+          const std::size_t ending = file.rfind('.');
+          return ending != std::string::npos && file.substr(0, ending) == fileNameOf(entry.executable);
+        });
   });
 }
 
@@ -103,6 +143,8 @@ const DesktopEntry* byWindow(Entries entries, const AppEvidence& evidence) {
     };
     if (const DesktopEntry* entry = bestOf(entries, evidence, declares)) return entry;
   }
+  // An engine's window is the engine's by its class.
+  if (const DesktopEntry* entry = byWholeCommand(entries, evidence)) return entry;
   return bestOf(entries, evidence, [&](const DesktopEntry& entry) {
     return equalIgnoringCase(entry.id, evidence.windowClass) ||
            equalIgnoringCase(entry.id, evidence.windowInstance);
@@ -133,9 +175,28 @@ bool isUnitsOwn(const AppEvidence& evidence, const DesktopEntry& entry) {
          entry.realPath == evidence.executable;
 }
 
+// As a title: of "whichwayisup" Whichwayisup. What has capitals is written as it is meant.
+std::string asTitle(std::string_view name) {
+  std::string title = oneLineName(name);
+  const auto isCapital = [](char letter) { return letter >= 'A' && letter <= 'Z'; };
+  if (std::none_of(title.begin(), title.end(), isCapital) && !title.empty() && title[0] >= 'a' &&
+      title[0] <= 'z')
+    title[0] = static_cast<char>(title[0] - 'a' + 'A');
+  return title;
+}
+
+// Some toolkits call a window after the file, or with Java's whole class name.
+bool isCalledByMachine(const AppEvidence& evidence) {
+  return evidence.windowClass.empty() || withoutProgramEnding(evidence.windowClass) != evidence.windowClass ||
+         fileNameOf(evidence.executable).starts_with("java");
+}
+
 std::string ownName(const AppEvidence& evidence) {
   const std::string_view executable = lastPart(evidence.executable, '/');
   if (!executable.empty() && !isInterpreter(executable)) return oneLineName(executable);
+  if (!evidence.names.empty() && isCalledByMachine(evidence)) {
+    if (std::string title = asTitle(evidence.names.front()); !title.empty()) return title;
+  }
   for (const std::string_view text :
        {std::string_view(evidence.windowClass), std::string_view(evidence.windowInstance),
         lastPart(evidence.program, '/'), executable, std::string_view(evidence.commandName)}) {
@@ -144,13 +205,20 @@ std::string ownName(const AppEvidence& evidence) {
   return "pid " + std::to_string(evidence.pid);
 }
 
+// The program that runs a Windows program, under the name that it has had for most of its life: some builds
+// keep a loader of its own for the first memory ("preloader"), others do without. It is the same program.
+std::optional<std::string> wineLoader(const std::string& executable) {
+  const std::string name = fileNameOf(executable);
+  if (name == "wine64") return folderOf(executable) + "/wine64-preloader";
+  if (name == "wine" || name == "wine32") return folderOf(executable) + "/wine-preloader";
+  return {};
+}
+
 std::optional<std::string> unlessEmpty(const std::string& text) {
   return text.empty() ? std::nullopt : std::optional(text);
 }
 
-} // namespace
-
-const DesktopEntry* findEntry(const AppEvidence& evidence, Entries entries) {
+const DesktopEntry* findOwnEntry(const AppEvidence& evidence, Entries entries) {
   if (const DesktopEntry* entry = bySandbox(entries, evidence)) return entry;
   const DesktopEntry* const unit = evidence.unit ? byId(entries, evidence.unit->id) : nullptr;
   if (unit != nullptr && isUnitsOwn(evidence, *unit)) return unit;
@@ -159,12 +227,21 @@ const DesktopEntry* findEntry(const AppEvidence& evidence, Entries entries) {
   return unit != nullptr && unit->isScript ? unit : nullptr;
 }
 
+} // namespace
+
+const DesktopEntry* findEntry(const AppEvidence& evidence, Entries entries) {
+  const DesktopEntry* const own = findOwnEntry(evidence, entries);
+  const DesktopEntry* const game = own == nullptr ? nullptr : byData(entries, evidence, *own);
+  return game == nullptr ? own : game;
+}
+
 AppIdentity identityOf(const AppEvidence& evidence, const DesktopEntry* entry) {
   AppIdentity identity;
   identity.bundleIdentifier = bundleIdentifierOf(evidence, entry);
+  const std::optional<std::string> loader = wineLoader(cleanUtf8(evidence.executable));
   if (entry == nullptr) {
     identity.localizedName = ownName(evidence);
-    identity.executablePath = unlessEmpty(cleanUtf8(evidence.executable));
+    identity.executablePath = loader ? loader : unlessEmpty(cleanUtf8(evidence.executable));
     return identity;
   }
   identity.localizedName = entry->name.empty() ? ownName(evidence) : entry->name;
@@ -172,6 +249,7 @@ AppIdentity identityOf(const AppEvidence& evidence, const DesktopEntry* entry) {
   identity.executablePath = unlessEmpty(cleanUtf8(entry->executable));
   identity.bundleCategory = unlessEmpty(entry->category);
   identity.iconName = unlessEmpty(entry->icon);
+  if (loader) identity.executablePath = loader;
   return identity;
 }
 

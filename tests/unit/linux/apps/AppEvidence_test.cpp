@@ -121,6 +121,16 @@ TEST(AppEvidence, SeesTheScriptBehindItsInterpreter) {
   EXPECT_EQ(readEvidence(inlined.pid()).program, "") << "what stands on the command line is no script";
 }
 
+TEST(AppEvidence, SeesAScriptBesideWhichItWasStarted) {
+  const desktop::TemporaryFolder folder;
+  const std::string script = folder.write("play.sh", "sleep 1000; true").string();
+  desktop::Start start{.command = {"sh", "play.sh"}};
+  start.workingFolder = folder.path();
+  desktop::Program program(start);
+  EXPECT_TRUE(desktop::waitUntil([&] { return readEvidence(program.pid()).program == script; }));
+  EXPECT_EQ(readEvidence(program.pid()).names, (std::vector<std::string>{"play"}));
+}
+
 // As games with a group's rights are to everybody, root's processes are to an ordinary user.
 TEST(AppEvidence, TakesTheCommandLineWhereTheProgramIsHidden) {
   if (!test::runsAsRoot()) GTEST_SKIP() << "needs root's processes";

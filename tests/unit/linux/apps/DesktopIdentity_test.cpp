@@ -24,6 +24,11 @@ DesktopEntry entry(std::string id, std::string program, std::vector<std::string>
   return made;
 }
 
+DesktopEntry game(DesktopEntry made) {
+  made.category = "public.app-category.games";
+  return made;
+}
+
 DesktopEntry script(DesktopEntry made) {
   made.isScript = true;
   return made;
@@ -48,6 +53,16 @@ const std::vector<DesktopEntry>& installed() {
       entry("kobodeluxe", "/usr/games/kobodl"),
       entry("hidden-tool", "/usr/bin/hidden-tool", {}, {}, true),
       entry("com.spotify.Client", "/app/bin/spotify"),
+      script(game(entry("whichwayisup", "/usr/games/whichwayisup"))),
+      game(entry("monsterz", "/usr/games/monsterz")),
+      script(game(entry("freecol", "/usr/games/freecol"))),
+      script(entry("jmol", "/usr/bin/jmol")),
+      game(entry("scummvm", "/usr/games/scummvm")),
+      game(entry("flight-of-the-amazon-queen", "/usr/games/scummvm",
+                 {"-p", "/usr/share/scummvm/flight-of-the-amazon-queen", "queen"})),
+      game(entry("org.chocolate_doom.Doom", "/usr/games/chocolate-doom")),
+      script(game(entry("io.github.freedoom.Phase1", "/usr/games/freedoom1"))),
+      script(game(entry("io.github.freedoom.Phase2", "/usr/games/freedoom2"))),
   };
   return entries;
 }
@@ -183,6 +198,98 @@ TEST(DesktopIdentity, FindsTenOfElevenRealApps) {
   }
 }
 
+// What /proc and the windows said of Debian 12's own, started by command.
+TEST(DesktopIdentity, FindsGamesThatAnInterpreterOrAnEngineRuns) {
+  struct Case {
+    const char* executable;
+    const char* program;
+    std::vector<std::string> names;
+    std::vector<std::string> arguments;
+    const char* windowClass;
+    const char* id;
+  };
+  const std::vector<Case> cases{
+      {"/usr/bin/python3.11",
+       "/usr/share/games/whichwayisup/run_game.py",
+       {"whichwayisup"},
+       {"python3", "run_game.py"},
+       "run_game.py",
+       "whichwayisup"},
+      {"/usr/bin/python3.11",
+       "/usr/share/games/monsterz/monsterz.py",
+       {"monsterz", "monsterz"},
+       {"python3", "/usr/share/games/monsterz/monsterz.py", "--outfd", "42"},
+       "monsterz.py",
+       "monsterz"},
+      {"/usr/lib/jvm/java-17-openjdk-amd64/bin/java",
+       "",
+       {"FreeCol"},
+       {"java", "-classpath", "/usr/share/java/FreeCol.jar", "net.sf.freecol.FreeCol"},
+       "net-sf-freecol-FreeCol",
+       "freecol"},
+      {"/usr/lib/jvm/java-17-openjdk-amd64/bin/java",
+       "/usr/share/jmol/Jmol.jar",
+       {"Jmol", "jmol"},
+       {"java", "-jar", "/usr/share/jmol/Jmol.jar"},
+       "org-openscience-jmol-app-jmolpanel-JmolPanel",
+       "jmol"},
+      {"/usr/games/scummvm",
+       "/usr/games/scummvm",
+       {},
+       {"scummvm", "-p", "/usr/share/scummvm/flight-of-the-amazon-queen", "queen"},
+       "scummvm",
+       "flight-of-the-amazon-queen"},
+      {"/usr/games/scummvm", "/usr/games/scummvm", {}, {"scummvm"}, "scummvm", "scummvm"},
+      {"/usr/games/chocolate-doom",
+       "/usr/games/chocolate-doom",
+       {},
+       {"/usr/games/doom", "-iwad", "freedoom1.wad"},
+       "chocolate-doom",
+       "io.github.freedoom.Phase1"},
+      {"/usr/games/chocolate-doom",
+       "/usr/games/chocolate-doom",
+       {},
+       {"/usr/games/doom", "-iwad", "doom2.wad"},
+       "chocolate-doom",
+       "org.chocolate_doom.Doom"},
+      {"/usr/bin/python3.11",
+       "/home/somebody/galculator/main.py",
+       {},
+       {"python3", "main.py"},
+       "main.py",
+       "none"},
+      {"/usr/bin/galculator",
+       "/usr/bin/galculator",
+       {},
+       {"galculator", "freedoom1.wad"},
+       "Galculator",
+       "galculator"},
+  };
+  for (const Case& each : cases) {
+    AppEvidence evidence = running(each.executable);
+    evidence.program = each.program;
+    evidence.names = each.names;
+    evidence.arguments = each.arguments;
+    evidence.windowClass = evidence.windowInstance = each.windowClass;
+    EXPECT_EQ(idOf(evidence), each.id) << each.arguments.back();
+  }
+}
+
+TEST(DesktopIdentity, AProgramThatWineRunsHasItsLoaderAsExecutable) {
+  const std::vector<std::pair<std::string, std::string>> cases{
+      {"/usr/lib/wine/wine64", "/usr/lib/wine/wine64-preloader"},
+      {"/usr/lib/wine/wine", "/usr/lib/wine/wine-preloader"},
+      {"/opt/wine-stable/bin/wine64-preloader", "/opt/wine-stable/bin/wine64-preloader"},
+      {"/usr/lib/wine/wineserver64", "/usr/lib/wine/wineserver64"},
+  };
+  DesktopEntry menu = entry("wine-Programs-Game", "/usr/bin/wine");
+  for (const auto& [executable, loader] : cases) {
+    EXPECT_EQ(identityOf(running(executable), nullptr).executablePath, loader);
+    const bool isLoader = loader.ends_with("loader") && executable != loader;
+    EXPECT_EQ(identityOf(running(executable), &menu).executablePath, isLoader ? loader : "/usr/bin/wine");
+  }
+}
+
 TEST(DesktopIdentity, DescribesAnInstalledApp) {
   DesktopEntry made = entry("com.spotify.Client", "/app/bin/spotify");
   made.category = "public.app-category.music";
@@ -209,9 +316,17 @@ TEST(DesktopIdentity, NamesAnInterpretedProgramAfterItsWindowOrItsScript) {
   AppEvidence evidence = running("/usr/bin/wine64-preloader");
   evidence.windowClass = "game.exe";
   EXPECT_EQ(identityOf(evidence, nullptr).localizedName, "game.exe");
+  evidence.names = {"HalfLife"};
+  EXPECT_EQ(identityOf(evidence, nullptr).localizedName, "HalfLife");
   evidence = running("/usr/bin/python3.11");
-  evidence.program = "/home/somebody/own.py";
-  EXPECT_EQ(identityOf(evidence, nullptr).localizedName, "own.py");
+  evidence.program = "/usr/share/games/whichwayisup/run_game.py";
+  EXPECT_EQ(identityOf(evidence, nullptr).localizedName, "run_game.py");
+  evidence.names = {"whichwayisup"};
+  EXPECT_EQ(identityOf(evidence, nullptr).localizedName, "Whichwayisup");
+  evidence.windowClass = "run_game.py";
+  EXPECT_EQ(identityOf(evidence, nullptr).localizedName, "Whichwayisup");
+  evidence.windowClass = "Terminator";
+  EXPECT_EQ(identityOf(evidence, nullptr).localizedName, "Terminator") << "chosen by somebody";
   evidence = AppEvidence();
   evidence.pid = 7;
   EXPECT_EQ(identityOf(evidence, nullptr).localizedName, "pid 7");
