@@ -15,7 +15,9 @@ namespace vantle {
 
 namespace {
 
-constexpr std::chrono::milliseconds longestAnswer{90}; // two of them for an opening
+// Of the compositor, two of which an opening takes; the second, when the first was not given at all.
+constexpr std::chrono::milliseconds longestAnswer{90};
+constexpr std::chrono::milliseconds longestLateAnswer{30};
 
 wl_surface* surfaceOf(QWindow& window) {
   return static_cast<wl_surface*>(
@@ -38,7 +40,7 @@ QSize LayerPanelSurface::roomOn(QScreen& screen) {
 
 // A layer that is as large as bars allow, and is never shown. A compositor that does not answer in time shows
 // nothing else either.
-QSize LayerPanelSurface::askForRoom(QScreen& screen) const {
+QSize LayerPanelSurface::askForRoom(QScreen& screen) {
   wl_surface* const surface = wl_compositor_create_surface(m_shell->compositor());
   std::optional<QSize> size;
   {
@@ -48,6 +50,7 @@ QSize LayerPanelSurface::askForRoom(QScreen& screen) const {
     size = layer.firstSize(longestAnswer);
   }
   wl_surface_destroy(surface);
+  m_isSilent = !size;
   return size.value_or(QSize()).isEmpty() ? screen.size() : *size;
 }
 
@@ -89,7 +92,7 @@ bool LayerPanelSurface::takeRole(QWindow& window) {
   m_layer->place(m_place, m_size);
   m_layer->takeKeyboard();
   m_layer->commit();
-  if (m_layer->firstSize(longestAnswer)) return true;
+  if (m_layer->firstSize(m_isSilent ? longestLateAnswer : longestAnswer)) return true;
   m_layer.reset();
   return false;
 }

@@ -31,7 +31,7 @@ class LayerPanelSurface final : public PanelSurface {
   void hide(QWindow& window) override;
 
  private:
-  QSize askForRoom(QScreen& screen) const;
+  QSize askForRoom(QScreen& screen);
   bool takeRole(QWindow& window);
   void takeDown(QWindow& window);
   void followInput();
@@ -41,6 +41,7 @@ class LayerPanelSurface final : public PanelSurface {
   std::unique_ptr<LayerShell> m_shell;
   QPointer<QScreen> m_screen; // where the panel is or is to be
   QSize m_room;               // of that screen; empty until it was asked for
+  bool m_isSilent = false;    // the compositor, when it was asked last
   LayerPlace m_place;
   QSize m_size;
   QPointer<QWindow> m_window; // while it is up
