@@ -202,9 +202,10 @@ DesktopSource DesktopProbe::plasma() const {
 
 // The extension may be put in, and taken out, at any time; until it calls there is the X server.
 DesktopSource DesktopProbe::gnome(bool hasExtension) const {
-  auto fed = std::make_unique<FedWindows>(m_loop, m_kernel, m_bus,
-                                          FedWindows::Options{.shell = gnomeShell, .ownName = m_feed},
-                                          std::make_unique<GnomeExtension>(m_bus));
+  auto fed = std::make_unique<FedWindows>(
+      m_loop, m_kernel, m_bus,
+      FedWindows::Options{.shell = gnomeShell, .ownName = m_feed, .waitsForName = true},
+      std::make_unique<GnomeExtension>(m_bus));
   const auto isComplete = [source = fed.get()] { return source->isComplete(); };
   const auto patience = hasExtension ? longestStart - longestTry : std::chrono::milliseconds(0);
   const std::shared_ptr<std::string> name = named(xwaylandOnly);

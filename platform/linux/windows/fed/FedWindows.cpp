@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <optional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace vantle {
@@ -16,9 +17,10 @@ constexpr std::size_t longestText = 1024; // bytes of a class or an app id; more
 
 constexpr std::chrono::seconds longestAnswer{25}; // of the bus itself, and of the shell
 
-// The bus's own words: do not queue; the owner, also already.
+// The bus's own words: do not queue; the owner, in the queue, already the owner.
 constexpr std::uint32_t doNotQueue = 4;
 constexpr std::uint32_t isOwner = 1;
+constexpr std::uint32_t isInQueue = 2;
 constexpr std::uint32_t isAlreadyOwner = 4;
 
 std::optional<WindowKind> kindOf(std::string_view word) {
@@ -56,10 +58,12 @@ FedWindows::FedWindows(EventLoop& loop, const Kernel& kernel, BusConnection& ses
       m_object(m_bus.answer(path, [this](sd_bus_message* call) { return take(call); })) {
   // In this order: a caller that waits for the name is known by the time it hears of it.
   watchShell();
+  if (m_options.waitsForName) watchOwnName();
+  const std::uint32_t flags = m_options.waitsForName ? 0 : doNotQueue;
   const bool areAsked = m_object &&
                         ask(requestTo(m_bus, "GetNameOwner", m_options.shell),
                             [this](sd_bus_message* reply) { takeFirstOwner(reply); }) &&
-                        ask(requestTo(m_bus, "RequestName", m_options.ownName, doNotQueue),
+                        ask(requestTo(m_bus, "RequestName", m_options.ownName, flags),
                             [this](sd_bus_message* reply) { takeOwnName(reply); });
   // Nobody can be told before the start.
   if (!areAsked) m_absence = m_loop.after(std::chrono::milliseconds(0), [this] { lose(); });
@@ -92,12 +96,24 @@ void FedWindows::takeFirstOwner(sd_bus_message* reply) {
   takeOwner(owner);
 }
 
+// When whoever had it has left.
+void FedWindows::watchOwnName() {
+  const std::string rule =
+      "type='signal',sender='org.freedesktop.DBus',member='NameAcquired',arg0='" + m_options.ownName + "'";
+  m_ownNameComes = m_bus.match(rule, [this](sd_bus_message*) { haveOwnName(); });
+}
+
 // Another copy that has it is the one that is fed: two would take each other's caller away.
 void FedWindows::takeOwnName(sd_bus_message* reply) {
   std::uint32_t outcome = 0;
   const bool isRead = reply != nullptr && sd_bus_message_read(reply, "u", &outcome) > 0;
+  if (isRead && outcome == isInQueue) return;
   if (!isRead || (outcome != isOwner && outcome != isAlreadyOwner)) return lose();
-  m_hasName = true;
+  haveOwnName();
+}
+
+void FedWindows::haveOwnName() {
+  if (std::exchange(m_hasName, true)) return;
   meetShell();
 }
 

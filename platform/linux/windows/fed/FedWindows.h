@@ -44,6 +44,9 @@ class FedWindows final : public DesktopWindows {
     // gone. A shell that crashes was seen back after 0.3 to 0.7 s, and within a second nothing may be slowed
     // any more.
     std::chrono::milliseconds longestAbsence{800};
+    // For its own name, as long as somebody else has it: the caller comes by itself when it hears of it.
+    // Otherwise the desktop counts as over then.
+    bool waitsForName = false;
   };
   static constexpr const char* path = "/com/halvo/vantle/desktop";
   static constexpr const char* interface = "com.halvo.vantle.DesktopFeed";
@@ -86,7 +89,9 @@ class FedWindows final : public DesktopWindows {
   bool ask(BusMessage question, BusConnection::Reply answered); // of the bus itself
   void watchShell();
   void takeFirstOwner(sd_bus_message* reply);
+  void watchOwnName();
   void takeOwnName(sd_bus_message* reply);
+  void haveOwnName();
   void takeOwner(const std::string& owner);
   void meetShell();
   const char* take(sd_bus_message* call);
@@ -139,6 +144,7 @@ class FedWindows final : public DesktopWindows {
   std::unique_ptr<Registration> m_busLost;
   BusSlot m_object;
   BusSlot m_ownerChanges;
+  BusSlot m_ownNameComes;
   std::unique_ptr<EventLoop::Handle> m_telling; // set while something has changed and was not told yet
   std::unique_ptr<EventLoop::Handle> m_absence; // set while the shell is away, or its caller
 };

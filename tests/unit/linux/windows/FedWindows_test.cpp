@@ -12,6 +12,7 @@
 #include "tests/support/Wait.h"
 #include "tests/unit/linux/windows/ScriptedKWin.h"
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -439,8 +440,8 @@ class WaitingCaller final : public FeedCaller {
   std::function<void(bool)> m_answered;
 };
 
-TEST_F(FedWindowsTest, WhoCallsTheMomentTheNameIsThereIsHeard) {
-  FakeService shell(m_bus.address(), "org.gnome.Shell");
+// Tells of an empty desktop as soon as there is a new owner of the name.
+void callWhenTheNameComes(FakeService& shell) {
   const auto whenItIsThere = [](sd_bus_message* signal, void*, sd_bus_error*) {
     sd_bus* const bus = sd_bus_message_get_bus(signal);
     for (const char* member : {"Ready", "Front"}) {
@@ -453,6 +454,44 @@ TEST_F(FedWindowsTest, WhoCallsTheMomentTheNameIsThereIsHeard) {
     const std::string rule = "type='signal',member='NameOwnerChanged',arg0='" + std::string(scriptName) + "'";
     sd_bus_add_match(bus, nullptr, rule.c_str(), whenItIsThere, nullptr);
   });
+}
+
+TEST_F(FedWindowsTest, WaitsForItsNameWhereTheCallerComesByItself) {
+  FakeService shell(m_bus.address(), "org.gnome.Shell");
+  auto stranger = std::make_unique<FakeService>(m_bus.address(), scriptName);
+  callWhenTheNameComes(shell);
+  const ProcKernel kernel;
+  BusConnection connection(m_loop, m_bus.address());
+  FedWindows fed(m_loop, kernel, connection,
+                 {.shell = "org.gnome.Shell", .ownName = scriptName, .waitsForName = true},
+                 std::make_unique<WaitingCaller>());
+  int losses = 0;
+  fed.start({.lost = [&] { ++losses; }});
+  const auto isQueued = [&] {
+    m_loop.runUntil([] { return false; }, 1ms);
+    bool isThere = false;
+    shell.perform([&](sd_bus* bus) {
+      sd_bus_message* reply = nullptr;
+      sd_bus_call_method(bus, "org.freedesktop.DBus", "/", "org.freedesktop.DBus", "ListQueuedOwners",
+                         nullptr, &reply, "s", scriptName);
+      char** owners = nullptr;
+      isThere = sd_bus_message_read_strv(reply, &owners) > 0 && owners[1] != nullptr;
+      for (char** owner = owners; owner != nullptr && *owner != nullptr; ++owner) std::free(*owner);
+      std::free(owners);
+      sd_bus_message_unref(reply);
+    });
+    return isThere;
+  };
+  desktop::require("its place behind the stranger", isQueued);
+  EXPECT_FALSE(fed.settle(1ms));
+  stranger.reset();
+  EXPECT_TRUE(fed.settle(desktop::guardLimit));
+  EXPECT_EQ(losses, 0);
+}
+
+TEST_F(FedWindowsTest, WhoCallsTheMomentTheNameIsThereIsHeard) {
+  FakeService shell(m_bus.address(), "org.gnome.Shell");
+  callWhenTheNameComes(shell);
   const ProcKernel kernel;
   BusConnection connection(m_loop, m_bus.address());
   FedWindows fed(m_loop, kernel, connection, {.shell = "org.gnome.Shell", .ownName = scriptName},
