@@ -72,30 +72,31 @@ std::unique_ptr<Registration> GnomeShellExtension::observe(std::function<void()>
   return m_observers.add(std::move(changed));
 }
 
-void GnomeShellExtension::reload() {
+void GnomeShellExtension::look(Look at) {
   if (!m_place.isWayland || !m_bus.isConnected()) return;
-  askBus(shellVersion(), [this](const QVariant& version) {
+  askBus(shellVersion(), [this, at](const QVariant& version) {
     const int major = version.value<QDBusVariant>().variant().toString().section('.', 0, 0).toInt();
     m_edition = gnomeExtensionFor(major);
     if (m_edition == nullptr) return m_observers.notify();
-    askBus(whetherAtWork(), [this](const QVariant& isAtWork) {
+    askBus(whetherAtWork(), [this, at](const QVariant& isAtWork) {
       m_isAtWork = isAtWork.toBool();
-      readList();
+      readList(at);
     });
   });
 }
 
-void GnomeShellExtension::readList() {
-  runSettings({QStringLiteral("get"), schema, switchedOn}, [this](const std::optional<std::string>& list) {
-    m_isOn = list && namesExtension(*list, gnomeExtensionUuid) && areFilesThere();
-    // An earlier Vantle's, or those for an earlier shell.
-    if (m_isOn && !areFilesCurrent()) writeFiles();
-    if (std::exchange(m_isDue, false) && !m_isOn) {
-      m_isRefused = true;
-      removeFiles();
-    }
-    m_observers.notify();
-  });
+void GnomeShellExtension::readList(Look at) {
+  runSettings({QStringLiteral("get"), schema, switchedOn},
+              [this, at](const std::optional<std::string>& list) {
+                m_isOn = list && namesExtension(*list, gnomeExtensionUuid) && areFilesThere();
+                // An earlier Vantle's, or those for an earlier shell.
+                if (m_isOn && !areFilesCurrent()) writeFiles();
+                if (at == Look::whetherItIsIn && !m_isOn && !m_isBusy) {
+                  m_isRefused = true;
+                  removeFiles();
+                }
+                m_observers.notify();
+              });
 }
 
 void GnomeShellExtension::askBus(const QDBusMessage& question, Answer answered) {
@@ -146,19 +147,18 @@ void GnomeShellExtension::bring(bool isIn) {
   }
   m_isRefused = isIn && !writeFiles();
   if (m_isRefused) return m_observers.notify();
-  m_isDue = isIn;
   m_isBusy = true;
   const auto finished = [this, isIn] {
     if (!isIn) removeFiles();
-    finish();
+    finish(isIn);
   };
   change(switchedOff, false, [this, isIn, finished] { change(switchedOn, isIn, finished); });
 }
 
-void GnomeShellExtension::finish() {
+void GnomeShellExtension::finish(bool isIn) {
   m_isBusy = false;
   if (const auto wanted = std::exchange(m_wanted, std::nullopt)) return bring(*wanted);
-  reload();
+  look(isIn ? Look::whetherItIsIn : Look::atAnything);
 }
 
 // A link leads to something of the person's, which is not to be replaced by this, or taken out with it.

@@ -38,7 +38,7 @@ class GnomeShellExtension final : public QObject, public ShellExtension {
 
   State state() const override;
   std::unique_ptr<Registration> observe(std::function<void()> changed) override;
-  void reload() override;
+  void reload() override { look(Look::atAnything); }
   void install() override { bring(true); }
   void remove() override { bring(false); }
 
@@ -46,25 +46,26 @@ class GnomeShellExtension final : public QObject, public ShellExtension {
   using Answer = std::function<void(const QVariant& value)>; // invalid without one
   using Output = std::function<void(const std::optional<std::string>& text)>;
 
+  enum class Look { atAnything, whetherItIsIn };
+  void look(Look at);
   void askBus(const QDBusMessage& question, Answer answered);
   void runSettings(const QStringList& arguments, Output done);
   void change(const QString& list, bool isIn, std::function<void()> done);
   void bring(bool isIn);
-  void finish();
+  void finish(bool isIn);
   bool isPlain() const;
   bool writeFiles() const;
   void removeFiles() const;
   bool areFilesThere() const;
   bool areFilesCurrent() const;
-  void readList();
+  void readList(Look at);
 
   SessionBus& m_bus;
   Place m_place;
   const GnomeExtensionEdition* m_edition = nullptr; // for the shell that runs
   bool m_isOn = false;
   bool m_isAtWork = false;
-  bool m_isDue = false;     // it was brought in last, and nobody has looked at the outcome yet
-  bool m_isRefused = false; // that was to no avail
+  bool m_isRefused = false; // to bring it in was to no avail
   bool m_isBusy = false;
   std::optional<bool> m_wanted; // once what is under way is done
   Observers<> m_observers;
