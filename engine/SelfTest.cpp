@@ -14,24 +14,34 @@ namespace vantle {
 namespace {
 
 using Group = std::vector<std::unique_ptr<Subprocess>>;
+using Readings = std::vector<std::optional<std::uint64_t>>; // absent for a process that has none any more
 
 constexpr const char* busyProgram = "/usr/bin/yes"; // runs for ever; its output is discarded
 constexpr double worksBelow = 0.5;
 
-std::vector<std::uint64_t> cpuTimes(const ProcessTable& processes, const Group& group) {
-  std::vector<std::uint64_t> times;
+// A process that has ended got its time in another span than the others, whatever the system still knows of
+// it.
+Readings cpuTimes(const ProcessTable& processes, const Group& group) {
+  Readings times;
   for (const auto& process : group) {
-    times.push_back(processes.cpuTime(process->processIdentifier()).value_or(0));
+    times.push_back(process->isRunning() ? processes.cpuTime(process->processIdentifier()) : std::nullopt);
   }
   return times;
 }
 
-double sumOfDeltas(const std::vector<std::uint64_t>& first, const std::vector<std::uint64_t>& second) {
+// Absent when a reading is.
+std::optional<double> sumOfDeltas(const Readings& first, const Readings& second) {
   double sum = 0;
   for (std::size_t at = 0; at < first.size(); ++at) {
-    sum += static_cast<double>(second[at]) - static_cast<double>(first[at]);
+    if (!first[at] || !second[at]) return std::nullopt;
+    sum += static_cast<double>(*second[at]) - static_cast<double>(*first[at]);
   }
   return sum;
+}
+
+// With nothing to compare the two groups got the same, which is no effect.
+double shareOf(std::optional<double> background, std::optional<double> normal) {
+  return background && normal && *normal != 0 ? *background / *normal : 1.0;
 }
 
 void endAll(const Group& group) {
@@ -91,14 +101,14 @@ int SelfTest::run() {
   // Some platforms let only a few changes a second through.
   band.settle(10s);
   m_machine.clock.sleep(1s);
-  const std::vector<std::uint64_t> normalFirst = cpuTimes(processes, normal);
-  const std::vector<std::uint64_t> backgroundFirst = cpuTimes(processes, background);
+  const Readings normalFirst = cpuTimes(processes, normal);
+  const Readings backgroundFirst = cpuTimes(processes, background);
   m_machine.clock.sleep(5s);
-  const std::vector<std::uint64_t> normalSecond = cpuTimes(processes, normal);
-  const std::vector<std::uint64_t> backgroundSecond = cpuTimes(processes, background);
+  const Readings normalSecond = cpuTimes(processes, normal);
+  const Readings backgroundSecond = cpuTimes(processes, background);
 
-  const double normalTotal = sumOfDeltas(normalFirst, normalSecond);
-  const double share = normalTotal == 0 ? 1.0 : sumOfDeltas(backgroundFirst, backgroundSecond) / normalTotal;
+  const double share =
+      shareOf(sumOfDeltas(backgroundFirst, backgroundSecond), sumOfDeltas(normalFirst, normalSecond));
   m_print("3. CPU share: background processes got " + std::to_string(static_cast<std::int64_t>(share * 100)) +
           "% of the CPU the normal ones got");
 

@@ -151,6 +151,43 @@ TEST_F(SelfTestTest, TimesThatCannotBeReadCountAsNothing) {
   EXPECT_EQ(lines.at(3), "3. CPU share: background processes got 100% of the CPU the normal ones got");
 }
 
+// With two processors the test's processes are, from the program's own number on: normal, background, twice.
+struct Ended {
+  Pid offset;
+  int clockStep; // 1: before the first reading; 2: between the two
+};
+
+class SelfTestWithAnEnd : public SelfTestTest, public testing::WithParamInterface<Ended> {};
+
+TEST_P(SelfTestWithAnEnd, LeavesNothingToCompare) {
+  machine.host.processors = 2;
+  giveBand(100);
+  const auto account = machine.clock.onAdvance;
+  int step = 0;
+  machine.clock.onAdvance = [&](std::chrono::microseconds duration) {
+    account(duration);
+    if (++step == GetParam().clockStep) machine.processes.exit(machine.host.self + GetParam().offset);
+  };
+  EXPECT_EQ(run(), 1);
+  EXPECT_EQ(lines.at(3), "3. CPU share: background processes got 100% of the CPU the normal ones got");
+  EXPECT_EQ(lines.back(), notAsExpected);
+  EXPECT_EQ(busyProcesses(), 0U);
+}
+
+INSTANTIATE_TEST_SUITE_P(AnywhereAndAnytime, SelfTestWithAnEnd,
+                         testing::Values(Ended{1, 1}, Ended{2, 1}, Ended{1, 2}, Ended{2, 2}, Ended{3, 2},
+                                         Ended{4, 2}));
+
+TEST_F(SelfTestTest, OneTimeThatCannotBeReadLeavesNothingToCompare) {
+  giveBand(100);
+  for (int reading = 1; reading <= 8; ++reading) {
+    lines.clear();
+    machine.calls.refuseNext(Operation::readCpuTime, reading);
+    EXPECT_EQ(run(), 1) << reading;
+    EXPECT_EQ(lines.at(3), "3. CPU share: background processes got 100% of the CPU the normal ones got");
+  }
+}
+
 TEST_F(SelfTestTest, WithoutTheBusyProgramOnlyTheErrorFollows) {
   machine.launcher.installed.clear();
   EXPECT_EQ(run(), 1);
