@@ -14,7 +14,6 @@
 #include <cstdlib>
 #include <glib.h>
 #include <memory>
-#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
@@ -61,11 +60,6 @@ GOwned<GKeyFile> readKeyFile(const std::string& path) {
   const bool isWhole = bytes && g_key_file_load_from_data(file.get(), bytes->data(), bytes->size(),
                                                           G_KEY_FILE_KEEP_TRANSLATIONS, nullptr) != 0;
   return isWhole ? std::move(file) : GOwned<GKeyFile>();
-}
-
-bool isProgram(const std::string& path) {
-  struct stat about {};
-  return ::stat(path.c_str(), &about) == 0 && !S_ISDIR(about.st_mode) && ::access(path.c_str(), X_OK) == 0;
 }
 
 bool flagOf(GKeyFile* file, const char* key) {

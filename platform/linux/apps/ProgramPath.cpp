@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <glib.h>
 #include <memory>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace vantle {
@@ -16,6 +17,11 @@ std::string absolutePath(const std::string& program) {
     if (std::string path = folder + program; ::access(path.c_str(), X_OK) == 0) return path;
   }
   return {};
+}
+
+bool isProgram(const std::string& path) {
+  struct stat about {};
+  return ::stat(path.c_str(), &about) == 0 && !S_ISDIR(about.st_mode) && ::access(path.c_str(), X_OK) == 0;
 }
 
 std::string realPath(const std::string& path) {

@@ -9,6 +9,9 @@ namespace vantle {
 // leading slash stays as it is; empty for a program that is nowhere.
 std::string absolutePath(const std::string& program);
 
+// Whether it is a file that this user may run.
+bool isProgram(const std::string& path);
+
 // With all links followed; empty when there is no such file.
 std::string realPath(const std::string& path);
 

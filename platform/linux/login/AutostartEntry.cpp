@@ -2,8 +2,11 @@
 #include "platform/linux/login/AutostartEntry.h"
 
 #include "base/Names.h"
+#include "platform/linux/apps/DesktopEntry.h"
+#include "platform/linux/apps/ProgramPath.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <glib.h>
 
 namespace vantle {
@@ -39,8 +42,24 @@ std::optional<bool> listsOneOf(GKeyFile* file, const char* key, const std::vecto
   });
 }
 
-bool isRunnable(const std::string& program) {
-  return Text(g_find_program_in_path(program.c_str())) != nullptr;
+// Absolute, when it is there and may be run; otherwise empty.
+std::string foundProgram(const std::string& program) {
+  const std::string path = absolutePath(program);
+  return isProgram(path) ? path : std::string();
+}
+
+// Has what follows as its own program; for paths that stand in no Exec line by themselves.
+constexpr const char* shell = "/bin/sh";
+constexpr const char* shellCommand = "exec \"$0\"";
+
+// An Exec line has its percent signs twice.
+std::string singlePercents(std::string_view argument) {
+  std::string value;
+  for (std::size_t at = 0; at < argument.size(); ++at) {
+    value += argument[at];
+    if (argument.substr(at, 2) == "%%") ++at;
+  }
+  return value;
 }
 
 // Quoted whole, so that only the four characters that stay special between quotes need a backslash; a percent
@@ -85,13 +104,14 @@ bool AutostartEntry::isShownIn(const std::vector<std::string>& desktops) const {
          !listsOneOf(m_file->get(), G_KEY_FILE_DESKTOP_KEY_NOT_SHOW_IN, desktops).value_or(false);
 }
 
-bool AutostartEntry::starts(const std::vector<std::string>& desktops) const {
+std::string AutostartEntry::startedProgram(const std::vector<std::string>& desktops) const {
   GKeyFile* const file = m_file->get();
-  if (truth(file, G_KEY_FILE_DESKTOP_KEY_HIDDEN, false) || !truth(file, gnomeEnabled, true)) return false;
-  if (textOf(file, G_KEY_FILE_DESKTOP_KEY_EXEC).value_or("").empty()) return false;
+  const auto type = textOf(file, G_KEY_FILE_DESKTOP_KEY_TYPE);
+  if (type != G_KEY_FILE_DESKTOP_TYPE_APPLICATION) return {};
+  if (truth(file, G_KEY_FILE_DESKTOP_KEY_HIDDEN, false) || !truth(file, gnomeEnabled, true)) return {};
   const auto needed = textOf(file, G_KEY_FILE_DESKTOP_KEY_TRY_EXEC);
-  if (needed && !isRunnable(*needed)) return false;
-  return isShownIn(desktops);
+  if ((needed && foundProgram(*needed).empty()) || !isShownIn(desktops)) return {};
+  return programOfExec(textOf(file, G_KEY_FILE_DESKTOP_KEY_EXEC).value_or(""));
 }
 
 void AutostartEntry::enable(const std::string& program, const std::vector<std::string>& desktops) {
@@ -104,7 +124,9 @@ void AutostartEntry::enable(const std::string& program, const std::vector<std::s
   g_key_file_set_string(file, group, G_KEY_FILE_DESKTOP_KEY_EXEC, execValue(program).c_str());
   g_key_file_set_boolean(file, group, gnomeEnabled, 1);
   m_file->remove(G_KEY_FILE_DESKTOP_KEY_HIDDEN);
-  m_file->remove(G_KEY_FILE_DESKTOP_KEY_TRY_EXEC);
+  const auto needed = textOf(file, G_KEY_FILE_DESKTOP_KEY_TRY_EXEC);
+  if (needed && foundProgram(*needed).empty())
+    g_key_file_set_string(file, group, G_KEY_FILE_DESKTOP_KEY_TRY_EXEC, program.c_str());
   if (!isShownIn(desktops)) {
     m_file->remove(G_KEY_FILE_DESKTOP_KEY_ONLY_SHOW_IN);
     m_file->remove(G_KEY_FILE_DESKTOP_KEY_NOT_SHOW_IN);
@@ -127,7 +149,16 @@ std::string execValue(std::string_view program) {
   // The standard allows no equals sign in the program's own name, and GIO looks for it with its percent signs
   // still doubled. As arguments both are fine.
   const bool awkward = program.find_first_of("%=") != std::string_view::npos;
-  return awkward ? "/bin/sh -c " + quoted("exec \"$0\"") + " " + quoted(program) : quoted(program);
+  if (!awkward) return quoted(program);
+  return std::string(shell) + " -c " + quoted(shellCommand) + " " + quoted(program);
+}
+
+std::string programOfExec(const std::string& exec) {
+  const std::vector<std::string> words = programOf(exec);
+  const bool isBehindShell =
+      words.size() == 4 && words[0] == shell && words[1] == "-c" && words[2] == shellCommand;
+  if (isBehindShell) return foundProgram(singlePercents(words[3]));
+  return words.empty() ? std::string() : foundProgram(words[0]);
 }
 
 } // namespace vantle

@@ -19,11 +19,13 @@ class AutostartEntry {
   AutostartEntry(AutostartEntry&&) noexcept;
   AutostartEntry& operator=(AutostartEntry&&) noexcept;
 
-  // Whether a desktop of these names (XDG_CURRENT_DESKTOP) would start it.
-  bool starts(const std::vector<std::string>& desktops) const;
+  // What a desktop of these names (XDG_CURRENT_DESKTOP) would start: the absolute path of a program that is
+  // there, its links not followed. Empty when it would start nothing.
+  std::string startedProgram(const std::vector<std::string>& desktops) const;
   bool isShownIn(const std::vector<std::string>& desktops) const;
 
-  // Makes it start this program, on these desktops too; keeps whatever else stands in it.
+  // Makes it start this program, on these desktops too; keeps whatever else stands in it. A condition that
+  // asks for some program (TryExec) asks for this one instead when there is no such program.
   void enable(const std::string& program, const std::vector<std::string>& desktops);
   // Makes it start nothing; the person's file then hides one of the system with the same name.
   void hide();
@@ -37,5 +39,8 @@ class AutostartEntry {
 
 // The value of an Exec line that starts exactly this program, whatever characters its path is made of.
 std::string execValue(std::string_view program);
+
+// The absolute path of the program that an Exec line starts, should it be there; otherwise empty.
+std::string programOfExec(const std::string& exec);
 
 } // namespace vantle

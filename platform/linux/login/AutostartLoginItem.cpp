@@ -3,6 +3,7 @@
 
 #include "base/Names.h"
 #include "base/Text.h"
+#include "platform/linux/apps/ProgramPath.h"
 #include "platform/linux/login/AutostartEntry.h"
 #include "platform/posix/files/OwnFolder.h"
 #include "platform/posix/files/PosixFileStore.h"
@@ -34,9 +35,9 @@ std::optional<AutostartEntry> entryAt(const std::string& path) {
   return text ? AutostartEntry::parse(*text) : std::nullopt;
 }
 
-bool startsAt(const std::string& path, const std::vector<std::string>& desktops) {
+std::string startedAt(const std::string& path, const std::vector<std::string>& desktops) {
   const std::optional<AutostartEntry> entry = entryAt(path);
-  return entry && entry->starts(desktops);
+  return entry ? entry->startedProgram(desktops) : std::string();
 }
 
 } // namespace
@@ -51,16 +52,17 @@ AutostartSetup AutostartSetup::from(const XdgFolders& folders, const XdgFolders:
   return setup;
 }
 
-bool AutostartLoginItem::wouldSystemStartIt() const {
+std::string AutostartLoginItem::startedBySystem() const {
   const auto& folders = m_setup.systemFolders;
   const auto first = std::find_if(folders.begin(), folders.end(),
                                   [](const std::string& folder) { return stands(pathIn(folder)); });
-  return first != folders.end() && startsAt(pathIn(*first), m_setup.desktops);
+  return first == folders.end() ? std::string() : startedAt(pathIn(*first), m_setup.desktops);
 }
 
 bool AutostartLoginItem::isEnabled() const {
   const std::string own = pathIn(m_setup.userFolder);
-  return stands(own) ? startsAt(own, m_setup.desktops) : wouldSystemStartIt();
+  const std::string started = stands(own) ? startedAt(own, m_setup.desktops) : startedBySystem();
+  return !started.empty() && realPath(started) == realPath(m_setup.program);
 }
 
 bool AutostartLoginItem::write(const AutostartEntry& entry) const {
@@ -80,7 +82,7 @@ bool AutostartLoginItem::registerItem() {
 
 bool AutostartLoginItem::unregisterItem() {
   const std::string own = pathIn(m_setup.userFolder);
-  if (wouldSystemStartIt()) {
+  if (!startedBySystem().empty()) { // another copy of the program as well
     std::optional<AutostartEntry> entry = entryAt(own);
     if (!entry) entry.emplace();
     entry->hide();

@@ -24,7 +24,8 @@ struct AutostartSetup {
 };
 
 // The login item as a file of the person's autostart folder. Desktops switch such files off and on in their
-// own settings, by writing into them: what they wrote counts, and is kept.
+// own settings, by writing into them: what they wrote counts, and is kept. It is on when what the desktop
+// would start is this very program: not one that is gone, and no other.
 class AutostartLoginItem final : public LoginItem {
  public:
   explicit AutostartLoginItem(AutostartSetup setup) : m_setup(std::move(setup)) {}
@@ -34,7 +35,8 @@ class AutostartLoginItem final : public LoginItem {
   bool unregisterItem() override;
 
  private:
-  bool wouldSystemStartIt() const;
+  // The program that the system's own files would have started; empty for none.
+  std::string startedBySystem() const;
   bool write(const AutostartEntry& entry) const;
 
   AutostartSetup m_setup;

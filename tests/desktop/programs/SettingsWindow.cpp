@@ -129,7 +129,8 @@ class Program {
                             std::fflush(stdout);
                           }};
   AutostartLoginItem m_login{AutostartSetup::from(
-      m_folders, [](const char* name) { return std::getenv(name); }, "/usr/bin/vantle")};
+      m_folders, [](const char* name) { return std::getenv(name); },
+      QCoreApplication::applicationFilePath().toStdString())};
   DesktopCatalog m_catalog{std::make_shared<DesktopEntries>(m_folders.allData())};
   SettingsWindowController m_controller{
       {m_engine, m_settings, m_checker, m_login, m_catalog, m_parts->shellExtension()},

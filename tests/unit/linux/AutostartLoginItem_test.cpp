@@ -26,7 +26,8 @@ class LoginItemTest : public testing::Test {
   LoginItemTest() {
     std::string name = testing::TempDir() + "/vantle-login-XXXXXX";
     root = mkdtemp(name.data());
-    setup.program = "/opt/vantle/bin/vantle";
+    setup.program = program("vantle");
+    other = program("other");
     setup.userFolder = root / "config/autostart";
     setup.systemFolders = {root / "xdg-a/autostart", root / "xdg-b/autostart"};
     setup.desktops = {"ubuntu", "GNOME"};
@@ -35,16 +36,23 @@ class LoginItemTest : public testing::Test {
 
   AutostartLoginItem item() const { return AutostartLoginItem(setup); }
   fs::path own() const { return fs::path(setup.userFolder) / "com.halvo.vantle.desktop"; }
+  std::string program(const std::string& name) const {
+    const fs::path path = root / "bin" / name;
+    write(path, "#!/bin/sh\n");
+    fs::permissions(path, fs::perms(0755));
+    return path;
+  }
   static void write(const fs::path& path, const std::string& text) {
     fs::create_directories(path.parent_path());
     std::ofstream(path) << text;
   }
-  void writeOwn(const std::string& lines) const {
-    write(own(), "[Desktop Entry]\nType=Application\nName=Vantle\nExec=vantle\n" + lines);
+  // What a key says last counts.
+  std::string entry(const std::string& lines) const {
+    return "[Desktop Entry]\nType=Application\nName=Vantle\nExec=" + setup.program + "\n" + lines;
   }
+  void writeOwn(const std::string& lines) const { write(own(), entry(lines)); }
   void writeSystem(std::size_t at, const std::string& lines = {}) const {
-    write(fs::path(setup.systemFolders.at(at)) / "com.halvo.vantle.desktop",
-          "[Desktop Entry]\nType=Application\nName=Vantle\nExec=vantle\n" + lines);
+    write(fs::path(setup.systemFolders.at(at)) / "com.halvo.vantle.desktop", entry(lines));
   }
   std::string ownText() const {
     std::ifstream file(own());
@@ -53,6 +61,7 @@ class LoginItemTest : public testing::Test {
 
   fs::path root;
   AutostartSetup setup;
+  std::string other; // a program, too
 };
 
 TEST_F(LoginItemTest, IsOffWithoutAnyEntry) { EXPECT_FALSE(item().isEnabled()); }
@@ -60,7 +69,7 @@ TEST_F(LoginItemTest, IsOffWithoutAnyEntry) { EXPECT_FALSE(item().isEnabled()); 
 TEST_F(LoginItemTest, RegistersAndUnregisters) {
   EXPECT_TRUE(item().registerItem());
   EXPECT_TRUE(item().isEnabled());
-  EXPECT_NE(ownText().find("Exec=\"/opt/vantle/bin/vantle\"\n"), std::string::npos) << ownText();
+  EXPECT_NE(ownText().find("Exec=\"" + setup.program + "\"\n"), std::string::npos) << ownText();
   EXPECT_TRUE(item().registerItem());
   EXPECT_TRUE(item().unregisterItem());
   EXPECT_FALSE(item().isEnabled());
@@ -83,11 +92,79 @@ TEST_F(LoginItemTest, ReadsWhatDesktopsWriteIntoTheEntry) {
       {"TryExec=/nowhere/vantle\n", false},
       {"TryExec=/bin/sh\n", true},
       {"Exec=\n", false},
+      {"Type=Link\n", false},
+      {"Type=\n", false},
   };
   for (const auto& [lines, enabled] : cases) {
     writeOwn(lines);
     EXPECT_EQ(item().isEnabled(), enabled) << lines;
   }
+}
+
+TEST_F(LoginItemTest, IsOnForThisVeryProgramAlone) {
+  const fs::path link = root / "link";
+  fs::create_symlink(setup.program, link);
+  const fs::path dangling = root / "dangling";
+  fs::create_symlink(root / "gone", dangling);
+  const std::string program = setup.program;
+  const std::vector<std::pair<std::string, bool>> cases{
+      {program, true},
+      {program + " --quiet %U", true},
+      {"\"" + program + "\" %f", true},
+      {link.string(), true},
+      {"env A=b " + program, true},
+      {"/usr/bin/env A=b C=d \"" + program + "\"", true},
+      {other, false},
+      {other + " " + program, false},
+      {"env A=b " + other, false},
+      {(root / "gone").string(), false},
+      {dangling.string(), false},
+      {root.string(), false}, // a folder
+      {"vantle-that-is-nowhere", false},
+      {"sh", false},
+      {"/bin/sh -c \"exec \\\\\"\\\\$0\\\\\"\" " + program, true},
+      {"/bin/sh -c \"exec \\\\\"\\\\$0\\\\\"\" " + other, false},
+      {"/bin/sh -c " + program, false},
+      {"\"" + program, false}, // never ends
+      {"%U", false},
+  };
+  for (const auto& [exec, enabled] : cases) {
+    writeOwn("Exec=" + exec + "\n");
+    EXPECT_EQ(item().isEnabled(), enabled) << exec;
+    EXPECT_TRUE(item().registerItem()) << exec;
+    EXPECT_TRUE(item().isEnabled()) << exec;
+  }
+}
+
+TEST_F(LoginItemTest, IsOffAsSoonAsItsProgramIsGoneOrMayNotRun) {
+  ASSERT_TRUE(item().registerItem());
+  fs::permissions(setup.program, fs::perms(0644));
+  EXPECT_FALSE(item().isEnabled());
+  fs::permissions(setup.program, fs::perms(0755));
+  EXPECT_TRUE(item().isEnabled());
+  fs::remove(setup.program);
+  EXPECT_FALSE(item().isEnabled());
+}
+
+// A package leaves it in place when it goes, so that its entry starts nothing any more.
+TEST_F(LoginItemTest, RegisteringKeepsAConditionThatHoldsAndRepairsOneThatNeverWould) {
+  writeOwn("Hidden=true\nTryExec=" + other + "\n");
+  EXPECT_TRUE(item().registerItem());
+  EXPECT_NE(ownText().find("TryExec=" + other + "\n"), std::string::npos) << ownText();
+  writeOwn("TryExec=/nowhere\n");
+  EXPECT_FALSE(item().isEnabled());
+  EXPECT_TRUE(item().registerItem());
+  EXPECT_TRUE(item().isEnabled());
+  EXPECT_NE(ownText().find("TryExec=" + setup.program + "\n"), std::string::npos) << ownText();
+}
+
+TEST_F(LoginItemTest, AnotherCopyThatTheSystemStartsIsSwitchedOffAsWell) {
+  writeSystem(0, "Exec=" + other + "\n");
+  EXPECT_FALSE(item().isEnabled());
+  EXPECT_TRUE(item().registerItem());
+  EXPECT_TRUE(item().isEnabled());
+  EXPECT_TRUE(item().unregisterItem());
+  EXPECT_NE(ownText().find("Hidden=true"), std::string::npos) << ownText();
 }
 
 TEST_F(LoginItemTest, EntryThatIsNoneIsOffAndReplaced) {
