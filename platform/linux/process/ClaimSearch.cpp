@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/process/ClaimSearch.h"
+
+#include "base/Text.h"
+#include "platform/linux/apps/AppEvidence.h"
+#include "platform/linux/process/KernelFile.h"
+#include "platform/linux/process/NamespacePids.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <climits>
+#include <cstddef>
+#include <system_error>
+#include <unistd.h>
+
+namespace vantle {
+
+namespace {
+
+constexpr std::size_t longestCommandName = 15; // TASK_COMM_LEN without the zero at its end
+
+std::string pathOf(Pid pid, const char* file) { return "/proc/" + std::to_string(pid) + "/" + file; }
+
+std::optional<Pid> pidOf(const std::string& name) {
+  Pid pid = 0;
+  const char* end = name.data() + name.size();
+  const auto [stop, error] = std::from_chars(name.data(), end, pid);
+  if (error != std::errc{} || stop != end || pid < 1) return std::nullopt;
+  return pid;
+}
+
+} // namespace
+
+ClaimSearch::ClaimSearch(const Kernel& kernel, std::string machine)
+    : m_kernel(kernel), m_machine(std::move(machine)) {}
+
+std::vector<Pid> ClaimSearch::find(const ProcessClaim& claim) {
+  std::vector<Pid> found;
+  const bool isElsewhere = !claim.machine.empty() && claim.machine != m_machine;
+  if (claim.pid < 1 || claim.program.empty() || isElsewhere) return found;
+  if (!m_numbers) look();
+  for (const Numbers& numbers : *m_numbers) {
+    if (numbers.inside == claim.pid && runs(numbers.here, claim.program) &&
+        !isInAnotherSandbox(numbers.here, claim.sandbox)) {
+      found.push_back(numbers.here);
+    }
+  }
+  return found;
+}
+
+void ClaimSearch::look() {
+  m_numbers.emplace();
+  const std::optional<std::string> own = m_kernel.link("/proc/self/ns/pid");
+  for (const std::string& name : m_kernel.folders("/proc/").value_or(std::vector<std::string>{})) {
+    const std::optional<Pid> pid = pidOf(name);
+    if (!pid) continue;
+    if (const Pid inside = numberInside(*pid, own); inside != 0) m_numbers->push_back({*pid, inside});
+  }
+}
+
+// The status file costs ten times the link, which says for nearly all of the user's processes that they are
+// in no sandbox. It may not be read of others.
+Pid ClaimSearch::numberInside(Pid pid, const std::optional<std::string>& ownNamespace) const {
+  if (ownNamespace && m_kernel.link(pathOf(pid, "ns/pid")) == ownNamespace) return pid;
+  const std::optional<std::string> status = m_kernel.read(pathOf(pid, "status"));
+  if (!status) return 0; // gone
+  const std::vector<Pid> numbers = namespacePids(*status);
+  return numbers.empty() ? pid : numbers.back();
+}
+
+// The file's name; of a process that hides its file (games that run with a group's rights do) and of one that
+// gave itself the name of what it runs for, the kernel's name as well.
+bool ClaimSearch::runs(Pid pid, const std::string& program) const {
+  std::string path = m_kernel.link(pathOf(pid, "exe")).value_or("");
+  if (path.ends_with(deletedMark)) path.resize(path.size() - deletedMark.size());
+  if (fileNameOf(path) == program) return true;
+  const std::optional<ProcessStat> stat = m_kernel.stat(pid);
+  return stat && stat->shortName() == std::string_view(program).substr(0, longestCommandName);
+}
+
+// By the unit that Flatpak made for the sandbox, which nobody inside has a say in. Those of desktops are
+// named after what they started, which need not be the sandbox.
+bool ClaimSearch::isInAnotherSandbox(Pid pid, const std::string& sandbox) const {
+  if (sandbox.empty()) return false;
+  const std::string unit = fileNameOf(m_kernel.unifiedPath(pid));
+  const std::optional<UnitId> id = unitIdOf(unit);
+  return id && unit.starts_with("app-flatpak-") && id->id != sandbox;
+}
+
+std::string thisMachine() {
+  for (const char* path : {"/etc/machine-id", "/var/lib/dbus/machine-id"}) {
+    std::string id = readKernelFile(path).value_or("");
+    while (id.ends_with('\n')) id.pop_back();
+    if (!id.empty()) return id;
+  }
+  std::array<char, HOST_NAME_MAX + 1> name{};
+  return ::gethostname(name.data(), name.size() - 1) == 0 ? name.data() : "";
+}
+
+} // namespace vantle

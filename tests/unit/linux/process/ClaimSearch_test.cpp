@@ -1,0 +1,143 @@
+// SPDX-License-Identifier: MIT
+// Whom a program means that says who it is from inside a sandbox.
+#include "platform/linux/process/ClaimSearch.h"
+
+#include "platform/linux/kernel/ProcKernel.h"
+#include "tests/support/ForkedProcess.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/Wait.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+namespace vantle {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::UnorderedElementsAre;
+
+namespace fs = std::filesystem;
+
+struct Claims : testing::Test {
+  struct Process {
+    std::string program = "/usr/bin/player"; // none: it hides its file
+    std::string name = "player";
+    std::string numbers = {}; // further in, "\t7"
+    std::string unit = {};
+  };
+  Claims() { link("self/ns/pid", "pid:[1]"); }
+
+  void link(const std::string& path, const std::string& target) const {
+    fs::create_directories((proc.path() / path).parent_path());
+    fs::create_symlink(target, proc.path() / path);
+  }
+  void add(Pid pid, const Process& process) const {
+    const std::string id = std::to_string(pid);
+    proc.write(id + "/stat",
+               id + " (" + process.name + ") S 1 1 1 0 -1 0 0 0 0 0 1 2 0 0 20 0 1 0 5 0 0 0\n");
+    proc.write(id + "/status", "Name:\t" + process.name + "\nNSpid:\t" + id + process.numbers + "\n");
+    proc.write(id + "/cgroup", "0::/user.slice/" + process.unit + "\n");
+    if (process.program.empty()) return; // the kernel then keeps all its links
+    link(id + "/exe", process.program);
+    link(id + "/ns/pid", process.numbers.empty() ? "pid:[1]" : "pid:[2]");
+  }
+  std::vector<Pid> find(const ProcessClaim& claim) const {
+    const ProcKernel kernel(proc.path());
+    return ClaimSearch(kernel, "this").find(claim);
+  }
+
+  desktop::TemporaryFolder proc;
+};
+
+TEST_F(Claims, ANumberFromOutHereIsTheProcessItself) {
+  add(74, {});
+  add(75, {});
+  EXPECT_THAT(find({74, "player", "this", ""}), ElementsAre(74));
+  EXPECT_THAT(find({74, "player", "", ""}), ElementsAre(74)) << "it did not say which machine";
+  EXPECT_THAT(find({76, "player", "this", ""}), IsEmpty());
+}
+
+TEST_F(Claims, ANumberFromInsideIsTheOneThatHasItThere) {
+  add(1, {.program = "/sbin/init", .name = "init"});
+  add(74, {.numbers = "\t1"});
+  add(75, {.numbers = "\t9\t2"});
+  EXPECT_THAT(find({1, "player", "this", ""}), ElementsAre(74));
+  EXPECT_THAT(find({2, "player", "this", ""}), ElementsAre(75));
+  EXPECT_THAT(find({9, "player", "this", ""}), IsEmpty()) << "it does not know that number itself";
+  EXPECT_THAT(find({74, "player", "this", ""}), IsEmpty()) << "nor that one";
+}
+
+TEST_F(Claims, AnotherProgramOfThatNumberIsAStranger) {
+  add(7, {.program = "/usr/bin/editor", .name = "editor"});
+  add(74, {.numbers = "\t7"});
+  EXPECT_THAT(find({7, "player", "this", ""}), ElementsAre(74));
+  EXPECT_THAT(find({7, "browser", "this", ""}), IsEmpty());
+  EXPECT_THAT(find({7, "", "this", ""}), IsEmpty()) << "a number alone is nobody's";
+  EXPECT_THAT(find({0, "player", "this", ""}), IsEmpty());
+}
+
+TEST_F(Claims, AnotherMachinesProcessIsNoneOfThisOnes) {
+  add(7, {});
+  EXPECT_THAT(find({7, "player", "that", ""}), IsEmpty());
+}
+
+TEST_F(Claims, WhereTwoFitBothAreMeant) {
+  add(7, {});
+  add(74, {.numbers = "\t7"});
+  add(75, {.numbers = "\t7"});
+  EXPECT_THAT(find({7, "player", "this", ""}), UnorderedElementsAre(7, 74, 75));
+}
+
+TEST_F(Claims, TheSandboxTellsThemApart) {
+  add(74, {.numbers = "\t7", .unit = "app-flatpak-org.example.Music-74.scope"});
+  add(75, {.numbers = "\t7", .unit = "app-flatpak-org.example.Video-75.scope"});
+  EXPECT_THAT(find({7, "player", "this", "org.example.Music"}), ElementsAre(74));
+  EXPECT_THAT(find({7, "player", "this", "org.example.Video"}), ElementsAre(75));
+  EXPECT_THAT(find({7, "player", "this", "org.example.Radio"}), IsEmpty());
+  // Where no unit says it is another one, it may be that.
+  add(76, {.numbers = "\t7", .unit = "app-gnome-org.gnome.Terminal-1.scope"});
+  EXPECT_THAT(find({7, "player", "this", "org.example.Radio"}), ElementsAre(76));
+}
+
+TEST_F(Claims, AProgramThatHidesOrLostItsFileIsKnownByItsName) {
+  add(7, {.program = ""});
+  EXPECT_THAT(find({7, "player", "this", ""}), ElementsAre(7));
+  add(8, {.program = "/usr/bin/player (deleted)", .name = "updated"});
+  EXPECT_THAT(find({8, "player", "this", ""}), ElementsAre(8));
+  add(9, {.program = "", .name = "as-long-as-it-m"});
+  EXPECT_THAT(find({9, "as-long-as-it-may-be", "this", ""}), ElementsAre(9)) << "the kernel keeps 15 bytes";
+}
+
+TEST_F(Claims, OneSearchLooksOnce) {
+  add(7, {});
+  const ProcKernel kernel(proc.path());
+  ClaimSearch search(kernel, "this");
+  EXPECT_THAT(search.find({7, "player", "this", ""}), ElementsAre(7));
+  add(8, {});
+  EXPECT_THAT(search.find({8, "player", "this", ""}), IsEmpty());
+}
+
+// A player of this test's own, so that no other process of the machine fits.
+TEST(ClaimsOfRealProcesses, AreFoundInARealNamespace) {
+  const desktop::TemporaryFolder folder;
+  const fs::path player = folder.path() / "claim-test-player";
+  fs::copy_file(fs::canonical("/usr/bin/sleep"), player);
+  const test::ForkedProcess sandbox([&] {
+    ::execlp("unshare", "unshare", "--user", "--map-root-user", "--pid", "--fork", "--kill-child",
+             player.c_str(), "1000", nullptr);
+  });
+  const ProcKernel kernel;
+  std::vector<Pid> found;
+  ASSERT_TRUE(desktop::waitUntil([&] {
+    found = ClaimSearch(kernel, thisMachine()).find({1, player.filename(), thisMachine(), ""});
+    return !found.empty();
+  }));
+  ASSERT_EQ(found.size(), 1U);
+  EXPECT_EQ(kernel.stat(found.front())->parent, sandbox.pid());
+  EXPECT_THAT(ClaimSearch(kernel, thisMachine()).find({found.front(), player.filename(), "", ""}), IsEmpty());
+}
+
+} // namespace
+} // namespace vantle
