@@ -82,7 +82,25 @@ struct AutostartEntry::KeyFile {
   };
   std::unique_ptr<GKeyFile, Unref> handle{g_key_file_new()};
   GKeyFile* get() const { return handle.get(); }
-  void remove(const char* key) const { g_key_file_remove_key(get(), group, key, nullptr); }
+
+  bool load(std::string_view text) const {
+    constexpr auto flags =
+        static_cast<GKeyFileFlags>(G_KEY_FILE_KEEP_COMMENTS | G_KEY_FILE_KEEP_TRANSLATIONS);
+    return g_key_file_load_from_data(get(), text.data(), text.size(), flags, nullptr) != 0;
+  }
+  std::string text() const {
+    gsize length = 0;
+    const Text data(g_key_file_to_data(get(), &length, nullptr));
+    return {data.get(), length};
+  }
+  // As often as it is there: of a key that stands there twice the library takes out the last one and forgets
+  // the first, which whoever reads the file next finds again.
+  void remove(const char* key) const {
+    while (g_key_file_has_key(get(), group, key, nullptr) != 0) {
+      g_key_file_remove_key(get(), group, key, nullptr);
+      if (!load(text())) return;
+    }
+  }
 };
 
 AutostartEntry::AutostartEntry() : m_file(std::make_unique<KeyFile>()) {}
@@ -92,10 +110,8 @@ AutostartEntry& AutostartEntry::operator=(AutostartEntry&&) noexcept = default;
 
 std::optional<AutostartEntry> AutostartEntry::parse(const std::string& text) {
   AutostartEntry entry;
-  constexpr auto flags = static_cast<GKeyFileFlags>(G_KEY_FILE_KEEP_COMMENTS | G_KEY_FILE_KEEP_TRANSLATIONS);
-  GKeyFile* const file = entry.m_file->get();
-  if (g_key_file_load_from_data(file, text.data(), text.size(), flags, nullptr) == 0) return std::nullopt;
-  if (g_key_file_has_group(file, group) == 0) return std::nullopt;
+  if (!entry.m_file->load(text)) return std::nullopt;
+  if (g_key_file_has_group(entry.m_file->get(), group) == 0) return std::nullopt;
   return entry;
 }
 
@@ -139,11 +155,7 @@ void AutostartEntry::hide() {
   g_key_file_set_boolean(file, group, G_KEY_FILE_DESKTOP_KEY_HIDDEN, 1);
 }
 
-std::string AutostartEntry::text() const {
-  gsize length = 0;
-  const Text data(g_key_file_to_data(m_file->get(), &length, nullptr));
-  return {data.get(), length};
-}
+std::string AutostartEntry::text() const { return m_file->text(); }
 
 std::string execValue(std::string_view program) {
   // The standard allows no equals sign in the program's own name, and GIO looks for it with its percent signs

@@ -186,6 +186,12 @@ TEST_F(LoginItemTest, RegisteringKeepsWhatTheDesktopAdded) {
   EXPECT_EQ(ownText().find("Hidden"), std::string::npos);
 }
 
+TEST_F(LoginItemTest, RegisteringLiftsWhatStandsThereTwice) {
+  writeOwn("Hidden=true\nNotShowIn=GNOME;\nHidden=true\nNotShowIn=GNOME;\n");
+  EXPECT_TRUE(item().registerItem());
+  EXPECT_TRUE(item().isEnabled()) << ownText();
+}
+
 TEST_F(LoginItemTest, RegisteringOnAnotherDesktopLiftsTheRestriction) {
   writeOwn("OnlyShowIn=KDE;\n");
   EXPECT_TRUE(item().registerItem());
