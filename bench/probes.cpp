@@ -12,7 +12,7 @@
 #include "engine/Engine.h"
 #include "engine/Protection.h"
 #include "platform/linux/audio/PulseAudioActivity.h"
-#include "platform/linux/power/LogindPowerAssertions.h"
+#include "platform/linux/power/DesktopPowerAssertions.h"
 #include "platform/linux/pressure/PsiMemoryPressure.h"
 #include "tests/support/Logind.h"
 #include "tests/support/Props.h"
@@ -91,7 +91,7 @@ class Stage {
     BusConnection system;
     BusConnection session;
     ProcfsProcessTable processes{BootEpoch(0)};
-    LogindPowerAssertions power{system, session, processes};
+    DesktopPowerAssertions power{system, session, {processes}};
   };
 
   bool hasLogind() const { return m_logind.has_value(); }

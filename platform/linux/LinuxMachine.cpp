@@ -10,7 +10,7 @@
 #include "platform/linux/catalog/DesktopCatalog.h"
 #include "platform/linux/login/AutostartLoginItem.h"
 #include "platform/linux/notices/DesktopNotifications.h"
-#include "platform/linux/power/LogindPowerAssertions.h"
+#include "platform/linux/power/DesktopPowerAssertions.h"
 #include "platform/linux/pressure/PsiMemoryPressure.h"
 #include "platform/linux/process/AppSessions.h"
 #include "platform/linux/process/BootClock.h"
@@ -58,6 +58,11 @@ std::vector<std::string> ledgerPaths(const XdgFolders& folders) {
 std::string userBus(const XdgFolders& folders) {
   if (!folders.runtime || ::access((*folders.runtime + "/bus").c_str(), F_OK) != 0) return {};
   return "unix:path=" + *folders.runtime + "/bus";
+}
+
+// Where Flatpak keeps what it knows of its sandboxes.
+std::string flatpakFolder(const XdgFolders& folders) {
+  return folders.runtime ? *folders.runtime + "/.flatpak" : std::string();
 }
 
 // The X library writes to the standard errors when a server does not let it in.
@@ -147,10 +152,11 @@ std::unique_ptr<LinuxMachine> LinuxMachine::forDesktop(const XdgFolders& folders
   parts->systemBus = std::make_unique<BusConnection>(loop, BusConnection::Kind::system);
   parts->sessionBus = std::make_unique<BusConnection>(loop, BusConnection::Kind::session);
   parts->audio = std::make_unique<PulseAudioActivity>();
-  parts->power =
-      std::make_unique<LogindPowerAssertions>(*parts->systemBus, *parts->sessionBus, parts->processes);
-  parts->pressure = std::make_unique<PsiMemoryPressure>(loop);
   const auto installed = std::make_shared<DesktopEntries>(folders.allData());
+  parts->power = std::make_unique<DesktopPowerAssertions>(
+      *parts->systemBus, *parts->sessionBus,
+      HolderSources{parts->processes, FlatpakInstances(flatpakFolder(folders)), installed});
+  parts->pressure = std::make_unique<PsiMemoryPressure>(loop);
   DesktopSource source = DesktopProbe(loop, *parts->kernel, *parts->sessionBus,
                                       SessionNames::fromEnvironment(), names::feed, installed)
                              .find();

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Who keeps the machine awake, asked of a real login daemon.
-#include "platform/linux/power/LogindPowerAssertions.h"
+#include "platform/linux/power/DesktopPowerAssertions.h"
 #include "platform/shared/PollEventLoop.h"
 #include "tests/support/Logind.h"
 #include "tests/support/Wait.h"
@@ -37,7 +37,7 @@ struct Power : testing::Test {
     if (!Logind::isPossible()) GTEST_SKIP() << "no login daemon, or no namespaces for this user";
     logind.emplace();
     system.emplace(loop, logind->bus().address());
-    power.emplace(*system, session, processes);
+    power.emplace(*system, session, HolderSources{processes});
   }
 
   std::set<std::string> typesOf(const Program& program) {
@@ -56,7 +56,7 @@ struct Power : testing::Test {
   std::optional<Logind> logind;
   std::optional<BusConnection> system;
   BusConnection session{loop, "unix:path=/nonexistent"};
-  std::optional<LogindPowerAssertions> power;
+  std::optional<DesktopPowerAssertions> power;
 };
 
 TEST_F(Power, TellsKindsAndModesApart) {

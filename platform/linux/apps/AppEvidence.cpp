@@ -4,6 +4,7 @@
 #include "base/Text.h"
 #include "platform/linux/apps/InterpretedProgram.h"
 #include "platform/linux/apps/ProgramPath.h"
+#include "platform/linux/process/FlatpakInstances.h"
 #include "platform/linux/process/KernelFile.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/process/BoundedWait.h"
@@ -60,15 +61,6 @@ std::string unitName(const std::string& folder) {
   return {};
 }
 
-std::string flatpakId(const std::string& folder) {
-  bool inApplication = false;
-  for (const std::string& line : split(readAll(folder + "/root/.flatpak-info"), '\n')) {
-    if (line.starts_with('[')) inApplication = line == "[Application]";
-    if (inApplication && line.starts_with("name=")) return line.substr(5);
-  }
-  return {};
-}
-
 // systemd writes bytes that have a meaning in names as \xHH.
 std::string unescaped(const std::string& name) {
   std::string result;
@@ -110,7 +102,9 @@ std::string startedProgram(const AppEvidence& evidence) {
 // read.
 AppEvidence withItsOwnWords(AppEvidence evidence) {
   const std::string folder = "/proc/" + std::to_string(evidence.pid);
-  if (std::string id = flatpakId(folder); !id.empty()) evidence.sandboxId = std::move(id);
+  if (std::string id = flatpakApp(readAll(folder + "/root/.flatpak-info")); !id.empty()) {
+    evidence.sandboxId = std::move(id);
+  }
   evidence.arguments = split(readAll(folder + "/cmdline"), '\0');
   if (evidence.executable.empty()) evidence.executable = startedProgram(evidence);
 

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <poll.h>
 #include <utility>
+#include <vector>
 
 namespace vantle {
 
@@ -18,11 +19,8 @@ using std::chrono::milliseconds;
 // How long one turn on the loop goes on with what keeps arriving.
 constexpr milliseconds longestTurn{10};
 
-// sd-bus reads 0 as "your own default", which is 25 s.
-std::uint64_t remainingMicros(BusDeadline deadline) {
-  const auto left = std::chrono::duration_cast<microseconds>(deadline - SteadyClock::now()).count();
-  return static_cast<std::uint64_t>(std::max<std::int64_t>(left, 1));
-}
+// What one wait of the system call has room for, and more; whoever has longer waits again.
+constexpr milliseconds longestPoll{60'000};
 
 template <class Function> void destroyFunction(void* data) { delete static_cast<Function*>(data); }
 
@@ -157,22 +155,58 @@ std::string BusConnection::uniqueName() const {
 }
 
 bool BusConnection::runUntil(const std::function<bool()>& condition, BusDeadline deadline) {
-  while (m_bus && !condition()) {
-    const int processed = sd_bus_process(m_bus.get(), nullptr);
-    if (processed == -EBUSY) return false; // inside a reply or signal after all
-    if (processed < 0) {
-      drop();
-      return false;
+  BusConnection* const self = this;
+  const bool holds = runTogether(
+      {&self, 1}, [&] { return !m_bus || condition(); }, deadline);
+  return m_bus != nullptr && holds;
+}
+
+bool BusConnection::runTogether(std::span<BusConnection* const> connections,
+                                const std::function<bool()>& condition, BusDeadline deadline) {
+  bool isOver = false;
+  while (!isOver && !condition()) {
+    bool isMore = false;
+    bool isOpen = false;
+    for (BusConnection* const connection : connections) {
+      const Step step = connection->step();
+      if (step == Step::busy) return condition(); // nothing can arrive in here
+      isMore = isMore || step == Step::more;
+      isOpen = isOpen || connection->isOpen();
     }
-    if (processed > 0 && SteadyClock::now() < deadline) continue;
-    if (SteadyClock::now() >= deadline) {
-      if (m_bus) watch();
-      return m_bus != nullptr && condition();
-    }
-    sd_bus_wait(m_bus.get(), remainingMicros(deadline));
+    isOver = !isOpen || SteadyClock::now() >= deadline;
+    if (!isOver && !isMore) waitForAny(connections, deadline);
   }
-  if (m_bus) watch();
-  return m_bus != nullptr;
+  for (BusConnection* const connection : connections) {
+    if (connection->m_bus) connection->watch();
+  }
+  return condition();
+}
+
+BusConnection::Step BusConnection::step() {
+  if (!m_bus) return Step::nothingLeft;
+  const int processed = sd_bus_process(m_bus.get(), nullptr);
+  if (processed == -EBUSY) return Step::busy;
+  if (processed < 0) drop();
+  return processed > 0 ? Step::more : Step::nothingLeft;
+}
+
+void BusConnection::waitForAny(std::span<BusConnection* const> connections, BusDeadline deadline) {
+  std::vector<pollfd> descriptors;
+  for (BusConnection* const connection : connections) {
+    sd_bus* const bus = connection->m_bus.get();
+    if (bus == nullptr) continue;
+    const int descriptor = sd_bus_get_fd(bus);
+    const int events = sd_bus_get_events(bus);
+    if (descriptor < 0 || events < 0) return; // closed: the next step delivers what is left
+    descriptors.push_back({descriptor, static_cast<short>(events), 0});
+    std::uint64_t due = 0; // a point on the monotonic clock, which is the steady one here
+    if (sd_bus_get_timeout(bus, &due) > 0 && due != UINT64_MAX) {
+      deadline = std::min(deadline, BusDeadline(microseconds(due)));
+    }
+  }
+  const auto left = std::chrono::ceil<milliseconds>(deadline - SteadyClock::now());
+  const milliseconds wait = std::clamp<milliseconds>(left, milliseconds(0), longestPoll);
+  ::poll(descriptors.data(), descriptors.size(), static_cast<int>(wait.count()));
 }
 
 void BusConnection::process() { process(SteadyClock::now() + longestTurn); }

@@ -8,6 +8,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <utility>
 
@@ -53,6 +54,17 @@ class BusConnection {
   // first or the connection is lost. Not to be called inside a reply or a signal.
   bool runUntil(const std::function<bool()>& condition, BusDeadline deadline);
 
+  // The same for several connections at once, each in its turn: nobody waits for what another one owes. True
+  // when the condition holds; a lost connection has delivered what was under way on it.
+  static bool runTogether(std::span<BusConnection* const> connections, const std::function<bool()>& condition,
+                          BusDeadline deadline);
+
+  // Delivers what has arrived since the loop was last here, for a turn (10 ms) at most. Not to be called
+  // inside a reply or a signal, where it does nothing.
+  void catchUp() {
+    if (m_bus) process();
+  }
+
   // Calls back on each signal that matches the rule, as long as the slot lives and the connection holds. Null
   // when there is no bus.
   BusSlot match(const std::string& rule, Signal signal);
@@ -76,7 +88,11 @@ class BusConnection {
     void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
   };
 
+  enum class Step { more, nothingLeft, busy }; // busy: inside a reply or signal
+
   sd_bus* open();
+  Step step(); // delivers one message, or finds the connection lost
+  static void waitForAny(std::span<BusConnection* const> connections, BusDeadline deadline);
   void process(); // delivers what has arrived, a turn of it
   void process(BusDeadline end);
   void watch(); // tells the loop what the connection waits for now

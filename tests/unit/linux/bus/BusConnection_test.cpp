@@ -2,14 +2,17 @@
 #include "platform/linux/bus/BusConnection.h"
 
 #include "platform/linux/bus/BusBatch.h"
+#include "platform/linux/bus/BusQuestions.h"
 #include "platform/shared/PollEventLoop.h"
 #include "tests/support/FakeService.h"
 #include "tests/support/PrivateBus.h"
 #include "tests/support/Wait.h"
 
+#include <array>
 #include <atomic>
 #include <csignal>
 #include <gtest/gtest.h>
+#include <optional>
 #include <string>
 #include <sys/resource.h>
 #include <thread>
@@ -211,6 +214,98 @@ TEST_F(Bus, WithoutABusThereIsNoMessage) {
   EXPECT_FALSE(nonsense.methodCall(echo));
   EXPECT_FALSE(nonsense.match("type='signal'", [](sd_bus_message*) {}));
   EXPECT_FALSE(nonsense.callAsync(nullptr, 50ms, [](sd_bus_message*) { FAIL(); }));
+}
+
+TEST_F(Bus, SeveralConnectionsAreServedTogether) {
+  PrivateBus otherBus;
+  const FakeService otherService(otherBus.address(), "org.example.Echo");
+  BusConnection other(loop, otherBus.address());
+  BusConnection nowhere(loop, "unix:path=/nonexistent/bus");
+  const std::array all{&other, &connection, &nowhere};
+  int answers = 0;
+  const auto askBoth = [&] {
+    for (BusConnection* asked : {&other, &connection}) {
+      asked->callAsync(asked->methodCall({"org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetId"}),
+                       guardLimit, [&](sd_bus_message* reply) { answers += reply != nullptr ? 1 : 0; });
+    }
+  };
+  askBoth();
+  EXPECT_TRUE(BusConnection::runTogether(
+      all, [&] { return answers == 2; }, in(guardLimit)));
+
+  // The one hangs: the other is heard as ever, and then the time is over.
+  otherBus.daemon().signal(SIGSTOP);
+  askBoth();
+  EXPECT_TRUE(BusConnection::runTogether(
+      all, [&] { return answers == 3; }, in(guardLimit)));
+  EXPECT_FALSE(BusConnection::runTogether(
+      all, [&] { return answers == 4; }, in(50ms)));
+  otherBus.daemon().signal(SIGCONT);
+  EXPECT_TRUE(BusConnection::runTogether(
+      all, [&] { return answers == 4; }, in(guardLimit)));
+
+  // With nobody left there is nothing to wait for.
+  otherBus.kill();
+  bus.kill();
+  EXPECT_FALSE(BusConnection::runTogether(
+      all, [] { return false; }, in(guardLimit)));
+  EXPECT_FALSE(other.isOpen() || connection.isOpen());
+}
+
+TEST_F(Bus, AnAnswerMayLeadToFurtherQuestions) {
+  BusQuestions questions(connection);
+  std::vector<std::string> heard;
+  questions.ask(request("first"), [&](sd_bus_message* reply) {
+    heard.push_back(textOf(reply));
+    questions.ask(request("second"), [&](sd_bus_message* next) { heard.push_back(textOf(next)); });
+  });
+  EXPECT_FALSE(questions.isAnswered());
+  EXPECT_TRUE(connection.runUntil([&] { return questions.isAnswered(); }, in(guardLimit)));
+  EXPECT_EQ(heard, (std::vector<std::string>{"first", "second"}));
+}
+
+TEST_F(Bus, AnAnswerThatNobodyWantsAnyMoreIsTakenIn) {
+  std::string heard;
+  const auto hear = [&](sd_bus_message* reply) { heard += textOf(reply); };
+  BusQuestions questions(connection);
+  questions.ask(request("given up"), hear);
+  questions.giveUp();
+  EXPECT_TRUE(connection.runUntil([&] { return questions.isAnswered(); }, in(guardLimit)));
+  EXPECT_EQ(heard, "");
+  questions.ask(nullptr, hear);
+  EXPECT_TRUE(questions.isAnswered()) << "what cannot be asked is not waited for";
+  std::optional<BusQuestions> gone(connection);
+  gone->ask(request("nobody is left"), hear);
+  gone.reset();
+  EXPECT_EQ(ask("wanted"), "wanted");
+  EXPECT_EQ(heard, "");
+}
+
+TEST_F(Bus, NobodyIsStartedToAnswer) {
+  bool mayStart = true;
+  service.answer("", "Echo", [&](sd_bus_message* call, sd_bus_message* reply) {
+    mayStart = sd_bus_message_get_auto_start(call) != 0;
+    sd_bus_message_append(reply, "s", "heard");
+  });
+  BusQuestions questions(connection);
+  std::string heard;
+  questions.ask(request(""), [&](sd_bus_message* reply) { heard = textOf(reply); });
+  EXPECT_TRUE(connection.runUntil([&] { return questions.isAnswered(); }, in(guardLimit)));
+  EXPECT_EQ(heard, "heard");
+  EXPECT_FALSE(mayStart);
+}
+
+TEST_F(Bus, WhatArrivedMeanwhileIsTakenInWithoutWaiting) {
+  EXPECT_EQ(ask("let in"), "let in");
+  BusQuestions questions(connection);
+  int answers = 0;
+  for (int count = 0; count < 20; ++count)
+    questions.ask(request("soon"), [&](sd_bus_message*) { ++answers; });
+  EXPECT_TRUE(desktop::waitUntil([&] {
+    connection.catchUp();
+    return questions.isAnswered();
+  }));
+  EXPECT_EQ(answers, 20);
 }
 
 TEST_F(Bus, ABatchWaitsForAllOfItsCalls) {

@@ -179,6 +179,23 @@ TEST_F(Notices, ABusThatDiesIsSurvived) {
   EXPECT_EQ(daemon->shown().front().replaces, 0);
 }
 
+// As when memory is short: the kernel ends the bus, the session starts another one, and then comes the
+// notice.
+TEST_F(Notices, ABusThatIsReplacedBeforeTheLoopNoticesLosesNoNotice) {
+  auto daemon = std::make_unique<Daemon>(bus.address(), false);
+  notices.post("ram", "title", "one");
+  expectShown(*daemon, 1);
+  settle(); // its number is known: nothing is under way
+  bus.kill();
+  daemon.reset();
+  bus.start();
+  daemon = std::make_unique<Daemon>(bus.address(), true);
+  notices.post("ram", "title", "<two>");
+  expectShown(*daemon, 1);
+  EXPECT_EQ(daemon->shown().front().body, "&lt;two&gt;") << "the new daemon is asked what it can do";
+  EXPECT_EQ(daemon->shown().front().replaces, 0);
+}
+
 // Nothing was heard of the bus's end when the next notice came.
 TEST_F(Notices, ABusThatDiesBeforeItsReplyHoldsUpNoNotice) {
   auto daemon = std::make_unique<Daemon>(bus.address(), false);
