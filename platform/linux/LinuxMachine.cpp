@@ -155,7 +155,7 @@ std::unique_ptr<LinuxMachine> LinuxMachine::forDesktop(const XdgFolders& folders
   const auto installed = std::make_shared<DesktopEntries>(folders.allData());
   parts->power = std::make_unique<DesktopPowerAssertions>(
       *parts->systemBus, *parts->sessionBus,
-      HolderSources{parts->processes, FlatpakInstances(flatpakFolder(folders)), installed});
+      HolderSources{parts->processes, flatpakFolder(folders), installed});
   parts->pressure = std::make_unique<PsiMemoryPressure>(loop);
   DesktopSource source = DesktopProbe(loop, *parts->kernel, *parts->sessionBus,
                                       SessionNames::fromEnvironment(), names::feed, installed)

@@ -113,8 +113,7 @@ class Awake : public testing::Test {
   ProcfsProcessTable processes{BootEpoch::load(files, {}, "today")};
   BusConnection system{loop, systemBus.address()};
   BusConnection session{loop, desktop.busAddress()};
-  DesktopPowerAssertions power{
-      system, session, {processes, FlatpakInstances(desktop.runtimeDir().string() + "/.flatpak")}};
+  DesktopPowerAssertions power{system, session, {processes, desktop.runtimeDir().string() + "/.flatpak"}};
 };
 
 TEST_F(Awake, OnXfceItsPowerManagementKnows) {

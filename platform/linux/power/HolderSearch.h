@@ -7,6 +7,7 @@
 #include "platform/linux/power/Inhibitor.h"
 #include "platform/linux/process/FlatpakInstances.h"
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -19,7 +20,7 @@ namespace vantle {
 // What the processes behind inhibitors are looked for with.
 struct HolderSources {
   const ProcessTable& processes;
-  FlatpakInstances sandboxes{std::string()};
+  std::string flatpakFolder = {};                      // see flatpakInstances
   std::shared_ptr<DesktopEntries> installed = nullptr; // for the names that apps have in menus; may be null
 };
 
@@ -35,13 +36,26 @@ class HolderSearch {
   std::set<Pid> find(const Inhibitor& inhibitor);
 
  private:
+  struct Program {
+    Pid pid = 0;
+    std::string path;
+    std::string name; // of the file, in lower case
+  };
+
   bool isProxy(Pid pid) const;
   const std::vector<ProcessRecord>& scan();
+  const std::set<Pid>& called(const std::string& app);
   std::set<Pid> sandboxed(const std::string& app);
   std::set<Pid> programsCalled(const std::string& app);
+  std::set<std::string> filesInMenus(const std::string& app);
 
   const HolderSources& m_sources;
+  // What was looked up already: of names there can be many.
   std::optional<std::vector<ProcessRecord>> m_scan;
+  std::optional<std::vector<FlatpakInstance>> m_sandboxes;
+  std::optional<std::vector<Program>> m_programs;
+  const std::vector<DesktopEntry>* m_menus = nullptr;
+  std::map<std::string, std::set<Pid>> m_called;
 };
 
 // Whether a program of this path is the app of that id: "firefox" or "org.mozilla.firefox" is

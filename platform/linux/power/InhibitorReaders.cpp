@@ -154,7 +154,9 @@ std::vector<std::string> requestersIn(std::string_view description) {
     const std::size_t found = description.find(before);
     if (found == std::string_view::npos) break;
     description.remove_prefix(found + before.size());
-    const std::string_view node = description.substr(0, description.find('"'));
+    const std::size_t end = description.find('"');
+    if (end == std::string_view::npos) break;
+    const std::string_view node = description.substr(0, end);
     const std::size_t middle = node.find('_');
     if (middle == std::string_view::npos || node.size() > longestName) continue;
     if (!isDigits(node.substr(0, middle)) || !isDigits(node.substr(middle + 1))) continue;

@@ -7,10 +7,11 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstddef>
 #include <filesystem>
-#include <optional>
 #include <set>
 #include <system_error>
+#include <utility>
 
 namespace vantle {
 
@@ -40,27 +41,30 @@ std::vector<Pid> below(Pid root, std::span<const ProcessRecord> processes) {
 
 } // namespace
 
-// What is left of a sandbox that has ended may name a number that belongs to a stranger by now, so one of its
-// processes has to say as well that it is in there.
-std::vector<Pid> FlatpakInstances::processesOf(const std::string& app,
-                                               std::span<const ProcessRecord> processes) const {
-  std::vector<Pid> found;
+std::vector<FlatpakInstance> flatpakInstances(const std::string& folder) {
+  std::vector<FlatpakInstance> instances;
   std::error_code failure;
   std::size_t count = 0;
-  if (m_folder.empty() || app.empty()) return found;
-  for (std::filesystem::directory_iterator at(m_folder, failure), end; at != end && !failure;
+  if (folder.empty()) return instances;
+  for (std::filesystem::directory_iterator at(folder, failure), end; at != end && !failure;
        at.increment(failure)) {
     if (++count > mostInstances) break;
-    const std::string folder = at->path().string();
-    if (flatpakApp(readKernelFile(folder + "/info").value_or("")) != app) continue;
-    const Pid pid = pidIn(readKernelFile(folder + "/pid").value_or(""));
-    if (pid < 2) continue;
-    const std::vector<Pid> inside = below(pid, processes);
-    const bool isThere = std::any_of(inside.begin(), inside.end(),
-                                     [&](Pid process) { return readEvidence(process).sandboxId == app; });
-    if (isThere) found.insert(found.end(), inside.begin(), inside.end());
+    const std::string kept = at->path().string();
+    FlatpakInstance instance{flatpakApp(readKernelFile(kept + "/info").value_or("")),
+                             pidIn(readKernelFile(kept + "/pid").value_or(""))};
+    if (!instance.app.empty() && instance.pid > 1) instances.push_back(std::move(instance));
   }
-  return found;
+  return instances;
+}
+
+// One of its processes has to say as well that it is in there.
+std::vector<Pid> processesInside(const FlatpakInstance& instance, std::span<const ProcessRecord> processes) {
+  std::vector<Pid> inside = below(instance.pid, processes);
+  const bool isThere = std::any_of(inside.begin(), inside.end(), [&](Pid process) {
+    return readEvidence(process).sandboxId == instance.app;
+  });
+  if (!isThere) inside.clear();
+  return inside;
 }
 
 std::string flatpakApp(std::string_view info) {

@@ -367,7 +367,10 @@ TEST_F(Assertions, AFloodOfNamesHidesNobodyElseAndEnds) {
   programs.paths = {{751, "/usr/bin/player"}, {752, "/usr/bin/other"}};
   inhibitors({{"sleep", "block", 1000, 750}});
   FakeService xfce(bus.address(), "org.freedesktop.PowerManagement");
-  xfce.answer("", "GetInhibitors", names(std::vector<std::string>(100'000, std::string(300, 'x'))));
+  std::vector<std::string> flood;
+  for (int count = 0; count < 100'000; ++count)
+    flood.push_back(std::to_string(count) + std::string(300, 'x'));
+  xfce.answer("", "GetInhibitors", names(flood));
   const auto agent = plasma({"other"}, {4});
   EXPECT_TRUE(desktop::waitUntil([&] {
     const auto held = ask();
