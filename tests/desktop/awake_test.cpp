@@ -28,7 +28,6 @@ namespace vantle::desktop {
 namespace {
 
 using testing::Contains;
-using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
 
@@ -280,6 +279,37 @@ TEST_F(AwakeInFlatpak, TheAppIsFoundAndNotItsProxy) {
     endProcessesOf({sandbox.pid()});
     EXPECT_TRUE(waitUntil([&] { return held().empty(); })) << owned;
   }
+}
+
+// The portal asks the screen saver, which asks the session manager, each under its own name but with the
+// app's id.
+TEST_F(AwakeInFlatpak, ThroughThePortalTheAppIsFoundByItsId) {
+  const std::string saver = installed({"/usr/libexec/gsd-screensaver-proxy"});
+  const std::string portal = installed({"/usr/libexec/xdg-desktop-portal"});
+  const std::string answerer = installed({"/usr/libexec/xdg-desktop-portal-gtk"});
+  const std::string permissions = installed({"/usr/libexec/xdg-permission-store"});
+  const bool isThere = !saver.empty() && !portal.empty() && !answerer.empty() && !permissions.empty();
+  if (!isThere || !isPossible() || !startGnome()) GTEST_SKIP() << "a part of the portal is missing";
+  if (!makeApp()) GTEST_SKIP() << "no sandboxes can be made here";
+  desktop.launch({saver});
+  desktop.waitForBusName("org.freedesktop.ScreenSaver");
+  desktop.launch({permissions});
+  desktop.waitForBusName("org.freedesktop.impl.portal.PermissionStore");
+  desktop.launch({answerer});
+  desktop.waitForBusName("org.freedesktop.impl.portal.desktop.gtk");
+  desktop.launch({portal}, {{"XDG_CURRENT_DESKTOP", "GNOME"}});
+  desktop.waitForBusName("org.freedesktop.portal.Desktop");
+  Program& sandbox =
+      holdInside("--env=NOTHING=owned",
+                 {"org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop",
+                  "org.freedesktop.portal.Inhibit", "Inhibit", "('', uint32 8, {'reason': <'playing'>})"});
+  EXPECT_TRUE(waitUntil([&] {
+    const std::set<Pid> players = running(sandbox, "tune");
+    const auto all = held();
+    return !players.empty() &&
+           std::all_of(players.begin(), players.end(), [&](Pid pid) { return all.contains(pid); });
+  }));
+  for (const auto& [pid, types] : held()) EXPECT_TRUE(processesOf({sandbox.pid()}).contains(pid));
 }
 
 } // namespace

@@ -11,6 +11,7 @@
 #include <array>
 #include <atomic>
 #include <csignal>
+#include <cstddef>
 #include <gtest/gtest.h>
 #include <optional>
 #include <string>
@@ -183,8 +184,10 @@ TEST_F(Bus, AFloodHoldsUpNobodyOnTheLoop) {
     std::this_thread::sleep_for(5ms); // much longer than it takes to send another one
   });
   std::atomic<bool> isOver = false;
+  constexpr std::size_t count = 3;
   std::vector<std::thread> senders;
-  for (int count = 0; count < 3; ++count) {
+  senders.reserve(count);
+  while (senders.size() < count) {
     senders.emplace_back([&] {
       sd_bus* sender = nullptr;
       if (sd_bus_new(&sender) < 0) return;

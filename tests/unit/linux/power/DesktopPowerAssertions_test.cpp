@@ -368,7 +368,9 @@ TEST_F(Assertions, AFloodOfNamesHidesNobodyElseAndEnds) {
   inhibitors({{"sleep", "block", 1000, 750}});
   FakeService xfce(bus.address(), "org.freedesktop.PowerManagement");
   std::vector<std::string> flood;
-  for (int count = 0; count < 100'000; ++count)
+  constexpr std::size_t many = 100'000;
+  flood.reserve(many);
+  for (std::size_t count = 0; count < many; ++count)
     flood.push_back(std::to_string(count) + std::string(300, 'x'));
   xfce.answer("", "GetInhibitors", names(flood));
   const auto agent = plasma({"other"}, {4});

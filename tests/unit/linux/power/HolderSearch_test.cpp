@@ -27,13 +27,13 @@ namespace fs = std::filesystem;
 struct Holders : testing::Test {
   // A real process that runs a program of that name: this machine's sleep, which may say what it is by its
   // own name alone.
-  Program start(const std::string& name) {
+  Program start(const std::string& name) const {
     const fs::path path = folder.path() / "bin" / name;
     fs::create_directories(path.parent_path());
     fs::copy_file("/bin/sleep", path, fs::copy_options::overwrite_existing);
     return Program({.command = {path, "60"}});
   }
-  std::set<Pid> find(const std::string& app) { return HolderSearch(sources).find({{}, {}, app}); }
+  std::set<Pid> find(const std::string& app) const { return HolderSearch(sources).find({{}, {}, app}); }
 
   TemporaryFolder folder;
   PosixFileStore files{folder.path().string(), PosixFileStore::Sync::none};
