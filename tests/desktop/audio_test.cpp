@@ -105,6 +105,20 @@ TEST_F(Audio, AServerThatHangsIsSilenceWithoutWaitingTwice) {
   EXPECT_TRUE(waitUntil([&] { return stranger.runningOutput().contains(player.pid()); }));
 }
 
+// A decision is one question: what it misses is slowed until the next one.
+TEST_F(Audio, AfterOneSlowAnswerTheNextQuestionIsHeardAtOnce) {
+  Program& player = desktop.launch({tonePlayer()});
+  expectHeard("before", player.pid());
+  PulseAudioActivity stranger(sound.address()); // has not been let in when the server goes slow
+  sound.pulse().signal(SIGSTOP);
+  EXPECT_THAT(activity.runningOutput(), IsEmpty());
+  EXPECT_THAT(stranger.runningOutput(), IsEmpty());
+  sound.pulse().signal(SIGCONT);
+  ASSERT_TRUE(desktop.run({"pactl", "info"})) << "it has answered others that came later";
+  EXPECT_THAT(activity.runningOutput(), Contains(player.pid()));
+  EXPECT_THAT(stranger.runningOutput(), Contains(player.pid()));
+}
+
 TEST_F(Audio, WithoutAServerThereIsSilenceAndNoneIsStarted) {
   PulseAudioActivity nobody("unix:" + (desktop.runtimeDir() / "nothing-here").string());
   EXPECT_THAT(nobody.runningOutput(), IsEmpty());

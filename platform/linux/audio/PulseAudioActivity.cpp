@@ -56,14 +56,17 @@ class PulseAudioActivity::Connection {
                        nullptr);
   }
 
-  // Takes in what has arrived until then; false when the connection is no longer good.
+  // Takes in what has arrived until then; false when the connection is no longer good. A server that has said
+  // anything since it was waited for in vain works again: what is missing still may take it several answers.
   bool refresh(SteadyClock::time_point deadline) {
-    while (SteadyClock::now() < deadline && pa_mainloop_iterate(m_loop.get(), 0, nullptr) > 0) continue;
+    while (SteadyClock::now() < deadline && pa_mainloop_iterate(m_loop.get(), 0, nullptr) > 0) {
+      m_overdue = false;
+    }
     return PA_CONTEXT_IS_GOOD(state());
   }
 
-  // Something that was waited for in vain is still under way.
-  bool isOverdue() const { return m_overdue && (state() != PA_CONTEXT_READY || isAsking()); }
+  // Was waited for in vain, and has been silent since.
+  bool isOverdue() const { return m_overdue; }
 
   std::set<Pid> ask(SteadyClock::time_point deadline) {
     m_overdue = !serve(deadline, [this] { return state() != PA_CONTEXT_READY; });
