@@ -11,7 +11,7 @@
 #include "bench/support/Series.h"
 #include "engine/Engine.h"
 #include "engine/Protection.h"
-#include "platform/linux/audio/PulseAudioActivity.h"
+#include "platform/linux/audio/LinuxAudio.h"
 #include "platform/linux/power/DesktopPowerAssertions.h"
 #include "platform/linux/pressure/PsiMemoryPressure.h"
 #include "tests/support/Logind.h"
@@ -27,6 +27,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <thread>
@@ -44,13 +45,11 @@ constexpr std::chrono::hours untilKilled{24};
 
 // A probe in a program of its own, which then waits for events as Vantle does. Without an address it is the
 // same program that never asked.
-int hold(const std::string& ready, const std::string& server) {
+int hold(const std::string& ready, const LinuxAudio::Servers& servers) {
   PollEventLoop loop;
-  std::optional<PulseAudioActivity> audio;
-  if (!server.empty()) {
-    audio.emplace(server);
-    if (audio->runningOutput().empty()) return 1; // somebody plays: nothing heard means no connection
-  }
+  LinuxAudio audio(std::make_shared<ProcKernel>(), servers);
+  // Somebody plays: nothing heard means no connection.
+  if (!servers.pipeWire.empty() && audio.runningOutput().empty()) return 1;
   std::ofstream(ready) << "ready";
   loop.runUntil([] { return false; }, untilKilled);
   return 0;
@@ -74,7 +73,7 @@ class Stage {
  public:
   Stage() {
     for (std::size_t at = 0; at < players; ++at) m_desktop.launch({desktop::tonePlayer()});
-    PulseAudioActivity audio(m_sound.address());
+    LinuxAudio audio(std::make_shared<ProcKernel>(), soundServers());
     require("the players", [&] { return audio.runningOutput().size() == players; });
     if (!desktop::Logind::isPossible()) return;
     m_logind.emplace();
@@ -99,12 +98,15 @@ class Stage {
     return m_logind ? m_logind->bus().address() : std::string("unix:path=/nonexistent");
   }
   std::string soundServer() const { return m_sound.address(); }
+  LinuxAudio::Servers soundServers() const {
+    return {.pipeWire = m_sound.pipeWire(), .pulseAudio = m_sound.address()};
+  }
 
-  // A program that waits, with a connection to the sound server or without.
-  Program& waiting(const char* ready, const std::string& server) {
+  // A program that waits, and that asked the sound servers or did not.
+  Program& waiting(const char* ready, const LinuxAudio::Servers& servers) {
     const std::string file = m_desktop.folder().path() / ready;
-    Program& program =
-        m_desktop.launch({std::filesystem::read_symlink("/proc/self/exe"), "--hold", file, server});
+    Program& program = m_desktop.launch({std::filesystem::read_symlink("/proc/self/exe"), "--hold", file,
+                                         servers.pipeWire, servers.pulseAudio});
     require("a waiting program", [&] { return std::filesystem::exists(file) || !program.isRunning(); });
     return program;
   }
@@ -150,7 +152,7 @@ void measureTimes(const Stage& stage, int rounds) {
   const IdleApps game({.apps = 1, .processes = 1, .threads = 1});
   const desktop::TemporaryFolder folder;
   BenchMachine machine(folder.path(), apps.roots());
-  PulseAudioActivity audio(stage.soundServer());
+  LinuxAudio audio(std::make_shared<ProcKernel>(), stage.soundServers());
   Stage::LoginProbe login(machine.loop, stage);
   PsiMemoryPressure pressure(machine.loop);
   AppSettings settings(machine.defaults);
@@ -203,7 +205,7 @@ void measureTimes(const Stage& stage, int rounds) {
 
 void measureRest(Stage& stage, int seconds) {
   Program& without = stage.waiting("without", {});
-  Program& with = stage.waiting("with", stage.soundServer());
+  Program& with = stage.waiting("with", stage.soundServers());
   const ProcfsProcessTable table(BootEpoch(0));
   const auto before = voluntarySwitches(with.pid());
   std::this_thread::sleep_for(std::chrono::seconds(seconds));
@@ -212,9 +214,9 @@ void measureRest(Stage& stage, int seconds) {
   const auto kilobytes = [&](const Program& program) {
     return static_cast<double>(table.footprint(program.pid()).value_or(0)) / 1024;
   };
-  std::printf("own memory: %.0f KB without a connection to the sound server, %.0f KB with it\n",
+  std::printf("own memory: %.0f KB without a question to the sound servers, %.0f KB after it\n",
               kilobytes(without), kilobytes(with));
-  std::printf("voluntary context switches of the connected probe in %d s: %ld\n", seconds, after - before);
+  std::printf("voluntary context switches of the probe that asked in %d s: %ld\n", seconds, after - before);
 }
 
 void run(int rounds, int seconds) {
@@ -229,8 +231,8 @@ void run(int rounds, int seconds) {
 int main(int argc, char** argv) {
   const std::vector<std::string> arguments(argv + 1, argv + argc);
   try {
-    if (arguments.size() == 3 && arguments[0] == "--hold")
-      return vantle::bench::hold(arguments[1], arguments[2]);
+    if (arguments.size() == 4 && arguments[0] == "--hold")
+      return vantle::bench::hold(arguments[1], {.pipeWire = arguments[2], .pulseAudio = arguments[3]});
     vantle::bench::run(argc > 1 ? std::max(std::atoi(argv[1]), 1) : 21,
                        argc > 2 ? std::max(std::atoi(argv[2]), 1) : 20);
     return 0;

@@ -3,7 +3,7 @@
 
 #include "base/Names.h"
 #include "engine/AppTrees.h"
-#include "platform/linux/audio/PulseAudioActivity.h"
+#include "platform/linux/audio/LinuxAudio.h"
 #include "platform/linux/band/LinuxBand.h"
 #include "platform/linux/band/UserManager.h"
 #include "platform/linux/bus/BusConnection.h"
@@ -151,7 +151,10 @@ std::unique_ptr<LinuxMachine> LinuxMachine::forDesktop(const XdgFolders& folders
   const auto& parts = machine->m_parts;
   parts->systemBus = std::make_unique<BusConnection>(loop, BusConnection::Kind::system);
   parts->sessionBus = std::make_unique<BusConnection>(loop, BusConnection::Kind::session);
-  parts->audio = std::make_unique<PulseAudioActivity>();
+  parts->audio = std::make_unique<LinuxAudio>(
+      parts->kernel, LinuxAudio::Servers{.pipeWire = pipeWireSocket([](const char* name) -> const char* {
+                                           return std::getenv(name);
+                                         })});
   const auto installed = std::make_shared<DesktopEntries>(folders.allData());
   parts->power = std::make_unique<DesktopPowerAssertions>(
       *parts->systemBus, *parts->sessionBus,

@@ -1,17 +1,22 @@
 // SPDX-License-Identifier: MIT
 // Who is heard, asked of a real sound server with real players.
-#include "platform/linux/audio/PulseAudioActivity.h"
+#include "platform/linux/audio/LinuxAudio.h"
 #include "tests/support/Props.h"
 #include "tests/support/SoundServer.h"
 #include "tests/support/VirtualDesktop.h"
 #include "tests/support/Wait.h"
 
+#include <algorithm>
 #include <chrono>
 #include <csignal>
-#include <fstream>
+#include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <thread>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
 
 namespace vantle::desktop {
 namespace {
@@ -19,17 +24,44 @@ namespace {
 using testing::Contains;
 using testing::IsEmpty;
 using testing::Not;
+using testing::UnorderedElementsAre;
 
 // Far above the 200 ms that a question may take, so that a busy machine does not fail the test, and far below
 // the libraries' own limits of 25 s and more.
 constexpr std::chrono::seconds farTooLong{5};
 
 struct Audio : testing::Test {
+  LinuxAudio asking(const LinuxAudio::Servers& servers) const { return {kernel, servers}; }
+
+  // The program, or a process of its own.
+  static bool isAmong(const std::set<Pid>& heard, const Program& program) {
+    const std::set<Pid> own = processesOf({program.pid()});
+    return std::any_of(heard.begin(), heard.end(), [&](Pid pid) { return own.contains(pid); });
+  }
+  bool isHeard(const Program& program) { return isAmong(activity.runningOutput(), program); }
+  void expectHeard(const char* what, const Program& program) {
+    EXPECT_TRUE(waitUntil([&] { return isHeard(program); })) << what;
+  }
+  void expectSilent(const char* what, const Program& program) {
+    EXPECT_TRUE(waitUntil([&] { return !isHeard(program); })) << what;
+  }
+  // In a process-number namespace, where it is number 1 or 2.
+  Program& launchInSandbox(std::vector<std::string> command) {
+    const char* const unshare[] = {"unshare", "--user", "--map-root-user", "--pid", "--fork", "--kill-child"};
+    command.insert(command.begin(), std::begin(unshare), std::end(unshare));
+    return desktop.launch(std::move(command));
+  }
+
   VirtualDesktop desktop{{.user = {}, .screen = "640x480x24", .windowManager = false, .environment = {}}};
   SoundServer sound{desktop};
-  PulseAudioActivity activity{sound.address()};
+  const std::shared_ptr<const ProcKernel> kernel = std::make_shared<ProcKernel>();
+  LinuxAudio activity{kernel, {.pipeWire = sound.pipeWire(), .pulseAudio = sound.address()}};
+};
 
-  bool isHeard(Pid pid) { return activity.runningOutput().contains(pid); }
+// What PulseAudio's protocol tells, where no PipeWire answers.
+struct AudioWithoutPipeWire : Audio {
+  AudioWithoutPipeWire() { activity.emplace(kernel, LinuxAudio::Servers{"", sound.address()}); }
+  bool isHeard(Pid pid) { return activity->runningOutput().contains(pid); }
   void expectHeard(const char* what, Pid pid) {
     EXPECT_TRUE(waitUntil([&] { return isHeard(pid); })) << what;
   }
@@ -38,9 +70,11 @@ struct Audio : testing::Test {
   }
   std::chrono::nanoseconds timeOfQuestion() {
     const auto start = std::chrono::steady_clock::now();
-    activity.runningOutput();
+    activity->runningOutput();
     return std::chrono::steady_clock::now() - start;
   }
+
+  std::optional<LinuxAudio> activity;
 };
 
 TEST_F(Audio, HearsEveryKindOfPlayerAndItsEnd) {
@@ -49,23 +83,76 @@ TEST_F(Audio, HearsEveryKindOfPlayerAndItsEnd) {
   Program& pulse = desktop.launch({"paplay", tone});
   Program& native = desktop.launch({"pw-play", tone});
   Program& alsa = desktop.launch({"aplay", "-q", "-D", "pipewire", tone});
-  expectHeard("PulseAudio", pulse.pid());
-  expectHeard("PipeWire", native.pid());
-  expectHeard("ALSA", alsa.pid());
-  EXPECT_THAT(activity.runningOutput(), Not(Contains(sound.pulse().pid()))) << "the server itself";
+  expectHeard("PulseAudio", pulse);
+  expectHeard("PipeWire", native);
+  expectHeard("ALSA", alsa);
+  EXPECT_THAT(activity.runningOutput(), UnorderedElementsAre(pulse.pid(), native.pid(), alsa.pid()));
 
   native.signal(SIGTERM);
-  expectSilent("ended", native.pid());
-  EXPECT_TRUE(isHeard(pulse.pid()));
+  expectSilent("ended", native);
+  EXPECT_TRUE(isHeard(pulse));
+}
+
+TEST_F(Audio, HearsEveryKindOfPlayerInASandbox) {
+  const std::string tone = sound.tone().string();
+  Program& pulse = launchInSandbox({"paplay", tone});
+  Program& native = launchInSandbox({"pw-play", tone});
+  Program& alsa = launchInSandbox({"aplay", "-q", "-D", "pipewire", tone});
+  expectHeard("PulseAudio", pulse);
+  expectHeard("PipeWire", native);
+  expectHeard("ALSA", alsa);
+  const std::set<Pid> heard = activity.runningOutput();
+  EXPECT_EQ(heard.size(), 3U);
+  EXPECT_THAT(heard, Not(Contains(1))) << "a number from inside is a stranger's out here";
+}
+
+// Nothing but its links says that it is heard: it has no stream of a player's kind.
+TEST_F(Audio, HearsAJackClientOnceItIsConnected) {
+  for (const bool isInSandbox : {false, true}) {
+    const std::vector<std::string> command{"pw-jack", "jack_metro", "--bpm", "120"};
+    Program& metro = isInSandbox ? launchInSandbox(command) : desktop.launch(command);
+    ASSERT_TRUE(waitUntil([&] { return desktop.run({"sh", "-c", "pw-link -o | grep -q ^metro:"}); }));
+    EXPECT_FALSE(isHeard(metro)) << "connected to nothing";
+    ASSERT_TRUE(desktop.run({"pw-link", "metro:120_bpm", "null0:playback_FL"}));
+    expectHeard("connected", metro);
+    ASSERT_TRUE(desktop.run({"pw-link", "-d", "metro:120_bpm", "null0:playback_FL"}));
+    expectSilent("not any more", metro);
+    metro.kill();
+    ASSERT_TRUE(waitUntil([&] { return !desktop.run({"sh", "-c", "pw-link -o | grep -q ^metro:"}); }));
+  }
+}
+
+// All sound goes through it, so it must run as well as the players do.
+TEST_F(Audio, HearsAFilterAndWhoPlaysThroughIt) {
+  Program& filter = desktop.launch(
+      {"pw-loopback", "--name", "filter", "--capture-props", "media.class=Audio/Sink node.name=equaliser"});
+  ASSERT_TRUE(waitUntil([&] {
+    return desktop.run({"sh", "-c", "pactl list short sinks | grep -q equaliser"});
+  }));
+  EXPECT_FALSE(isHeard(filter)) << "nobody plays";
+  Program& player = desktop.launch({"paplay", "--device=equaliser", sound.tone().string()});
+  expectHeard("the player", player);
+  expectHeard("the filter", filter);
+}
+
+TEST_F(Audio, ARecorderIsNotHeard) {
+  Program& player = desktop.launch({tonePlayer()});
+  Program& recorder = desktop.launch({"parec", "--device=null0.monitor", "/dev/null"});
+  expectHeard("the player", player);
+  ASSERT_TRUE(waitUntil([&] {
+    return desktop.run({"sh", "-c", "pactl list short source-outputs | grep -q ."});
+  }));
+  EXPECT_THAT(activity.runningOutput(), UnorderedElementsAre(player.pid()));
+  EXPECT_TRUE(recorder.isRunning());
 }
 
 TEST_F(Audio, APausedPlayerIsNotHeard) {
   Program& player = desktop.launch({tonePlayer()});
-  expectHeard("playing", player.pid());
+  expectHeard("playing", player);
   player.signal(SIGUSR1);
-  expectSilent("paused", player.pid());
+  expectSilent("paused", player);
   player.signal(SIGUSR2);
-  expectHeard("playing on", player.pid());
+  expectHeard("playing on", player);
 }
 
 TEST_F(Audio, TheChildThatPlaysIsTheOneHeard) {
@@ -76,11 +163,53 @@ TEST_F(Audio, TheChildThatPlaysIsTheOneHeard) {
   EXPECT_TRUE(processesOf({app.pid()}).contains(*heard.begin()));
 }
 
-TEST_F(Audio, AServerThatDiesIsSilenceAndItsSuccessorIsFound) {
+TEST_F(Audio, WhoHangsKeepsNobodyElseFromBeingAsked) {
+  Program& player = desktop.launch({"pw-play", sound.tone().string()});
+  expectHeard("before", player);
+  sound.pulse().signal(SIGSTOP);
+  LinuxAudio stranger = asking({.pipeWire = sound.pipeWire(), .pulseAudio = sound.address()});
+  EXPECT_THAT(stranger.runningOutput(), Contains(player.pid()));
+  EXPECT_THAT(activity.runningOutput(), Contains(player.pid()));
+  sound.pulse().signal(SIGCONT);
+}
+
+TEST_F(Audio, PipeWireThatHangsIsNotWaitedForTwiceAndHeardAgainAtOnce) {
+  Program& player = desktop.launch({"pw-play", sound.tone().string()});
+  expectHeard("before", player);
+  LinuxAudio alone = asking({.pipeWire = sound.pipeWire(), .pulseAudio = "unix:/nothing-here"});
+  sound.server().signal(SIGSTOP);
+  const auto start = std::chrono::steady_clock::now();
+  for (int at = 0; at < 100; ++at) EXPECT_THAT(alone.runningOutput(), IsEmpty());
+  EXPECT_LT(std::chrono::steady_clock::now() - start, farTooLong);
+  sound.server().signal(SIGCONT);
+  ASSERT_TRUE(desktop.run({"pw-cli", "info", "0"})) << "it has answered others that came later";
+  EXPECT_THAT(alone.runningOutput(), Contains(player.pid()));
+}
+
+TEST_F(AudioWithoutPipeWire, HearsEveryKindOfPlayerAndItsEnd) {
+  EXPECT_THAT(activity->runningOutput(), IsEmpty());
+  const std::string tone = sound.tone().string();
+  Program& pulse = desktop.launch({"paplay", tone});
+  Program& native = desktop.launch({"pw-play", tone});
+  Program& alsa = desktop.launch({"aplay", "-q", "-D", "pipewire", tone});
+  Program& sandboxed = launchInSandbox({"paplay", tone});
+  expectHeard("PulseAudio", pulse.pid());
+  expectHeard("PipeWire", native.pid());
+  expectHeard("ALSA", alsa.pid());
+  EXPECT_TRUE(waitUntil([&] { return isAmong(activity->runningOutput(), sandboxed); })) << "in a sandbox";
+  EXPECT_THAT(activity->runningOutput(), Not(Contains(sound.pulse().pid()))) << "the server itself";
+  EXPECT_THAT(activity->runningOutput(), Not(Contains(1)));
+
+  native.signal(SIGTERM);
+  expectSilent("ended", native.pid());
+  EXPECT_TRUE(isHeard(pulse.pid()));
+}
+
+TEST_F(AudioWithoutPipeWire, AServerThatDiesIsSilenceAndItsSuccessorIsFound) {
   Program& player = desktop.launch({tonePlayer()});
   expectHeard("before", player.pid());
   sound.pulse().kill();
-  EXPECT_THAT(activity.runningOutput(), IsEmpty());
+  EXPECT_THAT(activity->runningOutput(), IsEmpty());
   EXPECT_LT(timeOfQuestion(), farTooLong);
 
   sound.startPulse();
@@ -88,42 +217,38 @@ TEST_F(Audio, AServerThatDiesIsSilenceAndItsSuccessorIsFound) {
   expectHeard("after", next.pid());
 }
 
-TEST_F(Audio, AServerThatHangsIsSilenceWithoutWaitingTwice) {
+TEST_F(AudioWithoutPipeWire, AServerThatHangsIsSilenceWithoutWaitingTwice) {
   Program& player = desktop.launch({tonePlayer()});
   expectHeard("before", player.pid());
   sound.pulse().signal(SIGSTOP);
   EXPECT_LT(timeOfQuestion(), farTooLong);
   // A hundred questions that each waited would take twenty seconds.
   const auto start = std::chrono::steady_clock::now();
-  for (int at = 0; at < 100; ++at) EXPECT_THAT(activity.runningOutput(), IsEmpty());
+  for (int at = 0; at < 100; ++at) EXPECT_THAT(activity->runningOutput(), IsEmpty());
   EXPECT_LT(std::chrono::steady_clock::now() - start, farTooLong);
-
-  PulseAudioActivity stranger(sound.address()); // has not even been let in
-  EXPECT_THAT(stranger.runningOutput(), IsEmpty());
   sound.pulse().signal(SIGCONT);
-  expectHeard("after", player.pid());
-  EXPECT_TRUE(waitUntil([&] { return stranger.runningOutput().contains(player.pid()); }));
 }
 
 // A decision is one question: what it misses is slowed until the next one.
-TEST_F(Audio, AfterOneSlowAnswerTheNextQuestionIsHeardAtOnce) {
+TEST_F(AudioWithoutPipeWire, AfterOneSlowAnswerTheNextQuestionIsHeardAtOnce) {
   Program& player = desktop.launch({tonePlayer()});
   expectHeard("before", player.pid());
-  PulseAudioActivity stranger(sound.address()); // has not been let in when the server goes slow
+  LinuxAudio stranger = asking({"", sound.address()}); // has not been let in when the server goes slow
   sound.pulse().signal(SIGSTOP);
-  EXPECT_THAT(activity.runningOutput(), IsEmpty());
+  EXPECT_THAT(activity->runningOutput(), IsEmpty());
   EXPECT_THAT(stranger.runningOutput(), IsEmpty());
   sound.pulse().signal(SIGCONT);
   ASSERT_TRUE(desktop.run({"pactl", "info"})) << "it has answered others that came later";
-  EXPECT_THAT(activity.runningOutput(), Contains(player.pid()));
+  EXPECT_THAT(activity->runningOutput(), Contains(player.pid()));
   EXPECT_THAT(stranger.runningOutput(), Contains(player.pid()));
 }
 
-TEST_F(Audio, WithoutAServerThereIsSilenceAndNoneIsStarted) {
-  PulseAudioActivity nobody("unix:" + (desktop.runtimeDir() / "nothing-here").string());
+TEST_F(AudioWithoutPipeWire, WithoutAServerThereIsSilenceAndNoneIsStarted) {
+  const std::filesystem::path nowhere = desktop.runtimeDir() / "nothing-here";
+  LinuxAudio nobody = asking({nowhere.string(), "unix:" + nowhere.string()});
   EXPECT_THAT(nobody.runningOutput(), IsEmpty());
   EXPECT_THAT(nobody.runningOutput(), IsEmpty());
-  EXPECT_FALSE(std::filesystem::exists(desktop.runtimeDir() / "nothing-here"));
+  EXPECT_FALSE(std::filesystem::exists(nowhere));
 }
 
 } // namespace

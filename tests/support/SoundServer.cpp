@@ -45,8 +45,8 @@ std::string wave() {
 SoundServer::SoundServer(PrivateSession& session)
     : m_session(session), m_pulseSocket(session.runtimeDir() / "pulse/native"),
       m_tone(session.folder().write("tone.wav", wave())) {
-  m_session.launch({"pipewire"});
-  require("PipeWire", [&] { return fs::is_socket(m_session.runtimeDir() / "pipewire-0"); });
+  m_server = &m_session.launch({"pipewire"});
+  require("PipeWire", [&] { return fs::is_socket(pipeWire()); });
   // Its part for Bluetooth ends the whole of it on a machine without logind.
   const fs::path bluetooth = m_session.configHome() / "wireplumber/bluetooth.lua.d";
   if (!m_session.run({"sh", "-c",
@@ -58,6 +58,8 @@ SoundServer::SoundServer(PrivateSession& session)
   startPulse();
   m_session.setEnvironment("SDL_AUDIODRIVER", "pulseaudio");
 }
+
+std::string SoundServer::pipeWire() const { return m_session.runtimeDir() / "pipewire-0"; }
 
 void SoundServer::startPulse() {
   fs::remove(m_pulseSocket);

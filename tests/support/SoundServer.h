@@ -14,6 +14,8 @@ class SoundServer {
  public:
   explicit SoundServer(PrivateSession& session); // ready to play
 
+  std::string pipeWire() const; // where PipeWire's clients find it
+  Program& server() { return *m_server; }
   // Where PulseAudio's clients find it.
   std::string address() const { return "unix:" + m_pulseSocket.string(); }
   Program& pulse() { return *m_pulse; } // the server that answers them
@@ -26,6 +28,7 @@ class SoundServer {
   PrivateSession& m_session;
   std::filesystem::path m_pulseSocket;
   std::filesystem::path m_tone;
+  Program* m_server = nullptr;
   Program* m_pulse = nullptr;
 };
 

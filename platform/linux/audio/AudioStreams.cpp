@@ -3,6 +3,7 @@
 
 #include <charconv>
 #include <cstddef>
+#include <utility>
 
 namespace vantle {
 
@@ -20,26 +21,30 @@ std::optional<Pid> pidFromText(std::string_view text) {
   return pid;
 }
 
-void AudioStreams::addInput(std::uint32_t client, std::string_view processId) {
-  if (m_inputs.size() >= mostStreams) return;
-  m_inputs.emplace_back(client, pidFromText(processId));
+ProcessClaim completed(ProcessClaim stream, const ProcessClaim& client) {
+  if (stream.pid == 0) return client;
+  if (stream.program.empty()) stream.program = client.program;
+  if (stream.machine.empty()) stream.machine = client.machine;
+  if (stream.sandbox.empty()) stream.sandbox = client.sandbox;
+  return stream;
 }
 
-void AudioStreams::addClient(std::uint32_t index, std::string_view processId) {
-  if (m_clients.size() >= mostStreams) return;
-  if (const std::optional<Pid> pid = pidFromText(processId)) m_clients.insert_or_assign(index, *pid);
+void AudioStreams::addInput(std::uint32_t client, ProcessClaim own) {
+  if (m_inputs.size() < mostStreams) m_inputs.emplace_back(client, std::move(own));
 }
 
-std::set<Pid> AudioStreams::playing() const {
-  std::set<Pid> pids;
+void AudioStreams::addClient(std::uint32_t index, ProcessClaim claim) {
+  if (m_clients.size() < mostStreams) m_clients.insert_or_assign(index, std::move(claim));
+}
+
+std::vector<Player> AudioStreams::players() const {
+  std::vector<Player> players;
   for (const auto& [client, own] : m_inputs) {
-    if (own) {
-      pids.insert(*own);
-    } else if (const auto found = m_clients.find(client); found != m_clients.end()) {
-      pids.insert(found->second);
-    }
+    const auto known = m_clients.find(client);
+    const ProcessClaim claim = known == m_clients.end() ? own : completed(own, known->second);
+    if (claim.pid != 0) players.push_back({0, claim});
   }
-  return pids;
+  return players;
 }
 
 } // namespace vantle

@@ -108,6 +108,24 @@ std::optional<std::string> ProcKernel::readOf(Pid pid, const char* file) const {
   return readKernelFile(m_root.get(), pathOf(path, pid, file));
 }
 
+std::vector<Pid> ProcKernel::processes() const {
+  std::vector<Pid> found;
+  const Descriptor folder(::openat(m_root.get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (folder) forEachPid(folder.get(), [&](Pid pid) { found.push_back(pid); });
+  return found;
+}
+
+std::vector<std::string> ProcKernel::openFiles(Pid pid) const {
+  std::vector<std::string> found;
+  const Descriptor folder = open(pid, "fd", O_RDONLY | O_DIRECTORY);
+  if (!folder) return found;
+  forEachPid(folder.get(), [&](int number) { // the names are numbers here as well
+    std::optional<std::string> file = readKernelLink(folder.get(), std::to_string(number).c_str());
+    if (file) found.push_back(std::move(*file));
+  });
+  return found;
+}
+
 std::optional<Pid> ProcKernel::birthMark() const {
   std::array<char, 128> text; // NOLINT(cppcoreguidelines-pro-type-member-init): filled by pread
   const ssize_t got = m_load ? ::pread(m_load.get(), text.data(), text.size(), 0) : -1;

@@ -54,8 +54,12 @@ class ProcKernel final : public Kernel {
   // descriptor never names another process: what was opened for one that has ended says nothing any more.
   std::shared_ptr<const void> hold() const;
 
-  // For the process table, which reads more than the band does.
+  // For those who read more than the band does.
   std::optional<std::string> readOf(Pid pid, const char* file) const;
+  std::vector<Pid> processes() const; // the numbers alone, in ascending order
+  // What the process has open, as the kernel names it; empty when that may not be known. Its standard input
+  // is left out.
+  std::vector<std::string> openFiles(Pid pid) const;
   int folder() const { return m_root.get(); } // for calls that take one
 
  private:

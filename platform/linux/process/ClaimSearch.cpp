@@ -60,8 +60,9 @@ void ClaimSearch::look() {
 }
 
 // The status file costs ten times the link, which says for nearly all of the user's processes that they are
-// in no sandbox. It may not be read of others.
+// in no sandbox. It may not be read of others, who have nothing to say to this user's servers.
 Pid ClaimSearch::numberInside(Pid pid, const std::optional<std::string>& ownNamespace) const {
+  if (!m_kernel.isOwnChild(pid)) return 0;
   if (ownNamespace && m_kernel.link(pathOf(pid, "ns/pid")) == ownNamespace) return pid;
   const std::optional<std::string> status = m_kernel.read(pathOf(pid, "status"));
   if (!status) return 0; // gone

@@ -28,9 +28,10 @@ class ClaimSearch {
   // The kernel outlives it. The machine's id is this one's: `thisMachine()`.
   ClaimSearch(const Kernel& kernel, std::string machine);
 
-  // Every process that calls itself by that number, in whatever sandbox, and runs that program: several when
-  // nothing tells them apart. Where the sandbox is known, one of another sandbox does not count. None when
-  // the claim comes from another machine, or names no program: a number alone means somebody else out here.
+  // Every process of this user that calls itself by that number, in whatever sandbox, and runs that program:
+  // several when nothing tells them apart. Where the sandbox is known, one of another sandbox does not count.
+  // None when the claim comes from another machine, or names no program: a number alone means somebody else
+  // out here.
   std::vector<Pid> find(const ProcessClaim& claim);
 
  private:

@@ -3,6 +3,7 @@
 
 #include "base/Pid.h"
 
+#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -12,5 +13,8 @@ namespace vantle {
 // process-number namespace further in; the last is what it calls itself. Empty when the text does not say, as
 // a kernel without such namespaces writes it, or when it is not one that the kernel writes.
 std::vector<Pid> namespacePids(std::string_view status);
+
+// The process that a thread belongs to, from the text of its status file.
+std::optional<Pid> processOfThread(std::string_view status);
 
 } // namespace vantle

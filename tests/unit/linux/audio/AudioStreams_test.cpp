@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <vector>
 
 namespace vantle {
 namespace {
@@ -18,22 +19,32 @@ TEST(PidFromText, TakesDecimalDigitsAlone) {
   }
 }
 
+std::vector<Pid> pidsOf(const AudioStreams& streams) {
+  std::vector<Pid> pids;
+  for (const Player& player : streams.players()) pids.push_back(player.claim.pid);
+  return pids;
+}
+
 TEST(AudioStreams, AStreamNamesItsOwnProcessElseItsClientDoes) {
   AudioStreams streams;
-  streams.addInput(1, "100");
-  streams.addInput(2, "");
-  streams.addClient(1, "999"); // a client may play for others
-  streams.addClient(2, "200");
-  streams.addClient(3, "300"); // plays nothing
-  EXPECT_THAT(streams.playing(), ElementsAre(100, 200));
+  streams.addInput(1, {100, "own", "", ""});
+  streams.addInput(2, {});
+  streams.addClient(1, {999, "relay", "machine", ""}); // a client may play for others
+  streams.addClient(2, {200, "player", "machine", ""});
+  streams.addClient(3, {300, "editor", "machine", ""}); // plays nothing
+  EXPECT_THAT(pidsOf(streams), ElementsAre(100, 200));
+  const std::vector<Player> players = streams.players();
+  EXPECT_EQ(players[0].claim.program, "own");
+  EXPECT_EQ(players[0].claim.machine, "machine") << "what the stream leaves open";
+  EXPECT_EQ(players[1].claim.program, "player");
 }
 
 TEST(AudioStreams, WhatNamesNobodyIsNobody) {
   AudioStreams streams;
-  streams.addInput(4294967295, ""); // of the server itself, without a client
-  streams.addInput(5, "not a number");
-  streams.addClient(5, "neither");
-  EXPECT_THAT(streams.playing(), IsEmpty());
+  streams.addInput(4294967295, {}); // of the server itself, without a client
+  streams.addInput(5, {});
+  streams.addClient(5, {});
+  EXPECT_THAT(streams.players(), IsEmpty());
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <optional>
 #include <string>
 
 namespace vantle {
@@ -38,6 +39,14 @@ TEST(NamespacePids, AreAtMostAsManyAsTheKernelNests) {
   for (int level = 0; level < 33; ++level) deep += "\t7";
   EXPECT_EQ(namespacePids(deep + "\n").size(), 33U);
   EXPECT_THAT(namespacePids(deep + "\t7\n"), IsEmpty());
+}
+
+TEST(ProcessOfThread, IsTheGroupThatTheKernelNames) {
+  EXPECT_EQ(processOfThread("Name:\tdata-loop.0\nTgid:\t74\nNgid:\t0\nPid:\t76\n"), 74);
+  for (const char* text : {"", "Name:\tTgid:\t74\n", "Tgid:\t74\n", "Name:\tx\nTgid:\t74",
+                           "Name:\tx\nTgid:\t0\n", "Name:\tx\nTgid:\tx\n"}) {
+    EXPECT_EQ(processOfThread(text), std::nullopt) << text;
+  }
 }
 
 } // namespace

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "engine/ports/AudioActivity.h"
+#include "platform/linux/audio/AlsaStatus.h"
+#include "platform/linux/audio/PulseAudioQuestion.h"
+#include "platform/linux/audio/pipewire/PipeWireQuestion.h"
+#include "platform/linux/kernel/ProcKernel.h"
+
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace vantle {
+
+// Who is heard, on whatever sound system: PipeWire, PulseAudio, JACK, or ALSA without any of them.
+//
+// PipeWire and PulseAudio are asked at the same time, and both are believed: PipeWire may be there for
+// pictures alone. Only what PipeWire's own PulseAudio server says is left out when PipeWire itself answers.
+class LinuxAudio final : public AudioActivity {
+ public:
+  // Where the servers are; empty when there is none of PipeWire's, and where PulseAudio's clients look.
+  struct Servers {
+    std::string pipeWire;
+    std::string pulseAudio = {};
+    std::string jackFolder = "/dev/shm"; // where JACK 2 keeps its sockets
+  };
+  LinuxAudio(std::shared_ptr<const ProcKernel> kernel, Servers servers);
+
+  bool isAvailable() const override { return true; }
+
+  // Waits 200 ms at most in all. A server that did not answer the last question is not waited for again until
+  // it has said something since.
+  std::set<Pid> runningOutput() override;
+
+ private:
+  std::vector<Player> serverPlayers();
+  void addClaimed(const std::vector<Player>& players, std::set<Pid>& heard) const;
+  std::vector<AlsaPlayback> playbacksOfApps(std::set<Pid>& heard) const;
+  void addDirect(std::set<Pid>& heard) const;
+  bool isJackRunning() const;
+
+  std::shared_ptr<const ProcKernel> m_kernel;
+  std::string m_jackFolder;
+  PipeWireQuestion m_pipeWire;
+  PulseAudioQuestion m_pulseAudio;
+};
+
+} // namespace vantle

@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/audio/SoundQuestion.h"
+
+namespace vantle {
+
+void askTogether(const std::vector<SoundQuestion*>& questions,
+                 std::chrono::steady_clock::time_point deadline) {
+  for (SoundQuestion* question : questions) question->ask();
+  for (;;) {
+    std::vector<pollfd> waited;
+    for (SoundQuestion* question : questions) {
+      if (question->isAsking()) question->advance();
+      if (!question->isAsking()) continue;
+      const std::vector<pollfd> own = question->watch();
+      waited.insert(waited.end(), own.begin(), own.end());
+    }
+    using Milliseconds = std::chrono::milliseconds;
+    const auto left = std::chrono::ceil<Milliseconds>(deadline - std::chrono::steady_clock::now()).count();
+    if (waited.empty() || left <= 0) break;
+    ::poll(waited.data(), waited.size(), static_cast<int>(left));
+  }
+  for (SoundQuestion* question : questions) {
+    if (question->isAsking()) question->giveUp();
+  }
+}
+
+} // namespace vantle

@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/audio/pipewire/SoundGraph.h"
+
+#include "platform/linux/audio/AudioStreams.h"
+
+#include <charconv>
+#include <cstddef>
+#include <string_view>
+#include <system_error>
+
+namespace vantle {
+
+namespace {
+
+constexpr std::size_t mostObjects = 16384; // of a kind; a studio has some hundreds
+constexpr std::uint32_t stateRunning = 3;  // PW_NODE_STATE_RUNNING
+
+std::string valueOf(const PipeWireProperties& properties, std::string_view name) {
+  const auto found = properties.find(name);
+  return found == properties.end() ? std::string() : found->second;
+}
+
+std::optional<std::uint32_t> numberOf(const PipeWireProperties& properties, std::string_view name) {
+  const std::string text = valueOf(properties, name);
+  std::uint32_t number = 0;
+  const auto [stop, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (text.empty() || error != std::errc{} || stop != text.data() + text.size()) return std::nullopt;
+  return number;
+}
+
+// Nobody's when it names no process.
+ProcessClaim claimIn(const PipeWireProperties& properties) {
+  return {pidFromText(valueOf(properties, "application.process.id")).value_or(0),
+          valueOf(properties, "application.process.binary"),
+          valueOf(properties, "application.process.machine-id"),
+          valueOf(properties, "pipewire.access.portal.app_id")};
+}
+
+} // namespace
+
+void SoundGraph::add(const PipeWireGlobal& global) {
+  const PipeWireProperties& properties = global.properties;
+  if (global.kind == PipeWireKind::node && m_nodes.size() < mostObjects) {
+    const std::string media = valueOf(properties, "media.class");
+    // A duplex device is both sides of one.
+    const bool isSink = media == "Audio/Sink" || media == "Audio/Duplex";
+    m_nodes[global.id] = {isSink, numberOf(properties, "client.id"), false, {}};
+  } else if (global.kind == PipeWireKind::link && m_sources.size() < mostObjects) {
+    const std::optional<std::uint32_t> from = numberOf(properties, "link.output.node");
+    const std::optional<std::uint32_t> to = numberOf(properties, "link.input.node");
+    if (from && to) m_sources.emplace(*to, *from);
+  }
+}
+
+std::set<std::uint32_t> SoundGraph::leadingToSinks() const {
+  std::set<std::uint32_t> found;
+  std::vector<std::uint32_t> ahead;
+  for (const auto& [id, node] : m_nodes) {
+    if (node.isSink) ahead.push_back(id);
+  }
+  while (!ahead.empty()) {
+    const std::uint32_t node = ahead.back();
+    ahead.pop_back();
+    const auto [first, last] = m_sources.equal_range(node);
+    for (auto source = first; source != last; ++source) {
+      if (m_nodes.contains(source->second) && found.insert(source->second).second)
+        ahead.push_back(source->second);
+    }
+  }
+  return found;
+}
+
+std::optional<std::uint32_t> SoundGraph::clientOf(std::uint32_t node) const {
+  const auto found = m_nodes.find(node);
+  return found == m_nodes.end() ? std::nullopt : found->second.client;
+}
+
+void SoundGraph::addNodeInfo(std::uint32_t node, const PipeWireInfo& info) {
+  const auto found = m_nodes.find(node);
+  if (found == m_nodes.end()) return;
+  if (info.state) found->second.isRunning = *info.state == stateRunning;
+  found->second.properties = info.properties;
+}
+
+void SoundGraph::addClientInfo(std::uint32_t client, const PipeWireInfo& info) {
+  if (m_clients.size() < mostObjects) m_clients[client] = info.properties;
+}
+
+// The number that the server found on its socket is right whatever sandbox the client is in. For PulseAudio's
+// clients that is the server which speaks for them; what they say of themselves is handed on, by the stream
+// or by the client.
+Player SoundGraph::playerOf(const Node& node) const {
+  const auto client = node.client ? m_clients.find(*node.client) : m_clients.end();
+  if (client == m_clients.end()) return {};
+  ProcessClaim claim = claimIn(client->second);
+  if (valueOf(client->second, "client.api") != "pipewire-pulse") {
+    const Pid pid = pidFromText(valueOf(client->second, "pipewire.sec.pid")).value_or(0);
+    return {pid, std::move(claim)};
+  }
+  return {0, completed(claimIn(node.properties), claim)};
+}
+
+std::vector<Player> SoundGraph::players() const {
+  std::vector<Player> players;
+  for (const std::uint32_t id : leadingToSinks()) {
+    const Node& node = m_nodes.at(id);
+    if (!node.isRunning) continue;
+    Player player = playerOf(node);
+    if (player.pid != 0 || player.claim.pid != 0) players.push_back(std::move(player));
+  }
+  return players;
+}
+
+} // namespace vantle

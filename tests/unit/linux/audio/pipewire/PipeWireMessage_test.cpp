@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/audio/pipewire/PipeWireMessage.h"
+
+#include <array>
+#include <gtest/gtest.h>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace vantle {
+namespace {
+
+std::string word(std::uint32_t value) { return {reinterpret_cast<const char*>(&value), sizeof value}; }
+
+// What PipeWire 0.3.65 writes, in the words of its protocol.
+std::string message(std::uint32_t object, std::uint32_t opcode, const PodWriter& content) {
+  const std::string body = PodWriter().structure(content).bytes();
+  return word(object) + word(opcode << 24U | static_cast<std::uint32_t>(body.size())) + word(7) + word(0) +
+         body;
+}
+std::string global(std::int32_t id, const char* type,
+                   const std::vector<std::pair<std::string, std::string>>& properties) {
+  PodWriter list;
+  list.int32(static_cast<std::int32_t>(properties.size()));
+  for (const auto& [name, value] : properties) list.text(name).text(value);
+  return message(pipeWireRegistry, 0, PodWriter().int32(id).int32(0x1ff).text(type).int32(3).structure(list));
+}
+
+struct Reading : testing::Test {
+  std::vector<PipeWireEvent> all() {
+    std::vector<PipeWireEvent> events;
+    const auto kindOf = [](std::uint32_t object) {
+      return object == 3 ? PipeWireKind::node : PipeWireKind::other;
+    };
+    for (auto event = reader.next(kindOf); event; event = reader.next(kindOf)) events.push_back(*event);
+    return events;
+  }
+  PipeWireReader reader;
+};
+
+TEST(Pod, WhatIsWrittenIsRead) {
+  PodWriter inner;
+  inner.text("seven b").text("").int32(-1);
+  const std::string bytes = PodWriter().int32(42).structure(inner).text("end").bytes();
+  EXPECT_EQ(bytes.size() % 8, 0U);
+  PodReader outer(bytes);
+  EXPECT_EQ(outer.int32(), 42);
+  auto structure = outer.structure();
+  ASSERT_TRUE(structure);
+  EXPECT_EQ(structure->text(), "seven b");
+  EXPECT_EQ(structure->text(), "");
+  EXPECT_EQ(structure->int32(), -1);
+  EXPECT_TRUE(structure->isAtEnd());
+  EXPECT_EQ(outer.text(), "end");
+  EXPECT_TRUE(outer.isAtEnd());
+  EXPECT_EQ(outer.text(), std::nullopt);
+}
+
+TEST(Pod, AWrongTypeEndsTheReading) {
+  const std::string bytes = PodWriter().text("7").int32(7).bytes();
+  PodReader reader(bytes);
+  EXPECT_EQ(reader.int32(), std::nullopt);
+  EXPECT_EQ(reader.int32(), std::nullopt) << "nobody knows what stands there";
+}
+
+TEST(Pod, WhatIsCutShortIsAbsent) {
+  const std::string whole = PodWriter().text("a text of some length").bytes();
+  for (std::size_t length = 0; length < whole.size(); ++length) {
+    EXPECT_EQ(PodReader(std::string_view(whole).substr(0, length)).text(), std::nullopt) << length;
+  }
+  EXPECT_TRUE(PodReader(whole).text());
+}
+
+TEST(Pod, ATextThatIsNoneIsEmpty) {
+  const std::string none = word(0) + word(static_cast<std::uint32_t>(PodType::none));
+  EXPECT_EQ(PodReader(none).text(), "");
+}
+
+TEST(Pod, ANumberTooShortForItsTypeIsAbsent) {
+  const std::string bytes = word(2) + word(static_cast<std::uint32_t>(PodType::int32)) + word(7) + word(0);
+  EXPECT_EQ(PodReader(bytes).int32(), std::nullopt);
+}
+
+TEST_F(Reading, MessagesInPiecesOfAnySize) {
+  const std::string bytes = global(54, "PipeWire:Interface:Node", {{"media.class", "Audio/Sink"}}) +
+                            message(pipeWireCore, 1, PodWriter().int32(0).int32(2));
+  for (const char byte : bytes.substr(0, bytes.size() - 1)) reader.append(std::string(1, byte));
+  EXPECT_EQ(all().size(), 1U);
+  reader.append(bytes.substr(bytes.size() - 1));
+  const std::vector<PipeWireEvent> rest = all();
+  ASSERT_EQ(rest.size(), 1U);
+  EXPECT_EQ(std::get<PipeWireDone>(rest[0]).sequence, 2);
+}
+
+TEST_F(Reading, AGlobalWithItsProperties) {
+  reader.append(global(54, "PipeWire:Interface:Node", {{"media.class", "Audio/Sink"}, {"client.id", "7"}}));
+  reader.append(global(55, "PipeWire:Interface:Link", {}));
+  reader.append(global(56, "PipeWire:Interface:Client", {}));
+  reader.append(global(57, "PipeWire:Interface:Port", {}));
+  const std::vector<PipeWireEvent> events = all();
+  ASSERT_EQ(events.size(), 4U);
+  const auto& node = std::get<PipeWireGlobal>(events[0]);
+  EXPECT_EQ(node.id, 54U);
+  EXPECT_EQ(node.kind, PipeWireKind::node);
+  EXPECT_EQ(node.properties.at("media.class"), "Audio/Sink");
+  EXPECT_EQ(node.properties.at("client.id"), "7");
+  EXPECT_EQ(std::get<PipeWireGlobal>(events[1]).kind, PipeWireKind::link);
+  EXPECT_EQ(std::get<PipeWireGlobal>(events[2]).kind, PipeWireKind::client);
+  EXPECT_EQ(std::get<PipeWireGlobal>(events[3]).kind, PipeWireKind::other);
+}
+
+TEST_F(Reading, WhatIsNotAskedForTellsNothing) {
+  reader.append(message(pipeWireCore, 0, PodWriter().int32(0)));                      // who the core is
+  reader.append(message(pipeWireCore, 1, PodWriter().int32(0)));                      // half an answer
+  reader.append(message(pipeWireRegistry, 1, PodWriter().int32(54)));                 // something has gone
+  reader.append(message(pipeWireRegistry, 0, PodWriter().int32(54).text("no type"))); // not a global
+  reader.append(message(9, 0, PodWriter().int32(54)));                                // nothing of ours
+  reader.append(word(3) + word(8) + word(0) + word(0) + word(0) + word(1));           // no structure
+  reader.append(word(3) + word(0) + word(0) + word(0));                               // nothing at all
+  const std::vector<PipeWireEvent> events = all();
+  ASSERT_EQ(events.size(), 7U);
+  for (const PipeWireEvent& event : events) EXPECT_TRUE(std::holds_alternative<std::monostate>(event));
+}
+
+TEST_F(Reading, APropertyListThatIsShorterThanItSays) {
+  PodWriter list;
+  list.int32(2).text("media.class").text("Audio/Sink").text("client.id");
+  reader.append(
+      message(pipeWireRegistry, 0,
+              PodWriter().int32(1).int32(1).text("PipeWire:Interface:Node").int32(3).structure(list)));
+  list = PodWriter().int32(-1);
+  reader.append(
+      message(pipeWireRegistry, 0,
+              PodWriter().int32(1).int32(1).text("PipeWire:Interface:Node").int32(3).structure(list)));
+  const std::vector<PipeWireEvent> events = all();
+  ASSERT_EQ(events.size(), 2U);
+  for (const PipeWireEvent& event : events) EXPECT_TRUE(std::holds_alternative<std::monostate>(event));
+}
+
+} // namespace
+} // namespace vantle
