@@ -37,6 +37,7 @@ class PrivateSession {
   const std::string& busAddress() const { return m_busAddress; }
   const Environment& environment() const { return m_environment; }
   void setEnvironment(const std::string& name, const std::string& value) { m_environment[name] = value; }
+  void unsetEnvironment(const std::string& name) { m_environment.erase(name); }
 
   // Starts an app as a desktop does: a session of its own, the desktop's environment and user.
   Program& launch(std::vector<std::string> command, const Environment& added = {});

@@ -56,7 +56,8 @@ SoundServer::SoundServer(PrivateSession& session)
   }
   m_session.launch({"wireplumber"});
   startPulse();
-  m_session.setEnvironment("SDL_AUDIODRIVER", "pulseaudio");
+  // Each version of SDL has other names for its drivers, and is silent when it does not know the name.
+  m_session.unsetEnvironment("SDL_AUDIODRIVER");
 }
 
 std::string SoundServer::pipeWire() const { return m_session.runtimeDir() / "pipewire-0"; }
