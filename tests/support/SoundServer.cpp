@@ -66,9 +66,10 @@ void SoundServer::startPulse() {
   fs::remove(m_pulseSocket);
   m_pulse = &m_session.launch({"pipewire-pulse"});
   require("the sound server", [this] { return fs::is_socket(m_pulseSocket); });
-  if (!m_session.run({"pactl", "load-module", "module-null-sink", "sink_name=null0"})) {
-    throw std::runtime_error("no sink");
-  }
+  // Its socket is there before anybody listens at it.
+  require("a sink", [this] {
+    return m_session.run({"pactl", "load-module", "module-null-sink", "sink_name=null0"});
+  });
   // Known to the session manager as well: what plays earlier may never be connected to it.
   require("a sink for everybody", [this] {
     return m_session.run({"sh", "-c", "test \"$(pactl get-default-sink)\" = null0"});

@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/audio/SoundQuestion.h"
+#include "platform/posix/process/Question.h"
 
 namespace vantle {
 
-void askTogether(const std::vector<SoundQuestion*>& questions,
-                 std::chrono::steady_clock::time_point deadline) {
-  for (SoundQuestion* question : questions) question->ask();
+void askTogether(const std::vector<Question*>& questions, std::chrono::steady_clock::time_point deadline) {
+  for (Question* question : questions) question->ask();
   for (;;) {
     std::vector<pollfd> waited;
-    for (SoundQuestion* question : questions) {
+    for (Question* question : questions) {
       if (question->isAsking()) question->advance();
       if (!question->isAsking()) continue;
       const std::vector<pollfd> own = question->watch();
@@ -19,7 +18,7 @@ void askTogether(const std::vector<SoundQuestion*>& questions,
     if (waited.empty() || left <= 0) break;
     ::poll(waited.data(), waited.size(), static_cast<int>(left));
   }
-  for (SoundQuestion* question : questions) {
+  for (Question* question : questions) {
     if (question->isAsking()) question->giveUp();
   }
 }
