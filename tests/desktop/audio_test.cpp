@@ -158,6 +158,7 @@ TEST_F(Audio, HearsTheClientsOfJackWithoutPipeWire) {
   EXPECT_TRUE(waitUntil([&] { return isHeardNow(sandboxed); })) << "in a sandbox";
   const Program& bystander = desktop.launch({"sleep", "1000"});
   EXPECT_FALSE(isHeardNow(bystander));
+  for (Program* client : {&metro, &sandboxed}) client->kill(); // the server then leaves nothing behind
 }
 
 // Nothing but its links says that it is heard: it has no stream of a player's kind.
@@ -206,6 +207,27 @@ TEST_F(Audio, APausedPlayerIsNotHeard) {
   expectSilent("paused", player);
   player.signal(SIGUSR2);
   expectHeard("playing on", player);
+}
+
+TEST_F(Audio, WhoeverWasMadeSilentIsNotHeard) {
+  LinuxAudio withoutPipeWire = asking("", sound.address());
+  Program& player = desktop.launch({tonePlayer()});
+  const auto heardByBoth = [&](bool expected) {
+    return isHeard(player) == expected && isAmong(withoutPipeWire.runningOutput(), player) == expected;
+  };
+  EXPECT_TRUE(waitUntil([&] { return heardByBoth(true); }));
+  const auto change = [&](const std::string& what, const std::string& value) {
+    const std::string stream = "$(pactl list short sink-inputs | cut -f1) ";
+    return desktop.run({"sh", "-c", "pactl set-sink-input-" + what + " " + stream + value});
+  };
+  ASSERT_TRUE(change("mute", "1"));
+  EXPECT_TRUE(waitUntil([&] { return heardByBoth(false); })) << "muted";
+  ASSERT_TRUE(change("mute", "0"));
+  EXPECT_TRUE(waitUntil([&] { return heardByBoth(true); })) << "not any more";
+  ASSERT_TRUE(change("volume", "0%"));
+  EXPECT_TRUE(waitUntil([&] { return heardByBoth(false); })) << "turned down";
+  ASSERT_TRUE(change("volume", "10%"));
+  EXPECT_TRUE(waitUntil([&] { return heardByBoth(true); })) << "up again";
 }
 
 TEST_F(Audio, TheChildThatPlaysIsTheOneHeard) {

@@ -28,6 +28,8 @@ SoundGraph graphOf(const std::string& bytes, std::size_t piece, std::size_t& eve
       const auto* info = std::get_if<PipeWireInfo>(&*event);
       if (info && info->state) graph.addNodeInfo(info->object, *info);
       if (info && !info->state) graph.addClientInfo(info->object, *info);
+      const auto* loudness = std::get_if<PipeWireLoudness>(&*event);
+      if (loudness && loudness->isMuted) graph.setMuted(loudness->object);
     }
   }
   return graph;

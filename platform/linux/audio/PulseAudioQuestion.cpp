@@ -23,6 +23,10 @@ ProcessClaim claimIn(const pa_proplist* properties) {
           propertyOf(properties, PA_PROP_APPLICATION_PROCESS_MACHINE_ID), ""};
 }
 
+bool isMuted(const pa_sink_input_info& input) {
+  return input.mute || (input.has_volume && pa_cvolume_is_muted(&input.volume));
+}
+
 struct FreeMainLoop {
   void operator()(pa_mainloop* loop) const { pa_mainloop_free(loop); }
 };
@@ -113,7 +117,7 @@ class PulseAudioQuestion::Connection {
     AudioStreams& streams = static_cast<Connection*>(self)->m_streams;
     if (end != 0) {
       streams.inputsKnown = end > 0;
-    } else if (!input->corked) {
+    } else if (!input->corked && !isMuted(*input)) {
       streams.addInput(input->client, claimIn(input->proplist));
     }
   }

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstring>
 #include <utility>
+#include <vector>
 
 namespace vantle {
 
@@ -27,7 +28,14 @@ constexpr std::uint32_t callClientUpdateProperties = 2;
 constexpr std::uint32_t callRegistryBind = 1;
 constexpr std::uint32_t eventCoreDone = 1;
 constexpr std::uint32_t eventRegistryGlobal = 0;
+constexpr std::uint32_t callNodeEnumParams = 2;
 constexpr std::uint32_t eventInfo = 0;
+constexpr std::uint32_t eventNodeParam = 1;
+
+// spa/param/param.h and props.h
+constexpr std::uint32_t paramProps = 2;
+constexpr std::uint32_t propMute = 0x10004;
+constexpr std::uint32_t propChannelVolumes = 0x10008;
 
 std::uint32_t wordAt(std::string_view bytes, std::size_t at) {
   std::uint32_t word = 0;
@@ -95,6 +103,27 @@ PipeWireEvent nodeInfoIn(std::uint32_t object, PodReader& content) {
   return PipeWireInfo{object, state, std::move(*known)};
 }
 
+PipeWireEvent loudnessIn(std::uint32_t object, PodReader& content) {
+  const bool hasSequence = content.int32().has_value();
+  const std::optional<std::uint32_t> kind = content.id();
+  const bool hasPlace = content.int32() && content.int32(); // in the list, and of the next
+  std::optional<PodReader> values = content.object();
+  if (!hasSequence || kind != paramProps || !hasPlace || !values) return {};
+  PipeWireLoudness loudness{object, false};
+  while (const std::optional<std::uint32_t> key = values->key()) {
+    if (key == propMute) {
+      loudness.isMuted |= values->boolean().value_or(false);
+    } else if (key == propChannelVolumes) {
+      const std::vector<float> volumes = values->floats().value_or(std::vector<float>{});
+      const auto isNothing = [](float volume) { return volume == 0; };
+      loudness.isMuted |= !volumes.empty() && std::all_of(volumes.begin(), volumes.end(), isNothing);
+    } else if (!values->skip()) {
+      break;
+    }
+  }
+  return loudness;
+}
+
 PipeWireEvent doneIn(PodReader& content) {
   const bool hasId = content.int32().has_value();
   const std::optional<std::int32_t> sequence = content.int32();
@@ -115,6 +144,11 @@ std::string pipeWireHello(std::string_view name) {
 
 std::string pipeWireSync(std::int32_t sequence) {
   return message(pipeWireCore, callCoreSync, PodWriter().int32(signedOf(pipeWireCore)).int32(sequence));
+}
+
+std::string pipeWireAskLoudness(std::uint32_t object) {
+  return message(object, callNodeEnumParams,
+                 PodWriter().int32(0).id(paramProps).int32(0).int32(-1).none()); // all from the first on
 }
 
 std::string pipeWireBind(std::uint32_t global, PipeWireKind kind, std::uint32_t object) {
@@ -147,7 +181,11 @@ PipeWireEvent PipeWireReader::eventOf(const Message& message, PipeWireKind bound
   if (!content) return {};
   if (message.object == pipeWireCore && message.opcode == eventCoreDone) return doneIn(*content);
   if (message.object == pipeWireRegistry && message.opcode == eventRegistryGlobal) return globalIn(*content);
-  if (message.object < pipeWireFirstBound || message.opcode != eventInfo) return {};
+  if (message.object < pipeWireFirstBound) return {};
+  if (bound == PipeWireKind::node && message.opcode == eventNodeParam) {
+    return loudnessIn(message.object, *content);
+  }
+  if (message.opcode != eventInfo) return {};
   if (bound == PipeWireKind::node) return nodeInfoIn(message.object, *content);
   return bound == PipeWireKind::client ? clientInfoIn(message.object, *content) : PipeWireEvent{};
 }

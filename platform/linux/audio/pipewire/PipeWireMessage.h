@@ -44,11 +44,18 @@ struct PipeWireInfo {
   std::optional<std::uint32_t> state;
   PipeWireProperties properties;
 };
-using PipeWireEvent = std::variant<std::monostate, PipeWireDone, PipeWireGlobal, PipeWireInfo>;
+// How loud a bound node was made.
+struct PipeWireLoudness {
+  std::uint32_t object = 0;
+  bool isMuted = false; // or turned down to nothing
+};
+using PipeWireEvent =
+    std::variant<std::monostate, PipeWireDone, PipeWireGlobal, PipeWireInfo, PipeWireLoudness>;
 
 // Calls to write.
 std::string pipeWireHello(std::string_view name); // who is there, and: what is there?
 std::string pipeWireSync(std::int32_t sequence);
+std::string pipeWireAskLoudness(std::uint32_t object); // of a bound node
 // The kind is a node or a client.
 std::string pipeWireBind(std::uint32_t global, PipeWireKind kind, std::uint32_t object);
 

@@ -94,6 +94,8 @@ void PipeWireQuestion::take(const PipeWireEvent& event) {
     m_graph.add(*global);
   } else if (const auto* info = std::get_if<PipeWireInfo>(&event)) {
     take(*info);
+  } else if (const auto* loudness = std::get_if<PipeWireLoudness>(&event)) {
+    if (loudness->isMuted) m_graph.setMuted(m_bound.at(loudness->object - pipeWireFirstBound).global);
   }
 }
 
@@ -124,6 +126,7 @@ void PipeWireQuestion::bind(PipeWireKind kind, std::uint32_t global) {
   const auto object = static_cast<std::uint32_t>(pipeWireFirstBound + m_bound.size());
   m_bound.push_back({kind, global});
   m_toSend += pipeWireBind(global, kind, object);
+  if (kind == PipeWireKind::node) m_toSend += pipeWireAskLoudness(object);
 }
 
 void PipeWireQuestion::look() {

@@ -64,6 +64,40 @@ std::optional<PodReader> PodReader::structure() {
   return body ? std::optional(PodReader(*body)) : std::nullopt;
 }
 
+std::optional<PodReader> PodReader::object() {
+  constexpr std::size_t kindBytes = 8; // what it is an object of
+  const std::optional<std::string_view> body = bodyOf(PodType::object);
+  if (!body || body->size() < kindBytes) return std::nullopt;
+  return PodReader(body->substr(kindBytes));
+}
+
+std::optional<std::uint32_t> PodReader::key() {
+  constexpr std::size_t keyBytes = 8; // with its flags
+  if (m_rest.size() < keyBytes) return std::nullopt;
+  const auto key = numberAt<std::uint32_t>(m_rest);
+  m_rest.remove_prefix(keyBytes);
+  return key;
+}
+
+std::optional<bool> PodReader::boolean() {
+  const std::optional<std::uint32_t> value = fixed<std::uint32_t>(PodType::boolean);
+  return value ? std::optional(*value != 0) : std::nullopt;
+}
+
+std::optional<std::vector<float>> PodReader::floats() {
+  const std::optional<std::string_view> body = bodyOf(PodType::array);
+  if (!body || body->size() < headBytes) return std::nullopt;
+  const bool isOfFloats =
+      numberAt<std::uint32_t>(*body) == sizeof(float) &&
+      numberAt<std::uint32_t>(body->substr(4)) == static_cast<std::uint32_t>(PodType::float32);
+  if (!isOfFloats) return std::nullopt;
+  std::vector<float> numbers;
+  for (std::size_t at = headBytes; at + sizeof(float) <= body->size(); at += sizeof(float)) {
+    numbers.push_back(numberAt<float>(body->substr(at)));
+  }
+  return numbers;
+}
+
 bool PodReader::skip() { return next().has_value(); }
 
 void PodWriter::append(PodType type, std::string_view body) {
@@ -75,6 +109,16 @@ void PodWriter::append(PodType type, std::string_view body) {
 
 PodWriter& PodWriter::int32(std::int32_t value) {
   append(PodType::int32, bytesOf(value));
+  return *this;
+}
+
+PodWriter& PodWriter::id(std::uint32_t value) {
+  append(PodType::id, bytesOf(value));
+  return *this;
+}
+
+PodWriter& PodWriter::none() {
+  append(PodType::none, {});
   return *this;
 }
 

@@ -6,12 +6,24 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vantle {
 
 // A value as PipeWire's protocol writes it: size and type (32 bits each, of this machine's byte order), then
 // the body, filled up to a multiple of 8 bytes. The numbers of the types are those of its spa/utils/type.h.
-enum class PodType : std::uint32_t { none = 1, id = 3, int32 = 4, int64 = 5, text = 8, structure = 14 };
+enum class PodType : std::uint32_t {
+  none = 1,
+  boolean = 2,
+  id = 3,
+  int32 = 4,
+  int64 = 5,
+  float32 = 6,
+  text = 8,
+  array = 13,
+  structure = 14,
+  object = 15
+};
 
 // Reads one value after the other. What does not have the type that is asked for, or is cut short, is absent,
 // and so is everything behind it.
@@ -26,7 +38,12 @@ class PodReader {
   std::optional<std::string_view> text();
   // What is in the structure. Shares the bytes.
   std::optional<PodReader> structure();
-  bool skip(); // a value of whatever type
+  // What is in the object: keys, each before its value.
+  std::optional<PodReader> object();
+  std::optional<std::uint32_t> key();
+  std::optional<bool> boolean();
+  std::optional<std::vector<float>> floats(); // an array of them
+  bool skip();                                // a value of whatever type
 
   bool isAtEnd() const { return m_rest.empty(); }
 
@@ -46,6 +63,8 @@ class PodReader {
 class PodWriter {
  public:
   PodWriter& int32(std::int32_t value);
+  PodWriter& id(std::uint32_t value);
+  PodWriter& none();
   PodWriter& text(std::string_view value);
   PodWriter& structure(const PodWriter& content);
   const std::string& bytes() const { return m_bytes; }

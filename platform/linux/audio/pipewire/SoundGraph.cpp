@@ -44,7 +44,7 @@ void SoundGraph::add(const PipeWireGlobal& global) {
     const std::string media = valueOf(properties, "media.class");
     // A duplex device is both sides of one.
     const bool isSink = media == "Audio/Sink" || media == "Audio/Duplex";
-    m_nodes[global.id] = {isSink, numberOf(properties, "client.id"), false, {}};
+    m_nodes[global.id] = {isSink, numberOf(properties, "client.id"), false, false, {}};
   } else if (global.kind == PipeWireKind::link && m_sources.size() < mostObjects) {
     const std::optional<std::uint32_t> from = numberOf(properties, "link.output.node");
     const std::optional<std::uint32_t> to = numberOf(properties, "link.input.node");
@@ -82,6 +82,11 @@ void SoundGraph::addNodeInfo(std::uint32_t node, const PipeWireInfo& info) {
   found->second.properties = info.properties;
 }
 
+void SoundGraph::setMuted(std::uint32_t node) {
+  const auto found = m_nodes.find(node);
+  if (found != m_nodes.end()) found->second.isMuted = true;
+}
+
 void SoundGraph::addClientInfo(std::uint32_t client, const PipeWireInfo& info) {
   if (m_clients.size() < mostObjects) m_clients[client] = info.properties;
 }
@@ -104,7 +109,7 @@ std::vector<Player> SoundGraph::players() const {
   std::vector<Player> players;
   for (const std::uint32_t id : leadingToSinks()) {
     const Node& node = m_nodes.at(id);
-    if (!node.isRunning) continue;
+    if (!node.isRunning || node.isMuted) continue;
     Player player = playerOf(node);
     if (player.pid != 0 || player.claim.pid != 0) players.push_back(std::move(player));
   }

@@ -24,9 +24,10 @@ class SoundGraph {
 
   // What an object says of itself when asked, by its global number.
   void addNodeInfo(std::uint32_t node, const PipeWireInfo& info);
+  void setMuted(std::uint32_t node);
   void addClientInfo(std::uint32_t client, const PipeWireInfo& info);
 
-  // Whoever has a node that runs and leads to a sink.
+  // Whoever has a node that runs, is not muted and leads to a sink.
   std::vector<Player> players() const;
 
  private:
@@ -34,6 +35,7 @@ class SoundGraph {
     bool isSink = false;
     std::optional<std::uint32_t> client;
     bool isRunning = false;
+    bool isMuted = false;
     PipeWireProperties properties;
   };
 

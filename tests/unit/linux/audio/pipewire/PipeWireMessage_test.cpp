@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/audio/pipewire/PipeWireMessage.h"
 
-#include <array>
 #include <gtest/gtest.h>
+#include <optional>
 #include <string>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -24,6 +25,21 @@ std::string global(std::int32_t id, const char* type,
   list.int32(static_cast<std::int32_t>(properties.size()));
   for (const auto& [name, value] : properties) list.text(name).text(value);
   return message(pipeWireRegistry, 0, PodWriter().int32(id).int32(0x1ff).text(type).int32(3).structure(list));
+}
+
+std::string pod(std::uint32_t type, const std::string& body) {
+  return word(static_cast<std::uint32_t>(body.size())) + word(type) + body +
+         std::string((8 - body.size() % 8) % 8, '\0');
+}
+
+// A node's answer with one key, which is about loudness when the kind is 2.
+std::string parameter(std::uint32_t kind, std::uint32_t key, const std::string& value) {
+  const std::string object = word(0x40002) + word(2) + word(0x1000b) + word(0) +
+                             pod(4, word(7)) + // another key
+                             word(key) + word(0) + value;
+  const std::string body =
+      pod(14, pod(4, word(0)) + pod(3, word(kind)) + pod(4, word(0)) + pod(4, word(1)) + pod(15, object));
+  return word(3) + word(1U << 24U | static_cast<std::uint32_t>(body.size())) + word(0) + word(0) + body;
 }
 
 struct Reading : testing::Test {
@@ -107,6 +123,30 @@ TEST_F(Reading, AGlobalWithItsProperties) {
   EXPECT_EQ(std::get<PipeWireGlobal>(events[1]).kind, PipeWireKind::link);
   EXPECT_EQ(std::get<PipeWireGlobal>(events[2]).kind, PipeWireKind::client);
   EXPECT_EQ(std::get<PipeWireGlobal>(events[3]).kind, PipeWireKind::other);
+}
+
+TEST_F(Reading, HowLoudANodeWasMade) {
+  constexpr std::uint32_t mute = 0x10004;
+  constexpr std::uint32_t volumes = 0x10008;
+  const auto floats = [](const std::vector<float>& values) {
+    std::string body = word(4) + word(6);
+    for (const float value : values) body.append(reinterpret_cast<const char*>(&value), sizeof value);
+    return pod(13, body);
+  };
+  const auto isMutedBy = [&](const std::string& message) -> std::optional<bool> {
+    reader.append(message);
+    const std::vector<PipeWireEvent> events = all();
+    const auto* loudness = events.size() == 1 ? std::get_if<PipeWireLoudness>(&events[0]) : nullptr;
+    return loudness ? std::optional(loudness->isMuted) : std::nullopt;
+  };
+  EXPECT_EQ(isMutedBy(parameter(2, mute, pod(2, word(1)))), true);
+  EXPECT_EQ(isMutedBy(parameter(2, mute, pod(2, word(0)))), false);
+  EXPECT_EQ(isMutedBy(parameter(2, volumes, floats({0, 0}))), true);
+  EXPECT_EQ(isMutedBy(parameter(2, volumes, floats({0, 0.5F}))), false);
+  EXPECT_EQ(isMutedBy(parameter(2, volumes, floats({}))), false);
+  EXPECT_EQ(isMutedBy(parameter(2, volumes, pod(13, word(4) + word(4) + word(0)))), false) << "no floats";
+  EXPECT_EQ(isMutedBy(parameter(2, mute, pod(4, word(1)))), false) << "no truth value";
+  EXPECT_EQ(isMutedBy(parameter(3, mute, pod(2, word(1)))), std::nullopt) << "about something else";
 }
 
 TEST_F(Reading, WhatIsNotAskedForTellsNothing) {

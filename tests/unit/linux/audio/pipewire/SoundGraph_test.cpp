@@ -58,6 +58,17 @@ TEST_F(Graph, WhoeverIsLinkedToASinkAndRunsIsHeard) {
   EXPECT_THAT(pids(), ElementsAre(100));
 }
 
+TEST_F(Graph, WhatIsMutedIsNotHeard) {
+  node(50, 60);
+  link(50, sink);
+  isIn(running, 50);
+  client(60, {{"pipewire.sec.pid", "100"}});
+  graph.setMuted(77);
+  EXPECT_THAT(pids(), ElementsAre(100));
+  graph.setMuted(50);
+  EXPECT_THAT(pids(), IsEmpty());
+}
+
 TEST_F(Graph, SoundIsFollowedThroughFiltersAndAroundCircles) {
   node(50, 60);
   node(51, 61, "");           // a JACK client has no class
