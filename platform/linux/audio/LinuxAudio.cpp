@@ -19,6 +19,7 @@ namespace vantle {
 namespace {
 
 constexpr std::chrono::milliseconds longestWait{200};
+constexpr std::chrono::milliseconds longestLook{100}; // of it, at what processes have open
 
 // What a client of JACK 2 has open of each other client, "/dev/shm/jack_sem.1000_default_system".
 constexpr std::string_view jackSemaphore = "/jack_sem.";
@@ -38,8 +39,8 @@ LinuxAudio::LinuxAudio(std::shared_ptr<const ProcKernel> kernel, Servers servers
     : m_kernel(std::move(kernel)), m_jackFolder(std::move(servers.jackFolder)),
       m_pipeWire(std::move(servers.pipeWire)), m_pulseAudio(std::move(servers.pulseAudio)) {}
 
-std::vector<Player> LinuxAudio::serverPlayers() {
-  askTogether({&m_pipeWire, &m_pulseAudio}, std::chrono::steady_clock::now() + longestWait);
+std::vector<Player> LinuxAudio::serverPlayers(Moment deadline) {
+  askTogether({&m_pipeWire, &m_pulseAudio}, deadline);
   const std::optional<std::vector<Player>> ofPipeWire = m_pipeWire.players();
   std::vector<Player> players = ofPipeWire.value_or(std::vector<Player>{});
   if (ofPipeWire && m_pulseAudio.isPipeWire()) return players;
@@ -77,12 +78,13 @@ std::vector<AlsaPlayback> LinuxAudio::playbacksOfApps(std::set<Pid>& heard) cons
 
 // JACK 2 knows nothing but names of its clients, and ALSA's mixer lets any number of processes into the one
 // stream that somebody has opened: both show in what processes have open. That is looked for only while there
-// is such a server or such a stream.
-void LinuxAudio::addDirect(std::set<Pid>& heard) const {
+// is such a server or such a stream, and as long as there is time: somebody may have very much open.
+void LinuxAudio::addDirect(std::set<Pid>& heard, Moment deadline) const {
   const std::vector<AlsaPlayback> playbacks = playbacksOfApps(heard);
   const bool isJack = isJackRunning();
   if (playbacks.empty() && !isJack) return;
   for (const Pid pid : m_kernel->processes()) {
+    if (std::chrono::steady_clock::now() >= deadline) break;
     if (isHolder(m_kernel->openFiles(pid), playbacks, isJack)) heard.insert(pid);
   }
 }
@@ -100,9 +102,10 @@ bool LinuxAudio::isJackRunning() const {
 }
 
 std::set<Pid> LinuxAudio::runningOutput() {
+  const Moment start = std::chrono::steady_clock::now();
   std::set<Pid> heard;
-  addClaimed(serverPlayers(), heard);
-  addDirect(heard);
+  addDirect(heard, start + longestLook); // first: a server that hangs would leave no time for it
+  addClaimed(serverPlayers(start + longestWait), heard);
   return heard;
 }
 

@@ -7,6 +7,7 @@
 #include "platform/linux/audio/pipewire/PipeWireQuestion.h"
 #include "platform/linux/kernel/ProcKernel.h"
 
+#include <chrono>
 #include <memory>
 #include <set>
 #include <string>
@@ -35,10 +36,12 @@ class LinuxAudio final : public AudioActivity {
   std::set<Pid> runningOutput() override;
 
  private:
-  std::vector<Player> serverPlayers();
+  using Moment = std::chrono::steady_clock::time_point;
+
+  std::vector<Player> serverPlayers(Moment deadline);
   void addClaimed(const std::vector<Player>& players, std::set<Pid>& heard) const;
   std::vector<AlsaPlayback> playbacksOfApps(std::set<Pid>& heard) const;
-  void addDirect(std::set<Pid>& heard) const;
+  void addDirect(std::set<Pid>& heard, Moment deadline) const;
   bool isJackRunning() const;
 
   std::shared_ptr<const ProcKernel> m_kernel;

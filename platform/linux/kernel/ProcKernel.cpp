@@ -80,6 +80,8 @@ std::optional<ProcessStat> parsed(Pid pid, std::string_view line) {
   return process;
 }
 
+constexpr std::size_t mostOpenFiles = 4096; // that a process is asked for; few have a tenth of it
+
 // Half of what this process may have open, less what else it needs.
 std::size_t mostDescriptorsToHold() {
   constexpr rlim_t reserve = 64;
@@ -120,6 +122,7 @@ std::vector<std::string> ProcKernel::openFiles(Pid pid) const {
   const Descriptor folder = open(pid, "fd", O_RDONLY | O_DIRECTORY);
   if (!folder) return found;
   forEachPid(folder.get(), [&](int number) { // the names are numbers here as well
+    if (found.size() >= mostOpenFiles) return;
     std::optional<std::string> file = readKernelLink(folder.get(), std::to_string(number).c_str());
     if (file) found.push_back(std::move(*file));
   });
