@@ -99,7 +99,8 @@ void run(int rounds, std::chrono::seconds time) {
   for (int round = 0; round < rounds; ++round) {
     nothing += stage.breaksIn(time);
     boost += stage.breaksInBoost(time, {}, true);
-    unheard += stage.breaksInBoost(time, {{"PULSE_SERVER", "unix:/nonexistent"}}, false);
+    unheard += stage.breaksInBoost(
+        time, {{"PULSE_SERVER", "unix:/nonexistent"}, {"PIPEWIRE_REMOTE", "/nonexistent"}}, false);
   }
   const auto print = [](const char* what, long breaks, long seconds) {
     std::printf("%-44s %5ld times in %ld s\n", what, breaks, seconds);

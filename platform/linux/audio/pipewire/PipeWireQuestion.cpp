@@ -165,7 +165,7 @@ std::string pipeWireSocket(const char* (*environment)(const char* name)) {
   if (remote.empty()) remote = "pipewire-0";
   if (remote.starts_with('/')) return remote;
   for (const char* name : {"PIPEWIRE_RUNTIME_DIR", "XDG_RUNTIME_DIR"}) {
-    if (const std::string folder = valueOf(name); !folder.empty()) return folder + "/" + remote;
+    if (std::string folder = valueOf(name); !folder.empty()) return folder.append("/").append(remote);
   }
   return {};
 }
