@@ -50,7 +50,7 @@ TEST_F(Graph, WhoeverIsLinkedToASinkAndRunsIsHeard) {
   link(51, sink);
   EXPECT_THAT(graph.leadingToSinks(), ElementsAre(50, 51));
   EXPECT_EQ(graph.clientOf(50), 60U);
-  for (const std::uint32_t id : {50, 52}) isIn(running, id);
+  for (const std::uint32_t id : {50U, 52U}) isIn(running, id);
   isIn(idle, 51);
   client(60, {{"pipewire.sec.pid", "100"}});
   client(61, {{"pipewire.sec.pid", "101"}});
