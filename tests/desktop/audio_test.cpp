@@ -9,7 +9,9 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <cstddef>
 #include <filesystem>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
@@ -42,10 +44,12 @@ class JackServer {
     require("JACK", [&] { return session.run({"jack_lsp"}); });
   }
   ~JackServer() {
+    const std::set<std::string> shared = sharedMemory();
     m_server->signal(SIGTERM);
     m_server->waitForEnd();
+    std::error_code error;
+    for (const std::string& file : shared) std::filesystem::remove(file, error);
     for (const auto& entry : std::filesystem::directory_iterator("/dev/shm")) {
-      std::error_code error;
       if (entry.path().string().find("_" + m_name + "_") != std::string::npos)
         std::filesystem::remove(entry.path(), error);
     }
@@ -54,6 +58,17 @@ class JackServer {
   JackServer& operator=(const JackServer&) = delete;
 
  private:
+  // It leaves 100 MB behind for its successor.
+  std::set<std::string> sharedMemory() const {
+    std::ifstream maps("/proc/" + std::to_string(m_server->pid()) + "/maps");
+    std::set<std::string> files;
+    for (std::string line; std::getline(maps, line);) {
+      const std::size_t path = line.find("/dev/shm/jack-" + std::to_string(::geteuid()) + "-");
+      if (path != std::string::npos) files.insert(line.substr(path));
+    }
+    return files;
+  }
+
   std::string m_name = "vantle-" + std::to_string(::getpid());
   Program* m_server = nullptr;
 };
