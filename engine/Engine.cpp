@@ -61,9 +61,42 @@ void Engine::frontmostChanged(const AppRef& app) {
   lastFrontmost.assign(app);
   if (activeGame.get()) {
     frontChangedWhileBoosting(app);
-  } else if (automatic.get() && dismissedPID != pid && profile.isTrigger(*app)) {
+  } else if (startsByItself(*app)) {
     startBoost(app);
   }
+}
+
+bool Engine::startsByItself(const RunningApplication& app) {
+  // Its timer may be late: it stands still while the machine sleeps.
+  if (pause.get() && m_machine.clock.processMicros() >= pause.get()->endMicros) pause.assign(std::nullopt);
+  return automatic.get() && !pause.get() && dismissedPID != app.processIdentifier() && profile.isTrigger(app);
+}
+
+void Engine::boostNow(const AppRef& app) {
+  if (activeGame.get() || app->isTerminated()) return;
+  dismissedPID.reset();
+  startBoost(app);
+  const AppRef front = m_machine.workspace.frontmostApplication();
+  const bool isOther = front && !hasPid(front, app->processIdentifier()) && !hasPid(front, m_selfPID);
+  if (isOther) frontChangedWhileBoosting(front);
+}
+
+void Engine::turnOffBoost() {
+  const AppRef& game = activeGame.get();
+  dismissedPID = game ? std::optional<Pid>(game->processIdentifier()) : std::nullopt;
+  stopBoost();
+}
+
+void Engine::startPause(std::chrono::seconds duration) {
+  const auto micros = std::chrono::duration_cast<std::chrono::microseconds>(duration).count();
+  pause.assign(Pause{m_machine.clock.processMicros() + static_cast<std::uint64_t>(micros),
+                     m_machine.clock.now() + duration});
+}
+
+void Engine::endPause() {
+  pause.assign(std::nullopt);
+  const AppRef front = m_machine.workspace.frontmostApplication();
+  if (front && !activeGame.get()) frontmostChanged(front);
 }
 
 Pid Engine::boostApp() const { return activeGame.get() ? activeGame.get()->processIdentifier() : 0; }

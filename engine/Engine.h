@@ -10,6 +10,7 @@
 #include "engine/Protection.h"
 #include "engine/ports/Machine.h"
 
+#include <chrono>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -20,6 +21,14 @@
 #include <vector>
 
 namespace vantle {
+
+// A time without automatic Boosts. Kept nowhere: it ends with the program.
+struct Pause {
+  std::uint64_t endMicros = 0;               // as Clock::processMicros has it, which nobody sets back
+  std::chrono::system_clock::time_point end; // the same for people, as their clock stood at its beginning
+
+  bool operator==(const Pause&) const = default;
+};
 
 // The Boost cycle. While a Boost app is in front, every other app that no rule protects is in the background
 // band; when it ends, all of them come back. There is no timer and no polling: the engine reacts to the
@@ -39,6 +48,7 @@ class Engine {
   Published<std::vector<std::string>, Engine> managedNames; // sorted by Unicode scalar values
   Published<AppRef, Engine> lastFrontmost;                  // the app last in front, other than this program
   Published<bool, Engine> automatic;                        // whether a Boost starts by itself; persisted
+  Published<std::optional<Pause>, Engine> pause;            // no Boost starts by itself meanwhile
 
   const Profile profile;
   AppSettings& settings;
@@ -55,6 +65,13 @@ class Engine {
   void setAutomatic(bool value);       // starts or stops nothing by itself
   void startBoost(const AppRef& game); // only while idle
   void stopBoost();
+  // A Boost of that app because the person says so, also when another app is in front. Not of one that has
+  // ended, and not while one runs.
+  void boostNow(const AppRef& app);
+  void turnOffBoost();                            // and that app starts none by itself until it quits
+  void startPause(std::chrono::seconds duration); // a Boost that runs goes on
+  // Whoever is in front then is treated as if it had just come there.
+  void endPause();
   // Adds the app last in front to the person's Boost list, and starts a Boost if it still runs: nothing would
   // end one for an app that has ended.
   void alwaysBoost();
@@ -74,6 +91,7 @@ class Engine {
   MemoryPressure::Level currentPressureLevel() const { return m_memory.currentPressureLevel(); }
   std::uint64_t ownFootprint() const { return m_memory.ownFootprint(); }
   AppRef runningApplication(Pid pid) const; // null when there is none
+  AppTrees look() const { return m_backgrounder.look(); }
 
  private:
   AppTrees manage(std::span<const AppRef> apps, const ShieldedPIDs& shielded);
@@ -86,6 +104,7 @@ class Engine {
                        std::optional<std::set<Pid>>& clients) const;
   bool isPartOfBoost(const RunningApplication& app) const;
 
+  bool startsByItself(const RunningApplication& app);
   void frontChangedWhileBoosting(const AppRef& app);
   void adoptBoostApp(const AppRef& game);
   Pid boostApp() const; // its main process; 0 when no Boost is running

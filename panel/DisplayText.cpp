@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "panel/DisplayText.h"
 
+#include <QDateTime>
 #include <algorithm>
+#include <chrono>
 
 namespace vantle {
 namespace {
@@ -43,6 +45,12 @@ QString displayText(const std::string& utf8) {
     text.append(QChar(0x2026));
   }
   return runsRightToLeft(text) ? isolate + text + endIsolate : text;
+}
+
+QString pauseText(const std::optional<Pause>& pause) {
+  if (!pause) return {};
+  const QDateTime end = QDateTime::fromSecsSinceEpoch(std::chrono::system_clock::to_time_t(pause->end));
+  return QStringLiteral("Paused until ") + end.toString(QStringLiteral("HH:mm"));
 }
 
 } // namespace vantle

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "engine/Engine.h"
+
 #include <QString>
+#include <optional>
 #include <string>
 
 namespace vantle {
@@ -10,5 +13,8 @@ namespace vantle {
 // the direction of the text around it, and of at most 300 characters. A right-to-left name is isolated, so
 // that it keeps its own order without changing its neighbours'.
 QString displayText(const std::string& utf8);
+
+// Until when no Boost starts by itself, in the person's own time of day; empty without a pause.
+QString pauseText(const std::optional<Pause>& pause);
 
 } // namespace vantle

@@ -18,6 +18,12 @@ Card {
         checked: card.panel.automatic
         onTriggered: card.panel.automatic = !card.panel.automatic
     }
+    StatusLine {
+        width: parent.width
+        visible: card.panel.pauseText !== ""
+        color: Look.tertiary
+        text: card.panel.pauseText
+    }
     CapsuleButton {
         width: parent.width
         visible: card.panel.boosting

@@ -15,10 +15,12 @@ void PanelModel::appear() {
   m_observers.push_back(m_engine.activeGame.observe([this] { emit gameChanged(); }));
   m_observers.push_back(m_engine.lastFrontmost.observe([this] { emit frontChanged(); }));
   m_observers.push_back(m_engine.automatic.observe([this] { emit automaticChanged(); }));
+  m_observers.push_back(m_engine.pause.observe([this] { emit pauseChanged(); }));
   refresh();
   emit gameChanged();
   emit frontChanged();
   emit automaticChanged();
+  emit pauseChanged();
 }
 
 void PanelModel::disappear() { m_observers.clear(); }
@@ -45,6 +47,8 @@ QString PanelModel::frontName() const {
   const AppRef& front = m_engine.lastFrontmost.get();
   return front ? displayText(front->localizedName().value_or(std::string())) : QString();
 }
+
+QString PanelModel::pauseText() const { return vantle::pauseText(m_engine.pause.get()); }
 
 PanelModel::Pressure PanelModel::pressure() const {
   switch (m_pressure) {
@@ -78,20 +82,12 @@ QString PanelModel::iconOf(int pid) const {
 }
 
 void PanelModel::boostNow() {
-  if (m_engine.activeGame.get()) return;
-  const AppRef front = m_engine.lastFrontmost.get();
-  if (!front || front->isTerminated()) return;
-  m_engine.dismissedPID = std::nullopt;
-  m_engine.startBoost(front);
+  if (const AppRef front = m_engine.lastFrontmost.get()) m_engine.boostNow(front);
 }
 
 void PanelModel::alwaysBoost() { m_engine.alwaysBoost(); }
 
-void PanelModel::turnOffBoost() {
-  const AppRef& game = m_engine.activeGame.get();
-  m_engine.dismissedPID = game ? std::optional<Pid>(game->processIdentifier()) : std::nullopt;
-  m_engine.stopBoost();
-}
+void PanelModel::turnOffBoost() { m_engine.turnOffBoost(); }
 
 void PanelModel::openSettings() const { m_actions.openSettings(); }
 

@@ -38,6 +38,7 @@ class PanelModel : public QObject {
   Q_PROPERTY(QString gameName READ gameName NOTIFY gameChanged)
   Q_PROPERTY(QString frontName READ frontName NOTIFY frontChanged)
   Q_PROPERTY(bool automatic READ automatic WRITE setAutomatic NOTIFY automaticChanged)
+  Q_PROPERTY(QString pauseText READ pauseText NOTIFY pauseChanged)
   Q_PROPERTY(QVariantList usage READ usage NOTIFY refreshed)
   Q_PROPERTY(QStringList protectedNames READ protectedNames NOTIFY refreshed)
   Q_PROPERTY(Pressure pressure READ pressure NOTIFY refreshed)
@@ -63,6 +64,7 @@ class PanelModel : public QObject {
   QString frontName() const; // empty when there is no app to offer
   bool automatic() const { return m_engine.automatic.get(); }
   void setAutomatic(bool value) { m_engine.setAutomatic(value); }
+  QString pauseText() const; // empty without a pause
   QVariantList usage() const { return m_usage; }
   QStringList protectedNames() const { return m_protected; }
   Pressure pressure() const;
@@ -81,6 +83,7 @@ class PanelModel : public QObject {
   void gameChanged();
   void frontChanged();
   void automaticChanged();
+  void pauseChanged();
   void refreshed();
 
  private:

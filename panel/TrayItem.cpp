@@ -3,6 +3,7 @@
 
 #include "engine/Engine.h"
 #include "look/SymbolDrawing.h"
+#include "panel/DisplayText.h"
 #include "panel/PanelController.h"
 
 namespace vantle {
@@ -11,19 +12,22 @@ namespace {
 const QColor onDarkBar(0xf4, 0xf4, 0xf6);
 const QColor onLightBar(0x2c, 0x2c, 0x32);
 
-TrayFace faceFor(bool isBoosting) {
+TrayFace faceFor(bool isBoosting, const QString& pause) {
   const QString symbol = isBoosting ? QStringLiteral("bolt.fill") : QStringLiteral("bolt");
+  QString state = isBoosting ? QStringLiteral("Boost on") : QStringLiteral("Boost off");
+  if (!pause.isEmpty()) state += QStringLiteral(" \u00B7 ") + pause;
   return {[symbol](int pixels, bool onDark) {
             return symbolImage(symbol, onDark ? onDarkBar : onLightBar, pixels);
           },
-          isBoosting ? QStringLiteral("Boost on") : QStringLiteral("Boost off")};
+          state};
 }
 
 } // namespace
 
 TrayItem::TrayItem(Engine& engine, PanelController& panel, Tray& tray)
     : m_engine(engine), m_panel(panel), m_icon(tray.add(actions())),
-      m_gameObserver(engine.activeGame.observe([this] { update(); })) {
+      m_gameObserver(engine.activeGame.observe([this] { update(); })),
+      m_pauseObserver(engine.pause.observe([this] { update(); })) {
   update();
 }
 
@@ -41,9 +45,11 @@ TrayActions TrayItem::actions() {
 
 void TrayItem::update() {
   const bool isBoosting = m_engine.activeGame.get() != nullptr;
-  if (m_isFilled == isBoosting) return;
+  const QString pause = pauseText(m_engine.pause.get());
+  if (m_isFilled == isBoosting && m_pause == pause) return;
   m_isFilled = isBoosting;
-  m_icon->show(faceFor(isBoosting));
+  m_pause = pause;
+  m_icon->show(faceFor(isBoosting, pause));
 }
 
 } // namespace vantle

@@ -5,6 +5,7 @@
 #include "panel/ports/Tray.h"
 
 #include <QRect>
+#include <QString>
 #include <memory>
 #include <optional>
 
@@ -28,9 +29,11 @@ class TrayItem {
   Engine& m_engine;
   PanelController& m_panel;
   std::optional<QRect> m_lastPlace; // where the icon was last clicked
-  std::optional<bool> m_isFilled;   // as it is shown
+  std::optional<bool> m_isFilled;   // as it is shown …
+  QString m_pause;                  // … and its words
   std::unique_ptr<TrayIcon> m_icon;
   std::unique_ptr<Registration> m_gameObserver;
+  std::unique_ptr<Registration> m_pauseObserver;
 };
 
 } // namespace vantle
