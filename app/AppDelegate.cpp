@@ -54,7 +54,14 @@ void AppDelegate::applicationDidFinishLaunching() {
   settings().applyAppearance(settings().appearance.get());
   engine();
   updateChecker().checkIfDue();
+  answerOthers();
   showInTray();
+}
+
+void AppDelegate::answerOthers() {
+  m_remote = std::make_unique<RemoteControl>(
+      m_loop, engine(), m_machine, m_desktop->remoteDoor(),
+      RemoteControl::About{build::version, [this] { return m_owned.facts(); }});
 }
 
 // An app menu opens the panel of the copy that runs, tray or no tray.
@@ -70,6 +77,7 @@ void AppDelegate::showInTray() {
 
 void AppDelegate::leaveViews() {
   if (m_panel) m_panel->leaveEngine();
+  m_remote.reset();
 }
 
 void AppDelegate::applicationWillTerminate(const std::function<void()>& stillAtIt) {

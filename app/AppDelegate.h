@@ -8,6 +8,8 @@
 #include "look/Appearance.h"
 #include "panel/PanelController.h"
 #include "panel/TrayItem.h"
+#include "platform/Platform.h"
+#include "remote/RemoteControl.h"
 #include "settings/SettingsWindowController.h"
 #include "update/UpdateChecker.h"
 
@@ -23,7 +25,8 @@ void letAllComeBack(BackgroundBand& band, const std::function<void()>& stillAtIt
 class AppDelegate {
  public:
   // Both outlive the delegate.
-  AppDelegate(EventLoop& loop, const Machine& machine) : m_machine(machine), m_desktop(Desktop::make(loop)) {}
+  AppDelegate(EventLoop& loop, OwnedMachine& machine)
+      : m_loop(loop), m_owned(machine), m_machine(machine.machine()), m_desktop(Desktop::make(loop)) {}
 
   void applicationDidFinishLaunching();
   // Windows are told of nothing any more: their desktop has gone from under them, and the toolkit may be in
@@ -39,8 +42,11 @@ class AppDelegate {
 
  private:
   WindowParts windowParts();
+  void answerOthers();
   void showInTray();
 
+  EventLoop& m_loop;
+  OwnedMachine& m_owned;
   Machine m_machine;
   std::unique_ptr<Desktop> m_desktop;
   Appearance m_appearance{m_desktop->scheme()};
@@ -50,6 +56,7 @@ class AppDelegate {
   std::unique_ptr<SettingsWindowController> m_settingsWindow;
   std::unique_ptr<PanelController> m_panel;
   std::unique_ptr<TrayItem> m_trayItem;
+  std::unique_ptr<RemoteControl> m_remote;
   std::unique_ptr<Registration> m_activation;
 };
 

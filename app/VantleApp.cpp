@@ -20,6 +20,7 @@
 #include <memory>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 
 namespace vantle {
@@ -55,6 +56,11 @@ void askFormerEditionToQuit(const Workspace& workspace) {
   for (const AppRef& app : workspace.runningApplications()) {
     if (app->bundleIdentifier() == names::formerIdentifier) app->terminate();
   }
+}
+
+// What is to be opened at login: the command that became this program, which hands over its whole path.
+std::string startedAs(const char* name) {
+  return *name == '/' ? std::string(name) : QCoreApplication::applicationFilePath().toStdString();
 }
 
 } // namespace
@@ -93,11 +99,10 @@ int VantleApp::run() {
   startGuard.reset();
   const auto quit = [] { QCoreApplication::exit(EXIT_SUCCESS); };
   QtEventLoop loop;
-  const std::unique_ptr<OwnedMachine> machine =
-      platform->desktopMachine(loop, QCoreApplication::applicationFilePath().toStdString(), quit);
+  const std::unique_ptr<OwnedMachine> machine = platform->desktopMachine(loop, startedAs(m_argv[0]), quit);
   askFormerEditionToQuit(machine->machine().workspace);
 
-  AppDelegate delegate(loop, machine->machine());
+  AppDelegate delegate(loop, *machine);
   QObject::connect(&application, &QCoreApplication::aboutToQuit, &application, [&] {
     delegate.applicationWillTerminate(stillAtIt);
     watchdog.putBack();

@@ -9,6 +9,7 @@
 #include "panel/ports/PanelSurface.h"
 #include "panel/ports/Tray.h"
 #include "platform/shared/EventLoop.h"
+#include "remote/ports/RemoteDoor.h"
 #include "settings/ports/ShellExtension.h"
 
 #include <memory>
@@ -32,6 +33,7 @@ class Desktop {
   virtual Tray& tray() = 0;
   virtual PanelSurface& panelSurface() = 0;
   virtual Activation& activation() = 0;
+  virtual RemoteDoor& remoteDoor() = 0;
   virtual ShellExtension& shellExtension() = 0;
 };
 

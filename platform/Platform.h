@@ -11,6 +11,8 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 namespace vantle {
 
@@ -22,6 +24,8 @@ class OwnedMachine {
   virtual Machine machine() = 0; // valid as long as this object
   // Where it sees the apps and the one in front, for a person to read; empty when it does not look for them.
   virtual std::string desktop() const = 0;
+  // What a report of a problem needs to know of it: subjects, and a sentence about each. Names no app.
+  virtual std::vector<std::pair<std::string, std::string>> facts() const = 0;
 };
 
 // The main thread, for another one that watches over it.

@@ -6,6 +6,7 @@
 #include "desktop/linux/activation/ApplicationInterface.h"
 #include "desktop/linux/extension/GnomeShellExtension.h"
 #include "desktop/linux/icons/ThemedIcons.h"
+#include "desktop/linux/remote/BoostInterface.h"
 #include "desktop/linux/scheme/DesktopScheme.h"
 #include "desktop/linux/tray/DesktopTray.h"
 #include "desktop/linux/wayland/LayerShell.h"
@@ -34,6 +35,7 @@ class FreeDesktop final : public Desktop {
   Tray& tray() override { return m_tray; }
   PanelSurface& panelSurface() override { return *m_panelSurface; }
   Activation& activation() override { return m_activation; }
+  RemoteDoor& remoteDoor() override { return m_remoteDoor; }
   ShellExtension& shellExtension() override { return m_shellExtension; }
 
  private:
@@ -43,7 +45,9 @@ class FreeDesktop final : public Desktop {
   GlibcHeap m_heap;
   DesktopTray m_tray;
   std::unique_ptr<PanelSurface> m_panelSurface;
-  BusActivation m_activation{m_bus};
+  ProgramObject m_object{m_bus};
+  BusActivation m_activation{m_object};
+  BusDoor m_remoteDoor{m_object};
   GnomeShellExtension m_shellExtension{m_bus};
 };
 

@@ -224,6 +224,10 @@ std::unique_ptr<LinuxMachine> LinuxMachine::forSelfTest(const XdgFolders& folder
 
 std::string LinuxMachine::desktop() const { return *m_parts->desktop; }
 
+std::vector<std::pair<std::string, std::string>> LinuxMachine::facts() const {
+  return {{"Windows are seen through", desktop()}};
+}
+
 Machine LinuxMachine::machine() {
   Parts& parts = *m_parts;
   return {parts.host,   parts.processes, *parts.band,          *parts.workspace, *parts.audio,

@@ -8,6 +8,8 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace vantle {
 
@@ -26,6 +28,7 @@ class LinuxMachine final : public OwnedMachine {
 
   Machine machine() override;
   std::string desktop() const override;
+  std::vector<std::pair<std::string, std::string>> facts() const override;
 
  private:
   struct Parts;

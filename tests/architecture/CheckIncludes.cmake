@@ -13,6 +13,12 @@ set(platform/shared_rooms base engine/ports platform/shared)
 set(platform/posix_rooms base engine/ports platform/shared platform/posix)
 set(platform/linux_rooms base engine/ports platform/Platform.h platform/shared platform/posix platform/linux)
 set(platform/simulated_rooms base engine/ports platform/shared platform/simulated)
+set(status_rooms base status)
+set(command_rooms base status command)
+set(command/linux_rooms base status command)
+set(command/ports_rooms base status command/ports)
+set(remote_rooms base engine platform/shared status remote)
+set(remote/ports_rooms base status remote/ports)
 set(update_rooms base engine platform/shared update)
 set(look_rooms base look engine)
 set(panel_rooms base engine platform/shared look panel)
@@ -20,12 +26,12 @@ set(settings_rooms base engine platform/shared look settings update)
 set(look/ports_rooms base look/ports)
 set(panel/ports_rooms base panel/ports)
 set(settings/ports_rooms base settings/ports)
-set(desktop_rooms base look/ports panel/ports settings/ports platform/shared desktop/Desktop.h desktop/QtEventLoop.h)
-set(desktop/linux_rooms base look/ports panel/ports settings/ports platform/shared platform/linux/files
-    platform/linux/sockets platform/linux/x11 platform/posix/files integrations/gnome-shell desktop/Desktop.h
+set(desktop_rooms base look/ports panel/ports settings/ports remote/ports platform/shared desktop/Desktop.h desktop/QtEventLoop.h)
+set(desktop/linux_rooms base status look/ports panel/ports settings/ports remote/ports platform/shared
+    platform/linux/files platform/linux/sockets platform/linux/x11 platform/posix/files integrations/gnome-shell desktop/Desktop.h
     desktop/linux)
 # Of the system that the program was built for, the headers that all systems have.
-set(app_rooms base engine platform/Platform.h platform/shared look panel settings update desktop/Desktop.h
+set(app_rooms base engine platform/Platform.h platform/shared look panel settings update remote desktop/Desktop.h
     desktop/QtEventLoop.h app)
 # What tests look at the program with must not be the program itself.
 set(tests/support_rooms base/Pid.h tests/support)
@@ -46,6 +52,12 @@ set(platform/posix_headers
     "${standard}|(fcntl|poll|pthread|unistd|sys/(file|resource|socket|stat|wait))\\.h")
 set(platform/linux_headers "${standard}|[a-z0-9_/-]+\\.h")
 set(platform/simulated_headers "${standard}")
+set(status_headers "${standard}")
+set(command_headers "${standard}")
+set(command/ports_headers "${standard}")
+set(command/linux_headers "${standard}|systemd/sd-bus\\.h|(poll|unistd)\\.h")
+set(remote_headers "${standard}")
+set(remote/ports_headers "${standard}")
 set(update_headers "${standard}|${toolkit}|unicode/[a-z0-9]+\\.h")
 set(look_headers "${standard}|${toolkit}")
 set(panel_headers "${standard}|${toolkit}")
@@ -63,9 +75,11 @@ set(system_questions
     "__linux__|__APPLE__|_WIN32|__unix__|__FreeBSD__|__MACH__|Q_OS_|TARGET_OS_")
 
 foreach(room base engine engine/ports platform platform/shared platform/posix platform/linux platform/simulated look look/ports
-             update panel panel/ports settings settings/ports desktop desktop/linux app tests/support)
+             update panel panel/ports settings settings/ports status command command/ports command/linux remote
+             remote/ports desktop
+             desktop/linux app tests/support)
   set(globbing GLOB_RECURSE)
-  if(room MATCHES "^(platform|desktop)$")
+  if(room MATCHES "^(platform|desktop|command)$")
     set(globbing GLOB) # what stands in its folders are rooms of their own
   endif()
   file(${globbing} sources ${ROOT}/${room}/*.cpp ${ROOT}/${room}/*.h ${ROOT}/${room}/*.mm)

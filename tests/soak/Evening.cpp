@@ -100,8 +100,14 @@ void Evening::prepare() {
   m_desktop->installDesktopFile("org.example.App", desktopFile("App", false));
   // What is built meanwhile must not be what runs.
   m_program = m_desktop->folder().path() / "vantle";
-  fs::copy_file(VANTLE_PROGRAM, m_program);
-  fs::permissions(m_program, fs::perms(0755));
+  const fs::path built(VANTLE_PROGRAM);
+  const fs::path folder = m_desktop->folder().path();
+  fs::create_directory(folder / "libexec");
+  for (const char* file : {"vantle", "libexec/vantle"}) { // the command, and the program that it starts
+    const fs::path copy = folder / file;
+    fs::copy_file(built.parent_path() / file, copy);
+    fs::permissions(copy, fs::perms(0755));
+  }
   m_sound = std::make_unique<desktop::SoundServer>(*m_desktop);
   m_flood = std::make_unique<Flood>(m_desktop->display());
   makeKinds();

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "desktop/linux/activation/ApplicationInterface.h"
 
-#include "base/Names.h"
-
+#include <QDBusArgument>
+#include <QDBusError>
 #include <chrono>
 #include <utility>
 
@@ -20,8 +20,8 @@ void runSoon(QTimer& timer, std::chrono::milliseconds delay = {}) {
 
 } // namespace
 
-ApplicationInterface::ApplicationInterface(SessionBus& bus, Activation::Actions actions)
-    : m_bus(bus), m_actions(std::move(actions)) {
+ApplicationInterface::ApplicationInterface(ProgramObject& object, Activation::Actions actions)
+    : m_object(object), m_actions(std::move(actions)) {
   for (QTimer* timer : {&m_show, &m_openSettings, &m_quit}) timer->setSingleShot(true);
   connect(&m_show, &QTimer::timeout, this, [this] {
     m_sinceShown.start();
@@ -29,37 +29,68 @@ ApplicationInterface::ApplicationInterface(SessionBus& bus, Activation::Actions 
   });
   connect(&m_openSettings, &QTimer::timeout, this, [this] { m_token.during(m_actions.settings); });
   connect(&m_quit, &QTimer::timeout, this, [this] { m_actions.quit(); });
-  connect(&m_bus, &SessionBus::opened, this, &ApplicationInterface::enterBus);
-  if (m_bus.isConnected()) enterBus();
+  m_object.add(*this, ProgramObject::Name::now);
 }
 
-void ApplicationInterface::enterBus() {
-  QDBusConnection bus = m_bus.connection();
-  if (bus.registerObject(QString::fromLatin1(names::busPath), this, QDBusConnection::ExportAllSlots)) {
-    bus.registerService(QString::fromLatin1(names::identifier));
+ApplicationInterface::~ApplicationInterface() { m_object.remove(*this); }
+
+QString ApplicationInterface::name() const { return QStringLiteral("org.freedesktop.Application"); }
+
+QString ApplicationInterface::introspection() const {
+  return QStringLiteral("  <interface name=\"org.freedesktop.Application\">\n"
+                        "    <method name=\"Activate\">\n"
+                        "      <arg name=\"platform_data\" type=\"a{sv}\" direction=\"in\"/>\n"
+                        "    </method>\n"
+                        "    <method name=\"Open\">\n"
+                        "      <arg name=\"uris\" type=\"as\" direction=\"in\"/>\n"
+                        "      <arg name=\"platform_data\" type=\"a{sv}\" direction=\"in\"/>\n"
+                        "    </method>\n"
+                        "    <method name=\"ActivateAction\">\n"
+                        "      <arg name=\"action_name\" type=\"s\" direction=\"in\"/>\n"
+                        "      <arg name=\"parameter\" type=\"av\" direction=\"in\"/>\n"
+                        "      <arg name=\"platform_data\" type=\"a{sv}\" direction=\"in\"/>\n"
+                        "    </method>\n"
+                        "  </interface>\n");
+}
+
+bool ApplicationInterface::take(const QDBusMessage& call) {
+  const QString method = call.member() + QLatin1Char(' ') + call.signature();
+  // There is nothing to open but the panel.
+  if (method == QLatin1String("Activate a{sv}") || method == QLatin1String("Open asa{sv}")) {
+    activate();
+  } else if (method == QLatin1String("ActivateAction sava{sv}")) {
+    activateAction(call.arguments().value(0).toString(), qdbus_cast<QVariantMap>(call.arguments().value(2)));
+  } else {
+    return false;
+  }
+  m_object.reply(call);
+  return true;
+}
+
+void ApplicationInterface::takeProperties(const QDBusMessage& question) {
+  if (question.member() == QLatin1String("GetAll")) {
+    m_object.reply(question, {QVariantMap()});
+  } else {
+    m_object.refuse(question, QDBusError::errorString(QDBusError::UnknownProperty),
+                    QStringLiteral("no such property"));
   }
 }
 
-void ApplicationInterface::Activate(const QVariantMap&) {
+void ApplicationInterface::activate() {
   const bool isAgain = m_sinceShown.isValid() && !m_sinceShown.hasExpired(shortestPause.count());
   runSoon(m_show, isAgain ? shortestPause : std::chrono::milliseconds(0));
 }
 
-void ApplicationInterface::Open(const QStringList&, const QVariantMap& platformData) {
-  Activate(platformData);
-}
-
-void ApplicationInterface::ActivateAction(const QString& name, const QVariantList&,
-                                          const QVariantMap& platformData) {
-  if (name == QLatin1String("settings")) {
+void ApplicationInterface::activateAction(const QString& action, const QVariantMap& platformData) {
+  if (action == QLatin1String("settings")) {
     m_token.give(platformData.value(QStringLiteral("activation-token")).toString());
     runSoon(m_openSettings);
   }
-  if (name == QLatin1String("quit")) runSoon(m_quit);
+  if (action == QLatin1String("quit")) runSoon(m_quit);
 }
 
 std::unique_ptr<Registration> BusActivation::answer(Actions actions) {
-  return std::make_unique<ApplicationInterface>(m_bus, std::move(actions));
+  return std::make_unique<ApplicationInterface>(m_object, std::move(actions));
 }
 
 } // namespace vantle

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "desktop/linux/SessionBus.h"
 #include "desktop/linux/activation/HandedToken.h"
+#include "desktop/linux/activation/ProgramObject.h"
 #include "panel/ports/Activation.h"
 
 #include <QElapsedTimer>
@@ -12,25 +12,27 @@
 
 namespace vantle {
 
-// org.freedesktop.Application, as it is called by app menus and by another copy that is started; under the
-// program's own name, on every bus that takes the place of one that ended. Actions: "settings" and "quit".
-class ApplicationInterface : public QObject, public Registration {
+// org.freedesktop.Application, as it is called by app menus and by another copy that is started. Actions:
+// "settings" and "quit".
+class ApplicationInterface : public QObject, public BusInterface, public Registration {
   Q_OBJECT
-  Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Application")
 
  public:
-  ApplicationInterface(SessionBus& bus, Activation::Actions actions);
+  ApplicationInterface(ProgramObject& object, Activation::Actions actions);
+  ~ApplicationInterface() override;
+  ApplicationInterface(const ApplicationInterface&) = delete;
+  ApplicationInterface& operator=(const ApplicationInterface&) = delete;
 
- public slots:
-  void Activate(const QVariantMap& platformData);
-  void Open(const QStringList& uris,
-            const QVariantMap& platformData); // there is nothing to open but the panel
-  void ActivateAction(const QString& name, const QVariantList& parameter, const QVariantMap& platformData);
+  QString name() const override;
+  QString introspection() const override;
+  bool take(const QDBusMessage& call) override;
+  void takeProperties(const QDBusMessage& question) override; // it has none
 
  private:
-  void enterBus();
+  void activate();
+  void activateAction(const QString& action, const QVariantMap& platformData);
 
-  SessionBus& m_bus;
+  ProgramObject& m_object;
   Activation::Actions m_actions;
   // Each runs until what it stands for is done: once, however many calls come until then.
   QTimer m_show;
@@ -42,12 +44,12 @@ class ApplicationInterface : public QObject, public Registration {
 
 class BusActivation final : public Activation {
  public:
-  explicit BusActivation(SessionBus& bus) : m_bus(bus) {} // which outlives every registration
+  explicit BusActivation(ProgramObject& object) : m_object(object) {} // which outlives every registration
 
   std::unique_ptr<Registration> answer(Actions actions) override;
 
  private:
-  SessionBus& m_bus;
+  ProgramObject& m_object;
 };
 
 } // namespace vantle
