@@ -62,6 +62,7 @@ void AppDelegate::answerOthers() {
   m_remote = std::make_unique<RemoteControl>(
       m_loop, engine(), m_machine, m_desktop->remoteDoor(),
       RemoteControl::About{build::version, [this] { return m_owned.facts(); }});
+  m_hooks = std::make_unique<BoostHooks>(engine(), m_machine.hooks);
 }
 
 // An app menu opens the panel of the copy that runs, tray or no tray.
@@ -82,6 +83,7 @@ void AppDelegate::leaveViews() {
 
 void AppDelegate::applicationWillTerminate(const std::function<void()>& stillAtIt) {
   engine().stopBoost();
+  if (m_hooks) m_hooks->finish();
   letAllComeBack(m_machine.band, stillAtIt);
 }
 

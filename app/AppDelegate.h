@@ -9,6 +9,7 @@
 #include "panel/PanelController.h"
 #include "panel/TrayItem.h"
 #include "platform/Platform.h"
+#include "remote/BoostHooks.h"
 #include "remote/RemoteControl.h"
 #include "settings/SettingsWindowController.h"
 #include "update/UpdateChecker.h"
@@ -57,6 +58,7 @@ class AppDelegate {
   std::unique_ptr<PanelController> m_panel;
   std::unique_ptr<TrayItem> m_trayItem;
   std::unique_ptr<RemoteControl> m_remote;
+  std::unique_ptr<BoostHooks> m_hooks;
   std::unique_ptr<Registration> m_activation;
 };
 

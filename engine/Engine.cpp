@@ -75,10 +75,9 @@ bool Engine::startsByItself(const RunningApplication& app) {
 void Engine::boostNow(const AppRef& app) {
   if (activeGame.get() || app->isTerminated()) return;
   dismissedPID.reset();
-  startBoost(app);
   const AppRef front = m_machine.workspace.frontmostApplication();
   const bool isOther = front && !hasPid(front, app->processIdentifier()) && !hasPid(front, m_selfPID);
-  if (isOther) frontChangedWhileBoosting(front);
+  startBoost(app, isOther && !profile.isTrigger(*front) ? front : nullptr);
 }
 
 void Engine::turnOffBoost() {
@@ -108,9 +107,11 @@ void Engine::adoptBoostApp(const AppRef& game) {
   m_backgrounder.makeRoomFor(boostApp());
 }
 
-void Engine::startBoost(const AppRef& game) {
+void Engine::startBoost(const AppRef& game) { startBoost(game, nullptr); }
+
+void Engine::startBoost(const AppRef& game, const AppRef& front) {
   adoptBoostApp(game);
-  m_foregroundException = nullptr;
+  m_foregroundException = front;
   // Probes and moves take their time: what is running is looked at after them.
   const ShieldedPIDs shielded = shieldedPIDs(m_machine.audio, m_machine.power);
   manage(m_machine.workspace.runningApplications(), shielded);

@@ -104,6 +104,7 @@ class Engine {
                        std::optional<std::set<Pid>>& clients) const;
   bool isPartOfBoost(const RunningApplication& app) const;
 
+  void startBoost(const AppRef& game, const AppRef& front); // which stays in front, at full speed
   bool startsByItself(const RunningApplication& app);
   void frontChangedWhileBoosting(const AppRef& app);
   void adoptBoostApp(const AppRef& game);

@@ -6,6 +6,7 @@
 #include "engine/ports/BackgroundBand.h"
 #include "engine/ports/Clock.h"
 #include "engine/ports/FileStore.h"
+#include "engine/ports/Hooks.h"
 #include "engine/ports/Host.h"
 #include "engine/ports/LoginItem.h"
 #include "engine/ports/MemoryPressureEvents.h"
@@ -19,8 +20,8 @@
 
 namespace vantle {
 
-// Everything that is asked of a machine, in one place: by the engine, and by the settings of the last two. A
-// platform owns the parts; they outlive whoever uses them.
+// Everything that is asked of a machine, in one place: by the engine, by the settings of the login item and
+// the catalog, and by whoever runs the hooks. A platform owns the parts; they outlive whoever uses them.
 struct Machine {
   Host& host;
   ProcessTable& processes;
@@ -37,6 +38,7 @@ struct Machine {
   UnicodeText& text;
   LoginItem& loginItem;
   ApplicationCatalog& catalog;
+  Hooks& hooks;
 };
 
 } // namespace vantle

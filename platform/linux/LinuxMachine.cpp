@@ -8,6 +8,7 @@
 #include "platform/linux/band/UserManager.h"
 #include "platform/linux/bus/BusConnection.h"
 #include "platform/linux/catalog/DesktopCatalog.h"
+#include "platform/linux/hooks/PersonsHooks.h"
 #include "platform/linux/login/AutostartLoginItem.h"
 #include "platform/linux/notices/DesktopNotifications.h"
 #include "platform/linux/power/DesktopPowerAssertions.h"
@@ -26,8 +27,11 @@
 #include "platform/shared/JsonUserDefaults.h"
 #include "platform/shared/PollEventLoop.h"
 
+#include <cstddef>
 #include <cstdlib>
 #include <fcntl.h>
+#include <fstream>
+#include <functional>
 #include <set>
 #include <string>
 #include <unistd.h>
@@ -63,6 +67,24 @@ std::string userBus(const XdgFolders& folders) {
 // Where Flatpak keeps what it knows of its sandboxes.
 std::string flatpakFolder(const XdgFolders& folders) {
   return folders.runtime ? *folders.runtime + "/.flatpak" : std::string();
+}
+
+std::string oneLine(const std::string& text) { return text.substr(0, text.find('\n')); }
+
+std::string variable(const char* name) {
+  const char* const value = std::getenv(name);
+  return value != nullptr && *value != '\0' ? value : "unknown";
+}
+
+std::vector<std::pair<std::string, std::string>> systemFacts(const Kernel& kernel) {
+  std::string system = "unknown";
+  std::ifstream release("/etc/os-release");
+  for (std::string line; std::getline(release, line);) {
+    if (line.starts_with("PRETTY_NAME=")) system = line.substr(line.find('=') + 1);
+  }
+  return {{"System", system},
+          {"Kernel", oneLine(kernel.read("/proc/sys/kernel/osrelease").value_or("unknown"))},
+          {"Desktop", variable("XDG_CURRENT_DESKTOP") + ", " + variable("XDG_SESSION_TYPE")}};
 }
 
 // The X library writes to the standard errors when a server does not let it in.
@@ -132,6 +154,8 @@ struct LinuxMachine::Parts {
   std::shared_ptr<const std::string> desktop =
       std::make_shared<const std::string>(); // what shows its windows
   std::unique_ptr<BackgroundBand> band;
+  const LinuxBand* linuxBand = nullptr; // the same; null in the self-test, which has another
+  std::function<std::vector<std::pair<std::string, std::string>>()> desktopFacts; // null: there are none
   std::unique_ptr<Workspace> workspace = std::make_unique<AbsentWorkspace>();
   std::unique_ptr<AudioActivity> audio = std::make_unique<AbsentAudioActivity>();
   std::unique_ptr<PowerAssertions> power = std::make_unique<AbsentPowerAssertions>();
@@ -139,6 +163,7 @@ struct LinuxMachine::Parts {
   std::unique_ptr<Notifications> notifications = std::make_unique<AbsentNotifications>();
   std::unique_ptr<LoginItem> loginItem = std::make_unique<AbsentLoginItem>();
   std::unique_ptr<ApplicationCatalog> catalog = std::make_unique<AbsentCatalog>();
+  std::unique_ptr<Hooks> hooks = std::make_unique<AbsentHooks>();
 };
 
 LinuxMachine::LinuxMachine(std::unique_ptr<Parts> parts) : m_parts(std::move(parts)) {}
@@ -151,14 +176,27 @@ std::unique_ptr<LinuxMachine> LinuxMachine::forDesktop(const XdgFolders& folders
   const auto& parts = machine->m_parts;
   parts->systemBus = std::make_unique<BusConnection>(loop, BusConnection::Kind::system);
   parts->sessionBus = std::make_unique<BusConnection>(loop, BusConnection::Kind::session);
-  parts->audio = std::make_unique<LinuxAudio>(
+  auto audio = std::make_unique<LinuxAudio>(
       parts->kernel, LinuxAudio::Servers{.pipeWire = pipeWireSocket([](const char* name) -> const char* {
                                            return std::getenv(name);
                                          })});
   const auto installed = std::make_shared<DesktopEntries>(folders.allData());
-  parts->power = std::make_unique<DesktopPowerAssertions>(
+  auto power = std::make_unique<DesktopPowerAssertions>(
       *parts->systemBus, *parts->sessionBus,
       HolderSources{parts->processes, flatpakFolder(folders), installed});
+  // Both are asked afresh, which takes no longer than at a Boost.
+  parts->desktopFacts = [sound = audio.get(), holders = power.get(), band = parts->linuxBand] {
+    auto facts = band->levers();
+    const std::size_t heard = sound->runningOutput().size();
+    facts.emplace_back("Sound", (sound->hasAnswered() ? "" : "no sound server answers, ") +
+                                    std::to_string(heard) + " processes are heard");
+    const std::size_t awake = holders->assertions().size();
+    facts.emplace_back("Inhibitors", std::to_string(awake) + " are held" +
+                                         (holders->hasLogindAnswered() ? "" : ", logind does not answer"));
+    return facts;
+  };
+  parts->audio = std::move(audio);
+  parts->power = std::move(power);
   parts->pressure = std::make_unique<PsiMemoryPressure>(loop);
   DesktopSource source = DesktopProbe(loop, *parts->kernel, *parts->sessionBus,
                                       SessionNames::fromEnvironment(), names::feed, installed)
@@ -170,6 +208,7 @@ std::unique_ptr<LinuxMachine> LinuxMachine::forDesktop(const XdgFolders& folders
   parts->loginItem = std::make_unique<AutostartLoginItem>(AutostartSetup::from(
       folders, [](const char* name) -> const char* { return std::getenv(name); }, std::move(program)));
   parts->catalog = std::make_unique<DesktopCatalog>(installed);
+  parts->hooks = std::make_unique<PersonsHooks>(loop, folders.config + "/" + names::display + "/hooks");
   return machine;
 }
 
@@ -180,11 +219,13 @@ std::unique_ptr<LinuxMachine> LinuxMachine::forRecovery(const XdgFolders& folder
 std::unique_ptr<LinuxMachine> LinuxMachine::withBand(const XdgFolders& folders, EventLoop* given) {
   auto parts = std::make_unique<Parts>(folders, epochPaths(folders));
   EventLoop& loop = given != nullptr ? *given : parts->ownLoop;
-  parts->band =
+  auto band =
       std::make_unique<LinuxBand>(loop, parts->files,
                                   BandParts{.kernel = parts->kernel,
                                             .manager = std::make_unique<UserManager>(loop, userBus(folders)),
                                             .ledgers = ledgerPaths(folders)});
+  parts->linuxBand = band.get();
+  parts->band = std::move(band);
   return std::unique_ptr<LinuxMachine>(new LinuxMachine(std::move(parts)));
 }
 
@@ -225,14 +266,20 @@ std::unique_ptr<LinuxMachine> LinuxMachine::forSelfTest(const XdgFolders& folder
 std::string LinuxMachine::desktop() const { return *m_parts->desktop; }
 
 std::vector<std::pair<std::string, std::string>> LinuxMachine::facts() const {
-  return {{"Windows are seen through", desktop()}};
+  std::vector<std::pair<std::string, std::string>> all = systemFacts(*m_parts->kernel);
+  all.emplace_back("Windows are seen through", desktop());
+  if (m_parts->desktopFacts) {
+    for (auto& fact : m_parts->desktopFacts()) all.push_back(std::move(fact));
+  }
+  return all;
 }
 
 Machine LinuxMachine::machine() {
   Parts& parts = *m_parts;
-  return {parts.host,   parts.processes, *parts.band,          *parts.workspace, *parts.audio,
-          *parts.power, *parts.pressure, *parts.notifications, parts.defaults,   parts.files,
-          parts.clock,  parts.launcher,  parts.text,           *parts.loginItem, *parts.catalog};
+  return {parts.host,     parts.processes,  *parts.band,     *parts.workspace,
+          *parts.audio,   *parts.power,     *parts.pressure, *parts.notifications,
+          parts.defaults, parts.files,      parts.clock,     parts.launcher,
+          parts.text,     *parts.loginItem, *parts.catalog,  *parts.hooks};
 }
 
 } // namespace vantle

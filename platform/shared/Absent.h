@@ -4,6 +4,7 @@
 #include "engine/ports/ApplicationCatalog.h"
 #include "engine/ports/AudioActivity.h"
 #include "engine/ports/BackgroundBand.h"
+#include "engine/ports/Hooks.h"
 #include "engine/ports/LoginItem.h"
 #include "engine/ports/MemoryPressureEvents.h"
 #include "engine/ports/Notifications.h"
@@ -54,6 +55,15 @@ class AbsentNotifications final : public Notifications {
   void requestAuthorization() override {}
   void post(const std::string& /*identifier*/, const std::string& /*title*/,
             const std::string& /*body*/) override {}
+};
+
+class AbsentHooks final : public Hooks {
+ public:
+  bool start(const std::string& /*name*/, const Variables& /*variables*/,
+             std::function<void()> /*ended*/) override {
+    return false;
+  }
+  void cut() override {}
 };
 
 class AbsentLoginItem final : public LoginItem {

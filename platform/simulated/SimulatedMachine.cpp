@@ -23,7 +23,7 @@ SimulatedMachine::SimulatedMachine() {
 
 Machine SimulatedMachine::ports(ProcessTable& otherTable, BackgroundBand& otherBand) {
   return {host,     otherTable, otherBand, workspace, audio, power,     pressure, notifications,
-          defaults, files,      clock,     launcher,  text,  loginItem, catalog};
+          defaults, files,      clock,     launcher,  text,  loginItem, catalog,  hooks};
 }
 
 SimulatedAppRef SimulatedMachine::launch(const AppSpec& spec, Opening opening) {

@@ -9,6 +9,7 @@
 #include "platform/simulated/SimulatedClock.h"
 #include "platform/simulated/SimulatedDefaults.h"
 #include "platform/simulated/SimulatedFiles.h"
+#include "platform/simulated/SimulatedHooks.h"
 #include "platform/simulated/SimulatedLauncher.h"
 #include "platform/simulated/SimulatedLoginItem.h"
 #include "platform/simulated/SimulatedProbes.h"
@@ -64,6 +65,7 @@ class SimulatedMachine {
   SimulatedDefaults defaults{calls};
   SimulatedFiles files{calls};
   SimulatedLauncher launcher{calls, processes};
+  SimulatedHooks hooks;
   SimulatedHost host; // this program has a process of its own
   IcuText text;
   SimulatedLoginItem loginItem;

@@ -48,7 +48,8 @@ struct ShortMemory : testing::Test {
                                        desktop.dataHome(), "/usr/local/share", "/usr/share"})});
     engine.emplace(Machine{simulated.host, processes, band, *workspace, simulated.audio, simulated.power,
                            simulated.pressure, notices, simulated.defaults, simulated.files, simulated.clock,
-                           simulated.launcher, simulated.text, simulated.loginItem, simulated.catalog},
+                           simulated.launcher, simulated.text, simulated.loginItem, simulated.catalog,
+                           simulated.hooks},
                    settings);
   }
 

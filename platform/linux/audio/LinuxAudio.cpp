@@ -101,6 +101,10 @@ bool LinuxAudio::isJackRunning() const {
   return false;
 }
 
+bool LinuxAudio::hasAnswered() const {
+  return m_pipeWire.players().has_value() || m_pulseAudio.players().has_value();
+}
+
 std::set<Pid> LinuxAudio::runningOutput() {
   const Moment start = std::chrono::steady_clock::now();
   std::set<Pid> heard;

@@ -34,6 +34,7 @@ class LinuxAudio final : public AudioActivity {
   // Waits 200 ms at most in all. A server that did not answer the last question is not waited for again until
   // it has said something since.
   std::set<Pid> runningOutput() override;
+  bool hasAnswered() const; // any server, the last question
 
  private:
   using Moment = std::chrono::steady_clock::time_point;

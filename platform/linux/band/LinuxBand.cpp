@@ -2,6 +2,7 @@
 #include "platform/linux/band/LinuxBand.h"
 
 #include "platform/linux/band/EnteringPass.h"
+#include "platform/linux/band/LeverFacts.h"
 #include "platform/linux/band/UnitPass.h"
 #include "platform/linux/band/UserManager.h"
 #include "platform/linux/kernel/ProcKernel.h"
@@ -32,6 +33,10 @@ LinuxBand::LinuxBand(EventLoop& loop, FileStore& files, BandParts parts)
       m_units(loop, m_ledger, m_kernel, managerOrNone(loop, std::move(parts.manager)), m_controlGroups) {}
 
 LinuxBand::~LinuxBand() = default;
+
+std::vector<std::pair<std::string, std::string>> LinuxBand::levers() const {
+  return leverFacts(m_kernel, m_units.isUsable());
+}
 
 ProcessView LinuxBand::lookAt(Pid app) const {
   const std::optional<Pid> births = m_kernel.birthMark();

@@ -40,6 +40,9 @@ class LinuxBand final : public BackgroundBand {
   // Gives a process that this program started the place that a desktop gives to an app.
   void placeAsApp(Pid pid);
 
+  // See leverFacts.
+  std::vector<std::pair<std::string, std::string>> levers() const;
+
   // The process that single ones are to be slowed against; without one, everybody is.
   void compareWith(Pid front) { m_front = front; }
 

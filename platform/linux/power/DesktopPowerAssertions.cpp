@@ -66,6 +66,7 @@ std::vector<PowerAssertions::Assertion> DesktopPowerAssertions::assertions() {
         return isAnswered;
       },
       deadline);
+  m_hasLogindAnswered = m_login.isAnswered();
   forEachSource([](InhibitorSource& source) { source.giveUp(); });
   return resolved();
 }

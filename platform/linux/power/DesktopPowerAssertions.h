@@ -25,6 +25,7 @@ class DesktopPowerAssertions final : public PowerAssertions {
   // Asks all daemons at the same time and waits for all of them 200 ms at most; a daemon that did not answer
   // for the last decision is not waited for.
   std::vector<Assertion> assertions() override;
+  bool hasLogindAnswered() const { return m_hasLogindAnswered; } // the last question, be it with an error
 
  private:
   template <class Visitor> void forEachSource(Visitor visit);
@@ -36,6 +37,7 @@ class DesktopPowerAssertions final : public PowerAssertions {
   BusConnection& m_sessionBus;
   HolderSources m_search;
   LoginInhibitors m_login;
+  bool m_hasLogindAnswered = false;
   PortalRequests m_portal;
   std::vector<std::unique_ptr<InhibitorSource>> m_session; // the others of the session's bus
 };

@@ -138,9 +138,9 @@ class Program {
 
   Machine ports() {
     const Machine all = m_machine.ports();
-    return {all.host,  all.processes, all.band,          all.workspace, all.audio,
-            all.power, all.pressure,  all.notifications, m_defaults,    all.files,
-            all.clock, all.launcher,  all.text,          all.loginItem, all.catalog};
+    return {all.host,     all.processes,     all.band,    all.workspace, all.audio, all.power,
+            all.pressure, all.notifications, m_defaults,  all.files,     all.clock, all.launcher,
+            all.text,     all.loginItem,     all.catalog, all.hooks};
   }
   static UpdateConfiguration configuration() {
     UpdateConfiguration made;

@@ -44,7 +44,8 @@ class SystemAppsTest : public testing::Test {
     const Machine rest = m_machine.ports();
     return m_engine.emplace(Machine{rest.host, rest.processes, rest.band, *m_workspace, rest.audio,
                                     rest.power, rest.pressure, rest.notifications, rest.defaults, rest.files,
-                                    rest.clock, rest.launcher, rest.text, rest.loginItem, rest.catalog},
+                                    rest.clock, rest.launcher, rest.text, rest.loginItem, rest.catalog,
+                                    rest.hooks},
                             m_settings);
   }
   AppRef appOf(const Program& program) { return m_workspace->runningApplication(program.pid()); }

@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/hooks/PersonsHooks.h"
+
+#include "platform/posix/files/OwnFolder.h"
+#include "platform/posix/process/OpenDescriptors.h"
+#include "platform/posix/process/SignalsBlocked.h"
+
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <fcntl.h>
+#include <optional>
+#include <string_view>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace vantle {
+namespace {
+
+constexpr std::chrono::milliseconds longestLook{100};
+
+// Nobody but this user and root can have put it there or changed it. A link is none: what it leads to may be
+// anybody's.
+bool isOwnProgram(const std::string& folder, const std::string& name) {
+  const Descriptor own = openOwnFolder(folder);
+  struct stat file {};
+  if (!own || ::fstatat(own.get(), name.c_str(), &file, AT_SYMLINK_NOFOLLOW) != 0) return false;
+  const mode_t othersMayWrite = S_IWOTH | (file.st_gid == ::getegid() ? 0U : S_IWGRP);
+  return S_ISREG(file.st_mode) && (file.st_uid == 0 || file.st_uid == ::geteuid()) &&
+         (file.st_mode & othersMayWrite) == 0 && (file.st_mode & S_IXUSR) != 0;
+}
+
+// Everything of this program's own, and these.
+std::vector<std::string> environmentWith(const Hooks::Variables& variables) {
+  std::vector<std::string> all;
+  for (char** one = environ; *one != nullptr; ++one) all.emplace_back(*one);
+  for (const auto& [name, value] : variables) all.push_back(name + "=" + value);
+  return all;
+}
+
+std::vector<char*> pointersTo(std::vector<std::string>& texts) {
+  std::vector<char*> pointers;
+  pointers.reserve(texts.size() + 1);
+  for (std::string& text : texts) pointers.push_back(text.data());
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
+// Between fork and exec, so only calls that are safe there.
+[[noreturn]] void becomeHook(char* const* arguments, char* const* environment, std::chrono::seconds limit) {
+  ::setsid();
+  ::alarm(static_cast<unsigned>(limit.count())); // for when this program has ended
+  const int nothing = ::open("/dev/null", O_RDWR);
+  ::dup2(nothing, STDIN_FILENO);
+  if (::fcntl(STDERR_FILENO, F_GETFD) < 0) ::dup2(nothing, STDERR_FILENO);
+  ::dup2(STDERR_FILENO, STDOUT_FILENO);
+  closeAllAtExecFrom(STDERR_FILENO + 1);
+  for (int number = 1; number < NSIG; ++number) ::signal(number, SIG_DFL);
+  sigset_t none;
+  ::sigemptyset(&none);
+  ::sigprocmask(SIG_SETMASK, &none, nullptr);
+  ::execve(arguments[0], arguments, environment);
+  constexpr std::string_view line = "vantle: a hook cannot be started.\n";
+  [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, line.data(), line.size());
+  ::_exit(127);
+}
+
+} // namespace
+
+PersonsHooks::~PersonsHooks() { letGo(); }
+
+bool PersonsHooks::start(const std::string& name, const Variables& variables, std::function<void()> ended) {
+  cut();
+  const auto look = [folder = m_folder, name] { return isOwnProgram(folder, name); };
+  if (!m_file.answer(longestLook, look).value_or(false)) return false;
+  std::vector<std::string> arguments{m_folder + "/" + name};
+  std::vector<std::string> environment = environmentWith(variables);
+  const std::vector<char*> argumentPointers = pointersTo(arguments);
+  const std::vector<char*> environmentPointers = pointersTo(environment);
+  std::optional<SignalsBlocked> blocked(std::in_place);
+  const Pid pid = ::fork();
+  if (pid == 0) becomeHook(argumentPointers.data(), environmentPointers.data(), m_longestRun);
+  blocked.reset();
+  if (pid < 0) return false;
+  m_running = pid;
+  m_process = Descriptor(static_cast<int>(::syscall(SYS_pidfd_open, pid, 0)));
+  const auto finish = [this, then = std::move(ended)] {
+    const std::function<void()> tell = then; // this one ends with the watch
+    cut();
+    tell();
+  };
+  if (m_process) m_end = m_loop.watch(m_process.get(), EventLoop::Readiness::readable, finish);
+  m_limit = m_loop.after(m_longestRun, [this, name, finish] {
+    std::fprintf(stderr, "vantle: the hook %s takes too long, and is ended.\n", name.c_str());
+    // Its end is heard of; without a descriptor to spare it is not.
+    m_process ? kill() : finish();
+  });
+  return true;
+}
+
+// All of its session that leads none itself. The number stays its own until it was waited for.
+void PersonsHooks::kill() const {
+  ::kill(-m_running, SIGKILL);
+  ::kill(m_running, SIGKILL); // right after its birth it leads no group yet
+}
+
+void PersonsHooks::cut() {
+  if (m_running == 0) return;
+  kill();
+  letGo();
+}
+
+void PersonsHooks::letGo() {
+  m_end.reset();
+  m_limit.reset();
+  m_process = Descriptor();
+  if (m_running != 0) ::waitpid(m_running, nullptr, WNOHANG);
+  m_running = 0;
+}
+
+} // namespace vantle
