@@ -82,7 +82,7 @@ struct BenchMachine {
   Machine ports() { return ports(audio, power, pressure); }
   Machine ports(AudioActivity& someAudio, PowerAssertions& somePower, MemoryPressureEvents& somePressure) {
     return {host,     processes, band,  workspace, someAudio, somePower, somePressure, notifications,
-            defaults, files,     clock, launcher,  text,      loginItem, catalog};
+            defaults, files,     clock, launcher,  text,      loginItem, catalog,      hooks};
   }
 
   PosixFileStore files;
@@ -104,6 +104,7 @@ struct BenchMachine {
   IcuText text;
   AbsentLoginItem loginItem;
   AbsentCatalog catalog;
+  AbsentHooks hooks;
 };
 
 } // namespace vantle::bench

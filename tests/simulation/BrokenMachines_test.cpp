@@ -29,7 +29,8 @@ template <class Replace> Machine with(SimulatedMachine& machine, Replace replace
           replace(ports.workspace), replace(ports.audio),         replace(ports.power),
           replace(ports.pressure),  replace(ports.notifications), replace(ports.defaults),
           replace(ports.files),     replace(ports.clock),         replace(ports.launcher),
-          replace(ports.text),      replace(ports.loginItem),     replace(ports.catalog)};
+          replace(ports.text),      replace(ports.loginItem),     replace(ports.catalog),
+          replace(ports.hooks)};
 }
 
 template <class Port> struct Instead {

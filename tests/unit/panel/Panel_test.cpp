@@ -2,11 +2,14 @@
 #include "tests/unit/panel/PanelFixture.h"
 
 #include "look/Colors.h"
+#include "panel/TrayItem.h"
 
+#include <QDateTime>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QScreen>
 #include <algorithm>
+#include <chrono>
 #include <gmock/gmock.h>
 
 namespace vantle {
@@ -208,6 +211,51 @@ TEST_F(Panel, TurnsTheBoostOffForGood) {
   machine.activate(desktop.browser);
   machine.activate(desktop.game);
   EXPECT_EQ(engine.activeGame.get(), nullptr);
+}
+
+TEST_F(Panel, ShowsUntilWhenBoostsArePaused) {
+  openWithSample();
+  engine.startPause(std::chrono::minutes(30));
+  const QDateTime end = QDateTime::fromSecsSinceEpoch(
+      std::chrono::system_clock::to_time_t(machine.clock.now() + std::chrono::minutes(30)));
+  const QString line = "Paused until " + end.toString("HH:mm");
+  EXPECT_TRUE(texts().contains(line)) << texts().join('|').toStdString();
+  machine.activate(desktop.game);
+  EXPECT_TRUE(texts().contains(line));
+  engine.endPause();
+  EXPECT_TRUE(texts().filter("Paused").isEmpty());
+  EXPECT_TRUE(texts().contains("Boost on")) << "the game is in front";
+}
+
+// What the icon was last given.
+class LastFace final : public Tray {
+ public:
+  QString state;
+
+  std::unique_ptr<TrayIcon> add(TrayActions /*actions*/) override { return std::make_unique<Icon>(state); }
+
+ private:
+  class Icon final : public TrayIcon {
+   public:
+    explicit Icon(QString& state) : m_state(state) {}
+    void show(const TrayFace& face) override { m_state = face.state; }
+
+   private:
+    QString& m_state;
+  };
+};
+
+TEST_F(Panel, ItsTrayIconSaysThatBoostsArePaused) {
+  desktop = openSampleDesktop(machine);
+  LastFace tray;
+  const TrayItem item(engine, panel, tray);
+  EXPECT_EQ(tray.state, "Boost off");
+  engine.startPause(std::chrono::minutes(30));
+  EXPECT_TRUE(tray.state.startsWith("Boost off \u00B7 Paused until ")) << tray.state.toStdString();
+  engine.endPause();
+  EXPECT_EQ(tray.state, "Boost off");
+  machine.activate(desktop.game);
+  EXPECT_EQ(tray.state, "Boost on");
 }
 
 TEST_F(Panel, SwitchesAutomaticBoost) {

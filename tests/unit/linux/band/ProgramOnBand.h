@@ -37,7 +37,8 @@ struct ProgramOnBand {
             desktop.launcher,
             desktop.text,
             desktop.loginItem,
-            desktop.catalog};
+            desktop.catalog,
+            desktop.hooks};
   }
   SimulatedAppRef add(Pid pid, bool isGame) {
     AppSpec spec{.name = std::to_string(pid)};

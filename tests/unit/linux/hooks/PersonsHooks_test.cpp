@@ -90,7 +90,7 @@ TEST_F(PersonsHooksTest, EndsWhatTakesTooLongWithAllThatItStarted) {
   hooks.emplace(loop, folder.path().string(), std::chrono::seconds(1));
   install("trap '' TERM ALRM; sleep 1000 & echo $!; wait");
   ASSERT_TRUE(run());
-  ASSERT_TRUE(becomes([&] { return written().ends_with("\n"); }));
+  ASSERT_TRUE(desktop::waitUntil([&] { return written().ends_with("\n"); }));
   const Pid child = std::stoi(written());
   ASSERT_TRUE(becomes([&] { return ended == 1; }));
   EXPECT_TRUE(desktop::waitUntil([&] { return !desktop::isAlive(child); }));
@@ -107,7 +107,7 @@ TEST_F(PersonsHooksTest, LeavesNothingRunningBehindOneThatHasEnded) {
 TEST_F(PersonsHooksTest, OneThatWasCutTellsNothing) {
   install("echo $$; exec sleep 1000");
   ASSERT_TRUE(run());
-  ASSERT_TRUE(becomes([&] { return written().ends_with("\n"); }));
+  ASSERT_TRUE(desktop::waitUntil([&] { return written().ends_with("\n"); }));
   const Pid running = std::stoi(written());
   hooks->cut();
   EXPECT_TRUE(desktop::waitUntil([&] { return !desktop::isAlive(running); }));
@@ -121,7 +121,7 @@ TEST_F(PersonsHooksTest, OneThatOutlivesTheProgramHasAnEndAllTheSame) {
   hooks.emplace(loop, folder.path().string(), std::chrono::seconds(1));
   install("echo $$; exec sleep 1000");
   ASSERT_TRUE(run());
-  ASSERT_TRUE(becomes([&] { return written().ends_with("\n"); }));
+  ASSERT_TRUE(desktop::waitUntil([&] { return written().ends_with("\n"); }));
   const Pid running = std::stoi(written());
   hooks.reset();
   EXPECT_TRUE(desktop::waitUntil([&] { return !desktop::isAlive(running); }));
