@@ -1,30 +1,28 @@
 // SPDX-License-Identifier: MIT
-// What each command costs: the time from its start to its end, and the memory that was its own at the most,
+// What each command costs: the time from its start to its end, and the memory that it has as it ends,
 // beside a program that does nothing (/bin/true). Asked of a copy that runs a Boost on a private X desktop.
 // usage: commands [RUNS]
+#include "bench/support/Series.h"
 #include "tests/support/KernelState.h"
 #include "tests/support/Props.h"
 #include "tests/support/VirtualDesktop.h"
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <fcntl.h>
+#include <fstream>
 #include <string>
-#include <sys/resource.h>
+#include <sys/ptrace.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <vector>
 
 namespace vantle::bench {
 namespace {
-
-struct Cost {
-  double milliseconds = 0;
-  long kilobytes = 0; // resident at the most, what it shares with others included
-};
 
 std::vector<char*> pointersTo(std::vector<std::string>& texts) {
   std::vector<char*> pointers;
@@ -34,39 +32,77 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts) {
   return pointers;
 }
 
-Cost costOf(std::vector<std::string> command, std::vector<std::string>& environment) {
-  const std::vector<char*> arguments = pointersTo(command);
-  const std::vector<char*> variables = pointersTo(environment);
-  const auto begin = std::chrono::steady_clock::now();
-  const pid_t pid = ::vfork();
-  if (pid == 0) {
-    const int nothing = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
-    ::dup2(nothing, STDOUT_FILENO);
-    ::execve(arguments[0], arguments.data(), variables.data());
-    ::_exit(127);
-  }
-  int status = 0;
-  rusage used{};
-  ::wait4(pid, &status, 0, &used);
-  const std::chrono::duration<double, std::milli> time = std::chrono::steady_clock::now() - begin;
-  if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
-    std::fprintf(stderr, "%s has failed\n", command.back().c_str());
-  }
-  return {time.count(), used.ru_maxrss};
+// A child that becomes the program, its output discarded.
+[[noreturn]] void become(char* const* arguments, char* const* environment) {
+  const int nothing = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+  ::dup2(nothing, STDOUT_FILENO);
+  ::execve(arguments[0], arguments, environment);
+  ::_exit(127);
 }
 
-void measure(const std::string& name, const std::vector<std::string>& command,
-             std::vector<std::string>& environment, int runs) {
-  std::vector<double> times;
-  long memory = 0;
-  for (int run = 0; run < runs; ++run) {
-    const Cost cost = costOf(command, environment);
-    times.push_back(cost.milliseconds);
-    memory = std::max(memory, cost.kilobytes);
+void expectSuccess(const std::string& name, int status) {
+  if (WIFEXITED(status) && WEXITSTATUS(status) == 0) return;
+  std::fprintf(stderr, "%s has failed\n", name.c_str());
+}
+
+double millisecondsOf(const std::string& name, char* const* arguments, char* const* environment) {
+  const auto begin = std::chrono::steady_clock::now();
+  const pid_t pid = ::fork();
+  if (pid == 0) become(arguments, environment);
+  int status = 0;
+  ::waitpid(pid, &status, 0);
+  const std::chrono::duration<double, std::milli> time = std::chrono::steady_clock::now() - begin;
+  expectSuccess(name, status);
+  return time.count();
+}
+
+struct Memory { // in KB
+  long own = 0;
+  long resident = 0; // at the most, with what it shares with others
+};
+
+Memory readMemory(pid_t pid) {
+  Memory memory;
+  std::ifstream file("/proc/" + std::to_string(pid) + "/status");
+  for (std::string line; std::getline(file, line);) {
+    if (line.starts_with("RssAnon:")) memory.own = std::stol(line.substr(8));
+    if (line.starts_with("VmHWM:")) memory.resident = std::stol(line.substr(6));
   }
-  std::sort(times.begin(), times.end());
-  std::printf("%-24s median %6.2f ms, slowest %6.2f ms, %5.1f MB resident at the most\n", name.c_str(),
-              times[times.size() / 2], times.back(), static_cast<double>(memory) / 1024);
+  return memory;
+}
+
+// Looked at as it ends: what a child has used at the most is told with that of its parent before it became
+// the program.
+Memory memoryOf(const std::string& name, char* const* arguments, char* const* environment) {
+  const pid_t pid = ::fork();
+  if (pid == 0) {
+    ::ptrace(PTRACE_TRACEME, 0, nullptr, nullptr);
+    become(arguments, environment);
+  }
+  Memory memory;
+  int status = 0;
+  bool isStarted = false;
+  while (::waitpid(pid, &status, 0) == pid && WIFSTOPPED(status)) {
+    if (!isStarted) ::ptrace(PTRACE_SETOPTIONS, pid, nullptr, PTRACE_O_TRACEEXIT);
+    isStarted = true;
+    if (status >> 8 == (SIGTRAP | (PTRACE_EVENT_EXIT << 8))) memory = readMemory(pid);
+    ::ptrace(PTRACE_CONT, pid, nullptr, nullptr);
+  }
+  expectSuccess(name, status);
+  return memory;
+}
+
+void measure(const std::string& name, std::vector<std::string> command, std::vector<std::string>& environment,
+             int runs) {
+  const std::vector<char*> arguments = pointersTo(command);
+  const std::vector<char*> variables = pointersTo(environment);
+  Series times;
+  for (int run = 0; run < runs; ++run) {
+    times.values.push_back(millisecondsOf(name, arguments.data(), variables.data()));
+  }
+  const Memory memory = memoryOf(name, arguments.data(), variables.data());
+  std::printf("%-24s middle %6.2f ms, least %6.2f ms; own memory %4ld KB, resident %5ld KB\n", name.c_str(),
+              times.median(), times.least(), memory.own, memory.resident);
 }
 
 void measureAll(int runs) {
