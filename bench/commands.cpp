@@ -124,7 +124,7 @@ void measureAll(int runs) {
     std::vector<std::string> command{VANTLE_PROGRAM};
     std::string name = "vantle";
     for (const std::string& argument : arguments) {
-      name += " " + argument;
+      name.append(" ").append(argument);
       command.push_back(argument);
     }
     measure(name, command, environment, runs);

@@ -19,7 +19,8 @@ std::string decisionOf(const AppStatus& app) {
 std::string reportText(const Status& status, const std::vector<std::pair<std::string, std::string>>& facts,
                        bool withNames) {
   std::string text = "Vantle " + status.version + "\n";
-  for (const auto& [subject, sentence] : facts) text += subject + ": " + sentence + "\n";
+  for (const auto& [subject, sentence] : facts)
+    text.append(subject).append(": ").append(sentence).append("\n");
   text += std::string("Boost: ") + (status.isActive ? "on" : "off") + "\n";
   text += std::string("Automatic: ") + (status.isAutomatic ? "on" : "off") +
           (status.pausedUntil != 0 ? ", paused" : "") + "\n";
@@ -27,14 +28,17 @@ std::string reportText(const Status& status, const std::vector<std::pair<std::st
   text += "Apps: " + std::to_string(status.apps.size()) + "\n";
   if (withNames) {
     for (const AppStatus& app : status.apps) {
-      text += "  " + app.name + " [" + app.id.value_or("no identifier") + ", " + std::to_string(app.pid) +
-              ", processes: " + std::to_string(app.processes) + "]: " + decisionOf(app) + "\n";
+      text.append("  ").append(app.name).append(" [").append(app.id.value_or("no identifier"));
+      text.append(", ").append(std::to_string(app.pid)).append(", processes: ");
+      text.append(std::to_string(app.processes)).append("]: ").append(decisionOf(app)).append("\n");
     }
     return text;
   }
   std::map<std::string, std::size_t> counts;
   for (const AppStatus& app : status.apps) ++counts[decisionOf(app)];
-  for (const auto& [decision, count] : counts) text += "  " + std::to_string(count) + " " + decision + "\n";
+  for (const auto& [decision, count] : counts) {
+    text.append("  ").append(std::to_string(count)).append(" ").append(decision).append("\n");
+  }
   return text;
 }
 

@@ -4,7 +4,6 @@
 #include "base/Json.h"
 #include "tests/support/KernelState.h"
 #include "tests/support/Props.h"
-#include "tests/support/Schema.h"
 #include "tests/support/User.h"
 #include "tests/support/VirtualDesktop.h"
 
@@ -93,9 +92,6 @@ class CommandStage : public testing::Test {
     const std::optional<Json> json = Json::parse(said.output);
     EXPECT_TRUE(json) << said.output;
     return json.value_or(Json());
-  }
-  static std::string schemaViolation(const std::string& json) {
-    return violationOf(std::filesystem::path(VANTLE_DOCS) / "status.schema.json", json);
   }
   // How often a command that follows has told the status.
   long linesOf(int number) const {

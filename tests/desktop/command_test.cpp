@@ -4,6 +4,7 @@
 #include "status/Words.h"
 #include "tests/desktop/CommandStage.h"
 #include "tests/support/PrivateBus.h"
+#include "tests/support/Schema.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -106,6 +107,10 @@ long descriptorsOf(Pid pid) {
 }
 
 using Command = CommandStage;
+
+std::string schemaViolation(const std::string& json) {
+  return violationOf(std::filesystem::path(VANTLE_DOCS) / "status.schema.json", json);
+}
 
 TEST_F(Command, StatusTellsOfABoostAsJson) {
   ASSERT_NO_FATAL_FAILURE(startBoost());
@@ -400,6 +405,26 @@ TEST_F(Command, WhoeverHasAskedIsToldOfChangesOnly) {
   EXPECT_EQ(other.heard(), 0) << "it never asked";
 }
 
+TEST_F(Command, AsManyFollowAsOnePersonNeeds) {
+  m_desktop.reset();
+  makeDesktop({});
+  startVantle();
+  constexpr std::size_t most = 64;
+  std::vector<std::unique_ptr<Listener>> followers;
+  while (followers.size() < most) {
+    followers.push_back(std::make_unique<Listener>(m_desktop->busAddress()));
+    ASSERT_EQ(followers.back()->all(), "");
+  }
+  Listener another(m_desktop->busAddress());
+  EXPECT_EQ(another.all(), "org.freedesktop.DBus.Error.LimitsExceeded");
+  EXPECT_EQ(another.report(), "") << "orders are no following";
+  EXPECT_EQ(followers.front()->all(), "") << "it follows already";
+  followers.pop_back();
+  EXPECT_TRUE(waitUntil([&] { return another.all().empty(); })) << "one has left";
+  EXPECT_EQ(another.pause(600), "");
+  EXPECT_TRUE(waitUntil([&] { return followers.front()->heard() == 1 && another.heard() == 1; }));
+}
+
 void expectNothingFor(Listener& stranger) {
   const std::string denied = "org.freedesktop.DBus.Error.AccessDenied";
   EXPECT_EQ(stranger.all(), denied);
@@ -498,6 +523,12 @@ TEST_F(Command, ItsInterfaceIsDocumented) {
   for (const ReasonText& reason : reasonTexts) {
     EXPECT_THAT(guide, HasSubstr("| `" + std::string(reason.word) + "` |"));
     EXPECT_THAT(schema, HasSubstr("\"" + std::string(reason.word) + "\""));
+  }
+  for (const CommandText& command : commandTexts) {
+    EXPECT_THAT(guide, HasSubstr("`vantle " + std::string(command.name)));
+    for (const OptionText& option : command.options) {
+      EXPECT_THAT(guide, HasSubstr("[" + std::string(option.name) + "]"));
+    }
   }
   for (const std::string_view state : stateWords)
     EXPECT_THAT(guide, HasSubstr("| `" + std::string(state) + "` |"));

@@ -37,7 +37,7 @@ bool isOwnProgram(const std::string& folder, const std::string& name) {
 std::vector<std::string> environmentWith(const Hooks::Variables& variables) {
   std::vector<std::string> all;
   for (char** one = environ; *one != nullptr; ++one) all.emplace_back(*one);
-  for (const auto& [name, value] : variables) all.push_back(name + "=" + value);
+  for (const auto& [name, value] : variables) all.emplace_back(name).append("=").append(value);
   return all;
 }
 
