@@ -119,7 +119,9 @@ void measureAll(int runs) {
   desktop::require("a Boost", [&] { return desktop::isSlowed(app.pid()); });
 
   std::vector<std::string> environment;
-  for (const auto& [name, value] : desktop.environment()) environment.push_back(name + "=" + value);
+  for (const auto& [name, value] : desktop.environment()) {
+    environment.emplace_back(name).append("=").append(value);
+  }
   const auto vantle = [&](const std::vector<std::string>& arguments) {
     std::vector<std::string> command{VANTLE_PROGRAM};
     std::string name = "vantle";

@@ -72,7 +72,7 @@ class Listener {
   }
   template <class... Arguments>
   std::string ask(const char* on, const char* member, const char* types, Arguments... values) {
-    sd_bus_error error = SD_BUS_ERROR_NULL;
+    sd_bus_error error{};
     sd_bus_message* reply = nullptr;
     const int status = sd_bus_call_method(m_bus.get(), "com.halvo.vantle", path, on, member, &error, &reply,
                                           types, values...);

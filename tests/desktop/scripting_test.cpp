@@ -11,7 +11,6 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::ElementsAre;
-using testing::HasSubstr;
 
 class Scripting : public CommandStage {
  protected:

@@ -31,16 +31,16 @@ std::string violation(const json& schema, const json& value, const std::string& 
 
 std::string memberViolation(const json& schema, const json& value, const std::string& where) {
   for (const json& name : schema.value("required", json::array())) {
-    if (!value.contains(name.get<std::string>())) return where + " has no " + name.get<std::string>();
+    const std::string required = name.get<std::string>();
+    if (!value.contains(required)) return std::string(where).append(" has no ").append(required);
   }
   const json properties = schema.value("properties", json::object());
   for (const auto& [name, member] : value.items()) {
     if (properties.contains(name)) {
-      if (std::string found = violation(properties[name], member, where + "/" + name); !found.empty()) {
-        return found;
-      }
+      std::string found = violation(properties[name], member, std::string(where).append("/").append(name));
+      if (!found.empty()) return found;
     } else if (schema.value("additionalProperties", json(true)) == json(false)) {
-      return where + " may not have " + name;
+      return std::string(where).append(" may not have ").append(name);
     }
   }
   return {};
