@@ -66,7 +66,7 @@ std::vector<PowerAssertions::Assertion> DesktopPowerAssertions::assertions() {
         return isAnswered;
       },
       deadline);
-  m_hasLogindAnswered = m_login.isAnswered();
+  m_hasLogindAnswered = m_login.hasAnswered();
   forEachSource([](InhibitorSource& source) { source.giveUp(); });
   return resolved();
 }

@@ -30,6 +30,7 @@ class InhibitorSource {
   void ask();
   // Everything that was asked for this decision; a daemon that was left alone has nothing to answer.
   bool isAnswered() const { return !m_isAsked || m_questions.isAnswered(); }
+  bool hasAnswered() const { return m_isAsked && m_questions.isAnswered(); } // be it with errors
   const Findings& findings() const { return m_findings; }
   // What comes from now on is too late for this decision.
   void giveUp() { m_questions.giveUp(); }
