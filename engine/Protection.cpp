@@ -42,6 +42,7 @@ std::set<Pid> assertionPIDs(PowerAssertions& power) {
 }
 
 ShieldedPIDs shieldedPIDs(AudioActivity& audio, PowerAssertions& power) {
+  power.ask();
   std::set<Pid> heard = audioPIDs(audio);
   return {std::move(heard), assertionPIDs(power)};
 }

@@ -18,8 +18,12 @@ class PowerAssertions {
 
   virtual ~PowerAssertions() = default;
 
+  // Sends what the next `assertions` has to know, so that others can be waited for while it is answered.
+  // Need not be called.
+  virtual void ask() {}
+
   // Every assertion held now, several a process where it holds several. Empty on any failure; bounded in
-  // time (200 ms).
+  // time (200 ms, from `ask` on).
   virtual std::vector<Assertion> assertions() = 0;
 };
 

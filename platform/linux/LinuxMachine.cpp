@@ -176,14 +176,15 @@ std::unique_ptr<LinuxMachine> LinuxMachine::forDesktop(const XdgFolders& folders
   const auto& parts = machine->m_parts;
   parts->systemBus = std::make_unique<BusConnection>(loop, BusConnection::Kind::system);
   parts->sessionBus = std::make_unique<BusConnection>(loop, BusConnection::Kind::session);
-  auto audio = std::make_unique<LinuxAudio>(
-      parts->kernel, LinuxAudio::Servers{.pipeWire = pipeWireSocket([](const char* name) -> const char* {
-                                           return std::getenv(name);
-                                         })});
   const auto installed = std::make_shared<DesktopEntries>(folders.allData());
   auto power = std::make_unique<DesktopPowerAssertions>(
       *parts->systemBus, *parts->sessionBus,
       HolderSources{parts->processes, flatpakFolder(folders), installed});
+  auto audio = std::make_unique<LinuxAudio>(
+      parts->kernel, LinuxAudio::Servers{.pipeWire = pipeWireSocket([](const char* name) -> const char* {
+                                           return std::getenv(name);
+                                         })},
+      std::vector<Question*>{&power->question()});
   // Both are asked afresh, which takes no longer than at a Boost.
   parts->desktopFacts = [sound = audio.get(), holders = power.get(), band = parts->linuxBand] {
     auto facts = band->levers();

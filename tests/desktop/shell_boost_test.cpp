@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The program itself on each shell.
 #include "tests/desktop/ShellBoosts.h"
+#include "tests/support/FakeService.h"
 
 #include <algorithm>
 #include <chrono>
@@ -14,6 +15,20 @@ namespace {
 TEST_P(BoostOnEachShell, OfANativeGame) { expectBoost(nativeGame()); }
 
 TEST_P(BoostOnEachShell, OfAGameThroughXwayland) { expectBoost(x11("Game")); }
+
+// The shell tells who is in front by a message on the bus on which the holders are asked for, too.
+TEST_P(BoostOnEachShell, OfANativeGameLeavesAloneWhatKeepsTheMachineAwake) {
+  FakeService saver(m_desktop->busAddress(), "org.xfce.ScreenSaver");
+  saver.answer("", "GetInhibitors", [](sd_bus_message*, sd_bus_message* reply) {
+    sd_bus_message_append(reply, "as", 1, "weston-terminal");
+  });
+  Program& game = nativeGame();
+  Program& terminal = nativeApp();
+  Program& client = x11("Client");
+  ASSERT_NO_FATAL_FAILURE(slowBehind(game, client));
+  EXPECT_EQ(kernelState(terminal.pid()), m_before.at(terminal.pid()));
+  EXPECT_GT(saver.calls("GetInhibitors"), 0);
+}
 
 TEST_P(BoostOnEachShell, LeavesNothingSlowedWhenTheShellDies) {
   Program& game = nativeGame();

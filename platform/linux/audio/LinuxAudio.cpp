@@ -35,12 +35,13 @@ bool isHolder(const std::vector<std::string>& files, const std::vector<AlsaPlayb
 
 } // namespace
 
-LinuxAudio::LinuxAudio(std::shared_ptr<const ProcKernel> kernel, Servers servers)
-    : m_kernel(std::move(kernel)), m_jackFolder(std::move(servers.jackFolder)),
+LinuxAudio::LinuxAudio(std::shared_ptr<const ProcKernel> kernel, Servers servers,
+                       std::vector<Question*> beside)
+    : m_kernel(std::move(kernel)), m_jackFolder(std::move(servers.jackFolder)), m_beside(std::move(beside)),
       m_pipeWire(std::move(servers.pipeWire)), m_pulseAudio(std::move(servers.pulseAudio)) {}
 
 std::vector<Player> LinuxAudio::serverPlayers(Moment deadline) {
-  askTogether({&m_pipeWire, &m_pulseAudio}, deadline);
+  askTogether({&m_pipeWire, &m_pulseAudio}, deadline, m_beside);
   const std::optional<std::vector<Player>> ofPipeWire = m_pipeWire.players();
   std::vector<Player> players = ofPipeWire.value_or(std::vector<Player>{});
   if (ofPipeWire && m_pulseAudio.isPipeWire()) return players;

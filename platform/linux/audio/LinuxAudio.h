@@ -6,6 +6,7 @@
 #include "platform/linux/audio/PulseAudioQuestion.h"
 #include "platform/linux/audio/pipewire/PipeWireQuestion.h"
 #include "platform/linux/kernel/ProcKernel.h"
+#include "platform/posix/process/Question.h"
 
 #include <chrono>
 #include <memory>
@@ -27,7 +28,8 @@ class LinuxAudio final : public AudioActivity {
     std::string pulseAudio = {};
     std::string jackFolder = "/dev/shm"; // where JACK 2 keeps its sockets
   };
-  LinuxAudio(std::shared_ptr<const ProcKernel> kernel, Servers servers);
+  // What somebody asks for the same decision takes in its answers while this waits.
+  LinuxAudio(std::shared_ptr<const ProcKernel> kernel, Servers servers, std::vector<Question*> beside = {});
 
   bool isAvailable() const override { return true; }
 
@@ -47,6 +49,7 @@ class LinuxAudio final : public AudioActivity {
 
   std::shared_ptr<const ProcKernel> m_kernel;
   std::string m_jackFolder;
+  std::vector<Question*> m_beside;
   PipeWireQuestion m_pipeWire;
   PulseAudioQuestion m_pulseAudio;
 };

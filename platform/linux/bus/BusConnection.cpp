@@ -4,9 +4,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
-#include <poll.h>
 #include <utility>
-#include <vector>
 
 namespace vantle {
 
@@ -155,81 +153,62 @@ std::string BusConnection::uniqueName() const {
 }
 
 bool BusConnection::runUntil(const std::function<bool()>& condition, BusDeadline deadline) {
-  BusConnection* const self = this;
-  const bool holds = runTogether(
-      {&self, 1}, [&] { return !m_bus || condition(); }, deadline);
-  return m_bus != nullptr && holds;
-}
-
-bool BusConnection::runTogether(std::span<BusConnection* const> connections,
-                                const std::function<bool()>& condition, BusDeadline deadline) {
-  bool isOver = false;
-  while (!isOver && !condition()) {
-    bool isMore = false;
-    bool isOpen = false;
-    for (BusConnection* const connection : connections) {
-      const Step step = connection->step();
-      if (step == Step::busy) return condition(); // nothing can arrive in here
-      isMore = isMore || step == Step::more;
-      isOpen = isOpen || connection->isOpen();
+  while (m_bus && !condition()) {
+    const int processed = sd_bus_process(m_bus.get(), nullptr);
+    if (processed == -EBUSY) return false; // nothing can arrive in here
+    if (processed < 0) {
+      drop();
+    } else if (SteadyClock::now() >= deadline) {
+      break;
+    } else if (processed == 0) {
+      wait(deadline);
     }
-    isOver = !isOpen || SteadyClock::now() >= deadline;
-    if (!isOver && !isMore) waitForAny(connections, deadline);
   }
-  for (BusConnection* const connection : connections) {
-    if (connection->m_bus) connection->watch();
-  }
-  return condition();
+  if (m_bus) watch();
+  return m_bus != nullptr && condition();
 }
 
-BusConnection::Step BusConnection::step() {
-  if (!m_bus) return Step::nothingLeft;
-  const int processed = sd_bus_process(m_bus.get(), nullptr);
-  if (processed == -EBUSY) return Step::busy;
-  if (processed < 0) drop();
-  return processed > 0 ? Step::more : Step::nothingLeft;
+std::optional<pollfd> BusConnection::watched() const {
+  if (!m_bus) return std::nullopt;
+  const int descriptor = sd_bus_get_fd(m_bus.get());
+  const int events = sd_bus_get_events(m_bus.get());
+  if (descriptor < 0 || events < 0) return std::nullopt;
+  return pollfd{descriptor, static_cast<short>(events), 0};
 }
 
-void BusConnection::waitForAny(std::span<BusConnection* const> connections, BusDeadline deadline) {
-  std::vector<pollfd> descriptors;
-  for (BusConnection* const connection : connections) {
-    sd_bus* const bus = connection->m_bus.get();
-    if (bus == nullptr) continue;
-    const int descriptor = sd_bus_get_fd(bus);
-    const int events = sd_bus_get_events(bus);
-    if (descriptor < 0 || events < 0) return; // closed: the next step delivers what is left
-    descriptors.push_back({descriptor, static_cast<short>(events), 0});
-    std::uint64_t due = 0; // a point on the monotonic clock, which is the steady one here
-    if (sd_bus_get_timeout(bus, &due) > 0 && due != UINT64_MAX) {
-      deadline = std::min(deadline, BusDeadline(microseconds(due)));
-    }
+void BusConnection::wait(BusDeadline deadline) const {
+  std::optional<pollfd> descriptor = watched();
+  if (!descriptor) return; // closed: the next step delivers what is left
+  std::uint64_t due = 0;   // a point on the monotonic clock, which is the steady one here
+  if (sd_bus_get_timeout(m_bus.get(), &due) > 0 && due != UINT64_MAX) {
+    deadline = std::min(deadline, BusDeadline(microseconds(due)));
   }
   const auto left = std::chrono::ceil<milliseconds>(deadline - SteadyClock::now());
   const milliseconds wait = std::clamp<milliseconds>(left, milliseconds(0), longestPoll);
-  ::poll(descriptors.data(), descriptors.size(), static_cast<int>(wait.count()));
+  ::poll(&*descriptor, 1, static_cast<int>(wait.count()));
 }
 
-void BusConnection::process() { process(SteadyClock::now() + longestTurn); }
+bool BusConnection::process() { return process(SteadyClock::now() + longestTurn); }
 
-void BusConnection::process(BusDeadline end) {
+bool BusConnection::process(BusDeadline end) {
   int processed = 1;
   while (processed > 0 && m_bus) {
     if (SteadyClock::now() >= end) break; // the rest is there in the next turn, which `watch` brings about
     processed = sd_bus_process(m_bus.get(), nullptr);
   }
-  if (!m_bus || processed == -EBUSY) return; // inside a reply or signal: whoever delivers that one goes on
+  if (processed == -EBUSY) return false; // whoever delivers that reply or signal goes on
+  if (!m_bus) return true;
   if (processed < 0) {
     drop();
   } else {
     watch();
   }
+  return true;
 }
 
 void BusConnection::watch() {
-  sd_bus* bus = m_bus.get();
-  const int descriptor = sd_bus_get_fd(bus);
-  const int events = sd_bus_get_events(bus);
-  if (descriptor < 0 || events < 0) {
+  const std::optional<pollfd> watched = this->watched();
+  if (!watched) {
     // Closed already: the next step on the loop delivers what is left and finds out.
     m_readable.reset();
     m_writable.reset();
@@ -238,20 +217,20 @@ void BusConnection::watch() {
     return;
   }
   const auto serve = [this] { process(); };
-  if (descriptor != m_watched) {
-    m_watched = descriptor;
+  if (watched->fd != m_watched) {
+    m_watched = watched->fd;
     m_writable.reset();
-    m_readable = m_loop.watch(descriptor, EventLoop::Readiness::readable, serve);
+    m_readable = m_loop.watch(m_watched, EventLoop::Readiness::readable, serve);
   }
-  const bool wantsToWrite = (events & POLLOUT) != 0;
+  const bool wantsToWrite = (watched->events & POLLOUT) != 0;
   if (!wantsToWrite) m_writable.reset();
   if (wantsToWrite && !m_writable) {
-    m_writable = m_loop.watch(descriptor, EventLoop::Readiness::writable, serve);
+    m_writable = m_loop.watch(m_watched, EventLoop::Readiness::writable, serve);
   }
 
   m_timer.reset();
   std::uint64_t due = 0; // a point on the monotonic clock, which is the steady one here
-  if (sd_bus_get_timeout(bus, &due) <= 0 || due == UINT64_MAX) return;
+  if (sd_bus_get_timeout(m_bus.get(), &due) <= 0 || due == UINT64_MAX) return;
   const auto wait = microseconds(due) - SteadyClock::now().time_since_epoch();
   m_timer = m_loop.after(std::max(std::chrono::ceil<milliseconds>(wait), milliseconds(0)), serve);
 }

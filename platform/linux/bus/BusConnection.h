@@ -8,7 +8,8 @@
 #include <chrono>
 #include <functional>
 #include <memory>
-#include <span>
+#include <optional>
+#include <poll.h>
 #include <string>
 #include <utility>
 
@@ -54,16 +55,12 @@ class BusConnection {
   // first or the connection is lost. Not to be called inside a reply or a signal.
   bool runUntil(const std::function<bool()>& condition, BusDeadline deadline);
 
-  // The same for several connections at once, each in its turn: nobody waits for what another one owes. True
-  // when the condition holds; a lost connection has delivered what was under way on it.
-  static bool runTogether(std::span<BusConnection* const> connections, const std::function<bool()>& condition,
-                          BusDeadline deadline);
+  // Delivers what has arrived since the loop was last here, for a turn (10 ms) at most. Inside a reply or a
+  // signal it does nothing, and is false.
+  bool catchUp() { return !m_bus || process(); }
 
-  // Delivers what has arrived since the loop was last here, for a turn (10 ms) at most. Not to be called
-  // inside a reply or a signal, where it does nothing.
-  void catchUp() {
-    if (m_bus) process();
-  }
+  // What the connection waits for now; none without a bus, and none of one that is closed.
+  std::optional<pollfd> watched() const;
 
   // Calls back on each signal that matches the rule, as long as the slot lives and the connection holds. Null
   // when there is no bus.
@@ -88,13 +85,10 @@ class BusConnection {
     void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
   };
 
-  enum class Step { more, nothingLeft, busy }; // busy: inside a reply or signal
-
   sd_bus* open();
-  Step step(); // delivers one message, or finds the connection lost
-  static void waitForAny(std::span<BusConnection* const> connections, BusDeadline deadline);
-  void process(); // delivers what has arrived, a turn of it
-  void process(BusDeadline end);
+  void wait(BusDeadline deadline) const;
+  bool process(); // delivers what has arrived, a turn of it; false inside a reply or signal
+  bool process(BusDeadline end);
   void watch(); // tells the loop what the connection waits for now
   void drop();
 

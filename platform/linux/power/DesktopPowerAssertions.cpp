@@ -4,7 +4,6 @@
 #include "platform/linux/power/NamedInhibitors.h"
 #include "platform/linux/power/SessionInhibitors.h"
 
-#include <array>
 #include <chrono>
 #include <map>
 #include <utility>
@@ -52,23 +51,32 @@ template <class Visitor> void DesktopPowerAssertions::forEachSource(Visitor visi
 }
 
 std::vector<PowerAssertions::Assertion> DesktopPowerAssertions::assertions() {
-  const BusDeadline deadline = std::chrono::steady_clock::now() + longestWait;
-  // Answers that came too late for the last decision: their daemons can be asked again.
-  m_systemBus.catchUp();
-  m_sessionBus.catchUp();
-  forEachSource([](InhibitorSource& source) { source.ask(); });
-  const std::array buses{&m_systemBus, &m_sessionBus};
-  BusConnection::runTogether(
-      buses,
-      [this] {
-        bool isAnswered = true;
-        forEachSource([&](InhibitorSource& source) { isAnswered = isAnswered && source.isAnswered(); });
-        return isAnswered;
-      },
-      deadline);
+  m_daemons.ask();
+  awaitTogether({&m_daemons}, m_daemons.deadline());
   m_hasLogindAnswered = m_login.hasAnswered();
-  forEachSource([](InhibitorSource& source) { source.giveUp(); });
+  m_daemons.giveUp();
   return resolved();
+}
+
+void DesktopPowerAssertions::Daemons::ask() {
+  if (m_isAsked) return;
+  m_isAsked = true;
+  m_deadline = std::chrono::steady_clock::now() + longestWait;
+  advance(); // answers that came too late for the last decision: their daemons can be asked again
+  m_owner.forEachSource([](InhibitorSource& source) { source.ask(); });
+}
+
+bool DesktopPowerAssertions::Daemons::isAsking() const {
+  if (!m_isAsked || !canBeAnswered()) return false;
+  bool isAnswered = true;
+  m_owner.forEachSource(
+      [&](const InhibitorSource& source) { isAnswered = isAnswered && source.isAnswered(); });
+  return !isAnswered;
+}
+
+void DesktopPowerAssertions::Daemons::giveUp() {
+  m_isAsked = false;
+  m_owner.forEachSource([](InhibitorSource& source) { source.giveUp(); });
 }
 
 std::set<Pid> DesktopPowerAssertions::standIns() const {

@@ -20,7 +20,13 @@ class Question {
 };
 
 // Asks all of them at once and waits for them together, until the last has its answer or the deadline comes:
-// whoever hangs takes nothing from the others.
-void askTogether(const std::vector<Question*>& questions, std::chrono::steady_clock::time_point deadline);
+// whoever hangs takes nothing from the others. Those beside them, whom somebody else has asked and waits for
+// later, take in what arrives meanwhile.
+void askTogether(const std::vector<Question*>& questions, std::chrono::steady_clock::time_point deadline,
+                 const std::vector<Question*>& beside = {});
+
+// The same for what has been asked already.
+void awaitTogether(const std::vector<Question*>& questions, std::chrono::steady_clock::time_point deadline,
+                   const std::vector<Question*>& beside = {});
 
 } // namespace vantle

@@ -2,13 +2,13 @@
 #include "platform/linux/bus/BusConnection.h"
 
 #include "platform/linux/bus/BusBatch.h"
+#include "platform/linux/bus/BusQuestion.h"
 #include "platform/linux/bus/BusQuestions.h"
 #include "platform/shared/PollEventLoop.h"
 #include "tests/support/FakeService.h"
 #include "tests/support/PrivateBus.h"
 #include "tests/support/Wait.h"
 
-#include <array>
 #include <atomic>
 #include <csignal>
 #include <cstddef>
@@ -219,40 +219,76 @@ TEST_F(Bus, WithoutABusThereIsNoMessage) {
   EXPECT_FALSE(nonsense.callAsync(nullptr, 50ms, [](sd_bus_message*) { FAIL(); }));
 }
 
+// Asks several buses for what each of them can tell by itself.
+class Asked : public BusQuestion {
+ public:
+  explicit Asked(std::vector<BusConnection*> buses) : BusQuestion(buses), m_buses(std::move(buses)) {}
+  void ask() override {
+    for (BusConnection* asked : m_buses) {
+      BusMessage call = asked->methodCall({"org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetId"});
+      asked->callAsync(std::move(call), guardLimit,
+                       [this](sd_bus_message* reply) { answers += reply != nullptr ? 1 : 0; });
+    }
+  }
+  bool isAsking() const override { return answers < wanted && canBeAnswered(); }
+  void giveUp() override { isGivenUp = true; }
+
+  int answers = 0;
+  int wanted = 0;
+  bool isGivenUp = false;
+
+ private:
+  std::vector<BusConnection*> m_buses;
+};
+
 TEST_F(Bus, SeveralConnectionsAreServedTogether) {
   PrivateBus otherBus;
   const FakeService otherService(otherBus.address(), "org.example.Echo");
   BusConnection other(loop, otherBus.address());
   BusConnection nowhere(loop, "unix:path=/nonexistent/bus");
-  const std::array all{&other, &connection, &nowhere};
-  int answers = 0;
-  const auto askBoth = [&] {
-    for (BusConnection* asked : {&other, &connection}) {
-      asked->callAsync(asked->methodCall({"org.freedesktop.DBus", "/", "org.freedesktop.DBus", "GetId"}),
-                       guardLimit, [&](sd_bus_message* reply) { answers += reply != nullptr ? 1 : 0; });
-    }
-  };
-  askBoth();
-  EXPECT_TRUE(BusConnection::runTogether(
-      all, [&] { return answers == 2; }, in(guardLimit)));
+  Asked question({&other, &connection, &nowhere});
+  question.wanted = 2;
+  askTogether({&question}, in(guardLimit));
+  EXPECT_EQ(question.answers, 2);
 
   // The one hangs: the other is heard as ever, and then the time is over.
   otherBus.daemon().signal(SIGSTOP);
-  askBoth();
-  EXPECT_TRUE(BusConnection::runTogether(
-      all, [&] { return answers == 3; }, in(guardLimit)));
-  EXPECT_FALSE(BusConnection::runTogether(
-      all, [&] { return answers == 4; }, in(50ms)));
+  question.wanted = 3;
+  askTogether({&question}, in(guardLimit));
+  EXPECT_EQ(question.answers, 3);
+  EXPECT_FALSE(question.isGivenUp);
+  question.wanted = 4;
+  awaitTogether({&question}, in(50ms));
+  EXPECT_TRUE(question.isGivenUp);
   otherBus.daemon().signal(SIGCONT);
-  EXPECT_TRUE(BusConnection::runTogether(
-      all, [&] { return answers == 4; }, in(guardLimit)));
+  awaitTogether({&question}, in(guardLimit));
+  EXPECT_EQ(question.answers, 4);
 
   // With nobody left there is nothing to wait for.
   otherBus.kill();
   bus.kill();
-  EXPECT_FALSE(BusConnection::runTogether(
-      all, [] { return false; }, in(guardLimit)));
+  question.wanted = 5;
+  awaitTogether({&question}, in(guardLimit));
+  EXPECT_EQ(question.answers, 4);
   EXPECT_FALSE(other.isOpen() || connection.isOpen());
+}
+
+// Whoever waits for one takes in what arrives for the other, for as long as it waits.
+TEST_F(Bus, WhatIsAskedBesideSomethingElseIsAnsweredMeanwhile) {
+  PrivateBus otherBus;
+  BusConnection other(loop, otherBus.address());
+  Asked hung({&other});
+  hung.wanted = 1;
+  otherBus.daemon().signal(SIGSTOP);
+  Asked beside({&connection});
+  beside.wanted = 1;
+  beside.ask();
+  EXPECT_TRUE(desktop::waitUntil([&] {
+    askTogether({&hung}, in(50ms), {&beside});
+    return beside.answers == 1;
+  }));
+  EXPECT_FALSE(beside.isGivenUp);
+  EXPECT_TRUE(hung.isGivenUp);
 }
 
 TEST_F(Bus, AnAnswerMayLeadToFurtherQuestions) {

@@ -1,10 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/power/DesktopPowerAssertions.h"
 
+#include "engine/Protection.h"
+#include "platform/linux/audio/LinuxAudio.h"
 #include "platform/linux/power/InhibitorReaders.h"
+#include "platform/posix/Descriptor.h"
 #include "platform/shared/PollEventLoop.h"
 #include "tests/support/FakeService.h"
+#include "tests/support/NamedSocket.h"
 #include "tests/support/PrivateBus.h"
+#include "tests/support/TemporaryFolder.h"
 #include "tests/support/Wait.h"
 
 #include <algorithm>
@@ -263,6 +268,34 @@ TEST_F(Assertions, ALoginDaemonThatHangsDoesNotHideWhatTheSessionManagerKnows) {
   EXPECT_TRUE(desktop::waitUntil([this] { return !ask().empty(); }));
   EXPECT_THAT(ask(), UnorderedElementsAre(Pair(self, sleepType)));
   EXPECT_EQ(logind.calls("ListInhibitors"), 1);
+}
+
+// A sound server that takes the whole time leaves those on the buses theirs, and they take none beside it.
+TEST_F(Assertions, SoundAndBusesAreAskedInTheSameTime) {
+  const desktop::TemporaryFolder folder;
+  const std::string socket = (folder.path() / "pipewire").string();
+  const Descriptor hung(desktop::listeningSocket(socket)); // nobody accepts
+  ASSERT_TRUE(hung);
+  inhibitors({{"sleep", "block", 1000, 720}});
+  FakeService xfce(bus.address(), "org.freedesktop.PowerManagement");
+  const auto decide = [&] {
+    LinuxAudio audio(std::make_shared<ProcKernel>(), {socket, "unix:" + (folder.path() / "none").string()},
+                     {&power.question()});
+    return shieldedPIDs(audio, power).keepsAwake;
+  };
+  EXPECT_TRUE(desktop::waitUntil([&] { return decide() == std::set<Pid>{720}; }));
+  xfce.ignore("GetInhibitors");
+  // Each of them on its own waits for 200 ms. A busy machine has more than one try.
+  EXPECT_TRUE(desktop::waitUntil([&] {
+    DesktopPowerAssertions fresh{system, user, {programs}};
+    LinuxAudio audio(std::make_shared<ProcKernel>(), {socket, "unix:" + (folder.path() / "none").string()},
+                     {&fresh.question()});
+    const auto start = std::chrono::steady_clock::now();
+    const std::set<Pid> awake = shieldedPIDs(audio, fresh).keepsAwake;
+    const auto took = std::chrono::steady_clock::now() - start;
+    EXPECT_GE(took, std::chrono::milliseconds(200));
+    return awake == std::set<Pid>{720} && took < std::chrono::milliseconds(300);
+  }));
 }
 
 TEST_F(Assertions, PlasmaNamesTheAppsThatItHoldsFor) {
