@@ -188,6 +188,7 @@ std::unique_ptr<LinuxMachine> LinuxMachine::forDesktop(const XdgFolders& folders
   // Both are asked afresh, which takes no longer than at a Boost.
   parts->desktopFacts = [sound = audio.get(), holders = power.get(), band = parts->linuxBand] {
     auto facts = band->levers();
+    holders->ask(); // at the same time as the sound servers, as for a decision
     const std::size_t heard = sound->runningOutput().size();
     facts.emplace_back("Sound", (sound->hasAnswered() ? "" : "no sound server answers, ") +
                                     std::to_string(heard) + " processes are heard");
