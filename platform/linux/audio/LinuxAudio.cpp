@@ -86,7 +86,10 @@ void LinuxAudio::addDirect(std::set<Pid>& heard, Moment deadline) const {
   if (playbacks.empty() && !isJack) return;
   for (const Pid pid : m_kernel->processes()) {
     if (std::chrono::steady_clock::now() >= deadline) break;
-    if (isHolder(m_kernel->openFiles(pid), playbacks, isJack)) heard.insert(pid);
+    const std::optional<std::vector<std::string>> files = m_kernel->openFiles(pid);
+    // Audio programs are given rights of their own, and hide what they have open with that.
+    const bool mayBeClient = !files && isJack && m_kernel->isOwnChild(pid);
+    if (mayBeClient || (files && isHolder(*files, playbacks, isJack))) heard.insert(pid);
   }
 }
 

@@ -117,10 +117,10 @@ std::vector<Pid> ProcKernel::processes() const {
   return found;
 }
 
-std::vector<std::string> ProcKernel::openFiles(Pid pid) const {
+std::optional<std::vector<std::string>> ProcKernel::openFiles(Pid pid) const {
   std::vector<std::string> found;
   const Descriptor folder = open(pid, "fd", O_RDONLY | O_DIRECTORY);
-  if (!folder) return found;
+  if (!folder) return std::nullopt;
   forEachPid(folder.get(), [&](int number) { // the names are numbers here as well
     if (found.size() >= mostOpenFiles) return;
     std::optional<std::string> file = readKernelLink(folder.get(), std::to_string(number).c_str());

@@ -57,9 +57,9 @@ class ProcKernel final : public Kernel {
   // For those who read more than the band does.
   std::optional<std::string> readOf(Pid pid, const char* file) const;
   std::vector<Pid> processes() const; // the numbers alone, in ascending order
-  // What the process has open, as the kernel names it: the first 4,096, without its standard input. Empty
+  // What the process has open, as the kernel names it: the first 4,096, without its standard input. Absent
   // when that may not be known.
-  std::vector<std::string> openFiles(Pid pid) const;
+  std::optional<std::vector<std::string>> openFiles(Pid pid) const;
   int folder() const { return m_root.get(); } // for calls that take one
 
  private:

@@ -5,14 +5,19 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <unordered_set>
+#include <utility>
 
 namespace vantle {
 
 namespace {
 
-constexpr std::size_t longestList = 256; // a session has a handful
-constexpr std::size_t mostLogins = 8192; // logind's own limit
-constexpr std::size_t longestName = 255; // bytes, as of bus names; nobody's app is called like a novel
+// A session has a handful; but an app that asks again and again, and a daemon that forgets nobody, must hide
+// nobody else.
+constexpr std::size_t longestList = 8192;
+constexpr std::size_t mostEntries = 100'000; // of a list that repeats itself
+constexpr std::size_t mostLogins = 8192;     // logind's own limit
+constexpr std::size_t longestName = 255;     // bytes, as of bus names; nobody's app is called like a novel
 
 std::optional<Pid> pidOf(std::uint32_t number) {
   const auto largest = static_cast<std::uint32_t>(std::numeric_limits<Pid>::max());
@@ -32,33 +37,49 @@ std::string_view appOf(std::string_view text) {
   return text.substr(0, text.find('"'));
 }
 
-void keepApp(std::vector<std::string>& apps, std::string_view text) {
-  apps.emplace_back(appOf(text).substr(0, longestName));
-}
+// Each once.
+class Texts {
+ public:
+  void add(std::string_view text) {
+    ++m_entries;
+    if (m_known.insert(std::string(text)).second) m_all.emplace_back(text);
+  }
+  bool isFull() const { return m_entries >= mostEntries || m_all.size() >= longestList; }
+  std::vector<std::string> take() { return std::move(m_all); }
 
-std::vector<std::string> listOf(sd_bus_message* reply, char type, const char* contents) {
-  std::vector<std::string> texts;
+ private:
+  std::size_t m_entries = 0;
+  std::unordered_set<std::string> m_known;
+  std::vector<std::string> m_all;
+};
+
+void keepApp(Texts& apps, std::string_view text) { apps.add(appOf(text).substr(0, longestName)); }
+
+std::vector<std::string> listOf(sd_bus_message* reply, char type, const char* contents,
+                                void (*keep)(Texts& texts, std::string_view text)) {
+  Texts texts;
   const char* text = nullptr;
   if (!holdsA(reply, SD_BUS_TYPE_ARRAY, contents) ||
       sd_bus_message_enter_container(reply, SD_BUS_TYPE_ARRAY, contents) < 0) {
-    return texts;
+    return {};
   }
-  while (texts.size() < longestList &&
-         sd_bus_message_read_basic(reply, type, static_cast<void*>(&text)) > 0) {
-    texts.emplace_back(text);
+  while (!texts.isFull() && sd_bus_message_read_basic(reply, type, static_cast<void*>(&text)) > 0) {
+    keep(texts, text);
   }
-  return texts;
+  return texts.take();
 }
 
-void readPairs(sd_bus_message* reply, char container, const char* pair, std::vector<std::string>& apps) {
-  if (sd_bus_message_enter_container(reply, SD_BUS_TYPE_ARRAY, pair) < 0) return;
+std::vector<std::string> appsOfPairs(sd_bus_message* reply, char container, const char* pair) {
+  Texts apps;
   const char* name = nullptr;
   const char* reason = nullptr;
-  while (apps.size() < longestList && sd_bus_message_enter_container(reply, container, "ss") > 0) {
-    if (sd_bus_message_read(reply, "ss", &name, &reason) <= 0) return;
+  if (sd_bus_message_enter_container(reply, SD_BUS_TYPE_ARRAY, pair) < 0) return {};
+  while (!apps.isFull() && sd_bus_message_enter_container(reply, container, "ss") > 0) {
+    if (sd_bus_message_read(reply, "ss", &name, &reason) <= 0) break;
     keepApp(apps, name);
-    if (sd_bus_message_exit_container(reply) < 0) return;
+    if (sd_bus_message_exit_container(reply) < 0) break;
   }
+  return apps.take();
 }
 
 bool isDigits(std::string_view text) {
@@ -103,19 +124,16 @@ std::vector<Inhibitor> blockingInhibitors(sd_bus_message* reply) {
 }
 
 std::vector<std::string> appsIn(sd_bus_message* reply) {
-  std::vector<std::string> apps;
-  if (holdsA(reply, SD_BUS_TYPE_ARRAY, "s")) {
-    for (const std::string& text : listOf(reply, SD_BUS_TYPE_STRING, "s")) keepApp(apps, text);
-  } else if (holdsA(reply, SD_BUS_TYPE_ARRAY, "(ss)")) {
-    readPairs(reply, SD_BUS_TYPE_STRUCT, "(ss)", apps);
-  } else if (holdsA(reply, SD_BUS_TYPE_ARRAY, "{ss}")) { // as Plasma describes its own list
-    readPairs(reply, SD_BUS_TYPE_DICT_ENTRY, "{ss}", apps);
-  }
-  return apps;
+  if (holdsA(reply, SD_BUS_TYPE_ARRAY, "s")) return listOf(reply, SD_BUS_TYPE_STRING, "s", keepApp);
+  if (holdsA(reply, SD_BUS_TYPE_ARRAY, "(ss)")) return appsOfPairs(reply, SD_BUS_TYPE_STRUCT, "(ss)");
+  // As Plasma describes its own list.
+  if (holdsA(reply, SD_BUS_TYPE_ARRAY, "{ss}")) return appsOfPairs(reply, SD_BUS_TYPE_DICT_ENTRY, "{ss}");
+  return {};
 }
 
 std::vector<std::string> pathsIn(sd_bus_message* reply) {
-  return listOf(reply, SD_BUS_TYPE_OBJECT_PATH, "o");
+  return listOf(reply, SD_BUS_TYPE_OBJECT_PATH, "o",
+                [](Texts& paths, std::string_view path) { paths.add(path); });
 }
 
 std::optional<std::uint32_t> numberIn(sd_bus_message* reply) {

@@ -20,7 +20,8 @@ constexpr const char* clientInterface = "org.gnome.SessionManager.Client";
 constexpr std::uint32_t flagSuspend = 4;
 constexpr std::uint32_t flagIdle = 8;
 
-constexpr std::size_t mostInhibitors = 64; // a session has a handful
+// A session has a handful; one whose apps forget to give back theirs has hundreds. Each takes four questions.
+constexpr std::size_t mostInhibitors = 1024;
 
 } // namespace
 

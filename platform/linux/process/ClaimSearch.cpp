@@ -30,6 +30,14 @@ std::optional<Pid> pidOf(const std::string& name) {
   return pid;
 }
 
+// What is no UTF-8 in a name is "_" by the time that a server tells of it; so each of these bytes is here.
+std::string asSaid(std::string_view name) {
+  std::string said(name);
+  std::replace_if(
+      said.begin(), said.end(), [](char byte) { return static_cast<unsigned char>(byte) >= 0x80; }, '_');
+  return said;
+}
+
 } // namespace
 
 ClaimSearch::ClaimSearch(const Kernel& kernel, std::string machine)
@@ -41,7 +49,7 @@ std::vector<Pid> ClaimSearch::find(const ProcessClaim& claim) {
   if (claim.pid < 1 || claim.program.empty() || isElsewhere) return found;
   if (!m_numbers) look();
   for (const Numbers& numbers : *m_numbers) {
-    if (numbers.inside == claim.pid && runs(numbers.here, claim.program) &&
+    if (numbers.inside == claim.pid && runs(numbers, claim.program) &&
         !isInAnotherSandbox(numbers.here, claim.sandbox)) {
       found.push_back(numbers.here);
     }
@@ -54,7 +62,7 @@ void ClaimSearch::look() {
   const std::optional<std::string> own = m_kernel.link("/proc/self/ns/pid");
   for (const std::string& name : m_kernel.folders("/proc/").value_or(std::vector<std::string>{})) {
     const std::optional<Pid> pid = pidOf(name);
-    if (!pid) continue;
+    if (!pid || *pid < firstAppPid) continue;
     if (const Pid inside = numberInside(*pid, own); inside != 0) m_numbers->push_back({*pid, inside});
   }
 }
@@ -71,12 +79,14 @@ Pid ClaimSearch::numberInside(Pid pid, const std::optional<std::string>& ownName
 }
 
 // The file's name; of a process that hides its file (games that run with a group's rights do) and of one that
-// gave itself the name of what it runs for, the kernel's name as well.
-bool ClaimSearch::runs(Pid pid, const std::string& program) const {
-  std::string path = m_kernel.link(pathOf(pid, "exe")).value_or("");
+// gave itself the name of what it runs for, the kernel's name as well. A hidden file may have any name, but
+// for a number from inside, of which there are many, that is too little.
+bool ClaimSearch::runs(const Numbers& numbers, const std::string& program) const {
+  std::string path = m_kernel.link(pathOf(numbers.here, "exe")).value_or("");
+  if (path.empty() && numbers.here == numbers.inside) return true;
   if (path.ends_with(deletedMark)) path.resize(path.size() - deletedMark.size());
-  if (fileNameOf(path) == program) return true;
-  const std::optional<ProcessStat> stat = m_kernel.stat(pid);
+  if (asSaid(fileNameOf(path)) == asSaid(program)) return true;
+  const std::optional<ProcessStat> stat = m_kernel.stat(numbers.here);
   return stat && stat->shortName() == std::string_view(program).substr(0, longestCommandName);
 }
 

@@ -42,7 +42,7 @@ class ClaimSearch {
 
   void look();
   Pid numberInside(Pid pid, const std::optional<std::string>& ownNamespace) const;
-  bool runs(Pid pid, const std::string& program) const;
+  bool runs(const Numbers& numbers, const std::string& program) const;
   bool isInAnotherSandbox(Pid pid, const std::string& sandbox) const;
 
   const Kernel& m_kernel;

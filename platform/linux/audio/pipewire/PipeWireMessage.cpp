@@ -34,6 +34,7 @@ constexpr std::uint32_t eventNodeParam = 1;
 
 // spa/param/param.h and props.h
 constexpr std::uint32_t paramProps = 2;
+constexpr std::uint32_t propVolume = 0x10003;
 constexpr std::uint32_t propMute = 0x10004;
 constexpr std::uint32_t propChannelVolumes = 0x10008;
 
@@ -113,6 +114,8 @@ PipeWireEvent loudnessIn(std::uint32_t object, PodReader& content) {
   while (const std::optional<std::uint32_t> key = values->key()) {
     if (key == propMute) {
       loudness.isMuted |= values->boolean().value_or(false);
+    } else if (key == propVolume) {
+      loudness.isMuted |= values->float32() == 0.0F;
     } else if (key == propChannelVolumes) {
       const std::vector<float> volumes = values->floats().value_or(std::vector<float>{});
       const auto isNothing = [](float volume) { return volume == 0; };

@@ -49,6 +49,7 @@ template <class Number> std::optional<Number> PodReader::fixed(PodType type) {
 template std::optional<std::int32_t> PodReader::fixed(PodType);
 template std::optional<std::int64_t> PodReader::fixed(PodType);
 template std::optional<std::uint32_t> PodReader::fixed(PodType);
+template std::optional<float> PodReader::fixed(PodType);
 
 std::optional<std::string_view> PodReader::text() {
   const std::optional<Value> value = next();

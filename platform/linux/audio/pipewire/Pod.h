@@ -42,6 +42,7 @@ class PodReader {
   std::optional<PodReader> object();
   std::optional<std::uint32_t> key();
   std::optional<bool> boolean();
+  std::optional<float> float32() { return fixed<float>(PodType::float32); }
   std::optional<std::vector<float>> floats(); // an array of them
   bool skip();                                // a value of whatever type
 

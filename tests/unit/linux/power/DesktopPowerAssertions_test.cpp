@@ -334,6 +334,29 @@ TEST_F(Assertions, EveryDaemonOfTheSessionIsAsked) {
   EXPECT_THAT(ask(), IsEmpty());
 }
 
+// An app that asks again and again, and a daemon that forgets nobody.
+TEST_F(Assertions, NobodyIsHiddenByALongList) {
+  programs.paths = {{731, "/usr/bin/one"}, {732, "/usr/bin/two"}, {733, "/usr/bin/three"}};
+  inhibitors({});
+  std::vector<std::string> repeated(20'000, "leak");
+  repeated.push_back("one");
+  FakeService xfce(bus.address(), "org.freedesktop.PowerManagement");
+  xfce.answer("", "GetInhibitors", names(repeated));
+  std::vector<std::string> many;
+  for (int at = 0; at < 3000; ++at) many.push_back("app" + std::to_string(at));
+  many.push_back("two");
+  const auto agent = plasma(many, {4});
+  std::vector<Held> held(300, {8, "/", "nobody"});
+  held.push_back({8, "/", "three"});
+  sessionHolds(held);
+  // A busy machine needs more than one try to answer all of that.
+  EXPECT_TRUE(desktop::waitUntil([&] {
+    std::set<Pid> pids;
+    for (const auto& [pid, type] : ask()) pids.insert(pid);
+    return pids == std::set<Pid>{731, 732, 733};
+  }));
+}
+
 // Each hangs in its turn, and all the others are asked and heard.
 TEST_F(Assertions, NobodyIsLeftUnaskedBecauseAnotherHangs) {
   programs.paths = {{721, "/usr/bin/one"}, {722, "/usr/bin/two"}, {723, "/usr/bin/three"}};

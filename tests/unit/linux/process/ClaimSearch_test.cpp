@@ -101,13 +101,30 @@ TEST_F(Claims, TheSandboxTellsThemApart) {
   EXPECT_THAT(find({7, "player", "this", "org.example.Radio"}), ElementsAre(76));
 }
 
-TEST_F(Claims, AProgramThatHidesOrLostItsFileIsKnownByItsName) {
-  add(7, {.program = ""});
-  EXPECT_THAT(find({7, "player", "this", ""}), ElementsAre(7));
+TEST_F(Claims, AProgramThatLostItsFileIsKnownByItsName) {
   add(8, {.program = "/usr/bin/player (deleted)", .name = "updated"});
   EXPECT_THAT(find({8, "player", "this", ""}), ElementsAre(8));
-  add(9, {.program = "", .name = "as-long-as-it-m"});
+  add(9, {.program = "/usr/bin/interpreter", .name = "as-long-as-it-m"});
   EXPECT_THAT(find({9, "as-long-as-it-may-be", "this", ""}), ElementsAre(9)) << "the kernel keeps 15 bytes";
+}
+
+// Started through a link, it says the name of the file, and the kernel knows the link's.
+TEST_F(Claims, OfAProgramThatHidesItsFileTheNumberIsEnough) {
+  add(7, {.program = "", .name = "python3"});
+  add(74, {.program = "", .name = "python3", .numbers = "\t1"}); // one of many with that number inside
+  add(75, {.program = "", .name = "player", .numbers = "\t1"});
+  EXPECT_THAT(find({7, "python3.11", "this", ""}), ElementsAre(7));
+  EXPECT_THAT(find({1, "python3.11", "this", ""}), IsEmpty());
+  EXPECT_THAT(find({1, "player", "this", ""}), ElementsAre(75));
+  EXPECT_THAT(find({8, "python3.11", "this", ""}), IsEmpty());
+}
+
+TEST_F(Claims, ANameThatIsNoTextIsKnownAsServersTellIt) {
+  add(7, {.program = "/usr/bin/spiel\xe4\xff", .name = "other"});
+  EXPECT_THAT(find({7, "spiel__", "this", ""}), ElementsAre(7));
+  EXPECT_THAT(find({7, "spiel_", "this", ""}), IsEmpty());
+  add(8, {.program = "/usr/bin/m\u00fcsik", .name = "other"});
+  EXPECT_THAT(find({8, "m\u00fcsik", "this", ""}), ElementsAre(8));
 }
 
 TEST_F(Claims, OneSearchLooksOnce) {

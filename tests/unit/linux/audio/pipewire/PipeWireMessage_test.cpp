@@ -126,6 +126,7 @@ TEST_F(Reading, AGlobalWithItsProperties) {
 }
 
 TEST_F(Reading, HowLoudANodeWasMade) {
+  constexpr std::uint32_t volume = 0x10003;
   constexpr std::uint32_t mute = 0x10004;
   constexpr std::uint32_t volumes = 0x10008;
   const auto floats = [](const std::vector<float>& values) {
@@ -141,6 +142,8 @@ TEST_F(Reading, HowLoudANodeWasMade) {
   };
   EXPECT_EQ(isMutedBy(parameter(2, mute, pod(2, word(1)))), true);
   EXPECT_EQ(isMutedBy(parameter(2, mute, pod(2, word(0)))), false);
+  EXPECT_EQ(isMutedBy(parameter(2, volume, pod(6, word(0)))), true);
+  EXPECT_EQ(isMutedBy(parameter(2, volume, pod(6, word(0x3f800000)))), false) << "1.0";
   EXPECT_EQ(isMutedBy(parameter(2, volumes, floats({0, 0}))), true);
   EXPECT_EQ(isMutedBy(parameter(2, volumes, floats({0, 0.5F}))), false);
   EXPECT_EQ(isMutedBy(parameter(2, volumes, floats({}))), false);
