@@ -123,6 +123,8 @@ AppSettings::AppSettings(UserDefaults& userDefaults)
                   boolWriter(defaults, defaultsKey::detectSteam)),
       detectGamesCategory(storedBool(defaults, defaultsKey::detectGamesCategory, true),
                           boolWriter(defaults, defaultsKey::detectGamesCategory)),
+      detectGameMode(storedBool(defaults, defaultsKey::detectGameMode, false),
+                     boolWriter(defaults, defaultsKey::detectGameMode)),
       userGames(storedList(defaults, defaultsKey::userGames, {}),
                 listWriter(defaults, defaultsKey::userGames)),
       protectedApps(storedList(defaults, defaultsKey::protectedApps, defaultProtectedApps()),

@@ -53,6 +53,7 @@ inline constexpr const char* detectCrossOver = "detectCrossOver";
 inline constexpr const char* detectMinecraft = "detectMinecraft";
 inline constexpr const char* detectSteam = "detectSteam";
 inline constexpr const char* detectGamesCategory = "detectGamesCategory";
+inline constexpr const char* detectGameMode = "detectGameMode";
 inline constexpr const char* userGames = "userGames";
 inline constexpr const char* protectedApps = "protectedApps";
 inline constexpr const char* ramAction = "ramAction";
@@ -103,6 +104,7 @@ class AppSettings {
   Setting<bool> detectMinecraft;
   Setting<bool> detectSteam;
   Setting<bool> detectGamesCategory;
+  Setting<bool> detectGameMode; // off by default, unlike the others
   Setting<std::vector<std::string>> userGames;
   Setting<std::vector<std::string>> protectedApps;
   Setting<RAMAction> ramAction;

@@ -22,8 +22,9 @@ bool ownsThisProgram(Pid app, const AppTrees& trees) {
 } // namespace
 
 Engine::Engine(Machine machine, AppSettings& appSettings)
-    : profile(gamingProfile(appSettings, machine.processes, machine.text)), settings(appSettings),
-      m_machine(machine), m_backgrounder(machine),
+    : profile(gamingProfile(appSettings, machine.processes, machine.text, m_declared)), settings(appSettings),
+      m_machine(machine), m_declared(appSettings, machine.games, machine.processes, machine.workspace),
+      m_backgrounder(machine),
       m_memory(machine, appSettings, m_backgrounder,
                {.isRunning = [this] { return activeGame.get() != nullptr; },
                 .isPartOfIt = [this](const RunningApplication& app) { return isPartOfBoost(app); }}),
@@ -44,6 +45,7 @@ Engine::Engine(Machine machine, AppSettings& appSettings)
   m_observers.push_back(
       workspace.observe(WorkspaceEvent::terminated, [this](const AppRef& app) { appTerminated(app); }));
   m_memory.startPressureMonitor();
+  m_declared.start([this] { declaredGamesChanged(); });
   m_machine.notifications.requestAuthorization();
   if (const AppRef front = workspace.frontmostApplication()) frontmostChanged(front);
 }
@@ -78,6 +80,7 @@ void Engine::boostNow(const AppRef& app) {
   const AppRef front = m_machine.workspace.frontmostApplication();
   const bool isOther = front && !hasPid(front, app->processIdentifier()) && !hasPid(front, m_selfPID);
   startBoost(app, isOther && !profile.isTrigger(*front) ? front : nullptr);
+  m_isForDeclared = false;
 }
 
 void Engine::turnOffBoost() {
@@ -102,6 +105,7 @@ Pid Engine::boostApp() const { return activeGame.get() ? activeGame.get()->proce
 
 void Engine::adoptBoostApp(const AppRef& game) {
   activeGame.assign(game);
+  m_isForDeclared = m_declared.has(*game);
   m_gameAncestors = ancestorPIDs(m_machine.processes, boostApp());
   m_backgrounder.note(boostApp(), Verdict::boostApp);
   m_backgrounder.makeRoomFor(boostApp());
@@ -218,19 +222,43 @@ void Engine::appTerminated(const AppRef& app) {
   m_backgrounder.forget(pid);
   if (dismissedPID == pid) dismissedPID.reset();
   if (hasPid(m_foregroundException, pid)) m_foregroundException = nullptr;
-  if (hasPid(activeGame.get(), pid)) {
-    const std::vector<AppRef> running = m_machine.workspace.runningApplications();
-    const auto next = std::find_if(running.begin(), running.end(), [&](const AppRef& other) {
-      return !hasPid(other, pid) && !other->isTerminated() && profile.isTrigger(*other);
-    });
-    if (next != running.end()) {
-      // The Boost goes on for the next Boost app; what is slowed stays so and is not examined again.
-      adoptBoostApp(*next);
-    } else {
-      stopBoost();
-    }
-  }
+  if (hasPid(activeGame.get(), pid)) passBoostOn(pid);
   if (activeGame.get() && !m_backgrounder.givenUp().empty()) manage(nullptr);
+  refreshManagedNames();
+}
+
+void Engine::passBoostOn(Pid ended) {
+  const std::vector<AppRef> running = m_machine.workspace.runningApplications();
+  const auto next = std::find_if(running.begin(), running.end(), [&](const AppRef& other) {
+    return !hasPid(other, ended) && !other->isTerminated() && profile.isTrigger(*other);
+  });
+  if (next != running.end()) {
+    // What is slowed stays so and is not examined again.
+    adoptBoostApp(*next);
+  } else {
+    stopBoost();
+  }
+}
+
+// A game that has withdrawn is over, though its app may live on: an emulator has other games.
+void Engine::declaredGamesChanged() {
+  recheckManaged();
+  const AppRef game = activeGame.get();
+  if (game && m_isForDeclared && !profile.isTrigger(*game)) passBoostOn(game->processIdentifier());
+  if (const AppRef front = m_machine.workspace.frontmostApplication()) frontmostChanged(front);
+  manageFormerBoostApps();
+}
+
+void Engine::manageFormerBoostApps() {
+  if (!activeGame.get()) return;
+  std::vector<AppRef> former;
+  for (const AppRef& app : m_machine.workspace.runningApplications()) {
+    const auto last = verdicts().find(app->processIdentifier());
+    const bool wasBoostApp = last != verdicts().end() && last->second.verdict == Verdict::boostApp;
+    if (wasBoostApp && !hasPid(app, boostApp()) && !profile.isTrigger(*app)) former.push_back(app);
+  }
+  if (former.empty()) return;
+  manage(former, shieldedPIDs(m_machine.audio, m_machine.power));
   refreshManagedNames();
 }
 

@@ -5,6 +5,7 @@
 #include "engine/AppSettings.h"
 #include "engine/AppUsage.h"
 #include "engine/Backgrounder.h"
+#include "engine/DeclaredGames.h"
 #include "engine/MemoryWatch.h"
 #include "engine/Profile.h"
 #include "engine/Protection.h"
@@ -108,15 +109,20 @@ class Engine {
   bool startsByItself(const RunningApplication& app);
   void frontChangedWhileBoosting(const AppRef& app);
   void adoptBoostApp(const AppRef& game);
-  Pid boostApp() const; // its main process; 0 when no Boost is running
+  void passBoostOn(Pid ended); // to the next Boost app; else the Boost is over
+  void declaredGamesChanged();
+  void manageFormerBoostApps(); // those that have been one for a while, and make room again
+  Pid boostApp() const;         // its main process; 0 when no Boost is running
   void refreshManagedNames();
   // Plain, case-sensitive string order: by Unicode scalar values after canonical normalisation.
   std::vector<std::string> sortedByScalars(std::vector<std::string> names) const;
 
   Machine m_machine;
+  DeclaredGames m_declared;
   Backgrounder m_backgrounder;
   MemoryWatch m_memory;
   std::set<Pid> m_gameAncestors; // the Boost app, its launcher and the chain above
+  bool m_isForDeclared = false;  // the Boost began because the Boost app was registered as a game
   AppRef m_foregroundException;  // in front during the Boost, and so at full speed for now
   std::vector<std::unique_ptr<Registration>> m_observers;
   Pid m_selfPID;

@@ -51,7 +51,8 @@ bool GameDetection::isGame(const RunningApplication& app) const {
   }
   if (m_settings.detectSteam.get() && anyPathContains("/steamapps/")) return true;
   if (m_settings.detectMinecraft.get() && isMinecraftProcess(app)) return true;
-  return m_settings.detectGamesCategory.get() && hasGamesCategory(app);
+  if (m_settings.detectGamesCategory.get() && hasGamesCategory(app)) return true;
+  return m_declared.has(app);
 }
 
 bool GameDetection::isMinecraftProcess(const RunningApplication& app) const {
@@ -68,9 +69,10 @@ bool GameDetection::hasGamesCategory(const RunningApplication& app) {
   return category && contains(*category, "games");
 }
 
-Profile gamingProfile(const AppSettings& settings, const ProcessTable& processes, const UnicodeText& text) {
+Profile gamingProfile(const AppSettings& settings, const ProcessTable& processes, const UnicodeText& text,
+                      const DeclaredGames& declared) {
   return {"Gaming",
-          [detection = GameDetection(settings, processes, text)](const RunningApplication& app) {
+          [detection = GameDetection(settings, processes, text, declared)](const RunningApplication& app) {
             return detection.isGame(app);
           },
           defaultProtectedApps()};

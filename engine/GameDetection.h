@@ -2,6 +2,7 @@
 #pragma once
 
 #include "engine/AppSettings.h"
+#include "engine/DeclaredGames.h"
 #include "engine/Profile.h"
 #include "engine/ports/ProcessTable.h"
 #include "engine/ports/UnicodeText.h"
@@ -18,8 +19,9 @@ std::optional<std::string> appListKey(const RunningApplication& app);
 // Reads the switches at every call and remembers nothing. What cannot be read counts as a miss for its rule.
 class GameDetection {
  public:
-  GameDetection(const AppSettings& settings, const ProcessTable& processes, const UnicodeText& text)
-      : m_settings(settings), m_processes(processes), m_text(text) {}
+  GameDetection(const AppSettings& settings, const ProcessTable& processes, const UnicodeText& text,
+                const DeclaredGames& declared)
+      : m_settings(settings), m_processes(processes), m_text(text), m_declared(declared) {}
 
   bool isGame(const RunningApplication& app) const;
   // Looks at the whole chain of parents: the game is a Java process that its launcher started.
@@ -30,9 +32,11 @@ class GameDetection {
   const AppSettings& m_settings;
   const ProcessTable& m_processes;
   const UnicodeText& m_text;
+  const DeclaredGames& m_declared;
 };
 
 // The one profile, named "Gaming".
-Profile gamingProfile(const AppSettings& settings, const ProcessTable& processes, const UnicodeText& text);
+Profile gamingProfile(const AppSettings& settings, const ProcessTable& processes, const UnicodeText& text,
+                      const DeclaredGames& declared);
 
 } // namespace vantle

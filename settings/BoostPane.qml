@@ -52,6 +52,14 @@ Form {
             note: "App Store"
             setting: pane.boost.gamesCategory
         }
+        Divider {
+            width: parent.width
+        }
+        RuleToggle {
+            title: "Games that ask for GameMode"
+            note: "gamemoderun"
+            setting: pane.boost.gameMode
+        }
     }
     Section {
         header: "Never slowed down"

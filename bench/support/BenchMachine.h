@@ -81,8 +81,9 @@ struct BenchMachine {
   // Without a desktop, or with what a desktop tells.
   Machine ports() { return ports(audio, power, pressure); }
   Machine ports(AudioActivity& someAudio, PowerAssertions& somePower, MemoryPressureEvents& somePressure) {
-    return {host,     processes, band,  workspace, someAudio, somePower, somePressure, notifications,
-            defaults, files,     clock, launcher,  text,      loginItem, catalog,      hooks};
+    return {host,         processes,     band,     workspace, someAudio, somePower,
+            somePressure, notifications, defaults, files,     clock,     launcher,
+            text,         loginItem,     catalog,  hooks,     games};
   }
 
   PosixFileStore files;
@@ -105,6 +106,7 @@ struct BenchMachine {
   AbsentLoginItem loginItem;
   AbsentCatalog catalog;
   AbsentHooks hooks;
+  AbsentRegisteredGames games;
 };
 
 } // namespace vantle::bench

@@ -13,6 +13,7 @@
 #include "engine/ports/Notifications.h"
 #include "engine/ports/PowerAssertions.h"
 #include "engine/ports/ProcessTable.h"
+#include "engine/ports/RegisteredGames.h"
 #include "engine/ports/Subprocess.h"
 #include "engine/ports/UnicodeText.h"
 #include "engine/ports/UserDefaults.h"
@@ -39,6 +40,7 @@ struct Machine {
   LoginItem& loginItem;
   ApplicationCatalog& catalog;
   Hooks& hooks;
+  RegisteredGames& games;
 };
 
 } // namespace vantle

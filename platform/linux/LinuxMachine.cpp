@@ -8,6 +8,7 @@
 #include "platform/linux/band/UserManager.h"
 #include "platform/linux/bus/BusConnection.h"
 #include "platform/linux/catalog/DesktopCatalog.h"
+#include "platform/linux/games/GameModeGames.h"
 #include "platform/linux/hooks/PersonsHooks.h"
 #include "platform/linux/login/AutostartLoginItem.h"
 #include "platform/linux/notices/DesktopNotifications.h"
@@ -164,6 +165,7 @@ struct LinuxMachine::Parts {
   std::unique_ptr<LoginItem> loginItem = std::make_unique<AbsentLoginItem>();
   std::unique_ptr<ApplicationCatalog> catalog = std::make_unique<AbsentCatalog>();
   std::unique_ptr<Hooks> hooks = std::make_unique<AbsentHooks>();
+  std::unique_ptr<RegisteredGames> games = std::make_unique<AbsentRegisteredGames>();
 };
 
 LinuxMachine::LinuxMachine(std::unique_ptr<Parts> parts) : m_parts(std::move(parts)) {}
@@ -211,6 +213,7 @@ std::unique_ptr<LinuxMachine> LinuxMachine::forDesktop(const XdgFolders& folders
       folders, [](const char* name) -> const char* { return std::getenv(name); }, std::move(program)));
   parts->catalog = std::make_unique<DesktopCatalog>(installed);
   parts->hooks = std::make_unique<PersonsHooks>(loop, folders.config + "/" + names::display + "/hooks");
+  parts->games = std::make_unique<GameModeGames>(loop, *parts->sessionBus, *parts->kernel, parts->processes);
   return machine;
 }
 
@@ -278,10 +281,10 @@ std::vector<std::pair<std::string, std::string>> LinuxMachine::facts() const {
 
 Machine LinuxMachine::machine() {
   Parts& parts = *m_parts;
-  return {parts.host,     parts.processes,  *parts.band,     *parts.workspace,
-          *parts.audio,   *parts.power,     *parts.pressure, *parts.notifications,
-          parts.defaults, parts.files,      parts.clock,     parts.launcher,
-          parts.text,     *parts.loginItem, *parts.catalog,  *parts.hooks};
+  return {parts.host,   parts.processes, *parts.band,          *parts.workspace, *parts.audio,
+          *parts.power, *parts.pressure, *parts.notifications, parts.defaults,   parts.files,
+          parts.clock,  parts.launcher,  parts.text,           *parts.loginItem, *parts.catalog,
+          *parts.hooks, *parts.games};
 }
 
 } // namespace vantle

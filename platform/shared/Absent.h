@@ -9,6 +9,7 @@
 #include "engine/ports/MemoryPressureEvents.h"
 #include "engine/ports/Notifications.h"
 #include "engine/ports/PowerAssertions.h"
+#include "engine/ports/RegisteredGames.h"
 #include "engine/ports/Workspace.h"
 
 namespace vantle {
@@ -55,6 +56,11 @@ class AbsentNotifications final : public Notifications {
   void requestAuthorization() override {}
   void post(const std::string& /*identifier*/, const std::string& /*title*/,
             const std::string& /*body*/) override {}
+};
+
+class AbsentRegisteredGames final : public RegisteredGames {
+ public:
+  std::unique_ptr<Source> watch(std::function<void()> /*changed*/) override { return nullptr; }
 };
 
 class AbsentHooks final : public Hooks {

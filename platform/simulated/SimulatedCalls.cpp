@@ -45,6 +45,8 @@ std::string_view name(Operation operation) {
     return "power.probe";
   case Operation::watchPressure:
     return "pressure.watch";
+  case Operation::watchGames:
+    return "games.watch";
   case Operation::readPressureLevel:
     return "pressure.level";
   case Operation::requestAuthorization:

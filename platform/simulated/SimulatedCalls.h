@@ -37,6 +37,7 @@ enum class Operation {
   probeAudio,
   probeAssertions,
   watchPressure,
+  watchGames,
   readPressureLevel,
   requestAuthorization,
   postNotice,

@@ -22,8 +22,8 @@ SimulatedMachine::SimulatedMachine() {
 }
 
 Machine SimulatedMachine::ports(ProcessTable& otherTable, BackgroundBand& otherBand) {
-  return {host,     otherTable, otherBand, workspace, audio, power,     pressure, notifications,
-          defaults, files,      clock,     launcher,  text,  loginItem, catalog,  hooks};
+  return {host,  otherTable, otherBand, workspace, audio,     power,   pressure, notifications, defaults,
+          files, clock,      launcher,  text,      loginItem, catalog, hooks,    games};
 }
 
 SimulatedAppRef SimulatedMachine::launch(const AppSpec& spec, Opening opening) {

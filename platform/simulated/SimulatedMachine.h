@@ -66,6 +66,7 @@ class SimulatedMachine {
   SimulatedFiles files{calls};
   SimulatedLauncher launcher{calls, processes};
   SimulatedHooks hooks;
+  SimulatedGames games{calls};
   SimulatedHost host; // this program has a process of its own
   IcuText text;
   SimulatedLoginItem loginItem;

@@ -6,6 +6,7 @@
 #include "engine/ports/MemoryPressureEvents.h"
 #include "engine/ports/Notifications.h"
 #include "engine/ports/PowerAssertions.h"
+#include "engine/ports/RegisteredGames.h"
 #include "platform/simulated/SimulatedCalls.h"
 
 #include <functional>
@@ -82,6 +83,44 @@ class SimulatedPressure final : public MemoryPressureEvents {
   SimulatedCalls& m_calls;
   Observers<> m_watchers;
   bool m_isCritical = false;
+};
+
+class SimulatedGames final : public RegisteredGames {
+ public:
+  explicit SimulatedGames(SimulatedCalls& calls) : m_calls(calls) {}
+
+  std::vector<ProcessIdentity> registered;
+
+  bool isFollowed() const { return m_followers > 0; }
+  void tell() { m_watchers.notify(); } // that they have changed
+
+  // Refusing it makes a system without such registrations.
+  std::unique_ptr<Source> watch(std::function<void()> changed) override {
+    if (!m_calls.read({.operation = Operation::watchGames})) return nullptr;
+    return std::make_unique<Watch>(*this, std::move(changed));
+  }
+
+ private:
+  class Watch final : public Source {
+   public:
+    Watch(SimulatedGames& games, std::function<void()> changed)
+        : m_games(games), m_registration(games.m_watchers.add(std::move(changed))) {
+      ++m_games.m_followers;
+    }
+    ~Watch() override { --m_games.m_followers; }
+    Watch(const Watch&) = delete;
+    Watch& operator=(const Watch&) = delete;
+
+    std::vector<ProcessIdentity> processes() const override { return m_games.registered; }
+
+   private:
+    SimulatedGames& m_games;
+    std::unique_ptr<Registration> m_registration;
+  };
+
+  SimulatedCalls& m_calls;
+  Observers<> m_watchers;
+  int m_followers = 0;
 };
 
 class SimulatedNotifications final : public Notifications {

@@ -8,7 +8,7 @@ BoostModel::BoostModel(Engine& engine, AppSettings& settings, const ApplicationC
       m_protectedApps(settings.protectedApps, catalog, [&engine] { engine.recheckManaged(); }),
       m_quittableApps(settings.quittableApps, catalog), m_crossOver(settings.detectCrossOver),
       m_minecraft(settings.detectMinecraft), m_steam(settings.detectSteam),
-      m_gamesCategory(settings.detectGamesCategory),
+      m_gamesCategory(settings.detectGamesCategory), m_gameMode(settings.detectGameMode),
       m_ramObserver(settings.ramAction.observe([this] { emit ramActionChanged(); })) {}
 
 void BoostModel::chooseRamAction(int place) {

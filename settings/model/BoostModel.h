@@ -25,6 +25,7 @@ class BoostModel : public QObject {
   Q_PROPERTY(vantle::Switch* minecraft READ minecraft CONSTANT)
   Q_PROPERTY(vantle::Switch* steam READ steam CONSTANT)
   Q_PROPERTY(vantle::Switch* gamesCategory READ gamesCategory CONSTANT)
+  Q_PROPERTY(vantle::Switch* gameMode READ gameMode CONSTANT)
   Q_PROPERTY(int ramAction READ ramAction NOTIFY ramActionChanged)
   Q_PROPERTY(QString quittableFooter READ quittableFooter NOTIFY ramActionChanged)
 
@@ -38,6 +39,7 @@ class BoostModel : public QObject {
   Switch* minecraft() { return &m_minecraft; }
   Switch* steam() { return &m_steam; }
   Switch* gamesCategory() { return &m_gamesCategory; }
+  Switch* gameMode() { return &m_gameMode; }
 
   // The place of the choice in its group: 0 for the notification only, 1 for quitting what is marked.
   int ramAction() const { return static_cast<int>(m_settings.ramAction.get()); }
@@ -56,6 +58,7 @@ class BoostModel : public QObject {
   Switch m_minecraft;
   Switch m_steam;
   Switch m_gamesCategory;
+  Switch m_gameMode;
   std::unique_ptr<Registration> m_ramObserver;
 };
 

@@ -49,7 +49,7 @@ struct ShortMemory : testing::Test {
     engine.emplace(Machine{simulated.host, processes, band, *workspace, simulated.audio, simulated.power,
                            simulated.pressure, notices, simulated.defaults, simulated.files, simulated.clock,
                            simulated.launcher, simulated.text, simulated.loginItem, simulated.catalog,
-                           simulated.hooks},
+                           simulated.hooks, simulated.games},
                    settings);
   }
 

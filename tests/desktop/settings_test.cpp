@@ -124,6 +124,8 @@ TEST_F(SettingsOnADesktop, EveryChoiceIsOnDiskAtOnceAndReadByTheNextStart) {
     click(label);
     EXPECT_TRUE(becomes(key, false, true)) << label;
   }
+  click("Games that ask for GameMode, gamemoderun");
+  EXPECT_TRUE(becomes("detectGameMode", true));
   click("Remove com.apple.Music");
   EXPECT_TRUE(waitUntil([&] { return onDisk<Keys>("protectedApps").size() == 5; }));
   click("Quit the apps I mark as quittable");
@@ -150,6 +152,7 @@ TEST_F(SettingsOnADesktop, EveryChoiceIsOnDiskAtOnceAndReadByTheNextStart) {
   AppSettings read(defaults);
   EXPECT_FALSE(read.detectCrossOver.get() || read.detectMinecraft.get() || read.detectSteam.get() ||
                read.detectGamesCategory.get() || read.checkUpdatesAutomatically.get());
+  EXPECT_TRUE(read.detectGameMode.get());
   EXPECT_EQ(read.protectedApps.get().size(), 5U);
   EXPECT_EQ(read.ramAction.get(), RAMAction::quitMarked);
   EXPECT_EQ(read.accent.get(), AccentTheme::teal);

@@ -30,7 +30,7 @@ template <class Replace> Machine with(SimulatedMachine& machine, Replace replace
           replace(ports.pressure),  replace(ports.notifications), replace(ports.defaults),
           replace(ports.files),     replace(ports.clock),         replace(ports.launcher),
           replace(ports.text),      replace(ports.loginItem),     replace(ports.catalog),
-          replace(ports.hooks)};
+          replace(ports.hooks),     replace(ports.games)};
 }
 
 template <class Port> struct Instead {

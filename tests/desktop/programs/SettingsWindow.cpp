@@ -140,7 +140,7 @@ class Program {
     const Machine all = m_machine.ports();
     return {all.host,     all.processes,     all.band,    all.workspace, all.audio, all.power,
             all.pressure, all.notifications, m_defaults,  all.files,     all.clock, all.launcher,
-            all.text,     all.loginItem,     all.catalog, all.hooks};
+            all.text,     all.loginItem,     all.catalog, all.hooks,     all.games};
   }
   static UpdateConfiguration configuration() {
     UpdateConfiguration made;

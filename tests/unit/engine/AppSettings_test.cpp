@@ -34,6 +34,7 @@ TEST_F(AppSettingsTest, AFirstStartHasEveryDefaultAndWritesOnlyTheMarker) {
   EXPECT_TRUE(settings.detectMinecraft.get());
   EXPECT_TRUE(settings.detectSteam.get());
   EXPECT_TRUE(settings.detectGamesCategory.get());
+  EXPECT_FALSE(settings.detectGameMode.get());
   EXPECT_TRUE(settings.checkUpdatesAutomatically.get());
   EXPECT_THAT(settings.userGames.get(), IsEmpty());
   EXPECT_THAT(settings.protectedApps.get(),
@@ -56,6 +57,7 @@ TEST_F(AppSettingsTest, EveryChoiceIsWrittenAtOnceAndReadAtTheNextStart) {
     settings.detectMinecraft.set(false);
     settings.detectSteam.set(false);
     settings.detectGamesCategory.set(false);
+    settings.detectGameMode.set(true);
     settings.userGames.set({"z", "a", "z"});
     settings.protectedApps.set({"p"});
     settings.ramAction.set(RAMAction::quitMarked);
@@ -70,6 +72,7 @@ TEST_F(AppSettingsTest, EveryChoiceIsWrittenAtOnceAndReadAtTheNextStart) {
       {"detectMinecraft", Value(false)},
       {"detectSteam", Value(false)},
       {"detectGamesCategory", Value(false)},
+      {"detectGameMode", Value(true)},
       {"userGames", Value(List{"z", "a", "z"})},
       {"protectedApps", Value(List{"p"})},
       {"ramAction", Value(std::string("quitMarked"))},
@@ -87,6 +90,7 @@ TEST_F(AppSettingsTest, EveryChoiceIsWrittenAtOnceAndReadAtTheNextStart) {
   EXPECT_FALSE(next.detectMinecraft.get());
   EXPECT_FALSE(next.detectSteam.get());
   EXPECT_FALSE(next.detectGamesCategory.get());
+  EXPECT_TRUE(next.detectGameMode.get());
   EXPECT_EQ(next.userGames.get(), (List{"z", "a", "z"}));
   EXPECT_EQ(next.protectedApps.get(), List{"p"});
   EXPECT_EQ(next.ramAction.get(), RAMAction::quitMarked);

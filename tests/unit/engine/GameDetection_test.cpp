@@ -17,7 +17,8 @@ class GameDetectionTest : public testing::Test {
  protected:
   SimulatedMachine machine;
   AppSettings settings{machine.defaults};
-  GameDetection detection{settings, machine.processes, machine.text};
+  DeclaredGames declared{settings, machine.games, machine.processes, machine.workspace};
+  GameDetection detection{settings, machine.processes, machine.text, declared};
 
   bool isGame(const AppSpec& spec) { return detection.isGame(*machine.launch(spec, Opening::inBackground)); }
   void allSwitches(bool on) {
@@ -89,7 +90,8 @@ TEST_P(GamePaths, CountWhicheverOfTheThreePathsItIs) {
   for (const From from : {From::bundle, From::executable, From::process}) {
     SimulatedMachine machine;
     AppSettings settings(machine.defaults);
-    const GameDetection detection(settings, machine.processes, machine.text);
+    const DeclaredGames declared(settings, machine.games, machine.processes, machine.workspace);
+    const GameDetection detection(settings, machine.processes, machine.text, declared);
     settings.detectMinecraft.set(false);
     const SimulatedAppRef app = machine.launch(appAt(from, GetParam().path), Opening::inBackground);
     EXPECT_EQ(detection.isGame(*app), GetParam().isGame)
@@ -179,7 +181,7 @@ TEST_F(GameDetectionTest, TheWalkOverTheAncestorsComesOnlyAfterEveryCheaperTest)
 }
 
 TEST_F(GameDetectionTest, TheOneProfileIsGamingAndReadsTheSwitchesAtEveryCall) {
-  const Profile profile = gamingProfile(settings, machine.processes, machine.text);
+  const Profile profile = gamingProfile(settings, machine.processes, machine.text, declared);
   EXPECT_EQ(profile.name, "Gaming");
   EXPECT_EQ(profile.defaultProtected, defaultProtectedApps());
   const SimulatedAppRef game = machine.launch({.bundlePath = "/x/steamapps/game"}, Opening::inBackground);

@@ -326,7 +326,8 @@ TEST_F(Ownership, WhatIsBornWhileTheProbesAreAskedIsSlowedWithItsApp) {
   Machine ports = machine.ports();
   engine.emplace(Machine{ports.host, ports.processes, ports.band, ports.workspace, audio, ports.power,
                          ports.pressure, ports.notifications, ports.defaults, ports.files, ports.clock,
-                         ports.launcher, ports.text, ports.loginItem, ports.catalog, ports.hooks},
+                         ports.launcher, ports.text, ports.loginItem, ports.catalog, ports.hooks,
+                         ports.games},
                  *settings);
   playGame();
   ASSERT_NE(born, 0);

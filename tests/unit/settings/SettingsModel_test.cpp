@@ -80,6 +80,9 @@ TEST_F(SettingsModelTest, SwitchesStoreAtOnceAndFollowOthers) {
     EXPECT_FALSE(stored<bool>(key)) << key;
     EXPECT_EQ(told, 1) << key;
   }
+  boost.gameMode()->toggle();
+  EXPECT_TRUE(boost.gameMode()->isOn()) << "off by default";
+  EXPECT_TRUE(stored<bool>("detectGameMode"));
   engine.setAutomatic(true);
   EXPECT_TRUE(model.automatic()->isOn());
 }

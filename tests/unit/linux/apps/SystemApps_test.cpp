@@ -45,7 +45,7 @@ class SystemAppsTest : public testing::Test {
     return m_engine.emplace(Machine{rest.host, rest.processes, rest.band, *m_workspace, rest.audio,
                                     rest.power, rest.pressure, rest.notifications, rest.defaults, rest.files,
                                     rest.clock, rest.launcher, rest.text, rest.loginItem, rest.catalog,
-                                    rest.hooks},
+                                    rest.hooks, rest.games},
                             m_settings);
   }
   AppRef appOf(const Program& program) { return m_workspace->runningApplication(program.pid()); }

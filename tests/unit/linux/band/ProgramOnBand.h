@@ -38,7 +38,8 @@ struct ProgramOnBand {
             desktop.text,
             desktop.loginItem,
             desktop.catalog,
-            desktop.hooks};
+            desktop.hooks,
+            desktop.games};
   }
   SimulatedAppRef add(Pid pid, bool isGame) {
     AppSpec spec{.name = std::to_string(pid)};
