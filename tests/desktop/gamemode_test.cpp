@@ -3,6 +3,7 @@
 // what both of them change comes back, whoever ends first.
 #include "tests/desktop/CommandStage.h"
 
+#include <csignal>
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <linux/ioprio.h>
@@ -118,6 +119,19 @@ TEST_F(GameMode, ADaemonThatComesLaterAndAGameThatRegistersInFrontAreHeard) {
   EXPECT_TRUE(waitUntil([&] { return isSlowed(mail.pid()); }));
   toggleRegistration(tool);
   expectAllBack(); // the game is over, and so is its Boost
+}
+
+TEST_F(GameMode, ADaemonThatHangsHoldsNothingUp) {
+  wantRegistered();
+  startDaemon();
+  m_daemon->signal(SIGSTOP);
+  ASSERT_NO_FATAL_FAILURE(startBoost());
+  Program& tool = usualWindow("Tool");
+  ASSERT_TRUE(waitUntil([&] { return isSlowed(tool.pid()); }));
+  m_daemon->signal(SIGCONT);
+  toggleRegistration(tool);
+  EXPECT_TRUE(waitUntil([&] { return isAtFullSpeed(tool.pid()); })) << "it is a Boost app now";
+  EXPECT_EQ(appIn(statusJson(), tool).textAt("reason"), "boost app");
 }
 
 TEST_F(GameMode, NobodyWhoRegistersIsABoostAppUnasked) {
