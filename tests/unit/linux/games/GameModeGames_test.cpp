@@ -73,7 +73,11 @@ class RegisteredGamesTest : public testing::Test {
   }
   // Until the daemon is followed: the bus has said who it is, and it was asked for its list.
   bool isAsked(int times = 1) {
-    return loop.runUntil([&] { return daemon->calls("ListGames") >= times; }, guardLimit);
+    // The loop is not woken by a daemon that answers nothing.
+    return desktop::waitUntil([&] {
+      return loop.runUntil([&] { return daemon->calls("ListGames") >= times; },
+                           std::chrono::milliseconds(10));
+    });
   }
 
   desktop::PrivateBus bus;
