@@ -6,6 +6,13 @@
 
 namespace vantle {
 
+namespace {
+
+// Until a wrapper has started what it was started for, in seconds: far more than it takes.
+constexpr std::uint64_t longestWrapping = 10;
+
+} // namespace
+
 AppTrees::AppTrees(const ProcessTable& table, const Known& known)
     : AppTrees(table, known, table.birthMark(), table.hold()) {}
 
@@ -24,6 +31,7 @@ AppTrees::AppTrees(const ProcessTable& table, const Known& known, std::optional<
     if (!m_ownChain.insert(at->pid).second) break; // a circle, which reused numbers can make
   }
   for (const Pid app : apps) m_processes[app] = assignTree(app, apps);
+  adoptWrappers();
   adoptOrphans(known);
 }
 
@@ -36,6 +44,40 @@ const std::vector<Pid>& AppTrees::processesOf(Pid app) const {
 Pid AppTrees::ownerOf(const ProcessIdentity& identity) const {
   const ProcessRecord* record = find(identity.pid);
   return record != nullptr && identityOf(*record) == identity ? appOf(identity.pid) : 0;
+}
+
+void AppTrees::adoptWrappers() {
+  for (auto& [pid, processes] : m_processes) {
+    const ProcessRecord* const app = find(pid);
+    if (app == nullptr || app->session == 0) continue;
+    std::vector<Pid> wrappers;
+    for (const ProcessRecord* at = find(app->parent); at != nullptr && isWrapperOf(*at, *app);
+         at = find(at->parent)) {
+      assign(at->pid, pid);
+      wrappers.push_back(at->pid);
+    }
+    if (appOf(app->session) == pid) {
+      processes.insert(processes.end(), wrappers.begin(), wrappers.end());
+    } else { // what the session was made for is not this app
+      for (const Pid wrapper : wrappers) assign(wrapper, 0);
+    }
+  }
+}
+
+// A shell is somebody's who types. And what starts apps for the person, as a desktop does, has done other
+// things for a while, and has started others.
+bool AppTrees::isWrapperOf(const ProcessRecord& record, const ProcessRecord& app) const {
+  if (record.pid < firstAppPid || record.isKernelThread || record.role != ProcessRole::program) return false;
+  if (record.session != app.session || record.user != m_ownUser) return false;
+  if (appOf(record.pid) != 0 || isOwnChain(record.pid)) return false;
+  if (app.startSec > record.startSec + longestWrapping) return false;
+  const std::vector<Pid>& children = childPIDs(record.pid);
+  const auto sharers = session(app.session);
+  return std::all_of(children.begin(), children.end(), [&](Pid child) { return appOf(child) == app.pid; }) &&
+         std::all_of(sharers.begin(), sharers.end(), [&](std::size_t place) {
+           const Pid owner = appOf(all()[place].pid);
+           return owner == 0 || owner == app.pid;
+         });
 }
 
 void AppTrees::adoptOrphans(const Known& known) {

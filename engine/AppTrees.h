@@ -17,6 +17,8 @@ namespace vantle {
 //
 //   - to the nearest running app at or above it, so that an app which another one started (from a terminal,
 //     say) is an app of its own, however late its window came;
+//   - a wrapper, which has no window and waits for the end of the one app that it was started for, to that
+//     app;
 //   - an orphan, when no app is above it any more, to the app that it was slowed with; to the app that the
 //     first process of its session belongs to; or to the only app in the place that the desktop made for it.
 //
@@ -35,7 +37,7 @@ class AppTrees final : public ProcessView {
   AppTrees(const ProcessTable& table, const Known& known);
 
   // The main process, always, then all that belongs to it, each once, depth first from a stack: of two
-  // siblings the one listed later comes first. Orphans follow, as they are listed.
+  // siblings the one listed later comes first. Wrappers follow, and orphans as they are listed.
   const std::vector<Pid>& processesOf(Pid app) const;
 
   // The app of this very process; 0 when it is nobody's or lives no longer.
@@ -55,6 +57,8 @@ class AppTrees final : public ProcessView {
   AppTrees(const ProcessTable& table, const Known& known, std::optional<std::uint64_t> birthMark,
            std::shared_ptr<const void> hold);
 
+  void adoptWrappers();
+  bool isWrapperOf(const ProcessRecord& record, const ProcessRecord& app) const;
   void adoptOrphans(const Known& known);
   Pid orphanOwner(const ProcessRecord& orphan, const Known& known) const;
   Pid onlyAppIn(const std::string& place, const std::set<Pid>& apps) const;

@@ -66,6 +66,8 @@ void Engine::frontmostChanged(const AppRef& app) {
   } else if (startsByItself(*app)) {
     startBoost(app);
   }
+  // The Boost that slowed it may be over by now.
+  if (m_machine.band.owed() > 0) m_machine.band.hasten(m_backgrounder.look().processesOf(pid));
 }
 
 bool Engine::startsByItself(const RunningApplication& app) {

@@ -109,6 +109,9 @@ class BackgroundBand {
   // meant to be slowed then looks for everybody else that carries this program's trace.
   virtual void onLateBirths(const std::function<void()>& /*call*/) {}
 
+  // The person waits for these: what of them is still on its way out of the band goes before all others.
+  virtual void hasten(std::span<const Pid> /*pids*/) {}
+
   // Waits until changes that are under way are in force, at most this long; true when none is left.
   virtual bool settle(std::chrono::milliseconds /*limit*/) { return true; }
   // How many of them there are; 0 also when waiting for the rest is of no use.

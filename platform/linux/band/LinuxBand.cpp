@@ -278,6 +278,11 @@ void LinuxBand::reclaim(const ProcessView* recent) {
   m_units.raiseAll();
 }
 
+// A manager's unit is asked for at once, and has no queue.
+void LinuxBand::hasten(std::span<const Pid> pids) {
+  for (const Pid pid : pids) m_sessions.hasten(pid);
+}
+
 bool LinuxBand::settle(std::chrono::milliseconds limit) {
   const auto end = m_kernel.now() + limit;
   const auto left = [&] {

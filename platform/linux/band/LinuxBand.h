@@ -55,6 +55,7 @@ class LinuxBand final : public BackgroundBand {
   void makeRoomFor(Pid boostApp, const std::function<const ProcessView&()>& look) override;
   void reclaim(const ProcessView* recent) override;
   void onLateBirths(const std::function<void()>& call) override { m_departures.onLateBirths(call); }
+  void hasten(std::span<const Pid> pids) override;
   bool settle(std::chrono::milliseconds limit) override;
   std::size_t owed() const override;
 

@@ -26,7 +26,15 @@ std::vector<SessionWeights::Order>::iterator SessionWeights::find(long autogroup
 void SessionWeights::lower(const Autogroup& session, const std::vector<Pid>& members, const Load& load) {
   if (const auto waiting = find(session.id); waiting != m_queue.end()) m_queue.erase(waiting);
   if (session.nice == own) m_queue.push_back({session.id, own, lowered, load, members});
+  m_loads[session.id] = load;
   m_ledger.addSession(session.id);
+}
+
+void SessionWeights::hasten(Pid pid) {
+  if (!isRaising()) return;
+  const std::optional<Autogroup> group = m_kernel.autogroup(pid);
+  const auto waiting = group ? find(group->id) : m_queue.end();
+  if (waiting != m_queue.end() && waiting->to == own) waiting->wish = ++m_wishes;
 }
 
 SessionWeights::Outcome SessionWeights::raise(const std::vector<Pid>& members) {
@@ -45,7 +53,7 @@ SessionWeights::Outcome SessionWeights::raise(const std::vector<Pid>& members) {
     return Outcome::done;
   }
   if (waiting == m_queue.end()) {
-    const Order order{group->id, lowered, own, {}, members};
+    const Order order{group->id, lowered, own, m_loads[group->id], members};
     const Outcome outcome = write(order, {});
     if (outcome != Outcome::queued) return outcome;
     m_queue.push_back(order);
@@ -85,6 +93,7 @@ SessionWeights::Outcome SessionWeights::write(const Order& order, milliseconds i
 std::optional<SessionWeights::Duration> SessionWeights::advance() {
   std::stable_sort(m_queue.begin(), m_queue.end(), [](const Order& left, const Order& right) {
     if (left.to != right.to) return left.to == own;
+    if (left.wish != right.wish) return left.wish > right.wish;
     return left.load > right.load;
   });
   while (!m_queue.empty()) {
@@ -97,6 +106,7 @@ std::optional<SessionWeights::Duration> SessionWeights::advance() {
     }
     const Order order = std::move(m_queue.front());
     m_queue.erase(m_queue.begin());
+    if (order.to == own) m_loads.erase(order.autogroup);
     if (order.to == own && m_raised) m_raised(order.members);
   }
   m_ledger.save();

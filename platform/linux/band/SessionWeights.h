@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <random>
@@ -20,7 +21,8 @@ namespace vantle {
 
 // Lowers and gives back the weight of whole sessions. The kernel lets an ordinary user make one such change
 // in 100 ms, all users together, and answers EAGAIN to the others; those wait in a queue here, without
-// holding up the main loop: first what gets faster, then the heaviest of what gets slower.
+// holding up the main loop: first what gets faster, of that first what the person waits for, and the heaviest
+// first in both directions.
 //
 // A turn goes to whoever asks first when it comes. Others who ask as well are met at irregular moments, so
 // that nobody is always the second; and where turns keep being lost and something is to be given back, this
@@ -48,6 +50,8 @@ class SessionWeights {
   void lower(const Autogroup& session, const std::vector<Pid>& members, const Load& load);
   // Gives a session its own weight back, at once or as soon as the kernel allows it.
   Outcome raise(const std::vector<Pid>& members);
+  // The person waits for this process: its session goes before all others, if it is on its way back.
+  void hasten(Pid pid);
   void apply();
   // The same with every session that this program, or one before it, has lowered and not given back, whatever
   // its processes remember.
@@ -68,6 +72,7 @@ class SessionWeights {
     int to = 0;
     Load load;
     std::vector<Pid> members;
+    int wish = 0; // the latest is the highest; 0: nobody waits for it
   };
 
   using Duration = std::chrono::steady_clock::duration;
@@ -85,6 +90,8 @@ class SessionWeights {
   Kernel& m_kernel;
   std::function<void(const std::vector<Pid>&)> m_raised;
   std::vector<Order> m_queue;
+  std::map<long, Load> m_loads; // of the sessions that were lowered
+  int m_wishes = 0;
   std::minstd_rand m_random;
   std::chrono::steady_clock::time_point m_nextTurn{}; // not before, after this program's own last one
   int m_rivalry = 0;                                  // grows with every turn that somebody else took

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <set>
 #include <string_view>
 #include <unistd.h>
 
@@ -64,6 +65,9 @@ struct WindowedWorkspace::App {
   std::unique_ptr<EventLoop::Handle> launchTimer;
   std::unique_ptr<AppEvidence> evidence; // that its identity was read from
   WindowId window = 0;                   // the one that gave part of it
+  // All windows that it had when it was last asked to close them, and whether it outlived that.
+  std::set<WindowId> asked;
+  bool staysWithoutWindows = false;
 
   Pid pid() const { return application->processIdentifier(); }
   bool isRegular() const { return application->activationPolicy() == ActivationPolicy::regular; }
@@ -262,12 +266,28 @@ void WindowedWorkspace::deliver() {
   m_isDelivering = false;
 }
 
+// A window that has come since the last request, while others of that time are still there, is the question
+// whether to save: to close it would be to answer it. And a program that has closed all its windows and goes
+// on has only hidden from the person what it holds.
 bool WindowedWorkspace::requestClose(Pid pid) {
-  bool isSent = false;
+  App* const app = find(pid);
+  if (app == nullptr) return false;
+  std::set<WindowId> all;
   for (const auto& [id, window] : m_windows->known()) {
-    if (window.pid != pid || window.kind != WindowKind::ordinary) continue;
-    isSent = m_windows->requestClose(window) || isSent;
+    if (window.pid == pid) all.insert(id);
   }
+  const bool isAnyLeft = std::any_of(app->asked.begin(), app->asked.end(),
+                                     [&all](WindowId window) { return all.contains(window); });
+  const bool isAnyNew = !std::includes(app->asked.begin(), app->asked.end(), all.begin(), all.end());
+  if (isAnyLeft && isAnyNew) return false;
+  if (!app->asked.empty() && !isAnyLeft) app->staysWithoutWindows = true;
+  if (app->staysWithoutWindows) return false;
+  bool isSent = false;
+  for (const WindowId id : all) {
+    const WindowFacts& window = m_windows->known().at(id);
+    if (window.kind == WindowKind::ordinary) isSent = m_windows->requestClose(window) || isSent;
+  }
+  if (isSent) app->asked = std::move(all);
   return isSent;
 }
 

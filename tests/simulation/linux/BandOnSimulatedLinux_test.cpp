@@ -221,6 +221,39 @@ TEST(BandOnLinux, AnOrdinaryUsersSessionsFollowOneByOne) {
   EXPECT_THAT(evening.desktop.kernel.differences(), IsEmpty());
 }
 
+// An app that is busy, one that is not, and one that the person turns to, in the order of their numbers.
+TEST(BandOnLinux, OnTheWayBackTheAppInFrontIsFirstAndThenTheHeaviest) {
+  for (const bool isAwaited : {true, false}) {
+    Evening evening(sessions());
+    evening.desktop.startBand();
+    std::vector<Pid> others;
+    for (const char* name : {"idle", "busy", "busier", "awaited"}) others.push_back(evening.start(name));
+    evening.everybodyElse = {others.begin(), others.end()};
+    for (const std::size_t busy : {1U, 2U}) {
+      SimulatedProcess& process = *evening.machine.processes.find(others[busy]);
+      process.isBusy = true;
+      process.cpuTime = busy * 100 * evening.machine.clock.resolution();
+    }
+    evening.enterOnly(evening.everybodyElse);
+    ASSERT_TRUE(evening.desktop.settle(guard));
+    std::vector<Pid> order;
+    evening.desktop.kernel.onTransition = [&](Pid pid, bool isSlow) {
+      if (!isSlow) order.push_back(pid);
+    };
+    const AppTrees now = evening.look();
+    const auto leaving = evening.desktop.band->leaving(now);
+    for (const Pid pid : others) leaving->leave(pid);
+    leaving->finish();
+    if (isAwaited) evening.desktop.band->hasten({&others[3], 1});
+    ASSERT_TRUE(evening.desktop.settle(guard));
+    const std::vector<Pid> expected = isAwaited
+                                          ? std::vector<Pid>{others[3], others[2], others[1], others[0]}
+                                          : std::vector<Pid>{others[2], others[1], others[0], others[3]};
+    EXPECT_EQ(order, expected);
+    EXPECT_THAT(evening.desktop.kernel.differences(), IsEmpty());
+  }
+}
+
 // Every third turn goes to the one of two who both never pause.
 struct Rivalry {
   explicit Rivalry(Evening& evening) {

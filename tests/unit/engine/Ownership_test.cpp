@@ -234,6 +234,56 @@ TEST_F(StartedFromATerminal, WhatTheProgramHasStartedIsNotTheTerminals) {
   EXPECT_FALSE(isSlow(helper));
 }
 
+// A script or a loader that was started for one app and waits for it.
+class Wrapped : public Ownership {
+ protected:
+  // Opens an app below, and says whether the process is its own.
+  bool isItsWrapper(Pid wrapper) {
+    m_app = openBelow("Office", wrapper);
+    return look().appOf(wrapper) == m_app->processIdentifier();
+  }
+  SimulatedAppRef m_app;
+};
+
+TEST_F(Wrapped, AnAppIsSlowedWithItsWrapperAndComesBackWithIt) {
+  start();
+  const Pid wrapper = machine.processes.spawn({.executable = "/usr/lib/office/splash", .leadsSession = true});
+  ASSERT_TRUE(isItsWrapper(wrapper));
+  EXPECT_THAT(look().processesOf(m_app->processIdentifier()),
+              ElementsAre(m_app->processIdentifier(), wrapper));
+  const SimulatedAppRef game = playGame();
+  EXPECT_TRUE(isSlow(m_app));
+  EXPECT_TRUE(isSlow(wrapper));
+  machine.quit(game);
+  EXPECT_FALSE(isSlow(m_app));
+  EXPECT_FALSE(isSlow(wrapper));
+}
+
+TEST_F(Wrapped, SeveralAroundEachOtherAreAllTheApps) {
+  const Pid outer = machine.processes.spawn({.leadsSession = true});
+  const Pid inner = childOf(outer);
+  EXPECT_TRUE(isItsWrapper(inner));
+  EXPECT_EQ(look().appOf(outer), m_app->processIdentifier());
+}
+
+TEST_F(Wrapped, NobodyElseIsAWrapper) {
+  const auto leader = [this](ProcessRole role) {
+    return machine.processes.spawn({.leadsSession = true, .role = role});
+  };
+  EXPECT_FALSE(isItsWrapper(leader(ProcessRole::starter)));
+  EXPECT_FALSE(isItsWrapper(leader(ProcessRole::system)));
+  EXPECT_FALSE(isItsWrapper(machine.processes.spawn({}))) << "in somebody else's session";
+  const Pid busy = leader(ProcessRole::program);
+  childOf(busy);
+  EXPECT_FALSE(isItsWrapper(busy)) << "it does other things, too";
+  const Pid menu = leader(ProcessRole::program);
+  EXPECT_TRUE(isItsWrapper(menu));
+  EXPECT_FALSE(isItsWrapper(menu)) << "it has started two";
+  const Pid old = leader(ProcessRole::program);
+  machine.clock.advance(std::chrono::seconds(11));
+  EXPECT_FALSE(isItsWrapper(old)) << "it has been there for long";
+}
+
 // A store without windows of its own has started both the game and the process that draws for it.
 class LauncherWithoutWindows : public Ownership {
  protected:

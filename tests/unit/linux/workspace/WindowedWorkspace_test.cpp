@@ -247,6 +247,37 @@ TEST_P(OnEveryDesktop, EachOrdinaryWindowIsAskedToClose) {
   EXPECT_FALSE(m_workspace->runningApplication(m_second.pid())->terminate());
 }
 
+TEST_P(OnEveryDesktop, AQuestionWhetherToSaveIsLeftOpen) {
+  watchTwo(GetParam());
+  const AppRef app = m_workspace->runningApplication(m_first.pid());
+  m_windows->open(3, m_first.pid());
+  m_windows->tell();
+  EXPECT_TRUE(app->terminate());
+  m_windows->windows.erase(3);
+  m_windows->open(4, m_first.pid()); // whether to save what is in 1
+  m_windows->tell();
+  m_windows->askedToClose.clear();
+  EXPECT_FALSE(app->terminate());
+  EXPECT_THAT(m_windows->askedToClose, IsEmpty());
+  m_windows->windows.erase(4); // the person has said no
+  m_windows->tell();
+  EXPECT_TRUE(app->terminate());
+  EXPECT_THAT(m_windows->askedToClose, ElementsAre(1U));
+}
+
+TEST_P(OnEveryDesktop, WhoeverOutlivesItsWindowsIsNotAskedAgain) {
+  watchTwo(GetParam());
+  const AppRef app = m_workspace->runningApplication(m_first.pid());
+  EXPECT_TRUE(app->terminate());
+  m_windows->windows.erase(1);
+  m_windows->tell();
+  EXPECT_FALSE(app->terminate());
+  m_windows->open(5, m_first.pid());
+  m_windows->tell();
+  EXPECT_FALSE(app->terminate());
+  EXPECT_THAT(m_windows->askedToClose, ElementsAre(1U));
+}
+
 TEST_P(OnEveryDesktop, ADesktopThatGoesAwayHasNothingInFront) {
   watchTwo(GetParam());
   m_windows->lose();
