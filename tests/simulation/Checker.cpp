@@ -181,8 +181,41 @@ Pid Checker::appAbove(const SimulatedProcess& process) const {
   return 0;
 }
 
-Pid Checker::ownerOf(const SimulatedProcess& process) const {
+// In a session that was made for the app, from the app upwards: who has started nothing else, and started
+// that at once.
+std::set<Pid> Checker::wrappersOf(const SimulatedProcess& app) const {
+  std::set<Pid> wrappers;
+  for (const auto& [pid, other] : m_machine.processes.all()) {
+    const Pid owner = appAbove(other);
+    if (other.session == app.session && owner != 0 && owner != app.pid) return {};
+  }
+  for (const SimulatedProcess* at = m_machine.processes.find(app.parent); at != nullptr && at->pid > 1;
+       at = m_machine.processes.find(at->parent)) {
+    const bool isAnotherKind = at->role != ProcessRole::program || at->session != app.session;
+    const bool isOld = app.startMicros / 1'000'000 > at->startMicros / 1'000'000 + 10;
+    if (isAnotherKind || isOld || appAbove(*at) != 0 || isAtOrAbove(at->pid, m_machine.host.self)) break;
+    const auto& all = m_machine.processes.all();
+    if (std::any_of(all.begin(), all.end(), [&](const auto& entry) {
+          const SimulatedProcess& child = entry.second;
+          return child.parent == at->pid && appAbove(child) != app.pid && !wrappers.contains(child.pid);
+        })) {
+      break;
+    }
+    wrappers.insert(at->pid);
+  }
+  return wrappers.contains(app.session) ? wrappers : std::set<Pid>{};
+}
+
+Pid Checker::appAtOrInside(const SimulatedProcess& process) const {
   if (const Pid app = appAbove(process); app != 0) return app;
+  for (const auto& [pid, app] : m_machine.processes.all()) {
+    if (isAppRoot(pid) && isAtOrAbove(process.pid, pid) && wrappersOf(app).contains(process.pid)) return pid;
+  }
+  return 0;
+}
+
+Pid Checker::ownerOf(const SimulatedProcess& process) const {
+  if (const Pid app = appAtOrInside(process); app != 0) return app;
   // A part of the system that nobody's app has above it serves all of them, and so does what it has started.
   // Of the others each belongs to whom its parent belongs.
   std::vector<const SimulatedProcess*> chain;
@@ -212,7 +245,7 @@ Pid Checker::ownerOfOrphan(const SimulatedProcess& process) const {
   }
   const SimulatedProcess* leader = m_machine.processes.find(process.session);
   if (leader != nullptr && leader->pid > 1 && leader->pid != process.pid) {
-    if (const Pid app = appAbove(*leader); app != 0) return app;
+    if (const Pid app = appAtOrInside(*leader); app != 0) return app;
   }
   const SimulatedProcess* parent = m_machine.processes.find(process.parent);
   const bool isLeftBehind = process.parent <= 1 || (parent != nullptr && parent->role == ProcessRole::system);

@@ -89,8 +89,8 @@ class Checker {
   bool mayBeSlowed(const SimulatedProcess& process) const;
   bool isProtected(const SimulatedApp& app) const;
   bool isAtOrAbove(Pid ancestor, Pid pid) const;
-  // Whose a process is: the nearest app at or above it; for what an app has left behind the one that it was
-  // slowed with, or that its session or its place belongs to. 0: nobody's.
+  // Whose a process is: the nearest app at or above it; the one that it wraps; for what an app has left
+  // behind the one that it was slowed with, or that its session or its place belongs to. 0: nobody's.
   Pid ownerOf(const SimulatedProcess& process) const;
   bool isSpared(Pid app) const; // nothing is expected of it: calls about its processes are refused
   bool isExcused(Pid pid) const { return m_excused.contains(pid); }
@@ -118,6 +118,9 @@ class Checker {
   bool holds(const SimulatedApp& app, Pid pid) const; // in the tree of its main process, or as its own
   Pid appAbove(const SimulatedProcess& process) const;
   Pid ownerOfOrphan(const SimulatedProcess& process) const;
+  std::set<Pid> wrappersOf(const SimulatedProcess& app) const;
+  Pid appAtOrInside(
+      const SimulatedProcess& process) const; // that it belongs to by what it stands in, or wraps
   std::vector<const SimulatedProcess*> ownedBy(Pid app) const;
   bool isAppRoot(Pid pid) const;
   std::string describe() const;
