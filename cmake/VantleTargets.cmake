@@ -4,7 +4,7 @@
 function(vantle_target name)
   target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR})
   target_compile_options(${name} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor
-                                         -Wold-style-cast -Woverloaded-virtual -Werror
+                                         -Wold-style-cast -Woverloaded-virtual $<$<BOOL:${VANTLE_STRICT}>:-Werror>
                                          $<$<CXX_COMPILER_ID:Clang>:-Wno-sign-conversion>) # not in g++'s -Wconversion
   if(VANTLE_SANITIZE)
     target_compile_options(${name} PUBLIC -fsanitize=${VANTLE_SANITIZE} -fno-sanitize-recover=all

@@ -1,0 +1,17 @@
+# SPDX-License-Identifier: MIT
+# Completion of vantle's commands for fish.
+complete -c vantle -f
+complete -c vantle -n __fish_use_subcommand -a status -d 'What is slowed, and what is left alone'
+complete -c vantle -n __fish_use_subcommand -a why -d 'Why an app is slowed, or why it is not'
+complete -c vantle -n __fish_use_subcommand -a boost -d 'Start a Boost of the app in front, or of another one'
+complete -c vantle -n __fish_use_subcommand -a off -d 'Turn the Boost off'
+complete -c vantle -n __fish_use_subcommand -a pause -d 'No automatic Boost for so long'
+complete -c vantle -n __fish_use_subcommand -a report -d 'What is needed to report a problem'
+complete -c vantle -n __fish_use_subcommand -l help -d 'Show the commands'
+complete -c vantle -n __fish_use_subcommand -l version -d 'Show the version'
+complete -c vantle -n __fish_use_subcommand -l test -d 'Measure for 8 seconds whether slowing works here'
+complete -c vantle -n '__fish_seen_subcommand_from status' -l json -d 'As one JSON object in a line'
+complete -c vantle -n '__fish_seen_subcommand_from status' -l follow -d 'Again each time that something changes'
+complete -c vantle -n '__fish_seen_subcommand_from report' -l names -d 'With the names and identifiers of apps'
+complete -c vantle -n '__fish_seen_subcommand_from why boost' -a '(ps -u (id -u) -o comm= 2>/dev/null | sort -u)'
+complete -c vantle -n '__fish_seen_subcommand_from pause' -a '0s 15m 30m 1h 2h'
