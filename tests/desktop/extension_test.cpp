@@ -92,7 +92,8 @@ class ExtensionTest : public testing::Test {
     m_extension.emplace(*m_bus,
                         GnomeShellExtension::Place{.folder = place().string(),
                                                    .settings = QString::fromStdString(m_program.string()),
-                                                   .isWayland = isWayland});
+                                                   .isWayland = isWayland,
+                                                   .everybodys = {everybodys().string()}});
     m_observer = m_extension->observe([this] { ++m_changes; });
   }
   // Until it has answered once more.
@@ -114,6 +115,7 @@ class ExtensionTest : public testing::Test {
       return m_extension->state() == state;
     });
   }
+  fs::path everybodys() const { return m_folder.path() / "usr/share/gnome-shell/extensions" / ours; }
   fs::path place() const { return m_folder.path() / "data/gnome-shell/extensions" / ours; }
   void set(const std::string& list, const std::string& text) const { m_folder.write(list, text + "\n"); }
   std::string get(const std::string& list) const { return content(m_folder.path() / list); }
@@ -226,6 +228,40 @@ TEST_F(ExtensionTest, FilesOfAnEarlierEditionAreReplaced) {
   EXPECT_EQ(reloaded(), State::waiting);
   EXPECT_NE(content(place() / "extension.js").find("export default"), std::string::npos);
   EXPECT_NE(content(place() / "metadata.json").find(R"("48")"), std::string::npos);
+}
+
+// As a package does, for everybody; only what is listed is switched on then.
+TEST_F(ExtensionTest, WhatIsInstalledForEverybodyIsOnlySwitched) {
+  startShell("48.7");
+  make();
+  ASSERT_EQ(reloaded(), State::out);
+  m_extension->install();
+  becomes(State::waiting);
+  fs::create_directories(everybodys().parent_path());
+  fs::rename(place(), everybodys());
+  EXPECT_EQ(reloaded(), State::waiting);
+  m_extension->remove();
+  becomes(State::out);
+  EXPECT_EQ(get("enabled-extensions"), "['other@example.org']");
+  m_extension->install();
+  becomes(State::waiting);
+  EXPECT_EQ(get("enabled-extensions"), "['other@example.org', 'vantle@halvo.com']");
+  EXPECT_FALSE(fs::exists(place()));
+  m_extension->remove();
+  becomes(State::out);
+  EXPECT_TRUE(fs::exists(everybodys() / "extension.js"));
+}
+
+TEST_F(ExtensionTest, WhatIsInstalledForEverybodyAndForAnotherShellDoesNotCount) {
+  startShell("43.9");
+  make();
+  ASSERT_EQ(reloaded(), State::out);
+  m_folder.folder("usr/share/gnome-shell/extensions/" + std::string(ours));
+  std::ofstream(everybodys() / "extension.js") << "of another Vantle";
+  std::ofstream(everybodys() / "metadata.json") << "{}";
+  m_extension->install();
+  becomes(State::waiting);
+  EXPECT_TRUE(fs::exists(place() / "extension.js"));
 }
 
 TEST_F(ExtensionTest, OfManyWishesTheLastCounts) {

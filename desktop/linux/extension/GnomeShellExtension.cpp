@@ -15,6 +15,7 @@
 #include <QProcess>
 #include <QTimer>
 #include <QVariant>
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <string_view>
@@ -55,8 +56,14 @@ QDBusMessage whetherAtWork() {
 } // namespace
 
 GnomeShellExtension::Place GnomeShellExtension::Place::fromEnvironment() {
-  return {XdgFolders::fromEnvironment().data + "/gnome-shell/extensions/" + gnomeExtensionUuid,
-          QStringLiteral("gsettings"), !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")};
+  const XdgFolders folders = XdgFolders::fromEnvironment();
+  const auto below = [](const std::string& data) {
+    return data + "/gnome-shell/extensions/" + gnomeExtensionUuid;
+  };
+  Place place{below(folders.data), QStringLiteral("gsettings"),
+              !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")};
+  for (const std::string& data : folders.systemData) place.everybodys.push_back(below(data));
+  return place;
 }
 
 GnomeShellExtension::GnomeShellExtension(SessionBus& bus, Place place)
@@ -88,9 +95,10 @@ void GnomeShellExtension::look(Look at) {
 void GnomeShellExtension::readList(Look at) {
   runSettings({QStringLiteral("get"), schema, switchedOn},
               [this, at](const std::optional<std::string>& list) {
-                m_isOn = list && namesExtension(*list, gnomeExtensionUuid) && areFilesThere();
+                m_isOn = list && namesExtension(*list, gnomeExtensionUuid) &&
+                       (areFilesThere() || isProvided());
                 // An earlier Vantle's, or those for an earlier shell.
-                if (m_isOn && !areFilesCurrent()) writeFiles();
+                if (m_isOn && areFilesThere() && !areFilesCurrent(m_place.folder)) writeFiles();
                 if (at == Look::whetherItIsIn && !m_isOn && !m_isBusy) {
                   m_isRefused = true;
                   removeFiles();
@@ -145,7 +153,9 @@ void GnomeShellExtension::bring(bool isIn) {
     m_wanted = isIn;
     return;
   }
-  m_isRefused = isIn && !writeFiles();
+  // Files of the person's own would be read before everybody's, so there are none without need.
+  const bool needsFiles = areFilesThere() || !isProvided();
+  m_isRefused = isIn && needsFiles && !writeFiles();
   if (m_isRefused) return m_observers.notify();
   m_isBusy = true;
   const auto finished = [this, isIn] {
@@ -190,12 +200,18 @@ bool GnomeShellExtension::areFilesThere() const {
   return files.exists(m_place.folder + scriptName) && files.exists(m_place.folder + metadataName);
 }
 
-bool GnomeShellExtension::areFilesCurrent() const {
+bool GnomeShellExtension::areFilesCurrent(const std::string& folder) const {
   const PosixFileStore files({}, PosixFileStore::Sync::none);
   const auto holds = [&](const char* name, std::string_view text) {
-    return files.read(m_place.folder + name, text.size()) == text;
+    return files.read(folder + name, text.size()) == text;
   };
   return holds(scriptName, m_edition->script) && holds(metadataName, m_edition->metadata);
+}
+
+// One for another shell, or of another Vantle, is as good as none.
+bool GnomeShellExtension::isProvided() const {
+  return std::any_of(m_place.everybodys.begin(), m_place.everybodys.end(),
+                     [this](const std::string& folder) { return areFilesCurrent(folder); });
 }
 
 } // namespace vantle

@@ -11,6 +11,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 class QDBusMessage;
 class QVariant;
@@ -26,9 +27,10 @@ class GnomeShellExtension final : public QObject, public ShellExtension {
 
  public:
   struct Place {
-    std::string folder;    // the extension's own, as the shell looks for it
-    QString settings;      // the program that reads and writes GNOME's settings, gsettings
-    bool isWayland = true; // elsewhere the X server tells everything
+    std::string folder;                       // the extension's own, as the shell looks for it
+    QString settings;                         // the program that reads and writes GNOME's settings, gsettings
+    bool isWayland = true;                    // elsewhere the X server tells everything
+    std::vector<std::string> everybodys = {}; // folders that a package would have put it into
 
     static Place fromEnvironment();
   };
@@ -57,7 +59,8 @@ class GnomeShellExtension final : public QObject, public ShellExtension {
   bool writeFiles() const;
   void removeFiles() const;
   bool areFilesThere() const;
-  bool areFilesCurrent() const;
+  bool areFilesCurrent(const std::string& folder) const;
+  bool isProvided() const;
   void readList(Look at);
 
   SessionBus& m_bus;
