@@ -9,8 +9,10 @@ function(expect_refusal text)
   endif()
 endfunction()
 
-foreach(call "build;--bogus" "coverage;bogus" "fuzz;bogus" "lint;--bogus" "mutate;bogus" "on-debian;99" "packages"
-             "packages;bogus" "run;--desktop" "run;--desktop;bogus" "soak;bogus" "test;--bogus")
+foreach(call "build;--bogus" "coverage;bogus" "debian-package;--bogus" "fuzz;bogus" "lint;--bogus" "mutate;bogus"
+             "on-debian;99" "packages"
+             "packages;bogus" "run;--desktop" "run;--desktop;bogus" "soak;bogus" "test;--bogus"
+             "try-package;--bogus")
   list(POP_FRONT call name)
   expect_refusal("usage: " ${SCRIPTS}/${name} ${call})
 endforeach()
