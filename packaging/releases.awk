@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
 # The releases of CHANGELOG.md as software centres read them. A release is a heading "## VERSION (YEAR-MONTH-DAY)", and
-# what came with it the list below; other headings, such as that of what is not released yet, are left out.
+# what came with it the list below; other headings, such as that of what is not released yet, are left out with what is
+# below them, and so are headings inside a release.
 function escaped(text) {
   gsub(/&/, "\\&amp;", text)
   gsub(/</, "\\&lt;", text)
@@ -41,6 +42,7 @@ function end_release() {
   next
 }
 !in_release { next }
+/^### / { end_release(); next }
 /^$/ { end_block(); next }
 /^- / { end_paragraph(); end_item(); item = substr($0, 3); next }
 {
