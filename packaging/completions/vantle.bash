@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
 # Completion of vantle's commands for bash.
 _vantle() {
-  local current=${COMP_WORDS[COMP_CWORD]} words=
+  local current=${COMP_WORDS[COMP_CWORD]} words='' app
   COMPREPLY=()
   if ((COMP_CWORD == 1)); then
     words='status why boost off pause report --help --version --test'
@@ -9,8 +9,15 @@ _vantle() {
     case ${COMP_WORDS[1]} in
     status) words='--json --follow' ;;
     report) words='--names' ;;
-    why | boost) words=$(ps -u "$(id -u)" -o comm= 2>/dev/null | sort -u) ;;
     pause) words='0s 15m 30m 1h 2h' ;;
+    why | boost)
+      # Names may have spaces, and are meant in any case of the letters.
+      while read -r app; do
+        printf -v app %q "$app"
+        [[ ${app,,} != "${current,,}"* ]] || COMPREPLY+=("$app")
+      done < <(vantle status 2>/dev/null | sed -nE 's/^  (.*) \([0-9]+\): .*/\1/p' | sort -u)
+      return
+      ;;
     esac
   fi
   local IFS=$' \t\n'

@@ -32,8 +32,8 @@ case $words[2] in
     ;;
   why|boost)
     local -a names
-    names=(${(fu)"$(ps -u $UID -o comm= 2>/dev/null)"})
-    _wanted names expl 'app' compadd -a names
+    names=(${(fu)"$(vantle status 2>/dev/null | sed -nE 's/^  (.*) \([0-9]+\): .*/\1/p')"})
+    _wanted names expl 'app' compadd -M 'm:{[:lower:][:upper:]}={[:upper:][:lower:]}' -a names
     ;;
   pause)
     _wanted durations expl 'duration' compadd -V durations 0s 15m 30m 1h 2h
