@@ -93,18 +93,17 @@ void GnomeShellExtension::look(Look at) {
 }
 
 void GnomeShellExtension::readList(Look at) {
-  runSettings({QStringLiteral("get"), schema, switchedOn},
-              [this, at](const std::optional<std::string>& list) {
-                m_isOn = list && namesExtension(*list, gnomeExtensionUuid) &&
-                       (areFilesThere() || isProvided());
-                // An earlier Vantle's, or those for an earlier shell.
-                if (m_isOn && areFilesThere() && !areFilesCurrent(m_place.folder)) writeFiles();
-                if (at == Look::whetherItIsIn && !m_isOn && !m_isBusy) {
-                  m_isRefused = true;
-                  removeFiles();
-                }
-                m_observers.notify();
-              });
+  runSettings(
+      {QStringLiteral("get"), schema, switchedOn}, [this, at](const std::optional<std::string>& list) {
+        m_isOn = list && namesExtension(*list, gnomeExtensionUuid) && (areFilesThere() || isProvided());
+        // An earlier Vantle's, or those for an earlier shell.
+        if (m_isOn && areFilesThere() && !areFilesCurrent(m_place.folder)) writeFiles();
+        if (at == Look::whetherItIsIn && !m_isOn && !m_isBusy) {
+          m_isRefused = true;
+          removeFiles();
+        }
+        m_observers.notify();
+      });
 }
 
 void GnomeShellExtension::askBus(const QDBusMessage& question, Answer answered) {
