@@ -92,6 +92,7 @@ void Checker::expectNoBoost(const char* when) {
 
 void Checker::beforeEvent() {
   m_placesBefore.clear();
+  m_wrappersSeen.clear();
   m_wasBoosting = m_engine->activeGame.get() != nullptr;
   m_managedBefore = m_engine->managed();
   m_journalBefore = m_engine->journal().entries();
@@ -107,6 +108,7 @@ void Checker::afterEvent() {
 }
 
 void Checker::watch(const SimulatedCall& call) {
+  noteWrappers(); // whoever is born next is born since the look that the call follows from
   if (call.operation == Operation::writeFile && call.about == m_journalPath) {
     auto identities = decodeJournal(std::string(call.detail));
     if (!identities) return fail("the journal is no array of identities", 0);
@@ -211,7 +213,16 @@ Pid Checker::appAtOrInside(const SimulatedProcess& process) const {
   for (const auto& [pid, app] : m_machine.processes.all()) {
     if (isAppRoot(pid) && isAtOrAbove(process.pid, pid) && wrappersOf(app).contains(process.pid)) return pid;
   }
-  return 0;
+  const auto seen = m_wrappersSeen.find(process.identity());
+  return seen != m_wrappersSeen.end() && isAppRoot(seen->second) ? seen->second : 0;
+}
+
+void Checker::noteWrappers() {
+  for (const auto& [pid, app] : m_machine.processes.all()) {
+    if (!isAppRoot(pid)) continue;
+    for (const Pid wrapper : wrappersOf(app))
+      m_wrappersSeen[m_machine.processes.find(wrapper)->identity()] = pid;
+  }
 }
 
 Pid Checker::ownerOf(const SimulatedProcess& process) const {
@@ -224,6 +235,7 @@ Pid Checker::ownerOf(const SimulatedProcess& process) const {
     chain.push_back(at);
   }
   for (auto one = chain.rbegin(); one != chain.rend(); ++one) {
+    if (const Pid app = appAtOrInside(**one); app != 0) return app;
     if (const Pid app = ownerOfOrphan(**one); app != 0) return app;
   }
   return 0;

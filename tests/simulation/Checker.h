@@ -9,6 +9,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
@@ -119,6 +120,7 @@ class Checker {
   Pid appAbove(const SimulatedProcess& process) const;
   Pid ownerOfOrphan(const SimulatedProcess& process) const;
   std::set<Pid> wrappersOf(const SimulatedProcess& app) const;
+  void noteWrappers();
   Pid appAtOrInside(
       const SimulatedProcess& process) const; // that it belongs to by what it stands in, or wraps
   std::vector<const SimulatedProcess*> ownedBy(Pid app) const;
@@ -140,6 +142,8 @@ class Checker {
   std::set<Pid> m_excused;
   std::map<Pid, ManagedApp> m_managedBefore;
   std::map<Pid, std::string> m_placesBefore; // of those that were moved since the event began
+  // Who has wrapped which app at any of its calls since then, and may have started somebody else meanwhile.
+  std::unordered_map<ProcessIdentity, Pid> m_wrappersSeen;
   mutable bool m_judgesByPlacesBefore = false;
   bool m_wasBoosting = false;
   Identities m_journalBefore;
