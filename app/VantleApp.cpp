@@ -91,7 +91,6 @@ int VantleApp::run() {
   if (const auto reason = platform->whyNoDesktop()) return cannotStart(*reason);
   std::optional<ToolkitGuard> startGuard([&] { return cannotStart(platform->whyNotReached()); });
   QGuiApplication::setDesktopFileName(names::identifier);
-  QGuiApplication::setApplicationDisplayName(names::display);
   QGuiApplication::setQuitOnLastWindowClosed(false);
   std::unique_ptr<Registration> toolkitChoice = Desktop::chooseToolkit();
   QGuiApplication application(m_argc, m_argv);

@@ -151,11 +151,11 @@ SwayDesktop::Window SwayDesktop::waitForWindow(Pid pid) {
   return found.front();
 }
 
-SwayDesktop::Window SwayDesktop::waitForWindowTitled(const std::string& part) {
+SwayDesktop::Window SwayDesktop::waitForWindowTitled(const std::string& title) {
   std::vector<Window> found;
-  require(part.c_str(), [&] {
+  require(title.c_str(), [&] {
     found = windows();
-    std::erase_if(found, [&](const Window& window) { return window.title.find(part) == std::string::npos; });
+    std::erase_if(found, [&](const Window& window) { return window.title != title; });
     return !found.empty();
   });
   return found.front();

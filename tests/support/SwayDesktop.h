@@ -56,7 +56,7 @@ class SwayDesktop : public PrivateSession {
   std::vector<Window> ofProcess(Pid pid);
   // The first window of a process, once there is one.
   Window waitForWindow(Pid pid);
-  Window waitForWindowTitled(const std::string& part);
+  Window waitForWindowTitled(const std::string& title);
   // Brings it to the front and waits until it is there.
   void focus(std::uint64_t window);
   void focus(const Program& program) { focus(waitForWindow(program.pid()).id); }

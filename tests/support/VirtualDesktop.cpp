@@ -90,11 +90,11 @@ XWindows::Window VirtualDesktop::waitForWindow(Pid pid) {
   return found.front();
 }
 
-XWindows::Window VirtualDesktop::waitForWindowTitled(const std::string& part) {
+XWindows::Window VirtualDesktop::waitForWindowTitled(const std::string& title) {
   XWindows::Window found;
-  require(part.c_str(), [&] {
+  require(title.c_str(), [&] {
     for (const XWindows::Window& window : m_windows->list()) {
-      if (window.title.find(part) == std::string::npos) continue;
+      if (window.title != title) continue;
       found = window;
       return true;
     }

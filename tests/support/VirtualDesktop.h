@@ -38,7 +38,7 @@ class VirtualDesktop : public PrivateSession {
   XWindows& windows() { return *m_windows; }
   // The first managed window of a process, once there is one.
   XWindows::Window waitForWindow(Pid pid);
-  XWindows::Window waitForWindowTitled(const std::string& part);
+  XWindows::Window waitForWindowTitled(const std::string& title);
   // Brings it to the front and waits until it is there.
   void activate(std::uint32_t window);
   void activate(const Program& program) { activate(waitForWindow(program.pid()).id); }
