@@ -11,6 +11,7 @@
 #include "tests/support/XfceTray.h"
 
 #include <csignal>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
 #include <sys/stat.h>
@@ -19,6 +20,7 @@ namespace {
 
 using namespace vantle;
 using namespace vantle::desktop;
+using testing::IsSupersetOf;
 
 const std::string iconX = std::to_string(XfceTray::iconX); // the older tray puts it at the same place
 const std::string iconY = std::to_string(XfceTray::iconY);
@@ -131,6 +133,20 @@ TEST_F(Tray, WithNoTrayTheAppMenuOpensThePanel) {
   // Another window that comes to the front closes it.
   desktop.activate(desktop.launch({testWindow(), "--title", "other"}));
   EXPECT_TRUE(waitUntil([this] { return countOf("closed") == 1; }));
+}
+
+TEST_F(Tray, ThePanelIsInNoTaskBarAndNoPager) {
+  startHost();
+  desktop.waitForBusName("com.halvo.vantle");
+  for (long round = 1; round <= 2; ++round) { // a window that is shown again has to say it again
+    ASSERT_TRUE(desktop.callApplication("Activate"));
+    ASSERT_TRUE(waitUntil([&] { return countOf("opened ") == round; }));
+    const std::uint32_t panel = desktop.waitForWindow(m_host->pid()).id;
+    EXPECT_THAT(desktop.windows().states(panel),
+                IsSupersetOf({"_NET_WM_STATE_SKIP_TASKBAR", "_NET_WM_STATE_SKIP_PAGER"}));
+    ASSERT_TRUE(desktop.run({"xdotool", "key", "Escape"}));
+    ASSERT_TRUE(waitUntil([&] { return countOf("closed") == round; }));
+  }
 }
 
 struct OwnBus {

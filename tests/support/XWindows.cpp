@@ -95,6 +95,17 @@ std::uint32_t XWindows::active() {
   return values.empty() ? 0 : values.front();
 }
 
+std::vector<std::string> XWindows::states(std::uint32_t window) {
+  std::vector<std::string> names;
+  for (const xcb_atom_t state : property(window, "_NET_WM_STATE")) {
+    const Freed reply(xcb_get_atom_name_reply(m_connection, xcb_get_atom_name(m_connection, state), nullptr));
+    if (!reply) continue;
+    const auto length = static_cast<std::size_t>(xcb_get_atom_name_name_length(reply.value));
+    names.emplace_back(xcb_get_atom_name_name(reply.value), length);
+  }
+  return names;
+}
+
 bool XWindows::hasWindowManager() {
   // One that starts owns its name before it reads events, and what arrives between can stay unread for long;
   // one that was killed leaves its name behind. So ask for something that only a living one answers.

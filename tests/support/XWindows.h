@@ -30,7 +30,9 @@ class XWindows {
   // The windows that the window manager manages, oldest first.
   std::vector<Window> list();
   std::vector<Window> ofProcess(Pid pid);
-  std::uint32_t active();            // 0 for none
+  std::uint32_t active(); // 0 for none
+  // What the window asks of the window manager or has been given (_NET_WM_STATE), by name.
+  std::vector<std::string> states(std::uint32_t window);
   std::uint32_t pixel(int x, int y); // of the screen, as 0xRRGGBB
   // Asks the window manager, as a click on a task bar does.
   void activate(std::uint32_t window);

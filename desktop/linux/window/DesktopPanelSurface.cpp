@@ -2,6 +2,7 @@
 #include "desktop/linux/window/DesktopPanelSurface.h"
 
 #include "desktop/linux/window/Compositing.h"
+#include "desktop/linux/window/TaskBars.h"
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -33,6 +34,7 @@ void DesktopPanelSurface::place(QWindow& window, QScreen& screen, const QRect& /
 }
 
 void DesktopPanelSurface::show(QWindow& window) {
+  if (isOnX11()) keepOffTaskBars(window);
   window.show();
   window.raise();
   window.requestActivate();
