@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "panel/PanelModel.h"
 
-#include "panel/DisplayText.h"
+#include "look/DisplayText.h"
 
 #include <utility>
 

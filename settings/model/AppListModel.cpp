@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "settings/model/AppListModel.h"
 
+#include "look/DisplayText.h"
 #include "settings/model/AppKeys.h"
 
 #include <algorithm>
@@ -36,7 +37,7 @@ QVariant AppListModel::data(const QModelIndex& index, int role) const {
 }
 
 AppListModel::Row AppListModel::rowFor(const std::string& key) const {
-  return {key, QString::fromStdString(displayNameForKey(m_catalog, key)),
+  return {key, displayText(displayNameForKey(m_catalog, key)),
           QString::fromStdString(iconForKey(m_catalog, key))};
 }
 

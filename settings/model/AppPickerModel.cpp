@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "settings/model/AppPickerModel.h"
 
+#include "look/DisplayText.h"
 #include "settings/model/AppKeys.h"
 
 #include <QDir>
@@ -115,6 +116,8 @@ void AppPickerModel::showInstalled() {
   emit placeChanged();
 }
 
+QString AppPickerModel::folder() const { return m_folder ? displayText(m_folder->toStdString()) : QString(); }
+
 void AppPickerModel::browse(const QString& path) {
   m_folder = path.isEmpty() ? QDir::homePath() : QDir::cleanPath(path);
   load(contents(*m_folder));
@@ -122,7 +125,7 @@ void AppPickerModel::browse(const QString& path) {
 }
 
 AppPickerModel::Entry AppPickerModel::entryFor(const InstalledApplication& application) const {
-  const QString name = QString::fromStdString(shownName(application));
+  const QString name = displayText(shownName(application));
   const QString key = QString::fromStdString(application.key);
   return {name, QString::fromStdString(application.icon), application.key,
           QString::fromStdString(application.path),
@@ -141,7 +144,8 @@ std::vector<AppPickerModel::Entry> AppPickerModel::installed() const {
 // The folder above, the folders inside, and the desktop files that stand for apps.
 std::vector<AppPickerModel::Entry> AppPickerModel::contents(const QString& path) const {
   const auto folder = [](const QString& name, const QString& at) {
-    return Entry{name, QStringLiteral("folder"), {}, at, folded(name)};
+    const QString shown = displayText(name.toStdString());
+    return Entry{shown, QStringLiteral("folder"), {}, at, folded(shown)};
   };
   std::vector<Entry> entries;
   const QDir here(path);

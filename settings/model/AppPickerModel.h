@@ -30,7 +30,7 @@ class AppPickerModel : public QAbstractListModel {
 
   bool isOpen() const { return m_target != nullptr; }
   bool isBrowsing() const { return m_folder.has_value(); }
-  QString folder() const { return m_folder.value_or(QString()); }
+  QString folder() const; // as it is shown
   QString search() const { return m_search; }
   void setSearch(const QString& text);
   int count() const { return static_cast<int>(m_shown.size()); }

@@ -271,6 +271,26 @@ TEST_F(SettingsModelTest, PickerBrowsesFoldersForDesktopFiles) {
   EXPECT_FALSE(picker.isBrowsing());
 }
 
+TEST_F(SettingsModelTest, NamesFromOutsideCannotTurnTheTextAroundThem) {
+  const std::string turned = "photo\u202Egnp.exe";
+  const QString clean = QStringLiteral("photognp.exe");
+  catalog.applications = {{"org.example.evil", turned, "", "/apps/evil.desktop"}};
+  boost.userGames()->add("org.example.evil");
+  boost.userGames()->add(turned); // a key that no app has
+  EXPECT_EQ(names(*boost.userGames()), (QStringList{clean, clean}));
+  EXPECT_EQ(settings.userGames.get(), (Keys{"org.example.evil", turned})) << "keys stay keys";
+  picker.openFor(boost.userGames());
+  EXPECT_EQ(names(picker), QStringList{clean});
+
+  const QTemporaryDir folder;
+  QDir(folder.path()).mkpath(QString::fromStdString(turned) + "/inner");
+  picker.browse(folder.path());
+  EXPECT_EQ(names(picker), (QStringList{"..", clean}));
+  picker.activate(1);
+  EXPECT_EQ(picker.folder(), folder.filePath(clean));
+  EXPECT_EQ(names(picker), (QStringList{"..", "inner"})) << "it is entered under its own name";
+}
+
 TEST_F(SettingsModelTest, FolderThatCannotBeReadIsEmpty) {
   picker.openFor(boost.userGames());
   picker.browse("/nowhere/at/all");

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "panel/DisplayText.h"
+#include "look/DisplayText.h"
 
 #include <QDateTime>
 #include <algorithm>
