@@ -12,7 +12,8 @@ namespace vantle {
 
 namespace {
 constexpr QSize smallest(680, 480);
-constexpr QSize frame(0, 40); // about what a title bar takes
+// About what a title bar takes: who draws it says how much only when the window is shown.
+constexpr QSize frame(0, 40);
 
 // Not when the screen that it was on is gone.
 bool isInSight(QPoint framePosition) {
@@ -52,11 +53,10 @@ void SettingsWindow::place(const std::optional<QPoint>& position) {
   const QRect free = m_view.screen()->availableGeometry();
   m_view.resize(m_view.size().boundedTo(free.size() - frame).expandedTo(smallest));
   const QSize wanted = m_view.size() + frame;
-  if (wanted.width() > free.width() || wanted.height() > free.height()) {
-    m_view.setFramePosition(free.topLeft()); // its title at least is in sight
-  } else {
-    m_view.setPosition(free.center() - QRect(QPoint(), m_view.size()).center());
-  }
+  QRect whole({}, wanted);
+  whole.moveCenter(free.center());
+  // Where there is no room its title at least is in sight.
+  m_view.setFramePosition({qMax(whole.left(), free.left()), qMax(whole.top(), free.top())});
 }
 
 void SettingsWindow::show() {

@@ -72,17 +72,19 @@ class Program {
     int windows = 0;
     for (QWindow* window : QGuiApplication::topLevelWindows()) windows += window->isVisible() ? 1 : 0;
     const QRect place = view()->geometry();
+    const QRect whole = view()->frameGeometry();
     const QRect screen = view()->screen()->availableGeometry();
-    say(QString("windows %1, pane %2, size %3x%4, off centre %5 %6, at %7 %8%9")
+    say(QString("windows %1, pane %2, size %3x%4, off centre %5 %6, at %7 %8%9%10%11")
             .arg(windows)
             .arg(model()->paneIndex())
             .arg(place.width())
             .arg(place.height())
-            .arg(place.center().x() - screen.center().x())
-            .arg(place.center().y() - screen.center().y())
+            .arg(whole.center().x() - screen.center().x())
+            .arg(whole.center().y() - screen.center().y())
             .arg(view()->framePosition().x())
             .arg(view()->framePosition().y())
-            .arg(view()->isActive() ? ", active" : ""));
+            .arg(view()->isActive() ? ", active" : "", view()->frameMargins().top() > 0 ? ", framed" : "",
+                 screen.contains(whole) ? ", in sight" : ""));
   }
 
   void read() {
