@@ -47,7 +47,9 @@ SettingsWindowController& AppDelegate::settingsWindow() {
   return *m_settingsWindow;
 }
 
-WindowParts AppDelegate::windowParts() { return {settings(), m_desktop->icons(), m_desktop->heap()}; }
+WindowParts AppDelegate::windowParts() {
+  return {settings(), m_desktop->icons(), m_desktop->heap(), m_desktop->words()};
+}
 
 void AppDelegate::applicationDidFinishLaunching() {
   settings().applyAppearance = [this](AppearanceMode mode) { m_appearance.apply(mode); };

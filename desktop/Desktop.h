@@ -5,6 +5,7 @@
 #include "look/ports/ColorScheme.h"
 #include "look/ports/Heap.h"
 #include "look/ports/IconTheme.h"
+#include "look/ports/PlaceWords.h"
 #include "panel/ports/Activation.h"
 #include "panel/ports/PanelSurface.h"
 #include "panel/ports/Tray.h"
@@ -30,6 +31,7 @@ class Desktop {
   virtual ColorScheme& scheme() = 0;
   virtual IconTheme& icons() = 0;
   virtual Heap& heap() = 0;
+  virtual const PlaceWords& words() const = 0;
   virtual Tray& tray() = 0;
   virtual PanelSurface& panelSurface() = 0;
   virtual Activation& activation() = 0;

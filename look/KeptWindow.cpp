@@ -17,7 +17,7 @@ void KeptWindow::keep() {
   m_release.stop();
   if (m_engine) return;
   prepareRendering();
-  m_engine = std::make_unique<LookEngine>(m_parts.settings, m_parts.icons);
+  m_engine = std::make_unique<LookEngine>(m_parts.settings, m_parts.icons, m_parts.words);
   make(*m_engine);
 }
 

@@ -4,6 +4,7 @@
 #include "engine/AppSettings.h"
 #include "look/ports/Heap.h"
 #include "look/ports/IconTheme.h"
+#include "look/ports/PlaceWords.h"
 
 #include <QObject>
 #include <QTimer>
@@ -19,6 +20,7 @@ struct WindowParts {
   AppSettings& settings;
   IconTheme& icons;
   Heap& heap;
+  const PlaceWords& words;
 };
 
 // A window that costs memory only while it is wanted. Nothing of the view toolkit's engine exists before it

@@ -23,7 +23,8 @@ void forgetFonts() {
 }
 } // namespace
 
-LookEngine::LookEngine(AppSettings& settings, IconTheme& icons) : m_settings(settings), m_icons(icons) {
+LookEngine::LookEngine(AppSettings& settings, IconTheme& icons, const PlaceWords& words)
+    : m_settings(settings), m_icons(icons), m_words(words) {
   ++livingEngines;
   registerLookTypes();
   addImportPath(QStringLiteral("qrc:/qt/qml"));

@@ -4,6 +4,7 @@
 #include "engine/AppSettings.h"
 #include "look/ports/Heap.h"
 #include "look/ports/IconTheme.h"
+#include "look/ports/PlaceWords.h"
 
 #include <QQmlEngine>
 
@@ -16,17 +17,20 @@ class LookEngine : public QQmlEngine {
   Q_OBJECT
 
  public:
-  LookEngine(AppSettings& settings, IconTheme& icons);
+  // All of them outlive the engine.
+  LookEngine(AppSettings& settings, IconTheme& icons, const PlaceWords& words);
   ~LookEngine() override;
   LookEngine(const LookEngine&) = delete;
   LookEngine& operator=(const LookEngine&) = delete;
 
   AppSettings& settings() const { return m_settings; }
   const IconTheme& icons() const { return m_icons; }
+  const PlaceWords& words() const { return m_words; }
 
  private:
   AppSettings& m_settings;
   IconTheme& m_icons;
+  const PlaceWords& m_words;
 };
 
 // Chooses the software renderer. To be called before the first QQuickWindow is made.

@@ -25,7 +25,7 @@ Column {
 
         SectionTitle {
             width: parent.width
-            text: "Your Mac"
+            text: "Your " + Place.computer
         }
         YourMac {
             width: parent.width

@@ -9,7 +9,7 @@ Form {
     required property AboutModel model
 
     Section {
-        footer: "Boost moves other apps to the efficiency cores while you work or play, and puts everything back when you stop. Vantle never quits anything unless you allow it."
+        footer: "Boost moves other apps to " + Place.cores + " while you work or play, and puts everything back when you stop. Vantle never quits anything unless you allow it."
 
         ValueRow {
             title: "Version"

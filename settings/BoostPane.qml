@@ -17,7 +17,7 @@ Form {
             apps: pane.boost.userGames
             picker: pane.model.picker
             addTitle: "Add App…"
-            emptyText: "None yet. Add an app here, or use “Always boost” in the menu bar panel."
+            emptyText: "None yet. Add an app here, or use “Always boost” in the " + Place.bar + "."
         }
     }
     Section {
@@ -49,7 +49,7 @@ Form {
         }
         RuleToggle {
             title: "Apps in the “Games” category"
-            note: "App Store"
+            note: Place.store
             setting: pane.boost.gamesCategory
         }
         Divider {
@@ -63,7 +63,7 @@ Form {
     }
     Section {
         header: "Never slowed down"
-        footer: "Also protected automatically: apps playing audio, downloading or keeping the Mac awake, and system processes."
+        footer: "Also protected automatically: apps playing audio, downloading or keeping the " + Place.computer + " awake, and system processes."
 
         AppList {
             apps: pane.boost.protectedApps

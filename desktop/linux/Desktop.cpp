@@ -13,6 +13,7 @@
 #include "desktop/linux/wayland/ToolkitChoice.h"
 #include "desktop/linux/window/DesktopPanelSurface.h"
 #include "desktop/linux/window/LayerPanelSurface.h"
+#include "look/ports/LinuxWords.h"
 
 #include <utility>
 
@@ -32,6 +33,7 @@ class FreeDesktop final : public Desktop {
   ColorScheme& scheme() override { return m_scheme; }
   IconTheme& icons() override { return m_icons; }
   Heap& heap() override { return m_heap; }
+  const PlaceWords& words() const override { return linuxWords; }
   Tray& tray() override { return m_tray; }
   PanelSurface& panelSurface() override { return *m_panelSurface; }
   Activation& activation() override { return m_activation; }

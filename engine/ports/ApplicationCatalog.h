@@ -27,6 +27,9 @@ class ApplicationCatalog {
   // Also apps that the menu hides. Absent when no installed app has that key.
   virtual std::optional<InstalledApplication> applicationForKey(const std::string& key) const = 0;
 
+  // What people call the app of that key, installed or not. Absent when this platform knows no name for it.
+  virtual std::optional<std::string> knownName(const std::string& key) const = 0;
+
   // The app behind a bundle or desktop file that the person picked anywhere on the disk. Absent when the file
   // is none, or of an app that cannot be chosen.
   virtual std::optional<InstalledApplication> applicationAt(const std::string& path) const = 0;

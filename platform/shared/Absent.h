@@ -85,6 +85,7 @@ class AbsentCatalog final : public ApplicationCatalog {
   std::optional<InstalledApplication> applicationForKey(const std::string& /*key*/) const override {
     return {};
   }
+  std::optional<std::string> knownName(const std::string& /*key*/) const override { return std::nullopt; }
   std::optional<InstalledApplication> applicationAt(const std::string& /*path*/) const override { return {}; }
 };
 

@@ -21,12 +21,17 @@ class SimulatedCatalog final : public ApplicationCatalog {
       {"com.obsproject.obs-studio", "OBS Studio", "camera-video", "/usr/share/applications/obs.desktop"},
   };
   std::map<std::string, InstalledApplication> elsewhere; // by path
+  std::map<std::string, std::string> names;              // of keys, installed or not
 
   std::vector<InstalledApplication> installedApplications() const override { return applications; }
   std::optional<InstalledApplication> applicationForKey(const std::string& key) const override {
     const auto found = std::find_if(applications.begin(), applications.end(),
                                     [&](const InstalledApplication& each) { return each.key == key; });
     return found == applications.end() ? std::nullopt : std::optional(*found);
+  }
+  std::optional<std::string> knownName(const std::string& key) const override {
+    const auto found = names.find(key);
+    return found == names.end() ? std::nullopt : std::optional(found->second);
   }
   std::optional<InstalledApplication> applicationAt(const std::string& path) const override {
     const auto found = elsewhere.find(path);

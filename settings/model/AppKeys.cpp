@@ -14,7 +14,7 @@ std::string shownName(const InstalledApplication& application) {
 
 std::string displayNameForKey(const ApplicationCatalog& catalog, const std::string& key) {
   const auto application = catalog.applicationForKey(key);
-  return application ? shownName(*application) : key;
+  return application ? shownName(*application) : catalog.knownName(key).value_or(key);
 }
 
 std::string iconForKey(const ApplicationCatalog& catalog, const std::string& key) {

@@ -7,7 +7,8 @@
 
 namespace vantle {
 
-// The name as the desktop shows it, without a trailing ".app"; the key itself when no such app is installed.
+// The name as the desktop shows it, without a trailing ".app". When no such app is installed, the name that
+// the platform knows for the key, else the key itself.
 std::string displayNameForKey(const ApplicationCatalog& catalog, const std::string& key);
 
 // Empty when no such app is installed, or it has no icon.

@@ -146,14 +146,14 @@ TEST_F(SettingsOnADesktop, EveryChoiceIsOnDiskAtOnceAndReadByTheNextStart) {
       {"Games launched with CrossOver, Wine", "detectCrossOver"},
       {"Minecraft, Java Edition", "detectMinecraft"},
       {"Steam games, steamapps folder", "detectSteam"},
-      {"Apps in the “Games” category, App Store", "detectGamesCategory"}};
+      {"Apps in the “Games” category, app menu", "detectGamesCategory"}};
   for (const auto& [label, key] : switches) {
     click(label);
     EXPECT_TRUE(becomes(key, false, true)) << label;
   }
   click("Games that ask for GameMode, gamemoderun");
   EXPECT_TRUE(becomes("detectGameMode", true));
-  click("Remove com.apple.Music");
+  click("Remove Music");
   EXPECT_TRUE(waitUntil([&] { return onDisk<Keys>("protectedApps").size() == 5; }));
   click("Quit the apps I mark as quittable");
   EXPECT_TRUE(becomes<std::string>("ramAction", "quitMarked"));

@@ -153,7 +153,7 @@ TEST_F(Shell, AlwaysBoostShowsInThePanelAndInTheOpenSettings) {
   openPanel();
   click("Settings");
   desktop.waitForWindowTitled("Vantle Settings");
-  ASSERT_TRUE(becomesShown("None yet. Add an app here, or use “Always boost” in the menu bar panel."));
+  ASSERT_TRUE(becomesShown("None yet. Add an app here, or use “Always boost” in the panel."));
   desktop.activate(appOf("Editor"));
   openPanel();
   click("Always boost Editor");

@@ -91,7 +91,8 @@ bool draw(const State& state, AppearanceMode mode, AccentTheme accent, const QSt
   SampleDesktop sample;
   state.prepare(machine, engine, sample);
   PanelController panel(
-      engine, {settings, desktop->icons(), desktop->heap()}, desktop->panelSurface(), [] {}, [] {});
+      engine, {settings, desktop->icons(), desktop->heap(), desktop->words()}, desktop->panelSurface(), [] {},
+      [] {});
   bool shown = false;
   QObject::connect(&panel, &PanelController::opened, &panel, [&shown] { shown = true; });
   panel.show();

@@ -105,7 +105,7 @@ class Stage {
                         {}};
 
  private:
-  LookEngine m_views{settings, m_desktop->icons()};
+  LookEngine m_views{settings, m_desktop->icons(), m_desktop->words()};
   std::optional<SettingsWindow> m_window;
 };
 

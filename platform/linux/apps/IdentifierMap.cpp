@@ -35,6 +35,16 @@ constexpr std::array editions{
     Edition{"com.codeweavers.crossover", "com.codeweavers.CrossOver"},
 };
 
+using KnownName = std::pair<std::string_view, std::string_view>;
+constexpr std::array knownNames{
+    KnownName{"com.spotify.client", "Spotify"},
+    KnownName{"com.apple.Music", "Music"},
+    KnownName{"com.hnc.Discord", "Discord"},
+    KnownName{"com.obsproject.obs-studio", "OBS Studio"},
+    KnownName{"com.codeweavers.CrossOver", "CrossOver"},
+    KnownName{"com.mojang.minecraftlauncher", "Minecraft Launcher"},
+};
+
 std::string editionOf(std::string_view desktopId) {
   const auto* const found = std::find_if(editions.begin(), editions.end(),
                                          [&](const Edition& edition) { return edition.first == desktopId; });
@@ -62,6 +72,12 @@ std::optional<std::string> bundleIdentifierOf(const AppEvidence& evidence, const
   if (const auto identifier = systemIdentifierOfAny({evidence.program, evidence.executable}))
     return std::string(*identifier);
   return entry == nullptr ? std::nullopt : std::optional(bundleIdentifierOf(*entry));
+}
+
+std::optional<std::string> nameOfIdentifier(std::string_view identifier) {
+  const auto* const found = std::find_if(knownNames.begin(), knownNames.end(),
+                                         [&](const KnownName& known) { return known.first == identifier; });
+  return found == knownNames.end() ? std::nullopt : std::optional(std::string(found->second));
 }
 
 } // namespace vantle

@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace vantle {
 
@@ -18,5 +19,9 @@ std::string bundleIdentifierOf(const DesktopEntry& entry);
 // The same for a process, of which the program that runs says more than the desktop file (null: there is
 // none).
 std::optional<std::string> bundleIdentifierOf(const AppEvidence& evidence, const DesktopEntry* entry);
+
+// What people call an app that Vantle's own lists know by an identifier that tells nothing here
+// ("com.apple.Music" is "Music"). Absent for any other.
+std::optional<std::string> nameOfIdentifier(std::string_view identifier);
 
 } // namespace vantle

@@ -55,6 +55,10 @@ std::optional<InstalledApplication> DesktopCatalog::applicationForKey(const std:
   return hidden != nullptr ? std::optional(described(*hidden)) : std::nullopt;
 }
 
+std::optional<std::string> DesktopCatalog::knownName(const std::string& key) const {
+  return nameOfIdentifier(key);
+}
+
 std::optional<InstalledApplication> DesktopCatalog::applicationAt(const std::string& path) const {
   const std::filesystem::path file(path);
   if (file.extension() != ".desktop") return std::nullopt;

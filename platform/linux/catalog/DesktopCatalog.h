@@ -17,6 +17,7 @@ class DesktopCatalog final : public ApplicationCatalog {
 
   std::vector<InstalledApplication> installedApplications() const override;
   std::optional<InstalledApplication> applicationForKey(const std::string& key) const override;
+  std::optional<std::string> knownName(const std::string& key) const override;
   std::optional<InstalledApplication> applicationAt(const std::string& path) const override;
 
  private:

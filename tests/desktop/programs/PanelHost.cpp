@@ -49,7 +49,8 @@ int main(int argc, char** argv) {
   Engine engine(machine.ports(), settings);
   const SampleDesktop sample = openSampleDesktop(machine);
   PanelController panel(
-      engine, {settings, desktop->icons(), desktop->heap()}, desktop->panelSurface(), [] { say("settings"); },
+      engine, {settings, desktop->icons(), desktop->heap(), desktop->words()}, desktop->panelSurface(),
+      [] { say("settings"); },
       [] {
         say("quit");
         QCoreApplication::quit();

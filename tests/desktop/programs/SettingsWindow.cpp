@@ -136,7 +136,7 @@ class Program {
   DesktopCatalog m_catalog{std::make_shared<DesktopEntries>(m_folders.allData())};
   SettingsWindowController m_controller{
       {m_engine, m_settings, m_checker, m_login, m_catalog, m_parts->shellExtension()},
-      {m_settings, m_parts->icons(), m_parts->heap()}};
+      {m_settings, m_parts->icons(), m_parts->heap(), m_parts->words()}};
 
   Machine ports() {
     const Machine all = m_machine.ports();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/catalog/DesktopCatalog.h"
 
+#include "engine/AppSettings.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>
@@ -43,6 +44,14 @@ TEST_F(DesktopCatalogTest, LinuxEditionGoesByTheIdentifierOfTheBuiltInLists) {
   EXPECT_THAT(keys(), testing::ElementsAre("com.spotify.client"));
   ASSERT_TRUE(catalog.applicationForKey("com.spotify.client"));
   EXPECT_EQ(catalog.applicationForKey("com.spotify.client")->path, path);
+}
+
+TEST_F(DesktopCatalogTest, KnowsTheNamesOfWhatIsProtectedFromTheStart) {
+  std::vector<std::string> names;
+  for (const std::string& key : defaultProtectedApps()) names.push_back(catalog.knownName(key).value_or(key));
+  EXPECT_THAT(names, testing::ElementsAre("Spotify", "Music", "Discord", "OBS Studio", "CrossOver",
+                                          "Minecraft Launcher"));
+  EXPECT_FALSE(catalog.knownName("org.example.Editor"));
 }
 
 TEST_F(DesktopCatalogTest, EachKeyOnce) {

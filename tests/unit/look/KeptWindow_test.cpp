@@ -47,7 +47,7 @@ class Kept : public testing::Test {
   AppSettings settings{defaults};
   PlainIcons icons;
   CountedHeap heap;
-  CountedWindow window{{settings, icons, heap}};
+  CountedWindow window{{settings, icons, heap, linuxWords}};
 };
 
 TEST_F(Kept, WindowIsMadeWhenItIsFirstOpenedAndGoneAWhileAfterItWasClosed) {

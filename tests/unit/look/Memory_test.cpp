@@ -28,10 +28,10 @@ class Engines : public ::testing::Test {
 };
 
 TEST_F(Engines, OneGoesWithoutTheOther) {
-  const auto window = std::make_unique<LookEngine>(settings, icons);
+  const auto window = std::make_unique<LookEngine>(settings, icons, linuxWords);
   EXPECT_TRUE(draws(*window));
   {
-    LookEngine panel(settings, icons);
+    LookEngine panel(settings, icons, linuxWords);
     EXPECT_TRUE(draws(panel));
   }
   giveMemoryBack(heap);
@@ -41,7 +41,7 @@ TEST_F(Engines, OneGoesWithoutTheOther) {
 TEST_F(Engines, ANewOneKnowsEverythingAfterTheLastHasGone) {
   for (int times = 0; times < 3; ++times) {
     {
-      LookEngine engine(settings, icons);
+      LookEngine engine(settings, icons, linuxWords);
       EXPECT_TRUE(draws(engine));
     }
     giveMemoryBack(heap);
@@ -53,7 +53,7 @@ TEST_F(Engines, TakeTheToolkitsFontsWithThemWhenTheLastGoes) {
   const auto connection = QObject::connect(qGuiApp, &QGuiApplication::fontDatabaseChanged, qGuiApp,
                                            [&forgotten] { ++forgotten; });
   {
-    LookEngine engine(settings, icons);
+    LookEngine engine(settings, icons, linuxWords);
     EXPECT_TRUE(draws(engine));
     giveMemoryBack(heap);
     EXPECT_EQ(forgotten, 0) << "they are in use";

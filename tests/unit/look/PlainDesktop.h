@@ -5,6 +5,7 @@
 #include "look/ports/ColorScheme.h"
 #include "look/ports/Heap.h"
 #include "look/ports/IconTheme.h"
+#include "look/ports/LinuxWords.h"
 
 #include <utility>
 

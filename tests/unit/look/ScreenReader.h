@@ -3,11 +3,18 @@
 
 #include <QAccessible>
 #include <QWindow>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <set>
 #include <string>
 
 namespace vantle {
+
+// A line in which nothing is called by a name that it has on a Mac alone.
+inline auto ofNoMac() {
+  using testing::HasSubstr;
+  return testing::Not(testing::AnyOf(HasSubstr("Mac"), HasSubstr("App Store"), HasSubstr("menu bar")));
+}
 
 // What a screen reader is told about a window: a line "ROLE: NAME, STATE …" for everything that is seen in
 // it. Whatever the keyboard can reach and has no name fails the test.

@@ -29,7 +29,7 @@ class Views : public ::testing::Test {
   AppSettings settings{defaults};
   PlainScheme scheme;
   PlainIcons icons;
-  LookEngine engine{settings, icons};
+  LookEngine engine{settings, icons, linuxWords};
 };
 
 TEST_F(Views, EachOneCanBeMade) {

@@ -9,6 +9,7 @@ namespace vantle {
 namespace {
 
 using ::testing::Contains;
+using ::testing::Each;
 using ::testing::IsSupersetOf;
 using ::testing::Not;
 
@@ -85,6 +86,23 @@ TEST_F(PanelAccessibility, AScreenReaderPressesAndSwitches) {
   EXPECT_THAT(told(), Contains("switch: Start Boost automatically"));
   press("Settings", QAccessibleActionInterface::pressAction());
   EXPECT_EQ(settingsOpened, 1);
+}
+
+class PanelOnLinux : public PanelFixture {
+ protected:
+  PanelOnLinux() : PanelFixture(linuxWords) {}
+
+  ScreenReader reader;
+};
+
+TEST_F(PanelOnLinux, SpeaksOfAComputer) {
+  const SampleDesktop desktop = openSampleDesktop(machine);
+  open();
+  const std::set<std::string> idle = ScreenReader::linesOf(panel.window());
+  EXPECT_THAT(idle, Contains("heading: Your computer"));
+  EXPECT_THAT(idle, Each(ofNoMac()));
+  machine.activate(desktop.game);
+  EXPECT_THAT(ScreenReader::linesOf(panel.window()), Each(ofNoMac()));
 }
 
 } // namespace

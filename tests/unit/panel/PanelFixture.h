@@ -2,6 +2,7 @@
 #pragma once
 
 #include "engine/Engine.h"
+#include "look/ports/MacWords.h"
 #include "panel/PanelController.h"
 #include "panel/PanelWindow.h"
 #include "platform/simulated/SampleDesktop.h"
@@ -32,6 +33,9 @@ class PlainSurface final : public PanelSurface {
 // A simulated desktop with an engine and a panel on it.
 class PanelFixture : public ::testing::Test {
  protected:
+  explicit PanelFixture(const PlaceWords& placeWords = macWords) : words(placeWords) {}
+
+  const PlaceWords& words;
   SimulatedMachine machine;
   AppSettings settings{machine.defaults};
   Engine engine{machine.ports(), settings};
@@ -41,7 +45,7 @@ class PanelFixture : public ::testing::Test {
   CountedHeap heap;
   PlainSurface surface;
   PanelController panel{
-      engine, {settings, icons, heap}, surface, [this] { ++settingsOpened; }, [this] { ++quits; }};
+      engine, {settings, icons, heap, words}, surface, [this] { ++settingsOpened; }, [this] { ++quits; }};
 
   static bool until(const std::function<bool()>& holds) {
     const QDeadlineTimer guard(20'000);

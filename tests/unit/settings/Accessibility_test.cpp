@@ -2,6 +2,7 @@
 // What a screen reader is told about the window.
 #include "settings/SettingsWindow.h"
 
+#include "look/ports/MacWords.h"
 #include "platform/simulated/SimulatedMachine.h"
 #include "tests/unit/look/PlainDesktop.h"
 #include "tests/unit/look/ScreenReader.h"
@@ -19,11 +20,15 @@ namespace vantle {
 
 namespace {
 
+using testing::Contains;
+using testing::Each;
 using testing::IsSupersetOf;
 
 class Accessibility : public testing::Test {
  protected:
-  Accessibility() { window.show(); }
+  explicit Accessibility(const PlaceWords& placeWords = macWords) : views(settings, icons, placeWords) {
+    window.show();
+  }
 
   std::set<std::string> told() { return ScreenReader::linesOf(&view()); }
   std::set<std::string> toldOn(Pane pane) {
@@ -48,7 +53,7 @@ class Accessibility : public testing::Test {
   SimulatedCatalog catalog;
   ScriptedExtension extension{ShellExtension::State::out};
   PlainIcons icons;
-  LookEngine views{settings, icons};
+  LookEngine views;
   SettingsWindow window{views, {engine, settings, checker, login, catalog, extension}, {}, [] {}};
 };
 
@@ -154,6 +159,26 @@ TEST_F(Accessibility, AboutPane) {
                   "text: Boost moves other apps to the efficiency cores while you work or play, and "
                   "puts everything back when you stop. Vantle never quits anything unless you "
                   "allow it."}));
+}
+
+class OnLinux : public Accessibility {
+ protected:
+  OnLinux() : Accessibility(linuxWords) {}
+};
+
+TEST_F(OnLinux, NoPaneSpeaksOfAMac) {
+  EXPECT_THAT(
+      toldOn(Pane::boost),
+      IsSupersetOf({"text: None yet. Add an app here, or use “Always boost” in the panel.",
+                    "switch: Apps in the “Games” category, app menu, checked",
+                    "text: Also protected automatically: apps playing audio, downloading or keeping the "
+                    "computer awake, and system processes."}));
+  EXPECT_THAT(toldOn(Pane::about),
+              Contains("text: Boost moves other apps to the background while you work or play, and puts "
+                       "everything back when you stop. Vantle never quits anything unless you allow it."));
+  for (const Pane each : allPanes) EXPECT_THAT(toldOn(each), Each(ofNoMac())) << titleOf(each);
+  model().picker()->openFor(model().boost()->userGames());
+  EXPECT_THAT(told(), Each(ofNoMac()));
 }
 
 TEST_F(Accessibility, PickerIsADialog) {

@@ -311,6 +311,13 @@ TEST(KeyOfAnApp, IsShownAsNameAndIconOrAsItself) {
   EXPECT_EQ(iconForKey(catalog, "Not installed.app"), "");
 }
 
+TEST(KeyOfAnApp, GoesByTheNameThatThePlatformKnowsWhenItIsNotInstalled) {
+  SimulatedCatalog catalog;
+  catalog.names = {{"com.apple.Music", "Music"}, {"com.spotify.client", "Another"}};
+  EXPECT_EQ(displayNameForKey(catalog, "com.apple.Music"), "Music");
+  EXPECT_EQ(displayNameForKey(catalog, "com.spotify.client"), "Spotify");
+}
+
 TEST(ShownName, LosesExactlyTheBundleEnding) {
   const auto shown = [](const char* name) { return shownName({"key", name, "", ""}); };
   EXPECT_EQ(shown("Mail.app"), "Mail");

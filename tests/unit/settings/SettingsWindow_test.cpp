@@ -32,7 +32,7 @@ class SettingsWindowTest : public testing::Test {
   SimulatedCatalog catalog;
   ScriptedExtension extension;
   PlainIcons icons;
-  LookEngine views{settings, icons};
+  LookEngine views{settings, icons, linuxWords};
 };
 
 TEST_F(SettingsWindowTest, ComesBackWhereItWasButNeverOutOfSight) {
