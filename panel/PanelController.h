@@ -24,8 +24,8 @@ class PanelController : public KeptWindow {
                   std::function<void()> openSettings, std::function<void()> quit);
   ~PanelController() override;
 
-  // Beside the anchor, in device-independent screen coordinates; without one in the corner of the screen
-  // where trays usually are. Opening an open panel moves it.
+  // Beside the anchor, in device-independent screen coordinates; without one at the end of the bar where a
+  // tray most likely is. Opening an open panel moves it.
   void show(std::optional<QRect> anchor = std::nullopt);
   void toggle(std::optional<QRect> anchor = std::nullopt);
   void close();

@@ -11,4 +11,12 @@ namespace vantle {
 // that bars leave free, as far as it fits. All in one coordinate system.
 QRect panelPlace(const QRect& anchor, const QSize& panel, const QRect& screen, const QRect& available);
 
+// Where the tray's icon most likely is when nobody tells: at the right end of the bar at the top, else of the
+// one at the bottom, else at the lower end of the one at a side; in the upper right corner where no bar is.
+QRect likelyIcon(const QRect& screen, const QRect& available);
+
+// Where the icon most likely is whose menu the pointer has just left: as far along as the pointer, in the bar
+// that is nearest to it. The pointer itself where no bar takes any room.
+QRect iconNear(const QPoint& pointer, const QRect& screen, const QRect& available);
+
 } // namespace vantle

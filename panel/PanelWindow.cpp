@@ -113,7 +113,7 @@ QScreen* PanelWindow::screenOfAnchor() const {
 // The anchor, or where trays usually are; also when the anchor's screen is gone.
 QRect PanelWindow::anchorOn(const QScreen& screen) const {
   if (m_anchor && screen.geometry().contains(m_anchor->center())) return *m_anchor;
-  return {screen.availableGeometry().topRight(), QSize(1, 1)};
+  return likelyIcon(screen.geometry(), screen.availableGeometry());
 }
 
 void PanelWindow::place() {

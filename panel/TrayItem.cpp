@@ -5,6 +5,10 @@
 #include "look/SymbolDrawing.h"
 #include "panel/DisplayText.h"
 #include "panel/PanelController.h"
+#include "panel/PanelPlacement.h"
+
+#include <QGuiApplication>
+#include <QScreen>
 
 namespace vantle {
 namespace {
@@ -37,10 +41,17 @@ TrayActions TrayItem::actions() {
                 m_lastPlace = place;
                 m_panel.toggle(place);
               },
-          .menu = {{QStringLiteral("Open Vantle"), [this] { m_panel.show(m_lastPlace); }},
-                   {QStringLiteral("Settings"), [this] { m_panel.openSettings(); }},
+          .menu = {{QStringLiteral("Open Vantle"), [this](auto pointer) { showFromMenu(pointer); }},
+                   {QStringLiteral("Settings"), [this](auto) { m_panel.openSettings(); }},
                    {},
-                   {QStringLiteral("Quit Vantle"), [this] { m_panel.quit(); }}}};
+                   {QStringLiteral("Quit Vantle"), [this](auto) { m_panel.quit(); }}}};
+}
+
+// The pointer knows better than the last click, since which the bar may have moved.
+void TrayItem::showFromMenu(std::optional<QPoint> pointer) {
+  const QScreen* screen = pointer ? QGuiApplication::screenAt(*pointer) : nullptr;
+  if (screen == nullptr) return m_panel.show(m_lastPlace);
+  m_panel.show(iconNear(*pointer, screen->geometry(), screen->availableGeometry()));
 }
 
 void TrayItem::update() {

@@ -24,6 +24,7 @@ class TrayItem {
 
  private:
   TrayActions actions();
+  void showFromMenu(std::optional<QPoint> pointer);
   void update();
 
   Engine& m_engine;

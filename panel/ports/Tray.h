@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QImage>
+#include <QPoint>
 #include <QRect>
 #include <QString>
 #include <functional>
@@ -23,7 +24,8 @@ struct TrayFace {
 struct TrayActions {
   struct Entry {
     QString label; // empty for a line between entries
-    std::function<void()> chosen;
+    // Where the pointer was then, in device-independent screen coordinates; absent where nobody is told.
+    std::function<void(std::optional<QPoint> pointer)> chosen;
   };
 
   // Where the icon is, in device-independent screen coordinates; absent when the tray does not know.

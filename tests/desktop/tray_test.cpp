@@ -11,6 +11,7 @@
 #include "tests/support/XfceTray.h"
 
 #include <csignal>
+#include <cstdlib>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <memory>
@@ -147,6 +148,37 @@ TEST_F(Tray, ThePanelIsInNoTaskBarAndNoPager) {
     ASSERT_TRUE(desktop.run({"xdotool", "key", "Escape"}));
     ASSERT_TRUE(waitUntil([&] { return countOf("closed") == round; }));
   }
+}
+
+const std::vector<std::string> barAtTheBottom{
+    "trayer",  "--edge",  "bottom", "--align",           "left", "--height", "30", "--widthtype",
+    "percent", "--width", "100",    "--SetPartialStrut", "true"};
+
+TEST_F(Tray, AnAppMenuOpensThePanelOverABarAtTheBottom) {
+  desktop.launch(barAtTheBottom);
+  startHost();
+  desktop.waitForBusName("com.halvo.vantle");
+  ASSERT_TRUE(desktop.callApplication("Activate"));
+  std::vector<int> place;
+  EXPECT_TRUE(waitUntil([&] {
+    place = lastPlace();
+    return place.size() == 4 && place[0] + place[2] == 1276 && place[1] + place[3] == 766;
+  })) << testing::PrintToString(place);
+}
+
+TEST_F(Tray, ItsMenuOpensThePanelWhereThePointerIs) {
+  desktop.launch(barAtTheBottom);
+  startHost();
+  const std::string item = "org.kde.StatusNotifierItem-" + std::to_string(m_host->pid()) + "-1";
+  desktop.waitForBusName(item);
+  ASSERT_TRUE(desktop.run({"xdotool", "mousemove", "--sync", "500", "690"}));
+  ASSERT_TRUE(desktop.run({"gdbus", "call", "--session", "--dest", item, "--object-path", "/MenuBar",
+                           "--method", "com.canonical.dbusmenu.Event", "1", "clicked", "<0>", "0"}));
+  std::vector<int> place;
+  EXPECT_TRUE(waitUntil([&] {
+    place = lastPlace();
+    return place.size() == 4 && std::abs(place[0] + place[2] / 2 - 500) <= 1 && place[1] + place[3] == 766;
+  })) << testing::PrintToString(place);
 }
 
 struct OwnBus {

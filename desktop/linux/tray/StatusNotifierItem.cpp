@@ -66,7 +66,9 @@ StatusNotifierItem::StatusNotifierItem(SessionBus& bus, std::vector<TrayActions:
 std::vector<TrayActions::Entry> StatusNotifierItem::withToken(std::vector<TrayActions::Entry> menu) {
   for (TrayActions::Entry& entry : menu) {
     if (!entry.chosen) continue;
-    entry.chosen = [this, chosen = std::move(entry.chosen)] { m_token.during(chosen); };
+    entry.chosen = [this, chosen = std::move(entry.chosen)](auto pointer) {
+      m_token.during([&] { chosen(pointer); });
+    };
   }
   return menu;
 }

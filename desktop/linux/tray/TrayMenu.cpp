@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "desktop/linux/tray/TrayMenu.h"
 
+#include <QCursor>
+#include <QGuiApplication>
 #include <utility>
 
 namespace vantle {
@@ -8,6 +10,12 @@ namespace {
 
 constexpr int root = 0;      // its id; the entries follow
 constexpr uint revision = 1; // of the layout
+
+// The tray does not say where its menu was. Only an X server tells where the pointer is.
+std::optional<QPoint> pointer() {
+  if (QGuiApplication::platformName() != QLatin1String("xcb")) return std::nullopt;
+  return QCursor::pos();
+}
 
 } // namespace
 
@@ -62,7 +70,7 @@ void TrayMenu::Event(int id, const QString& eventId, const QDBusVariant&, uint) 
 void TrayMenu::act() const {
   if (m_clicked == root || !ids().contains(m_clicked)) return;
   const TrayActions::Entry& entry = m_entries[static_cast<std::size_t>(m_clicked - root - 1)];
-  if (entry.chosen) entry.chosen();
+  if (entry.chosen) entry.chosen(pointer());
 }
 
 QList<int> TrayMenu::EventGroup(const QList<MenuEvent>& events) {

@@ -42,5 +42,34 @@ TEST(Placement, PutsAnAnchorOfAnotherScreenWithinThisOne) {
   EXPECT_TRUE(screen.contains(panelPlace({5000, 5000, 22, 22}, panel, screen, screen)));
 }
 
+TEST(LikelyIcon, IsAtTheEndOfTheBar) {
+  const QRect right(1280, 0, 1280, 800); // a second screen
+  EXPECT_EQ(likelyIcon(screen, screen), QRect(1279, 0, 1, 1));
+  EXPECT_EQ(likelyIcon(right, right.adjusted(0, 30, 0, 0)), QRect(2559, 30, 1, 1));
+  EXPECT_EQ(likelyIcon(right, right.adjusted(0, 0, 0, -30)), QRect(2559, 799, 1, 1));
+  EXPECT_EQ(likelyIcon(screen, screen.adjusted(40, 0, 0, 0)), QRect(0, 799, 1, 1));
+  EXPECT_EQ(likelyIcon(screen, screen.adjusted(0, 0, -40, 0)), QRect(1279, 799, 1, 1));
+  EXPECT_EQ(likelyIcon(screen, screen.adjusted(40, 30, 0, -60)), QRect(1279, 30, 1, 1)) << "the top is first";
+  EXPECT_EQ(likelyIcon(screen, screen.adjusted(40, 0, 0, -60)), QRect(1279, 799, 1, 1)) << "then the bottom";
+}
+
+TEST(LikelyIcon, HasThePanelInItsCorner) {
+  const auto placed = [](const QRect& available) {
+    return panelPlace(likelyIcon(screen, available), panel, screen, available);
+  };
+  EXPECT_EQ(placed(screen.adjusted(0, 0, 0, -30)), QRect(916, 266, 360, 500));
+  EXPECT_EQ(placed(screen.adjusted(40, 0, 0, 0)), QRect(44, 296, 360, 500));
+  EXPECT_EQ(placed(screen.adjusted(0, 0, -40, 0)), QRect(876, 296, 360, 500));
+}
+
+TEST(IconNear, IsInTheNearestBar) {
+  const QPoint pointer(1000, 700);
+  EXPECT_EQ(iconNear(pointer, screen, screen), QRect(1000, 700, 1, 1));
+  EXPECT_EQ(iconNear(pointer, screen, screen.adjusted(0, 30, 0, 0)), QRect(1000, 0, 1, 1));
+  EXPECT_EQ(iconNear(pointer, screen, screen.adjusted(0, 30, 0, -60)), QRect(1000, 799, 1, 1));
+  EXPECT_EQ(iconNear(pointer, screen, screen.adjusted(40, 0, 0, 0)), QRect(0, 700, 1, 1));
+  EXPECT_EQ(iconNear(pointer, screen, screen.adjusted(40, 0, -40, 0)), QRect(1279, 700, 1, 1));
+}
+
 } // namespace
 } // namespace vantle
