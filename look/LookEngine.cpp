@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "look/LookEngine.h"
 
+#include "look/ProgramIcon.h"
 #include "look/Resources.h"
 #include "look/TypeRegistrations.h"
 
 #include <QFontDatabase>
+#include <QGuiApplication>
 #include <QPixmapCache>
 #include <QQuickWindow>
 
@@ -30,10 +32,12 @@ LookEngine::LookEngine(AppSettings& settings, IconTheme& icons, const PlaceWords
   addImportPath(QStringLiteral("qrc:/qt/qml"));
   QPixmapCache::setCacheLimit(pixmapCacheKilobytes);
   icons.choose();
+  if (livingEngines == 1) QGuiApplication::setWindowIcon(programIcon());
 }
 
 LookEngine::~LookEngine() {
   if (--livingEngines > 0) return;
+  QGuiApplication::setWindowIcon({}); // no window, no pictures
   forgetTypes();
   trimComponentCache(); // frees the property tables that only the types held
 }

@@ -10,7 +10,10 @@
 void qml_register_types_Vantle_Look();
 
 // The resource macro needs a function outside every namespace.
-static void initSymbols() { Q_INIT_RESOURCE(symbols); }
+static void initSymbols() {
+  Q_INIT_RESOURCE(symbols);
+  Q_INIT_RESOURCE(program_icon);
+}
 static void initViews() {
   Q_INIT_RESOURCE(qmake_Vantle_Look);
   Q_INIT_RESOURCE(vantle_look_raw_qml_0);

@@ -191,5 +191,25 @@ TEST_F(Shell, AScreenReaderFindsEverythingThatCanBeReachedAndPresses) {
   }
 }
 
+// A value of the desktop file, wherever in it.
+std::string inDesktopFile(const std::string& key) {
+  std::ifstream file(VANTLE_DESKTOP_FILE);
+  for (std::string line; std::getline(file, line);) {
+    if (line.starts_with(key + "=")) return line.substr(key.size() + 1);
+  }
+  return {};
+}
+
+TEST_F(Shell, ItsWindowsBelongToItsDesktopFileAndHaveItsIcon) {
+  startVantle();
+  ASSERT_EQ(inDesktopFile("Actions"), "settings;quit;");
+  ASSERT_TRUE(desktop.callApplication("ActivateAction", {"settings", "[]", "{}"}));
+  const auto window = desktop.waitForWindowTitled("Vantle Settings");
+  EXPECT_EQ(desktop.windows().classOf(window.id), inDesktopFile("StartupWMClass"));
+  EXPECT_EQ(desktop.windows().iconSides(window.id), (std::vector<int>{16, 24, 32, 48, 64, 128}));
+  ASSERT_TRUE(desktop.callApplication("ActivateAction", {"quit", "[]", "{}"}));
+  EXPECT_EQ(m_vantle->exitStatus(), 0);
+}
+
 } // namespace
 } // namespace vantle::desktop

@@ -39,7 +39,7 @@ XWindows::~XWindows() { xcb_disconnect(m_connection); }
 std::uint32_t XWindows::atom(const char* name) { return internAtom(m_connection, name); }
 
 std::vector<std::uint32_t> XWindows::property(std::uint32_t window, const char* name) {
-  const auto cookie = xcb_get_property(m_connection, 0, window, atom(name), XCB_ATOM_ANY, 0, 10'000);
+  const auto cookie = xcb_get_property(m_connection, 0, window, atom(name), XCB_ATOM_ANY, 0, 100'000);
   const Freed reply(xcb_get_property_reply(m_connection, cookie, nullptr));
   if (!reply || reply->format != 32) return {};
   const auto* values = static_cast<const std::uint32_t*>(xcb_get_property_value(reply.value));
@@ -104,6 +104,25 @@ std::vector<std::string> XWindows::states(std::uint32_t window) {
     names.emplace_back(xcb_get_atom_name_name(reply.value), length);
   }
   return names;
+}
+
+std::string XWindows::classOf(std::uint32_t window) {
+  const auto cookie =
+      xcb_get_property(m_connection, 0, window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, 0, 10'000);
+  const Freed reply(xcb_get_property_reply(m_connection, cookie, nullptr));
+  if (!reply) return {};
+  const std::string both(static_cast<const char*>(xcb_get_property_value(reply.value)),
+                         static_cast<std::size_t>(xcb_get_property_value_length(reply.value)));
+  const std::size_t end = both.find('\0');
+  return end == std::string::npos ? std::string() : both.substr(end + 1).c_str();
+}
+
+std::vector<int> XWindows::iconSides(std::uint32_t window) {
+  const std::vector<std::uint32_t> values = property(window, "_NET_WM_ICON");
+  std::vector<int> sides;
+  for (std::size_t at = 0; at + 2 < values.size(); at += 2 + std::size_t{values[at]} * values[at + 1])
+    sides.push_back(static_cast<int>(values[at]));
+  return sides;
 }
 
 bool XWindows::hasWindowManager() {

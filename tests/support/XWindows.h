@@ -33,7 +33,9 @@ class XWindows {
   std::uint32_t active(); // 0 for none
   // What the window asks of the window manager or has been given (_NET_WM_STATE), by name.
   std::vector<std::string> states(std::uint32_t window);
-  std::uint32_t pixel(int x, int y); // of the screen, as 0xRRGGBB
+  std::string classOf(std::uint32_t window);        // the second word of WM_CLASS
+  std::vector<int> iconSides(std::uint32_t window); // in pixels, of the pictures that it offers
+  std::uint32_t pixel(int x, int y);                // of the screen, as 0xRRGGBB
   // Asks the window manager, as a click on a task bar does.
   void activate(std::uint32_t window);
   void minimise(std::uint32_t window);
