@@ -90,6 +90,27 @@ TEST_F(Tray, AnOlderTrayEmbedsTheIconAlsoWhenItComesLate) {
   EXPECT_TRUE(clickUntilOpened(1));
 }
 
+TEST_F(Tray, InAnOlderTrayTheWheelAndTheMiddleButtonOpenNothing) {
+  startHost();
+  desktop.launch({"trayer", "--edge", "top", "--align", "left", "--height", "30", "--widthtype", "request"});
+  // What is asked of the icon after a click is seen only after the click.
+  const auto changesWith = [this](const char* state, std::chrono::milliseconds limit) {
+    const auto pixel = [this] { return desktop.windows().pixel(XfceTray::iconX, XfceTray::iconY); };
+    const std::uint32_t before = pixel();
+    return tells(state) && waitUntil([&] { return pixel() != before; }, limit);
+  };
+  const std::chrono::milliseconds patience(1500);
+  require("the icon", [&] { return changesWith("boost", patience) && changesWith("stop", patience); });
+  for (const char* button : {"2", "4", "5"})
+    ASSERT_TRUE(desktop.run({"xdotool", "mousemove", iconX, iconY, "click", button}));
+  // Once for the clicks themselves, and once for what they would lead to.
+  ASSERT_TRUE(changesWith("boost", guardLimit) && changesWith("stop", guardLimit));
+  ASSERT_TRUE(tells("boost"));
+  EXPECT_EQ(countOf("opened ") + countOf("closed"), 0);
+  ASSERT_TRUE(desktop.run({"xdotool", "mousemove", iconX, iconY, "click", "3"}));
+  EXPECT_TRUE(waitUntil([this] { return countOf("opened ") == 1; }));
+}
+
 TEST_F(Tray, ASecondTrayOfTheNewerKindTakesTheIconOver) {
   startHost();
   desktop.launch(

@@ -201,9 +201,11 @@ void XEmbedIcon::handle(const xcb_generic_event_t& event) {
   case XCB_EXPOSE:
     m_isPaintWanted = true;
     break;
-  case XCB_BUTTON_RELEASE:
-    m_isClicked = true;
+  case XCB_BUTTON_RELEASE: {
+    const xcb_button_t button = reinterpret_cast<const xcb_button_release_event_t&>(event).detail;
+    if (button == XCB_BUTTON_INDEX_1 || button == XCB_BUTTON_INDEX_3) m_isClicked = true; // not the wheel
     break;
+  }
   default:
     break;
   }
