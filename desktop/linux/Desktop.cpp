@@ -28,7 +28,7 @@ std::unique_ptr<PanelSurface> makePanelSurface(EventLoop& loop) {
 class FreeDesktop final : public Desktop {
  public:
   explicit FreeDesktop(EventLoop& loop)
-      : m_tray(loop, m_bus, m_scheme), m_panelSurface(makePanelSurface(loop)) {}
+      : m_manager(loop), m_tray(loop, m_bus, m_scheme), m_panelSurface(makePanelSurface(loop)) {}
 
   ColorScheme& scheme() override { return m_scheme; }
   IconTheme& icons() override { return m_icons; }
@@ -42,8 +42,9 @@ class FreeDesktop final : public Desktop {
 
  private:
   SessionBus m_bus;
-  DesktopScheme m_scheme{m_bus};
-  ThemedIcons m_icons;
+  SettingsManager m_manager;
+  DesktopScheme m_scheme{m_bus, m_manager};
+  ThemedIcons m_icons{m_manager};
   GlibcHeap m_heap;
   DesktopTray m_tray;
   std::unique_ptr<PanelSurface> m_panelSurface;

@@ -17,7 +17,11 @@ void ThemedIcons::choose() {
     if (!paths.contains(icons) && QFileInfo(icons).isDir()) paths.append(icons);
   }
   QIcon::setThemeSearchPaths(paths);
-  if (QIcon::themeName().isEmpty() || QIcon::themeName() == QLatin1String("hicolor")) {
+  const auto& texts = m_manager.published().texts;
+  const auto published = texts.find("Net/IconThemeName");
+  if (published != texts.end() && !published->second.empty()) {
+    QIcon::setThemeName(QString::fromStdString(published->second));
+  } else if (QIcon::themeName().isEmpty() || QIcon::themeName() == QLatin1String("hicolor")) {
     const QString named = gtkSetting(QStringLiteral("gtk-icon-theme-name"));
     QIcon::setThemeName(named.isEmpty() ? QStringLiteral("Adwaita") : named);
   }

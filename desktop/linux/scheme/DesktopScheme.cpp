@@ -24,7 +24,9 @@ constexpr uint preferLight = 2;
 
 } // namespace
 
-DesktopScheme::DesktopScheme(SessionBus& bus) : m_bus(bus), m_fallback(gtkThemeIsDark()), m_dark(m_fallback) {
+DesktopScheme::DesktopScheme(SessionBus& bus, SettingsManager& manager)
+    : m_bus(bus), m_manager(manager), m_managerObserver(manager.observe([this] { weigh(); })),
+      m_dark(gtkThemeIsDark(manager.published())) {
   connect(&m_bus, &SessionBus::opened, this, &DesktopScheme::followPortal);
   if (m_bus.isConnected()) followPortal();
 }
@@ -59,8 +61,13 @@ void DesktopScheme::take(const QVariant& colorScheme) {
   // Read wraps the value in one variant more than the signal does.
   QVariant plain = colorScheme;
   if (plain.canConvert<QDBusVariant>()) plain = plain.value<QDBusVariant>().variant();
-  const uint scheme = plain.toUInt();
-  const bool dark = scheme == preferDark || (scheme != preferLight && m_fallback);
+  m_preference = plain.toUInt();
+  weigh();
+}
+
+void DesktopScheme::weigh() {
+  const bool dark =
+      m_preference == preferDark || (m_preference != preferLight && gtkThemeIsDark(m_manager.published()));
   if (dark == m_dark) return;
   m_dark = dark;
   m_observers.notify();

@@ -3,6 +3,7 @@
 
 #include "base/Observers.h"
 #include "desktop/linux/SessionBus.h"
+#include "desktop/linux/scheme/SettingsManager.h"
 #include "look/ports/ColorScheme.h"
 
 #include <QDBusVariant>
@@ -12,12 +13,12 @@
 
 namespace vantle {
 
-// Whether the desktop itself is dark: as its settings portal says, else as its GTK theme is.
+// Whether the desktop itself is dark: as its settings portal says, else as its GTK theme is. Follows both.
 class DesktopScheme : public QObject, public ColorScheme {
   Q_OBJECT
 
  public:
-  explicit DesktopScheme(SessionBus& bus); // the bus outlives it
+  DesktopScheme(SessionBus& bus, SettingsManager& manager); // which outlive it
 
   bool isDark() const override { return m_dark; }
   std::unique_ptr<Registration> observe(std::function<void()> changed) override;
@@ -29,9 +30,12 @@ class DesktopScheme : public QObject, public ColorScheme {
   void followPortal();
   void ask();
   void take(const QVariant& colorScheme);
+  void weigh();
 
   SessionBus& m_bus;
-  bool m_fallback;
+  SettingsManager& m_manager;
+  std::unique_ptr<Registration> m_managerObserver;
+  uint m_preference = 0; // as the portal has it
   bool m_dark;
   Observers<> m_observers;
 };

@@ -2,11 +2,22 @@
 #include "desktop/linux/scheme/GtkSettings.h"
 
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QSettings>
 #include <QStandardPaths>
 #include <QStringList>
 
 namespace vantle {
+namespace {
+
+// "Adwaita-dark", "Adwaita:dark", "Mint-Y-Dark-Aqua".
+bool isDarkName(const QString& theme) {
+  static const QRegularExpression dark(QStringLiteral("dark($|[^a-z])"),
+                                       QRegularExpression::CaseInsensitiveOption);
+  return dark.match(theme).hasMatch();
+}
+
+} // namespace
 
 QString gtkSetting(const QString& key) {
   QStringList folders = {QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation),
@@ -23,11 +34,16 @@ QString gtkSetting(const QString& key) {
   return {};
 }
 
-bool gtkThemeIsDark() {
+bool gtkThemeIsDark(const PublishedSettings& published) {
   const QString forced = qEnvironmentVariable("GTK_THEME");
-  const QString theme = forced.isEmpty() ? gtkSetting(QStringLiteral("gtk-theme-name")) : forced;
-  if (theme.endsWith(QLatin1String("dark"), Qt::CaseInsensitive)) return true;
-  if (!forced.isEmpty()) return false;
+  if (!forced.isEmpty()) return isDarkName(forced);
+  const auto theme = published.texts.find("Net/ThemeName");
+  if (theme != published.texts.end()) {
+    const auto preferDark = published.numbers.find("Gtk/ApplicationPreferDarkTheme");
+    return isDarkName(QString::fromStdString(theme->second)) ||
+           (preferDark != published.numbers.end() && preferDark->second != 0);
+  }
+  if (isDarkName(gtkSetting(QStringLiteral("gtk-theme-name")))) return true;
   const QString preferDark = gtkSetting(QStringLiteral("gtk-application-prefer-dark-theme"));
   return preferDark == QLatin1String("1") || preferDark == QLatin1String("true");
 }

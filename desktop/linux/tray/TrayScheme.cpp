@@ -35,10 +35,7 @@ void TrayScheme::followXfcePanel() {
   askXfcePanel();
 }
 
-bool TrayScheme::isDark() const {
-  if (m_xfceDark) return *m_xfceDark;
-  return hasDarkBar() || m_desktop.isDark();
-}
+bool TrayScheme::isDark() const { return m_isXfceDark || hasDarkBar() || m_desktop.isDark(); }
 
 void TrayScheme::askXfcePanel() {
   QDBusMessage call =
@@ -56,7 +53,7 @@ void TrayScheme::askXfcePanel() {
 void TrayScheme::xfceSettingChanged(const QString& channel, const QString& property,
                                     const QDBusVariant& value) {
   if (channel != panelChannel || property != darkMode) return;
-  m_xfceDark = value.variant().toBool();
+  m_isXfceDark = value.variant().toBool();
   emit changed();
 }
 

@@ -32,7 +32,7 @@ class TrayScheme : public QObject {
   SessionBus& m_bus;
   ColorScheme& m_desktop;
   std::unique_ptr<Registration> m_observer;
-  std::optional<bool> m_xfceDark; // absent: this is another desktop
+  bool m_isXfceDark = false; // by its own setting, whatever the theme is; otherwise the bar is as the theme
 };
 
 } // namespace vantle

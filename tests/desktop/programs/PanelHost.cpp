@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The tray icon and the panel, as the shell has them, over a simulated desktop. Says on its output what
 // happens ("ready PLUGIN" with the toolkit's plugin, "opened X Y WIDTH HEIGHT", "moved X Y WIDTH HEIGHT",
-// "closed", "discarded", "settings", "quit"), and does what it is told on its input ("boost", "stop"), saying
-// "done" with it afterwards.
+// "closed", "discarded", "settings", "quit"), and does what it is told on its input ("boost", "stop",
+// "scheme", answered with "scheme dark|light ICONTHEME"), saying "done" with it afterwards.
 #include "desktop/Desktop.h"
 #include "desktop/QtEventLoop.h"
 #include "engine/Engine.h"
@@ -13,6 +13,7 @@
 #include "platform/simulated/SampleDesktop.h"
 
 #include <QGuiApplication>
+#include <QIcon>
 #include <QSocketNotifier>
 #include <cstdio>
 #include <iostream>
@@ -78,6 +79,11 @@ int main(int argc, char** argv) {
     }
     if (line == "boost") machine.activate(sample.game);
     if (line == "stop") engine.stopBoost();
+    if (line == "scheme") {
+      desktop->icons().choose();
+      say(std::string("scheme ") + (desktop->scheme().isDark() ? "dark " : "light ") +
+          QIcon::themeName().toStdString());
+    }
     say("done " + line);
   });
   say("ready " + QGuiApplication::platformName().toStdString());
