@@ -9,10 +9,11 @@ namespace vantle {
 
 // An app as it is installed, running or not. All texts are UTF-8.
 struct InstalledApplication {
-  std::string key;  // what the app lists of the settings call it: the bundle identifier it runs under
-  std::string name; // as the desktop shows it
-  std::string icon; // a themed icon name or the absolute path of a picture; empty when it has none
-  std::string path; // of its bundle or desktop file
+  std::string key;        // what the app lists of the settings call it: the bundle identifier it runs under
+  std::string name;       // as the desktop shows it
+  std::string icon;       // a themed icon name or the absolute path of a picture; empty when it has none
+  std::string path;       // of its bundle or desktop file
+  std::string words = {}; // by which people may look for it, beside its name
   bool operator==(const InstalledApplication&) const = default;
 };
 

@@ -9,8 +9,9 @@
 
 namespace vantle {
 
-AppListModel::AppListModel(Keys& keys, const ApplicationCatalog& catalog, std::function<void()> changed)
-    : m_keys(keys), m_catalog(catalog), m_changed(std::move(changed)),
+AppListModel::AppListModel(Keys& keys, const ApplicationCatalog& catalog, std::function<void()> changed,
+                           std::vector<std::string> defaults)
+    : m_keys(keys), m_catalog(catalog), m_changed(std::move(changed)), m_defaults(std::move(defaults)),
       m_observer(keys.observe([this] { follow(); })) {
   follow();
 }
@@ -18,7 +19,7 @@ AppListModel::AppListModel(Keys& keys, const ApplicationCatalog& catalog, std::f
 int AppListModel::rowCount(const QModelIndex& parent) const { return parent.isValid() ? 0 : count(); }
 
 QHash<int, QByteArray> AppListModel::roleNames() const {
-  return {{keyRole, "key"}, {nameRole, "name"}, {iconRole, "icon"}};
+  return {{keyRole, "key"}, {nameRole, "name"}, {iconRole, "icon"}, {isInstalledRole, "isInstalled"}};
 }
 
 QVariant AppListModel::data(const QModelIndex& index, int role) const {
@@ -31,6 +32,8 @@ QVariant AppListModel::data(const QModelIndex& index, int role) const {
     return row.name;
   case iconRole:
     return row.icon;
+  case isInstalledRole:
+    return row.isInstalled;
   default:
     return {};
   }
@@ -38,7 +41,7 @@ QVariant AppListModel::data(const QModelIndex& index, int role) const {
 
 AppListModel::Row AppListModel::rowFor(const std::string& key) const {
   return {key, displayText(displayNameForKey(m_catalog, key)),
-          QString::fromStdString(iconForKey(m_catalog, key))};
+          QString::fromStdString(iconForKey(m_catalog, key)), m_catalog.applicationForKey(key).has_value()};
 }
 
 std::vector<std::string> AppListModel::shownKeys() const {
@@ -88,6 +91,25 @@ void AppListModel::add(const std::string& key) {
 void AppListModel::remove(const QString& key) {
   std::vector<std::string> keys = m_keys.get();
   if (std::erase(keys, key.toStdString()) > 0) store(std::move(keys));
+}
+
+bool AppListModel::isRestorable() const {
+  const std::vector<std::string>& keys = m_keys.get();
+  return std::any_of(m_defaults.begin(), m_defaults.end(), [&](const std::string& key) {
+    return std::find(keys.begin(), keys.end(), key) == keys.end();
+  });
+}
+
+void AppListModel::restoreDefaults() {
+  std::vector<std::string> keys = m_defaults;
+  for (const std::string& key : m_keys.get()) {
+    if (std::find(m_defaults.begin(), m_defaults.end(), key) == m_defaults.end()) keys.push_back(key);
+  }
+  store(std::move(keys));
+}
+
+QString AppListModel::nameAt(int row) const {
+  return row >= 0 && row < count() ? m_rows[static_cast<std::size_t>(row)].name : QString();
 }
 
 } // namespace vantle

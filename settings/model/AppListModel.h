@@ -19,12 +19,15 @@ class AppListModel : public QAbstractListModel {
   QML_ELEMENT
   QML_UNCREATABLE("The window makes its own")
   Q_PROPERTY(int count READ count NOTIFY countChanged)
+  Q_PROPERTY(bool restorable READ isRestorable NOTIFY countChanged)
 
  public:
   using Keys = Setting<std::vector<std::string>>;
 
-  // `changed` is called after each change that the person makes here.
-  AppListModel(Keys& keys, const ApplicationCatalog& catalog, std::function<void()> changed = {});
+  // `changed` is called after each change that the person makes here. `defaults` are the apps that the list
+  // holds from the start.
+  AppListModel(Keys& keys, const ApplicationCatalog& catalog, std::function<void()> changed = {},
+               std::vector<std::string> defaults = {});
 
   int count() const { return static_cast<int>(m_rows.size()); }
   int rowCount(const QModelIndex& parent = {}) const override;
@@ -33,16 +36,21 @@ class AppListModel : public QAbstractListModel {
 
   void add(const std::string& key); // at the end; does nothing when the list holds it already
   Q_INVOKABLE void remove(const QString& key);
+  bool isRestorable() const; // one of the defaults is gone
+  // The defaults as they were, and after them what the person has added.
+  Q_INVOKABLE void restoreDefaults();
+  Q_INVOKABLE QString nameAt(int row) const;
 
  signals:
   void countChanged();
 
  private:
-  enum Role { keyRole = Qt::UserRole, nameRole, iconRole };
+  enum Role { keyRole = Qt::UserRole, nameRole, iconRole, isInstalledRole };
   struct Row {
     std::string key;
     QString name;
     QString icon;
+    bool isInstalled = false;
   };
 
   Row rowFor(const std::string& key) const;
@@ -53,6 +61,7 @@ class AppListModel : public QAbstractListModel {
   Keys& m_keys;
   const ApplicationCatalog& m_catalog;
   std::function<void()> m_changed;
+  std::vector<std::string> m_defaults;
   std::vector<Row> m_rows;
   std::unique_ptr<Registration> m_observer;
 };

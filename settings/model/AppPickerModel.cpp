@@ -38,6 +38,11 @@ const AppPickerModel::Entry* AppPickerModel::entryAt(int row) const {
   return row >= 0 && row < count() ? m_shown[static_cast<std::size_t>(row)] : nullptr;
 }
 
+QString AppPickerModel::nameAt(int row) const {
+  const Entry* entry = entryAt(row);
+  return entry != nullptr ? entry->name : QString();
+}
+
 QVariant AppPickerModel::data(const QModelIndex& index, int role) const {
   const Entry* entry = entryAt(index.row());
   if (entry == nullptr) return {};
@@ -106,8 +111,25 @@ void AppPickerModel::setCurrent(int row) {
 void AppPickerModel::setSearch(const QString& text) {
   if (text == m_search) return;
   m_search = text;
-  filter();
+  if (!followPath(text)) filter();
   emit searchChanged();
+}
+
+// A typed path leads to its folder, and what follows the last slash is searched for there.
+bool AppPickerModel::followPath(const QString& text) {
+  const QString path = text.startsWith(QLatin1String("~/")) ? QDir::homePath() + text.mid(1) : text;
+  if (!path.startsWith(u'/')) return false;
+  const qsizetype end = path.lastIndexOf(u'/');
+  const QString folder = QDir::cleanPath(path.left(end + 1));
+  if (!QFileInfo(folder).isDir()) return false;
+  if (m_folder != folder) {
+    m_folder = folder;
+    m_shown.clear();
+    m_entries = contents(folder);
+    emit placeChanged();
+  }
+  filter();
+  return true;
 }
 
 void AppPickerModel::showInstalled() {
@@ -127,9 +149,11 @@ void AppPickerModel::browse(const QString& path) {
 AppPickerModel::Entry AppPickerModel::entryFor(const InstalledApplication& application) const {
   const QString name = displayText(shownName(application));
   const QString key = QString::fromStdString(application.key);
-  return {name, QString::fromStdString(application.icon), application.key,
-          QString::fromStdString(application.path),
-          folded(name + QLatin1Char(' ') + key.section(QLatin1Char('.'), -1))};
+  return {
+      name, QString::fromStdString(application.icon), application.key,
+      QString::fromStdString(application.path),
+      folded(QStringList{name, key.section(QLatin1Char('.'), -1), QString::fromStdString(application.words)}
+                 .join(u' '))};
 }
 
 std::vector<AppPickerModel::Entry> AppPickerModel::installed() const {
@@ -151,7 +175,7 @@ std::vector<AppPickerModel::Entry> AppPickerModel::contents(const QString& path)
   const QDir here(path);
   if (!here.isRoot()) entries.push_back(folder(QStringLiteral(".."), path + QStringLiteral("/..")));
   const auto order = QDir::Name | QDir::IgnoreCase;
-  for (const QFileInfo& info : here.entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot, order))
+  for (const QFileInfo& info : here.entryInfoList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot, order))
     entries.push_back(folder(info.fileName(), info.absoluteFilePath()));
   for (const QFileInfo& info : here.entryInfoList({QStringLiteral("*.desktop")}, QDir::Files, order)) {
     const auto application = m_catalog.applicationAt(info.absoluteFilePath().toStdString());
@@ -168,12 +192,17 @@ void AppPickerModel::load(std::vector<Entry> entries) {
 }
 
 void AppPickerModel::filter() {
-  const QStringList words = folded(m_search).split(QLatin1Char(' '), Qt::SkipEmptyParts);
+  const bool isPath = m_folder && (m_search.startsWith(u'/') || m_search.startsWith(QLatin1String("~/")));
+  const QString sought = isPath ? m_search.section(u'/', -1) : m_search;
+  const QStringList words = folded(sought).split(QLatin1Char(' '), Qt::SkipEmptyParts);
   beginResetModel();
   m_shown.clear();
   for (const Entry& entry : m_entries) {
     if (matches(entry.sought, words)) m_shown.push_back(&entry);
   }
+  // What is called so, before what is only looked for so.
+  std::stable_partition(m_shown.begin(), m_shown.end(),
+                        [&](const Entry* entry) { return matches(folded(entry->name), words); });
   endResetModel();
   // Whoever searches wants the best match at hand; nobody else has chosen anything yet.
   m_current = words.isEmpty() || m_shown.empty() ? -1 : 0;

@@ -45,6 +45,7 @@ class AppPickerModel : public QAbstractListModel {
   Q_INVOKABLE void step(int rows);                   // moves the choice, within the list
   Q_INVOKABLE void browse(const QString& path = {}); // shows a folder; the person's own when not named
   Q_INVOKABLE void showInstalled();
+  Q_INVOKABLE QString nameAt(int row) const;
 
   int rowCount(const QModelIndex& parent = {}) const override;
   QVariant data(const QModelIndex& index, int role) const override;
@@ -69,6 +70,7 @@ class AppPickerModel : public QAbstractListModel {
   };
 
   void load(std::vector<Entry> entries);
+  bool followPath(const QString& text);
   void filter();
   const Entry* entryAt(int row) const;
   Entry entryFor(const InstalledApplication& application) const;

@@ -30,11 +30,13 @@ QStringList AppearanceModel::accents() const {
 }
 
 QStringList AppearanceModel::accentNames() const {
-  return namesOf(allAccentThemes, [](AccentTheme theme) { return displayName(theme); });
+  return namesOf(allAccentThemes,
+                 [](AccentTheme theme) { return tr(displayName(theme).c_str()).toStdString(); });
 }
 
 QStringList AppearanceModel::modeNames() const {
-  return namesOf(allAppearanceModes, [](AppearanceMode mode) { return displayName(mode); });
+  return namesOf(allAppearanceModes,
+                 [](AppearanceMode mode) { return tr(displayName(mode).c_str()).toStdString(); });
 }
 
 void AppearanceModel::chooseAccent(int place) { choose(m_settings.accent, allAccentThemes, place); }

@@ -5,7 +5,8 @@ namespace vantle {
 
 BoostModel::BoostModel(Engine& engine, AppSettings& settings, const ApplicationCatalog& catalog)
     : m_settings(settings), m_userGames(settings.userGames, catalog, [&engine] { engine.recheckManaged(); }),
-      m_protectedApps(settings.protectedApps, catalog, [&engine] { engine.recheckManaged(); }),
+      m_protectedApps(
+          settings.protectedApps, catalog, [&engine] { engine.recheckManaged(); }, defaultProtectedApps()),
       m_quittableApps(settings.quittableApps, catalog), m_crossOver(settings.detectCrossOver),
       m_minecraft(settings.detectMinecraft), m_steam(settings.detectSteam),
       m_gamesCategory(settings.detectGamesCategory), m_gameMode(settings.detectGameMode),
@@ -18,11 +19,9 @@ void BoostModel::chooseRamAction(int place) {
 
 QString BoostModel::quittableFooter() const {
   if (m_settings.ramAction.get() == RAMAction::quitMarked)
-    return QStringLiteral(
-        "Quit only when memory is critical, never a Boost app or the app in front. Apps with "
-        "unsaved work will ask first.");
-  return QStringLiteral(
-      "Not used right now. Choose “Quit the apps I mark as quittable” above to turn this on.");
+    return tr("Quit only when memory is critical, never a Boost app or the app in front. Apps with "
+              "unsaved work will ask first.");
+  return tr("Not used right now. Choose “Quit the apps I mark as quittable” above to turn this on.");
 }
 
 } // namespace vantle

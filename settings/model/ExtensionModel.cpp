@@ -17,15 +17,13 @@ QString ExtensionModel::note() const {
   case State::notOffered:
     return {};
   case State::out:
-    return QStringLiteral("Without it, only apps and games that run through Xwayland are seen.");
+    return tr("Without it, only apps and games that run through Xwayland are seen.");
   case State::refused:
-    return QStringLiteral(
-        "The extension could not be installed: its folder or GNOME's settings cannot be written.");
+    return tr("The extension could not be installed: its folder or GNOME's settings cannot be written.");
   case State::waiting:
-    return QStringLiteral("Log out and in again once. GNOME starts the extension then.");
+    return tr("Log out and in again once. GNOME starts the extension then.");
   case State::atWork:
-    return QStringLiteral(
-        "Vantle's extension runs in GNOME. It tells Vantle which windows there are, and nobody else.");
+    return tr("Vantle's extension runs in GNOME. It tells Vantle which windows there are, and nobody else.");
   }
   return {};
 }

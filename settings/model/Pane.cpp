@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "settings/model/Pane.h"
 
+#include <QtGlobal>
 #include <cstddef>
 
 namespace vantle {
@@ -13,11 +14,11 @@ struct PaneEntry {
 };
 
 constexpr std::array<PaneEntry, allPanes.size()> entries{{
-    {"General", "gearshape"},
-    {"Boost", "bolt"},
-    {"Appearance", "paintpalette"},
-    {"Updates", "arrow.triangle.2.circlepath"},
-    {"About", "info.circle"},
+    {QT_TRANSLATE_NOOP("Pane", "General"), "gearshape"},
+    {QT_TRANSLATE_NOOP("Pane", "Boost"), "bolt"},
+    {QT_TRANSLATE_NOOP("Pane", "Appearance"), "paintpalette"},
+    {QT_TRANSLATE_NOOP("Pane", "Updates"), "arrow.triangle.2.circlepath"},
+    {QT_TRANSLATE_NOOP("Pane", "About"), "info.circle"},
 }};
 
 } // namespace

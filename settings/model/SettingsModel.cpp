@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "settings/model/SettingsModel.h"
 
+#include <QCoreApplication>
 #include <cstddef>
 
 namespace vantle {
@@ -15,7 +16,7 @@ SettingsModel::SettingsModel(const SettingsParts& parts, Pane pane)
 
 QStringList SettingsModel::paneTitles() const {
   QStringList titles;
-  for (const Pane each : allPanes) titles.append(QString::fromLatin1(titleOf(each)));
+  for (const Pane each : allPanes) titles.append(QCoreApplication::translate("Pane", titleOf(each)));
   return titles;
 }
 

@@ -13,7 +13,7 @@ QString shownMoment(Date moment) {
   const bool monthFirst = region.territory() == QLocale::UnitedStates;
   const QString date = region.toString(local.date(), monthFirst ? QStringLiteral("MMM d, yyyy")
                                                                 : QStringLiteral("d MMM yyyy"));
-  return date + QStringLiteral(" at ") + region.toString(local.time(), QLocale::ShortFormat);
+  return UpdatesModel::tr("%1 at %2").arg(date, region.toString(local.time(), QLocale::ShortFormat));
 }
 
 UpdatesModel::UpdatesModel(UpdateChecker& checker, AppSettings& settings)
@@ -22,23 +22,21 @@ UpdatesModel::UpdatesModel(UpdateChecker& checker, AppSettings& settings)
 
 QString UpdatesModel::lastChecked() const {
   const std::optional<Date> last = m_settings.lastUpdateCheck();
-  return last ? QStringLiteral("Last checked ") + shownMoment(*last) : QStringLiteral("Not checked yet");
+  return last ? tr("Last checked %1").arg(shownMoment(*last)) : tr("Not checked yet");
 }
 
 QString UpdatesModel::status() const {
   struct Words {
     const UpdatesModel& model;
     QString operator()(const update::Idle&) const { return model.lastChecked(); }
-    QString operator()(const update::Checking&) const { return QStringLiteral("Checking…"); }
-    QString operator()(const update::UpToDate&) const { return QStringLiteral("Vantle is up to date"); }
+    QString operator()(const update::Checking&) const { return tr("Checking…"); }
+    QString operator()(const update::UpToDate&) const { return tr("Vantle is up to date"); }
     QString operator()(const update::Available& newer) const {
-      return QStringLiteral("Version %1 is available").arg(QString::fromStdString(newer.version));
+      return tr("Version %1 is available").arg(QString::fromStdString(newer.version));
     }
-    QString operator()(const update::Failed& failure) const {
-      return QString::fromStdString(failure.message);
-    }
+    QString operator()(const update::Failed& failure) const { return tr(failure.message.c_str()); }
     QString operator()(const update::NotConfigured&) const {
-      return QStringLiteral("Update checks aren't set up in this build.");
+      return tr("Update checks aren't set up in this build.");
     }
   };
   return std::visit(Words{*this}, m_checker.state.get());
@@ -58,9 +56,7 @@ UpdatesModel::Tone UpdatesModel::tone() const {
   return Tone::plain;
 }
 
-QString UpdatesModel::action() const {
-  return isAvailable() ? QStringLiteral("Open Download Page") : QStringLiteral("Check Now");
-}
+QString UpdatesModel::action() const { return isAvailable() ? tr("Open Download Page") : tr("Check Now"); }
 
 void UpdatesModel::act() {
   if (isAvailable()) {

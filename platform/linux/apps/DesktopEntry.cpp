@@ -52,6 +52,12 @@ std::string keyOf(GKeyFile* file, const char* key) {
   return text(GOwned<char>(g_key_file_get_string(file, G_KEY_FILE_DESKTOP_GROUP, key, nullptr)).get());
 }
 
+std::string localizedKeyOf(GKeyFile* file, const char* key) {
+  const GOwned<char> value(
+      g_key_file_get_locale_string(file, G_KEY_FILE_DESKTOP_GROUP, key, nullptr, nullptr));
+  return value ? oneLineName(value.get()) : std::string();
+}
+
 GOwned<GKeyFile> readKeyFile(const std::string& path) {
   const std::optional<std::string> bytes =
       PosixFileStore({}, PosixFileStore::Sync::none, PosixFileStore::Foreign::readable)
@@ -130,10 +136,13 @@ std::optional<DesktopEntry> readDesktopEntry(const std::string& path, const std:
   if (!file || !isOfInstalledApp(file.get())) return {};
   const GOwned<char> name(g_key_file_get_locale_string(file.get(), G_KEY_FILE_DESKTOP_GROUP,
                                                        G_KEY_FILE_DESKTOP_KEY_NAME, nullptr, nullptr));
+  const std::string keywords = localizedKeyOf(file.get(), "Keywords");
   DesktopEntry entry;
   entry.id = cleanUtf8(id);
   entry.path = path;
   entry.name = name ? oneLineName(name.get()) : "Unnamed";
+  entry.words = localizedKeyOf(file.get(), G_KEY_FILE_DESKTOP_KEY_GENERIC_NAME);
+  if (!keywords.empty()) entry.words += (entry.words.empty() ? "" : " ") + keywords;
   entry.icon = cleanUtf8(keyOf(file.get(), G_KEY_FILE_DESKTOP_KEY_ICON));
   entry.windowClass = keyOf(file.get(), G_KEY_FILE_DESKTOP_KEY_STARTUP_WM_CLASS);
   entry.category = categoryOf(keyOf(file.get(), G_KEY_FILE_DESKTOP_KEY_CATEGORIES));

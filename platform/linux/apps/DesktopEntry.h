@@ -13,6 +13,7 @@ struct DesktopEntry {
   std::string id;                     // without ".desktop"; folders below "applications" are joined with '-'
   std::string path;                   // of the desktop file
   std::string name;                   // localized
+  std::string words;                  // what else it is called and searched by: GenericName and Keywords
   std::string icon;                   // a themed name or an absolute path; may be empty
   std::string windowClass;            // StartupWMClass; may be empty
   std::string category;               // see categoryOf

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/catalog/DesktopCatalog.h"
 
+#include "base/Text.h"
 #include "platform/linux/apps/IdentifierMap.h"
 #include "platform/linux/programs/DesktopPrograms.h"
 
@@ -28,7 +29,9 @@ bool canBeChosen(const InstalledApplication& application) { return !isSystemIden
 InstalledApplication described(const DesktopEntry& entry) {
   std::string key = bundleIdentifierOf(entry);
   std::string name = entry.name.empty() ? key : entry.name;
-  return {std::move(key), std::move(name), iconOf(entry), entry.path};
+  std::string words = entry.words;
+  if (!entry.executable.empty()) words += ' ' + fileNameOf(entry.executable);
+  return {std::move(key), std::move(name), iconOf(entry), entry.path, std::move(words)};
 }
 
 } // namespace

@@ -39,6 +39,12 @@ TEST_F(DesktopCatalogTest, TellsNameIconKeyAndPath) {
   EXPECT_THAT(catalog.installedApplications(), testing::ElementsAre(editor));
 }
 
+TEST_F(DesktopCatalogTest, TellsByWhatElseAnAppIsLookedFor) {
+  install("org.example.Editor",
+          "Name=Editor\nGenericName=Word Processor\nKeywords=write;letter;\nExec=/bin/true\n");
+  EXPECT_EQ(catalog.applicationForKey("org.example.Editor")->words, "Word Processor write;letter; true");
+}
+
 TEST_F(DesktopCatalogTest, LinuxEditionGoesByTheIdentifierOfTheBuiltInLists) {
   const std::string path = install("com.spotify.Client", "Name=Spotify\n");
   EXPECT_THAT(keys(), testing::ElementsAre("com.spotify.client"));

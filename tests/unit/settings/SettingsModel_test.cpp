@@ -236,6 +236,45 @@ TEST_F(SettingsModelTest, PickerSearchesNamesAndKeysByWords) {
   EXPECT_EQ(settings.userGames.get(), Keys{"com.obsproject.obs-studio"});
 }
 
+TEST_F(SettingsModelTest, PickerSearchesByWhatElseAnAppIsCalled) {
+  catalog.applications = {{"org.example.Krita", "Krita", "", "", "Digital Painting sketch"},
+                          {"org.example.Sketch", "Sketch", "", "", "Drawing"}};
+  picker.openFor(boost.userGames());
+  picker.setSearch("paint");
+  EXPECT_EQ(names(picker), QStringList{"Krita"});
+  picker.setSearch("sketch");
+  EXPECT_EQ(names(picker), QStringList({"Sketch", "Krita"})) << "its name comes first";
+}
+
+TEST_F(SettingsModelTest, PickerFollowsATypedPath) {
+  const QTemporaryDir folder;
+  ASSERT_TRUE(QDir(folder.path()).mkpath(".hidden/deep"));
+  picker.openFor(boost.userGames());
+  picker.setSearch(folder.path() + "/");
+  EXPECT_TRUE(picker.isBrowsing());
+  EXPECT_EQ(names(picker), QStringList({"..", ".hidden"}));
+  picker.setSearch(folder.path() + "/.hidden/de");
+  EXPECT_EQ(names(picker), QStringList{"deep"});
+  EXPECT_EQ(picker.folder(), folder.path() + "/.hidden");
+  picker.setSearch(folder.path() + "/nowhere/x");
+  EXPECT_EQ(picker.folder(), folder.path() + "/.hidden") << "there is none of that name";
+}
+
+TEST_F(SettingsModelTest, RestoresWhatWasProtectedFromTheStart) {
+  AppListModel& list = *boost.protectedApps();
+  EXPECT_FALSE(list.isRestorable());
+  list.add("org.example.Editor");
+  EXPECT_FALSE(list.isRestorable());
+  list.remove("com.hnc.Discord");
+  EXPECT_TRUE(list.isRestorable());
+  list.restoreDefaults();
+  std::vector<std::string> all = defaultProtectedApps();
+  all.push_back("org.example.Editor");
+  EXPECT_EQ(settings.protectedApps.get(), all);
+  EXPECT_FALSE(list.isRestorable());
+  EXPECT_FALSE(boost.userGames()->isRestorable());
+}
+
 TEST_F(SettingsModelTest, CancelledPickerOrAListedAppChangesNothing) {
   settings.userGames.set({"galculator", "org.mozilla.firefox"});
   picker.openFor(boost.userGames());
