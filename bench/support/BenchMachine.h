@@ -39,6 +39,8 @@ class BenchApp final : public RunningApplication {
   bool isTerminated() const override { return false; }
   bool isActive() const override { return false; }
   bool terminate() override { return false; }
+  bool canComeToFront() const override { return false; }
+  bool bringToFront() override { return false; }
   std::optional<std::string> iconName() const override { return std::nullopt; }
 
  private:

@@ -35,6 +35,11 @@ class RunningApplication {
   // Asks politely, so that the app can ask about unsaved work or refuse. True when the request was sent.
   virtual bool terminate() = 0;
 
+  // Whether the desktop can be asked to bring its windows to the front …
+  virtual bool canComeToFront() const = 0;
+  // … and asking so, on behalf of the person. True when the request was sent.
+  virtual bool bringToFront() = 0;
+
   // A themed icon name or the absolute path of a picture.
   virtual std::optional<std::string> iconName() const = 0;
 };

@@ -39,6 +39,8 @@ std::string_view name(Operation operation) {
     return "workspace.observe";
   case Operation::terminateApp:
     return "app.terminate";
+  case Operation::bringToFront:
+    return "app.front";
   case Operation::probeAudio:
     return "audio.probe";
   case Operation::probeAssertions:
@@ -108,6 +110,7 @@ bool changesMachine(Operation operation) {
   case Operation::makeRoom:
   case Operation::reclaimBand:
   case Operation::terminateApp:
+  case Operation::bringToFront:
   case Operation::requestAuthorization:
   case Operation::postNotice:
   case Operation::writeDefault:

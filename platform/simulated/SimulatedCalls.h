@@ -34,6 +34,7 @@ enum class Operation {
   findApp,
   observeEvents,
   terminateApp,
+  bringToFront,
   probeAudio,
   probeAssertions,
   watchPressure,

@@ -16,6 +16,12 @@ constexpr const char* ownExecutable = "/usr/bin/vantle";
 SimulatedMachine::SimulatedMachine() {
   host.self = processes.spawn({.executable = ownExecutable});
   clock.onAdvance = [this](std::chrono::microseconds duration) { processes.passTime(duration); };
+  workspace.onFrontRequest = [this](Pid pid) {
+    const std::vector<SimulatedAppRef> apps = workspace.apps();
+    for (const SimulatedAppRef& app : apps) {
+      if (app->processIdentifier() == pid) activate(app);
+    }
+  };
   workspace.onQuitRequest = [this](SimulatedApp& app) {
     if (app.spec.quitReaction == QuitReaction::quits) exit(app.processIdentifier());
   };

@@ -42,6 +42,12 @@ bool SimulatedApp::terminate() {
   });
 }
 
+bool SimulatedApp::bringToFront() {
+  return !m_isTerminated && m_calls.change({.operation = Operation::bringToFront, .pid = m_pid}, [this] {
+    if (m_workspace.onFrontRequest) m_workspace.onFrontRequest(m_pid);
+  });
+}
+
 void SimulatedWorkspace::add(const SimulatedAppRef& app) {
   m_apps.push_back(app);
   m_events.push_back({WorkspaceEvent::launched, app});

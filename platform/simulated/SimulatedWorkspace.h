@@ -36,6 +36,7 @@ struct AppSpec {
   std::optional<Pid> pid{};                    // a particular free one for its main process
   bool leadsSession = false;                   // its main process has a session of its own
   std::string place{};                         // that the desktop made for it
+  bool canComeToFront = true;
 };
 
 class SimulatedApp final : public RunningApplication {
@@ -55,6 +56,8 @@ class SimulatedApp final : public RunningApplication {
   bool isTerminated() const override { return m_isTerminated; }
   bool isActive() const override;
   bool terminate() override; // refusing the call makes it return false
+  bool canComeToFront() const override { return spec.canComeToFront; }
+  bool bringToFront() override;
   std::optional<std::string> iconName() const override { return spec.icon; }
 
  private:
@@ -83,8 +86,9 @@ class SimulatedWorkspace final : public Workspace {
   void dropEvents(); // as if nobody had been there to hear them
   std::size_t queuedEvents() const { return m_events.size(); }
 
-  // What a polite request to an app leads to. Set by the machine.
+  // What requests to an app lead to. Set by the machine.
   std::function<void(SimulatedApp&)> onQuitRequest;
+  std::function<void(Pid)> onFrontRequest;
 
   const std::vector<SimulatedAppRef>& apps() const { return m_apps; }
   const SimulatedAppRef& front() const { return m_front; }

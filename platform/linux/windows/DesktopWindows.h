@@ -74,6 +74,10 @@ class DesktopWindows {
 
   // Asks the desktop to close it politely; false when that cannot be asked.
   virtual bool requestClose(const WindowFacts& window) = 0;
+  // Whether the desktop can be asked to bring it to the front, which not every one can, and asking so; false
+  // when that cannot be asked.
+  virtual bool canBringToFront(const WindowFacts& /*window*/) const { return false; }
+  virtual bool requestFront(const WindowFacts& /*window*/) { return false; }
   // The process has ended: what is known of its windows counts no more.
   virtual void forget(Pid pid) = 0;
   // Handles what the desktop answers until nothing more is asked or the time is up; true for the former. Only

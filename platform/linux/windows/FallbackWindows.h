@@ -23,6 +23,8 @@ class FallbackWindows final : public DesktopWindows {
   const std::map<WindowId, WindowFacts>& known() const override { return m_source->known(); }
   WindowId active() const override { return m_source->active(); }
   bool requestClose(const WindowFacts& window) override { return m_source->requestClose(window); }
+  bool canBringToFront(const WindowFacts& window) const override { return m_source->canBringToFront(window); }
+  bool requestFront(const WindowFacts& window) override { return m_source->requestFront(window); }
   void forget(Pid pid) override { m_source->forget(pid); }
   bool settle(std::chrono::milliseconds limit) override;
 

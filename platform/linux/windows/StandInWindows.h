@@ -30,6 +30,8 @@ class StandInWindows final : public DesktopWindows {
   const std::map<WindowId, WindowFacts>& known() const override { return current().known(); }
   WindowId active() const override { return current().active(); }
   bool requestClose(const WindowFacts& window) override { return current().requestClose(window); }
+  bool canBringToFront(const WindowFacts& window) const override { return current().canBringToFront(window); }
+  bool requestFront(const WindowFacts& window) override { return current().requestFront(window); }
   void forget(Pid pid) override;
   bool settle(std::chrono::milliseconds limit) override;
 

@@ -18,6 +18,8 @@ class LinuxApplication final : public RunningApplication {
   struct Windows {
     std::function<bool(Pid)> isActive;
     std::function<bool(Pid)> requestClose;
+    std::function<bool(Pid)> canBringToFront;
+    std::function<bool(Pid)> requestFront;
   };
 
   LinuxApplication(Pid pid, AppIdentity identity, std::weak_ptr<const Windows> windows)
@@ -33,6 +35,8 @@ class LinuxApplication final : public RunningApplication {
   bool isTerminated() const override { return m_isTerminated; }
   bool isActive() const override;
   bool terminate() override;
+  bool canComeToFront() const override;
+  bool bringToFront() override;
   std::optional<std::string> iconName() const override { return m_identity.iconName; }
 
   void setActivationPolicy(ActivationPolicy policy) { m_policy = policy; }

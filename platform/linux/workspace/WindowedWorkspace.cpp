@@ -78,7 +78,13 @@ WindowedWorkspace::WindowedWorkspace(EventLoop& loop, std::unique_ptr<DesktopWin
     : m_loop(loop), m_options(std::move(options)),
       m_appWindows(std::make_shared<LinuxApplication::Windows>(LinuxApplication::Windows{
           .isActive = [this](Pid pid) { return m_front && m_front->processIdentifier() == pid; },
-          .requestClose = [this](Pid pid) { return requestClose(pid); }})),
+          .requestClose = [this](Pid pid) { return requestClose(pid); },
+          .canBringToFront = [this](Pid pid) { return windowForFront(pid) != nullptr; },
+          .requestFront =
+              [this](Pid pid) {
+                const WindowFacts* const window = windowForFront(pid);
+                return window != nullptr && m_windows->requestFront(*window);
+              }})),
       m_windows(std::move(windows)) {
   m_windows->start(
       {.changed = [this] { update(); }, .startedOver = [this] { startOver(); }, .lost = [this] { lost(); }});
@@ -289,6 +295,15 @@ bool WindowedWorkspace::requestClose(Pid pid) {
   }
   if (isSent) app->asked = std::move(all);
   return isSent;
+}
+
+// The app's oldest window that can be brought there: its main one, as a rule. Null without one.
+const WindowFacts* WindowedWorkspace::windowForFront(Pid pid) const {
+  for (const auto& [id, window] : m_windows->known()) {
+    const bool isIts = window.pid == pid && window.kind == WindowKind::ordinary;
+    if (isIts && m_windows->canBringToFront(window)) return &window;
+  }
+  return nullptr;
 }
 
 void WindowedWorkspace::lost() {

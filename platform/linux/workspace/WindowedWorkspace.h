@@ -64,6 +64,7 @@ class WindowedWorkspace final : public Workspace {
   void startOver();
   void deliver();
   bool requestClose(Pid pid);
+  const WindowFacts* windowForFront(Pid pid) const;
   void lost();
 
   EventLoop& m_loop;

@@ -44,6 +44,8 @@ class AskedApp final : public RunningApplication {
   }
   bool isActive() const override { return false; }
   bool terminate() override { return false; }
+  bool canComeToFront() const override { return false; }
+  bool bringToFront() override { return false; }
   std::optional<std::string> iconName() const override { return std::nullopt; }
 
   void pretendTerminated() { m_isTerminated = true; }

@@ -116,4 +116,8 @@ bool HyprlandWindows::requestClose(const WindowFacts& window) {
          m_connection.ask("dispatch closewindow address:" + hexOf(window.id), [](const auto& /*answer*/) {});
 }
 
+bool HyprlandWindows::requestFront(const WindowFacts& window) {
+  return m_connection.ask("dispatch focuswindow address:" + hexOf(window.id), [](const auto& /*answer*/) {});
+}
+
 } // namespace vantle

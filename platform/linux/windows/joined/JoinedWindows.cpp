@@ -107,11 +107,29 @@ void JoinedWindows::merge() {
   }
 }
 
-bool JoinedWindows::requestClose(const WindowFacts& window) {
-  if ((window.id & xServers) == 0) return m_desktop->requestClose(window);
+DesktopWindows* JoinedWindows::sourceOf(const WindowFacts& window) const {
+  return (window.id & xServers) == 0 ? m_desktop.get() : m_xServer.get();
+}
+
+WindowFacts JoinedWindows::asTold(const WindowFacts& window) {
   WindowFacts facts = window;
   facts.id &= ~xServers;
-  return m_xServer && m_xServer->requestClose(facts);
+  return facts;
+}
+
+bool JoinedWindows::requestClose(const WindowFacts& window) {
+  DesktopWindows* const source = sourceOf(window);
+  return source != nullptr && source->requestClose(asTold(window));
+}
+
+bool JoinedWindows::canBringToFront(const WindowFacts& window) const {
+  const DesktopWindows* const source = sourceOf(window);
+  return source != nullptr && source->canBringToFront(asTold(window));
+}
+
+bool JoinedWindows::requestFront(const WindowFacts& window) {
+  DesktopWindows* const source = sourceOf(window);
+  return source != nullptr && source->requestFront(asTold(window));
 }
 
 void JoinedWindows::forget(Pid pid) {

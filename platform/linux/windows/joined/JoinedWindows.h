@@ -30,6 +30,8 @@ class JoinedWindows final : public DesktopWindows {
   const std::map<WindowId, WindowFacts>& known() const override { return m_known; }
   WindowId active() const override;
   bool requestClose(const WindowFacts& window) override;
+  bool canBringToFront(const WindowFacts& window) const override;
+  bool requestFront(const WindowFacts& window) override;
   void forget(Pid pid) override;
   bool settle(std::chrono::milliseconds limit) override;
 
@@ -42,6 +44,9 @@ class JoinedWindows final : public DesktopWindows {
   bool isFrontX11() const;
   bool isFrontToldByXServer() const;
   void merge();
+  // Who tells of that window, null when nobody does any more; and the window as that one knows it.
+  DesktopWindows* sourceOf(const WindowFacts& window) const;
+  static WindowFacts asTold(const WindowFacts& window);
   void lose();
 
   EventLoop& m_loop;

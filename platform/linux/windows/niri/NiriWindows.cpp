@@ -111,4 +111,9 @@ bool NiriWindows::requestClose(const WindowFacts& window) {
   return window.canBeClosed && m_connection.ask(request, [](const auto& /*answer*/) {});
 }
 
+bool NiriWindows::requestFront(const WindowFacts& window) {
+  const std::string request = R"({"Action":{"FocusWindow":{"id":)" + std::to_string(window.id) + "}}}\n";
+  return m_connection.ask(request, [](const auto& /*answer*/) {});
+}
+
 } // namespace vantle

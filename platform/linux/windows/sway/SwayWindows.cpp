@@ -95,4 +95,9 @@ bool SwayWindows::requestClose(const WindowFacts& window) {
                           "[con_id=" + std::to_string(window.id) + "] kill", [](const auto& /*reply*/) {});
 }
 
+bool SwayWindows::requestFront(const WindowFacts& window) {
+  return m_connection.ask(SwayConnection::Request::runCommand,
+                          "[con_id=" + std::to_string(window.id) + "] focus", [](const auto& /*reply*/) {});
+}
+
 } // namespace vantle

@@ -22,6 +22,8 @@ class SwayWindows final : public ToldWindows {
   bool isPlausible() const { return m_connection.isOpen(); }
 
   bool requestClose(const WindowFacts& window) override;
+  bool canBringToFront(const WindowFacts& /*window*/) const override { return true; }
+  bool requestFront(const WindowFacts& window) override;
   bool settle(std::chrono::milliseconds limit) override { return m_connection.settle(limit); }
 
  private:

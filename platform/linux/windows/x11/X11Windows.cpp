@@ -19,6 +19,8 @@ constexpr std::uint32_t longestList = 64 * 1024; // bytes: 16,384 windows
 constexpr std::uint32_t longestText = 1024;      // bytes
 constexpr std::size_t mostDrafts = 32;           // windows that are asked about at a time
 
+constexpr std::uint32_t onBehalfOfThePerson = 2; // the source of a request, as the window manager reads it
+
 constexpr auto atomNames = std::to_array<std::string_view>(
     {"_NET_CLIENT_LIST", "_NET_ACTIVE_WINDOW", "_NET_CLOSE_WINDOW", "_NET_WM_PID", "_NET_WM_WINDOW_TYPE",
      "_GTK_APPLICATION_ID", "WM_PROTOCOLS", "WM_DELETE_WINDOW"});
@@ -308,16 +310,27 @@ void X11Windows::forget(Pid pid) {
 bool X11Windows::requestClose(const WindowFacts& window) {
   if (!m_connection.isOpen() || !window.canBeClosed) return false;
   constexpr std::uint32_t now = XCB_CURRENT_TIME;
-  constexpr std::uint32_t onBehalfOfThePerson = 2;
   const auto id = static_cast<xcb_window_t>(window.id);
   if (m_closing == Closing::byManager) {
-    send(id, m_atoms[closeWindow], {now, onBehalfOfThePerson}, m_connection.screen().root,
-         XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT);
+    askManager(id, m_atoms[closeWindow], {now, onBehalfOfThePerson});
   } else {
     send(id, m_atoms[protocols], {m_atoms[deleteWindow], now}, id, XCB_EVENT_MASK_NO_EVENT);
   }
   m_connection.flush();
   return true;
+}
+
+bool X11Windows::requestFront(const WindowFacts& window) {
+  if (!m_connection.isOpen()) return false;
+  askManager(static_cast<xcb_window_t>(window.id), m_atoms[activeWindow],
+             {onBehalfOfThePerson, XCB_CURRENT_TIME});
+  m_connection.flush();
+  return true;
+}
+
+void X11Windows::askManager(xcb_window_t about, xcb_atom_t type, std::array<std::uint32_t, 2> data) {
+  send(about, type, data, m_connection.screen().root,
+       XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY | XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT);
 }
 
 void X11Windows::send(xcb_window_t about, xcb_atom_t type, std::array<std::uint32_t, 2> data, xcb_window_t to,

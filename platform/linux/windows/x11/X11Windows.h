@@ -36,6 +36,10 @@ class X11Windows final : public DesktopWindows {
   const std::map<WindowId, WindowFacts>& known() const override { return m_known; }
   WindowId active() const override { return m_active; }
   bool requestClose(const WindowFacts& window) override;
+  bool canBringToFront(const WindowFacts& /*window*/) const override {
+    return m_closing == Closing::byManager; // which there is, then
+  }
+  bool requestFront(const WindowFacts& window) override;
   void forget(Pid pid) override;
   bool settle(std::chrono::milliseconds limit) override { return m_connection.settle(limit); }
 
@@ -71,6 +75,7 @@ class X11Windows final : public DesktopWindows {
   void readFacts(const std::shared_ptr<Draft>& draft);
   void finish(const std::shared_ptr<Draft>& draft);
   void getProperty(std::uint32_t window, xcb_atom_t property, std::uint32_t longestBytes, OnProperty arrived);
+  void askManager(xcb_window_t about, xcb_atom_t type, std::array<std::uint32_t, 2> data);
   void send(xcb_window_t about, xcb_atom_t type, std::array<std::uint32_t, 2> data, xcb_window_t to,
             std::uint32_t mask);
   void lose();

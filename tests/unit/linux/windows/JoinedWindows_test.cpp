@@ -209,6 +209,18 @@ TEST_F(JoinedWindowsTest, EachSourceClosesItsOwn) {
   EXPECT_THAT(m_xServer->askedToClose, ElementsAre(9U));
 }
 
+TEST_F(JoinedWindowsTest, EachSourceBringsItsOwnToTheFront) {
+  showX(0);
+  m_xServer->open(9, m_client.pid());
+  m_xServer->show(9);
+  for (const auto& [id, facts] : m_joined.known()) {
+    EXPECT_TRUE(m_joined.canBringToFront(facts));
+    EXPECT_TRUE(m_joined.requestFront(facts));
+  }
+  EXPECT_THAT(m_desktop->askedToFront, ElementsAre(1U));
+  EXPECT_THAT(m_xServer->askedToFront, ElementsAre(9U));
+}
+
 TEST_F(JoinedWindowsTest, BothForgetAProcess) {
   showX(0);
   m_xServer->open(9, m_client.pid());
@@ -346,6 +358,9 @@ TEST_F(StandInWindowsTest, WhoeverTellsIsAskedToClose) {
   m_standIn->open(1, m_process.pid());
   EXPECT_TRUE(m_windows.requestClose(m_windows.known().at(1)));
   EXPECT_THAT(m_standIn->askedToClose, ElementsAre(1U));
+  EXPECT_TRUE(m_windows.canBringToFront(m_windows.known().at(1)));
+  EXPECT_TRUE(m_windows.requestFront(m_windows.known().at(1)));
+  EXPECT_THAT(m_standIn->askedToFront, ElementsAre(1U));
   tellOfAll();
   EXPECT_TRUE(m_windows.requestClose(m_windows.known().at(11)));
   EXPECT_THAT(m_awaited->askedToClose, ElementsAre(11U));

@@ -221,6 +221,14 @@ TEST_P(EachLineWindows, AsksForEachWindowToBeClosed) {
   EXPECT_THAT(m_desktop->others, ElementsAre(m_desktop->closing(0xabc)));
 }
 
+TEST_P(EachLineWindows, AsksForAWindowToComeToTheFront) {
+  connectTo({window(0xabc, m_first.pid())});
+  EXPECT_TRUE(m_windows->canBringToFront(m_windows->known().at(0xabc)));
+  EXPECT_TRUE(m_windows->requestFront(m_windows->known().at(0xabc)));
+  ASSERT_TRUE(serveUntil([&] { return !m_desktop->others.empty(); }));
+  EXPECT_THAT(m_desktop->others, ElementsAre(m_desktop->fronting(0xabc)));
+}
+
 TEST_P(EachLineWindows, OneThatHangsIsAskedSoMuchAndNoMore) {
   connectTo({window(4, m_first.pid())});
   std::size_t asked = 0;

@@ -84,6 +84,10 @@ std::string ScriptedHyprland::closing(std::uint64_t id) const {
   return "dispatch closewindow address:0x" + hexOf(id);
 }
 
+std::string ScriptedHyprland::fronting(std::uint64_t id) const {
+  return "dispatch focuswindow address:0x" + hexOf(id);
+}
+
 std::string ScriptedHyprland::answerTo(const std::string& question) const {
   std::vector<std::string> clients;
   for (const Window& window : windows) {
@@ -127,6 +131,10 @@ void ScriptedNiri::tellClosed(std::uint64_t id) {
 
 std::string ScriptedNiri::closing(std::uint64_t id) const {
   return R"({"Action":{"CloseWindow":{"id":)" + std::to_string(id) + "}}}\n";
+}
+
+std::string ScriptedNiri::fronting(std::uint64_t id) const {
+  return R"({"Action":{"FocusWindow":{"id":)" + std::to_string(id) + "}}}\n";
 }
 
 std::string ScriptedNiri::answerTo(const std::string& question) const {

@@ -39,7 +39,8 @@ class ScriptedLines {
   virtual void tellOpened(const Window& window) = 0;
   virtual void tellFocus(std::uint64_t id) = 0; // 0 for none
   virtual void tellClosed(std::uint64_t id) = 0;
-  virtual std::string closing(std::uint64_t id) const = 0; // what it is asked for that
+  virtual std::string closing(std::uint64_t id) const = 0;  // what it is asked for that
+  virtual std::string fronting(std::uint64_t id) const = 0; // and for bringing it to the front
 
   std::vector<Window> windows; // the first of them has the focus
   std::string brokenAnswer = {};
@@ -65,6 +66,7 @@ class ScriptedHyprland final : public ScriptedLines {
   void tellFocus(std::uint64_t id) override;
   void tellClosed(std::uint64_t id) override;
   std::string closing(std::uint64_t id) const override;
+  std::string fronting(std::uint64_t id) const override;
 
   std::string version = R"({"tag":"v0.41.2"})";
 
@@ -81,6 +83,7 @@ class ScriptedNiri final : public ScriptedLines {
   void tellFocus(std::uint64_t id) override;
   void tellClosed(std::uint64_t id) override;
   std::string closing(std::uint64_t id) const override;
+  std::string fronting(std::uint64_t id) const override;
 
  private:
   std::string list() const;

@@ -20,6 +20,11 @@ class ScriptedWindows final : public DesktopWindows {
     if (window.canBeClosed) askedToClose.push_back(window.id);
     return window.canBeClosed;
   }
+  bool canBringToFront(const WindowFacts& window) const override { return window.canBeClosed; }
+  bool requestFront(const WindowFacts& window) override {
+    askedToFront.push_back(window.id);
+    return true;
+  }
   void forget(Pid pid) override {
     std::erase_if(windows, [pid](const auto& entry) { return entry.second.pid == pid; });
     forgotten.push_back(pid);
@@ -58,6 +63,7 @@ class ScriptedWindows final : public DesktopWindows {
   std::function<void()> whenSettling = [] {};
   std::chrono::milliseconds settledFor{};
   std::vector<WindowId> askedToClose;
+  std::vector<WindowId> askedToFront;
   std::vector<Pid> forgotten;
 
  private:

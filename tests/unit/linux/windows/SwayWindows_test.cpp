@@ -306,6 +306,14 @@ TEST_F(SwayWindowsTest, AsksForEachWindowToBeClosed) {
   EXPECT_THAT(m_sway.commands, ElementsAre("[con_id=4] kill"));
 }
 
+TEST_F(SwayWindowsTest, AsksForAWindowToComeToTheFront) {
+  connectTo({window(4, m_first.pid())});
+  EXPECT_TRUE(m_windows->canBringToFront(m_windows->known().at(4)));
+  EXPECT_TRUE(m_windows->requestFront(m_windows->known().at(4)));
+  ASSERT_TRUE(serveUntil([&] { return !m_sway.commands.empty(); }));
+  EXPECT_THAT(m_sway.commands, ElementsAre("[con_id=4] focus"));
+}
+
 TEST_F(SwayWindowsTest, ASwayThatHangsIsAskedSoMuchAndNoMore) {
   connectTo({window(4, m_first.pid())});
   int asked = 0;

@@ -337,6 +337,17 @@ TEST_F(X11WorkspaceTest, IsNotDeceivedInsidePidNamespaces) {
   EXPECT_NE(pid, wrapper.pid());
 }
 
+TEST_F(X11WorkspaceTest, BringsAnAppToTheFront) {
+  Program& first = window({});
+  Program& second = window({});
+  watch();
+  m_desktop.activate(second);
+  ASSERT_TRUE(runUntil([&] { return appOf(second)->isActive(); }));
+  EXPECT_TRUE(appOf(first)->canComeToFront());
+  EXPECT_TRUE(appOf(first)->bringToFront());
+  EXPECT_TRUE(runUntil([&] { return appOf(first)->isActive(); }));
+}
+
 TEST_F(X11WorkspaceTest, ClosesPolitely) {
   Program& polite = window({"--windows", "2"});
   Program& stubborn = window({"--ignore-close"});

@@ -278,6 +278,21 @@ TEST_P(OnEveryDesktop, WhoeverOutlivesItsWindowsIsNotAskedAgain) {
   EXPECT_THAT(m_windows->askedToClose, ElementsAre(1U));
 }
 
+TEST_P(OnEveryDesktop, AnAppsFirstOrdinaryWindowComesToTheFrontWhereThatCanBeAsked) {
+  watchTwo(GetParam());
+  m_windows->open(3, m_first.pid());
+  m_windows->windows.at(1).kind = WindowKind::passing;
+  m_windows->windows.at(2).canBeClosed = false;
+  m_windows->tell();
+  const AppRef first = m_workspace->runningApplication(m_first.pid());
+  EXPECT_TRUE(first->canComeToFront());
+  EXPECT_TRUE(first->bringToFront());
+  EXPECT_THAT(m_windows->askedToFront, ElementsAre(3U));
+  const AppRef second = m_workspace->runningApplication(m_second.pid());
+  EXPECT_FALSE(second->canComeToFront());
+  EXPECT_FALSE(second->bringToFront());
+}
+
 TEST_P(OnEveryDesktop, ADesktopThatGoesAwayHasNothingInFront) {
   watchTwo(GetParam());
   m_windows->lose();
