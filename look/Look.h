@@ -27,6 +27,8 @@ class Look : public QObject {
   Q_PROPERTY(QColor primary READ primary NOTIFY changed)
   Q_PROPERTY(QColor secondary READ secondary NOTIFY changed)
   Q_PROPERTY(QColor tertiary READ tertiary NOTIFY changed)
+  Q_PROPERTY(QColor outline READ outline NOTIFY changed)
+  Q_PROPERTY(QColor accentOutline READ accentOutline NOTIFY changed)
   Q_PROPERTY(QColor divider READ divider NOTIFY changed)
   Q_PROPERTY(QColor green READ green NOTIFY changed)
   Q_PROPERTY(QColor orange READ orange NOTIFY changed)
@@ -45,6 +47,8 @@ class Look : public QObject {
   QColor primary() const { return colors().primary; }
   QColor secondary() const { return colors().secondary; }
   QColor tertiary() const { return colors().tertiary; }
+  QColor outline() const { return colors().outline; }
+  QColor accentOutline() const { return vantle::accentOutline(m_settings.accent.get(), m_dark); }
   QColor divider() const { return colors().divider; }
   QColor green() const { return colors().green; }
   QColor orange() const { return colors().orange; }

@@ -12,11 +12,13 @@
 #include <cmath>
 #include <cstdio>
 #include <cstring>
+#include <limits>
 
 namespace vantle::pictures {
 namespace {
 
 constexpr double leastContrast = 4.5;
+constexpr double leastContrastOfCards = 1.2;
 
 double linear(double component) {
   return component <= 0.04045 ? component / 12.92 : std::pow((component + 0.055) / 1.055, 2.4);
@@ -53,18 +55,31 @@ QColor blended(const QColor& color, const QColor& ground) {
                           mix(color.blueF(), ground.blueF()));
 }
 
-// The part of the picture that shows the item; the rest of it is scrolled away.
-QRect shownArea(const QQuickItem& item, const QImage& picture) {
+// The part of the picture that shows that part of the item; the rest of it is scrolled away.
+QRect shownArea(const QQuickItem& item, const QRectF& part, const QImage& picture) {
   const qreal scale = picture.width() / item.window()->contentItem()->width();
-  // A text is in the middle of an item that is higher than it.
-  QRectF text = item.boundingRect();
-  const qreal spare = std::max(0.0, text.height() - item.implicitHeight());
-  text.adjust(0, spare / 2, 0, -spare / 2);
-  QRectF scene = item.mapRectToScene(text).adjusted(-2, -2, 2, 2);
+  QRectF scene = item.mapRectToScene(part);
   for (const QQuickItem* each = &item; each != nullptr; each = each->parentItem()) {
     if (each->clip()) scene &= each->mapRectToScene(each->clipRect());
   }
   return QRectF(scene.topLeft() * scale, scene.size() * scale).toAlignedRect() & picture.rect();
+}
+
+// A text is in the middle of an item that is higher than it.
+QRect areaOfText(const QQuickItem& item, const QImage& picture) {
+  const QRectF all = item.boundingRect();
+  const qreal spare = std::max(0.0, all.height() - item.implicitHeight());
+  return shownArea(item, all.adjusted(-2, spare / 2 - 2, 2, 2 - spare / 2), picture);
+}
+
+// On both sides of the card's left edge, where nothing else is; as much as to 1. Infinite for one that is not
+// in the picture.
+double contrastOfCard(const QQuickItem& card, const QImage& picture) {
+  const qreal middle = card.height() / 2;
+  const QRect inside = shownArea(card, {2.5, middle, 1, 1}, picture);
+  const QRect outside = shownArea(card, {-4, middle, 1, 1}, picture);
+  if (inside.isEmpty() || outside.isEmpty()) return std::numeric_limits<double>::infinity();
+  return contrast(picture.pixelColor(inside.topLeft()), picture.pixelColor(outside.topLeft()));
 }
 
 // Prominent capsules and the sidebar's chosen row are white on the accent as it is.
@@ -80,7 +95,7 @@ void check(const QQuickItem& item, const QImage& picture, Findings& findings) {
   const bool holdsText =
       item.inherits("QQuickText") || item.inherits("QQuickTextInput") || item.inherits("vantle::TabularText");
   const QString text = holdsText ? item.property("text").toString() : QString();
-  const QRect area = text.isEmpty() ? QRect() : shownArea(item, picture);
+  const QRect area = text.isEmpty() ? QRect() : areaOfText(item, picture);
   if (!area.isEmpty()) {
     const auto color = item.property("color").value<QColor>();
     const QColor ground = groundOf(picture, area);
@@ -92,6 +107,12 @@ void check(const QQuickItem& item, const QImage& picture, Findings& findings) {
       ++findings.unreadable;
       std::printf("  hard to read (%.2f): %s\n", found, qPrintable(text));
     }
+  }
+  const bool isCard = std::strncmp(item.metaObject()->className(), "Card_", 5) == 0;
+  const double ofCard = isCard ? contrastOfCard(item, picture) : leastContrastOfCards;
+  if (ofCard < leastContrastOfCards) {
+    ++findings.faintCards;
+    std::printf("  a card hardly stands out (%.2f)\n", ofCard);
   }
   for (const QQuickItem* child : item.childItems()) check(*child, picture, findings);
 }
@@ -115,7 +136,7 @@ bool waitFor(const std::function<bool()>& holds) {
 bool keep(const QQuickItem& view, const QImage& picture, const QString& path, int leastTexts) {
   if (!picture.save(path)) return false;
   const Findings findings = checkTexts(view, picture);
-  const bool good = findings.texts >= leastTexts && findings.unreadable == 0;
+  const bool good = findings.texts >= leastTexts && findings.unreadable == 0 && findings.faintCards == 0;
   std::printf("%s %s: %d texts", good ? "ok" : "NOT OK", qPrintable(QFileInfo(path).fileName()),
               findings.texts);
   if (findings.leastOnAccent < 21) std::printf(", white on the accent %.2f", findings.leastOnAccent);

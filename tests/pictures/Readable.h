@@ -13,10 +13,12 @@
 namespace vantle::pictures {
 
 // Whether the texts of a view can be read on its picture: a contrast of 4.5 to 1 between each text's colour
-// and the ground that the picture shows under it.
+// and the ground that the picture shows under it. And whether its cards stand out from the ground around
+// them.
 struct Findings {
   int texts = 0;
   int unreadable = 0;
+  int faintCards = 0;
   double leastOnAccent = 21; // white on the accent where the design asks for just that, whatever the accent
 };
 
@@ -25,7 +27,8 @@ Findings checkTexts(const QQuickItem& view, const QImage& picture);
 // Waits in the event loop; a guard keeps a broken view from hanging it.
 bool waitFor(const std::function<bool()>& holds);
 
-// Keeps the picture and says what was found; false when a text in it cannot be read or too few are there.
+// Keeps the picture and says what was found; false when a text in it cannot be read or too few are there, or
+// a card does not stand out.
 bool keep(const QQuickItem& view, const QImage& picture, const QString& path, int leastTexts);
 
 // Makes one picture of a state; false when it could not be made or a text in it cannot be read.

@@ -46,6 +46,31 @@ TEST(Colors, TextsCanBeReadOnEveryGround) {
   }
 }
 
+TEST(Colors, CardsStandOutFromEveryGround) {
+  for (const bool dark : {false, true}) {
+    const Colors& colors = colorsFor(dark);
+    for (const AccentTheme accent : allAccentThemes) {
+      for (const float opacity : dark ? std::array{0.18F, 0.2F} : std::array{0.1F, 0.12F}) {
+        const QColor ground = tinted(colors.surface, accentColor(accent), opacity);
+        EXPECT_GE(contrast(colors.control, ground), 1.2) << dark << " " << rawValue(accent);
+      }
+    }
+  }
+}
+
+TEST(Colors, ControlsStandOutFromTheirCard) {
+  constexpr double visible = 3;
+  for (const bool dark : {false, true}) {
+    const Colors& colors = colorsFor(dark);
+    EXPECT_GE(contrast(colors.outline, colors.control), visible) << dark;
+    for (const AccentTheme accent : allAccentThemes) {
+      const bool standsOut = contrast(accentColor(accent), colors.control) >= visible;
+      EXPECT_EQ(accentOutline(accent, dark), standsOut ? QColor(Qt::transparent) : colors.outline)
+          << dark << " " << rawValue(accent);
+    }
+  }
+}
+
 TEST(Colors, WhiteCanBeReadOnTheAccentUnderText) {
   for (const AccentTheme accent : allAccentThemes) {
     const QColor under = accentUnderText(accent);
