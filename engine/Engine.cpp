@@ -19,6 +19,20 @@ bool ownsThisProgram(Pid app, const AppTrees& trees) {
   return std::any_of(owned.begin(), owned.end(), [&](Pid one) { return trees.isOwnChain(one); });
 }
 
+// That an app is left alone for as long as it is what it is, or does what it does.
+bool isRule(Verdict verdict) {
+  switch (verdict) {
+  case Verdict::protectedByPerson:
+  case Verdict::systemApp:
+  case Verdict::launcher:
+  case Verdict::heard:
+  case Verdict::keepsAwake:
+    return true;
+  default:
+    return false;
+  }
+}
+
 } // namespace
 
 Engine::Engine(Machine machine, AppSettings& appSettings)
@@ -283,6 +297,35 @@ std::vector<std::string> Engine::protectedInUse() {
     names.push_back(std::move(*name));
   }
   return sortedByScalars(std::move(names));
+}
+
+std::vector<SparedApp> Engine::sparedApps() const {
+  std::vector<SparedApp> spared;
+  if (!activeGame.get()) return spared;
+  for (const AppRef& app : m_machine.workspace.runningApplications()) {
+    const Pid pid = app->processIdentifier();
+    const std::optional<std::string> name = app->localizedName();
+    if (!name || pid == boostApp() || app->isTerminated() || m_backgrounder.isManaged(pid)) continue;
+    const auto last = verdicts().find(pid);
+    // The person's list may have changed since.
+    if (isProtectedByPerson(settings, app->bundleIdentifier())) {
+      spared.push_back({*name, Verdict::protectedByPerson});
+    } else if (last != verdicts().end() && isRule(last->second.verdict)) {
+      spared.push_back({*name, last->second.verdict});
+    }
+  }
+  std::stable_sort(spared.begin(), spared.end(),
+                   [](const SparedApp& left, const SparedApp& right) { return left.name < right.name; });
+  return spared;
+}
+
+void Engine::neverSlowDown(const RunningApplication& app) {
+  const std::optional<std::string> key = app.bundleIdentifier();
+  if (!key || isProtectedByPerson(settings, key)) return;
+  std::vector<std::string> keys = settings.protectedApps.get();
+  keys.push_back(*key);
+  settings.protectedApps.set(std::move(keys));
+  recheckManaged();
 }
 
 void Engine::alwaysBoost() {

@@ -31,6 +31,14 @@ struct Pause {
   bool operator==(const Pause&) const = default;
 };
 
+// An app that is left alone, and the rule that decided so.
+struct SparedApp {
+  std::string name;
+  Verdict verdict = Verdict::noBoost;
+
+  bool operator==(const SparedApp&) const = default;
+};
+
 // The Boost cycle. While a Boost app is in front, every other app that no rule protects is in the background
 // band; when it ends, all of them come back. There is no timer and no polling: the engine reacts to the
 // workspace's events, to memory pressure and to the person, all on the main loop.
@@ -86,8 +94,14 @@ class Engine {
   // As MemoryWatch.
   void handleMemoryPressure(bool isCritical) { m_memory.handleMemoryPressure(isCritical); }
 
+  // Puts the app on the person's protected list, and gives it back its speed; nothing when it has no
+  // identifier, by which alone that list knows apps.
+  void neverSlowDown(const RunningApplication& app);
+
   // The person's protected apps that are running, by name, with a note on those that are heard.
   std::vector<std::string> protectedInUse();
+  // The running apps that a rule keeps out of the background during this Boost, by name.
+  std::vector<SparedApp> sparedApps() const;
   std::vector<AppUsage> usageList() const { return m_memory.usageList(); }
   MemoryPressure::Level currentPressureLevel() const { return m_memory.currentPressureLevel(); }
   std::uint64_t ownFootprint() const { return m_memory.ownFootprint(); }

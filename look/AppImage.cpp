@@ -21,11 +21,18 @@ void AppImage::setSource(const QString& value) {
   load();
 }
 
+void AppImage::setIsApp(bool value) {
+  if (m_isApp == value) return;
+  m_isApp = value;
+  load();
+}
+
 void AppImage::load() {
   const qreal scale = window() != nullptr ? window()->effectiveDevicePixelRatio() : 1.0;
   const int pixels = static_cast<int>(std::ceil(std::max(implicitWidth(), width()) * scale));
   const auto* engine = static_cast<LookEngine*>(qmlEngine(this));
   m_image = appIcon(engine->icons(), m_source, pixels);
+  if (m_image.isNull() && m_isApp) m_image = appIcon(engine->icons(), engine->icons().genericName(), pixels);
   update();
   emit sourceChanged();
 }
@@ -33,7 +40,7 @@ void AppImage::load() {
 void AppImage::itemChange(ItemChange change, const ItemChangeData& data) {
   const bool otherScale =
       change == ItemDevicePixelRatioHasChanged || (change == ItemSceneChange && data.window != nullptr);
-  if (otherScale && !m_source.isEmpty()) load();
+  if (otherScale && (m_isApp || !m_source.isEmpty())) load();
   DirectItem::itemChange(change, data);
 }
 

@@ -8,11 +8,14 @@
 
 namespace vantle {
 
-// The picture of an app in a view; `found` tells whether there is one to show.
+// The picture of an app in a view; `found` tells whether there is one to show. One that is said to be of an
+// app
+// (`isApp`) is the theme's picture of any app where that has none of its own.
 class AppImage : public DirectItem {
   Q_OBJECT
   QML_ELEMENT
   Q_PROPERTY(QString source MEMBER m_source WRITE setSource NOTIFY sourceChanged)
+  Q_PROPERTY(bool isApp MEMBER m_isApp WRITE setIsApp)
   Q_PROPERTY(bool found READ found NOTIFY sourceChanged)
 
  public:
@@ -20,6 +23,7 @@ class AppImage : public DirectItem {
 
   bool found() const { return !m_image.isNull(); }
   void setSource(const QString& value);
+  void setIsApp(bool value);
   void paint(QPainter& painter, const QRectF& bounds) override;
 
  signals:
@@ -32,6 +36,7 @@ class AppImage : public DirectItem {
   void load();
 
   QString m_source;
+  bool m_isApp = false;
   QImage m_image;
 };
 

@@ -20,7 +20,13 @@ Pressable {
     RoundedBox {
         anchors.fill: parent
         radius: height / 2
-        color: button.prominent ? button.color : Look.faded(Look.primary, 0.06)
+        color: button.prominent ? button.color : Look.faded(Look.primary, button.hovered ? 0.11 : 0.06)
+    }
+    RoundedBox {
+        anchors.fill: parent
+        radius: height / 2
+        visible: button.prominent && button.hovered
+        color: Qt.rgba(0, 0, 0, 0.12)
     }
     Words {
         id: words

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "look/DisplayText.h"
 
+#include <QCoreApplication>
 #include <QDateTime>
 #include <algorithm>
 #include <chrono>
@@ -47,10 +48,14 @@ QString displayText(const std::string& utf8) {
   return runsRightToLeft(text) ? isolate + text + endIsolate : text;
 }
 
+QString shownName(const AppRef& app) {
+  return app ? displayText(app->localizedName().value_or(std::string())) : QString();
+}
+
 QString pauseText(const std::optional<Pause>& pause) {
   if (!pause) return {};
   const QDateTime end = QDateTime::fromSecsSinceEpoch(std::chrono::system_clock::to_time_t(pause->end));
-  return QStringLiteral("Paused until ") + end.toString(QStringLiteral("HH:mm"));
+  return QCoreApplication::translate("Pause", "Paused until %1").arg(end.toString(QStringLiteral("HH:mm")));
 }
 
 } // namespace vantle

@@ -8,9 +8,13 @@ RoundedBox {
 
     property bool shown: parent.activeFocus
     property real gap: 2
+    property real sideGap: gap
 
     anchors.fill: parent
-    anchors.margins: -gap
+    anchors.topMargin: -gap
+    anchors.bottomMargin: -gap
+    anchors.leftMargin: -sideGap
+    anchors.rightMargin: -sideGap
     visible: shown
     edgeWidth: 2
     edgeColor: Look.faded(Look.primary, 0.85)

@@ -2,13 +2,15 @@
 import QtQuick
 import Vantle.Look
 
-// A tip near its target while the pointer rests on it. It stays inside the window, over everything else.
+// A tip near its target while the pointer rests on it, or the keyboard. It stays inside the window, over
+// everything else, and has the colours the other way round, so that it stands out from a card.
 Item {
     id: tip
 
     required property Item target
     property string text
     property bool wanted: false
+    property int lines: 6 // at most
 
     onWantedChanged: if (!wanted) bubble.active = false
 
@@ -36,8 +38,7 @@ Item {
             readonly property real room: tip.target.Window.width - 12
 
             radius: 6
-            color: Look.control
-            edgeColor: Look.divider
+            color: Look.primary
             width: words.width + 16
             height: words.height + 8
 
@@ -49,7 +50,8 @@ Item {
                 text: tip.text
                 font.pixelSize: 11
                 wrapMode: Text.Wrap
-                maximumLineCount: 6
+                maximumLineCount: tip.lines
+                color: Look.surface
             }
         }
     }

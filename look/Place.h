@@ -25,10 +25,10 @@ class Place : public QObject {
   explicit Place(const PlaceWords& words) : m_words(words) {}
   static Place* create(QQmlEngine* engine, QJSEngine*); // the engine must be a LookEngine
 
-  QString computer() const { return QString::fromUtf8(m_words.computer); }
-  QString store() const { return QString::fromUtf8(m_words.store); }
-  QString bar() const { return QString::fromUtf8(m_words.bar); }
-  QString cores() const { return QString::fromUtf8(m_words.cores); }
+  QString computer() const { return tr(m_words.computer); }
+  QString store() const { return tr(m_words.store); }
+  QString bar() const { return tr(m_words.bar); }
+  QString cores() const { return tr(m_words.cores); }
 
  private:
   const PlaceWords& m_words;

@@ -11,6 +11,8 @@ Item {
     property string help      // told to screen readers
     property string tip: help // shown while the pointer rests on it
     property real ringRadius: 8
+    property alias ringGap: ring.gap         // to the ring, above and below …
+    property alias ringSideGap: ring.sideGap // … and beside it
     property bool checkable: false
     property bool checked: false
     readonly property bool pressed: (pointer.pressed && pointer.containsMouse) || keyDown
@@ -58,6 +60,7 @@ Item {
         onClicked: pressable.trigger()
     }
     FocusRing {
+        id: ring
         radius: pressable.ringRadius + gap
     }
     HoverTip {

@@ -17,6 +17,22 @@ Flickable {
         else if (bottom > contentY + height)
             contentY = Math.min(contentHeight - height, bottom - height);
     }
+    // Page Up, Page Down, Home, End and the arrows, where nothing else has a use for them.
+    function scrollByKey(event) {
+        const page = height - 40;
+        const places = {
+            [Qt.Key_Up]: contentY - 40,
+            [Qt.Key_Down]: contentY + 40,
+            [Qt.Key_PageUp]: contentY - page,
+            [Qt.Key_PageDown]: contentY + page,
+            [Qt.Key_Home]: 0,
+            [Qt.Key_End]: contentHeight
+        };
+        if (!overflows || !(event.key in places))
+            return;
+        contentY = Math.max(0, Math.min(places[event.key], contentHeight - height));
+        event.accepted = true;
+    }
     function holds(item) {
         for (let each = item; each; each = each.parent)
             if (each === contentItem)
@@ -25,7 +41,7 @@ Flickable {
     }
 
     clip: overflows
-    interactive: overflows
+    interactive: false // see Scrolling
     boundsBehavior: Flickable.StopAtBounds
     contentWidth: width
 
@@ -37,10 +53,24 @@ Flickable {
                 area.reveal(item);
         }
     }
+    Scrolling {
+        area: area
+    }
     ScrollMark {
         parent: area
         area: area
         anchors.right: parent.right
-        anchors.rightMargin: 1
+    }
+    // Where content goes on beyond an edge.
+    Divider {
+        parent: area
+        visible: area.overflows && area.contentY > 0.5
+        width: parent.width
+    }
+    Divider {
+        parent: area
+        anchors.bottom: parent.bottom
+        visible: area.overflows && area.contentY < area.contentHeight - area.height - 0.5
+        width: parent.width
     }
 }

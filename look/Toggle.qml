@@ -12,9 +12,11 @@ Pressable {
 
     label: text
     checkable: true
-    implicitHeight: 40
+    implicitHeight: Math.max(40, words.implicitHeight + 14)
     implicitWidth: words.implicitWidth + 12 + track.width
-    ringRadius: 8
+    ringRadius: 10
+    ringGap: -3 // rows stand close together
+    ringSideGap: 7
 
     Words {
         id: words
@@ -23,6 +25,8 @@ Pressable {
         anchors.rightMargin: 12
         height: parent.height
         text: toggle.text
+        wrapMode: Text.Wrap
+        maximumLineCount: 2
         Accessible.ignored: true
     }
     RoundedBox {
@@ -32,7 +36,8 @@ Pressable {
         width: 36
         height: 21
         radius: height / 2
-        color: toggle.checked ? toggle.color : Look.faded(Look.primary, Look.dark ? 0.28 : 0.22)
+        color: toggle.checked ? toggle.color : Look.outline
+        edgeColor: toggle.checked ? Look.accentOutline : "transparent"
 
         RoundedBox {
             width: 17

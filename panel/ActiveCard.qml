@@ -48,7 +48,7 @@ Card {
             anchors.bottom: parent.bottom
             anchors.bottomMargin: 1
             color: Look.green
-            text: "Boost on"
+            text: qsTr("Boost on")
         }
     }
     Item {
@@ -62,7 +62,7 @@ Card {
         Stat {
             width: stats.narrow
             value: String(card.panel.usage.length)
-            label: "in background"
+            label: qsTr("in background")
         }
         Divider {
             x: stats.narrow
@@ -73,7 +73,8 @@ Card {
             x: stats.narrow
             width: stats.narrow
             value: String(card.panel.protectedNames.length)
-            label: "protected"
+            label: qsTr("protected")
+            details: card.panel.leftAlone
         }
         Divider {
             x: 2 * stats.narrow
@@ -84,7 +85,7 @@ Card {
             x: 2 * stats.narrow
             width: stats.width - x
             value: card.panel.pressureWord
-            label: "memory pressure"
+            label: qsTr("memory pressure")
         }
     }
 }

@@ -8,6 +8,7 @@ Item {
 
     required property int pid
     property alias source: picture.source
+    property alias isRunning: picture.isApp
 
     implicitWidth: 20
     implicitHeight: 20

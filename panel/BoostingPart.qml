@@ -9,6 +9,8 @@ Column {
 
     required property PanelModel panel
 
+    signal menuWanted(Item line, real x, real y)
+
     ActiveCard {
         width: parent.width
         panel: part.panel
@@ -16,6 +18,7 @@ Column {
     BackgroundList {
         width: parent.width
         panel: part.panel
+        onMenuWanted: (line, x, y) => part.menuWanted(line, x, y)
     }
     Column {
         width: parent.width
@@ -24,7 +27,7 @@ Column {
 
         SectionTitle {
             width: parent.width
-            text: "Not touched"
+            text: qsTr("Not touched")
         }
         FlowRow {
             x: 8

@@ -11,7 +11,7 @@ FlowLayout {
 
     spacing: 6
     Accessible.role: Accessible.List
-    Accessible.name: "Not touched"
+    Accessible.name: qsTr("Not touched")
 
     Repeater {
         model: flow.items

@@ -7,13 +7,16 @@ Card {
     id: card
 
     required property PanelModel panel
+    readonly property alias automatic: automaticSwitch
+    readonly property alias turnOff: turnOffButton
 
     horizontalPadding: 12
 
     Toggle {
+        id: automaticSwitch
         width: parent.width
         height: 40
-        text: "Start Boost automatically"
+        text: qsTr("Start Boost automatically")
         font.pixelSize: 13
         checked: card.panel.automatic
         onTriggered: card.panel.automatic = !card.panel.automatic
@@ -25,10 +28,11 @@ Card {
         text: card.panel.pauseText
     }
     CapsuleButton {
+        id: turnOffButton
         width: parent.width
         visible: card.panel.boosting
         prominent: true
-        text: "Turn off Boost"
+        text: qsTr("Turn off Boost")
         onTriggered: card.panel.turnOffBoost()
     }
     Item {
@@ -37,7 +41,7 @@ Card {
 
         PlainButton {
             anchors.centerIn: parent
-            text: "Quit Vantle"
+            text: qsTr("Quit Vantle")
             font.pixelSize: 12
             color: Look.secondary
             onTriggered: card.panel.quit()

@@ -7,6 +7,7 @@ Column {
     id: front
 
     required property string name
+    readonly property alias boostButton: boost
 
     signal boostWanted
     signal alwaysBoostWanted
@@ -16,17 +17,18 @@ Column {
     NameText {
         x: 8
         width: parent.width - 16
-        text: "In front: " + front.name
+        text: qsTr("In front: %1").arg(front.name)
     }
     CapsuleButton {
+        id: boost
         width: parent.width
         prominent: true
-        text: "Boost " + front.name + " now"
+        text: qsTr("Boost %1 now").arg(front.name)
         onTriggered: front.boostWanted()
     }
     CapsuleButton {
         width: parent.width
-        text: "Always boost " + front.name
+        text: qsTr("Always boost %1").arg(front.name)
         onTriggered: front.alwaysBoostWanted()
     }
 }

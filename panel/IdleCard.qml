@@ -8,14 +8,14 @@ Card {
 
     Words {
         width: parent.width
-        text: "Ready to boost"
+        text: qsTr("Ready to boost")
         font.pixelSize: 17
         font.bold: true
         Accessible.role: Accessible.Heading
     }
     Words {
         width: parent.width
-        text: "Starts on its own for games and any app you add, like your editor."
+        text: qsTr("Starts on its own for games and any app you add, like your editor.")
         font.pixelSize: 12
         color: Look.secondary
         wrapMode: Text.Wrap
@@ -27,6 +27,6 @@ Card {
     StatusLine {
         width: parent.width
         color: Look.tertiary
-        text: "Boost off"
+        text: qsTr("Boost off")
     }
 }

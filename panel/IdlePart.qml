@@ -8,11 +8,13 @@ Column {
     id: part
 
     required property PanelModel panel
+    readonly property Item firstStop: front.visible ? front.boostButton : null
 
     IdleCard {
         width: parent.width
     }
     FrontApp {
+        id: front
         width: parent.width
         visible: part.panel.frontName !== ""
         name: part.panel.frontName
@@ -25,7 +27,7 @@ Column {
 
         SectionTitle {
             width: parent.width
-            text: "Your " + Place.computer
+            text: qsTr("Your %1").arg(Place.computer)
         }
         YourMac {
             width: parent.width

@@ -25,7 +25,8 @@ bool PanelController::isOpen() const { return m_window && m_window->isVisible();
 
 void PanelController::make(LookEngine& engine) {
   m_window = std::make_unique<PanelWindow>(
-      engine, m_engine, m_surface, PanelModel::Actions{[this] { openSettings(); }, [this] { quit(); }});
+      engine, m_engine, m_surface,
+      PanelModel::Actions{[this] { openSettings(); }, [this] { quit(); }, [this] { close(); }});
   connect(m_window.get(), &PanelWindow::shown, this, &PanelController::opened);
   connect(m_window.get(), &PanelWindow::dismissed, this, [this] {
     m_sinceClosed.start();

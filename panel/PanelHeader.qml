@@ -25,7 +25,7 @@ Item {
         symbol: "gearshape"
         symbolSize: 17
         color: Look.faded(Look.primary, 0.7)
-        help: "Settings"
+        help: qsTr("Settings")
         onTriggered: header.settingsWanted()
     }
 }

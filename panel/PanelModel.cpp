@@ -7,6 +7,40 @@
 
 namespace vantle {
 
+namespace {
+
+// With a place for the names of the apps.
+QString reasonText(Verdict verdict) {
+  switch (verdict) {
+  case Verdict::heard:
+    return PanelModel::tr("Playing audio: %1");
+  case Verdict::keepsAwake:
+    return PanelModel::tr("Downloading or keeping awake: %1");
+  case Verdict::launcher:
+    return PanelModel::tr("Started the Boost app: %1");
+  case Verdict::protectedByPerson:
+    return PanelModel::tr("On your list: %1");
+  default:
+    return PanelModel::tr("Part of the system: %1");
+  }
+}
+
+// A line for each reason, with the names of its apps.
+QString linesOf(const std::vector<SparedApp>& apps) {
+  QStringList lines;
+  for (const Verdict reason : {Verdict::heard, Verdict::keepsAwake, Verdict::launcher,
+                               Verdict::protectedByPerson, Verdict::systemApp}) {
+    QStringList names;
+    for (const SparedApp& app : apps) {
+      if (app.verdict == reason) names.append(displayText(app.name));
+    }
+    if (!names.isEmpty()) lines.append(reasonText(reason).arg(names.join(QStringLiteral(", "))));
+  }
+  return lines.join(u'\n');
+}
+
+} // namespace
+
 PanelModel::PanelModel(Engine& engine, Actions actions) : m_engine(engine), m_actions(std::move(actions)) {}
 
 void PanelModel::appear() {
@@ -33,20 +67,15 @@ void PanelModel::refresh() {
   }
   m_protected.clear();
   for (const std::string& name : m_engine.protectedInUse()) m_protected.append(displayText(name));
+  m_leftAlone = linesOf(m_engine.sparedApps());
   m_pressure = m_engine.currentPressureLevel();
   m_ownBytes = m_engine.ownFootprint();
   emit refreshed();
 }
 
-QString PanelModel::gameName() const {
-  const AppRef& game = m_engine.activeGame.get();
-  return game ? displayText(game->localizedName().value_or(std::string())) : QString();
-}
+QString PanelModel::gameName() const { return shownName(m_engine.activeGame.get()); }
 
-QString PanelModel::frontName() const {
-  const AppRef& front = m_engine.lastFrontmost.get();
-  return front ? displayText(front->localizedName().value_or(std::string())) : QString();
-}
+QString PanelModel::frontName() const { return shownName(m_engine.lastFrontmost.get()); }
 
 QString PanelModel::pauseText() const { return vantle::pauseText(m_engine.pause.get()); }
 
@@ -65,21 +94,25 @@ PanelModel::Pressure PanelModel::pressure() const {
 QString PanelModel::pressureWord() const {
   switch (m_pressure) {
   case MemoryPressure::Level::warning:
-    return QStringLiteral("High");
+    return tr("High");
   case MemoryPressure::Level::critical:
-    return QStringLiteral("Critical");
+    return tr("Critical");
   case MemoryPressure::Level::normal:
     break;
   }
-  return QStringLiteral("Normal");
+  return tr("Normal");
 }
 
-QString PanelModel::ownMemory() const { return QString::fromStdString(byteText(m_ownBytes)) + " memory"; }
+QString PanelModel::ownMemory() const {
+  return tr("%1 memory").arg(QString::fromStdString(byteText(m_ownBytes)));
+}
 
 QString PanelModel::iconOf(int pid) const {
   const AppRef app = m_engine.runningApplication(pid);
   return app ? QString::fromStdString(app->iconName().value_or(std::string())) : QString();
 }
+
+bool PanelModel::isRunning(int pid) const { return m_engine.runningApplication(pid) != nullptr; }
 
 void PanelModel::boostNow() {
   if (const AppRef front = m_engine.lastFrontmost.get()) m_engine.boostNow(front);
@@ -88,6 +121,21 @@ void PanelModel::boostNow() {
 void PanelModel::alwaysBoost() { m_engine.alwaysBoost(); }
 
 void PanelModel::turnOffBoost() { m_engine.turnOffBoost(); }
+
+bool PanelModel::canComeToFront(int pid) const {
+  const AppRef app = m_engine.runningApplication(pid);
+  return app && app->canComeToFront();
+}
+
+// The panel goes first: it has the keyboard, which the app is to get.
+void PanelModel::bringToFront(int pid) {
+  m_actions.close();
+  if (const AppRef app = m_engine.runningApplication(pid)) app->bringToFront();
+}
+
+void PanelModel::neverSlowDown(int pid) {
+  if (const AppRef app = m_engine.runningApplication(pid)) m_engine.neverSlowDown(*app);
+}
 
 void PanelModel::openSettings() const { m_actions.openSettings(); }
 

@@ -41,6 +41,7 @@ class PanelModel : public QObject {
   Q_PROPERTY(QString pauseText READ pauseText NOTIFY pauseChanged)
   Q_PROPERTY(QVariantList usage READ usage NOTIFY refreshed)
   Q_PROPERTY(QStringList protectedNames READ protectedNames NOTIFY refreshed)
+  Q_PROPERTY(QString leftAlone READ leftAlone NOTIFY refreshed)
   Q_PROPERTY(Pressure pressure READ pressure NOTIFY refreshed)
   Q_PROPERTY(QString pressureWord READ pressureWord NOTIFY refreshed)
   Q_PROPERTY(QString ownMemory READ ownMemory NOTIFY refreshed)
@@ -52,6 +53,7 @@ class PanelModel : public QObject {
   struct Actions {
     std::function<void()> openSettings;
     std::function<void()> quit;
+    std::function<void()> close;
   };
 
   PanelModel(Engine& engine, Actions actions);
@@ -67,15 +69,23 @@ class PanelModel : public QObject {
   QString pauseText() const; // empty without a pause
   QVariantList usage() const { return m_usage; }
   QStringList protectedNames() const { return m_protected; }
+  // Which apps are left alone and why, a line for each reason; empty when there are none, or no Boost.
+  QString leftAlone() const { return m_leftAlone; }
   Pressure pressure() const;
   QString pressureWord() const;
   QString ownMemory() const;
   // A themed name or a path; empty when there is no such app or it has no icon.
   Q_INVOKABLE QString iconOf(int pid) const;
+  Q_INVOKABLE bool isRunning(int pid) const;
 
   Q_INVOKABLE void boostNow();
   Q_INVOKABLE void alwaysBoost();
   Q_INVOKABLE void turnOffBoost();
+  // Of an app in the background: whether the desktop can bring it to the front, and doing so; and putting it
+  // on the person's protected list.
+  Q_INVOKABLE bool canComeToFront(int pid) const;
+  Q_INVOKABLE void bringToFront(int pid);
+  Q_INVOKABLE void neverSlowDown(int pid);
   Q_INVOKABLE void openSettings() const;
   Q_INVOKABLE void quit() const;
 
@@ -94,6 +104,7 @@ class PanelModel : public QObject {
   std::vector<std::unique_ptr<Registration>> m_observers;
   QVariantList m_usage;
   QStringList m_protected;
+  QString m_leftAlone;
   MemoryPressure::Level m_pressure = MemoryPressure::Level::normal;
   std::uint64_t m_ownBytes = 0;
 };

@@ -19,6 +19,35 @@ FocusScope {
     implicitHeight: Math.min(wantedHeight, maximumHeight)
     Accessible.role: Accessible.Pane
     Accessible.name: "Vantle"
+    Keys.onPressed: event => area.scrollByKey(event)
+
+    // The control that had the keyboard may go with what it was for: the one that stands in its place has it
+    // then. Those who never used the keyboard see no ring.
+    readonly property Item place: Window.activeFocusItem
+    property bool isPlaced: false
+
+    function isHeld(item) {
+        return item !== view && item !== part;
+    }
+    function keepPlace() {
+        if (!isPlaced || !place || (isHeld(place) && place.visible))
+            return;
+        const wanted = panel.boosting ? footer.turnOff : part.item.firstStop;
+        (wanted ?? footer.automatic).forceActiveFocus(Qt.TabFocusReason);
+    }
+
+    onPlaceChanged: {
+        if (place && !isHeld(place) && isPlaced)
+            Qt.callLater(keepPlace);
+        else
+            isPlaced = place !== null && isHeld(place);
+    }
+    Connections {
+        target: view.panel
+        function onGameChanged() {
+            Qt.callLater(view.keepPlace);
+        }
+    }
 
     RoundedBox {
         anchors.fill: parent
@@ -45,6 +74,7 @@ FocusScope {
         onSettingsWanted: view.panel.openSettings()
     }
     ScrollArea {
+        id: area
         x: 0
         y: header.y + header.height + view.gap
         width: view.width
@@ -58,6 +88,7 @@ FocusScope {
             spacing: view.gap
 
             Loader {
+                id: part
                 width: parent.width
                 sourceComponent: view.panel.boosting ? boostingPart : idlePart
             }
@@ -68,6 +99,13 @@ FocusScope {
         x: view.padding
         y: view.height - view.padding - height
         width: view.width - 2 * view.padding
+        panel: view.panel
+    }
+
+    LineMenu {
+        id: lineMenu
+        anchors.fill: parent
+        z: 900
         panel: view.panel
     }
 
@@ -83,6 +121,7 @@ FocusScope {
         BoostingPart {
             panel: view.panel
             spacing: view.gap
+            onMenuWanted: (line, x, y) => lineMenu.openFor(line, x, y)
         }
     }
 }

@@ -97,12 +97,10 @@ bool PanelWindow::event(QEvent* event) {
   return handled;
 }
 
+// What the view has open over itself is left first.
 void PanelWindow::keyPressEvent(QKeyEvent* event) {
-  if (event->key() == Qt::Key_Escape) {
-    dismiss();
-    return;
-  }
   QQuickWindow::keyPressEvent(event);
+  if (!event->isAccepted() && event->key() == Qt::Key_Escape) dismiss();
 }
 
 QScreen* PanelWindow::screenOfAnchor() const {

@@ -2,14 +2,22 @@
 import QtQuick
 import Vantle.Look
 
-// A figure over its label.
+// A figure over its label. With details it takes the keyboard, and tells them there and under the pointer.
 Item {
     id: stat
 
     required property string value
     required property string label
+    property string details
 
     implicitHeight: 40
+    activeFocusOnTab: details !== ""
+    Accessible.role: Accessible.StaticText
+    Accessible.name: value + " " + label
+    Accessible.description: details
+    Accessible.focusable: details !== ""
+    Accessible.focused: activeFocus
+    Accessible.ignored: details === ""
 
     Words {
         width: parent.width
@@ -24,6 +32,20 @@ Item {
         horizontalAlignment: Text.AlignHCenter
         text: stat.label
         font.pixelSize: 11
+        fontSizeMode: Text.HorizontalFit // in other languages
+        minimumPixelSize: 9
         color: Look.secondary
+    }
+    FocusRing {
+        radius: 8
+    }
+    HoverHandler {
+        id: pointer
+    }
+    HoverTip {
+        target: stat
+        text: stat.details
+        wanted: pointer.hovered || stat.activeFocus
+        lines: 14
     }
 }

@@ -2,8 +2,8 @@
 #include "panel/TrayItem.h"
 
 #include "engine/Engine.h"
+#include "look/DisplayText.h"
 #include "look/SymbolDrawing.h"
-#include "panel/DisplayText.h"
 #include "panel/PanelController.h"
 #include "panel/PanelPlacement.h"
 
@@ -16,10 +16,18 @@ namespace {
 const QColor onDarkBar(0xf4, 0xf4, 0xf6);
 const QColor onLightBar(0x2c, 0x2c, 0x32);
 
-TrayFace faceFor(bool isBoosting, const QString& pause) {
+constexpr auto between = " \u00B7 ";
+
+// What the icon stands for, in words.
+QString stateOf(const AppRef& game, const QString& pause) {
+  QString state = game ? TrayItem::tr("Boost on") : TrayItem::tr("Boost off");
+  if (const QString name = shownName(game); !name.isEmpty()) state += between + name;
+  if (!pause.isEmpty()) state += between + pause;
+  return state;
+}
+
+TrayFace faceFor(bool isBoosting, const QString& state) {
   const QString symbol = isBoosting ? QStringLiteral("bolt.fill") : QStringLiteral("bolt");
-  QString state = isBoosting ? QStringLiteral("Boost on") : QStringLiteral("Boost off");
-  if (!pause.isEmpty()) state += QStringLiteral(" \u00B7 ") + pause;
   return {[symbol](int pixels, bool onDark) {
             return symbolImage(symbol, onDark ? onDarkBar : onLightBar, pixels);
           },
@@ -29,9 +37,10 @@ TrayFace faceFor(bool isBoosting, const QString& pause) {
 } // namespace
 
 TrayItem::TrayItem(Engine& engine, PanelController& panel, Tray& tray)
-    : m_engine(engine), m_panel(panel), m_icon(tray.add(actions())),
-      m_gameObserver(engine.activeGame.observe([this] { update(); })),
-      m_pauseObserver(engine.pause.observe([this] { update(); })) {
+    : m_engine(engine), m_panel(panel), m_icon(tray.add(actions())) {
+  m_observers.push_back(engine.activeGame.observe([this] { update(); }));
+  m_observers.push_back(engine.pause.observe([this] { update(); }));
+  m_observers.push_back(engine.automatic.observe([this] { update(); }));
   update();
 }
 
@@ -41,10 +50,24 @@ TrayActions TrayItem::actions() {
                 m_lastPlace = place;
                 m_panel.toggle(place);
               },
-          .menu = {{QStringLiteral("Open Vantle"), [this](auto pointer) { showFromMenu(pointer); }},
-                   {QStringLiteral("Settings"), [this](auto) { m_panel.openSettings(); }},
-                   {},
-                   {QStringLiteral("Quit Vantle"), [this](auto) { m_panel.quit(); }}}};
+          .middleClicked = [this] { switchBoost(); }};
+}
+
+std::vector<TrayEntry> TrayItem::menu() {
+  const AppRef& game = m_engine.activeGame.get();
+  const bool isBoosting = game != nullptr;
+  return {{.label = stateOf(game, {}), .isShown = isBoosting},
+          {.label = TrayItem::tr("Turn off Boost"),
+           .chosen = [this](auto) { m_engine.turnOffBoost(); },
+           .isShown = isBoosting},
+          {.isShown = isBoosting},
+          {.label = TrayItem::tr("Open Vantle"), .chosen = [this](auto pointer) { showFromMenu(pointer); }},
+          {.label = TrayItem::tr("Settings"), .chosen = [this](auto) { m_panel.openSettings(); }},
+          {.label = TrayItem::tr("Start Boost automatically"),
+           .chosen = [this](auto) { m_engine.setAutomatic(!m_engine.automatic.get()); },
+           .isChecked = m_engine.automatic.get()},
+          {},
+          {.label = TrayItem::tr("Quit Vantle"), .chosen = [this](auto) { m_panel.quit(); }}};
 }
 
 // The pointer knows better than the last click, since which the bar may have moved.
@@ -54,13 +77,19 @@ void TrayItem::showFromMenu(std::optional<QPoint> pointer) {
   m_panel.show(iconNear(*pointer, screen->geometry(), screen->availableGeometry()));
 }
 
+void TrayItem::switchBoost() {
+  if (m_engine.activeGame.get()) {
+    m_engine.turnOffBoost();
+  } else if (const AppRef front = m_engine.lastFrontmost.get()) {
+    m_engine.boostNow(front);
+  }
+}
+
 void TrayItem::update() {
-  const bool isBoosting = m_engine.activeGame.get() != nullptr;
-  const QString pause = pauseText(m_engine.pause.get());
-  if (m_isFilled == isBoosting && m_pause == pause) return;
-  m_isFilled = isBoosting;
-  m_pause = pause;
-  m_icon->show(faceFor(isBoosting, pause));
+  const AppRef& game = m_engine.activeGame.get();
+  m_icon->offer(menu());
+  const QString state = stateOf(game, pauseText(m_engine.pause.get()));
+  if (m_state != state) m_icon->show(faceFor(game != nullptr, m_state = state));
 }
 
 } // namespace vantle

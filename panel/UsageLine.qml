@@ -2,20 +2,38 @@
 import QtQuick
 import Vantle.Look
 
-// One app in the background.
+// One app in the background. The right button, the menu key, Enter or Space ask for what can be done with it.
 Item {
     id: line
 
     required property int pid
     required property string icon
+    required property bool isRunning
     required property string name
     required property string memory
+
+    signal menuWanted(real x, real y)
+
+    function trigger() {
+        menuWanted(30, height - 4);
+    }
 
     implicitHeight: 34
     Accessible.role: Accessible.ListItem
     Accessible.name: name + ", " + memory
     Accessible.focusable: true
     Accessible.focused: activeFocus
+    Accessible.onPressAction: trigger()
+    Keys.onMenuPressed: trigger()
+    Keys.onReturnPressed: trigger()
+    Keys.onEnterPressed: trigger()
+    Keys.onPressed: event => {
+        const isMenu = event.key === Qt.Key_F10 && event.modifiers & Qt.ShiftModifier;
+        if (!isMenu && event.key !== Qt.Key_Space)
+            return;
+        trigger();
+        event.accepted = true;
+    }
 
     FocusRing {
         radius: 8
@@ -27,6 +45,7 @@ Item {
         anchors.verticalCenter: parent.verticalCenter
         pid: line.pid
         source: line.icon
+        isRunning: line.isRunning
     }
     NameText {
         anchors.left: picture.right
@@ -45,5 +64,10 @@ Item {
         text: line.memory
         pixelSize: 12
         color: Look.secondary
+    }
+    MouseArea {
+        anchors.fill: parent
+        acceptedButtons: Qt.RightButton
+        onPressed: mouse => line.menuWanted(mouse.x, mouse.y)
     }
 }

@@ -13,7 +13,7 @@ Card {
 
     Fact {
         width: parent.width
-        title: "Memory pressure"
+        title: qsTr("Memory pressure")
         value: card.panel.pressureWord
         valueColor: [Look.green, Look.orange, Look.red][card.panel.pressure]
     }
@@ -22,7 +22,7 @@ Card {
     }
     Fact {
         width: parent.width
-        title: "Vantle itself"
+        title: qsTr("Vantle itself")
         value: card.panel.ownMemory
         valueColor: Look.secondary
     }

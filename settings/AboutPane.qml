@@ -9,17 +9,17 @@ Form {
     required property AboutModel model
 
     Section {
-        footer: "Boost moves other apps to " + Place.cores + " while you work or play, and puts everything back when you stop. Vantle never quits anything unless you allow it."
+        footer: qsTr("Boost moves other apps to %1 while you work or play, and puts everything back when you stop. Vantle never quits anything unless you allow it.").arg(Place.cores)
 
         ValueRow {
-            title: "Version"
+            title: qsTr("Version")
             value: pane.model.version
         }
         Divider {
             width: parent.width
         }
         ValueRow {
-            title: "Memory used by Vantle"
+            title: qsTr("Memory used by Vantle")
             value: pane.model.memory
         }
     }

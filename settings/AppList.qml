@@ -3,25 +3,35 @@ import QtQuick
 import Vantle.Look
 import Vantle.Settings
 
-// The apps of one setting, each with a button that takes it off the list, and a button that adds one.
+// The apps of one setting, each with a button that takes it off the list, and a button that adds one. The rows
+// are one stop for Tab; the arrow keys, Home, End, Page Up, Page Down and letters go through them.
 Column {
     id: list
 
     required property AppListModel apps
     required property AppPickerModel picker
+    property string title // of the list, for screen readers: its buttons are called as those of other lists
     property string addTitle
     property string emptyText // empty: the list says nothing when it holds nothing
+    property int current: 0 // the row that Tab leads to
+
+    function focusRow(index) {
+        current = Math.max(0, Math.min(index, rows.count - 1));
+        const row = rows.itemAt(current);
+        (row ? row.removeButton : addButton).forceActiveFocus(Qt.TabFocusReason);
+    }
 
     width: parent ? parent.width : 0
     topPadding: 4
     bottomPadding: 4
 
-    // Where the keyboard goes when the row under it is gone.
-    function focusRow(index) {
-        const row = rows.itemAt(Math.min(index, rows.count - 1));
-        (row ? row.removeButton : addButton).forceActiveFocus(Qt.TabFocusReason);
+    ListKeys {
+        id: keys
+        count: rows.count
+        current: list.current
+        nameAt: index => list.apps.nameAt(index)
+        onWanted: index => list.focusRow(index)
     }
-
     Words {
         visible: list.apps.count === 0 && list.emptyText !== ""
         width: parent.width
@@ -31,61 +41,29 @@ Column {
         color: Look.secondary
         wrapMode: Text.Wrap
     }
-    Repeater {
-        id: rows
-        model: list.apps
+    Column {
+        width: parent.width
+        Accessible.role: Accessible.List
+        Accessible.name: list.title
+        Keys.onPressed: event => keys.handle(event)
 
-        Item {
-            id: row
+        Repeater {
+            id: rows
+            model: list.apps
+            onCountChanged: list.current = Math.max(0, Math.min(list.current, count - 1))
 
-            required property int index
-            required property string key
-            required property string name
-            required property string icon
-            readonly property alias removeButton: button
-
-            width: list.width
-            height: 34
-            Accessible.role: Accessible.ListItem
-            Accessible.name: name
-
-            AppImage {
-                id: picture
-                anchors.verticalCenter: parent.verticalCenter
-                width: found ? 20 : 0
-                height: 20
-                source: row.icon
-            }
-            Words {
-                anchors.left: picture.right
-                anchors.leftMargin: picture.found ? 8 : 0
-                anchors.right: button.left
-                anchors.rightMargin: 8
-                height: parent.height
-                text: row.name
-                Accessible.ignored: true
-            }
-            SymbolButton {
-                id: button
-                anchors.right: parent.right
-                anchors.rightMargin: -6
-                anchors.verticalCenter: parent.verticalCenter
-                symbol: "minus.circle.fill"
-                color: Look.secondary
-                help: "Remove"
-                label: "Remove " + row.name
-                onTriggered: {
-                    const place = row.index;
-                    const hadFocus = activeFocus;
+            AppRow {
+                id: row
+                width: list.width
+                isStop: index === list.current
+                onRemoveWanted: hadFocus => {
+                    const place = index;
                     const owner = list;
-                    owner.apps.remove(row.key);
+                    owner.apps.remove(key);
                     if (hadFocus)
                         owner.focusRow(place);
                 }
-            }
-            Divider {
-                anchors.bottom: parent.bottom
-                width: parent.width
+                onEntered: list.current = index
             }
         }
     }
@@ -97,7 +75,23 @@ Column {
             id: addButton
             anchors.verticalCenter: parent.verticalCenter
             text: list.addTitle
+            help: list.title
+            tip: ""
             onTriggered: list.picker.openFor(list.apps)
+        }
+        PushButton {
+            anchors.right: parent.right
+            anchors.verticalCenter: parent.verticalCenter
+            visible: list.apps.restorable
+            text: qsTr("Restore defaults")
+            help: list.title
+            tip: ""
+            onTriggered: {
+                const hadFocus = activeFocus;
+                list.apps.restoreDefaults();
+                if (hadFocus)
+                    addButton.forceActiveFocus(Qt.TabFocusReason);
+            }
         }
     }
 }

@@ -41,7 +41,7 @@ FocusScope {
             id: title
             x: 20
             y: 16
-            text: "Add App"
+            text: qsTr("Add App")
             font.pixelSize: 15
             font.weight: Font.DemiBold
             Accessible.role: Accessible.Heading
@@ -66,7 +66,7 @@ FocusScope {
             x: 20
             width: parent.width - 40
             text: dialog.model.search
-            placeholder: dialog.model.browsing ? "Search this folder" : "Search installed apps"
+            placeholder: dialog.model.browsing ? qsTr("Search this folder") : qsTr("Search installed apps")
             onEdited: text => dialog.model.search = text
             onStep: rows => dialog.model.step(rows)
             onAccepted: dialog.model.activate(dialog.model.current)
@@ -89,8 +89,8 @@ FocusScope {
             height: 28
 
             PushButton {
-                text: dialog.model.browsing ? "Installed Apps" : "Other…"
-                help: dialog.model.browsing ? "" : "Choose a desktop file in any folder"
+                text: dialog.model.browsing ? qsTr("Installed Apps") : qsTr("Other…")
+                help: dialog.model.browsing ? "" : qsTr("Choose a desktop file in any folder")
                 onTriggered: dialog.model.browsing ? dialog.model.showInstalled() : dialog.model.browse()
             }
             Row {
@@ -98,11 +98,11 @@ FocusScope {
                 spacing: 8
 
                 PushButton {
-                    text: "Cancel"
+                    text: qsTr("Cancel")
                     onTriggered: dialog.model.cancel()
                 }
                 PushButton {
-                    text: "Add"
+                    text: qsTr("Add")
                     prominent: true
                     enabled: dialog.model.canAdd
                     onTriggered: dialog.model.add()

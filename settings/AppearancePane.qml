@@ -9,7 +9,7 @@ Form {
     required property AppearanceModel model
 
     Section {
-        header: "Accent color"
+        header: qsTr("Accent color")
 
         Item {
             width: parent.width
@@ -24,7 +24,7 @@ Form {
         }
     }
     Section {
-        header: "Appearance"
+        header: qsTr("Appearance")
 
         Item {
             width: parent.width
@@ -36,7 +36,7 @@ Form {
                 choices: pane.model.modeNames
                 current: pane.model.mode
                 onChosen: index => pane.model.chooseMode(index)
-                Accessible.name: "Appearance"
+                Accessible.name: qsTr("Appearance")
             }
         }
     }

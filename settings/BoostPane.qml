@@ -10,45 +10,46 @@ Form {
     readonly property BoostModel boost: model.boost
 
     Section {
-        header: "Boost these apps"
-        footer: "When one of these is in front, everything else moves to the background. Add anything: an editor, a design tool, a game."
+        header: qsTr("Boost these apps")
+        footer: qsTr("When one of these is in front, everything else moves to the background. Add anything: an editor, a design tool, a game.")
 
         AppList {
+            title: qsTr("Boost these apps")
             apps: pane.boost.userGames
             picker: pane.model.picker
-            addTitle: "Add App…"
-            emptyText: "None yet. Add an app here, or use “Always boost” in the " + Place.bar + "."
+            addTitle: qsTr("Add App…")
+            emptyText: qsTr("None yet. Add an app here, or use “Always boost” in the %1.").arg(Place.bar)
         }
     }
     Section {
-        header: "Also boost games automatically"
+        header: qsTr("Also boost games automatically")
 
         RuleToggle {
-            title: "Games launched with CrossOver"
-            note: "Wine"
+            title: qsTr("Games launched with CrossOver")
+            note: qsTr("Wine")
             setting: pane.boost.crossOver
         }
         Divider {
             width: parent.width
         }
         RuleToggle {
-            title: "Minecraft"
-            note: "Java Edition"
+            title: qsTr("Minecraft")
+            note: qsTr("Java Edition")
             setting: pane.boost.minecraft
         }
         Divider {
             width: parent.width
         }
         RuleToggle {
-            title: "Steam games"
-            note: "steamapps folder"
+            title: qsTr("Steam games")
+            note: qsTr("steamapps folder")
             setting: pane.boost.steam
         }
         Divider {
             width: parent.width
         }
         RuleToggle {
-            title: "Apps in the “Games” category"
+            title: qsTr("Apps in the “Games” category")
             note: Place.store
             setting: pane.boost.gamesCategory
         }
@@ -62,34 +63,36 @@ Form {
         }
     }
     Section {
-        header: "Never slowed down"
-        footer: "Also protected automatically: apps playing audio, downloading or keeping the " + Place.computer + " awake, and system processes."
+        header: qsTr("Never slowed down")
+        footer: qsTr("Also protected automatically: apps playing audio, downloading or keeping the %1 awake, and system processes.").arg(Place.computer)
 
         AppList {
+            title: qsTr("Never slowed down")
             apps: pane.boost.protectedApps
             picker: pane.model.picker
-            addTitle: "Add App…"
+            addTitle: qsTr("Add App…")
         }
     }
     Section {
-        header: "When memory runs low"
+        header: qsTr("When memory runs low")
 
         RadioGroup {
-            choices: ["Only show a notification", "Quit the apps I mark as quittable"]
+            choices: [qsTr("Only show a notification"), qsTr("Quit the apps I mark as quittable")]
             current: pane.boost.ramAction
             onChosen: index => pane.boost.chooseRamAction(index)
-            Accessible.name: "When memory runs low"
+            Accessible.name: qsTr("When memory runs low")
         }
     }
     Section {
-        header: "Quittable apps"
+        header: qsTr("Quittable apps")
         footer: pane.boost.quittableFooter
 
         AppList {
+            title: qsTr("Quittable apps")
             apps: pane.boost.quittableApps
             picker: pane.model.picker
-            addTitle: "Add Quittable App…"
-            emptyText: "None yet."
+            addTitle: qsTr("Add Quittable App…")
+            emptyText: qsTr("None yet.")
         }
     }
 }

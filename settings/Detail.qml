@@ -9,6 +9,10 @@ Item {
 
     required property SettingsModel model
 
+    function scrollByKey(event) {
+        area.scrollByKey(event);
+    }
+
     ThemeTint {
         anchors.fill: parent
         light: 0.1
@@ -16,8 +20,8 @@ Item {
     }
     Words {
         id: title
-        x: 32
-        width: parent.width - 64
+        x: pane.x + 12
+        width: pane.width - 24
         height: 52
         text: detail.model.paneTitles[detail.model.pane]
         font.pixelSize: 17
@@ -33,8 +37,8 @@ Item {
 
         Loader {
             id: pane
-            x: 20
-            width: parent.width - 40
+            x: Math.round((parent.width - width) / 2)
+            width: Math.min(parent.width - 40, 640)
             sourceComponent: [general, boost, appearance, updates, about][detail.model.pane]
             onLoaded: area.contentY = 0
         }

@@ -15,7 +15,7 @@ Section {
 
     Toggle {
         width: parent ? parent.width : 0
-        text: "See native apps"
+        text: qsTr("See native apps")
         checked: section.model.on
         onTriggered: section.model.toggle()
     }
@@ -32,7 +32,7 @@ Section {
 
         Words {
             width: parent.width
-            text: "Install a small extension in GNOME? It tells Vantle which windows there are and which one is in front, and nobody else. It starts after you have logged out and in again once. Switching this off removes it."
+            text: qsTr("Install a small extension in GNOME? It tells Vantle which windows there are and which one is in front, and nobody else. It starts after you have logged out and in again once. Switching this off removes it.")
             wrapMode: Text.Wrap
             lineHeight: 1.15
             Accessible.role: Accessible.StaticText
@@ -42,11 +42,11 @@ Section {
             spacing: 8
 
             PushButton {
-                text: "Cancel"
+                text: qsTr("Cancel")
                 onTriggered: section.model.cancel()
             }
             PushButton {
-                text: "Install"
+                text: qsTr("Install")
                 prominent: true
                 onTriggered: section.model.install()
             }

@@ -10,14 +10,14 @@ Form {
 
     Section {
         SwitchRow {
-            text: "Start Boost automatically when a Boost app opens"
+            text: qsTr("Start Boost automatically when a Boost app opens")
             setting: pane.model.automatic
         }
         Divider {
             width: parent.width
         }
         SwitchRow {
-            text: "Open Vantle at login"
+            text: qsTr("Open Vantle at login")
             setting: pane.model.openAtLogin
         }
     }

@@ -16,7 +16,7 @@ RoundedBox {
     Words {
         anchors.centerIn: parent
         visible: frame.model.count === 0
-        text: frame.model.search !== "" ? "Nothing found" : "No apps here"
+        text: frame.model.search !== "" ? qsTr("Nothing found") : qsTr("No apps here")
         color: Look.secondary
     }
     ListView {
@@ -27,15 +27,23 @@ RoundedBox {
         model: frame.model
         currentIndex: frame.model.current
         boundsBehavior: Flickable.StopAtBounds
+        interactive: false // see Scrolling
         highlightMoveDuration: 0
         activeFocusOnTab: true
         keyNavigationEnabled: false
         Accessible.role: Accessible.List
-        Accessible.name: frame.model.browsing ? "Folder " + frame.model.folder : "Installed apps"
-        Keys.onUpPressed: frame.model.step(-1)
-        Keys.onDownPressed: frame.model.step(1)
+        Accessible.name: frame.model.browsing ? qsTr("Folder %1").arg(frame.model.folder) : qsTr("Installed apps")
+        Keys.onPressed: event => keys.handle(event)
         Keys.onReturnPressed: frame.model.activate(frame.model.current)
         Keys.onEnterPressed: frame.model.activate(frame.model.current)
+
+        ListKeys {
+            id: keys
+            count: frame.model.count
+            current: frame.model.current
+            nameAt: index => frame.model.nameAt(index)
+            onWanted: index => frame.model.current = index
+        }
 
         delegate: PickerRow {
             width: list.width
@@ -44,11 +52,13 @@ RoundedBox {
             onActivated: frame.model.activate(index)
         }
     }
+    Scrolling {
+        area: list
+    }
     ScrollMark {
         area: list
-        y: 5 + list.visibleArea.yPosition * list.height
+        y: list.y
         anchors.right: parent.right
-        anchors.rightMargin: 1
     }
     FocusRing {
         shown: list.activeFocus

@@ -17,7 +17,7 @@ Item {
 
     height: 34
     Accessible.role: Accessible.ListItem
-    Accessible.name: isFolder ? name + ", folder" : name
+    Accessible.name: isFolder ? qsTr("%1, folder").arg(name) : name
     Accessible.selectable: true
     Accessible.selected: current
     Accessible.onPressAction: chosen()
@@ -34,6 +34,7 @@ Item {
         width: 20
         height: 20
         source: row.icon
+        isApp: !row.isFolder
 
         // Stands in for the picture of an app that has none.
         RoundedBox {
@@ -51,7 +52,7 @@ Item {
             color: row.current ? "white" : Look.secondary
         }
     }
-    Words {
+    NameText {
         anchors.left: picture.right
         anchors.leftMargin: 10
         anchors.right: parent.right

@@ -11,7 +11,7 @@ Item {
     implicitWidth: 16
     implicitHeight: 16
     Accessible.role: Accessible.ProgressBar
-    Accessible.name: "Checking…"
+    Accessible.name: qsTr("Checking…")
 
     Timer {
         interval: 100

@@ -31,6 +31,8 @@ RovingGroup {
             checkable: true
             checked: index === group.current
             activeFocusOnTab: checked
+            ringGap: -1
+            ringSideGap: 7
             onTriggered: group.choose(index)
             Accessible.role: Accessible.RadioButton
 
@@ -41,7 +43,7 @@ RovingGroup {
                 radius: 8
                 anchors.verticalCenter: parent.verticalCenter
                 color: button.checked ? Look.accent : "transparent"
-                edgeColor: button.checked ? "transparent" : Look.tertiary
+                edgeColor: button.checked ? Look.accentOutline : Look.outline
                 edgeWidth: 1.5
                 opacity: button.pressed ? 0.7 : 1
 

@@ -14,11 +14,13 @@ SwitchRow {
 
     Words {
         id: titleWords
+        width: Math.min(implicitWidth, rule.width - 56 - noteWords.implicitWidth)
         height: parent.height
         text: rule.title
         Accessible.ignored: true
     }
     Words {
+        id: noteWords
         anchors.left: titleWords.right
         anchors.leftMargin: 8
         height: parent.height

@@ -20,7 +20,7 @@ RoundedBox {
     implicitHeight: 30
     radius: 7
     color: Look.control
-    edgeColor: Look.divider
+    edgeColor: Look.outline
 
     Symbol {
         id: picture

@@ -10,8 +10,39 @@ Rectangle {
     required property SettingsModel model
 
     color: Look.surface
+    focus: true
+    Keys.onPressed: event => {
+        const closes = event.key === Qt.Key_Escape || (event.key === Qt.Key_W && event.modifiers === Qt.ControlModifier);
+        if (!closes)
+            return detail.scrollByKey(event);
+        event.accepted = true;
+        view.Window.window.close();
+    }
+
+    // Where the keyboard was before a dialog took it, and is again when that is gone.
+    readonly property Item focusItem: Window.activeFocusItem
+    property Item placeBehind
+
+    onFocusItemChanged: {
+        for (let each = focusItem; each; each = each.parent) {
+            if (each === behind)
+                placeBehind = focusItem;
+        }
+    }
+    Connections {
+        target: view.model.picker
+        function onOpenChanged() {
+            if (!view.model.picker.open)
+                Qt.callLater(view.goBack);
+        }
+    }
+
+    function goBack() {
+        (placeBehind ?? view).forceActiveFocus(Qt.PopupFocusReason);
+    }
 
     Item {
+        id: behind
         anchors.fill: parent
         // A dialog is modal: nothing behind it is reached by keyboard, pointer or screen reader.
         enabled: !view.model.picker.open
@@ -22,6 +53,7 @@ Rectangle {
             model: view.model
         }
         Detail {
+            id: detail
             anchors.left: sidebar.right
             anchors.right: parent.right
             height: parent.height

@@ -3,6 +3,7 @@
 
 #include "settings/Resources.h"
 
+#include <QCoreApplication>
 #include <QGuiApplication>
 #include <QScreen>
 #include <QVariant>
@@ -35,7 +36,7 @@ SettingsWindow::SettingsWindow(LookEngine& engine, const SettingsParts& parts, c
         call();
       }) {
   registerSettingsTypes();
-  m_view.setTitle(QStringLiteral("Vantle Settings"));
+  m_view.setTitle(QCoreApplication::translate("SettingsWindow", "Vantle Settings"));
   m_view.setMinimumSize(smallest);
   m_view.setResizeMode(QQuickView::SizeRootObjectToView);
   m_view.resize(state.size);

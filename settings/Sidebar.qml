@@ -31,7 +31,7 @@ Item {
             itemAt: index => titles.itemAt(index)
             onChosen: index => sidebar.model.pane = index
             Accessible.role: Accessible.PageTabList
-            Accessible.name: "Panes"
+            Accessible.name: qsTr("Panes")
 
             Repeater {
                 id: titles

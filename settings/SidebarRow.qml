@@ -14,6 +14,7 @@ Pressable {
 
     label: title
     ringRadius: 8
+    ringGap: 0
     implicitHeight: words.implicitHeight + 12
     activeFocusOnTab: selected
     opacity: pressed ? 0.75 : 1

@@ -17,7 +17,7 @@ RovingGroup {
     itemAt: index => swatches.itemAt(index)
     onChosen: index => model.chooseAccent(index)
     Accessible.role: Accessible.Grouping
-    Accessible.name: "Accent color"
+    Accessible.name: qsTr("Accent color")
 
     Repeater {
         id: swatches

@@ -10,19 +10,19 @@ Form {
 
     Section {
         ValueRow {
-            title: "Current version"
+            title: qsTr("Current version")
             value: pane.model.currentVersion
         }
         Divider {
             width: parent.width
         }
         SwitchRow {
-            text: "Check for updates automatically"
+            text: qsTr("Check for updates automatically")
             setting: pane.model.automatically
         }
     }
     Section {
-        footer: "Vantle only looks up the latest version number. It never downloads or installs anything by itself."
+        footer: qsTr("Vantle only looks up the latest version number. It never downloads or installs anything by itself.")
 
         UpdateStatus {
             model: pane.model

@@ -14,6 +14,8 @@ class IconTheme {
   virtual void choose() = 0;
   // The file of an icon that is in no theme; empty when there is none. The name holds no slash.
   virtual QString fileOf(const QString& name) const = 0;
+  // The themed picture that stands for any app.
+  virtual QString genericName() const = 0;
 };
 
 } // namespace vantle

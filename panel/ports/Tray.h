@@ -19,18 +19,22 @@ struct TrayFace {
   QString state; // in words
 };
 
-// What a person can do with an icon. Called on the main loop, never within a call of the tray's; once,
-// however often it was asked for until then.
+// What a person can do with an icon, and in its menu. Called on the main loop, never within a call of the
+// tray's; once, however often it was asked for until then.
 struct TrayActions {
-  struct Entry {
-    QString label; // empty for a line between entries
-    // Where the pointer was then, in device-independent screen coordinates; absent where nobody is told.
-    std::function<void(std::optional<QPoint> pointer)> chosen;
-  };
-
   // Where the icon is, in device-independent screen coordinates; absent when the tray does not know.
   std::function<void(std::optional<QRect>)> clicked;
-  std::vector<Entry> menu;
+  std::function<void()> middleClicked;
+};
+
+// A line of the menu.
+struct TrayEntry {
+  QString label = {}; // empty for a line between entries
+  // Where the pointer was then, in device-independent screen coordinates; absent where nobody is told. A line
+  // without it can only be read.
+  std::function<void(std::optional<QPoint> pointer)> chosen = {};
+  std::optional<bool> isChecked = {}; // of a switch
+  bool isShown = true;
 };
 
 // One icon in the tray, which leaves it when it is destroyed. With no tray at all nobody sees it; it follows
@@ -40,6 +44,9 @@ class TrayIcon {
   virtual ~TrayIcon() = default;
 
   virtual void show(const TrayFace& face) = 0;
+  // Each time with the same entries in the same order: a person may have the menu open, and must not choose
+  // what has come into the place of something else. What is of no use now is not shown.
+  virtual void offer(std::vector<TrayEntry> menu) = 0;
 };
 
 // The desktop's tray, also where it is none.

@@ -37,6 +37,16 @@ class HostedPanel {
     return waitUntil([&] { return countOf("done " + line) > before; }, std::chrono::seconds(5));
   }
 
+  // The Boost app or "idle", and whether Boosts start by themselves.
+  bool becomes(const std::string& state, std::chrono::milliseconds limit = guardLimit) {
+    return waitUntil(
+        [&] {
+          const long before = countOf("state " + state);
+          return tells("state") && countOf("state " + state) > before;
+        },
+        limit);
+  }
+
   long countOf(const std::string& start) const {
     std::ifstream log(m_log);
     long count = 0;

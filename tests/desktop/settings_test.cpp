@@ -209,6 +209,93 @@ TEST_F(SettingsOnADesktop, IsWorkedByKeyboardAlone) {
   EXPECT_TRUE(becomes("otomatik", false, true));
 }
 
+// Where a walk by the Tab key through the pane leads, back to its beginning.
+TEST_F(SettingsOnADesktop, EveryControlOfThePaneIsOnTheTabKeysWay) {
+  std::vector<std::string> walk;
+  for (int step = 0; step < 20 && (walk.empty() || walk.back() != "Boost" || walk.size() == 1); ++step) {
+    press("Tab");
+    const std::string last = walk.empty() ? "focus \n" : "focus " + walk.back() + "\n";
+    std::string now;
+    require("the next place", [&] { return (now = tells("focus")).rfind(last, 0) != 0; });
+    walk.push_back(now.substr(6, now.find('\n') - 6));
+  }
+  EXPECT_THAT(walk,
+              testing::ElementsAre("Boost", "Add App…", "Games launched with CrossOver, Wine",
+                                   "Minecraft, Java Edition", "Steam games, steamapps folder",
+                                   "Apps in the “Games” category, app menu", "Remove Spotify", "Add App…",
+                                   "Only show a notification", "Add Quittable App…", "Boost"));
+}
+
+TEST_F(SettingsOnADesktop, KeysGoThroughAListAndThePlaceIsKept) {
+  const auto leadsTo = [&](const std::string& key, const std::string& label) {
+    press(key);
+    EXPECT_TRUE(waitUntil([&] { return tells("focus").rfind("focus " + label + "\n", 0) == 0; }))
+        << key << " to " << label << ": " << tells("focus");
+  };
+  leadsTo("Tab", "Boost");
+  leadsTo("Tab", "Add App…");
+  press("Return"); // the picker, with the search
+  leadsTo("Escape", "Add App…");
+  for (const char* label : {"Games launched with CrossOver, Wine", "Minecraft, Java Edition",
+                            "Steam games, steamapps folder", "Apps in the “Games” category, app menu"})
+    leadsTo("Tab", label);
+  leadsTo("Tab", "Remove Spotify");
+  leadsTo("Down", "Remove Music");
+  leadsTo("End", "Remove Minecraft Launcher");
+  leadsTo("d", "Remove Discord");
+  leadsTo("space", "Remove OBS Studio"); // which stands in its place
+  EXPECT_TRUE(waitUntil([&] { return onDisk<Keys>("protectedApps").size() == 5; }));
+  leadsTo("Home", "Remove Spotify");
+  leadsTo("Tab", "Add App…");
+  leadsTo("Tab", "Restore defaults");
+  leadsTo("Return", "Add App…");
+  EXPECT_TRUE(waitUntil([&] { return onDisk<Keys>("protectedApps").size() == 6; }));
+}
+
+TEST_F(SettingsOnADesktop, IsClosedByKeys) {
+  for (const char* key : {"Escape", "ctrl+w"}) {
+    press(key);
+    require("it is gone", [&] { return desktop.windows().ofProcess(settings.program().pid()).empty(); });
+    say("show");
+    desktop.waitForWindow(settings.program().pid());
+    require("it is back", [&] { return settings.isActive(); });
+  }
+}
+
+TEST_F(SettingsOnADesktop, IsScrolledByKeysWheelAndBarButNotByDraggingThePage) {
+  int at = 0;
+  int way = 0;
+  const auto scrolled = [&] {
+    return std::sscanf(tells("scrolled").c_str(), "scrolled %d of %d", &at, &way) == 2 ? at : -1;
+  };
+  const auto scrolls = [&](std::initializer_list<const char*> words, const char* what, auto holds) {
+    std::vector<std::string> command{"xdotool"};
+    command.insert(command.end(), words.begin(), words.end());
+    ASSERT_TRUE(desktop.run(command));
+    EXPECT_TRUE(waitUntil([&] { return holds(scrolled()); })) << what << ": " << at << " of " << way;
+  };
+  ASSERT_EQ(scrolled(), 0);
+  ASSERT_GT(way, 100);
+  scrolls({"key", "Next"}, "a page", [](int now) { return now > 100; });
+  scrolls({"key", "End"}, "the end", [&](int now) { return now == way; });
+  scrolls({"key", "Up"}, "an arrow", [&](int now) { return now < way && now > way - 100; });
+  scrolls({"key", "Home"}, "the beginning", [](int now) { return now == 0; });
+  const char* const window = windowId.c_str();
+  scrolls({"mousemove", "--sync", "--window", window, "500", "300", "click", "5"}, "the wheel",
+          [](int now) { return now > 0 && now < 200; });
+  // At the pane's right edge, from its top on.
+  scrolls({"mousemove", "--window", window, "755", "60", "mousedown", "1", "mousemove", "--window", window,
+           "755", "700", "mouseup", "1"},
+          "the bar", [&](int now) { return now == way; });
+  scrolls({"mousemove", "--window", window, "755", "80", "click", "1"}, "beside the bar",
+          [&](int now) { return now < way - 100; });
+  const int before = scrolled();
+  scrolls({"mousemove", "--window", window, "500",     "400", "mousedown", "1",
+           "mousemove", "--window", window, "500",     "300", "mousemove", "--window",
+           window,      "500",      "200",  "mouseup", "1",   "click",     "5"},
+          "the wheel after a drag", [&](int now) { return now == std::min(before + 60, way); });
+}
+
 TEST_F(SettingsOnADesktop, PicksAnInstalledAppBySearchAndKeyboard) {
   desktop.installDesktopFile("org.example.Editor",
                              "[Desktop Entry]\nType=Application\nName=Editor\nExec=/bin/true\n");

@@ -147,6 +147,39 @@ TEST_F(Shell, ThePanelStartsAndEndsABoost) {
   EXPECT_TRUE(becomesShown("Ready to boost"));
 }
 
+TEST_F(Shell, ALineOfThePanelBringsItsAppToTheFrontAndProtectsIt) {
+  Program& mail = appOf("Mail");
+  startVantle();
+  Program& editor = appOf("Editor");
+  desktop.activate(editor);
+  openPanel();
+  click("Boost Editor now");
+  ASSERT_TRUE(waitUntil([&] { return isSlowed(mail.pid()); }));
+  const auto choose = [&](const char* entry) {
+    std::optional<AccessibleTree::Node> line;
+    require("Mail's line", [&] {
+      for (AccessibleTree::Node& node : tree.shownBy(app)) {
+        if (node.name.starts_with("Mail, ")) line = std::move(node);
+      }
+      return line.has_value();
+    });
+    ASSERT_TRUE(desktop.run(
+        {"xdotool", "mousemove", "--sync", std::to_string(line->x), std::to_string(line->y), "click", "3"}));
+    click(entry);
+  };
+  choose("Bring to front");
+  const std::uint32_t window = desktop.waitForWindow(mail.pid()).id;
+  EXPECT_TRUE(waitUntil([&] { return desktop.windows().active() == window; }));
+  EXPECT_TRUE(waitUntil([&] { return isAtFullSpeed(mail.pid()); }));
+  desktop.activate(editor);
+  ASSERT_TRUE(waitUntil([&] { return isSlowed(mail.pid()); }));
+  openPanel();
+  choose("Never slow down");
+  EXPECT_TRUE(waitUntil([&] { return isAtFullSpeed(mail.pid()); }));
+  EXPECT_TRUE(becomesStored("org.example.Mail")) << storedSettings();
+  EXPECT_TRUE(becomesHidden("Never slow down"));
+}
+
 TEST_F(Shell, AlwaysBoostShowsInThePanelAndInTheOpenSettings) {
   Program& mail = appOf("Mail");
   startVantle();

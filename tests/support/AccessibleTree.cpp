@@ -149,7 +149,7 @@ std::vector<AccessibleTree::Node> AccessibleTree::shownBy(const std::string& app
 }
 
 std::optional<AccessibleTree::Node> AccessibleTree::control(const std::string& app, const std::string& name) {
-  constexpr std::array roles{"push button", "check box", "radio button", "page tab"};
+  constexpr std::array roles{"push button", "check box", "radio button", "page tab", "menu item"};
   for (Node& node : shownBy(app)) {
     const bool isControl =
         std::any_of(roles.begin(), roles.end(), [&](const char* role) { return node.role == role; });

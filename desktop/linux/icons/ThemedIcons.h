@@ -14,6 +14,7 @@ class ThemedIcons final : public IconTheme {
 
   void choose() override;
   QString fileOf(const QString& name) const override;
+  QString genericName() const override { return QStringLiteral("application-x-executable"); }
 
  private:
   const SettingsManager& m_manager;

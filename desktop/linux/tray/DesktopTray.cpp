@@ -22,11 +22,10 @@ std::optional<QRect> iconAt(QPoint point) {
 class DesktopTrayIcon final : public TrayIcon {
  public:
   DesktopTrayIcon(EventLoop& loop, SessionBus& bus, ColorScheme& scheme, TrayActions actions)
-      : m_loop(loop), m_clicked(std::move(actions.clicked)), m_scheme(bus, scheme),
-        m_isOnDark(m_scheme.isDark()),
-        m_notifierItem(
-            bus, std::move(actions.menu), [this](QPoint point) { m_clicked(iconAt(point)); },
-            [this](bool shown) { useEmbedding(!shown); }) {
+      : m_loop(loop), m_actions(std::move(actions)), m_scheme(bus, scheme), m_isOnDark(m_scheme.isDark()),
+        m_notifierItem(bus, {.activated = [this](QPoint point) { m_actions.clicked(iconAt(point)); },
+                             .secondaryActivated = m_actions.middleClicked,
+                             .presence = [this](bool shown) { useEmbedding(!shown); }}) {
     QObject::connect(&m_scheme, &TrayScheme::changed, &m_scheme, [this] { followScheme(); });
   }
 
@@ -35,6 +34,8 @@ class DesktopTrayIcon final : public TrayIcon {
     m_notifierItem.show(m_face, m_isOnDark);
     if (m_embedded) m_embedded->show(m_face, m_isOnDark);
   }
+
+  void offer(std::vector<TrayEntry> menu) override { m_notifierItem.offer(std::move(menu)); }
 
  private:
   void followScheme() {
@@ -45,14 +46,15 @@ class DesktopTrayIcon final : public TrayIcon {
   void useEmbedding(bool use) {
     if (!use) m_embedded.reset();
     if (use && !m_embedded && qEnvironmentVariableIsSet("DISPLAY")) {
-      m_embedded =
-          std::make_unique<XEmbedIcon>(m_loop, [this](const QRect& place) { m_clicked(fromNative(place)); });
+      m_embedded = std::make_unique<XEmbedIcon>(
+          m_loop, [this](const QRect& place) { m_actions.clicked(fromNative(place)); },
+          m_actions.middleClicked);
       m_embedded->show(m_face, m_isOnDark);
     }
   }
 
   EventLoop& m_loop;
-  std::function<void(std::optional<QRect>)> m_clicked;
+  TrayActions m_actions;
   TrayScheme m_scheme;
   bool m_isOnDark;
   TrayFace m_face;

@@ -35,42 +35,28 @@ QDBusMessage watcherCall(const QString& interface, const QString& method) {
 
 } // namespace
 
-StatusNotifierItem::StatusNotifierItem(SessionBus& bus, std::vector<TrayActions::Entry> menu,
-                                       std::function<void(QPoint)> onActivate,
-                                       std::function<void(bool)> onPresence)
-    : m_bus(bus), m_menu(withToken(std::move(menu))), m_onActivate(std::move(onActivate)),
-      m_onPresence(std::move(onPresence)) {
+StatusNotifierItem::StatusNotifierItem(SessionBus& bus, Handlers handlers)
+    : m_bus(bus), m_handlers(std::move(handlers)) {
   registerTrayTypes();
   m_activation.setSingleShot(true);
-  connect(&m_activation, &QTimer::timeout, this,
-          [this] { m_token.during([this] { m_onActivate(m_activatedAt); }); });
+  connect(&m_activation, &QTimer::timeout, this, [this] { m_token.during(m_click); });
   m_watcher.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
   m_watcher.addWatchedService(watcherService);
   connect(&m_watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
           [this](const QString&, const QString&, const QString& newOwner) {
             if (newOwner.isEmpty()) {
-              m_onPresence(false);
+              m_handlers.presence(false);
             } else {
               announce();
             }
           });
-  connect(&m_bus, &SessionBus::lost, this, [this] { m_onPresence(false); });
+  connect(&m_bus, &SessionBus::lost, this, [this] { m_handlers.presence(false); });
   connect(&m_bus, &SessionBus::opened, this, &StatusNotifierItem::enterBus);
   if (m_bus.isConnected()) {
     enterBus();
   } else {
-    m_onPresence(false);
+    m_handlers.presence(false);
   }
-}
-
-std::vector<TrayActions::Entry> StatusNotifierItem::withToken(std::vector<TrayActions::Entry> menu) {
-  for (TrayActions::Entry& entry : menu) {
-    if (!entry.chosen) continue;
-    entry.chosen = [this, chosen = std::move(entry.chosen)](auto pointer) {
-      m_token.during([&] { chosen(pointer); });
-    };
-  }
-  return menu;
 }
 
 void StatusNotifierItem::enterBus() {
@@ -91,7 +77,7 @@ void StatusNotifierItem::announce() {
   auto* watcher = new QDBusPendingCallWatcher(m_bus.connection().asyncCall(call), this);
   connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
     if (watcher->isError()) {
-      m_onPresence(false);
+      m_handlers.presence(false);
     } else {
       askForHost();
     }
@@ -106,18 +92,28 @@ void StatusNotifierItem::askForHost() {
   auto* watcher = new QDBusPendingCallWatcher(m_bus.connection().asyncCall(call), this);
   connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
     const QDBusPendingReply<QDBusVariant> reply = *watcher;
-    m_onPresence(!reply.isValid() || reply.value().variant().toBool());
+    m_handlers.presence(!reply.isValid() || reply.value().variant().toBool());
     watcher->deleteLater();
   });
 }
 
-void StatusNotifierItem::hostAppeared() { m_onPresence(true); }
+void StatusNotifierItem::hostAppeared() { m_handlers.presence(true); }
 
 void StatusNotifierItem::show(const TrayFace& face, bool onDark) {
   m_face = face;
   m_isOnDark = onDark;
   emit NewIcon();
   emit NewToolTip();
+}
+
+void StatusNotifierItem::offer(std::vector<TrayEntry> menu) {
+  for (TrayEntry& entry : menu) {
+    if (!entry.chosen) continue;
+    entry.chosen = [this, chosen = std::move(entry.chosen)](auto pointer) {
+      m_token.during([&] { chosen(pointer); });
+    };
+  }
+  m_menu.offer(std::move(menu));
 }
 
 TrayPixmaps StatusNotifierItem::iconPixmap() const {
@@ -127,23 +123,26 @@ TrayPixmaps StatusNotifierItem::iconPixmap() const {
   return all;
 }
 
+// Trays take the text for one with marks of HTML; names are from outside.
 TrayToolTip StatusNotifierItem::toolTip() const {
-  return {.iconName = {}, .icon = {}, .title = title(), .text = m_face.state};
+  return {.iconName = {}, .icon = {}, .title = title(), .text = m_face.state.toHtmlEscaped()};
 }
 
 QDBusObjectPath StatusNotifierItem::menu() const { return QDBusObjectPath(menuPath); }
 
 // After the answer to the tray. However often somebody calls until then, it is one click.
-void StatusNotifierItem::activateSoon(QPoint point) {
-  m_activatedAt = point;
+void StatusNotifierItem::soon(std::function<void()> click) {
+  m_click = std::move(click);
   if (!m_activation.isActive()) m_activation.start(0);
 }
 
-void StatusNotifierItem::Activate(int x, int y) { activateSoon({x, y}); }
+void StatusNotifierItem::Activate(int x, int y) {
+  soon([this, point = QPoint(x, y)] { m_handlers.activated(point); });
+}
 
-void StatusNotifierItem::SecondaryActivate(int x, int y) { activateSoon({x, y}); }
+void StatusNotifierItem::SecondaryActivate(int, int) { soon(m_handlers.secondaryActivated); }
 
-void StatusNotifierItem::ContextMenu(int x, int y) { activateSoon({x, y}); }
+void StatusNotifierItem::ContextMenu(int x, int y) { Activate(x, y); }
 
 void StatusNotifierItem::Scroll(int, const QString&) {}
 

@@ -33,11 +33,16 @@ class StatusNotifierItem : public QObject {
   Q_PROPERTY(QDBusObjectPath Menu READ menu)
 
  public:
-  // `onActivate` gets a native screen point. `onPresence` is told whether a tray shows the item.
-  StatusNotifierItem(SessionBus& bus, std::vector<TrayActions::Entry> menu,
-                     std::function<void(QPoint)> onActivate, std::function<void(bool)> onPresence);
+  struct Handlers {
+    std::function<void(QPoint)> activated; // at a native screen point
+    std::function<void()> secondaryActivated;
+    std::function<void(bool)> presence; // whether a tray shows the item
+  };
+
+  StatusNotifierItem(SessionBus& bus, Handlers handlers);
 
   void show(const TrayFace& face, bool onDark);
+  void offer(std::vector<TrayEntry> menu);
 
   QString category() const { return QStringLiteral("ApplicationStatus"); }
   QString id() const { return QString::fromLatin1(names::identifier); }
@@ -68,8 +73,7 @@ class StatusNotifierItem : public QObject {
 
  private:
   void enterBus();
-  std::vector<TrayActions::Entry> withToken(std::vector<TrayActions::Entry> menu);
-  void activateSoon(QPoint point);
+  void soon(std::function<void()> click);
   void announce();
   void askForHost();
 
@@ -77,10 +81,9 @@ class StatusNotifierItem : public QObject {
   QDBusServiceWatcher m_watcher;
   HandedToken m_token;
   TrayMenu m_menu;
-  std::function<void(QPoint)> m_onActivate;
-  std::function<void(bool)> m_onPresence;
+  Handlers m_handlers;
   QString m_service;
-  QPoint m_activatedAt;
+  std::function<void()> m_click;
   QTimer m_activation; // runs until the click has its effect
   TrayFace m_face;
   bool m_isOnDark = false;

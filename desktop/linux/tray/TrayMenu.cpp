@@ -8,8 +8,7 @@
 namespace vantle {
 namespace {
 
-constexpr int root = 0;      // its id; the entries follow
-constexpr uint revision = 1; // of the layout
+constexpr int root = 0; // its id; the entries follow
 
 // The tray does not say where its menu was. Only an X server tells where the pointer is.
 std::optional<QPoint> pointer() {
@@ -19,9 +18,21 @@ std::optional<QPoint> pointer() {
 
 } // namespace
 
-TrayMenu::TrayMenu(std::vector<TrayActions::Entry> entries) : m_entries(std::move(entries)) {
+TrayMenu::TrayMenu() {
   m_click.setSingleShot(true);
   connect(&m_click, &QTimer::timeout, this, &TrayMenu::act);
+}
+
+void TrayMenu::offer(std::vector<TrayEntry> entries) {
+  const QList<MenuProperties> before = GetGroupProperties({}, {});
+  m_entries = std::move(entries);
+  const QList<MenuProperties> now = GetGroupProperties({}, {});
+  if (now.size() != before.size()) return emit LayoutUpdated(++m_revision, root);
+  QList<MenuProperties> changed;
+  for (qsizetype at = 0; at < now.size(); ++at) {
+    if (now[at].properties != before[at].properties) changed.append(now[at]);
+  }
+  if (!changed.isEmpty()) emit ItemsPropertiesUpdated(changed, {});
 }
 
 QList<int> TrayMenu::ids() const {
@@ -30,12 +41,25 @@ QList<int> TrayMenu::ids() const {
   return all;
 }
 
+const TrayEntry& TrayMenu::entry(int id) const { return m_entries[static_cast<std::size_t>(id - root - 1)]; }
+
 QVariantMap TrayMenu::propertiesOf(int id) const {
   if (id == root) return {{QStringLiteral("children-display"), QStringLiteral("submenu")}};
   if (!ids().contains(id)) return {};
-  const QString& label = m_entries[static_cast<std::size_t>(id - root - 1)].label;
-  if (label.isEmpty()) return {{QStringLiteral("type"), QStringLiteral("separator")}};
-  return {{QStringLiteral("label"), label}};
+  const TrayEntry& shown = entry(id);
+  QVariantMap properties{{QStringLiteral("visible"), shown.isShown}};
+  if (shown.label.isEmpty()) {
+    properties[QStringLiteral("type")] = QStringLiteral("separator");
+    return properties;
+  }
+  // One underscore alone marks the letter after it.
+  properties[QStringLiteral("label")] = QString(shown.label).replace(u'_', QStringLiteral("__"));
+  properties[QStringLiteral("enabled")] = static_cast<bool>(shown.chosen);
+  if (shown.isChecked) {
+    properties[QStringLiteral("toggle-type")] = QStringLiteral("checkmark");
+    properties[QStringLiteral("toggle-state")] = *shown.isChecked ? 1 : 0;
+  }
+  return properties;
 }
 
 uint TrayMenu::GetLayout(int parentId, int recursionDepth, const QStringList&, MenuLayout& layout) {
@@ -46,7 +70,7 @@ uint TrayMenu::GetLayout(int parentId, int recursionDepth, const QStringList&, M
       layout.children.append(QDBusVariant(QVariant::fromValue(child)));
     }
   }
-  return revision;
+  return m_revision;
 }
 
 QList<MenuProperties> TrayMenu::GetGroupProperties(const QList<int>& wanted, const QStringList&) {
@@ -69,8 +93,8 @@ void TrayMenu::Event(int id, const QString& eventId, const QDBusVariant&, uint) 
 
 void TrayMenu::act() const {
   if (m_clicked == root || !ids().contains(m_clicked)) return;
-  const TrayActions::Entry& entry = m_entries[static_cast<std::size_t>(m_clicked - root - 1)];
-  if (entry.chosen) entry.chosen(pointer());
+  const TrayEntry chosen = entry(m_clicked); // a copy: what it does may change the menu
+  if (chosen.isShown && chosen.chosen) chosen.chosen(pointer());
 }
 
 QList<int> TrayMenu::EventGroup(const QList<MenuEvent>& events) {

@@ -10,7 +10,8 @@
 
 namespace vantle {
 
-// The tray icon's menu (com.canonical.dbusmenu), shown by the tray itself. It never changes.
+// The tray icon's menu (com.canonical.dbusmenu), shown by the tray itself. Its entries keep their numbers, by
+// which the tray tells what was clicked; what changes is what they say, and whether they are shown.
 class TrayMenu : public QObject {
   Q_OBJECT
   Q_CLASSINFO("D-Bus Interface", "com.canonical.dbusmenu")
@@ -20,7 +21,9 @@ class TrayMenu : public QObject {
   Q_PROPERTY(QStringList IconThemePath READ iconThemePath)
 
  public:
-  explicit TrayMenu(std::vector<TrayActions::Entry> entries);
+  TrayMenu();
+
+  void offer(std::vector<TrayEntry> entries);
 
   uint version() const { return 3; } // of the protocol
   QString textDirection() const { return QStringLiteral("ltr"); }
@@ -39,15 +42,19 @@ class TrayMenu : public QObject {
 
  signals:
   void LayoutUpdated(uint revision, int parent);
+  void ItemsPropertiesUpdated(const QList<vantle::MenuProperties>& changed,
+                              const QList<vantle::MenuRemovals>& removed);
 
  private:
-  QList<int> ids() const; // of all entries
+  QList<int> ids() const;               // of all entries
+  const TrayEntry& entry(int id) const; // of an id that there is
   QVariantMap propertiesOf(int id) const;
   void act() const;
 
-  std::vector<TrayActions::Entry> m_entries;
-  int m_clicked = 0; // the id of the entry that was clicked last
-  QTimer m_click;    // runs until the click has its effect
+  std::vector<TrayEntry> m_entries;
+  uint m_revision = 1; // of the layout
+  int m_clicked = 0;   // the id of the entry that was clicked last
+  QTimer m_click;      // runs until the click has its effect
 };
 
 } // namespace vantle

@@ -46,6 +46,12 @@ QDBusArgument& operator<<(QDBusArgument& out, const MenuProperties& value) {
 const QDBusArgument& operator>>(const QDBusArgument& in, MenuProperties& value) {
   return readAll(in, value.id, value.properties);
 }
+QDBusArgument& operator<<(QDBusArgument& out, const MenuRemovals& value) {
+  return writeAll(out, value.id, value.names);
+}
+const QDBusArgument& operator>>(const QDBusArgument& in, MenuRemovals& value) {
+  return readAll(in, value.id, value.names);
+}
 QDBusArgument& operator<<(QDBusArgument& out, const MenuEvent& value) {
   return writeAll(out, value.id, value.kind, value.data, value.timestamp);
 }
@@ -60,6 +66,8 @@ void registerTrayTypes() {
   qDBusRegisterMetaType<MenuLayout>();
   qDBusRegisterMetaType<MenuProperties>();
   qDBusRegisterMetaType<QList<MenuProperties>>();
+  qDBusRegisterMetaType<MenuRemovals>();
+  qDBusRegisterMetaType<QList<MenuRemovals>>();
   qDBusRegisterMetaType<MenuEvent>();
   qDBusRegisterMetaType<QList<MenuEvent>>();
   qDBusRegisterMetaType<QList<int>>();

@@ -7,6 +7,7 @@
 #include <QList>
 #include <QMetaType>
 #include <QString>
+#include <QStringList>
 #include <QVariantMap>
 
 namespace vantle {
@@ -38,6 +39,11 @@ struct MenuProperties { // (ia{sv})
   QVariantMap properties;
 };
 
+struct MenuRemovals { // (ias)
+  int id = 0;
+  QStringList names; // of properties
+};
+
 struct MenuEvent { // (isvu)
   int id = 0;
   QString kind;
@@ -53,6 +59,8 @@ QDBusArgument& operator<<(QDBusArgument& out, const MenuLayout& value);
 const QDBusArgument& operator>>(const QDBusArgument& in, MenuLayout& value);
 QDBusArgument& operator<<(QDBusArgument& out, const MenuProperties& value);
 const QDBusArgument& operator>>(const QDBusArgument& in, MenuProperties& value);
+QDBusArgument& operator<<(QDBusArgument& out, const MenuRemovals& value);
+const QDBusArgument& operator>>(const QDBusArgument& in, MenuRemovals& value);
 QDBusArgument& operator<<(QDBusArgument& out, const MenuEvent& value);
 const QDBusArgument& operator>>(const QDBusArgument& in, MenuEvent& value);
 
@@ -64,4 +72,5 @@ Q_DECLARE_METATYPE(vantle::TrayPixmap)
 Q_DECLARE_METATYPE(vantle::TrayToolTip)
 Q_DECLARE_METATYPE(vantle::MenuLayout)
 Q_DECLARE_METATYPE(vantle::MenuProperties)
+Q_DECLARE_METATYPE(vantle::MenuRemovals)
 Q_DECLARE_METATYPE(vantle::MenuEvent)

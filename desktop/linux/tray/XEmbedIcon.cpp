@@ -26,12 +26,14 @@ constexpr std::uint8_t argbDepth = 32;
 
 } // namespace
 
-XEmbedIcon::XEmbedIcon(EventLoop& loop, std::function<void(QRect)> onActivate)
-    : m_onActivate(std::move(onActivate)), m_server(loop, {},
-                                                    {.ready = [this] { start(); },
-                                                     .event = [this](const auto& event) { handle(event); },
-                                                     .turnEnded = [this] { act(); },
-                                                     .lost = [this] { lose(); }}) {
+XEmbedIcon::XEmbedIcon(EventLoop& loop, std::function<void(QRect)> onActivate,
+                       std::function<void()> onMiddleClick)
+    : m_onActivate(std::move(onActivate)), m_onMiddleClick(std::move(onMiddleClick)),
+      m_server(loop, {},
+               {.ready = [this] { start(); },
+                .event = [this](const auto& event) { handle(event); },
+                .turnEnded = [this] { act(); },
+                .lost = [this] { lose(); }}) {
   m_dockPause.setSingleShot(true);
   QObject::connect(&m_dockPause, &QTimer::timeout, &m_dockPause, [this] { act(); });
 }
@@ -171,6 +173,7 @@ void XEmbedIcon::removeWindow() {
 // The last of the atoms is there when all are.
 void XEmbedIcon::act() {
   if (std::exchange(m_isClicked, false)) tellOfClick();
+  if (std::exchange(m_isMiddleClicked, false)) m_onMiddleClick();
   if (m_isPaintWanted && !m_isPainting) paint();
   const bool canDock = m_atoms.manager != XCB_NONE && !m_isDocking && !m_dockPause.isActive();
   if (m_isDockWanted && canDock) dock();
@@ -203,7 +206,8 @@ void XEmbedIcon::handle(const xcb_generic_event_t& event) {
     break;
   case XCB_BUTTON_RELEASE: {
     const xcb_button_t button = reinterpret_cast<const xcb_button_release_event_t&>(event).detail;
-    if (button == XCB_BUTTON_INDEX_1 || button == XCB_BUTTON_INDEX_3) m_isClicked = true; // not the wheel
+    if (button == XCB_BUTTON_INDEX_1 || button == XCB_BUTTON_INDEX_3) m_isClicked = true;
+    if (button == XCB_BUTTON_INDEX_2) m_isMiddleClicked = true; // the others are the wheel's
     break;
   }
   default:

@@ -17,8 +17,9 @@ namespace vantle {
 // and are replaced.
 class XEmbedIcon {
  public:
-  // `onActivate` gets the icon's rectangle in native screen coordinates.
-  XEmbedIcon(EventLoop& loop, std::function<void(QRect)> onActivate);
+  // `onActivate` gets the icon's rectangle in native screen coordinates; the other one is for the middle
+  // button.
+  XEmbedIcon(EventLoop& loop, std::function<void(QRect)> onActivate, std::function<void()> onMiddleClick);
   XEmbedIcon(const XEmbedIcon&) = delete;
   XEmbedIcon& operator=(const XEmbedIcon&) = delete;
 
@@ -52,6 +53,7 @@ class XEmbedIcon {
   void draw(QImage image);
 
   std::function<void(QRect)> m_onActivate;
+  std::function<void()> m_onMiddleClick;
   QTimer
       m_dockPause; // runs after each docking: anybody can say that there is a new tray, as often as they like
   // What is wanted is done once, however often it is wanted, and one after the other.
@@ -60,6 +62,7 @@ class XEmbedIcon {
   bool m_isPaintWanted = false;
   bool m_isPainting = false;
   bool m_isClicked = false;
+  bool m_isMiddleClicked = false;
   Atoms m_atoms;
   xcb_window_t m_tray = XCB_NONE;
   xcb_window_t m_window = XCB_NONE;

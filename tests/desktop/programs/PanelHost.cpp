@@ -2,7 +2,8 @@
 // The tray icon and the panel, as the shell has them, over a simulated desktop. Says on its output what
 // happens ("ready PLUGIN" with the toolkit's plugin, "opened X Y WIDTH HEIGHT", "moved X Y WIDTH HEIGHT",
 // "closed", "discarded", "settings", "quit"), and does what it is told on its input ("boost", "stop",
-// "scheme", answered with "scheme dark|light ICONTHEME"), saying "done" with it afterwards.
+// "scheme", answered with "scheme dark|light ICONTHEME", "state", answered with "state APP|idle on|off" for
+// the Boost app and whether Boosts start by themselves), saying "done" with it afterwards.
 #include "desktop/Desktop.h"
 #include "desktop/QtEventLoop.h"
 #include "engine/Engine.h"
@@ -79,6 +80,11 @@ int main(int argc, char** argv) {
     }
     if (line == "boost") machine.activate(sample.game);
     if (line == "stop") engine.stopBoost();
+    if (line == "state") {
+      const AppRef& game = engine.activeGame.get();
+      say("state " + (game ? game->localizedName().value_or("") : "idle") +
+          (engine.automatic.get() ? " on" : " off"));
+    }
     if (line == "scheme") {
       desktop->icons().choose();
       say(std::string("scheme ") + (desktop->scheme().isDark() ? "dark " : "light ") +

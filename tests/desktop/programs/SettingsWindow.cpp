@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The settings window over a simulated engine, with real files of settings, autostart and apps in the XDG
 // folders. Does what the lines of a pipe say (its only argument), and says "done LINE" after each:
-//   show | boost-front | release-after MILLISECONDS | where LABEL | focus | state | quit
+//   show | boost-front | release-after MILLISECONDS | where LABEL | focus | scrolled | state | quit
 #include "desktop/Desktop.h"
 #include "desktop/QtEventLoop.h"
 #include "look/Appearance.h"
@@ -68,6 +68,17 @@ class Program {
     const QPointF middle = item->mapToScene(QPointF(item->width() / 2, item->height() / 2));
     say(QString("at %1 %2").arg(qRound(middle.x())).arg(qRound(middle.y())));
   }
+  // How far the pane is scrolled, and how far it can be, in points.
+  static void sayScrolled() {
+    qreal most = 0;
+    qreal way = 0;
+    for (const QQuickItem* item : view()->rootObject()->findChildren<QQuickItem*>()) {
+      if (!item->property("overflows").toBool()) continue;
+      most = item->property("contentY").toReal();
+      way = item->property("contentHeight").toReal() - item->height();
+    }
+    say(QString("scrolled %1 of %2").arg(qRound(most)).arg(qRound(way)));
+  }
   static void sayState() {
     int windows = 0;
     for (QWindow* window : QGuiApplication::topLevelWindows()) windows += window->isVisible() ? 1 : 0;
@@ -108,7 +119,11 @@ class Program {
     }
     if (verb == "release-after") m_controller.setKeepTime(std::chrono::milliseconds(rest.toInt()));
     if (verb == "where") sayWhere(rest);
-    if (verb == "focus") say("focus " + view()->activeFocusItem()->property("label").toString());
+    if (verb == "focus") {
+      const QQuickItem* item = view()->activeFocusItem();
+      say("focus " + (item != nullptr ? item->property("label").toString() : QString("nothing")));
+    }
+    if (verb == "scrolled") sayScrolled();
     if (verb == "state") view() != nullptr ? sayState() : say("no window");
     if (verb == "quit") QCoreApplication::quit();
   }

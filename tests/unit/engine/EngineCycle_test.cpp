@@ -7,6 +7,7 @@
 namespace vantle {
 namespace {
 
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -429,6 +430,42 @@ TEST_F(RecheckManaged, ReleasesAnAppThatIsABoostAppNow) {
   engine->recheckManaged();
   EXPECT_FALSE(isSlow(mail));
   EXPECT_THAT(engine->managed(), IsEmpty());
+}
+
+TEST_F(RecheckManaged, FollowsWhenAnAppIsNeverToBeSlowedDown) {
+  start();
+  const SimulatedAppRef mail = open("Mail");
+  const SimulatedAppRef nameless = machine.launch({.name = "Script"}, Opening::inBackground);
+  playGame();
+  ASSERT_TRUE(isSlow(mail) && isSlow(nameless));
+  engine->neverSlowDown(*mail);
+  EXPECT_FALSE(isSlow(mail));
+  EXPECT_THAT(settings->protectedApps.get(), Contains("org.example.Mail"));
+  const std::vector<std::string> kept = settings->protectedApps.get();
+  engine->neverSlowDown(*mail);
+  engine->neverSlowDown(*nameless);
+  EXPECT_EQ(settings->protectedApps.get(), kept);
+  EXPECT_TRUE(isSlow(nameless));
+}
+
+TEST_F(RecheckManaged, IsSeenInWhoIsLeftAloneAndWhy) {
+  start();
+  const SimulatedAppRef mail = open("Mail");
+  const SimulatedAppRef notes = open("Notes");
+  const SimulatedAppRef radio = open("Radio");
+  machine.audio.heard.insert(radio->processIdentifier());
+  EXPECT_THAT(engine->sparedApps(), IsEmpty());
+  playGame();
+  EXPECT_THAT(engine->sparedApps(), ElementsAre(SparedApp{"Radio", Verdict::heard}));
+  engine->neverSlowDown(*notes);
+  machine.activate(mail);
+  EXPECT_THAT(engine->sparedApps(), ElementsAre(SparedApp{"Notes", Verdict::protectedByPerson},
+                                                SparedApp{"Radio", Verdict::heard}));
+  settings->protectedApps.set({"org.example.Radio"});
+  EXPECT_THAT(engine->sparedApps(), ElementsAre(SparedApp{"Notes", Verdict::protectedByPerson},
+                                                SparedApp{"Radio", Verdict::protectedByPerson}));
+  engine->stopBoost();
+  EXPECT_THAT(engine->sparedApps(), IsEmpty());
 }
 
 TEST_F(RecheckManaged, KeepsAnAppThatTheWorkspaceNoLongerKnows) {

@@ -32,9 +32,11 @@ class PlainIcons final : public IconTheme {
  public:
   void choose() override {}
   QString fileOf(const QString& name) const override { return name == known ? file : QString(); }
+  QString genericName() const override { return generic; }
 
   QString known; // the only one that has a file
   QString file;
+  QString generic;
 };
 
 class CountedHeap final : public Heap {

@@ -73,7 +73,7 @@ class PanelFixture : public ::testing::Test {
 
   QQuickItem* itemNamed(const QString& label) const { return find(*panel.window()->view(), label); }
 
-  QQuickItem* textItem(const QString& text) const { return findText(*panel.window()->view(), text); }
+  QQuickItem* textItem(const QString& text) const { return findText(*panel.window()->contentItem(), text); }
 
   void press(const QString& label) const {
     QQuickItem* item = itemNamed(label);

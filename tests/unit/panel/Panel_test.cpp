@@ -15,6 +15,7 @@
 namespace vantle {
 namespace {
 
+using ::testing::Contains;
 using ::testing::ElementsAre;
 
 class Panel : public PanelFixture {
@@ -30,11 +31,23 @@ class Panel : public PanelFixture {
     machine.activate(desktop.game);
     open();
   }
-  void key(int code) {
-    QKeyEvent down(QEvent::KeyPress, code, Qt::NoModifier);
-    QKeyEvent up(QEvent::KeyRelease, code, Qt::NoModifier);
+  void key(int code, const QString& text = {}) {
+    QKeyEvent down(QEvent::KeyPress, code, Qt::NoModifier, text);
+    QKeyEvent up(QEvent::KeyRelease, code, Qt::NoModifier, text);
     QCoreApplication::sendEvent(panel.window(), &down);
     QCoreApplication::sendEvent(panel.window(), &up);
+  }
+  // What has the keyboard, by what it is called.
+  QString place() const {
+    const QQuickItem* item = panel.window()->activeFocusItem();
+    if (item == nullptr) return "nothing";
+    for (const char* property : {"label", "name"}) {
+      if (const QVariant called = item->property(property); called.isValid()) return called.toString();
+    }
+    return {};
+  }
+  bool becomesPlace(const QString& wanted) {
+    return until([&] { return place() == wanted; });
   }
   // How often the machine was asked who is heard, since the last time.
   long audioProbes() {
@@ -227,21 +240,41 @@ TEST_F(Panel, ShowsUntilWhenBoostsArePaused) {
   EXPECT_TRUE(texts().contains("Boost on")) << "the game is in front";
 }
 
-// What the icon was last given.
+// What the icon was last given, and what it may do.
 class LastFace final : public Tray {
  public:
   QString state;
+  std::vector<TrayEntry> menu;
+  TrayActions actions;
 
-  std::unique_ptr<TrayIcon> add(TrayActions /*actions*/) override { return std::make_unique<Icon>(state); }
+  std::unique_ptr<TrayIcon> add(TrayActions given) override {
+    actions = std::move(given);
+    return std::make_unique<Icon>(*this);
+  }
+
+  QStringList shownMenu() const {
+    QStringList labels;
+    for (const TrayEntry& entry : menu) {
+      if (entry.isShown) labels.append(entry.label + (entry.isChecked.value_or(false) ? " (on)" : ""));
+    }
+    return labels;
+  }
+  void choose(const QString& label) const {
+    const auto entry =
+        std::find_if(menu.begin(), menu.end(), [&](const TrayEntry& each) { return each.label == label; });
+    ASSERT_TRUE(entry != menu.end() && entry->chosen) << label.toStdString();
+    entry->chosen(std::nullopt);
+  }
 
  private:
   class Icon final : public TrayIcon {
    public:
-    explicit Icon(QString& state) : m_state(state) {}
-    void show(const TrayFace& face) override { m_state = face.state; }
+    explicit Icon(LastFace& tray) : m_tray(tray) {}
+    void show(const TrayFace& face) override { m_tray.state = face.state; }
+    void offer(std::vector<TrayEntry> menu) override { m_tray.menu = std::move(menu); }
 
    private:
-    QString& m_state;
+    LastFace& m_tray;
   };
 };
 
@@ -255,7 +288,36 @@ TEST_F(Panel, ItsTrayIconSaysThatBoostsArePaused) {
   engine.endPause();
   EXPECT_EQ(tray.state, "Boost off");
   machine.activate(desktop.game);
-  EXPECT_EQ(tray.state, "Boost on");
+  EXPECT_EQ(tray.state, "Boost on \u00B7 Asteroids");
+}
+
+TEST_F(Panel, ItsTrayMenuNamesTheBoostAppAndTurnsTheBoostOff) {
+  desktop = openSampleDesktop(machine);
+  LastFace tray;
+  const TrayItem item(engine, panel, tray);
+  const QStringList idle{"Open Vantle", "Settings", "Start Boost automatically (on)", "", "Quit Vantle"};
+  EXPECT_EQ(tray.shownMenu(), idle);
+  machine.activate(desktop.game);
+  EXPECT_EQ(tray.shownMenu(), QStringList({"Boost on \u00B7 Asteroids", "Turn off Boost", ""}) + idle);
+  tray.choose("Turn off Boost");
+  EXPECT_EQ(engine.activeGame.get(), nullptr);
+  EXPECT_EQ(engine.dismissedPID, desktop.game->processIdentifier());
+  EXPECT_EQ(tray.shownMenu(), idle);
+  tray.choose("Start Boost automatically");
+  EXPECT_FALSE(engine.automatic.get());
+  EXPECT_TRUE(tray.shownMenu().contains("Start Boost automatically"));
+}
+
+TEST_F(Panel, TheMiddleButtonOnItsTrayIconTurnsBoostOnForTheAppInFrontAndOff) {
+  LastFace tray;
+  const TrayItem item(engine, panel, tray);
+  tray.actions.middleClicked();
+  EXPECT_EQ(engine.activeGame.get(), nullptr) << "nothing was ever in front";
+  desktop = openSampleDesktop(machine);
+  tray.actions.middleClicked();
+  EXPECT_EQ(engine.activeGame.get(), desktop.browser);
+  tray.actions.middleClicked();
+  EXPECT_EQ(engine.activeGame.get(), nullptr);
 }
 
 TEST_F(Panel, SwitchesAutomaticBoost) {
@@ -310,9 +372,11 @@ TEST_F(Panel, TabReachesEveryControl) {
   EXPECT_FALSE(engine.automatic.get());
 }
 
-TEST_F(Panel, ArrowsGoThroughTheList) {
+TEST_F(Panel, KeysGoThroughTheList) {
   openBoosting();
   key(Qt::Key_Tab);
+  key(Qt::Key_Tab);
+  EXPECT_EQ(place(), "protected");
   key(Qt::Key_Tab);
   const auto current = [this] { return panel.window()->activeFocusItem()->property("name").toString(); };
   EXPECT_EQ(current(), "Web Browser");
@@ -320,6 +384,16 @@ TEST_F(Panel, ArrowsGoThroughTheList) {
   key(Qt::Key_Down);
   EXPECT_EQ(current(), "Mail");
   for (int i = 0; i < 9; ++i) key(Qt::Key_Down);
+  EXPECT_EQ(current(), "Text Editor");
+  key(Qt::Key_Home);
+  EXPECT_EQ(current(), "Web Browser");
+  key(Qt::Key_PageDown);
+  EXPECT_EQ(current(), "Text Editor");
+  key(Qt::Key_C, "c");
+  EXPECT_EQ(current(), "Chat");
+  key(Qt::Key_Q, "q");
+  EXPECT_EQ(current(), "Chat") << "nothing begins so";
+  key(Qt::Key_End);
   EXPECT_EQ(current(), "Text Editor");
   key(Qt::Key_Tab);
   EXPECT_EQ(panel.window()->activeFocusItem()->property("label").toString(), "Start Boost automatically");
@@ -334,13 +408,110 @@ TEST_F(Panel, ScrollsWithFortyApps) {
   open();
   const QRect available = QGuiApplication::primaryScreen()->availableGeometry();
   EXPECT_TRUE(available.contains(panel.window()->geometry()));
-  key(Qt::Key_Tab);
-  key(Qt::Key_Tab);
+  for (int i = 0; i < 3; ++i) key(Qt::Key_Tab);
   for (int i = 0; i < 60; ++i) key(Qt::Key_Down);
   const QQuickItem* line = panel.window()->activeFocusItem();
   const QRectF shown = line->mapRectToScene(line->boundingRect());
   EXPECT_TRUE(QRectF(0, 40, 360, panel.window()->height() - 100).contains(shown));
   EXPECT_TRUE(texts().contains("Turn off Boost"));
+}
+
+TEST_F(Panel, ALineOffersToBringItsAppToTheFront) {
+  openBoosting();
+  for (int i = 0; i < 3; ++i) key(Qt::Key_Tab);
+  key(Qt::Key_M, "m");
+  ASSERT_EQ(place(), "Mail");
+  key(Qt::Key_Menu);
+  ASSERT_TRUE(becomesPlace("Bring to front"));
+  key(Qt::Key_Escape);
+  EXPECT_EQ(place(), "Mail") << "the menu is left, not the panel";
+  key(Qt::Key_Return);
+  ASSERT_TRUE(becomesPlace("Bring to front"));
+  key(Qt::Key_Space);
+  EXPECT_EQ(machine.workspace.front(), desktop.mail);
+  EXPECT_FALSE(panel.isOpen());
+}
+
+TEST_F(Panel, ALineOffersToProtectItsAppForGood) {
+  openBoosting();
+  for (int i = 0; i < 3; ++i) key(Qt::Key_Tab);
+  key(Qt::Key_M, "m");
+  key(Qt::Key_Menu);
+  ASSERT_TRUE(becomesPlace("Bring to front"));
+  key(Qt::Key_Up);
+  ASSERT_EQ(place(), "Never slow down");
+  key(Qt::Key_Return);
+  EXPECT_THAT(settings.protectedApps.get(), Contains("org.example.mail"));
+  EXPECT_FALSE(engine.managed().contains(desktop.mail->processIdentifier()));
+  EXPECT_TRUE(becomesPlace("Text Editor")) << "which stands where it stood";
+  EXPECT_TRUE(panel.isOpen());
+  desktop.editor->spec.canComeToFront = false;
+  key(Qt::Key_Menu);
+  EXPECT_TRUE(becomesPlace("Never slow down")) << "all that is left";
+}
+
+TEST_F(Panel, TheRightButtonOnALineOpensItsMenuAndAPressElsewhereLeavesIt) {
+  openBoosting();
+  const QQuickItem* const line = textItem("Mail");
+  const QPointF there = line->mapToScene(QPointF(10, 10));
+  const auto press = [this](QPointF at, Qt::MouseButton button) {
+    QMouseEvent down(QEvent::MouseButtonPress, at, at, button, button, Qt::NoModifier);
+    QMouseEvent up(QEvent::MouseButtonRelease, at, at, button, Qt::NoButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(panel.window(), &down);
+    QCoreApplication::sendEvent(panel.window(), &up);
+  };
+  press(there, Qt::RightButton);
+  ASSERT_NE(itemNamed("Never slow down"), nullptr);
+  press(QPointF(180, 20), Qt::LeftButton);
+  EXPECT_EQ(itemNamed("Never slow down"), nullptr);
+  EXPECT_TRUE(panel.isOpen());
+}
+
+TEST_F(Panel, SaysWhoIsLeftAloneAndWhy) {
+  desktop = openSampleDesktop(machine);
+  machine.power.held = {{desktop.chat->processIdentifier(), "PreventUserIdleSystemSleep"}};
+  settings.protectedApps.set({"org.example.mail", "org.example.editor"});
+  machine.activate(desktop.game);
+  open();
+  EXPECT_EQ(panel.window()->model().leftAlone(), "Playing audio: Music\n"
+                                                 "Downloading or keeping awake: Chat\n"
+                                                 "On your list: Mail, Text Editor");
+  key(Qt::Key_Tab);
+  key(Qt::Key_Tab);
+  ASSERT_EQ(place(), "protected");
+  EXPECT_TRUE(until([this] { return textItem(panel.window()->model().leftAlone()) != nullptr; }));
+  engine.stopBoost();
+  EXPECT_EQ(panel.window()->model().leftAlone(), "");
+}
+
+TEST_F(Panel, TheKeyboardKeepsItsPlaceWhenABoostBeginsAndEnds) {
+  openWithSample();
+  key(Qt::Key_Tab);
+  key(Qt::Key_Tab);
+  ASSERT_EQ(place(), "Boost Web Browser now");
+  key(Qt::Key_Return);
+  EXPECT_TRUE(becomesPlace("Turn off Boost"));
+  key(Qt::Key_Return);
+  EXPECT_TRUE(becomesPlace("Boost Web Browser now"));
+}
+
+TEST_F(Panel, TheKeyboardStaysWithItsAppWhenTheListChanges) {
+  openBoosting();
+  for (int i = 0; i < 3; ++i) key(Qt::Key_Tab);
+  key(Qt::Key_C, "c");
+  ASSERT_EQ(place(), "Chat");
+  machine.quit(desktop.browser);
+  EXPECT_TRUE(until([this] { return texts().filter("Web Browser").isEmpty() && place() == "Chat"; }))
+      << place().toStdString();
+}
+
+TEST_F(Panel, NobodyWhoUsesThePointerAloneSeesAFocusRing) {
+  openWithSample();
+  const QQuickItem* const before = panel.window()->activeFocusItem();
+  machine.activate(desktop.game);
+  engine.stopBoost();
+  QCoreApplication::processEvents();
+  EXPECT_EQ(panel.window()->activeFocusItem(), before);
 }
 
 TEST_F(Panel, SurvivesAnyName) {
