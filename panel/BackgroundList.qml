@@ -51,9 +51,9 @@ Column {
             function goTo(index) {
                 if (repeater.count === 0)
                     return;
-                current = Math.max(0, Math.min(index, repeater.count - 1));
-                currentPid = list.panel.usage[current].pid;
-                repeater.itemAt(current).forceActiveFocus(Qt.TabFocusReason);
+                const place = Math.max(0, Math.min(index, repeater.count - 1));
+                repeater.itemAt(place).forceActiveFocus(Qt.TabFocusReason); // first: see RovingGroup
+                current = place;
             }
             // The lines are made anew whenever the apps are looked at: the keyboard stays with its app.
             function settle() {

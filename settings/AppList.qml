@@ -15,10 +15,12 @@ Column {
     property string emptyText // empty: the list says nothing when it holds nothing
     property int current: 0 // the row that Tab leads to
 
+    // The keyboard goes first: an item that has it cannot cease to be a stop for the Tab key.
     function focusRow(index) {
-        current = Math.max(0, Math.min(index, rows.count - 1));
-        const row = rows.itemAt(current);
+        const place = Math.max(0, Math.min(index, rows.count - 1));
+        const row = rows.itemAt(place);
         (row ? row.removeButton : addButton).forceActiveFocus(Qt.TabFocusReason);
+        current = place;
     }
 
     width: parent ? parent.width : 0

@@ -70,8 +70,12 @@ class Stage {
   static SettingsModel& model() { return *view().rootObject()->property("model").value<SettingsModel*>(); }
 
   void openPicker() { model().picker()->openFor(model().boost()->userGames()); }
-  // Brings the end of the pane into view.
-  static void scrollToEnd(QQuickItem* below = view().rootObject()) {
+  // Brings the end of the pane into view, once it is known where that is.
+  static void showEnd() {
+    view().grabWindow();
+    scrollToEnd(view().rootObject());
+  }
+  static void scrollToEnd(QQuickItem* below) {
     if (below->property("overflows").toBool())
       below->setProperty("contentY", below->property("contentHeight").toReal() - below->height());
     for (QQuickItem* child : below->childItems()) scrollToEnd(child);
@@ -136,7 +140,7 @@ const State states[] = {
     {"general-gnome-at-work", Pane::general,
      [](Stage& stage) { stage.extension.answer(ShellExtension::State::atWork); }},
     {"boost", Pane::boost},
-    {"boost-end", Pane::boost, [](Stage&) { Stage::scrollToEnd(); }},
+    {"boost-end", Pane::boost, [](Stage&) { Stage::showEnd(); }},
     {"boost-apps", Pane::boost,
      [](Stage& stage) {
        stage.settings.userGames.set(
@@ -146,7 +150,7 @@ const State states[] = {
      [](Stage& stage) {
        stage.settings.quittableApps.set({"org.example.browser"});
        stage.settings.ramAction.set(RAMAction::quitMarked);
-       Stage::scrollToEnd();
+       Stage::showEnd();
      }},
     {"boost-smallest", Pane::boost, [](Stage&) {}, QSize(680, 480)},
     {"boost-large", Pane::boost, [](Stage&) {}, QSize(1200, 900)},
