@@ -11,7 +11,8 @@ Pressable {
     width: parent ? parent.width : 0
     implicitHeight: 30
     label: text
-    ringRadius: 4
+    ringRadius: 5
+    ringGap: 0
     Accessible.role: Accessible.MenuItem
 
     RoundedBox {

@@ -38,6 +38,7 @@ Item {
     }
     FocusRing {
         radius: 8
+        sideGap: -5 // off the lines between the figures
     }
     HoverHandler {
         id: pointer
