@@ -41,7 +41,7 @@ Flickable {
     }
 
     clip: overflows
-    interactive: false // see Scrolling
+    interactive: false // see ScrollTools
     boundsBehavior: Flickable.StopAtBounds
     contentWidth: width
 
@@ -53,24 +53,19 @@ Flickable {
                 area.reveal(item);
         }
     }
-    Scrolling {
-        area: area
-    }
-    ScrollMark {
+    // Most areas need none of it, and a panel is to stay small.
+    Loader {
+        readonly property bool isNeeded: area.overflows
+
         parent: area
-        area: area
-        anchors.right: parent.right
-    }
-    // Where content goes on beyond an edge.
-    Divider {
-        parent: area
-        visible: area.overflows && area.contentY > 0.5
-        width: parent.width
-    }
-    Divider {
-        parent: area
-        anchors.bottom: parent.bottom
-        visible: area.overflows && area.contentY < area.contentHeight - area.height - 0.5
-        width: parent.width
+        anchors.fill: parent
+        onIsNeededChanged: {
+            if (isNeeded)
+                setSource("ScrollTools.qml", {
+                    area: area
+                });
+            else
+                source = "";
+        }
     }
 }

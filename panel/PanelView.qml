@@ -102,11 +102,25 @@ FocusScope {
         panel: view.panel
     }
 
-    LineMenu {
+    Loader {
         id: lineMenu
+
+        function openFor(line, x, y) {
+            setSource("LineMenu.qml", {
+                panel: view.panel
+            });
+            item.openFor(line, x, y);
+        }
+
         anchors.fill: parent
         z: 900
-        panel: view.panel
+
+        Connections {
+            target: lineMenu.item
+            function onClosed() {
+                lineMenu.source = "";
+            }
+        }
     }
 
     Component {

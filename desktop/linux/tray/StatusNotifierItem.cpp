@@ -97,7 +97,7 @@ void StatusNotifierItem::askForHost() {
   });
 }
 
-void StatusNotifierItem::hostAppeared() { m_handlers.presence(true); }
+void StatusNotifierItem::hostAppeared() const { m_handlers.presence(true); }
 
 void StatusNotifierItem::show(const TrayFace& face, bool onDark) {
   m_face = face;

@@ -69,7 +69,7 @@ class StatusNotifierItem : public QObject {
   void NewStatus(const QString& status);
 
  private slots:
-  void hostAppeared();
+  void hostAppeared() const;
 
  private:
   void enterBus();
