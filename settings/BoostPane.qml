@@ -57,7 +57,7 @@ Form {
             width: parent.width
         }
         RuleToggle {
-            title: "Games that ask for GameMode"
+            title: qsTr("Games that ask for GameMode")
             note: "gamemoderun"
             setting: pane.boost.gameMode
         }

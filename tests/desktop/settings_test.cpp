@@ -219,11 +219,11 @@ TEST_F(SettingsOnADesktop, EveryControlOfThePaneIsOnTheTabKeysWay) {
     require("the next place", [&] { return (now = tells("focus")).rfind(last, 0) != 0; });
     walk.push_back(now.substr(6, now.find('\n') - 6));
   }
-  EXPECT_THAT(walk,
-              testing::ElementsAre("Boost", "Add App…", "Games launched with CrossOver, Wine",
-                                   "Minecraft, Java Edition", "Steam games, steamapps folder",
-                                   "Apps in the “Games” category, app menu", "Remove Spotify", "Add App…",
-                                   "Only show a notification", "Add Quittable App…", "Boost"));
+  EXPECT_THAT(walk, testing::ElementsAre(
+                        "Boost", "Add App…", "Games launched with CrossOver, Wine", "Minecraft, Java Edition",
+                        "Steam games, steamapps folder", "Apps in the “Games” category, app menu",
+                        "Games that ask for GameMode, gamemoderun", "Remove Spotify", "Add App…",
+                        "Only show a notification", "Add Quittable App…", "Boost"));
 }
 
 TEST_F(SettingsOnADesktop, KeysGoThroughAListAndThePlaceIsKept) {
@@ -236,8 +236,9 @@ TEST_F(SettingsOnADesktop, KeysGoThroughAListAndThePlaceIsKept) {
   leadsTo("Tab", "Add App…");
   press("Return"); // the picker, with the search
   leadsTo("Escape", "Add App…");
-  for (const char* label : {"Games launched with CrossOver, Wine", "Minecraft, Java Edition",
-                            "Steam games, steamapps folder", "Apps in the “Games” category, app menu"})
+  for (const char* label :
+       {"Games launched with CrossOver, Wine", "Minecraft, Java Edition", "Steam games, steamapps folder",
+        "Apps in the “Games” category, app menu", "Games that ask for GameMode, gamemoderun"})
     leadsTo("Tab", label);
   leadsTo("Tab", "Remove Spotify");
   leadsTo("Down", "Remove Music");

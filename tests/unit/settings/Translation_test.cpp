@@ -24,8 +24,8 @@ class SettingsTranslated : public testing::Test {
 
   void expectTranslated() const {
     PseudoLanguage::expectEverywhere(
-        *view().rootObject(), {"GNOME", "1.2", "Zero KB", "Firefox", "Galculator", "Mousepad", "OBS Studio",
-                               "Spotify", "GNU Image Manipulation Program", "com.hnc.Discord"});
+        *view().rootObject(), {"GNOME", "gamemoderun", "1.2", "Zero KB", "Firefox", "Galculator", "Mousepad",
+                               "OBS Studio", "Spotify", "GNU Image Manipulation Program", "com.hnc.Discord"});
   }
   static QQuickView& view() {
     for (QWindow* each : QGuiApplication::topLevelWindows()) {
