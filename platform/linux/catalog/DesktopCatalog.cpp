@@ -30,7 +30,7 @@ InstalledApplication described(const DesktopEntry& entry) {
   std::string key = bundleIdentifierOf(entry);
   std::string name = entry.name.empty() ? key : entry.name;
   std::string words = entry.words;
-  if (!entry.executable.empty()) words += ' ' + fileNameOf(entry.executable);
+  if (!entry.executable.empty()) words += (words.empty() ? "" : " ") + fileNameOf(entry.executable);
   return {std::move(key), std::move(name), iconOf(entry), entry.path, std::move(words)};
 }
 
