@@ -10,11 +10,14 @@
 namespace vantle {
 namespace {
 
+constexpr Pid manager = 10; // the window manager, in a session of its own, which has been there for a while
+
 ProcessRecord process(Pid pid, Pid parent, Pid session) {
   ProcessRecord record;
   record.pid = pid;
   record.parent = parent;
   record.session = session;
+  record.startSec = pid == manager ? 0 : 60;
   return record;
 }
 
@@ -37,8 +40,6 @@ bool share(std::vector<ProcessRecord> processes, const std::set<Pid>& apps) {
   known.apps = apps;
   return mostShareTheirSession(AppTrees(Listed(std::move(processes)), known), apps);
 }
-
-constexpr Pid manager = 10; // the window manager, in a session of its own
 
 TEST(AppSessions, AreTheirOwnWhenTheyHoldNobodyElse) {
   const std::vector<ProcessRecord> processes{
