@@ -57,7 +57,7 @@ Form {
             width: parent.width
         }
         RuleToggle {
-            title: qsTr("Games that ask for GameMode")
+            title: qsTr("Games using GameMode")
             note: "gamemoderun"
             setting: pane.boost.gameMode
         }

@@ -151,7 +151,7 @@ TEST_F(SettingsOnADesktop, EveryChoiceIsOnDiskAtOnceAndReadByTheNextStart) {
     click(label);
     EXPECT_TRUE(becomes(key, false, true)) << label;
   }
-  click("Games that ask for GameMode, gamemoderun");
+  click("Games using GameMode, gamemoderun");
   EXPECT_TRUE(becomes("detectGameMode", true));
   click("Remove Music");
   EXPECT_TRUE(waitUntil([&] { return onDisk<Keys>("protectedApps").size() == 5; }));
@@ -222,7 +222,7 @@ TEST_F(SettingsOnADesktop, EveryControlOfThePaneIsOnTheTabKeysWay) {
   EXPECT_THAT(walk, testing::ElementsAre(
                         "Boost", "Add App…", "Games launched with CrossOver, Wine", "Minecraft, Java Edition",
                         "Steam games, steamapps folder", "Apps in the “Games” category, app menu",
-                        "Games that ask for GameMode, gamemoderun", "Remove Spotify", "Add App…",
+                        "Games using GameMode, gamemoderun", "Remove Spotify", "Add App…",
                         "Only show a notification", "Add Quittable App…", "Boost"));
 }
 
@@ -238,7 +238,7 @@ TEST_F(SettingsOnADesktop, KeysGoThroughAListAndThePlaceIsKept) {
   leadsTo("Escape", "Add App…");
   for (const char* label :
        {"Games launched with CrossOver, Wine", "Minecraft, Java Edition", "Steam games, steamapps folder",
-        "Apps in the “Games” category, app menu", "Games that ask for GameMode, gamemoderun"})
+        "Apps in the “Games” category, app menu", "Games using GameMode, gamemoderun"})
     leadsTo("Tab", label);
   leadsTo("Tab", "Remove Spotify");
   leadsTo("Down", "Remove Music");

@@ -112,7 +112,7 @@ TEST_F(Accessibility, BoostPane) {
            "switch: Minecraft, Java Edition, checked",
            "switch: Steam games, steamapps folder, checked",
            "switch: Apps in the “Games” category, App Store, checked",
-           "switch: Games that ask for GameMode, gamemoderun",
+           "switch: Games using GameMode, gamemoderun",
            "text: Never slowed down",
            "row: Spotify",
            "button: Remove Spotify",
