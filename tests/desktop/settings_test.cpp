@@ -219,11 +219,11 @@ TEST_F(SettingsOnADesktop, EveryControlOfThePaneIsOnTheTabKeysWay) {
     require("the next place", [&] { return (now = tells("focus")).rfind(last, 0) != 0; });
     walk.push_back(now.substr(6, now.find('\n') - 6));
   }
-  EXPECT_THAT(walk, testing::ElementsAre(
-                        "Boost", "Add App…", "Games launched with CrossOver, Wine", "Minecraft, Java Edition",
-                        "Steam games, steamapps folder", "Apps in the “Games” category, app menu",
-                        "Games using GameMode, gamemoderun", "Remove Spotify", "Add App…",
-                        "Only show a notification", "Add Quittable App…", "Boost"));
+  EXPECT_THAT(walk, testing::ElementsAre("Boost", "Add App…", "Games launched with CrossOver, Wine",
+                                         "Minecraft, Java Edition", "Steam games, steamapps folder",
+                                         "Apps in the “Games” category, app menu",
+                                         "Games using GameMode, gamemoderun", "Remove Spotify", "Add App…",
+                                         "Only show a notification", "Add Quittable App…", "Boost"));
 }
 
 TEST_F(SettingsOnADesktop, KeysGoThroughAListAndThePlaceIsKept) {
