@@ -141,7 +141,8 @@ TEST_F(ShortMemory, MarkedAppsAreAskedAndUnsavedWorkAsksFirst) {
       << "it asks whether to save";
   for (Program* program : {&editor, &stubborn, &bystander}) EXPECT_TRUE(program->isRunning());
 
-  // Whoever stays is left in peace for 300 seconds, and is asked again afterwards.
+  // Whoever stays is left in peace for 300 seconds, and is asked again afterwards; but not who is still
+  // asking.
   simulated.clock.advance(300s);
   simulated.pressure.raise(true);
   simulated.pressure.raise(false);
@@ -150,8 +151,9 @@ TEST_F(ShortMemory, MarkedAppsAreAskedAndUnsavedWorkAsksFirst) {
   EXPECT_TRUE(areShown(2));
   EXPECT_THAT(shown(),
               ElementsAre("Memory almost full|Quit Mousepad, Galculator, Stubborn to free up memory.",
-                          "Memory almost full|Quit Mousepad, Stubborn to free up memory."));
+                          "Memory almost full|Quit Stubborn to free up memory."));
   EXPECT_EQ(daemon.displayed(), 1) << "the second has replaced the first";
+  EXPECT_EQ(desktop.windows().ofProcess(editor.pid()).size(), 2U) << "the question is still there";
   EXPECT_TRUE(editor.isRunning());
   EXPECT_TRUE(stubborn.isRunning());
 }
