@@ -33,8 +33,9 @@ using testing::UnorderedElementsAre;
 // the libraries' own limits of 25 s and more.
 constexpr std::chrono::seconds farTooLong{5};
 
-// JACK without PipeWire, under a name of its own. The machine has one list of all such servers, with room for
-// eight, and one folder for what they share: both are left as they were.
+// JACK without PipeWire. The machine has one list of all such servers, with room for eight, and one folder
+// for what they share: both are left as they were. A run that is killed leaves its place in the list taken,
+// so the name is always the same: the next run has that place again.
 class JackServer {
  public:
   explicit JackServer(PrivateSession& session) {
@@ -69,7 +70,7 @@ class JackServer {
     return files;
   }
 
-  std::string m_name = "vantle-" + std::to_string(::getpid());
+  const std::string m_name = "vantle-test";
   Program* m_server = nullptr;
 };
 
