@@ -139,6 +139,7 @@ TEST_F(ShortMemory, MarkedAppsAreAskedAndUnsavedWorkAsksFirst) {
   EXPECT_EQ(calculator.exitStatus(), 0);
   EXPECT_TRUE(waitFor([&] { return desktop.windows().ofProcess(editor.pid()).size() == 2; }))
       << "it asks whether to save";
+  app({testWindow(), "--class", "Later", "--background"}); // the question, which came first, is known by then
   for (Program* program : {&editor, &stubborn, &bystander}) EXPECT_TRUE(program->isRunning());
 
   // Whoever stays is left in peace for 300 seconds, and is asked again afterwards; but not who is still
