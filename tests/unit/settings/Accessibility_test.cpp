@@ -3,18 +3,13 @@
 #include "settings/SettingsWindow.h"
 
 #include "look/ports/MacWords.h"
-#include "platform/simulated/SimulatedMachine.h"
-#include "tests/unit/look/PlainDesktop.h"
 #include "tests/unit/look/ScreenReader.h"
-#include "tests/unit/settings/ScriptedExtension.h"
+#include "tests/unit/settings/ShownSettings.h"
 
-#include <QGuiApplication>
-#include <QQuickItem>
 #include <algorithm>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <set>
-#include <stdexcept>
 
 namespace vantle {
 
@@ -24,37 +19,20 @@ using testing::Contains;
 using testing::Each;
 using testing::IsSupersetOf;
 
-class Accessibility : public testing::Test {
+// It listens before there is a window.
+struct Listening {
+  ScreenReader reader;
+};
+
+class Accessibility : protected Listening, public ShownSettings {
  protected:
-  explicit Accessibility(const PlaceWords& placeWords = macWords) : views(settings, icons, placeWords) {
-    window.show();
-  }
+  explicit Accessibility(const PlaceWords& placeWords = macWords) : ShownSettings(placeWords) {}
 
   std::set<std::string> told() { return ScreenReader::linesOf(&view()); }
   std::set<std::string> toldOn(Pane pane) {
     model().setPaneIndex(static_cast<int>(pane));
     return told();
   }
-  static QQuickView& view() {
-    for (QWindow* each : QGuiApplication::topLevelWindows()) {
-      if (auto* view = qobject_cast<QQuickView*>(each)) return *view;
-    }
-    throw std::logic_error("no window");
-  }
-  static SettingsModel& model() { return *view().rootObject()->property("model").value<SettingsModel*>(); }
-
-  ScreenReader reader;
-  SimulatedMachine machine;
-  AppSettings settings{machine.defaults};
-  Engine engine{machine.ports(), settings};
-  UpdateChecker checker{
-      {.version = "1.2", .feed = {}, .vendorHost = {}, .authorities = {}}, settings, machine.clock, {}};
-  SimulatedLoginItem login;
-  SimulatedCatalog catalog;
-  ScriptedExtension extension{ShellExtension::State::out};
-  PlainIcons icons;
-  LookEngine views;
-  SettingsWindow window{views, {engine, settings, checker, login, catalog, extension}, {}, [] {}};
 };
 
 TEST_F(Accessibility, SidebarTellsItsPanesAndTheChosenOne) {
