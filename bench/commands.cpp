@@ -3,6 +3,7 @@
 // beside a program that does nothing (/bin/true). Asked of a copy that runs a Boost on a private X desktop.
 // usage: commands [RUNS]
 #include "bench/support/Series.h"
+#include "platform/posix/process/ExecPointers.h"
 #include "tests/support/KernelState.h"
 #include "tests/support/Props.h"
 #include "tests/support/VirtualDesktop.h"
@@ -23,14 +24,6 @@
 
 namespace vantle::bench {
 namespace {
-
-std::vector<char*> pointersTo(std::vector<std::string>& texts) {
-  std::vector<char*> pointers;
-  pointers.reserve(texts.size() + 1);
-  for (std::string& text : texts) pointers.push_back(text.data());
-  pointers.push_back(nullptr);
-  return pointers;
-}
 
 // A child that becomes the program, its output discarded.
 [[noreturn]] void become(char* const* arguments, char* const* environment) {
@@ -94,8 +87,8 @@ Memory memoryOf(const std::string& name, char* const* arguments, char* const* en
 
 void measure(const std::string& name, std::vector<std::string> command, std::vector<std::string>& environment,
              int runs) {
-  const std::vector<char*> arguments = pointersTo(command);
-  const std::vector<char*> variables = pointersTo(environment);
+  const std::vector<char*> arguments = execPointers(command);
+  const std::vector<char*> variables = execPointers(environment);
   Series times;
   for (int run = 0; run < runs; ++run) {
     times.values.push_back(millisecondsOf(name, arguments.data(), variables.data()));

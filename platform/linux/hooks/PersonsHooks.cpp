@@ -2,6 +2,7 @@
 #include "platform/linux/hooks/PersonsHooks.h"
 
 #include "platform/posix/files/OwnFolder.h"
+#include "platform/posix/process/ExecPointers.h"
 #include "platform/posix/process/OpenDescriptors.h"
 #include "platform/posix/process/SignalsBlocked.h"
 
@@ -41,14 +42,6 @@ std::vector<std::string> environmentWith(const Hooks::Variables& variables) {
   return all;
 }
 
-std::vector<char*> pointersTo(std::vector<std::string>& texts) {
-  std::vector<char*> pointers;
-  pointers.reserve(texts.size() + 1);
-  for (std::string& text : texts) pointers.push_back(text.data());
-  pointers.push_back(nullptr);
-  return pointers;
-}
-
 // Between fork and exec, so only calls that are safe there.
 [[noreturn]] void becomeHook(char* const* arguments, char* const* environment, std::chrono::seconds limit) {
   ::setsid();
@@ -78,8 +71,8 @@ bool PersonsHooks::start(const std::string& name, const Variables& variables, st
   if (!m_file.answer(longestLook, look).value_or(false)) return false;
   std::vector<std::string> arguments{m_folder + "/" + name};
   std::vector<std::string> environment = environmentWith(variables);
-  const std::vector<char*> argumentPointers = pointersTo(arguments);
-  const std::vector<char*> environmentPointers = pointersTo(environment);
+  const std::vector<char*> argumentPointers = execPointers(arguments);
+  const std::vector<char*> environmentPointers = execPointers(environment);
   std::optional<SignalsBlocked> blocked(std::in_place);
   const Pid pid = ::fork();
   if (pid == 0) becomeHook(argumentPointers.data(), environmentPointers.data(), m_longestRun);
