@@ -51,29 +51,30 @@ void AppTrees::adoptWrappers() {
     const ProcessRecord* const app = find(pid);
     if (app == nullptr || app->session == 0) continue;
     std::vector<Pid> wrappers;
-    for (const ProcessRecord* at = find(app->parent); at != nullptr && isWrapperOf(*at, *app);
+    Pid below = pid;
+    for (const ProcessRecord* at = find(app->parent); at != nullptr && isWrapperOf(*at, *app, below);
          at = find(at->parent)) {
-      assign(at->pid, pid);
-      wrappers.push_back(at->pid);
+      below = at->pid;
+      wrappers.push_back(below);
     }
-    if (appOf(app->session) == pid) {
-      processes.insert(processes.end(), wrappers.begin(), wrappers.end());
-    } else { // what the session was made for is not this app
-      for (const Pid wrapper : wrappers) assign(wrapper, 0);
-    }
+    // Otherwise the session was made for something else.
+    if (std::find(wrappers.begin(), wrappers.end(), app->session) == wrappers.end()) continue;
+    for (const Pid wrapper : wrappers) assign(wrapper, pid);
+    processes.insert(processes.end(), wrappers.begin(), wrappers.end());
   }
 }
 
 // A shell is somebody's who types. And what starts apps for the person, as a desktop does, has done other
 // things for a while, and has started others.
-bool AppTrees::isWrapperOf(const ProcessRecord& record, const ProcessRecord& app) const {
+bool AppTrees::isWrapperOf(const ProcessRecord& record, const ProcessRecord& app, Pid below) const {
   if (record.pid < firstAppPid || record.isKernelThread || record.role != ProcessRole::program) return false;
   if (record.session != app.session || record.user != m_ownUser) return false;
   if (appOf(record.pid) != 0 || isOwnChain(record.pid)) return false;
   if (app.startSec > record.startSec + longestWrapping) return false;
   const std::vector<Pid>& children = childPIDs(record.pid);
   const auto sharers = session(app.session);
-  return std::all_of(children.begin(), children.end(), [&](Pid child) { return appOf(child) == app.pid; }) &&
+  return std::all_of(children.begin(), children.end(),
+                     [&](Pid child) { return child == below || appOf(child) == app.pid; }) &&
          std::all_of(sharers.begin(), sharers.end(), [&](std::size_t place) {
            const Pid owner = appOf(all()[place].pid);
            return owner == 0 || owner == app.pid;

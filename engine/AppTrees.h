@@ -58,7 +58,8 @@ class AppTrees final : public ProcessView {
            std::shared_ptr<const void> hold);
 
   void adoptWrappers();
-  bool isWrapperOf(const ProcessRecord& record, const ProcessRecord& app) const;
+  // `below` is the app, or the wrapper of it that was found last.
+  bool isWrapperOf(const ProcessRecord& record, const ProcessRecord& app, Pid below) const;
   void adoptOrphans(const Known& known);
   Pid orphanOwner(const ProcessRecord& orphan, const Known& known) const;
   Pid onlyAppIn(const std::string& place, const std::set<Pid>& apps) const;
