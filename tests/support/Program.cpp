@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "tests/support/Program.h"
 
-#include "platform/posix/process/ExecPointers.h"
 #include "tests/support/Kernel.h"
 #include "tests/support/User.h"
 
@@ -16,6 +15,14 @@
 namespace vantle::desktop {
 
 namespace {
+
+std::vector<char*> pointers(std::vector<std::string>& texts) {
+  std::vector<char*> result;
+  result.reserve(texts.size() + 1);
+  for (std::string& text : texts) result.push_back(text.data());
+  result.push_back(nullptr);
+  return result;
+}
 
 std::string resolved(const std::string& command, const Environment& environment) {
   if (command.find('/') != std::string::npos) return command;
@@ -62,8 +69,8 @@ Program::Program(const Start& start) {
   std::vector<std::string> arguments = start.command;
   std::vector<std::string> environment;
   for (const auto& [name, value] : start.environment) environment.push_back(name + "=" + value);
-  const std::vector<char*> argv = execPointers(arguments);
-  const std::vector<char*> envp = execPointers(environment);
+  const std::vector<char*> argv = pointers(arguments);
+  const std::vector<char*> envp = pointers(environment);
   m_process.emplace([&] {
     become(start);
     ::execve(program.c_str(), argv.data(), envp.data());
