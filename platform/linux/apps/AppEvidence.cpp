@@ -46,6 +46,17 @@ std::string valueOf(const std::vector<std::string>& variables, std::string_view 
   return found == variables.end() ? std::string() : found->substr(prefix.size());
 }
 
+// Some programs write one text with spaces over their command line, as browsers do.
+std::vector<std::string> argumentsOf(const std::string& commandLine) {
+  std::vector<std::string> arguments = split(commandLine, '\0');
+  const bool isOneText = arguments.size() == 1 && arguments.front().find(" --") != std::string::npos;
+  return isOneText ? split(arguments.front(), ' ') : arguments;
+}
+
+bool isNumber(const std::string& text) {
+  return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+}
+
 std::string linkTarget(const std::string& path) {
   std::string text = readKernelLink(path).value_or("");
   // An app that was updated while it runs.
@@ -105,13 +116,17 @@ AppEvidence withItsOwnWords(AppEvidence evidence) {
   if (std::string id = flatpakApp(readAll(folder + "/root/.flatpak-info")); !id.empty()) {
     evidence.sandboxId = std::move(id);
   }
-  evidence.arguments = split(readAll(folder + "/cmdline"), '\0');
+  evidence.arguments = argumentsOf(readAll(folder + "/cmdline"));
   if (evidence.executable.empty()) evidence.executable = startedProgram(evidence);
 
   const std::vector<std::string> environment = split(readAll(folder + "/environ"), '\0');
   // The variables are inherited; only the pid tells whose they are.
   if (valueOf(environment, "GIO_LAUNCHED_DESKTOP_FILE_PID=") == std::to_string(evidence.pid)) {
     evidence.launchedFile = valueOf(environment, "GIO_LAUNCHED_DESKTOP_FILE=");
+  }
+  // Everything that the game runs in and starts has it, and nothing of the store's own.
+  if (const std::string number = valueOf(environment, "SteamAppId="); isNumber(number)) {
+    evidence.storeAddress = "steam://rungameid/" + number;
   }
   evidence.program = evidence.executable;
   if (isInterpreter(fileNameOf(evidence.executable))) {

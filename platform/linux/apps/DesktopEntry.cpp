@@ -93,6 +93,11 @@ bool startsAsScript(const std::string& path) {
 
 } // namespace
 
+bool isStoreOfGames(std::string_view categories) {
+  return holdsPart(categories, ';', "Game") &&
+         (holdsPart(categories, ';', "PackageManager") || holdsPart(categories, ';', "FileTransfer"));
+}
+
 std::string categoryOf(std::string_view categories) {
   // The registered main categories that have a counterpart, the most telling first.
   using Pair = std::pair<std::string_view, std::string_view>;
@@ -111,8 +116,7 @@ std::string categoryOf(std::string_view categories) {
       Pair{"System", "utilities"},
       Pair{"Settings", "utilities"},
   };
-  const bool isStore =
-      holdsPart(categories, ';', "PackageManager") || holdsPart(categories, ';', "FileTransfer");
+  const bool isStore = isStoreOfGames(categories);
   for (const auto& [name, counterpart] : known) {
     if (!holdsPart(categories, ';', name) || (isStore && name == "Game")) continue;
     return "public.app-category." + std::string(counterpart);
@@ -146,6 +150,7 @@ std::optional<DesktopEntry> readDesktopEntry(const std::string& path, const std:
   entry.icon = cleanUtf8(keyOf(file.get(), G_KEY_FILE_DESKTOP_KEY_ICON));
   entry.windowClass = keyOf(file.get(), G_KEY_FILE_DESKTOP_KEY_STARTUP_WM_CLASS);
   entry.category = categoryOf(keyOf(file.get(), G_KEY_FILE_DESKTOP_KEY_CATEGORIES));
+  entry.isStore = isStoreOfGames(keyOf(file.get(), G_KEY_FILE_DESKTOP_KEY_CATEGORIES));
   entry.isHidden = flagOf(file.get(), G_KEY_FILE_DESKTOP_KEY_NO_DISPLAY);
   std::vector<std::string> words = programOf(keyOf(file.get(), G_KEY_FILE_DESKTOP_KEY_EXEC));
   if (!words.empty()) {

@@ -22,12 +22,17 @@ struct DesktopEntry {
   std::vector<std::string> arguments; // Exec's own, without the places for files
   bool isScript = false;              // the program is a text that something else runs
   bool isHidden = false;              // NoDisplay: not an app of its own in the menus
+  bool isStore = false;               // of games, see categoryOf
 };
 
-// The category in the words that the rules know, from a desktop file's Categories: a game is
-// "public.app-category.games". Empty when none fits. A store or launcher of games, which declares itself a
-// game too, is none: it outlives every game that it starts.
+// What the rules call the category of games.
+inline constexpr std::string_view gamesCategory = "public.app-category.games";
+
+// The category in the words that the rules know, from a desktop file's Categories. Empty when none fits. A
+// store or launcher of games, which declares itself a game too, is none: it outlives every game that it
+// starts.
 std::string categoryOf(std::string_view categories);
+bool isStoreOfGames(std::string_view categories);
 
 // An Exec line taken apart: the program and its arguments, without what only wraps them ("env A=b") and
 // without the places for files. Empty when it is not well formed.

@@ -18,8 +18,6 @@ namespace {
 using Entries = std::span<const DesktopEntry>;
 using Test = std::function<bool(const DesktopEntry&)>;
 
-constexpr std::string_view gamesCategory = "public.app-category.games"; // see categoryOf
-
 char lowered(char letter) { return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter + 32) : letter; }
 
 bool equalIgnoringCase(std::string_view left, std::string_view right) {
@@ -114,7 +112,7 @@ const DesktopEntry* byLastPart(Entries entries, const AppEvidence& evidence) {
 }
 
 // The game whose data an engine plays: the engine is a game by its own desktop file, and an argument is
-// called as the script is that starts it with that ("-iwad freedoom1.wad").
+// called as the script is that starts it with that ("-iwad freedoom1.wad"), or its folder as the game itself.
 const DesktopEntry* byData(Entries entries, const AppEvidence& evidence, const DesktopEntry& engine) {
   if (engine.category != gamesCategory) return nullptr;
   return first(entries, [&](const DesktopEntry& entry) {
@@ -123,20 +121,27 @@ const DesktopEntry* byData(Entries entries, const AppEvidence& evidence, const D
         evidence.arguments.begin(), evidence.arguments.end(), [&](const std::string& argument) {
           const std::string file = fileNameOf(argument);
           const std::size_t ending = file.rfind('.');
-          return ending != std::string::npos && file.substr(0, ending) == fileNameOf(entry.executable);
+          const bool isFolder = argument.starts_with('/') && file == lastPart(entry.id, '.');
+          return isFolder ||
+                 (ending != std::string::npos && file.substr(0, ending) == fileNameOf(entry.executable));
         });
   });
 }
 
-const DesktopEntry* byWindow(Entries entries, const AppEvidence& evidence) {
+// To the letter: the instance "xterm" of a window of class "UXTerm" is not XTerm's "XTerm".
+const DesktopEntry* byDeclaration(Entries entries, const AppEvidence& evidence) {
   if (const DesktopEntry* entry = byId(entries, evidence.applicationId)) return entry;
-  // To the letter first: the instance "xterm" of a window of class "UXTerm" is not XTerm's "XTerm".
   for (const std::string& name : {evidence.windowInstance, evidence.windowClass}) {
     const auto declares = [&](const DesktopEntry& entry) {
       return !name.empty() && entry.windowClass == name;
     };
     if (const DesktopEntry* entry = bestOf(entries, evidence, declares)) return entry;
   }
+  return nullptr;
+}
+
+const DesktopEntry* byWindow(Entries entries, const AppEvidence& evidence) {
+  if (const DesktopEntry* entry = byDeclaration(entries, evidence)) return entry;
   for (const std::string& name : {evidence.windowClass, evidence.windowInstance}) {
     const auto declares = [&](const DesktopEntry& entry) {
       return equalIgnoringCase(entry.windowClass, name);
@@ -154,6 +159,15 @@ const DesktopEntry* byWindow(Entries entries, const AppEvidence& evidence) {
 const DesktopEntry* byLaunchedFile(Entries entries, const AppEvidence& evidence) {
   if (evidence.launchedFile.empty()) return nullptr;
   return first(entries, [&](const DesktopEntry& entry) { return entry.path == evidence.launchedFile; });
+}
+
+// A store's shortcut to the game.
+const DesktopEntry* byStoreAddress(Entries entries, const AppEvidence& evidence) {
+  if (evidence.storeAddress.empty()) return nullptr;
+  return first(entries, [&](const DesktopEntry& entry) {
+    const std::vector<std::string>& arguments = entry.arguments;
+    return std::find(arguments.begin(), arguments.end(), evidence.storeAddress) != arguments.end();
+  });
 }
 
 const DesktopEntry* bySandbox(Entries entries, const AppEvidence& evidence) {
@@ -219,12 +233,14 @@ std::optional<std::string> unlessEmpty(const std::string& text) {
 }
 
 const DesktopEntry* findOwnEntry(const AppEvidence& evidence, Entries entries) {
+  if (const DesktopEntry* entry = byStoreAddress(entries, evidence)) return entry;
   if (const DesktopEntry* entry = bySandbox(entries, evidence)) return entry;
   const DesktopEntry* const unit = evidence.unit ? byId(entries, evidence.unit->id) : nullptr;
   if (unit != nullptr && isUnitsOwn(evidence, *unit)) return unit;
   if (const DesktopEntry* entry = withoutUnit(entries, evidence)) return entry;
-  // Nothing else speaks: a script may well have started a program of another name.
-  return unit != nullptr && unit->isScript ? unit : nullptr;
+  // Nothing else speaks: a script may well have started a program of another name. What a store has started
+  // is one of its games.
+  return unit != nullptr && unit->isScript && !unit->isStore ? unit : nullptr;
 }
 
 } // namespace
@@ -233,6 +249,27 @@ const DesktopEntry* findEntry(const AppEvidence& evidence, Entries entries) {
   const DesktopEntry* const own = findOwnEntry(evidence, entries);
   const DesktopEntry* const game = own == nullptr ? nullptr : byData(entries, evidence, *own);
   return game == nullptr ? own : game;
+}
+
+const DesktopEntry* entryOfWindow(const AppEvidence& evidence, const DesktopEntry* known,
+                                  std::span<const DesktopEntry> entries) {
+  const DesktopEntry* const declared = byDeclaration(entries, evidence);
+  // What is in a sandbox is not believed to be somebody outside; a browser there has its web apps under its
+  // id.
+  const bool isSandboxsOwn =
+      declared != nullptr && (evidence.sandboxId.empty() || declared->id.starts_with(evidence.sandboxId));
+  if (isSandboxsOwn) return declared;
+  if (declared != nullptr || known == nullptr || known->windowClass.empty()) return known;
+  if (equalIgnoringCase(known->windowClass, evidence.windowClass) ||
+      equalIgnoringCase(known->windowClass, evidence.windowInstance))
+    return known;
+  // It may have been started as what it is known as: only what the window shows counts now.
+  AppEvidence shown = evidence;
+  shown.launchedFile.clear();
+  shown.unit.reset();
+  shown.arguments.clear();
+  const DesktopEntry* const entry = findEntry(shown, entries);
+  return entry == nullptr ? known : entry;
 }
 
 AppIdentity identityOf(const AppEvidence& evidence, const DesktopEntry* entry) {
@@ -246,7 +283,8 @@ AppIdentity identityOf(const AppEvidence& evidence, const DesktopEntry* entry) {
   }
   identity.localizedName = entry->name.empty() ? ownName(evidence) : entry->name;
   identity.bundlePath = cleanUtf8(entry->path);
-  identity.executablePath = unlessEmpty(cleanUtf8(entry->executable));
+  const bool isShortcut = !evidence.storeAddress.empty() && entry->executable != evidence.executable;
+  identity.executablePath = unlessEmpty(cleanUtf8(isShortcut ? evidence.executable : entry->executable));
   identity.bundleCategory = unlessEmpty(entry->category);
   identity.iconName = unlessEmpty(entry->icon);
   if (loader) identity.executablePath = loader;

@@ -118,8 +118,9 @@ InterpretedProgram interpretedProgram(std::string_view interpreter,
 }
 
 std::string_view withoutProgramEnding(std::string_view name) {
-  constexpr std::array<std::string_view, 9> endings{".py",  ".pyw", ".pl",  ".rb", ".sh",
-                                                    ".lua", ".js",  ".jar", ".exe"};
+  // The last three are those of programs that a script of the plain name starts.
+  constexpr std::array<std::string_view, 12> endings{".py", ".pyw", ".pl",  ".rb",   ".sh",  ".lua",
+                                                     ".js", ".jar", ".exe", ".real", ".bin", "-bin"};
   const std::string lowered = asciiLowered(name);
   for (const std::string_view ending : endings) {
     if (lowered.size() > ending.size() && lowered.ends_with(ending))

@@ -39,6 +39,13 @@ class LinuxApplication final : public RunningApplication {
   bool bringToFront() override;
   std::optional<std::string> iconName() const override { return m_identity.iconName; }
 
+  // The same app, but none that counts as a game for what its desktop file says.
+  std::shared_ptr<LinuxApplication> asLauncher() const {
+    auto launcher = std::make_shared<LinuxApplication>(m_pid, m_identity, m_windows);
+    launcher->m_identity.bundleCategory.reset();
+    launcher->m_policy = m_policy;
+    return launcher;
+  }
   void setActivationPolicy(ActivationPolicy policy) { m_policy = policy; }
   void setIdentity(AppIdentity identity) { m_identity = std::move(identity); }
   void setTerminated() { m_isTerminated = true; }

@@ -8,9 +8,11 @@
 #include "platform/posix/process/BoundedWait.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <set>
 #include <string_view>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace vantle {
@@ -45,6 +47,37 @@ bool addWindow(AppEvidence& evidence, const WindowFacts& window) {
   return isIdNew || isInstanceNew || isClassNew;
 }
 
+// What windows of one app have in common.
+using WindowNames = std::array<std::string, 3>;
+
+WindowNames namesOf(const WindowFacts& window) {
+  return {window.applicationId, window.instance, window.className};
+}
+
+// 0 when it cannot be told.
+Pid parentOf(Pid pid) {
+  const auto line = readKernelFile("/proc/" + std::to_string(pid) + "/stat");
+  const std::optional<ProcStat> stat = line ? parseProcStat(*line) : std::nullopt;
+  return stat ? stat->parent : 0;
+}
+
+bool isOwn(Pid pid) {
+  struct stat status {};
+  return ::stat(("/proc/" + std::to_string(pid)).c_str(), &status) == 0 && status.st_uid == ::geteuid();
+}
+
+// From the parent up; as far as it can be told.
+std::vector<Pid> ancestorsOf(Pid pid) {
+  constexpr std::size_t most = 64;
+  std::vector<Pid> above;
+  while (above.size() < most) {
+    pid = parentOf(pid);
+    if (pid <= 1) break;
+    above.push_back(pid);
+  }
+  return above;
+}
+
 // Windows of other machines come through the secure shell: theirs is not the process that should be slowed.
 bool isRemote(const AppEvidence& evidence) { return evidence.commandName.starts_with("sshd"); }
 
@@ -57,9 +90,11 @@ bool belongsToShell(const AppEvidence& evidence) {
 } // namespace
 
 struct WindowedWorkspace::App {
-  std::shared_ptr<LinuxApplication> application;
+  std::shared_ptr<LinuxApplication> application;                  // who it is now
+  std::map<WindowNames, std::shared_ptr<LinuxApplication>> roles; // by windows that were in front
   std::uint64_t startTicks = 0;
   std::shared_ptr<Descriptor> process;
+  std::set<Pid> helpers; // processes below it that have windows for it
   std::unique_ptr<EventLoop::Handle> exitWatch;
   // Until the launch is told:
   std::unique_ptr<EventLoop::Handle> launchTimer;
@@ -71,6 +106,20 @@ struct WindowedWorkspace::App {
 
   Pid pid() const { return application->processIdentifier(); }
   bool isRegular() const { return application->activationPolicy() == ActivationPolicy::regular; }
+  // Null for a window of a kind that has not been in front.
+  std::shared_ptr<LinuxApplication> roleOf(const WindowFacts& shown) const {
+    const auto role = roles.find(namesOf(shown));
+    return role == roles.end() ? nullptr : role->second;
+  }
+  bool owns(const WindowFacts& shown) const { return shown.pid == pid() || helpers.contains(shown.pid); }
+  bool isOfAnotherRole(const WindowFacts& shown) const {
+    const auto role = roleOf(shown);
+    return role && role != application;
+  }
+  void setTerminated() {
+    application->setTerminated();
+    for (const auto& [names, role] : roles) role->setTerminated();
+  }
 };
 
 WindowedWorkspace::WindowedWorkspace(EventLoop& loop, std::unique_ptr<DesktopWindows> windows,
@@ -119,15 +168,33 @@ WindowedWorkspace::App* WindowedWorkspace::find(Pid pid) const {
   return found == m_apps.end() ? nullptr : found->get();
 }
 
+WindowedWorkspace::App* WindowedWorkspace::ownerOf(const WindowFacts& window) const {
+  const auto found =
+      std::find_if(m_apps.begin(), m_apps.end(), [&window](const auto& app) { return app->owns(window); });
+  return found == m_apps.end() ? nullptr : found->get();
+}
+
 void WindowedWorkspace::update() {
+  std::set<Pid> owners;
+  for (const auto& [id, window] : m_windows->known()) owners.insert(window.pid);
+  // The number of one that has gone may be another process's next.
+  for (const auto& app : m_apps) {
+    std::erase_if(app->helpers, [&owners](Pid helper) { return !owners.contains(helper); });
+  }
   for (const auto& [id, window] : m_windows->known()) adoptOwner(window);
+  for (const auto& app : m_apps) endRoles(*app);
   if (m_windows->isActiveKnown()) updateFront();
   deliver();
 }
 
 void WindowedWorkspace::updateFront() {
-  App* const owner = ownerOfActive();
-  if (owner != nullptr && !isKeptBehind(*owner)) return becomeFront(owner);
+  const WindowFacts* const window = activeWindow();
+  App* const owner = window == nullptr ? nullptr : ownerOf(*window);
+  if (owner != nullptr && !isKeptBehind(*owner)) {
+    takeRoleOf(*owner, *window);
+    if (owner->application != m_front && !m_isStarting) endLaunchersAsGames(*owner);
+    return becomeFront(owner);
+  }
   // Using a panel or the desktop itself takes no app out of the front.
   if (!m_front || owner != nullptr) {
     m_gap.reset();
@@ -152,17 +219,108 @@ bool WindowedWorkspace::isKeptBehind(const App& owner) const {
   return !owner.isRegular() || (m_options.front == FrontRule::settled && owner.pid() == ::getpid());
 }
 
-WindowedWorkspace::App* WindowedWorkspace::ownerOfActive() const {
+const WindowFacts* WindowedWorkspace::activeWindow() const {
   const auto window = m_windows->known().find(m_windows->active());
-  return window == m_windows->known().end() ? nullptr : find(window->second.pid);
+  return window == m_windows->known().end() ? nullptr : &window->second;
+}
+
+void WindowedWorkspace::takeRoleOf(App& app, const WindowFacts& window) {
+  const WindowNames names = namesOf(window);
+  if (window.kind != WindowKind::ordinary || names == WindowNames{}) return;
+  if (const auto role = app.roles.find(names); role != app.roles.end()) {
+    app.application = role->second;
+    return;
+  }
+  AppEvidence evidence = readEvidence(window.pid);
+  addWindow(evidence, window);
+  if (app.evidence) { // nobody has heard of it yet
+    app.application->setIdentity(identify(evidence));
+    app.evidence = std::make_unique<AppEvidence>(std::move(evidence));
+    app.window = window.id;
+    app.roles = {{names, app.application}};
+    return;
+  }
+  std::shared_ptr<LinuxApplication>& role = app.roles[names];
+  role = app.application;
+  const std::vector<DesktopEntry>& entries = m_options.installed->all();
+  const auto ofRole = [&](const LinuxApplication& other) {
+    const auto found = std::find_if(entries.begin(), entries.end(), [&](const DesktopEntry& entry) {
+      return other.bundlePath() == entry.path;
+    });
+    return found == entries.end() ? nullptr : &*found;
+  };
+  const DesktopEntry* const known = ofRole(*app.application);
+  const DesktopEntry* const entry = entryOfWindow(evidence, known, entries);
+  if (entry == known) return;
+  const auto same = std::find_if(app.roles.begin(), app.roles.end(),
+                                 [&](const auto& other) { return ofRole(*other.second) == entry; });
+  if (same != app.roles.end()) {
+    role = same->second;
+  } else {
+    role = std::make_shared<LinuxApplication>(app.pid(), identityOf(evidence, entry), m_appWindows);
+    if (!m_isStarting) m_events.emplace_back(WorkspaceEvent::launched, role);
+  }
+  app.application = role;
+}
+
+// A program that has started a game of another name is known as that game's launcher from then on. It would
+// stay the Boost app, or become it again, long after the game: its desktop file calls it a game as well.
+void WindowedWorkspace::endLaunchersAsGames(const App& game) {
+  const auto isGame = [](const App& app) { return app.application->bundleCategory() == gamesCategory; };
+  if (!isGame(game)) return;
+  const std::vector<Pid> above = ancestorsOf(game.pid());
+  for (const auto& app : m_apps) {
+    const bool isAbove = std::find(above.begin(), above.end(), app->pid()) != above.end();
+    const bool isAnother = app->application->bundlePath() != game.application->bundlePath();
+    if (!isAbove || !isAnother || app->evidence || !isGame(*app)) continue;
+    const std::shared_ptr<LinuxApplication> role = app->application;
+    app->application = role->asLauncher();
+    for (auto& [names, other] : app->roles) {
+      if (other == role) other = app->application;
+    }
+    role->setTerminated();
+    m_events.emplace_back(WorkspaceEvent::terminated, role);
+    m_events.emplace_back(WorkspaceEvent::launched, app->application);
+  }
+}
+
+// A browser goes on when its web app's window is closed, and so does a web app's when the browser's is.
+void WindowedWorkspace::endRoles(App& app) {
+  if (app.roles.size() < 2) return;
+  std::set<const LinuxApplication*> shown;
+  const WindowFacts* any = nullptr;
+  for (const auto& [id, window] : m_windows->known()) {
+    if (!app.owns(window) || window.kind != WindowKind::ordinary) continue;
+    any = &window;
+    shown.insert(app.roleOf(window).get());
+  }
+  shown.erase(nullptr);
+  if (shown.empty()) return;
+  std::set<std::shared_ptr<LinuxApplication>> ended;
+  for (const auto& [names, role] : app.roles) {
+    if (!shown.contains(role.get())) ended.insert(role);
+  }
+  std::erase_if(app.roles, [&](const auto& role) { return ended.contains(role.second); });
+  if (ended.contains(app.application)) takeRoleOf(app, *any);
+  for (const auto& role : ended) {
+    role->setTerminated();
+    if (m_front == role) becomeFront(nullptr);
+    m_events.emplace_back(WorkspaceEvent::terminated, role);
+  }
+  // To everybody an app is its process: what was said of the one counted for the other.
+  if (!ended.empty()) m_events.emplace_back(WorkspaceEvent::launched, app.application);
 }
 
 void WindowedWorkspace::adoptOwner(const WindowFacts& window) {
   if (window.pid == 0 || window.kind == WindowKind::passing) return;
-  App* app = find(window.pid);
+  App* app = ownerOf(window);
   if (app == nullptr) {
     std::unique_ptr<App> made = makeApp(window);
     if (!made) return;
+    if (App* const known = find(made->pid())) {
+      known->helpers.insert(window.pid);
+      return;
+    }
     app = made.get();
     const auto place =
         std::upper_bound(m_apps.begin(), m_apps.end(), made, [](const auto& left, const auto& right) {
@@ -185,22 +343,53 @@ void WindowedWorkspace::adoptOwner(const WindowFacts& window) {
 std::unique_ptr<WindowedWorkspace::App> WindowedWorkspace::makeApp(const WindowFacts& window) {
   // A process whose end nobody would hear of cannot be an app here.
   if (!window.process || !*window.process) return nullptr;
-  const std::optional<std::uint64_t> start = startTicks(window.pid);
+  std::optional<std::uint64_t> start = startTicks(window.pid);
   if (!start) return nullptr;
   AppEvidence evidence = readEvidence(window.pid);
   if (isRemote(evidence)) return nullptr;
   addWindow(evidence, window);
 
   auto app = std::make_unique<App>();
-  app->application = std::make_shared<LinuxApplication>(window.pid, identify(evidence), m_appWindows);
+  WindowOwner owner{window.pid, window.process};
+  if (WindowOwner store = storeOf(evidence); store.pid != 0) {
+    const std::optional<std::uint64_t> storesStart = startTicks(store.pid);
+    if (!storesStart) return nullptr;
+    start = storesStart;
+    owner = std::move(store);
+    app->helpers.insert(window.pid);
+  }
+  app->application = std::make_shared<LinuxApplication>(owner.pid, identify(evidence), m_appWindows);
   if (belongsToShell(evidence)) app->application->setActivationPolicy(ActivationPolicy::accessory);
+  app->roles = {{namesOf(window), app->application}};
   app->evidence = std::make_unique<AppEvidence>(std::move(evidence));
   app->window = window.id;
   app->startTicks = *start;
-  app->process = window.process;
+  app->process = owner.process;
   app->exitWatch = m_loop.watch(app->process->get(), EventLoop::Readiness::readable,
-                                [this, pid = window.pid] { ended(pid); });
+                                [this, pid = owner.pid] { ended(pid); });
   return app;
+}
+
+// A store's windows may be those of a helper, while its games are started by the program above that: the app
+// is that one, or the store would be slowed as if it had started nothing. Nobody when the windows are not a
+// store's, or its own.
+WindowOwner WindowedWorkspace::storeOf(const AppEvidence& helper) {
+  constexpr int most = 8;
+  const std::vector<DesktopEntry>& entries = m_options.installed->all();
+  const DesktopEntry* const entry = findEntry(helper, entries);
+  if (entry == nullptr || !entry->isStore) return {};
+  WindowOwner store;
+  Pid below = helper.pid;
+  for (int step = 0; step < most; ++step) {
+    const Pid above = parentOf(below);
+    if (above <= 1 || !isOwn(above)) break;
+    WindowOwner owner{above, m_stores.open(above, false)};
+    if (!owner.process || parentOf(below) != above) break; // opened before it was sure that it is the parent
+    if (findEntry(readEvidence(above), entries) != entry) break;
+    below = above;
+    store = std::move(owner);
+  }
+  return store;
 }
 
 AppIdentity WindowedWorkspace::identify(const AppEvidence& evidence) {
@@ -231,8 +420,11 @@ void WindowedWorkspace::announce(App& app) {
   // Some desktops tell of a window before it has said what it is.
   const std::unique_ptr<AppEvidence> evidence = std::move(app.evidence);
   const auto window = m_windows->known().find(app.window);
-  const bool isItsOwn = window != m_windows->known().end() && window->second.pid == app.pid();
-  if (isItsOwn && addWindow(*evidence, window->second)) app.application->setIdentity(identify(*evidence));
+  const bool isItsOwn = window != m_windows->known().end() && app.owns(window->second);
+  if (isItsOwn && addWindow(*evidence, window->second)) {
+    app.application->setIdentity(identify(*evidence));
+    app.roles = {{namesOf(window->second), app.application}};
+  }
   m_events.emplace_back(WorkspaceEvent::launched, app.application);
 }
 
@@ -243,7 +435,7 @@ void WindowedWorkspace::ended(Pid pid) {
   announceLaunches(found->get());
   const std::unique_ptr<App> app = std::move(*found);
   m_apps.erase(found);
-  app->application->setTerminated();
+  app->setTerminated();
   if (m_front == app->application) becomeFront(nullptr);
   m_events.emplace_back(WorkspaceEvent::terminated, app->application);
   m_windows->forget(pid);
@@ -256,7 +448,7 @@ void WindowedWorkspace::startOver() {
   becomeFront(nullptr);
   if (!m_unannounced.empty()) announceLaunches(m_unannounced.back());
   for (const auto& app : std::exchange(m_apps, {})) {
-    app->application->setTerminated();
+    app->setTerminated();
     m_events.emplace_back(WorkspaceEvent::terminated, app->application);
   }
   deliver();
@@ -280,7 +472,7 @@ bool WindowedWorkspace::requestClose(Pid pid) {
   if (app == nullptr) return false;
   std::set<WindowId> all;
   for (const auto& [id, window] : m_windows->known()) {
-    if (window.pid == pid) all.insert(id);
+    if (app->owns(window)) all.insert(id);
   }
   const bool isAnyLeft = std::any_of(app->asked.begin(), app->asked.end(),
                                      [&all](WindowId window) { return all.contains(window); });
@@ -291,7 +483,8 @@ bool WindowedWorkspace::requestClose(Pid pid) {
   bool isSent = false;
   for (const WindowId id : all) {
     const WindowFacts& window = m_windows->known().at(id);
-    if (window.kind == WindowKind::ordinary) isSent = m_windows->requestClose(window) || isSent;
+    if (window.kind != WindowKind::ordinary || app->isOfAnotherRole(window)) continue;
+    isSent = m_windows->requestClose(window) || isSent;
   }
   if (isSent) app->asked = std::move(all);
   return isSent;
@@ -299,8 +492,11 @@ bool WindowedWorkspace::requestClose(Pid pid) {
 
 // The app's oldest window that can be brought there: its main one, as a rule. Null without one.
 const WindowFacts* WindowedWorkspace::windowForFront(Pid pid) const {
+  const App* const app = find(pid);
+  if (app == nullptr) return nullptr;
   for (const auto& [id, window] : m_windows->known()) {
-    const bool isIts = window.pid == pid && window.kind == WindowKind::ordinary;
+    const bool isIts =
+        app->owns(window) && window.kind == WindowKind::ordinary && !app->isOfAnotherRole(window);
     if (isIts && m_windows->canBringToFront(window)) return &window;
   }
   return nullptr;

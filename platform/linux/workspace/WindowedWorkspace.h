@@ -5,6 +5,7 @@
 #include "engine/ports/Workspace.h"
 #include "platform/linux/apps/DesktopEntries.h"
 #include "platform/linux/windows/DesktopWindows.h"
+#include "platform/linux/windows/WindowProcesses.h"
 #include "platform/linux/workspace/LinuxApplication.h"
 #include "platform/shared/EventLoop.h"
 
@@ -19,9 +20,11 @@
 namespace vantle {
 
 // The apps of a desktop that says which windows it has. An app is a process that owns an ordinary window, or
-// owned one and still lives; several windows of one process are one app. Processes of the desktop itself
-// (panels, docks, …) are accessory apps, and never the front app: what was in front before stays so while the
-// person uses them. Without a desktop there are no apps.
+// owned one and still lives; several windows of one process are one app, unless they say themselves that they
+// are not: a browser's window can be a web app's, with a desktop file of its own. Such a process is the app
+// whose window was in front last, and of its apps one without windows has ended. Processes of the desktop
+// itself (panels, docks, …) are accessory apps, and never the front app: what was in front before stays so
+// while the person uses them. Without a desktop there are no apps.
 class WindowedWorkspace final : public Workspace {
  public:
   struct Options {
@@ -56,8 +59,13 @@ class WindowedWorkspace final : public Workspace {
   void adoptOwner(const WindowFacts& window);
   std::unique_ptr<App> makeApp(const WindowFacts& window);
   AppIdentity identify(const AppEvidence& evidence);
+  WindowOwner storeOf(const AppEvidence& helper);
+  void takeRoleOf(App& app, const WindowFacts& window);
+  void endRoles(App& app);
+  void endLaunchersAsGames(const App& game);
   App* find(Pid pid) const;
-  App* ownerOfActive() const;
+  App* ownerOf(const WindowFacts& window) const;
+  const WindowFacts* activeWindow() const;
   void announceLaunches(const App* upTo);
   void announce(App& app);
   void ended(Pid pid);
@@ -75,6 +83,7 @@ class WindowedWorkspace final : public Workspace {
   AppRef m_front;
   std::unique_ptr<EventLoop::Handle> m_gap; // set while nothing is said to be in front, and that may pass
   std::vector<Event> m_events;              // to be told
+  WindowProcesses m_stores;
   bool m_isStarting = true;
   bool m_isDelivering = false;
   std::shared_ptr<const LinuxApplication::Windows> m_appWindows;

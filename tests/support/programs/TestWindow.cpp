@@ -3,6 +3,7 @@
 //
 //   --title TEXT        WM_NAME and _NET_WM_NAME, byte for byte
 //   --class NAME        WM_CLASS (instance and class)
+//   --next-class NAME   WM_CLASS of the windows that SIGUSR2 opens
 //   --raw-class BYTES   WM_CLASS as it stands, without its zero bytes
 //   --claim-pid N       _NET_WM_PID, true or not
 //   --app-id ID         _GTK_APPLICATION_ID
@@ -44,6 +45,7 @@ namespace {
 struct Options {
   std::optional<std::string> title;
   std::optional<std::string> windowClass;
+  std::optional<std::string> nextClass;
   std::optional<std::uint32_t> claimedPid;
   std::optional<std::string> appId;
   std::optional<std::string> type;
@@ -67,6 +69,9 @@ std::optional<Options> parse(const std::vector<std::string>& arguments) {
     } else if (name == "--class") {
       const std::string text = value();
       options.windowClass = text + '\0' + text + '\0';
+    } else if (name == "--next-class") {
+      const std::string text = value();
+      options.nextClass = text + '\0' + text + '\0';
     } else if (name == "--raw-class") {
       options.windowClass = value();
     } else if (name == "--claim-pid") {
@@ -209,7 +214,10 @@ class TestWindow {
       signalfd_siginfo arrived{};
       if (ready[1].revents == 0 || ::read(m_signals, &arrived, sizeof arrived) != sizeof arrived) continue;
       if (arrived.ssi_signo == SIGUSR1) forkChild();
-      if (arrived.ssi_signo == SIGUSR2) openWindow();
+      if (arrived.ssi_signo == SIGUSR2) {
+        if (m_options.nextClass) m_options.windowClass = m_options.nextClass;
+        openWindow();
+      }
       if (arrived.ssi_signo == SIGWINCH) destroyWindow();
     }
   }

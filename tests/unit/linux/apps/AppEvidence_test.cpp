@@ -148,6 +148,33 @@ TEST(AppEvidence, TakesTheCommandLineWhereTheProgramIsHidden) {
   }));
 }
 
+TEST(AppEvidence, TakesACommandLineApartThatIsOneText) {
+  const desktop::TemporaryFolder folder;
+  const desktop::Program program(
+      {.command = {"bash", "-c", "mkfifo pipe; exec -a '/opt/browser --app-id=abc --new' cat <>pipe"},
+       .workingFolder = folder.path()});
+  EXPECT_TRUE(desktop::waitUntil([&] {
+    return readEvidence(program.pid()).arguments ==
+           std::vector<std::string>{"/opt/browser", "--app-id=abc", "--new"};
+  }));
+}
+
+TEST(AppEvidence, KnowsTheStoresNumberOfAGame) {
+  const auto addressFor = [](const std::string& number) {
+    desktop::Start start{.command = {"sleep", "1000"}};
+    start.environment = {{"SteamAppId", number}};
+    const desktop::Program program(start);
+    desktop::require("the program", [&] {
+      const AppEvidence evidence = readEvidence(program.pid());
+      return evidence.executable.ends_with("/sleep") && !evidence.arguments.empty();
+    });
+    return readEvidence(program.pid()).storeAddress;
+  };
+  EXPECT_EQ(addressFor("42"), "steam://rungameid/42");
+  EXPECT_EQ(addressFor("42/.."), "");
+  EXPECT_EQ(addressFor(""), "");
+}
+
 TEST(AppEvidence, IsEmptyForNobody) {
   const AppEvidence evidence = readEvidence(0x7ffffff0);
   EXPECT_EQ(evidence.executable, "");

@@ -34,6 +34,11 @@ DesktopEntry script(DesktopEntry made) {
   return made;
 }
 
+DesktopEntry store(DesktopEntry made) {
+  made.isStore = true;
+  return made;
+}
+
 // A small menu with the traps that real ones have.
 const std::vector<DesktopEntry>& installed() {
   static const std::vector<DesktopEntry> entries{
@@ -53,6 +58,8 @@ const std::vector<DesktopEntry>& installed() {
       entry("kobodeluxe", "/usr/games/kobodl"),
       entry("hidden-tool", "/usr/bin/hidden-tool", {}, {}, true),
       entry("com.spotify.Client", "/app/bin/spotify"),
+      store(script(entry("steam", "/usr/games/steam"))),
+      script(game(entry("Fine Game", "/usr/games/steam", {"steam://rungameid/42"}))),
       script(game(entry("whichwayisup", "/usr/games/whichwayisup"))),
       game(entry("monsterz", "/usr/games/monsterz")),
       script(game(entry("freecol", "/usr/games/freecol"))),
@@ -60,6 +67,8 @@ const std::vector<DesktopEntry>& installed() {
       game(entry("scummvm", "/usr/games/scummvm")),
       game(entry("flight-of-the-amazon-queen", "/usr/games/scummvm",
                  {"-p", "/usr/share/scummvm/flight-of-the-amazon-queen", "queen"})),
+      script(game(entry("beneath-a-steel-sky", "/usr/games/sky"))),
+      script(game(entry("armagetronad", "/usr/games/armagetronad"))),
       game(entry("org.chocolate_doom.Doom", "/usr/games/chocolate-doom")),
       script(game(entry("io.github.freedoom.Phase1", "/usr/games/freedoom1"))),
       script(game(entry("io.github.freedoom.Phase2", "/usr/games/freedoom2"))),
@@ -240,6 +249,18 @@ TEST(DesktopIdentity, FindsGamesThatAnInterpreterOrAnEngineRuns) {
        "scummvm",
        "flight-of-the-amazon-queen"},
       {"/usr/games/scummvm", "/usr/games/scummvm", {}, {"scummvm"}, "scummvm", "scummvm"},
+      {"/usr/games/scummvm",
+       "/usr/games/scummvm",
+       {},
+       {"scummvm", "-p", "/usr/share/scummvm/beneath-a-steel-sky", "sky"},
+       "scummvm",
+       "beneath-a-steel-sky"},
+      {"/usr/games/armagetronad.real",
+       "/usr/games/armagetronad.real",
+       {},
+       {"/usr/games/armagetronad.real"},
+       "Armagetron Advanced",
+       "armagetronad"},
       {"/usr/games/chocolate-doom",
        "/usr/games/chocolate-doom",
        {},
@@ -288,6 +309,48 @@ TEST(DesktopIdentity, AProgramThatWineRunsHasItsLoaderAsExecutable) {
     const bool isLoader = loader.ends_with("loader") && executable != loader;
     EXPECT_EQ(identityOf(running(executable), &menu).executablePath, isLoader ? loader : "/usr/bin/wine");
   }
+}
+
+// One that declares itself to be another app's is believed over what the process is known as.
+TEST(DesktopIdentity, WindowsOfOneProcessMayBeSeveralApps) {
+  const auto shownBy = [](const char* known, const char* instance, const char* className,
+                          const std::string& sandbox = {}) {
+    AppEvidence evidence = running("/opt/google/chrome/chrome");
+    evidence.windowInstance = instance;
+    evidence.windowClass = className;
+    evidence.sandboxId = sandbox;
+    evidence.arguments = {"chrome", "--app-id=abc"};
+    evidence.launchedFile = "/usr/share/applications/chrome-abc-Default.desktop";
+    const std::vector<DesktopEntry>& entries = installed();
+    const auto entry = std::find_if(entries.begin(), entries.end(),
+                                    [known](const DesktopEntry& each) { return each.id == known; });
+    const DesktopEntry* const found =
+        entryOfWindow(evidence, entry == entries.end() ? nullptr : &*entry, entries);
+    return found == nullptr ? std::string() : found->id;
+  };
+  EXPECT_EQ(shownBy("google-chrome", "crx_abc", "Google-chrome"), "chrome-abc-Default");
+  EXPECT_EQ(shownBy("chrome-abc-Default", "google-chrome", "Google-chrome"), "google-chrome");
+  EXPECT_EQ(shownBy("chrome-abc-Default", "crx_abc", "Google-chrome"), "chrome-abc-Default");
+  EXPECT_EQ(shownBy("google-chrome", "something", "else"), "google-chrome") << "by its program";
+  EXPECT_EQ(shownBy("galculator", "dialog", "Dialog"), "galculator") << "which declares no window";
+  EXPECT_EQ(shownBy("", "dialog", "Dialog"), "");
+  EXPECT_EQ(shownBy("com.spotify.Client", "crx_abc", "", "com.spotify.Client"), "com.spotify.Client")
+      << "nobody outside is in a sandbox";
+}
+
+// Its processes carry the store's number of it; what else a store's unit holds is no window of the store.
+TEST(DesktopIdentity, AStoresGameIsItsShortcut) {
+  AppEvidence evidence = running("/home/me/steamapps/common/Fine/Fine");
+  evidence.windowClass = "steam_app_42";
+  evidence.unit = UnitId{"steam", "77"};
+  EXPECT_EQ(idOf(evidence), "none");
+  evidence.storeAddress = "steam://rungameid/42";
+  EXPECT_EQ(idOf(evidence), "Fine Game");
+  const AppIdentity identity = identityOf(evidence, findEntry(evidence, installed()));
+  EXPECT_EQ(identity.localizedName, "Fine Game by name");
+  EXPECT_EQ(identity.executablePath, "/home/me/steamapps/common/Fine/Fine") << "not the store";
+  evidence.storeAddress = "steam://rungameid/4";
+  EXPECT_EQ(idOf(evidence), "none");
 }
 
 TEST(DesktopIdentity, DescribesAnInstalledApp) {

@@ -70,6 +70,8 @@ TEST(InterpretedProgram, HasAnEndingThatNobodyReads) {
   EXPECT_EQ(withoutProgramEnding("monsterz.py"), "monsterz");
   EXPECT_EQ(withoutProgramEnding("Setup.EXE"), "Setup");
   EXPECT_EQ(withoutProgramEnding("org.gnome.Maps"), "org.gnome.Maps");
+  EXPECT_EQ(withoutProgramEnding("armagetronad.real"), "armagetronad");
+  EXPECT_EQ(withoutProgramEnding("thunderbird-bin"), "thunderbird");
   EXPECT_EQ(withoutProgramEnding(".py"), ".py");
   EXPECT_EQ(withoutProgramEnding(""), "");
 }

@@ -347,6 +347,212 @@ TEST_P(OnEveryDesktop, AnAppIsKnownByWhatItsWindowSaysAtItsLaunch) {
   EXPECT_EQ(known->localizedName(), "Late");
 }
 
+// A browser whose windows may be a web app's, which has a desktop file of its own.
+class WebApps : public WindowedWorkspaceTest {
+ protected:
+  WebApps() {
+    m_data.write("applications/browser.desktop",
+                 "[Desktop Entry]\nType=Application\nName=Browser\nExec=true\nStartupWMClass=Browser\n");
+    m_data.write("applications/browser-game.desktop",
+                 "[Desktop Entry]\nType=Application\nName=Web Game\nExec=true --app=game\n"
+                 "Categories=Game;\nStartupWMClass=crx_game\n");
+  }
+  void openWindow(WindowId id, const char* instance) {
+    WindowFacts& window = m_windows->open(id, m_browser.pid());
+    window.instance = instance;
+    window.className = "Browser";
+  }
+  std::string frontName() const {
+    const AppRef app = m_workspace->frontmostApplication();
+    return app ? *app->localizedName() : "nothing";
+  }
+  std::string known() const { return *m_workspace->runningApplication(m_browser.pid())->localizedName(); }
+  std::string browsers(const char* name) const { return event(name, m_browser.pid()); }
+
+  ForkedProcess m_browser;
+};
+
+TEST_F(WebApps, TheWindowInFrontSaysWhichAppIsInFront) {
+  watch(FrontRule::asTold, [this] {
+    openWindow(1, "browser");
+    m_windows->show(1);
+  });
+  EXPECT_EQ(frontName(), "Browser");
+  openWindow(2, "crx_game");
+  m_windows->show(2);
+  EXPECT_EQ(frontName(), "Web Game");
+  EXPECT_EQ(m_workspace->frontmostApplication()->bundleCategory(), "public.app-category.games");
+  EXPECT_EQ(m_workspace->runningApplications().size(), 1U) << "it is one process";
+  const AppRef game = m_workspace->frontmostApplication();
+  m_windows->show(1);
+  EXPECT_EQ(frontName(), "Browser");
+  m_windows->show(2);
+  EXPECT_EQ(m_workspace->frontmostApplication(), game) << "the same one again";
+  EXPECT_THAT(m_events, ElementsAre(browsers("launched"), browsers("activated"), browsers("activated"),
+                                    browsers("activated")));
+}
+
+TEST_F(WebApps, EndsWithItsLastWindow) {
+  watch(FrontRule::asTold, [this] {
+    openWindow(1, "browser");
+    m_windows->show(1);
+  });
+  openWindow(2, "crx_game");
+  openWindow(3, "crx_game");
+  m_windows->show(2);
+  const AppRef game = m_workspace->frontmostApplication();
+  m_windows->windows.erase(2);
+  m_windows->show(1);
+  EXPECT_FALSE(game->isTerminated());
+  m_events.clear();
+  m_windows->windows.erase(3);
+  m_windows->tell();
+  EXPECT_TRUE(game->isTerminated());
+  EXPECT_EQ(known(), "Browser");
+  EXPECT_EQ(frontName(), "Browser");
+  EXPECT_THAT(m_events, ElementsAre(browsers("terminated"), browsers("launched")));
+}
+
+TEST_F(WebApps, EndsInFrontAsWell) {
+  watch(FrontRule::asTold, [this] {
+    openWindow(1, "browser");
+    m_windows->show(1);
+  });
+  openWindow(2, "crx_game");
+  m_windows->show(2);
+  m_events.clear();
+  m_windows->windows.erase(2);
+  m_windows->show(0);
+  EXPECT_EQ(frontName(), "nothing");
+  EXPECT_EQ(known(), "Browser");
+  m_windows->show(1);
+  EXPECT_EQ(frontName(), "Browser");
+  EXPECT_THAT(m_events, ElementsAre(browsers("terminated"), browsers("launched"), browsers("activated")));
+}
+
+TEST_F(WebApps, OneThatBeganTheProcessIsNotItsBrowser) {
+  watch(FrontRule::asTold, [this] {
+    openWindow(1, "crx_game");
+    m_windows->show(1);
+  });
+  EXPECT_EQ(frontName(), "Web Game");
+  const AppRef game = m_workspace->frontmostApplication();
+  openWindow(2, "browser");
+  m_windows->show(2);
+  EXPECT_EQ(frontName(), "Browser");
+  m_windows->windows.erase(1);
+  m_windows->tell();
+  EXPECT_TRUE(game->isTerminated());
+  EXPECT_EQ(known(), "Browser");
+}
+
+TEST_F(WebApps, WithoutAnyWindowTheProcessStaysWhatItWas) {
+  watch(FrontRule::asTold, [this] {
+    openWindow(1, "browser");
+    m_windows->show(1);
+  });
+  openWindow(2, "crx_game");
+  m_windows->show(2);
+  m_windows->windows.clear();
+  m_windows->show(0);
+  EXPECT_EQ(known(), "Web Game") << "a game that changes to the full screen may open its window anew";
+}
+
+TEST_F(WebApps, OnlyTheWindowsOfTheOneInFrontLastAreAskedToClose) {
+  watch(FrontRule::asTold, [this] {
+    openWindow(1, "browser");
+    m_windows->show(1);
+  });
+  openWindow(2, "crx_game");
+  m_windows->show(2);
+  m_windows->show(1);
+  EXPECT_TRUE(m_workspace->runningApplication(m_browser.pid())->terminate());
+  EXPECT_THAT(m_windows->askedToClose, ElementsAre(1));
+  EXPECT_TRUE(m_workspace->runningApplication(m_browser.pid())->bringToFront());
+  EXPECT_THAT(m_windows->askedToFront, ElementsAre(1));
+}
+
+TEST_F(WebApps, ADialogThatDeclaresNothingIsItsApps) {
+  watch(FrontRule::asTold, [this] {
+    openWindow(1, "crx_game");
+    m_windows->show(1);
+  });
+  m_windows->open(2, m_browser.pid()).className = "Some-Dialog";
+  m_windows->show(2);
+  EXPECT_EQ(frontName(), "Web Game");
+  m_windows->open(3, m_browser.pid()); // says nothing at all
+  m_windows->show(3);
+  EXPECT_EQ(frontName(), "Web Game");
+  EXPECT_THAT(m_events, IsEmpty());
+}
+
+TEST_F(WebApps, TheEndOfTheProcessIsTheEndOfAll) {
+  watch(FrontRule::asTold, [this] {
+    openWindow(1, "browser");
+    m_windows->show(1);
+  });
+  const AppRef browser = m_workspace->frontmostApplication();
+  openWindow(2, "crx_game");
+  m_windows->show(2);
+  const AppRef game = m_workspace->frontmostApplication();
+  m_browser.kill();
+  ASSERT_TRUE(m_loop.awaitProcesses([&] { return game->isTerminated(); }));
+  EXPECT_TRUE(browser->isTerminated());
+  EXPECT_THAT(m_workspace->runningApplications(), IsEmpty());
+}
+
+// A launcher that its desktop file calls a game, and a game that it starts.
+class GameLaunchers : public WindowedWorkspaceTest {
+ protected:
+  GameLaunchers() {
+    for (const char* name : {"launcher", "game"}) {
+      m_data.write(std::string("applications/") + name + ".desktop",
+                   std::string("[Desktop Entry]\nType=Application\nExec=true\nCategories=Game;\nName=") +
+                       name + "\nStartupWMClass=" + name + "\n");
+    }
+    watch(FrontRule::asTold);
+    m_windows->open(1, ::getpid()).className = "launcher"; // whose children the test's processes are
+    m_windows->show(1);
+    m_launcher = m_workspace->frontmostApplication();
+  }
+  void showGame(const char* className) {
+    m_windows->open(2, m_first.pid()).className = className;
+    m_windows->show(2);
+  }
+
+  AppRef m_launcher;
+};
+
+TEST_F(GameLaunchers, AreNoGamesOnceTheyHaveStartedOne) {
+  EXPECT_EQ(m_launcher->bundleCategory(), gamesCategory);
+  m_events.clear();
+  showGame("game");
+  const std::string self = std::to_string(::getpid());
+  EXPECT_THAT(m_events, ElementsAre("terminated " + self, "launched " + self,
+                                    event("launched", m_first.pid()), event("activated", m_first.pid())));
+  EXPECT_TRUE(m_launcher->isTerminated());
+  const AppRef now = m_workspace->runningApplication(::getpid());
+  EXPECT_EQ(now->localizedName(), "launcher");
+  EXPECT_EQ(now->bundleIdentifier(), m_launcher->bundleIdentifier());
+  EXPECT_FALSE(now->bundleCategory());
+  EXPECT_FALSE(now->isTerminated());
+  m_events.clear();
+  m_windows->show(1);
+  EXPECT_EQ(m_workspace->frontmostApplication(), now);
+  m_windows->show(2);
+  EXPECT_EQ(m_events.size(), 2U) << "it is known once";
+}
+
+TEST_F(GameLaunchers, AreNotTheGameItselfInAnotherProcess) {
+  showGame("launcher");
+  EXPECT_FALSE(m_launcher->isTerminated());
+}
+
+TEST_F(GameLaunchers, AreNotKnownByWhatIsNoGame) {
+  showGame("calculator");
+  EXPECT_FALSE(m_launcher->isTerminated());
+}
+
 TEST_F(WindowedWorkspaceTest, NothingInFrontCountsAtOnceWhereItIsAsTold) {
   watchTwo(FrontRule::asTold);
   m_windows->show(0);
