@@ -12,7 +12,6 @@
 #include <cstdint>
 #include <set>
 #include <string_view>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace vantle {
@@ -47,6 +46,8 @@ bool addWindow(AppEvidence& evidence, const WindowFacts& window) {
   return isIdNew || isInstanceNew || isClassNew;
 }
 
+constexpr std::size_t mostNames = 64; // of one process's windows that are remembered
+
 // What windows of one app have in common.
 using WindowNames = std::array<std::string, 3>;
 
@@ -59,11 +60,6 @@ Pid parentOf(Pid pid) {
   const auto line = readKernelFile("/proc/" + std::to_string(pid) + "/stat");
   const std::optional<ProcStat> stat = line ? parseProcStat(*line) : std::nullopt;
   return stat ? stat->parent : 0;
-}
-
-bool isOwn(Pid pid) {
-  struct stat status {};
-  return ::stat(("/proc/" + std::to_string(pid)).c_str(), &status) == 0 && status.st_uid == ::geteuid();
 }
 
 // From the parent up; as far as it can be told.
@@ -94,7 +90,6 @@ struct WindowedWorkspace::App {
   std::map<WindowNames, std::shared_ptr<LinuxApplication>> roles; // by windows that were in front
   std::uint64_t startTicks = 0;
   std::shared_ptr<Descriptor> process;
-  std::set<Pid> helpers; // processes below it that have windows for it
   std::unique_ptr<EventLoop::Handle> exitWatch;
   // Until the launch is told:
   std::unique_ptr<EventLoop::Handle> launchTimer;
@@ -111,7 +106,6 @@ struct WindowedWorkspace::App {
     const auto role = roles.find(namesOf(shown));
     return role == roles.end() ? nullptr : role->second;
   }
-  bool owns(const WindowFacts& shown) const { return shown.pid == pid() || helpers.contains(shown.pid); }
   bool isOfAnotherRole(const WindowFacts& shown) const {
     const auto role = roleOf(shown);
     return role && role != application;
@@ -168,19 +162,7 @@ WindowedWorkspace::App* WindowedWorkspace::find(Pid pid) const {
   return found == m_apps.end() ? nullptr : found->get();
 }
 
-WindowedWorkspace::App* WindowedWorkspace::ownerOf(const WindowFacts& window) const {
-  const auto found =
-      std::find_if(m_apps.begin(), m_apps.end(), [&window](const auto& app) { return app->owns(window); });
-  return found == m_apps.end() ? nullptr : found->get();
-}
-
 void WindowedWorkspace::update() {
-  std::set<Pid> owners;
-  for (const auto& [id, window] : m_windows->known()) owners.insert(window.pid);
-  // The number of one that has gone may be another process's next.
-  for (const auto& app : m_apps) {
-    std::erase_if(app->helpers, [&owners](Pid helper) { return !owners.contains(helper); });
-  }
   for (const auto& [id, window] : m_windows->known()) adoptOwner(window);
   for (const auto& app : m_apps) endRoles(*app);
   if (m_windows->isActiveKnown()) updateFront();
@@ -189,7 +171,7 @@ void WindowedWorkspace::update() {
 
 void WindowedWorkspace::updateFront() {
   const WindowFacts* const window = activeWindow();
-  App* const owner = window == nullptr ? nullptr : ownerOf(*window);
+  App* const owner = window == nullptr ? nullptr : find(window->pid);
   if (owner != nullptr && !isKeptBehind(*owner)) {
     takeRoleOf(*owner, *window);
     if (owner->application != m_front && !m_isStarting) endLaunchersAsGames(*owner);
@@ -239,6 +221,12 @@ void WindowedWorkspace::takeRoleOf(App& app, const WindowFacts& window) {
     app.window = window.id;
     app.roles = {{names, app.application}};
     return;
+  }
+  // Some give each window a name of its own.
+  if (app.roles.size() >= mostNames) {
+    std::set<WindowNames> shown;
+    for (const auto& [id, other] : m_windows->known()) shown.insert(namesOf(other));
+    std::erase_if(app.roles, [&shown](const auto& other) { return !shown.contains(other.first); });
   }
   std::shared_ptr<LinuxApplication>& role = app.roles[names];
   role = app.application;
@@ -290,7 +278,7 @@ void WindowedWorkspace::endRoles(App& app) {
   std::set<const LinuxApplication*> shown;
   const WindowFacts* any = nullptr;
   for (const auto& [id, window] : m_windows->known()) {
-    if (!app.owns(window) || window.kind != WindowKind::ordinary) continue;
+    if (window.pid != app.pid() || window.kind != WindowKind::ordinary) continue;
     any = &window;
     shown.insert(app.roleOf(window).get());
   }
@@ -313,14 +301,10 @@ void WindowedWorkspace::endRoles(App& app) {
 
 void WindowedWorkspace::adoptOwner(const WindowFacts& window) {
   if (window.pid == 0 || window.kind == WindowKind::passing) return;
-  App* app = ownerOf(window);
+  App* app = find(window.pid);
   if (app == nullptr) {
     std::unique_ptr<App> made = makeApp(window);
     if (!made) return;
-    if (App* const known = find(made->pid())) {
-      known->helpers.insert(window.pid);
-      return;
-    }
     app = made.get();
     const auto place =
         std::upper_bound(m_apps.begin(), m_apps.end(), made, [](const auto& left, const auto& right) {
@@ -343,53 +327,23 @@ void WindowedWorkspace::adoptOwner(const WindowFacts& window) {
 std::unique_ptr<WindowedWorkspace::App> WindowedWorkspace::makeApp(const WindowFacts& window) {
   // A process whose end nobody would hear of cannot be an app here.
   if (!window.process || !*window.process) return nullptr;
-  std::optional<std::uint64_t> start = startTicks(window.pid);
+  const std::optional<std::uint64_t> start = startTicks(window.pid);
   if (!start) return nullptr;
   AppEvidence evidence = readEvidence(window.pid);
   if (isRemote(evidence)) return nullptr;
   addWindow(evidence, window);
 
   auto app = std::make_unique<App>();
-  WindowOwner owner{window.pid, window.process};
-  if (WindowOwner store = storeOf(evidence); store.pid != 0) {
-    const std::optional<std::uint64_t> storesStart = startTicks(store.pid);
-    if (!storesStart) return nullptr;
-    start = storesStart;
-    owner = std::move(store);
-    app->helpers.insert(window.pid);
-  }
-  app->application = std::make_shared<LinuxApplication>(owner.pid, identify(evidence), m_appWindows);
+  app->application = std::make_shared<LinuxApplication>(window.pid, identify(evidence), m_appWindows);
   if (belongsToShell(evidence)) app->application->setActivationPolicy(ActivationPolicy::accessory);
   app->roles = {{namesOf(window), app->application}};
   app->evidence = std::make_unique<AppEvidence>(std::move(evidence));
   app->window = window.id;
   app->startTicks = *start;
-  app->process = owner.process;
+  app->process = window.process;
   app->exitWatch = m_loop.watch(app->process->get(), EventLoop::Readiness::readable,
-                                [this, pid = owner.pid] { ended(pid); });
+                                [this, pid = window.pid] { ended(pid); });
   return app;
-}
-
-// A store's windows may be those of a helper, while its games are started by the program above that: the app
-// is that one, or the store would be slowed as if it had started nothing. Nobody when the windows are not a
-// store's, or its own.
-WindowOwner WindowedWorkspace::storeOf(const AppEvidence& helper) {
-  constexpr int most = 8;
-  const std::vector<DesktopEntry>& entries = m_options.installed->all();
-  const DesktopEntry* const entry = findEntry(helper, entries);
-  if (entry == nullptr || !entry->isStore) return {};
-  WindowOwner store;
-  Pid below = helper.pid;
-  for (int step = 0; step < most; ++step) {
-    const Pid above = parentOf(below);
-    if (above <= 1 || !isOwn(above)) break;
-    WindowOwner owner{above, m_stores.open(above, false)};
-    if (!owner.process || parentOf(below) != above) break; // opened before it was sure that it is the parent
-    if (findEntry(readEvidence(above), entries) != entry) break;
-    below = above;
-    store = std::move(owner);
-  }
-  return store;
 }
 
 AppIdentity WindowedWorkspace::identify(const AppEvidence& evidence) {
@@ -420,7 +374,7 @@ void WindowedWorkspace::announce(App& app) {
   // Some desktops tell of a window before it has said what it is.
   const std::unique_ptr<AppEvidence> evidence = std::move(app.evidence);
   const auto window = m_windows->known().find(app.window);
-  const bool isItsOwn = window != m_windows->known().end() && app.owns(window->second);
+  const bool isItsOwn = window != m_windows->known().end() && window->second.pid == app.pid();
   if (isItsOwn && addWindow(*evidence, window->second)) {
     app.application->setIdentity(identify(*evidence));
     app.roles = {{namesOf(window->second), app.application}};
@@ -472,7 +426,7 @@ bool WindowedWorkspace::requestClose(Pid pid) {
   if (app == nullptr) return false;
   std::set<WindowId> all;
   for (const auto& [id, window] : m_windows->known()) {
-    if (app->owns(window)) all.insert(id);
+    if (window.pid == pid) all.insert(id);
   }
   const bool isAnyLeft = std::any_of(app->asked.begin(), app->asked.end(),
                                      [&all](WindowId window) { return all.contains(window); });
@@ -496,7 +450,7 @@ const WindowFacts* WindowedWorkspace::windowForFront(Pid pid) const {
   if (app == nullptr) return nullptr;
   for (const auto& [id, window] : m_windows->known()) {
     const bool isIts =
-        app->owns(window) && window.kind == WindowKind::ordinary && !app->isOfAnotherRole(window);
+        window.pid == pid && window.kind == WindowKind::ordinary && !app->isOfAnotherRole(window);
     if (isIts && m_windows->canBringToFront(window)) return &window;
   }
   return nullptr;

@@ -5,7 +5,6 @@
 #include "engine/ports/Workspace.h"
 #include "platform/linux/apps/DesktopEntries.h"
 #include "platform/linux/windows/DesktopWindows.h"
-#include "platform/linux/windows/WindowProcesses.h"
 #include "platform/linux/workspace/LinuxApplication.h"
 #include "platform/shared/EventLoop.h"
 
@@ -59,12 +58,10 @@ class WindowedWorkspace final : public Workspace {
   void adoptOwner(const WindowFacts& window);
   std::unique_ptr<App> makeApp(const WindowFacts& window);
   AppIdentity identify(const AppEvidence& evidence);
-  WindowOwner storeOf(const AppEvidence& helper);
   void takeRoleOf(App& app, const WindowFacts& window);
   void endRoles(App& app);
   void endLaunchersAsGames(const App& game);
   App* find(Pid pid) const;
-  App* ownerOf(const WindowFacts& window) const;
   const WindowFacts* activeWindow() const;
   void announceLaunches(const App* upTo);
   void announce(App& app);
@@ -83,7 +80,6 @@ class WindowedWorkspace final : public Workspace {
   AppRef m_front;
   std::unique_ptr<EventLoop::Handle> m_gap; // set while nothing is said to be in front, and that may pass
   std::vector<Event> m_events;              // to be told
-  WindowProcesses m_stores;
   bool m_isStarting = true;
   bool m_isDelivering = false;
   std::shared_ptr<const LinuxApplication::Windows> m_appWindows;

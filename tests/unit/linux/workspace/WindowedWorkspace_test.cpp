@@ -486,6 +486,23 @@ TEST_F(WebApps, ADialogThatDeclaresNothingIsItsApps) {
   EXPECT_THAT(m_events, IsEmpty());
 }
 
+TEST_F(WebApps, AreKnownHoweverManyNamesTheWindowsHaveHad) {
+  watch(FrontRule::asTold, [this] {
+    openWindow(1, "browser");
+    m_windows->show(1);
+  });
+  openWindow(2, "crx_game");
+  m_windows->show(2);
+  const AppRef game = m_workspace->frontmostApplication();
+  for (int page = 0; page < 200; ++page) {
+    openWindow(3, ("page " + std::to_string(page)).c_str());
+    m_windows->show(3);
+    ASSERT_EQ(frontName(), "Browser");
+  }
+  m_windows->show(2);
+  EXPECT_EQ(m_workspace->frontmostApplication(), game);
+}
+
 TEST_F(WebApps, TheEndOfTheProcessIsTheEndOfAll) {
   watch(FrontRule::asTold, [this] {
     openWindow(1, "browser");
