@@ -1,16 +1,23 @@
 // SPDX-License-Identifier: MIT
 #include "command/Command.h"
 
+#include "base/PlainText.h"
 #include "command/StatusText.h"
 #include "status/StatusJson.h"
 
+#include <cstddef>
 #include <cstdio>
 #include <ctime>
+#include <utility>
 
 namespace vantle {
 namespace {
 
-void complain(const std::string& text) { std::fprintf(stderr, "vantle: %s\n", text.c_str()); }
+// What went wrong is in part told by others, of others.
+void complain(const std::string& text) {
+  constexpr std::size_t longest = 1000;
+  std::fprintf(stderr, "vantle: %s\n", plainText(text, longest).c_str());
+}
 
 // Each line at once, for whoever reads it as it comes. A reader that has gone ends the program by its signal.
 int print(const std::string& text) {
@@ -28,6 +35,8 @@ int explain(const Failure& failure) {
   case Failure::Kind::silent:
     complain("the running Vantle does not answer.");
     return exitStatus::failed;
+  case Failure::Kind::unheard:
+    return exitStatus::failed; // there is nobody to tell it
   case Failure::Kind::refused:
     break;
   }
@@ -40,8 +49,8 @@ template <class T> int explainUnless(const Answer<T>& answer) {
   return failure == nullptr ? exitStatus::done : explain(*failure);
 }
 
-int printStatus(const Request& request, const Status& status) {
-  return print(request.isJson ? statusJson(status).text() + "\n" : statusText(status));
+std::string textOf(const Request& request, const Status& status) {
+  return request.isJson ? statusJson(status).text() + "\n" : statusText(status);
 }
 
 // That nothing runs is an answer too, for whoever reads the output.
@@ -54,14 +63,23 @@ int explainStatus(const Request& request, const Failure& failure, const std::str
 
 int runStatus(const Request& request, RunningCopy& copy, const std::string& ownVersion) {
   if (request.follows) {
-    const Failure end = copy.follow([&](const Status& status) { printStatus(request, status); });
-    return explainStatus(request, end, ownVersion);
+    // Not all that changes is told in every form.
+    std::string last;
+    int printed = exitStatus::done;
+    const Failure end = copy.follow([&](const Status& status) {
+      std::string text = textOf(request, status);
+      if (text == last) return true;
+      last = std::move(text);
+      printed = print(last);
+      return printed == exitStatus::done;
+    });
+    return printed == exitStatus::done ? explainStatus(request, end, ownVersion) : printed;
   }
   const Answer<Status> answer = copy.status();
   if (const auto* const failure = std::get_if<Failure>(&answer)) {
     return explainStatus(request, *failure, ownVersion);
   }
-  return printStatus(request, std::get<Status>(answer));
+  return print(textOf(request, std::get<Status>(answer)));
 }
 
 int runWhy(const Request& request, RunningCopy& copy) {

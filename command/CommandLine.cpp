@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "command/CommandLine.h"
 
+#include "base/PlainText.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -14,26 +16,40 @@ constexpr std::chrono::hours longestPause{24};
 
 // They are for the program or its toolkit, which takes its own with one dash or with two.
 constexpr std::string_view selfTest = "--test";
-constexpr std::array<std::string_view, 16> programOptions{
-    "--put-back", "--platform",      "--platformpluginpath", "--platformtheme", "--plugin",
-    "--display",  "--qmljsdebugger", "--qwindowgeometry",    "--qwindowicon",   "--qwindowtitle",
-    "--reverse",  "--session",       "--geometry",           "--icon",          "--name",
-    "--title"};
+constexpr std::string_view putBack = "--put-back";
+constexpr std::string_view reversed = "reverse"; // the only one without a value
+constexpr std::array<std::string_view, 15> toolkitOptions{
+    "platform",      "platformpluginpath", "platformtheme", "plugin",       "display",
+    "qmljsdebugger", "qwindowgeometry",    "qwindowicon",   "qwindowtitle", reversed,
+    "session",       "geometry",           "icon",          "name",         "title"};
 
 constexpr std::string_view seeHelp = "; see 'vantle --help'.";
 
-std::string quoted(std::string_view text) { return "'" + std::string(text) + "'"; }
+// What was typed goes to a terminal or a log again: cleaned, and enough of it to recognise.
+std::string quoted(std::string_view text) { return "'" + plainText(text, 100) + "'"; }
 
 UsageError unknown(std::string_view kind, std::string_view text) {
   return {"there is no " + std::string(kind) + " " + quoted(text) + std::string(seeHelp)};
 }
 
-bool isForProgram(std::string_view first) {
-  if (!first.starts_with('-')) return false;
-  const std::string_view name = first.substr(0, first.find('='));
-  return !first.starts_with("--") ||
-         std::find(programOptions.begin(), programOptions.end(), name) != programOptions.end();
+std::variant<Request, StartProgram, UsageError> parseProgramOptions(std::span<char* const> arguments) {
+  for (std::size_t at = 0; at < arguments.size(); ++at) {
+    const std::string_view text = arguments[at];
+    if (!text.starts_with('-')) {
+      return UsageError{quoted(text) + " cannot stand behind an option of the program's" +
+                        std::string(seeHelp)};
+    }
+    const std::string_view name = text.substr(text.starts_with("--") ? 2 : 1);
+    const std::string_view bare = name.substr(0, name.find('='));
+    if (std::find(toolkitOptions.begin(), toolkitOptions.end(), bare) == toolkitOptions.end()) {
+      return unknown("option", text);
+    }
+    if (bare != reversed && bare == name) ++at; // its value
+  }
+  return StartProgram{};
 }
+
+bool isHelp(std::string_view text) { return text == "--help" || text == "-h"; }
 
 bool takeOption(const CommandText& command, std::string_view text, Request& request) {
   const auto known = std::any_of(command.options.begin(), command.options.end(),
@@ -51,6 +67,11 @@ std::variant<Request, StartProgram, UsageError> parseCommand(const CommandText& 
   request.kind = command.kind;
   std::optional<std::string_view> argument;
   bool areOptionsOver = false;
+  const auto optionsEnd = std::find(rest.begin(), rest.end(), std::string_view("--"));
+  if (std::any_of(rest.begin(), optionsEnd, isHelp)) {
+    request.kind = CommandKind::help;
+    return request;
+  }
   for (const std::string_view text : rest) {
     if (!areOptionsOver && text == "--") {
       areOptionsOver = true;
@@ -86,12 +107,15 @@ std::variant<Request, StartProgram, UsageError> parseCommand(const CommandText& 
 std::variant<Request, StartProgram, UsageError> parseCommandLine(std::span<char* const> arguments) {
   const auto isSelfTest = [](const char* argument) { return argument == selfTest; };
   if (arguments.empty() || std::any_of(arguments.begin(), arguments.end(), isSelfTest)) return StartProgram{};
-  const std::string_view first = arguments.front();
+  std::string_view first = arguments.front();
+  if (first == putBack) return StartProgram{};
+  if (first == "-h") first = "--help";
+  if (first == "-v") first = "--version";
   const auto* const command = std::find_if(commandTexts.begin(), commandTexts.end(),
                                            [first](const CommandText& one) { return one.name == first; });
   if (command != commandTexts.end()) return parseCommand(*command, arguments.subspan(1));
-  if (isForProgram(first)) return StartProgram{};
-  return unknown(first.starts_with('-') ? "option" : "command", first);
+  if (first.starts_with('-')) return parseProgramOptions(arguments);
+  return unknown("command", first);
 }
 
 std::optional<std::chrono::seconds> parseDuration(std::string_view text) {

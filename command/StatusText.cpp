@@ -1,24 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "command/StatusText.h"
 
+#include "base/PlainText.h"
 #include "status/Words.h"
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <ctime>
 
 namespace vantle {
 namespace {
-
-// Names come from other programs; a terminal must not be told anything by one.
-std::string printable(const std::string& text) {
-  std::string clean = text;
-  std::replace_if(
-      clean.begin(), clean.end(),
-      [](char letter) { return static_cast<unsigned char>(letter) < 0x20 || letter == 0x7f; }, '?');
-  return clean;
-}
 
 std::string memoryText(std::uint64_t bytes) {
   constexpr std::uint64_t megabyte = 1024 * 1024;
@@ -36,20 +27,23 @@ std::string stateText(const AppStatus& app) {
 
 std::string clockText(std::uint64_t seconds) {
   const auto time = static_cast<std::time_t>(seconds);
+  const std::time_t now = std::time(nullptr);
   std::tm local{};
-  std::array<char, 16> text{};
-  if (::localtime_r(&time, &local) == nullptr) return {};
-  return {text.data(), std::strftime(text.data(), text.size(), "%H:%M", &local)};
+  std::tm today{};
+  std::array<char, 32> text{};
+  if (::localtime_r(&time, &local) == nullptr || ::localtime_r(&now, &today) == nullptr) return {};
+  const bool isToday = local.tm_year == today.tm_year && local.tm_yday == today.tm_yday;
+  return {text.data(), std::strftime(text.data(), text.size(), isToday ? "%H:%M" : "%Y-%m-%d %H:%M", &local)};
 }
 
 std::string statusText(const Status& status) {
   std::string text =
-      status.isActive ? "Boost on for " + printable(status.boostName) + "\n" : std::string("Boost off\n");
+      status.isActive ? "Boost on for " + plainText(status.boostName) + "\n" : std::string("Boost off\n");
   text += status.isAutomatic ? "Starts by itself" : "Does not start by itself";
   if (status.pausedUntil != 0) text += ", paused until " + clockText(status.pausedUntil);
   text += "\nMemory pressure: " + status.pressure + "\n";
   for (const AppStatus& app : status.apps) {
-    text += "  " + printable(app.name) + " (" + std::to_string(app.pid) + "): " + stateText(app);
+    text += "  " + plainText(app.name) + " (" + std::to_string(app.pid) + "): " + stateText(app);
     if (app.reason != app.state) text += " (" + app.reason + ")";
     text += "\n";
   }
@@ -57,7 +51,7 @@ std::string statusText(const Status& status) {
 }
 
 std::string whyText(const AppStatus& app) {
-  return printable(app.name) + " (" + std::to_string(app.pid) + "): " + stateText(app) + ". " +
+  return plainText(app.name) + " (" + std::to_string(app.pid) + "): " + stateText(app) + ". " +
          std::string(sentenceOf(app.reason)) + "\n";
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "remote/BoostHooks.h"
 
+#include "base/PlainText.h"
+
 #include <utility>
 
 namespace vantle {
@@ -10,8 +12,9 @@ constexpr const char* start = "boost-start";
 constexpr const char* end = "boost-end";
 
 Hooks::Variables variablesOf(const RunningApplication& app) {
-  return {{"VANTLE_APP_NAME", app.localizedName().value_or(std::string())},
-          {"VANTLE_APP_ID", app.bundleIdentifier().value_or(std::string())},
+  // They end up in notices, logs and terminals.
+  return {{"VANTLE_APP_NAME", plainText(app.localizedName().value_or(std::string()))},
+          {"VANTLE_APP_ID", plainText(app.bundleIdentifier().value_or(std::string()))},
           {"VANTLE_APP_PID", std::to_string(app.processIdentifier())}};
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "remote/RemoteControl.h"
 
+#include "base/PlainText.h"
 #include "engine/AppTrees.h"
 #include "engine/Protection.h"
 #include "remote/Report.h"
@@ -24,7 +25,10 @@ Pid pidIn(const std::string& text) {
   return error == std::errc() && rest == end ? pid : 0;
 }
 
-std::string noSuchApp(const std::string& target) { return "there is no running app '" + target + "'."; }
+// As much of it as whoever asked needs to know it again.
+std::string quoted(const std::string& target) { return "'" + plainText(target, 100) + "'"; }
+
+std::string noSuchApp(const std::string& target) { return "there is no running app " + quoted(target) + "."; }
 
 } // namespace
 
@@ -98,7 +102,8 @@ RemoteDoor::Refusal RemoteControl::boost(const std::string& target) {
   if (!target.empty()) {
     const std::vector<AppStatus> found = find(target);
     if (found.empty()) return noSuchApp(target);
-    if (found.size() > 1) return "several apps are called '" + target + "': name one by its process number.";
+    if (found.size() > 1)
+      return "several apps are called " + quoted(target) + ": name one by its process number.";
     app = m_engine.runningApplication(found.front().pid);
   }
   if (!app || app->isTerminated()) return target.empty() ? "no app is in front." : noSuchApp(target);

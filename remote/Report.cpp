@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "remote/Report.h"
 
+#include "base/PlainText.h"
+
 #include <cstddef>
 #include <map>
 
@@ -28,7 +30,10 @@ std::string reportText(const Status& status, const std::vector<std::pair<std::st
   text += "Apps: " + std::to_string(status.apps.size()) + "\n";
   if (withNames) {
     for (const AppStatus& app : status.apps) {
-      text.append("  ").append(app.name).append(" [").append(app.id.value_or("no identifier"));
+      text.append("  ")
+          .append(plainText(app.name))
+          .append(" [")
+          .append(plainText(app.id.value_or("no identifier")));
       text.append(", ").append(std::to_string(app.pid)).append(", processes: ");
       text.append(std::to_string(app.processes)).append("]: ").append(decisionOf(app)).append("\n");
     }

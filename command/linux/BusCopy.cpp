@@ -36,9 +36,12 @@ Failure failureOf(const sd_bus_error& error) {
       name == "org.freedesktop.DBus.Error.NameHasNoOwner") {
     return {Failure::Kind::notRunning, {}};
   }
-  if (name == "org.freedesktop.DBus.Error.NoReply" || name == "org.freedesktop.DBus.Error.Disconnected") {
-    return {Failure::Kind::silent, {}};
+  // It is about to end: it answers for nothing any more, or has left while the bus waited for its answer.
+  if (name == "org.freedesktop.DBus.Error.UnknownObject" ||
+      name == "org.freedesktop.DBus.Error.UnknownInterface" || name == "org.freedesktop.DBus.Error.NoReply") {
+    return {Failure::Kind::notRunning, {}};
   }
+  if (name == "org.freedesktop.DBus.Error.Disconnected") return {Failure::Kind::silent, {}};
   return {Failure::Kind::refused, error.message != nullptr ? error.message : std::string(name)};
 }
 
@@ -54,9 +57,13 @@ int keepReply(sd_bus_message* message, void* data, sd_bus_error*) {
 struct News {
   std::string copy; // its name on the bus
   Status status;
-  const std::function<void(const Status&)>& tell;
+  const std::function<bool(const Status&)>& tell;
   bool hasEnded = false;
   bool isOdd = false;
+  bool isUnheard = false;
+
+  void pass() { isUnheard = !tell(status); }
+  bool isOver() const { return hasEnded || isOdd || isUnheard; }
 };
 
 int takeChange(sd_bus_message* message, void* data, sd_bus_error*) {
@@ -67,7 +74,7 @@ int takeChange(sd_bus_message* message, void* data, sd_bus_error*) {
   if (sd_bus_message_read_basic(message, 's', &interface) < 0) return 0;
   if (std::string_view(interface) != boost1::interface) return 0;
   news.isOdd = !readStatus(message, news.status);
-  if (!news.isOdd) news.tell(news.status);
+  if (!news.isOdd && !news.isOver()) news.pass();
   return 0;
 }
 
@@ -159,7 +166,7 @@ Answer<Status> BusCopy::status() {
   return status;
 }
 
-Failure BusCopy::follow(const std::function<void(const Status&)>& tell) {
+Failure BusCopy::follow(const std::function<bool(const Status&)>& tell) {
   // Whoever has asked is told of every change after the answer.
   Answer<Message> answer = askAll();
   if (auto* const failure = std::get_if<Failure>(&answer)) return std::move(*failure);
@@ -176,9 +183,11 @@ Failure BusCopy::follow(const std::function<void(const Status&)>& tell) {
   const Slot changeSlot(changes);
   const Slot ownerSlot(owners);
   if (!isListening) return noBus();
-  tell(news.status);
-  serve([&] { return news.hasEnded || news.isOdd; }, forEver);
-  return news.isOdd ? notUnderstood() : Failure{Failure::Kind::notRunning, {}};
+  news.pass();
+  serve([&] { return news.isOver(); }, forEver);
+  if (news.isOdd) return notUnderstood();
+  const bool hasBus = sd_bus_is_open(m_bus.get()) > 0;
+  return {news.hasEnded || !hasBus ? Failure::Kind::notRunning : Failure::Kind::unheard, {}};
 }
 
 Answer<std::vector<AppStatus>> BusCopy::why(const std::string& target) {

@@ -14,7 +14,7 @@ namespace vantle {
 class BusCopy final : public RunningCopy {
  public:
   Answer<Status> status() override;
-  Failure follow(const std::function<void(const Status&)>& tell) override;
+  Failure follow(const std::function<bool(const Status&)>& tell) override;
   Answer<std::vector<AppStatus>> why(const std::string& target) override;
   Done boost(const std::string& target) override;
   Done off() override;

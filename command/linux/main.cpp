@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <fcntl.h>
 #include <filesystem>
 #include <span>
 #include <string>
@@ -36,6 +37,14 @@ int becomeProgram(char** argv) {
   return exitStatus::failed;
 }
 
+// A stream that was closed must not become the connection to the bus: the answer would be written to that.
+// What is written to these instead fails, or goes nowhere.
+void occupyStreams() {
+  for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
+    if (::fcntl(stream, F_GETFD) < 0) ::open("/dev/null", O_RDONLY);
+  }
+}
+
 int run(std::span<char*> arguments) {
   const auto parsed = parseCommandLine(arguments.subspan(1));
   if (const auto* const error = std::get_if<UsageError>(&parsed)) {
@@ -43,6 +52,7 @@ int run(std::span<char*> arguments) {
     return exitStatus::usage;
   }
   if (std::holds_alternative<StartProgram>(parsed)) return becomeProgram(arguments.data());
+  occupyStreams();
   BusCopy copy;
   return runCommand(std::get<Request>(parsed), copy, VANTLE_VERSION);
 }

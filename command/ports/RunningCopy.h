@@ -16,7 +16,8 @@ struct Failure {
   enum class Kind {
     notRunning, // `text` says more, if there is more to say
     silent,     // it does not answer in time
-    refused     // `text` says why, for a person
+    refused,    // `text` says why, for a person
+    unheard     // nobody reads the answer any more
   };
   Kind kind = Kind::notRunning;
   std::string text;
@@ -32,9 +33,9 @@ class RunningCopy {
   virtual ~RunningCopy() = default;
 
   virtual Answer<Status> status() = 0;
-  // Calls back with the status of now and after each change, until the copy ends or whoever reads the
-  // standard output has gone. Says why there is no more.
-  virtual Failure follow(const std::function<void(const Status&)>& tell) = 0;
+  // Calls back with the status of now and after each change, until the copy ends, or whoever reads the
+  // standard output has gone, or `tell` could not tell it: false. Says why there is no more.
+  virtual Failure follow(const std::function<bool(const Status&)>& tell) = 0;
   // An app's name, identifier, or the number of any of its processes.
   virtual Answer<std::vector<AppStatus>> why(const std::string& target) = 0;
   virtual Done boost(const std::string& target) = 0; // empty: the app in front

@@ -11,10 +11,18 @@ _vantle() {
     report) words='--names' ;;
     pause) words='0s 15m 30m 1h 2h' ;;
     why | boost)
-      # Names may have spaces, and are meant in any case of the letters.
+      # Names may have spaces, and are meant in any case of the letters. Behind a quote the rest is taken as it is.
+      local quote=''
+      [[ $current != [\"\']* ]] || quote=${current:0:1} current=${current:1}
       while read -r app; do
-        printf -v app %q "$app"
-        [[ ${app,,} != "${current,,}"* ]] || COMPREPLY+=("$app")
+        if [[ $quote == \' ]]; then
+          app=${app//\'/\'\\\'\'}
+        elif [[ $quote ]]; then
+          app=$(sed 's/[\\"$`]/\\&/g' <<<"$app")
+        else
+          printf -v app %q "$app"
+        fi
+        [[ ${app,,} != "${current,,}"* ]] || COMPREPLY+=("$quote$app$quote")
       done < <(vantle status 2>/dev/null | sed -nE 's/^  (.*) \([0-9]+\): .*/\1/p' | sort -u)
       return
       ;;

@@ -13,5 +13,6 @@ complete -c vantle -n __fish_use_subcommand -l test -d 'Measure for 8 seconds wh
 complete -c vantle -n '__fish_seen_subcommand_from status' -l json -d 'As one JSON object in a line'
 complete -c vantle -n '__fish_seen_subcommand_from status' -l follow -d 'Again each time that something changes'
 complete -c vantle -n '__fish_seen_subcommand_from report' -l names -d 'With the names and identifiers of apps'
-complete -c vantle -n '__fish_seen_subcommand_from why boost' -a "(vantle status 2>/dev/null | string replace --regex --filter '^  (.*) \(\d+\): .*' '\$1')"
-complete -c vantle -n '__fish_seen_subcommand_from pause' -a '0s 15m 30m 1h 2h'
+# One app is all they take.
+complete -c vantle -n '__fish_seen_subcommand_from why boost; and test (count (commandline -opc)) -eq 2' -a "(vantle status 2>/dev/null | string replace --regex --filter '^  (.*) \(\d+\): .*' '\$1')"
+complete -c vantle -n '__fish_seen_subcommand_from pause; and test (count (commandline -opc)) -eq 2' -a '0s 15m 30m 1h 2h'

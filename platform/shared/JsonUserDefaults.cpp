@@ -133,7 +133,12 @@ void JsonUserDefaults::change(const std::string& key, std::optional<Json> value)
 void JsonUserDefaults::save() {
   Contents contents = readContents(m_files, m_path);
   // Somebody's choices may be in there still. When it cannot be moved out of the way it is left alone.
-  if (contents.isForeign && !m_files.rename(m_path, m_path + ".corrupt")) return;
+  if (contents.isForeign) {
+    const std::string aside = m_path + ".corrupt";
+    if (!m_files.rename(m_path, aside)) return;
+    std::fprintf(stderr, "vantle: %s cannot be read, and is kept as %s.\n", m_path.c_str(),
+                 fileNameOf(aside).c_str());
+  }
   for (const auto& [key, value] : m_pending) {
     if (value) {
       contents.object.set(key, *value);

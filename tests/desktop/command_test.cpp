@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 // What `vantle COMMAND` says, of a copy that runs a Boost among real apps, and where none runs.
+#include "command/CommandLine.h"
 #include "command/Commands.h"
 #include "status/Words.h"
 #include "tests/desktop/CommandStage.h"
+#include "tests/support/FakeService.h"
 #include "tests/support/PrivateBus.h"
 #include "tests/support/Schema.h"
 
@@ -41,7 +43,9 @@ class Listener {
     if (sd_bus_set_address(bus, address.c_str()) < 0 || sd_bus_set_bus_client(bus, 1) < 0 ||
         sd_bus_start(bus) < 0 ||
         sd_bus_match_signal(bus, nullptr, nullptr, path, "org.freedesktop.DBus.Properties",
-                            "PropertiesChanged", count, this) < 0) {
+                            "PropertiesChanged", count, this) < 0 ||
+        sd_bus_match_signal(bus, nullptr, nullptr, menuPath, menuName, "ItemsPropertiesUpdated", countMenu,
+                            this) < 0) {
       throw std::runtime_error("the bus lets nobody in");
     }
   }
@@ -53,11 +57,34 @@ class Listener {
   std::string why(const char* app) { return call("Why", "s", app); }
   std::string off() { return call("Off", ""); }
   std::string all() { return ask("org.freedesktop.DBus.Properties", "GetAll", "s", interface); }
+  std::string application(const char* action) {
+    return ask("org.freedesktop.Application", "ActivateAction", "sava{sv}", action, 0, 0);
+  }
+  std::string nameless() { return ask("org.freedesktop.DBus.Properties", "GetAll", "s", ""); }
+  std::string introspected() { return ask("org.freedesktop.DBus.Introspectable", "Introspect", ""); }
+  std::string menu() { return askAt(menuPath, menuName, "GetLayout", "iias", 0, -1, 0); }
+  std::string menuLine(int id) { return askAt(menuPath, menuName, "GetProperty", "is", id, "label"); }
+  std::string chosen(int id) { return askAt(menuPath, menuName, "Event", "isvu", id, "clicked", "i", 0, 0); }
+  std::string icon() {
+    return askAt("/StatusNotifierItem", "org.freedesktop.DBus.Properties", "GetAll", "s",
+                 "org.kde.StatusNotifierItem");
+  }
+  std::string iconTitle() {
+    return askAt("/StatusNotifierItem", "org.freedesktop.DBus.Properties", "Get", "ss",
+                 "org.kde.StatusNotifierItem", "Title");
+  }
+  std::string clicked() {
+    return askAt("/StatusNotifierItem", "org.kde.StatusNotifierItem", "Activate", "ii", 0, 0);
+  }
   std::string active() { return ask("org.freedesktop.DBus.Properties", "Get", "ss", interface, "Active"); }
   int heard() {
     while (sd_bus_process(m_bus.get(), nullptr) > 0) {
     }
     return m_heard;
+  }
+  int heardOfMenu() {
+    heard();
+    return m_heardOfMenu;
   }
 
  private:
@@ -66,15 +93,21 @@ class Listener {
   };
   static constexpr const char* path = "/com/halvo/vantle";
   static constexpr const char* interface = "com.halvo.vantle.Boost1";
+  static constexpr const char* menuPath = "/MenuBar";
+  static constexpr const char* menuName = "com.canonical.dbusmenu";
 
   template <class... Arguments> std::string call(const char* member, const char* types, Arguments... values) {
     return ask(interface, member, types, values...);
   }
   template <class... Arguments>
   std::string ask(const char* on, const char* member, const char* types, Arguments... values) {
+    return askAt(path, on, member, types, values...);
+  }
+  template <class... Arguments> std::string askAt(const char* object, const char* on, const char* member,
+                                                  const char* types, Arguments... values) {
     sd_bus_error error{};
     sd_bus_message* reply = nullptr;
-    const int status = sd_bus_call_method(m_bus.get(), "com.halvo.vantle", path, on, member, &error, &reply,
+    const int status = sd_bus_call_method(m_bus.get(), "com.halvo.vantle", object, on, member, &error, &reply,
                                           types, values...);
     std::string name = status < 0 && error.name != nullptr ? error.name : "";
     if (status < 0 && name.empty()) name = "no answer";
@@ -87,8 +120,14 @@ class Listener {
     return 0;
   }
 
+  static int countMenu(sd_bus_message*, void* self, sd_bus_error*) {
+    ++static_cast<Listener*>(self)->m_heardOfMenu;
+    return 0;
+  }
+
   std::unique_ptr<sd_bus, Close> m_bus;
   int m_heard = 0;
+  int m_heardOfMenu = 0;
 };
 
 long ownMemory(Pid pid) { // in KB
@@ -187,6 +226,9 @@ TEST_F(Command, RefusesWhatItDoesNotKnow) {
   const std::vector<std::pair<std::vector<std::string>, std::string>> cases{
       {{"staus"}, "there is no command 'staus'; see 'vantle --help'."},
       {{"--staus"}, "there is no option '--staus'; see 'vantle --help'."},
+      {{"-x"}, "there is no option '-x'; see 'vantle --help'."},
+      {{"-platform", "xcb", "status"},
+       "'status' cannot stand behind an option of the program's; see 'vantle --help'."},
       {{"status", "--jsn"}, "there is no option of 'status' called '--jsn'; see 'vantle --help'."},
       {{"status", "Mail"}, "'status' cannot take 'Mail'; see 'vantle --help'."},
       {{"off", "--json"}, "there is no option of 'off' called '--json'; see 'vantle --help'."},
@@ -208,6 +250,9 @@ TEST_F(Command, RefusesWhatItDoesNotKnow) {
 }
 
 TEST_F(Command, TellsOfItself) {
+  EXPECT_EQ(vantle({"-v"}).output, "vantle " VANTLE_VERSION "\n");
+  EXPECT_EQ(vantle({"-h"}).output, helpText());
+  EXPECT_EQ(vantle({"status", "--help"}).output, helpText());
   EXPECT_EQ(vantle({"--version"}).output, "vantle " VANTLE_VERSION "\n");
   const Said said = vantle({"--help"});
   EXPECT_EQ(said.status, 0);
@@ -351,6 +396,65 @@ TEST_F(Command, FollowsUntilTheCopyEnds) {
   EXPECT_EQ(Json::parse(lastLineOf(number))->find("running")->asBool(), false);
 }
 
+TEST_F(Command, FollowsWithoutTellingTheSameTwice) {
+  m_desktop.reset();
+  makeDesktop({});
+  startVantle();
+  Listener listener(m_desktop->busAddress());
+  launchCommand({"status", "--json", "--follow"});
+  const int json = m_commands;
+  launchCommand({"status", "--follow"});
+  const int text = m_commands;
+  require("both", [&] { return linesOf(json) == 1 && linesOf(text) == 3; });
+  EXPECT_EQ(listener.pause(600), "");
+  require("the pause", [&] { return linesOf(text) == 6; });
+  app("Mail");
+  require("the app", [&] { return lastLineOf(json).find("Mail") != std::string::npos; });
+  EXPECT_EQ(linesOf(json), 2) << "the object does not tell of a pause";
+}
+
+// A disk that is full, and an output that was closed.
+TEST_F(Command, EndsWhenItsAnswerCannotBeWritten) {
+  startVantle();
+  for (const char* output : {">/dev/full", ">&-", "<&- >&-"}) {
+    for (const char* command : {"status", "status --follow", "status --json --follow", "report"}) {
+      const std::filesystem::path said = m_desktop->folder().path() / "tmp/unwritten";
+      const std::string run =
+          std::string("exec " VANTLE_PROGRAM " ") + command + " 2>" + said.string() + " " + output;
+      EXPECT_EQ(m_desktop->launch({"/bin/sh", "-c", run}).exitStatus(), 1) << run;
+      EXPECT_EQ(contents(said), "vantle: the answer could not be written.\n") << run;
+    }
+  }
+}
+
+// One that is about to end answers for nothing any more, though its name is still there.
+TEST_F(Command, ACopyThatIsEndingRunsNoMore) {
+  m_desktop.reset();
+  makeDesktop({});
+  FakeService ending(m_desktop->busAddress(), "com.halvo.vantle");
+  for (const char* error : {"UnknownObject", "UnknownInterface", "NoReply"}) {
+    for (const char* member : {"GetAll", "Off", "Why"}) {
+      ending.refuse(member, std::string("org.freedesktop.DBus.Error.") + error);
+    }
+    for (const std::vector<std::string>& arguments :
+         {std::vector<std::string>{"status"}, {"status", "--follow"}, {"why", "Mail"}, {"off"}}) {
+      const Said said = vantle(arguments);
+      EXPECT_EQ(said.status, 3) << arguments.front();
+      EXPECT_EQ(said.errors, "vantle: Vantle is not running.\n") << error;
+    }
+  }
+}
+
+TEST_F(Command, SaysNothingOfAnothersToTheTerminal) {
+  startVantle();
+  const std::string evil = "ev\nil\x1b[31m\u009b\u202e";
+  EXPECT_EQ(vantle({"why", evil}).errors, "vantle: there is no running app 'ev?il?[31m?'.\n");
+  EXPECT_EQ(vantle({evil}).errors, "vantle: there is no command 'ev?il?[31m?'; see 'vantle --help'.\n");
+  const Said said = vantle({"boost", std::string(100'000, 'x')});
+  EXPECT_EQ(said.status, 1);
+  EXPECT_EQ(said.errors, "vantle: there is no running app '" + std::string(100, 'x') + "…'.\n");
+}
+
 TEST_F(Command, FollowsForNobodyNoLonger) {
   startVantle();
   Program& pair =
@@ -363,17 +467,18 @@ TEST_F(Command, AThousandChangesLeaveNothingBehind) {
   m_desktop.reset();
   makeDesktop({}); // this process is who it belongs to
   startVantle();
-  Program& follower = launchCommand({"status", "--json", "--follow"});
+  Program& follower = launchCommand({"status", "--follow"}); // a pause stands in the text
   const int number = m_commands;
   Listener listener(m_desktop->busAddress());
-  require("the first status", [&] { return linesOf(number) == 1; });
+  constexpr long lines = 3; // of each status
+  require("the first status", [&] { return linesOf(number) == lines; });
   long told = 1;
   const auto change = [&](int times) {
     for (int count = 0; count < times; ++count) {
-      // Never the same moment twice.
-      ASSERT_EQ(listener.pause(static_cast<std::uint32_t>(3600 + 7 * told)), "");
+      // Never the same minute twice.
+      ASSERT_EQ(listener.pause(static_cast<std::uint32_t>(3600 + 67 * told)), "");
       ++told;
-      require("the change", [&] { return linesOf(number) == told; });
+      require("the change", [&] { return linesOf(number) == lines * told; });
     }
   };
   change(200);
@@ -434,6 +539,16 @@ void expectNothingFor(Listener& stranger) {
   EXPECT_EQ(stranger.off(), denied);
   EXPECT_EQ(stranger.pause(60), denied);
   EXPECT_EQ(stranger.report(), denied);
+  // Nor by what the desktop itself asks.
+  EXPECT_EQ(stranger.nameless(), denied);
+  EXPECT_EQ(stranger.introspected(), denied);
+  EXPECT_EQ(stranger.application("quit"), denied);
+  EXPECT_EQ(stranger.menu(), denied);
+  EXPECT_EQ(stranger.menuLine(1), denied);
+  for (int line = 1; line <= 8; ++line) EXPECT_EQ(stranger.chosen(line), denied);
+  EXPECT_EQ(stranger.icon(), denied);
+  EXPECT_EQ(stranger.iconTitle(), denied);
+  EXPECT_EQ(stranger.clicked(), denied);
 }
 
 TEST_F(Command, AnotherUserOnTheBusGetsNothing) {
@@ -450,14 +565,36 @@ TEST_F(Command, AnotherUserOnTheBusGetsNothing) {
   require("the Boost", [&] { return lastLineOf(number).find("in background") != std::string::npos; });
   expectNothingFor(stranger);
   EXPECT_EQ(stranger.heard(), 0);
+  EXPECT_EQ(stranger.heardOfMenu(), 0);
   EXPECT_TRUE(isSlowed(m_mail->pid())) << "it has turned nothing off";
+}
+
+TEST_F(Command, TheTraysMenuIsForTheTrayThatAsksForIt) {
+  m_desktop.reset();
+  makeDesktop({}); // this process is who it belongs to
+  m_mail = &app("Mail");
+  m_game = &app("Game");
+  startVantle();
+  Listener tray(m_desktop->busAddress());
+  Listener other(m_desktop->busAddress());
+  EXPECT_EQ(tray.icon(), "");
+  EXPECT_EQ(tray.iconTitle(), "");
+  EXPECT_EQ(tray.menu(), "");
+  m_desktop->activate(*m_game);
+  EXPECT_TRUE(waitUntil([&] { return tray.heardOfMenu() > 0; }));
+  EXPECT_EQ(tray.menuLine(1), "");
+  EXPECT_EQ(other.nameless(), "org.freedesktop.DBus.Error.UnknownInterface");
+  EXPECT_EQ(other.heardOfMenu(), 0) << "it never asked";
+  require("the Boost", [&] { return isSlowed(m_mail->pid()); });
+  EXPECT_EQ(tray.chosen(2), "") << "turns the Boost off";
+  EXPECT_TRUE(waitUntil([&] { return isAtFullSpeed(m_mail->pid()); }));
 }
 
 TEST_F(Command, AClientInASandboxGetsNothing) {
   ASSERT_NO_FATAL_FAILURE(startBoost());
-  const auto inSandbox = [this](const std::string& arguments) {
+  const auto inSandbox = [this](const std::string& arguments, const std::string& program = VANTLE_PROGRAM) {
     const std::filesystem::path said = m_desktop->folder().path() / "tmp/sandboxed";
-    const std::string run = "exec " VANTLE_PROGRAM " " + arguments + " >" + said.string() + " 2>&1";
+    const std::string run = "exec " + program + " " + arguments + " >" + said.string() + " 2>&1";
     // The same user among the same processes, with a view of its own of the files.
     const std::string user = std::to_string(test::nobody);
     const auto status =
@@ -476,6 +613,15 @@ TEST_F(Command, AClientInASandboxGetsNothing) {
     EXPECT_EQ(said.status, 1) << arguments;
     EXPECT_THAT(said.output, testing::EndsWith(denied)) << arguments;
     EXPECT_THAT(said.output, testing::Not(HasSubstr("Mail"))) << arguments;
+  }
+  for (const char* question :
+       {"/MenuBar com.canonical.dbusmenu GetLayout iias 0 -1 0",
+        "/MenuBar com.canonical.dbusmenu Event isvu 3 clicked i 0 0",
+        "/StatusNotifierItem org.freedesktop.DBus.Properties GetAll s org.kde.StatusNotifierItem",
+        "/com/halvo/vantle org.freedesktop.Application ActivateAction sava{sv} quit 0 0"}) {
+    const Said said = inSandbox(question, "busctl --user -- call com.halvo.vantle");
+    EXPECT_NE(said.status, 0) << question;
+    EXPECT_THAT(said.output, HasSubstr("Access denied")) << question;
   }
   EXPECT_TRUE(isSlowed(m_mail->pid()));
 }

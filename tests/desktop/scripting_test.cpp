@@ -123,6 +123,30 @@ TEST_F(Scripting, ThePolybarModuleFollowsABoost) {
   EXPECT_TRUE(waitUntil([&] { return lastWritten().empty() && writtenLines().size() > 1; }));
 }
 
+TEST_F(Scripting, NoNameGivesPolybarACommand) {
+  m_desktop->installDesktopFile(
+      "org.example.Odd", "[Desktop Entry]\nType=Application\nExec=true\nName=%%{{A1:touch owned:}%%%{o}\n"
+                         "StartupWMClass=Odd\nCategories=Game;\n");
+  Program& odd = app("Odd");
+  startVantle();
+  m_desktop->activate(odd);
+  launchExample("polybar/vantle-polybar");
+  require("the Boost", [&] { return lastWritten().starts_with("boost: "); });
+  EXPECT_EQ(lastWritten(), "boost: {{A1:touch owned:}{o} (0)");
+}
+
+TEST_F(Scripting, HooksAreToldOfNamesInOneLineOfWhatIsSeen) {
+  m_desktop->installDesktopFile(
+      "org.example.Odd", "[Desktop Entry]\nType=Application\nExec=true\nName=a\u009b\u202eb\u2028c\u200b\n"
+                         "StartupWMClass=Odd\nCategories=Game;\n");
+  installHook("boost-start", "#!/bin/sh\necho \"$VANTLE_APP_NAME\" >>" + written().string() + "\n");
+  Program& odd = app("Odd");
+  startVantle();
+  m_desktop->activate(odd);
+  require("the hook", [&] { return writtenLines().size() == 1; });
+  EXPECT_THAT(writtenLines(), ElementsAre("a?b?c"));
+}
+
 TEST_F(Scripting, TheLineOfTheOverlayTellsOfABoost) {
   ASSERT_NO_FATAL_FAILURE(startBoost());
   const std::string config = contents(fs::path(VANTLE_EXAMPLES) / "mangohud/MangoHud.conf");

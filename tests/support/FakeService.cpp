@@ -91,6 +91,11 @@ void FakeService::perform(const std::function<void(sd_bus*)>& deed) {
   done.wait();
 }
 
+void FakeService::refuse(const std::string& member, const std::string& error) {
+  const std::lock_guard lock(m_mutex);
+  m_refused[member] = error;
+}
+
 int FakeService::take(sd_bus_message* message, void* self, sd_bus_error*) {
   if (sd_bus_message_is_method_call(message, nullptr, nullptr) <= 0) return 0;
   FakeService& service = *static_cast<FakeService*>(self);
@@ -100,6 +105,9 @@ int FakeService::take(sd_bus_message* message, void* self, sd_bus_error*) {
     const std::lock_guard lock(service.m_mutex);
     ++service.m_calls[member];
     if (service.m_ignored.contains(member)) return 1;
+    if (const auto error = service.m_refused.find(member); error != service.m_refused.end()) {
+      return sd_bus_reply_method_errorf(message, error->second.c_str(), "%s", "a test wants it so");
+    }
     for (const std::string& path : {std::string(sd_bus_message_get_path(message)), std::string()}) {
       const auto found = service.m_answers.find({path, member});
       if (!answer && found != service.m_answers.end()) answer = found->second;

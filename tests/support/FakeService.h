@@ -30,6 +30,8 @@ class FakeService {
   // For calls of that path and member; whatever has no answer is an error to the caller. An empty path stands
   // for all paths.
   void answer(const std::string& path, const std::string& member, Answer answer);
+  // Calls of that member are answered with this error.
+  void refuse(const std::string& member, const std::string& error);
   // Calls of that member are taken and never answered.
   void ignore(const std::string& member);
   int calls(const std::string& member) const; // so far
@@ -46,6 +48,7 @@ class FakeService {
   mutable std::mutex m_mutex;
   std::map<std::pair<std::string, std::string>, Answer> m_answers;
   std::map<std::string, int> m_calls;
+  std::map<std::string, std::string> m_refused;
   std::set<std::string> m_ignored;
   std::deque<std::packaged_task<void(sd_bus*)>> m_deeds;
   sd_bus* m_bus = nullptr; // used by the thread alone once that runs

@@ -2,7 +2,6 @@
 #include "desktop/linux/activation/ApplicationInterface.h"
 
 #include <QDBusArgument>
-#include <QDBusError>
 #include <chrono>
 #include <utility>
 
@@ -54,7 +53,7 @@ QString ApplicationInterface::introspection() const {
 }
 
 bool ApplicationInterface::take(const QDBusMessage& call) {
-  const QString method = call.member() + QLatin1Char(' ') + call.signature();
+  const QString method = methodOf(call);
   // There is nothing to open but the panel.
   if (method == QLatin1String("Activate a{sv}") || method == QLatin1String("Open asa{sv}")) {
     activate();
@@ -68,12 +67,7 @@ bool ApplicationInterface::take(const QDBusMessage& call) {
 }
 
 void ApplicationInterface::takeProperties(const QDBusMessage& question) {
-  if (question.member() == QLatin1String("GetAll")) {
-    m_object.reply(question, {QVariantMap()});
-  } else {
-    m_object.refuse(question, QDBusError::errorString(QDBusError::UnknownProperty),
-                    QStringLiteral("no such property"));
-  }
+  m_object.replyProperties(question, {});
 }
 
 void ApplicationInterface::activate() {

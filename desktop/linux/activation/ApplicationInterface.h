@@ -2,7 +2,7 @@
 #pragma once
 
 #include "desktop/linux/activation/HandedToken.h"
-#include "desktop/linux/activation/ProgramObject.h"
+#include "desktop/linux/bus/ProgramObject.h"
 #include "panel/ports/Activation.h"
 
 #include <QElapsedTimer>

@@ -12,9 +12,6 @@
 namespace vantle {
 namespace {
 
-constexpr int mostOpen = 256;           // calls whose callers are still asked about
-constexpr qsizetype mostFollowers = 64; // bars, overlays and scripts of one person
-
 QString text(const char* latin) { return QString::fromLatin1(latin); }
 QString text(const std::string& utf8) { return QString::fromStdString(utf8); }
 
@@ -65,24 +62,15 @@ QVariantMap allProperties(const Status& status) {
   return map;
 }
 
-QString methodOf(const QDBusMessage& call) { return call.member() + QLatin1Char(' ') + call.signature(); }
-
 } // namespace
 
 BoostInterface::BoostInterface(ProgramObject& object, RemoteDoor::Answers answers)
-    : m_object(object), m_answers(std::move(answers)), m_callers(object.bus()) {
+    : m_object(object), m_answers(std::move(answers)), m_followers(object.bus()) {
   qDBusRegisterMetaType<Maps>();
-  m_followers.setWatchMode(QDBusServiceWatcher::WatchForUnregistration);
-  connect(&m_followers, &QDBusServiceWatcher::serviceUnregistered, &m_followers,
-          &QDBusServiceWatcher::removeWatchedService);
-  connect(&object.bus(), &SessionBus::lost, this, &BoostInterface::forgetFollowers);
   m_object.add(*this, ProgramObject::Name::whenOthersDo);
 }
 
 BoostInterface::~BoostInterface() { m_object.remove(*this); }
-
-// Names of connections mean nobody on the next bus.
-void BoostInterface::forgetFollowers() { m_followers.setWatchedServices({}); }
 
 QString BoostInterface::name() const { return text(boost1::interface); }
 
@@ -114,7 +102,7 @@ QString BoostInterface::introspection() const {
 }
 
 void BoostInterface::tell() {
-  const QStringList followers = m_followers.watchedServices();
+  const QStringList followers = m_followers.names();
   if (followers.isEmpty()) return;
   const Status now = m_answers.status();
   const Changes changes = changesBetween(m_told, now);
@@ -130,66 +118,35 @@ void BoostInterface::tell() {
   }
 }
 
-// The work comes when the bus has said who asks.
-void BoostInterface::letIn(const QDBusMessage& call, std::function<void()> answer) {
-  if (m_callers.open() >= mostOpen) {
-    return m_object.refuse(call, QDBusError::errorString(QDBusError::LimitsExceeded),
-                           QStringLiteral("too many questions at a time"));
-  }
-  call.setDelayedReply(true);
-  m_callers.ask(call.service(), [this, call, then = std::move(answer)](bool isAllowed) {
-    if (isAllowed) return then();
-    m_object.refuse(call, QDBusError::errorString(QDBusError::AccessDenied),
-                    QStringLiteral("only programs of this user outside of a sandbox are told"));
-  });
-}
-
 bool BoostInterface::take(const QDBusMessage& call) {
   static const QStringList methods{QStringLiteral("Why s"), QStringLiteral("Boost s"), QStringLiteral("Off "),
                                    QStringLiteral("Pause u"), QStringLiteral("Report b")};
   if (!methods.contains(methodOf(call))) return false;
-  letIn(call, [this, call] { answerMethod(call); });
+  answerMethod(call);
   return true;
-}
-
-void BoostInterface::takeProperties(const QDBusMessage& question) {
-  letIn(question, [this, question] { answerProperties(question); });
 }
 
 // Whoever came while nobody followed knows what it has just been told; those who come later hear of a change
 // that they know already rather than not at all.
 bool BoostInterface::follow(const QDBusMessage& call, const Status& now) {
-  const QStringList followers = m_followers.watchedServices();
-  if (followers.contains(call.service())) return true;
-  if (followers.size() >= mostFollowers) return false;
-  if (followers.isEmpty()) {
-    m_followers.setConnection(m_object.bus().connection());
-    m_told = now;
-  }
-  m_followers.addWatchedService(call.service());
+  const bool isFirst = m_followers.names().isEmpty();
+  if (!m_followers.add(call.service())) return false;
+  if (isFirst) m_told = now;
   return true;
 }
 
-void BoostInterface::answerProperties(const QDBusMessage& question) {
-  const QString method = methodOf(question);
-  const bool isAll = method == QLatin1String("GetAll s");
-  if (!isAll && method != QLatin1String("Get ss")) {
-    return m_object.refuse(question, QDBusError::errorString(QDBusError::PropertyReadOnly),
-                           QStringLiteral("properties can only be read"));
-  }
+void BoostInterface::takeProperties(const QDBusMessage& question) {
   const Status now = m_answers.status();
   const QVariantMap all = allProperties(now);
-  const QString property = question.arguments().value(1).toString();
-  if (!isAll && !all.contains(property)) {
-    return m_object.refuse(question, QDBusError::errorString(QDBusError::UnknownProperty),
-                           QStringLiteral("no such property"));
-  }
-  if (!follow(question, now)) {
+  const QString method = methodOf(question);
+  const bool isTold =
+      method == QLatin1String("GetAll s") ||
+      (method == QLatin1String("Get ss") && all.contains(question.arguments().at(1).toString()));
+  if (isTold && !follow(question, now)) {
     return m_object.refuse(question, QDBusError::errorString(QDBusError::LimitsExceeded),
                            QStringLiteral("too many follow already"));
   }
-  if (isAll) return m_object.reply(question, {all});
-  m_object.reply(question, {QVariant::fromValue(QDBusVariant(all.value(property)))});
+  m_object.replyProperties(question, all);
 }
 
 void BoostInterface::answerOrder(const QDBusMessage& call, const RemoteDoor::Refusal& refusal) {

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "desktop/linux/activation/ProgramObject.h"
-#include "desktop/linux/remote/Callers.h"
+#include "desktop/linux/bus/Followers.h"
+#include "desktop/linux/bus/ProgramObject.h"
 #include "remote/ports/RemoteDoor.h"
 #include "status/Changes.h"
 
-#include <QDBusServiceWatcher>
 #include <QObject>
 #include <QVariantMap>
 #include <memory>
@@ -32,18 +31,14 @@ class BoostInterface : public QObject, public BusInterface, public RemoteDoor::O
   void takeProperties(const QDBusMessage& question) override;
 
  private:
-  void letIn(const QDBusMessage& call, std::function<void()> answer);
   bool follow(const QDBusMessage& call, const Status& now);
-  void answerProperties(const QDBusMessage& question);
   void answerMethod(const QDBusMessage& call);
   void answerOrder(const QDBusMessage& call, const RemoteDoor::Refusal& refusal);
-  void forgetFollowers();
 
   ProgramObject& m_object;
   RemoteDoor::Answers m_answers;
-  Callers m_callers;
-  QDBusServiceWatcher m_followers; // whom it watches for is told
-  Status m_told;                   // what they know
+  Followers m_followers;
+  Status m_told; // what they know
 };
 
 class BusDoor final : public RemoteDoor {

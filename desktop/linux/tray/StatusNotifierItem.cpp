@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "desktop/linux/tray/StatusNotifierItem.h"
 
+#include "base/Names.h"
+
 #include <QCoreApplication>
 #include <QDBusMessage>
+#include <QDBusObjectPath>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QtEndian>
@@ -14,7 +17,6 @@ namespace {
 const auto watcherService = QStringLiteral("org.kde.StatusNotifierWatcher");
 const auto watcherPath = QStringLiteral("/StatusNotifierWatcher");
 const auto itemPath = QStringLiteral("/StatusNotifierItem");
-const auto menuPath = QStringLiteral("/MenuBar");
 
 constexpr int sizes[] = {16, 22, 24, 32, 48, 64}; // pixels
 
@@ -36,8 +38,9 @@ QDBusMessage watcherCall(const QString& interface, const QString& method) {
 } // namespace
 
 StatusNotifierItem::StatusNotifierItem(SessionBus& bus, Handlers handlers)
-    : m_bus(bus), m_handlers(std::move(handlers)) {
+    : m_bus(bus), m_object(bus, itemPath), m_menu(bus), m_handlers(std::move(handlers)) {
   registerTrayTypes();
+  m_object.add(*this);
   m_activation.setSingleShot(true);
   connect(&m_activation, &QTimer::timeout, this, [this] { m_token.during(m_click); });
   m_watcher.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
@@ -61,8 +64,8 @@ StatusNotifierItem::StatusNotifierItem(SessionBus& bus, Handlers handlers)
 
 void StatusNotifierItem::enterBus() {
   QDBusConnection bus = m_bus.connection();
-  bus.registerObject(itemPath, this, QDBusConnection::ExportAllContents);
-  bus.registerObject(menuPath, &m_menu, QDBusConnection::ExportAllContents);
+  m_object.enterBus();
+  m_menu.enterBus();
   m_service = QStringLiteral("org.kde.StatusNotifierItem-%1-1").arg(QCoreApplication::applicationPid());
   if (!bus.registerService(m_service)) m_service = bus.baseService(); // a sandbox may forbid the name
   m_watcher.setConnection(bus);
@@ -102,8 +105,9 @@ void StatusNotifierItem::hostAppeared() const { m_handlers.presence(true); }
 void StatusNotifierItem::show(const TrayFace& face, bool onDark) {
   m_face = face;
   m_isOnDark = onDark;
-  emit NewIcon();
-  emit NewToolTip();
+  // They only say that there is something new; what it is has to be asked for.
+  m_object.tell(*this, QStringLiteral("NewIcon"));
+  m_object.tell(*this, QStringLiteral("NewToolTip"));
 }
 
 void StatusNotifierItem::offer(std::vector<TrayEntry> menu) {
@@ -125,10 +129,63 @@ TrayPixmaps StatusNotifierItem::iconPixmap() const {
 
 // Trays take the text for one with marks of HTML; names are from outside.
 TrayToolTip StatusNotifierItem::toolTip() const {
-  return {.iconName = {}, .icon = {}, .title = title(), .text = m_face.state.toHtmlEscaped()};
+  return {.iconName = {},
+          .icon = {},
+          .title = QString::fromLatin1(names::display),
+          .text = m_face.state.toHtmlEscaped()};
 }
 
-QDBusObjectPath StatusNotifierItem::menu() const { return QDBusObjectPath(menuPath); }
+QString StatusNotifierItem::name() const { return QStringLiteral("org.kde.StatusNotifierItem"); }
+
+QString StatusNotifierItem::introspection() const {
+  return QStringLiteral("  <interface name=\"org.kde.StatusNotifierItem\">\n"
+                        "    <property name=\"Category\" type=\"s\" access=\"read\"/>\n"
+                        "    <property name=\"Id\" type=\"s\" access=\"read\"/>\n"
+                        "    <property name=\"Title\" type=\"s\" access=\"read\"/>\n"
+                        "    <property name=\"Status\" type=\"s\" access=\"read\"/>\n"
+                        "    <property name=\"WindowId\" type=\"i\" access=\"read\"/>\n"
+                        "    <property name=\"IconName\" type=\"s\" access=\"read\"/>\n"
+                        "    <property name=\"IconPixmap\" type=\"a(iiay)\" access=\"read\"/>\n"
+                        "    <property name=\"ToolTip\" type=\"(sa(iiay)ss)\" access=\"read\"/>\n"
+                        "    <property name=\"ItemIsMenu\" type=\"b\" access=\"read\"/>\n"
+                        "    <property name=\"Menu\" type=\"o\" access=\"read\"/>\n"
+                        "    <method name=\"Activate\">\n"
+                        "      <arg name=\"x\" type=\"i\" direction=\"in\"/>\n"
+                        "      <arg name=\"y\" type=\"i\" direction=\"in\"/>\n"
+                        "    </method>\n"
+                        "    <method name=\"SecondaryActivate\">\n"
+                        "      <arg name=\"x\" type=\"i\" direction=\"in\"/>\n"
+                        "      <arg name=\"y\" type=\"i\" direction=\"in\"/>\n"
+                        "    </method>\n"
+                        "    <method name=\"ContextMenu\">\n"
+                        "      <arg name=\"x\" type=\"i\" direction=\"in\"/>\n"
+                        "      <arg name=\"y\" type=\"i\" direction=\"in\"/>\n"
+                        "    </method>\n"
+                        "    <method name=\"Scroll\">\n"
+                        "      <arg name=\"delta\" type=\"i\" direction=\"in\"/>\n"
+                        "      <arg name=\"orientation\" type=\"s\" direction=\"in\"/>\n"
+                        "    </method>\n"
+                        "    <method name=\"ProvideXdgActivationToken\">\n"
+                        "      <arg name=\"token\" type=\"s\" direction=\"in\"/>\n"
+                        "    </method>\n"
+                        "    <signal name=\"NewIcon\"/>\n"
+                        "    <signal name=\"NewToolTip\"/>\n"
+                        "  </interface>\n");
+}
+
+void StatusNotifierItem::takeProperties(const QDBusMessage& question) {
+  m_object.replyProperties(
+      question, {{QStringLiteral("Category"), QStringLiteral("ApplicationStatus")},
+                 {QStringLiteral("Id"), QString::fromLatin1(names::identifier)},
+                 {QStringLiteral("Title"), QString::fromLatin1(names::display)},
+                 {QStringLiteral("Status"), QStringLiteral("Active")},
+                 {QStringLiteral("WindowId"), 0},
+                 {QStringLiteral("IconName"), QString()},
+                 {QStringLiteral("IconPixmap"), QVariant::fromValue(iconPixmap())},
+                 {QStringLiteral("ToolTip"), QVariant::fromValue(toolTip())},
+                 {QStringLiteral("ItemIsMenu"), false},
+                 {QStringLiteral("Menu"), QVariant::fromValue(QDBusObjectPath(TrayMenu::path()))}});
+}
 
 // After the answer to the tray. However often somebody calls until then, it is one click.
 void StatusNotifierItem::soon(std::function<void()> click) {
@@ -136,16 +193,21 @@ void StatusNotifierItem::soon(std::function<void()> click) {
   if (!m_activation.isActive()) m_activation.start(0);
 }
 
-void StatusNotifierItem::Activate(int x, int y) {
-  soon([this, point = QPoint(x, y)] { m_handlers.activated(point); });
+bool StatusNotifierItem::take(const QDBusMessage& call) {
+  const QString method = methodOf(call);
+  const QVariantList arguments = call.arguments();
+  // The tray shows the menu itself; the last of these is for trays that cannot.
+  if (method == QLatin1String("Activate ii") || method == QLatin1String("ContextMenu ii")) {
+    soon([this, point = QPoint(arguments[0].toInt(), arguments[1].toInt())] { m_handlers.activated(point); });
+  } else if (method == QLatin1String("SecondaryActivate ii")) {
+    soon(m_handlers.secondaryActivated);
+  } else if (method == QLatin1String("ProvideXdgActivationToken s")) {
+    m_token.give(arguments[0].toString());
+  } else if (method != QLatin1String("Scroll is")) {
+    return false;
+  }
+  m_object.reply(call);
+  return true;
 }
-
-void StatusNotifierItem::SecondaryActivate(int, int) { soon(m_handlers.secondaryActivated); }
-
-void StatusNotifierItem::ContextMenu(int x, int y) { Activate(x, y); }
-
-void StatusNotifierItem::Scroll(int, const QString&) {}
-
-void StatusNotifierItem::ProvideXdgActivationToken(const QString& token) { m_token.give(token); }
 
 } // namespace vantle

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "desktop/linux/bus/Followers.h"
+#include "desktop/linux/bus/GuardedObject.h"
 #include "desktop/linux/tray/TrayTypes.h"
 #include "panel/ports/Tray.h"
 
@@ -12,45 +14,33 @@ namespace vantle {
 
 // The tray icon's menu (com.canonical.dbusmenu), shown by the tray itself. Its entries keep their numbers, by
 // which the tray tells what was clicked; what changes is what they say, and whether they are shown.
-class TrayMenu : public QObject {
+class TrayMenu : public QObject, public BusInterface {
   Q_OBJECT
-  Q_CLASSINFO("D-Bus Interface", "com.canonical.dbusmenu")
-  Q_PROPERTY(uint Version READ version)
-  Q_PROPERTY(QString TextDirection READ textDirection)
-  Q_PROPERTY(QString Status READ status)
-  Q_PROPERTY(QStringList IconThemePath READ iconThemePath)
 
  public:
-  TrayMenu();
+  explicit TrayMenu(SessionBus& bus);
 
+  static QString path(); // of the menu's object
+  void enterBus() { m_object.enterBus(); }
   void offer(std::vector<TrayEntry> entries);
 
-  uint version() const { return 3; } // of the protocol
-  QString textDirection() const { return QStringLiteral("ltr"); }
-  QString status() const { return QStringLiteral("normal"); }
-  QStringList iconThemePath() const { return {}; }
-
- public slots:
-  uint GetLayout(int parentId, int recursionDepth, const QStringList& propertyNames,
-                 vantle::MenuLayout& layout);
-  QList<vantle::MenuProperties> GetGroupProperties(const QList<int>& ids, const QStringList& propertyNames);
-  QDBusVariant GetProperty(int id, const QString& name);
-  void Event(int id, const QString& eventId, const QDBusVariant& data, uint timestamp);
-  QList<int> EventGroup(const QList<vantle::MenuEvent>& events);
-  bool AboutToShow(int id);
-  QList<int> AboutToShowGroup(const QList<int>& ids, QList<int>& idErrors);
-
- signals:
-  void LayoutUpdated(uint revision, int parent);
-  void ItemsPropertiesUpdated(const QList<vantle::MenuProperties>& changed,
-                              const QList<vantle::MenuRemovals>& removed);
+  QString name() const override;
+  QString introspection() const override;
+  bool take(const QDBusMessage& call) override;
+  void takeProperties(const QDBusMessage& question) override;
 
  private:
+  QVariantList answerTo(const QString& method, const QVariantList& arguments);
+  MenuLayout layout(int parent, int depth) const;
+  QList<MenuProperties> properties(const QList<int>& wanted) const; // of all entries if none is named
+  void note(int id, const QString& event);
   QList<int> ids() const;               // of all entries
   const TrayEntry& entry(int id) const; // of an id that there is
   QVariantMap propertiesOf(int id) const;
   void act() const;
 
+  GuardedObject m_object;
+  Followers m_followers; // what the menu says is for those alone who have asked for it
   std::vector<TrayEntry> m_entries;
   uint m_revision = 1; // of the layout
   int m_clicked = 0;   // the id of the entry that was clicked last

@@ -6,15 +6,19 @@
 #include "platform/posix/process/OpenDescriptors.h"
 #include "platform/posix/process/SignalsBlocked.h"
 
+#include <charconv>
 #include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <fcntl.h>
+#include <filesystem>
 #include <optional>
+#include <set>
 #include <string_view>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
+#include <system_error>
 #include <unistd.h>
 #include <vector>
 
@@ -23,15 +27,37 @@ namespace {
 
 constexpr std::chrono::milliseconds longestLook{100};
 
+// The user's own group may write to what is the user's.
+mode_t othersMayWrite(const struct stat& file) {
+  return S_IWOTH | (file.st_gid == ::getegid() ? 0U : S_IWGRP);
+}
+
+// Whoever may write to a folder on the way can exchange what is below, unless the sticky bit keeps them from
+// it.
+bool isClosedToOthers(const Descriptor& below) {
+  Descriptor folder(::fcntl(below.get(), F_DUPFD_CLOEXEC, 0));
+  struct stat about {};
+  if (!folder || ::fstat(folder.get(), &about) != 0) return false;
+  while ((about.st_mode & S_ISVTX) != 0 || (about.st_mode & othersMayWrite(about)) == 0) {
+    Descriptor above(::openat(folder.get(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    struct stat next {};
+    if (!above || ::fstat(above.get(), &next) != 0) return false;
+    if (next.st_ino == about.st_ino && next.st_dev == about.st_dev) return true;
+    folder = std::move(above);
+    about = next;
+  }
+  return false;
+}
+
 // Nobody but this user and root can have put it there or changed it. A link is none: what it leads to may be
 // anybody's.
 bool isOwnProgram(const std::string& folder, const std::string& name) {
   const Descriptor own = openOwnFolder(folder);
   struct stat file {};
-  if (!own || ::fstatat(own.get(), name.c_str(), &file, AT_SYMLINK_NOFOLLOW) != 0) return false;
-  const mode_t othersMayWrite = S_IWOTH | (file.st_gid == ::getegid() ? 0U : S_IWGRP);
+  if (!own || !isClosedToOthers(own)) return false;
+  if (::fstatat(own.get(), name.c_str(), &file, AT_SYMLINK_NOFOLLOW) != 0) return false;
   return S_ISREG(file.st_mode) && (file.st_uid == 0 || file.st_uid == ::geteuid()) &&
-         (file.st_mode & othersMayWrite) == 0 && (file.st_mode & S_IXUSR) != 0;
+         (file.st_mode & othersMayWrite(file)) == 0 && (file.st_mode & S_IXUSR) != 0;
 }
 
 // Everything of this program's own, and these.
@@ -40,6 +66,34 @@ std::vector<std::string> environmentWith(const Hooks::Variables& variables) {
   for (char** one = environ; *one != nullptr; ++one) all.emplace_back(*one);
   for (const auto& [name, value] : variables) all.emplace_back(name).append("=").append(value);
   return all;
+}
+
+// A number may become another process's at any moment, so the one that is ended is held by a descriptor.
+bool killIfOf(Pid session, Pid pid) {
+  if (::getsid(pid) != session) return false;
+  const Descriptor process(static_cast<int>(::syscall(SYS_pidfd_open, pid, 0)));
+  return process && ::getsid(pid) == session &&
+         ::syscall(SYS_pidfd_send_signal, process.get(), SIGKILL, nullptr, 0) == 0;
+}
+
+// Shells with job control and timeout(1) give what they start groups of its own. What a process started right
+// before its end is met by the next look; one that was told to end starts nothing more.
+void killSession(Pid session) {
+  constexpr int mostLooks = 16;
+  std::set<Pid> told;
+  bool isNew = true;
+  for (int looks = 0; isNew && looks < mostLooks; ++looks) {
+    isNew = false;
+    std::error_code error;
+    std::filesystem::directory_iterator entry("/proc", error);
+    for (const std::filesystem::directory_iterator last; !error && entry != last; entry.increment(error)) {
+      const std::string name = entry->path().filename().string();
+      Pid pid = 0;
+      const auto [rest, failure] = std::from_chars(name.data(), name.data() + name.size(), pid);
+      if (failure != std::errc() || rest != name.data() + name.size() || told.contains(pid)) continue;
+      if (killIfOf(session, pid)) isNew = told.insert(pid).second;
+    }
+  }
 }
 
 // Between fork and exec, so only calls that are safe there.
@@ -94,10 +148,11 @@ bool PersonsHooks::start(const std::string& name, const Variables& variables, st
   return true;
 }
 
-// All of its session that leads none itself. The number stays its own until it was waited for.
+// All of its session, in whatever groups. The number stays its own until it was waited for.
 void PersonsHooks::kill() const {
   ::kill(-m_running, SIGKILL);
   ::kill(m_running, SIGKILL); // right after its birth it leads no group yet
+  killSession(m_running);
 }
 
 void PersonsHooks::cut() {

@@ -4,6 +4,7 @@
 #include "command/StatusText.h"
 #include "status/Changes.h"
 
+#include <ctime>
 #include <gtest/gtest.h>
 #include <string>
 #include <vector>
@@ -28,7 +29,8 @@ TEST(CommandLine, StartsTheProgramForEverythingThatIsItsOwn) {
                                                   {"-platform", "xcb"},
                                                   {"--platform", "xcb"},
                                                   {"--platform=xcb"},
-                                                  {"-session", "1", "status"}};
+                                                  {"-reverse"},
+                                                  {"-reverse", "-title=A", "-session", "status"}};
   for (const auto& words : all) {
     EXPECT_TRUE(std::holds_alternative<StartProgram>(parsed(words))) << (words.empty() ? "" : words.front());
   }
@@ -60,9 +62,48 @@ TEST(CommandLine, RefusesWhatIsNoCommand) {
                                                   {"pause", "soon"},
                                                   {"report", "all"},
                                                   {"--help", "status"},
-                                                  {"--version", "-v"}};
+                                                  {"--version", "-v"},
+                                                  {"-x"},
+                                                  {"-help"},
+                                                  {"-"},
+                                                  {"--"},
+                                                  {"-platform", "xcb", "status"},
+                                                  {"-session", "1", "-x"},
+                                                  {"--platform=xcb", "--json"}};
   for (const auto& words : all) {
     EXPECT_TRUE(std::holds_alternative<UsageError>(parsed(words))) << words.front();
+  }
+}
+
+TEST(CommandLine, HelpsWhoeverAsks) {
+  const std::vector<std::vector<std::string>> all{{"--help"},           {"-h"},
+                                                  {"status", "--help"}, {"status", "--json", "-h"},
+                                                  {"why", "--help"},    {"pause", "-h"}};
+  for (const auto& words : all) {
+    const Parsed found = parsed(words);
+    ASSERT_TRUE(std::holds_alternative<Request>(found)) << words.front();
+    EXPECT_EQ(std::get<Request>(found).kind, CommandKind::help) << words.front();
+  }
+  EXPECT_EQ(std::get<Request>(parsed({"-v"})).kind, CommandKind::version);
+  EXPECT_EQ(std::get<Request>(parsed({"why", "--", "--help"})).target, "--help");
+}
+
+TEST(CommandLine, SaysWhatWasTypedInOneLineOfBoundedLength) {
+  const std::vector<std::vector<std::string>> all{{"a\nb\x1b[31m"},
+                                                  {"-a\nb"},
+                                                  {"status", "a\u009b\nb"},
+                                                  {"status", "--a\nb"},
+                                                  {"pause", "\u202e5\n"},
+                                                  {std::string(100'000, 'x')},
+                                                  {"off", std::string(100'000, 'x')}};
+  for (const auto& words : all) {
+    const Parsed found = parsed(words);
+    ASSERT_TRUE(std::holds_alternative<UsageError>(found)) << words.front();
+    const std::string& text = std::get<UsageError>(found).text;
+    EXPECT_EQ(text.find_first_of("\n\x1b"), std::string::npos) << text;
+    EXPECT_EQ(text.find("\u202e"), std::string::npos) << text;
+    EXPECT_EQ(text.find("\u009b"), std::string::npos) << text;
+    EXPECT_LT(text.size(), 250U) << text;
   }
 }
 
@@ -87,6 +128,26 @@ TEST(StatusText, LetsNoNameSpeakToTheTerminal) {
   EXPECT_EQ(whyText(app), "Evil?[2J?Name (42): not slowed. No Boost is running.\n");
   app.reason = "of a later copy";
   EXPECT_EQ(whyText(app), "Evil?[2J?Name (42): not slowed. of a later copy\n");
+}
+
+TEST(StatusText, ShowsNamesAsThePanelDoes) {
+  Status status;
+  status.isActive = true;
+  status.boostName = "rev\u202egnp\u2028c1\u009b31m";
+  AppStatus app;
+  app.name = "\u200b\u2060";
+  app.pid = 42;
+  app.state = app.reason = "in front";
+  status.apps.push_back(app);
+  const std::string text = statusText(status);
+  EXPECT_EQ(text.substr(0, text.find('\n')), "Boost on for revgnp?c1?31m");
+  EXPECT_NE(text.find("  ? (42): in front\n"), std::string::npos) << text;
+}
+
+TEST(StatusText, TellsTheDayOfWhatIsNotToday) {
+  const auto now = static_cast<std::uint64_t>(std::time(nullptr));
+  EXPECT_EQ(clockText(now + 24UL * 3600).size(), std::string("2026-11-24 01:16").size());
+  EXPECT_EQ(clockText(now).size(), std::string("01:16").size());
 }
 
 TEST(Changes, AreOfWhatIsToldAndNotOfMemory) {

@@ -150,11 +150,14 @@ TEST_F(JsonUserDefaultsTest, ReadsAForeignFileAsEmptyAndLeavesItAlone) {
 TEST_F(JsonUserDefaultsTest, SetsAForeignFileAsideBeforeTheFirstChange) {
   for (const std::string& bytes : foreignContents) {
     file() = bytes;
+    testing::internal::CaptureStderr();
     defaults.set("a", true);
     EXPECT_EQ(document(), Document::parse(R"({"a": true})"));
     EXPECT_EQ(file(aside), bytes);
     defaults.set("a", false);
     EXPECT_EQ(file(aside), bytes) << "once only";
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "vantle: " + path + " cannot be read, and is kept as defaults.json.corrupt.\n");
   }
 }
 

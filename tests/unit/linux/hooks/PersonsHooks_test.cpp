@@ -2,6 +2,7 @@
 #include "platform/linux/hooks/PersonsHooks.h"
 
 #include "platform/shared/PollEventLoop.h"
+#include "tests/support/InChild.h"
 #include "tests/support/Program.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/User.h"
@@ -16,6 +17,7 @@
 #include <optional>
 #include <string>
 #include <unistd.h>
+#include <vector>
 
 namespace vantle {
 namespace {
@@ -33,6 +35,10 @@ class PersonsHooksTest : public testing::Test {
   std::string written() const {
     std::ifstream file(output());
     return {std::istreambuf_iterator<char>(file), {}};
+  }
+  std::vector<Pid> writtenPids() const {
+    std::ifstream file(output());
+    return {std::istream_iterator<Pid>(file), {}};
   }
   void install(const std::string& text, fs::perms mode = fs::perms(0755)) const {
     const fs::path file = folder.write("hook", "#!/bin/sh\nexec >>" + output().string() + "\n" + text + "\n");
@@ -86,6 +92,32 @@ TEST_F(PersonsHooksTest, RunsOnlyWhatNobodyElseCanHavePutThere) {
   EXPECT_TRUE(becomes([&] { return ended == 1; }));
 }
 
+TEST_F(PersonsHooksTest, RunsNothingThatAForeignGroupCouldExchange) {
+  if (!test::runsAsRoot()) GTEST_SKIP() << "needs another group";
+  const fs::path way = folder.folder("way");
+  const fs::path place = folder.folder("way/hooks");
+  folder.write("way/hooks/hook", "#!/bin/sh\n");
+  fs::permissions(folder.path(), fs::perms(0755));
+  for (const fs::path& each : {way, place, place / "hook"}) {
+    fs::permissions(each, fs::perms(0775));
+    ASSERT_EQ(::chown(each.c_str(), test::ordinaryUser, test::ordinaryUser), 0);
+  }
+  const auto answer = [&] {
+    return test::asOrdinaryUser([&]() -> std::string {
+      PollEventLoop own;
+      PersonsHooks mine(own, place.string());
+      return mine.start("hook", {}, [] {}) ? "it ran" : "it did not run";
+    });
+  };
+  EXPECT_EQ(answer(), "it ran") << "a group of the user's own";
+  for (const fs::path& each : {way, place, place / "hook"}) {
+    ASSERT_EQ(::chown(each.c_str(), test::ordinaryUser, test::nobody), 0);
+    EXPECT_EQ(answer(), "it did not run") << each;
+    fs::permissions(each, fs::perms(0755));
+    EXPECT_EQ(answer(), "it ran") << each << " that the group may only read";
+  }
+}
+
 TEST_F(PersonsHooksTest, EndsWhatTakesTooLongWithAllThatItStarted) {
   hooks.emplace(loop, folder.path().string(), std::chrono::seconds(1));
   install("trap '' TERM ALRM; sleep 1000 & echo $!; wait");
@@ -102,6 +134,37 @@ TEST_F(PersonsHooksTest, LeavesNothingRunningBehindOneThatHasEnded) {
   ASSERT_TRUE(becomes([&] { return ended == 1; }));
   const Pid child = std::stoi(written());
   EXPECT_TRUE(desktop::waitUntil([&] { return !desktop::isAlive(child); }));
+}
+
+// timeout(1) makes one, and so does a shell with job control.
+TEST_F(PersonsHooksTest, LeavesNothingRunningInGroupsOfTheirOwnEither) {
+  const std::string deaf = "sh -c 'trap \"\" HUP TERM; echo $$; sleep 1000' & ";
+  install("timeout 500 " + deaf + "timeout 500 " + deaf + "timeout 500 sh -c 'echo $$; exec sleep 1000'");
+  hooks.emplace(loop, folder.path().string(), std::chrono::seconds(1));
+  ASSERT_TRUE(run());
+  ASSERT_TRUE(desktop::waitUntil([&] { return writtenPids().size() == 3; }));
+  ASSERT_TRUE(becomes([&] { return ended == 1; }));
+  for (const Pid child : writtenPids()) {
+    EXPECT_TRUE(desktop::waitUntil([&] { return !desktop::isAlive(child); }));
+  }
+}
+
+TEST_F(PersonsHooksTest, LeavesASessionOfItsOwnAlone) {
+  install("setsid sh -c 'echo $$; exec sleep 1000' & sleep 1000 & echo $!; "
+          "while [ $(wc -l <" +
+          output().string() + ") -lt 2 ]; do sleep 0.01; done");
+  ASSERT_TRUE(run());
+  ASSERT_TRUE(becomes([&] { return ended == 1; }));
+  int alive = 0;
+  ASSERT_EQ(writtenPids().size(), 2U);
+  for (const Pid child : writtenPids()) {
+    const bool isOwnSession = ::getsid(child) == child;
+    EXPECT_EQ(desktop::waitUntil([&] { return !desktop::isAlive(child) || isOwnSession; }), true);
+    if (!desktop::isAlive(child)) continue;
+    ++alive;
+    ::kill(child, SIGKILL);
+  }
+  EXPECT_EQ(alive, 1) << "what was started to stay";
 }
 
 TEST_F(PersonsHooksTest, OneThatWasCutTellsNothing) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "desktop/linux/remote/Callers.h"
+#include "desktop/linux/bus/Callers.h"
 
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
