@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "tests/realapps/Trial.h"
+
+#include <filesystem>
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace vantle::realapps {
+
+// The rows of one program are kept in a file, so that some can be played anew.
+std::vector<Row> keptRows(const std::filesystem::path& file);
+void keepRows(const std::filesystem::path& file, const std::vector<Row>& rows);
+
+// All kept rows as a page for people, in the order of the list.
+void writePage(std::ostream& out, const std::filesystem::path& folder);
+
+} // namespace vantle::realapps
