@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "tests/realapps/Evidence.h"
 
+#include "platform/linux/apps/DesktopEntries.h"
 #include "tests/support/Kernel.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <map>
 #include <unistd.h>
 #include <utility>
@@ -83,6 +85,29 @@ Json::Object filesAmong(const std::vector<std::string>& arguments, const std::st
   return files;
 }
 
+// As the program itself reads them, which has tests of its own.
+Json entriesIn(const std::string& folder, const std::function<std::string(std::string)>& anonymous) {
+  Json::Array all;
+  DesktopEntries read({folder});
+  desktop::waitUntil([&] { return !read.all().empty(); });
+  for (const DesktopEntry& entry : read.all()) {
+    Json::Array arguments;
+    for (const std::string& argument : entry.arguments) arguments.emplace_back(anonymous(argument));
+    all.emplace_back(Json::Object{{"id", entry.id},
+                                  {"path", anonymous(entry.path)},
+                                  {"name", entry.name},
+                                  {"icon", anonymous(entry.icon)},
+                                  {"class", entry.windowClass},
+                                  {"category", entry.category},
+                                  {"executable", anonymous(entry.executable)},
+                                  {"realPath", anonymous(entry.realPath)},
+                                  {"arguments", std::move(arguments)},
+                                  {"isScript", entry.isScript},
+                                  {"isHidden", entry.isHidden}});
+  }
+  return all;
+}
+
 } // namespace
 
 Json evidenceOf(Stage& stage, std::uint32_t window, Pid owner, const std::set<Pid>& processes) {
@@ -93,6 +118,15 @@ Json evidenceOf(Stage& stage, std::uint32_t window, Pid owner, const std::set<Pi
     return found == numbers.end() ? std::int64_t(0) : found->second;
   };
   for (const Pid pid : processes) numbers.emplace(pid, static_cast<std::int64_t>(numbers.size()) + 1);
+
+  // 0 for what was there before it, -1 for nobody any more: an orphan is this process's.
+  const auto relative = [&](Pid pid) {
+    const std::int64_t number = numberOf(pid);
+    return number == 0 && (pid == ::getpid() || !desktop::isAlive(pid)) ? std::int64_t(-1) : number;
+  };
+  unsigned long long first = ~0ULL; // ticks
+  for (const Pid pid : processes)
+    if (const auto state = test::processState(pid)) first = std::min(first, state->start);
 
   const std::string properties = stage.outputOf({"xprop", "-id", std::to_string(window), "WM_CLASS",
                                                  "_GTK_APPLICATION_ID", "_NET_WM_WINDOW_TYPE"});
@@ -108,8 +142,9 @@ Json evidenceOf(Stage& stage, std::uint32_t window, Pid owner, const std::set<Pi
     const std::vector<std::string> arguments = texts(pid, "cmdline");
     const std::string folder = target(pid, "cwd");
     Json::Object process{{"number", numberOf(pid)},
-                         {"parent", numberOf(state->parent)}, // 0 for what was there before it
-                         {"session", numberOf(state->session)},
+                         {"parent", relative(state->parent)},
+                         {"session", relative(state->session)},
+                         {"started", static_cast<std::int64_t>(state->start - first)},
                          {"name", state->name},
                          {"executable", anonymous(target(pid, "exe"))}};
     Json::Array words;
@@ -128,7 +163,13 @@ Json evidenceOf(Stage& stage, std::uint32_t window, Pid owner, const std::set<Pi
     }
     all.emplace_back(std::move(process));
   }
-  return Json::Object{{"window", std::move(claims)}, {"processes", std::move(all)}};
+  return Json::Object{{"window", std::move(claims)},
+                      {"processes", std::move(all)},
+                      {"entries", entriesIn(stage.desktop().dataHome(), anonymous)}};
+}
+
+Json installedEntries() {
+  return entriesIn("/usr/share", [](const std::string& text) { return text; });
 }
 
 std::string keyOf(const std::string& desktopFile, const std::string& key) {

@@ -15,7 +15,10 @@ namespace vantle::realapps {
 // they are for, so that nothing of the machine is in it.
 Json evidenceOf(Stage& stage, std::uint32_t window, Pid owner, const std::set<Pid>& processes);
 
-// The desktop file of an id: one key of its main part, without regard to languages.
+// The desktop files of the machine, as the program reads them.
+Json installedEntries();
+
+// One key of the main part of a desktop file, without regard to languages.
 std::string keyOf(const std::string& desktopFile, const std::string& key);
 // Whether a theme or a folder of pictures that desktops look into has it.
 bool hasPicture(const std::string& icon);

@@ -7,6 +7,7 @@
 #include <csignal>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <string_view>
 #include <unistd.h>
 
@@ -168,7 +169,15 @@ desktop::Program& Stage::startGame() {
 }
 
 std::set<Pid> Stage::processes() {
-  std::set<Pid> all = desktop::processesOf({}, "VANTLE_TEST_DESKTOP=" + m_desktop.folder().path().string());
+  // Orphans come to this process, so all of them descend from it. (A program with a group's rights shows
+  // nobody its environment.)
+  std::set<Pid> all;
+  const std::map<Pid, test::ProcessState> living = test::allProcesses();
+  for (bool grew = true; grew;) {
+    grew = false;
+    for (const auto& [pid, state] : living)
+      if (state.parent == ::getpid() || all.contains(state.parent)) grew = all.insert(pid).second || grew;
+  }
   const std::set<Pid> own =
       m_vantle == nullptr ? std::set<Pid>() : desktop::processesOf({m_vantle->pid()});
   if (m_game != nullptr) all.erase(m_game->pid());

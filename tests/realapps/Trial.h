@@ -26,9 +26,6 @@ struct Row {
   Json evidence;      // what its processes and its window said
 };
 
-Json jsonOf(const Row& row);
-Row rowOf(const Json& json);
-
 // Starts it on a stage of its own that way, plays a Boost with it in front and one with it behind.
 class Trial {
  public:

@@ -86,6 +86,8 @@ int play(const std::vector<Choice>& chosen, const fs::path& vantle, const fs::pa
     }
     std::ofstream page(folder / "real-apps.md");
     writePage(page, folder / "rows");
+    std::ofstream record(folder / "real_apps.json");
+    writeRecord(record, folder / "rows");
     return 0;
   } catch (const std::exception& failure) {
     std::cerr << "real_apps: " << failure.what() << "\n";
