@@ -56,10 +56,15 @@ std::string quotedIn(const std::string& properties, const std::string& name, int
 
 class Anonymous {
  public:
-  explicit Anonymous(Stage& stage) : m_home(stage.desktop().home()), m_folder(stage.desktop().folder().path()) {}
+  explicit Anonymous(Stage& stage)
+      : m_home(stage.desktop().home()), m_folder(stage.desktop().folder().path()), m_homeInNames(m_home) {
+    std::replace(m_homeInNames.begin(), m_homeInNames.end(), '/', '_');
+    m_homeInNames.erase(0, 1);
+  }
   std::string operator()(std::string text) const {
     replace(text, m_home, "/home/person");
     replace(text, m_folder, "/run/session");
+    replace(text, m_homeInNames, "home_person"); // as a browser calls the windows of a page
     return text;
   }
 
@@ -70,6 +75,7 @@ class Anonymous {
   }
   std::string m_home;
   std::string m_folder;
+  std::string m_homeInNames;
 };
 
 // Of those arguments that are files, seen from where the process stands, where they really are.
@@ -85,6 +91,20 @@ Json::Object filesAmong(const std::vector<std::string>& arguments, const std::st
   return files;
 }
 
+// Where the command that was typed is, if that is what runs: of a program that hides its file.
+std::string programOf(const std::vector<std::string>& arguments, const std::string& name) {
+  constexpr std::size_t longestName = 15;
+  if (arguments.empty()) return {};
+  const fs::path command = arguments.front();
+  if (command.filename().string().substr(0, longestName) != name) return {};
+  for (const char* folder : {"", "/usr/local/bin", "/usr/bin", "/bin", "/usr/games"}) {
+    std::error_code error;
+    const fs::path file = fs::canonical(folder / command, error);
+    if (!error && (command.is_absolute() || *folder != '\0')) return file.string();
+  }
+  return {};
+}
+
 // As the program itself reads them, which has tests of its own.
 Json entriesIn(const std::string& folder, const std::function<std::string(std::string)>& anonymous) {
   Json::Array all;
@@ -97,7 +117,7 @@ Json entriesIn(const std::string& folder, const std::function<std::string(std::s
                                   {"path", anonymous(entry.path)},
                                   {"name", entry.name},
                                   {"icon", anonymous(entry.icon)},
-                                  {"class", entry.windowClass},
+                                  {"class", anonymous(entry.windowClass)},
                                   {"category", entry.category},
                                   {"executable", anonymous(entry.executable)},
                                   {"realPath", anonymous(entry.realPath)},
@@ -128,9 +148,9 @@ Json evidenceOf(Stage& stage, std::uint32_t window, Pid owner, const std::set<Pi
   for (const Pid pid : processes)
     if (const auto state = test::processState(pid)) first = std::min(first, state->start);
 
-  const std::string properties = stage.outputOf({"xprop", "-id", std::to_string(window), "WM_CLASS",
-                                                 "_GTK_APPLICATION_ID", "_NET_WM_WINDOW_TYPE"});
-  Json::Object claims{{"instance", quotedIn(properties, "WM_CLASS", 0)},
+  const std::string properties = stage.outputOf(
+      {"xprop", "-id", std::to_string(window), "WM_CLASS", "_GTK_APPLICATION_ID", "_NET_WM_WINDOW_TYPE"});
+  Json::Object claims{{"instance", anonymous(quotedIn(properties, "WM_CLASS", 0))},
                       {"class", quotedIn(properties, "WM_CLASS", 1)},
                       {"applicationId", quotedIn(properties, "_GTK_APPLICATION_ID", 0)},
                       {"process", numberOf(owner)}};
@@ -144,15 +164,14 @@ Json evidenceOf(Stage& stage, std::uint32_t window, Pid owner, const std::set<Pi
     Json::Object process{{"number", numberOf(pid)},
                          {"parent", relative(state->parent)},
                          {"session", relative(state->session)},
-                         {"started", static_cast<std::int64_t>(state->start - first)},
+                         {"age", static_cast<std::int64_t>(state->start - first)},
                          {"name", state->name},
                          {"executable", anonymous(target(pid, "exe"))}};
-    Json::Array words;
-    // A browser's own processes have kilobytes of them, which say nothing.
-    if (pid == owner || arguments.size() < 12)
-      for (const std::string& argument : arguments) words.emplace_back(anonymous(argument));
-    process.emplace_back("arguments", words);
     if (pid == owner) {
+      Json::Array words;
+      for (const std::string& argument : arguments) words.emplace_back(anonymous(argument));
+      process.emplace_back("arguments", std::move(words));
+      process.emplace_back("started", programOf(arguments, state->name));
       const std::vector<std::string> environment = texts(pid, "environ");
       process.emplace_back("folder", anonymous(folder));
       process.emplace_back("files", filesAmong(arguments, folder, anonymous));
@@ -187,8 +206,8 @@ bool hasPicture(const std::string& icon) {
   if (icon.starts_with('/')) return fs::exists(icon);
   const auto isIt = [&](const fs::path& file) {
     const std::string ending = file.extension().string();
-    return file.filename() == icon || (file.stem() == icon && (ending == ".png" || ending == ".svg" ||
-                                                               ending == ".xpm"));
+    return file.filename() == icon ||
+           (file.stem() == icon && (ending == ".png" || ending == ".svg" || ending == ".xpm"));
   };
   for (const char* folder : {"/usr/share/pixmaps", "/usr/share/icons"}) {
     std::error_code error;

@@ -5,7 +5,6 @@
 
 #include <array>
 #include <functional>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -24,17 +23,20 @@ struct Program {
   std::string package; // whose version the table names
   Kind kind = Kind::game;
   std::vector<std::string> command;
-  std::string id; // its desktop file, as which it is to be found
-  std::string name = {}; // that of its desktop file where there is nothing else
+  std::string file; // its desktop file; it is to be found as that
+  // Where it is right to be found as something else: other desktop files, or "–" for none, under that name.
+  std::vector<std::string> others = {};
+  std::string name = {};
+  std::string title = {}; // part of the title of the window that is meant, where it shows others before
   // What has to be there before: files, a desktop file of its own, settings.
   std::function<void(desktop::VirtualDesktop&)> prepare = {};
+  std::function<void(desktop::VirtualDesktop&)> beside = {}; // what runs already, once the desktop is there
   bool isHeard = false;
-  // In words, for ways in which it is not right; of a way, or of all when they are alike.
-  std::map<Way, std::string> known = {};
-  // Why it cannot be tried in this place; empty where it can.
-  std::function<std::string()> whyNot = {};
 };
 
 const std::vector<Program>& programs();
+
+// Why what was seen is so, in words; empty where nobody has looked into it.
+std::string reasonFor(const Program& program, Way way, const std::string& seen);
 
 } // namespace vantle::realapps

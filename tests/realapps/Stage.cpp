@@ -76,10 +76,12 @@ Stage::Stage(const Program& program, const fs::path& vantle)
                                         "StartupWMClass=StageGame\n");
   writeMenu();
   m_desktop.startWindowManager();
-  m_witness = &m_desktop.launch({"xterm", "-class", "Witness", "-geometry", "30x4-0-0", "-e", "/bin/sh", "-c",
-                                 "sleep 100000; true"});
+  m_witness = &m_desktop.launch(
+      {"xterm", "-class", "Witness", "-geometry", "30x4-0-0", "-e", "/bin/sh", "-c", "sleep 100000; true"});
   m_desktop.waitForWindow(m_witness->pid());
   require("its child", [this] { return desktop::processesOf({m_witness->pid()}).size() == 3; });
+  m_furniture = processes();
+  if (program.beside) program.beside(m_desktop);
 }
 
 void Stage::writeMenu() {
@@ -105,7 +107,7 @@ void Stage::start(const Program& program, Way way) {
     m_desktop.launch(m_command);
     break;
   case Way::desktopFile:
-    m_desktop.launch({"gio", "launch", desktopFileOf(program.id)});
+    m_desktop.launch({"gio", "launch", desktopFileOf(program.file)});
     break;
   case Way::menu:
     chooseFromMenu();
@@ -127,11 +129,11 @@ void Stage::start(const Program& program, Way way) {
 }
 
 void Stage::startVantle(bool withRules) {
-  const std::string rules = withRules
-                                ? "{}"
-                                : "{\"detectCrossOver\":false,\"detectMinecraft\":false,\"detectSteam\":false,"
-                                  "\"detectGamesCategory\":false,\"userGames\":[\"" +
-                                      std::string(ownGame) + "\"]}";
+  const std::string rules =
+      withRules ? "{}"
+                : "{\"detectCrossOver\":false,\"detectMinecraft\":false,\"detectSteam\":false,"
+                  "\"detectGamesCategory\":false,\"userGames\":[\"" +
+                      std::string(ownGame) + "\"]}";
   m_desktop.folder().write("home/.config/com.halvo.vantle/defaults.json", rules);
   m_vantle = &m_desktop.launch({m_program.string()});
   require("Vantle", [&] { return m_desktop.hasBusName(busName) || !m_vantle->isRunning(); });
@@ -160,7 +162,9 @@ std::optional<int> Stage::vantle(const std::vector<std::string>& arguments, std:
   return 0;
 }
 
-Json Stage::status() { return Json::parse(outputOf({m_program.string(), "status", "--json"})).value_or(Json()); }
+Json Stage::status() {
+  return Json::parse(outputOf({m_program.string(), "status", "--json"})).value_or(Json());
+}
 
 desktop::Program& Stage::startGame() {
   m_game = &m_desktop.launch({desktop::testWindow(), "--class", "StageGame"});
@@ -178,8 +182,7 @@ std::set<Pid> Stage::processes() {
     for (const auto& [pid, state] : living)
       if (state.parent == ::getpid() || all.contains(state.parent)) grew = all.insert(pid).second || grew;
   }
-  const std::set<Pid> own =
-      m_vantle == nullptr ? std::set<Pid>() : desktop::processesOf({m_vantle->pid()});
+  const std::set<Pid> own = m_vantle == nullptr ? std::set<Pid>() : desktop::processesOf({m_vantle->pid()});
   if (m_game != nullptr) all.erase(m_game->pid());
   std::erase_if(all, [&](Pid pid) { return own.contains(pid) || !desktop::isAlive(pid); });
   return all;

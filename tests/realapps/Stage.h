@@ -33,6 +33,8 @@ class Stage {
   desktop::Program& startGame(); // in front when this returns
   std::string outputOf(const std::vector<std::string>& command);
 
+  // What lived here before the program, and what it needs beside it, were started.
+  const std::set<Pid>& furniture() const { return m_furniture; }
   // Everything that lives here but Vantle and that game, the terminal of `start` among it.
   std::set<Pid> processes();
   // Of these the ones that a terminal of `start` consists of.
@@ -52,6 +54,7 @@ class Stage {
   desktop::Program* m_vantle = nullptr;
   desktop::Program* m_game = nullptr;
   std::set<Pid> m_starters;
+  std::set<Pid> m_furniture;
 };
 
 } // namespace vantle::realapps

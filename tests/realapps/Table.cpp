@@ -67,8 +67,8 @@ Row rowOf(const Json& json) {
 void writeLine(std::ostream& out, const Row& row) {
   out << "| " << row.way << " | " << cell(row.foundAs) << " | " << cell(row.name) << " | " << cell(row.icon)
       << " | " << cell(row.boost) << " | " << cell(row.slowedWhole) << " | " << cell(row.backWhole) << " | "
-      << cell(row.soundSpared) << " | "
-      << (row.wrong.empty() ? "right" : "**wrong**: " + cell(row.wrong)) << " |\n";
+      << cell(row.soundSpared) << " | " << (row.wrong.empty() ? "right" : "**wrong**: " + cell(row.wrong))
+      << " |\n";
 }
 
 } // namespace
@@ -94,13 +94,17 @@ void writePage(std::ostream& out, const std::filesystem::path& folder) {
   const auto right =
       std::count_if(rows.begin(), rows.end(), [](const Row& row) { return row.wrong.empty(); });
   out << "# Real games and real apps\n\n"
-         "What `scripts/real-apps` saw, which wrote this page: real programs of Debian's packages on a private X11\n"
-         "desktop (Xvfb, openbox) of an ordinary user without a user manager, each started in several ways, with a "
+         "What `scripts/real-apps` saw, which wrote this page: real programs of Debian's packages on a "
+         "private X11\n"
+         "desktop (Xvfb, openbox) of an ordinary user without a user manager, each started in several ways, "
+         "with a "
          "Boost while\n"
-         "it was in front and one while another game was. What Vantle found is what `vantle status --json` says; "
+         "it was in front and one while another game was. What Vantle found is what `vantle status --json` "
+         "says; "
          "everything\n"
          "else is what the kernel says of every thread of every process that the start has brought.\n\n"
-         "- *found as*: the id of the app; *icon*: the one that its desktop file names, if that has a picture.\n"
+         "- *found as*: the id of the app; *icon*: the one that its desktop file names, if that has a "
+         "picture.\n"
          "- *Boost*: with it in front, by itself for games and asked for with `vantle boost` for others; the "
          "terminal beside it\n"
          "  was slowed whole, and nothing of the program itself.\n"

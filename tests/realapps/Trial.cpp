@@ -59,7 +59,10 @@ bool isAsBefore(const KernelState& before, const KernelState& now) {
 }
 
 std::string count(std::size_t number, const char* what) {
-  return std::to_string(number) + " " + what + (number == 1 ? "" : what[std::string(what).size() - 1] == 's' ? "es" : "s");
+  return std::to_string(number) + " " + what +
+         (number == 1                                 ? ""
+          : what[std::string(what).size() - 1] == 's' ? "es"
+                                                      : "s");
 }
 
 class Performance {
@@ -68,14 +71,11 @@ class Performance {
       : m_program(program), m_way(way), m_stage(program, vantle) {
     m_row.program = program.key;
     m_row.way = textOf(way);
-    const auto reason = program.known.find(way);
-    if (reason != program.known.end()) m_row.reason = reason->second;
     m_row.version = m_stage.outputOf({"dpkg-query", "-W", "-f", "${Version}", program.package});
   }
 
   Row play() {
     try {
-      m_before = m_stage.processes();
       m_stage.startVantle(true);
       m_stage.start(m_program, m_way);
       if (waitForWindow()) {
@@ -87,6 +87,7 @@ class Performance {
       wrong(std::string("the stage: ") + failure.what());
     }
     endProgram();
+    m_row.reason = reasonFor(m_program, m_way, m_row.wrong);
     return std::move(m_row);
   }
 
@@ -97,7 +98,7 @@ class Performance {
   std::set<Pid> own() {
     std::set<Pid> all = m_stage.processes();
     std::erase_if(all, [&](Pid pid) {
-      if (m_before.contains(pid) || m_stage.starters().contains(pid)) return true;
+      if (m_stage.furniture().contains(pid) || m_stage.starters().contains(pid)) return true;
       const auto state = test::processState(pid);
       return !state || state->name == "cat";
     });
@@ -113,7 +114,8 @@ class Performance {
           const std::set<Pid> mine = own();
           std::vector<std::uint32_t> now;
           for (const auto& window : m_stage.desktop().windows().list()) {
-            if (!mine.contains(window.pid)) continue;
+            if (!mine.contains(window.pid) || window.title.find(m_program.title) == std::string::npos)
+              continue;
             now.push_back(window.id);
             m_owners[window.id] = window.pid;
           }
@@ -125,6 +127,10 @@ class Performance {
         longestStart);
     if (!isThere || known.empty()) {
       wrong(own().empty() ? "it has ended" : "no window of it came");
+      for (const auto& window : m_stage.desktop().windows().list())
+        std::cerr << "  " << window.title << " " << window.pid << std::endl;
+      for (const Pid pid : own()) std::cerr << "  " << nameOf(pid) << " " << pid << std::endl;
+      m_stage.desktop().screenshot("/tmp/real-apps.png");
       return false;
     }
     const std::uint32_t active = m_stage.desktop().windows().active();
@@ -170,11 +176,25 @@ class Performance {
     describe(status);
     m_row.boost = isBoosted(status) ? m_program.kind == Kind::game ? "by itself" : "asked for" : "no";
     if (m_row.boost == "no") return;
-    if (!waitUntil([&] { return isSlowedWhole(desktop::kernelState(m_stage.witness().pid())); }, longestEffect))
+    if (!waitUntil([&] { return isSlowedWhole(desktop::kernelState(m_stage.witness().pid())); },
+                   longestEffect))
       wrong("the terminal beside it keeps its speed");
     for (const Pid pid : own())
       if (!isUntouched(desktop::kernelState(pid)) && desktop::isAlive(pid))
         wrong("slowed though it is the Boost's own: " + nameOf(pid));
+    if (m_program.beside) turnToTheOther();
+  }
+
+  // Another window of the same process, which is no game.
+  void turnToTheOther() {
+    for (const auto& window : m_stage.desktop().windows().list()) {
+      if (window.pid != m_owner || window.title.find(m_program.title) != std::string::npos) continue;
+      m_stage.desktop().activate(window.id);
+      if (!waitUntil([&] { return !isBoosted(m_stage.status()); }, longestEffect))
+        wrong("the Boost goes on with an ordinary page in front");
+      return;
+    }
+    wrong("no other window");
   }
 
   void describe(const Json& status) {
@@ -188,11 +208,12 @@ class Performance {
     const std::string file = m_stage.desktopFileOf(m_row.foundAs);
     const std::string icon = file.empty() ? std::string() : keyOf(file, "Icon");
     m_row.icon = icon.empty() ? "none" : hasPicture(icon) ? icon : icon + " (no picture)";
-    if (m_row.foundAs != (m_program.id.empty() ? "–" : m_program.id))
-      wrong("found as " + m_row.foundAs + " instead of " + (m_program.id.empty() ? "none" : m_program.id));
-    const std::string wanted =
-        m_program.name.empty() ? keyOf(m_stage.desktopFileOf(m_program.id), "Name") : m_program.name;
-    if (m_row.name != wanted) wrong("called " + m_row.name + " instead of " + wanted);
+    const auto& others = m_program.others;
+    if (m_row.foundAs != m_program.file &&
+        std::find(others.begin(), others.end(), m_row.foundAs) == others.end())
+      wrong("found as " + m_row.foundAs + " instead of " + m_program.file);
+    const std::string wanted = file.empty() ? m_program.name : keyOf(file, "Name");
+    if (!wanted.empty() && m_row.name != wanted) wrong("called " + m_row.name + " instead of " + wanted);
   }
 
   void playBehind() {
@@ -201,7 +222,8 @@ class Performance {
     std::map<Pid, KernelState> before;
     for (const Pid pid : own()) before[pid] = desktop::kernelState(pid);
     desktop::Program& game = m_stage.startGame();
-    if (!waitUntil([&] { return isSlowedWhole(desktop::kernelState(m_stage.witness().pid())); }, longestEffect))
+    if (!waitUntil([&] { return isSlowedWhole(desktop::kernelState(m_stage.witness().pid())); },
+                   longestEffect))
       throw std::runtime_error("no Boost of the stage's own game");
     const auto stragglers = [&] {
       std::vector<Pid> left;
@@ -212,9 +234,8 @@ class Performance {
     if (m_program.isHeard) {
       std::this_thread::sleep_for(seconds(3));
       const std::set<Pid> mine = own();
-      const bool isSpared = std::all_of(mine.begin(), mine.end(), [](Pid pid) {
-        return isUntouched(desktop::kernelState(pid));
-      });
+      const bool isSpared = std::all_of(mine.begin(), mine.end(),
+                                        [](Pid pid) { return isUntouched(desktop::kernelState(pid)); });
       m_row.soundSpared = isSpared ? "yes" : "no";
       m_row.slowedWhole = m_row.backWhole = "spared";
       if (!isSpared) wrong("slowed while it is heard");
@@ -229,9 +250,10 @@ class Performance {
         std::string names;
         for (const Pid pid : stragglers()) names += (names.empty() ? "" : ", ") + nameOf(pid);
         const std::optional<Json> app = found(m_stage.status());
-        wrong("not slowed behind: " + names +
-              (app ? " (" + app->textAt("state").value_or("") + ", " + app->textAt("reason").value_or("") + ")"
-                   : " (not among the apps)"));
+        wrong(
+            "not slowed behind: " + names +
+            (app ? " (" + app->textAt("state").value_or("") + ", " + app->textAt("reason").value_or("") + ")"
+                 : " (not among the apps)"));
       }
     }
     game.kill();
@@ -266,7 +288,7 @@ class Performance {
     m_stage.endVantle();
     waitUntil([&] {
       std::set<Pid> left = m_stage.processes();
-      std::erase_if(left, [&](Pid pid) { return m_before.contains(pid); });
+      std::erase_if(left, [&](Pid pid) { return m_stage.furniture().contains(pid); });
       for (const Pid pid : left) ::kill(pid, SIGKILL);
       return left.empty();
     });
@@ -276,7 +298,6 @@ class Performance {
   Way m_way;
   Stage m_stage;
   Row m_row;
-  std::set<Pid> m_before;
   std::map<std::uint32_t, Pid> m_owners;
   std::uint32_t m_window = 0;
   Pid m_owner = 0;

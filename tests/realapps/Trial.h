@@ -29,7 +29,8 @@ struct Row {
 // Starts it on a stage of its own that way, plays a Boost with it in front and one with it behind.
 class Trial {
  public:
-  Trial(const Program& program, std::filesystem::path vantle) : m_program(program), m_vantle(std::move(vantle)) {}
+  Trial(const Program& program, std::filesystem::path vantle)
+      : m_program(program), m_vantle(std::move(vantle)) {}
 
   Row play(Way way) const;
 

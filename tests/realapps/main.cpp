@@ -55,8 +55,8 @@ bool choose(const std::vector<std::string>& names, std::vector<Choice>& chosen) 
 std::string inWords(const Row& row) {
   return row.program + ", " + row.way + ": " + (row.wrong.empty() ? "right" : "wrong: " + row.wrong) + " [" +
          row.foundAs + " | " + row.name + " | " + row.icon + " | Boost " + row.boost + " | slowed " +
-         row.slowedWhole + " | back " + row.backWhole + (row.soundSpared.empty() ? "" : " | spared " + row.soundSpared) +
-         "]";
+         row.slowedWhole + " | back " + row.backWhole +
+         (row.soundSpared.empty() ? "" : " | spared " + row.soundSpared) + "]";
 }
 
 // An ordinary user's apps, as people have them: root's processes can be read and changed by nobody else.
@@ -76,7 +76,14 @@ int play(const std::vector<Choice>& chosen, const fs::path& vantle, const fs::pa
       std::vector<Row> rows = keptRows(folder / "rows" / (program->key + ".json"));
       for (const Way way : ways) {
         const auto begin = std::chrono::steady_clock::now();
-        Row row = Trial(*program, vantle).play(way);
+        Row row;
+        try {
+          row = Trial(*program, vantle).play(way);
+        } catch (const std::exception& failure) {
+          row.program = program->key;
+          row.way = textOf(way);
+          row.wrong = std::string("the stage: ") + failure.what();
+        }
         const std::chrono::duration<double> length = std::chrono::steady_clock::now() - begin;
         std::cout << inWords(row) << " " << static_cast<long>(length.count()) << " s" << std::endl;
         std::erase_if(rows, [&](const Row& kept) { return kept.way == row.way; });
