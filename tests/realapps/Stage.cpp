@@ -95,6 +95,8 @@ void Stage::writeMenu() {
 }
 
 void Stage::chooseFromMenu() {
+  for (const auto& window : m_desktop.windows().list()) // a large one leaves nothing to click at
+    if (window.pid != m_witness->pid()) m_desktop.windows().minimise(window.id);
   m_desktop.run({"xdotool", "mousemove", "12", "780", "click", "3"});
   ::usleep(500'000); // the menu is no window that could be waited for
   m_desktop.run({"xdotool", "key", "Down", "Return"});
