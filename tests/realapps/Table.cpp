@@ -23,6 +23,7 @@ constexpr std::array members{
     Member{"foundAs", &Row::foundAs},
     Member{"name", &Row::name},
     Member{"icon", &Row::icon},
+    Member{"identity", &Row::identity},
     Member{"boost", &Row::boost},
     Member{"slowedWhole", &Row::slowedWhole},
     Member{"backWhole", &Row::backWhole},
@@ -102,7 +103,9 @@ void writePage(std::ostream& out, const std::filesystem::path& folder) {
          "it was in front and one while another game was. What Vantle found is what `vantle status --json` "
          "says; "
          "everything\n"
-         "else is what the kernel says of every thread of every process that the start has brought.\n\n"
+         "else is what the kernel says of every thread of every process that the start has brought. Starts as a "
+         "unit of the\n"
+         "user manager need one, and were not run.\n\n"
          "- *found as*: the id of the app; *icon*: the one that its desktop file names, if that has a "
          "picture.\n"
          "- *Boost*: with it in front, by itself for games and asked for with `vantle boost` for others; the "
@@ -143,13 +146,14 @@ void writeRecord(std::ostream& out, const std::filesystem::path& folder) {
   out << "\n],\n\"rows\": [\n";
   between = "";
   for (const Row& row : allRows(folder)) {
-    if (!row.wrong.empty()) continue;
+    if (row.identity != "right") continue;
     Json json = row.evidence;
     json.set("program", row.program);
     json.set("way", row.way);
     json.set("foundAs", row.foundAs);
     json.set("name", row.name);
     json.set("isGame", programOf(row).kind == Kind::game);
+    json.set("isWhole", row.wrong.empty());
     out << between << json.text();
     between = ",\n";
   }

@@ -174,6 +174,7 @@ class Performance {
       if (!waitUntil(isIt, longestEffect)) wrong("no Boost of it when asked for: " + said);
     }
     describe(status);
+    m_row.identity = m_row.wrong.empty() ? "right" : "wrong";
     m_row.boost = isBoosted(status) ? m_program.kind == Kind::game ? "by itself" : "asked for" : "no";
     if (m_row.boost == "no") return;
     if (!waitUntil([&] { return isSlowedWhole(desktop::kernelState(m_stage.witness().pid())); },

@@ -17,7 +17,8 @@ struct Row {
   std::string foundAs; // the id; "–" without one, empty when it was not found at all
   std::string name;
   std::string icon;
-  std::string boost; // of it, or "no"
+  std::string identity; // "right" when id, name and Boost are
+  std::string boost;    // of it, or "no"
   std::string slowedWhole;
   std::string backWhole;
   std::string soundSpared;
