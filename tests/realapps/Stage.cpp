@@ -157,16 +157,13 @@ std::string Stage::outputOf(const std::vector<std::string>& command) {
   return contents(file);
 }
 
-std::optional<int> Stage::vantle(const std::vector<std::string>& arguments, std::string& output) {
+std::string Stage::vantle(const std::vector<std::string>& arguments) {
   std::vector<std::string> command{m_program.string()};
   command.insert(command.end(), arguments.begin(), arguments.end());
-  output = outputOf(command);
-  return 0;
+  return outputOf(command);
 }
 
-Json Stage::status() {
-  return Json::parse(outputOf({m_program.string(), "status", "--json"})).value_or(Json());
-}
+Json Stage::status() { return Json::parse(vantle({"status", "--json"})).value_or(Json()); }
 
 desktop::Program& Stage::startGame() {
   m_game = &m_desktop.launch({desktop::testWindow(), "--class", "StageGame"});

@@ -28,9 +28,8 @@ class Stage {
   void startVantle(bool withRules);
   void endVantle();
   Json status();
-  // Its status; what it said is put into `output`.
-  std::optional<int> vantle(const std::vector<std::string>& arguments, std::string& output);
-  desktop::Program& startGame(); // in front when this returns
+  std::string vantle(const std::vector<std::string>& arguments); // what the command says
+  desktop::Program& startGame();                                 // in front when this returns
   std::string outputOf(const std::vector<std::string>& command);
 
   // What lived here before the program, and what it needs beside it, were started.

@@ -2,17 +2,27 @@
 #include "tests/realapps/Programs.h"
 #include "tests/realapps/Table.h"
 #include "tests/realapps/Trial.h"
+#include "tests/support/ForkedProcess.h"
 #include "tests/support/Isolation.h"
+#include "tests/support/Kernel.h"
+#include "tests/support/TemporaryFolder.h"
 #include "tests/support/User.h"
+#include "tests/support/Wait.h"
 
 #include <algorithm>
 #include <chrono>
+#include <csignal>
+#include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iostream>
 #include <set>
+#include <stdexcept>
 #include <string>
+#include <sys/prctl.h>
+#include <sys/wait.h>
 #include <system_error>
 #include <unistd.h>
 #include <vector>
@@ -102,6 +112,51 @@ int play(const std::vector<Choice>& chosen, const fs::path& vantle, const fs::pa
   }
 }
 
+// Everything below this process, orphans included, which come to it.
+void endDescendants() {
+  desktop::waitUntil([] {
+    std::set<Pid> below;
+    const auto all = test::allProcesses();
+    for (bool grew = true; grew;) {
+      grew = false;
+      for (const auto& [pid, state] : all)
+        if (state.parent == ::getpid() || below.contains(state.parent))
+          grew = below.insert(pid).second || grew;
+    }
+    for (const Pid pid : below) {
+      ::kill(pid, SIGKILL);
+      ::waitpid(pid, nullptr, WNOHANG);
+    }
+    return below.empty();
+  });
+}
+
+// In a process of its own, and with all that it makes in one folder, so that nothing is left over when
+// somebody interrupts it.
+int playInterruptibly(const std::function<int()>& play) {
+  sigset_t awaited;
+  sigset_t before;
+  ::sigemptyset(&awaited);
+  for (const int number : {SIGCHLD, SIGINT, SIGTERM, SIGHUP}) ::sigaddset(&awaited, number);
+  ::sigprocmask(SIG_BLOCK, &awaited, &before);
+  ::prctl(PR_SET_CHILD_SUBREAPER, 1);
+  int status = 0;
+  {
+    const desktop::TemporaryFolder folder;
+    test::ForkedProcess player({}, [&] {
+      ::setenv("TMPDIR", folder.path().c_str(), 1);
+      ::sigprocmask(SIG_SETMASK, &before, nullptr);
+      std::exit(play());
+    });
+    int number = 0;
+    do ::sigwait(&awaited, &number);
+    while (number == SIGCHLD && player.isRunning());
+    status = number == SIGCHLD ? player.waitForEnd() : player.kill();
+    endDescendants();
+  }
+  return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -112,5 +167,6 @@ int main(int argc, char** argv) {
   const fs::path folder = fs::absolute(arguments[1]).lexically_normal();
   std::error_code error;
   fs::create_directories(folder / "rows", error);
-  return desktop::runIsolated([&] { return play(chosen, vantle, folder); }, folder);
+  const auto all = [&] { return play(chosen, vantle, folder); };
+  return test::runsAsRoot() ? desktop::runIsolated(all, folder) : playInterruptibly(all);
 }
