@@ -109,7 +109,7 @@ void Stage::start(const Program& program, Way way) {
     m_desktop.launch(m_command);
     break;
   case Way::desktopFile:
-    m_desktop.launch({"gio", "launch", desktopFileOf(program.file)});
+    m_desktop.launch({"gtk-launch", program.file});
     break;
   case Way::menu:
     chooseFromMenu();
