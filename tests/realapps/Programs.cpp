@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <set>
 #include <unistd.h>
 
 namespace vantle::realapps {
@@ -339,6 +340,13 @@ std::string reasonFor(const Program& program, Way way, const std::string& seen) 
        {},
        "shared place",
        "the image's first process, a shell script, waits, and serves the file system in the same session"},
+      {"web-game-beside",
+       {},
+       "found as chromium",
+       "an app is known by its first window, which is the browser's ordinary one"},
+      {"", Way::desktopFile, "shared place",
+       "a wrapper waits for it in the session of what started both, which has ended: nothing says that the "
+       "wrapper is the app's"},
       {"", Way::menu, "shared place",
        "Openbox starts programs in its own session: without a user manager the weight of that session is all "
        "there is to lower, and it is Openbox's as well"},
@@ -374,12 +382,13 @@ std::string reasonFor(const Program& program, Way way, const std::string& seen) 
        "an app is known by its first window, which is the picture that is shown while it starts"},
   };
   std::string words;
+  std::set<std::string> explained; // a program's own reasons stand first
   for (const Reason& reason : reasons) {
     const bool isMeant = reason.program[0] == '\0' || program.key == reason.program;
     if (!isMeant || (reason.way && *reason.way != way) || seen.find(reason.seen) == std::string::npos)
       continue;
-    words += (words.empty() ? "" : "; ") + std::string(reason.words);
-    if (reason.program[0] != '\0') break;
+    if (explained.insert(reason.seen).second)
+      words += (words.empty() ? "" : "; ") + std::string(reason.words);
   }
   return words;
 }

@@ -29,7 +29,6 @@ constexpr std::array members{
     Member{"backWhole", &Row::backWhole},
     Member{"soundSpared", &Row::soundSpared},
     Member{"wrong", &Row::wrong},
-    Member{"reason", &Row::reason},
 };
 
 std::string cell(const std::string& text) {
@@ -38,17 +37,24 @@ std::string cell(const std::string& text) {
   return written.empty() ? "–" : written;
 }
 
-std::vector<Row> allRows(const std::filesystem::path& folder) {
-  std::vector<Row> all;
-  for (const Program& program : programs()) {
-    for (Row& row : keptRows(folder / (program.key + ".json"))) all.push_back(std::move(row));
-  }
-  return all;
-}
-
 const Program& programOf(const Row& row) {
   return *std::find_if(programs().begin(), programs().end(),
                        [&](const Program& program) { return program.key == row.program; });
+}
+
+Way wayOf(const Row& row) {
+  return *std::find_if(allWays.begin(), allWays.end(), [&](Way way) { return row.way == textOf(way); });
+}
+
+std::vector<Row> allRows(const std::filesystem::path& folder) {
+  std::vector<Row> all;
+  for (const Program& program : programs()) {
+    std::vector<Row> rows = keptRows(folder / (program.key + ".json"));
+    std::sort(rows.begin(), rows.end(),
+              [](const Row& left, const Row& right) { return wayOf(left) < wayOf(right); });
+    std::move(rows.begin(), rows.end(), std::back_inserter(all));
+  }
+  return all;
 }
 
 Json jsonOf(const Row& row) {
@@ -131,8 +137,9 @@ void writePage(std::ostream& out, const std::filesystem::path& folder) {
   out << "\n## Why\n\n| program | started | reason |\n|---|---|---|\n";
   for (const Row& row : rows) {
     if (row.wrong.empty()) continue;
+    const std::string reason = reasonFor(programOf(row), wayOf(row), row.wrong);
     out << "| " << row.program << " | " << row.way << " | "
-        << (row.reason.empty() ? "not explained yet" : cell(row.reason)) << " |\n";
+        << (reason.empty() ? "not explained yet" : cell(reason)) << " |\n";
   }
 }
 

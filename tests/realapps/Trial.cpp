@@ -83,7 +83,6 @@ class Performance {
       wrong(std::string("the stage: ") + failure.what());
     }
     endProgram();
-    m_row.reason = reasonFor(m_program, m_way, m_row.wrong);
     return std::move(m_row);
   }
 

@@ -22,9 +22,8 @@ struct Row {
   std::string slowedWhole;
   std::string backWhole;
   std::string soundSpared;
-  std::string wrong;  // what is not right, as it was seen; empty when all is
-  std::string reason; // why, in words
-  Json evidence;      // what its processes and its window said
+  std::string wrong; // what is not right, as it was seen; empty when all is
+  Json evidence;     // what its processes and its window said
 };
 
 // Starts it on a stage of its own that way, plays a Boost with it in front and one with it behind.
