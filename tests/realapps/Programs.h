@@ -31,6 +31,10 @@ struct Program {
   // What has to be there before: files, a desktop file of its own, settings.
   std::function<void(desktop::VirtualDesktop&)> prepare = {};
   std::function<void(desktop::VirtualDesktop&)> beside = {}; // what runs already, once the desktop is there
+  // What the bus starts for its desktop file, and the name that it then has there: the stage's bus starts
+  // nothing.
+  std::vector<std::string> service = {};
+  std::string busName = {};
   bool isHeard = false;
 };
 

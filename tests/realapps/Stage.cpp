@@ -109,6 +109,10 @@ void Stage::start(const Program& program, Way way) {
     m_desktop.launch(m_command);
     break;
   case Way::desktopFile:
+    if (!program.service.empty()) {
+      m_desktop.launch(program.service);
+      m_desktop.waitForBusName(program.busName);
+    }
     m_desktop.launch({"gtk-launch", program.file});
     break;
   case Way::menu:
