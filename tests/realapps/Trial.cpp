@@ -101,6 +101,7 @@ class Performance {
   bool waitForWindow() {
     auto since = std::chrono::steady_clock::now();
     std::vector<std::uint32_t> known;
+    std::size_t asked = 0;
     const bool isThere = waitUntil(
         [&] {
           const std::set<Pid> mine = own();
@@ -114,17 +115,20 @@ class Performance {
           if (now != known) since = std::chrono::steady_clock::now();
           known = now;
           const auto waited = std::chrono::steady_clock::now() - since;
-          return (!known.empty() && waited > settled) || (mine.empty() && waited > longestStart / 6);
+          if (known.empty()) return mine.empty() && waited > longestStart / 6;
+          if (waited < settled) return false;
+          m_window = m_stage.desktop().windows().active();
+          if (std::find(known.begin(), known.end(), m_window) != known.end()) return true;
+          // Not each of them can be brought to the front.
+          m_stage.desktop().windows().activate(known[asked++ % known.size()]);
+          since = std::chrono::steady_clock::now() - settled + seconds(1);
+          return false;
         },
         longestStart);
     if (!isThere || known.empty()) {
-      wrong(own().empty() ? "it has ended" : "no window of it came");
+      wrong(own().empty() ? "it has ended" : "no window of it came to the front");
       return false;
     }
-    const std::uint32_t active = m_stage.desktop().windows().active();
-    const bool isActive = std::find(known.begin(), known.end(), active) != known.end();
-    m_window = isActive ? active : known.back();
-    if (!isActive) m_stage.desktop().activate(m_window);
     m_owner = m_owners.at(m_window);
     m_row.evidence = evidenceOf(m_stage, m_window, m_owner, own());
     return true;
@@ -210,9 +214,12 @@ class Performance {
     std::map<Pid, KernelState> before;
     for (const Pid pid : own()) before[pid] = desktop::kernelState(pid);
     desktop::Program& game = m_stage.startGame();
-    if (!waitUntil([&] { return isSlowedWhole(desktop::kernelState(m_stage.witness().pid())); },
-                   longestEffect))
-      throw std::runtime_error("no Boost of the stage's own game");
+    // A program may well want the front back at that moment.
+    desktop::require("a Boost of the stage's own game", [&] {
+      if (isSlowedWhole(desktop::kernelState(m_stage.witness().pid()))) return true;
+      m_stage.desktop().activate(game);
+      return false;
+    });
     const auto stragglers = [&] {
       std::vector<Pid> left;
       for (const Pid pid : own())
