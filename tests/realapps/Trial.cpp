@@ -235,7 +235,13 @@ class Performance {
       m_row.slowedWhole = m_row.backWhole = "spared";
       if (!isSpared) wrong("slowed while it is heard");
     } else {
-      const bool isWhole = waitUntil([&] { return stragglers().empty(); }, longestEffect);
+      const bool isWhole = waitUntil(
+          [&] {
+            if (stragglers().empty()) return true;
+            m_stage.desktop().activate(game); // one that wants the front back is at full speed there, rightly
+            return false;
+          },
+          longestEffect);
       std::size_t threads = 0;
       const std::set<Pid> mine = own();
       for (const Pid pid : mine) threads += desktop::kernelState(pid).threads.size();
