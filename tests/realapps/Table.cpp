@@ -121,7 +121,19 @@ void writePage(std::ostream& out, const std::filesystem::path& folder) {
          "- *slowed whole*: behind a game, each thread of each process was at the band's values.\n"
          "- *back whole*: after the end of that game all of them were as before.\n"
          "- *sound spared*: behind a game, nothing of a player that was heard was slowed.\n\n"
-      << right << " of " << rows.size() << " rows are right.\n";
+      << right << " of " << rows.size() << " rows are right:";
+  const char* between = "";
+  for (const Way way : allWays) {
+    const auto isOfWay = [&](const Row& row) { return wayOf(row) == way; };
+    out << between << " by " << textOf(way) << " "
+        << std::count_if(rows.begin(), rows.end(),
+                         [&](const Row& row) { return isOfWay(row) && row.wrong.empty(); })
+        << " of " << std::count_if(rows.begin(), rows.end(), isOfWay);
+    between = ",";
+  }
+  out << ". Found right in "
+      << std::count_if(rows.begin(), rows.end(), [](const Row& row) { return row.identity == "right"; })
+      << ".\n";
   std::string last;
   for (const Row& row : rows) {
     if (row.program != last) {
