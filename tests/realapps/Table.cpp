@@ -131,9 +131,9 @@ void writePage(std::ostream& out, const std::filesystem::path& folder) {
         << " of " << std::count_if(rows.begin(), rows.end(), isOfWay);
     between = ",";
   }
-  out << ". Found right in "
+  out << ".\nOf all, "
       << std::count_if(rows.begin(), rows.end(), [](const Row& row) { return row.identity == "right"; })
-      << ".\n";
+      << " were found right: id, name and Boost.\n";
   std::string last;
   for (const Row& row : rows) {
     if (row.program != last) {
