@@ -11,7 +11,7 @@ endfunction()
 
 foreach(call "build;--bogus" "coverage;bogus" "debian-package;--bogus" "fuzz;bogus" "lint;--bogus" "mutate;bogus"
              "on-debian;99" "packages"
-             "packages;bogus" "run;--desktop" "run;--desktop;bogus" "soak;bogus" "test;--bogus"
+             "packages;bogus" "real-apps;--bogus" "run;--desktop" "run;--desktop;bogus" "soak;bogus" "test;--bogus"
              "try-package;--bogus" "try-recipes;--bogus")
   list(POP_FRONT call name)
   expect_refusal("usage: " ${SCRIPTS}/${name} ${call})
