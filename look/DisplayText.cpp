@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "look/DisplayText.h"
 
+#include "base/Text.h"
+
 #include <QCoreApplication>
 #include <QDateTime>
 #include <algorithm>
@@ -9,8 +11,7 @@
 namespace vantle {
 namespace {
 
-constexpr qsizetype longest = 300;             // characters; more than any view can show
-constexpr std::size_t longestBytes = 4 * 1024; // enough to find them in
+constexpr std::size_t longestBytes = 4 * 1024; // more than any view can show
 
 constexpr QChar isolate(0x2068);    // first strong isolate
 constexpr QChar endIsolate(0x2069); // pop directional isolate
@@ -18,6 +19,28 @@ constexpr QChar endIsolate(0x2069); // pop directional isolate
 bool isHarmful(QChar each) {
   const QChar::Category category = each.category();
   return category == QChar::Other_Format || category == QChar::Other_NotAssigned;
+}
+
+constexpr QChar nonJoiner(0x200C);
+constexpr QChar joiner(0x200D);
+
+// Families of several faces are held together by joiners, and some scripts are written with both.
+bool holdsTogether(const QString& text, qsizetype at) {
+  constexpr char16_t lastOfAscii = 0x7F;
+  const auto isHeld = [&](qsizetype other) {
+    return other >= 0 && other < text.size() && text[other].unicode() > lastOfAscii &&
+           !isHarmful(text[other]) && !text[other].isSpace();
+  };
+  return (text[at] == joiner || text[at] == nonJoiner) && isHeld(at - 1) && isHeld(at + 1);
+}
+
+QString withoutHarm(const QString& text) {
+  QString clean;
+  clean.reserve(text.size());
+  for (qsizetype at = 0; at < text.size(); ++at) {
+    if (!isHarmful(text[at]) || holdsTogether(text, at)) clean.append(text[at]);
+  }
+  return clean;
 }
 
 bool isBreak(QChar each) {
@@ -34,10 +57,9 @@ bool runsRightToLeft(const QString& text) {
 
 } // namespace
 
-QString displayText(const std::string& utf8) {
+QString displayText(const std::string& utf8, qsizetype longest) {
   const auto bytes = static_cast<qsizetype>(std::min(utf8.size(), longestBytes));
-  QString text = QString::fromUtf8(utf8.data(), bytes);
-  text.removeIf(isHarmful);
+  QString text = withoutHarm(QString::fromUtf8(utf8.data(), bytes));
   std::replace_if(text.begin(), text.end(), isBreak, QChar(u' '));
   text = text.simplified();
   if (text.size() > longest) {
@@ -48,8 +70,16 @@ QString displayText(const std::string& utf8) {
   return runsRightToLeft(text) ? isolate + text + endIsolate : text;
 }
 
-QString shownName(const AppRef& app) {
-  return app ? displayText(app->localizedName().value_or(std::string())) : QString();
+QString displayText(const std::string& utf8, const std::string& otherwise) {
+  const QString text = displayText(utf8);
+  return text.isEmpty() ? displayText(otherwise) : text;
+}
+
+QString shownName(const AppRef& app, qsizetype longest) {
+  const std::string name = app ? app->localizedName().value_or(std::string()) : std::string();
+  const QString shown = displayText(name, longest);
+  if (name.empty() || !shown.isEmpty()) return shown;
+  return displayText(fileNameOf(app->executablePath().value_or(std::string())), longest);
 }
 
 QString pauseText(const std::optional<Pause>& pause) {

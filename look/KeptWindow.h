@@ -6,6 +6,7 @@
 #include "look/ports/IconTheme.h"
 #include "look/ports/PlaceWords.h"
 
+#include <QFont>
 #include <QObject>
 #include <QTimer>
 #include <chrono>
@@ -34,6 +35,8 @@ class KeptWindow : public QObject {
   KeptWindow(const KeptWindow&) = delete;
   KeptWindow& operator=(const KeptWindow&) = delete;
 
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
   bool holdsMemory() const { return m_engine != nullptr; }
   // How long a closed window is kept, in case it is wanted again.
   void setKeepTime(std::chrono::milliseconds time) { m_release.setInterval(time); }
@@ -50,13 +53,20 @@ class KeptWindow : public QObject {
   // The window, drawn by that engine, and its end. The engine outlives the window.
   virtual void make(LookEngine& engine) = 0;
   virtual void destroy() = 0;
+  // Letters or pixels have another size now: what is shown is drawn anew.
+  virtual void renew(LookEngine& engine) = 0;
 
  private:
   void release();
+  void followScreen();
+  void checkDrawing();
 
   WindowParts m_parts;
   std::unique_ptr<LookEngine> m_engine;
   QTimer m_release;
+  QTimer m_check; // runs from a sign that the desktop draws otherwise until that is looked into
+  QFont m_font;   // with which the window was made, as the scale
+  qreal m_scale = 1;
 };
 
 } // namespace vantle

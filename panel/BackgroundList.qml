@@ -10,7 +10,7 @@ Column {
 
     required property PanelModel panel
 
-    signal menuWanted(Item line, real x, real y) // there, in the line
+    signal menuWanted(Item line, real x) // there, in the line
 
     spacing: 4
 
@@ -100,7 +100,7 @@ Column {
                         if (activeFocus)
                             lines.currentPid = pid;
                     }
-                    onMenuWanted: (x, y) => list.menuWanted(line, x, y)
+                    onMenuWanted: x => list.menuWanted(line, x)
                 }
             }
         }

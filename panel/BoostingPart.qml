@@ -9,7 +9,7 @@ Column {
 
     required property PanelModel panel
 
-    signal menuWanted(Item line, real x, real y)
+    signal menuWanted(Item line, real x)
 
     ActiveCard {
         width: parent.width
@@ -18,7 +18,7 @@ Column {
     BackgroundList {
         width: parent.width
         panel: part.panel
-        onMenuWanted: (line, x, y) => part.menuWanted(line, x, y)
+        onMenuWanted: (line, x) => part.menuWanted(line, x)
     }
     Column {
         width: parent.width

@@ -27,6 +27,19 @@ Card {
         color: Look.tertiary
         text: card.panel.pauseText
     }
+    Item {
+        width: parent.width
+        height: 32
+        visible: card.panel.pauseText !== ""
+
+        PlainButton {
+            anchors.centerIn: parent
+            text: qsTr("End pause")
+            font.pixelSize: 12
+            color: Look.secondary
+            onTriggered: card.panel.endPause()
+        }
+    }
     CapsuleButton {
         id: turnOffButton
         width: parent.width

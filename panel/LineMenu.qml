@@ -10,15 +10,17 @@ FocusScope {
 
     required property PanelModel panel
     property int pid: 0 // of the app
-    property point place
+    property rect line // the app's line, which stays in sight
+    property real wantedX
     property Item before // had the keyboard
 
     signal closed
 
-    function openFor(line, x, y) {
+    function openFor(line, x) {
         pid = line.pid;
         sheet.name = line.name;
-        place = line.mapToItem(menu, x, y);
+        menu.line = line.mapToItem(menu, 0, 0, line.width, line.height);
+        wantedX = menu.line.x + x;
         before = Window.activeFocusItem;
         sheet.enter();
     }
@@ -39,10 +41,18 @@ FocusScope {
         onPressed: menu.close()
         onWheel: wheel => wheel.accepted = true
     }
+    RoundedBox {
+        x: menu.line.x
+        y: menu.line.y
+        width: menu.line.width
+        height: menu.line.height
+        radius: 6
+        color: Look.faded(Look.primary, 0.1)
+    }
     MenuSheet {
         id: sheet
-        x: Math.max(6, Math.min(menu.place.x, menu.width - width - 6))
-        y: menu.place.y + height <= menu.height - 6 ? menu.place.y : Math.max(6, menu.place.y - height)
+        x: Math.max(6, Math.min(menu.wantedX, menu.width - width - 6))
+        y: menu.line.bottom + height <= menu.height - 6 ? menu.line.bottom : Math.max(6, menu.line.y - height)
 
         MenuLine {
             visible: menu.panel.canComeToFront(menu.pid)

@@ -37,6 +37,12 @@ void PanelController::make(LookEngine& engine) {
 
 void PanelController::destroy() { m_window.reset(); }
 
+void PanelController::renew(LookEngine& engine) {
+  close();
+  m_window.reset();
+  make(engine);
+}
+
 void PanelController::show(std::optional<QRect> anchor) {
   keep();
   m_window->open(anchor);

@@ -47,6 +47,7 @@ class PanelController : public KeptWindow {
  private:
   void make(LookEngine& engine) override;
   void destroy() override;
+  void renew(LookEngine& engine) override;
 
   Engine& m_engine;
   PanelSurface& m_surface;

@@ -63,7 +63,7 @@ void PanelModel::refresh() {
   m_usage.clear();
   for (const AppUsage& app : m_engine.usageList()) {
     const QString memory = QString::fromStdString(byteText(app.bytes));
-    m_usage.append(QVariant::fromValue(UsageRow{app.id, displayText(app.name), memory}));
+    m_usage.append(QVariant::fromValue(UsageRow{app.id, nameOf(app), memory}));
   }
   m_protected.clear();
   for (const std::string& name : m_engine.protectedInUse()) m_protected.append(displayText(name));
@@ -71,6 +71,12 @@ void PanelModel::refresh() {
   m_pressure = m_engine.currentPressureLevel();
   m_ownBytes = m_engine.ownFootprint();
   emit refreshed();
+}
+
+// Of an app whose name cannot be seen that of its program.
+QString PanelModel::nameOf(const AppUsage& app) const {
+  const QString name = displayText(app.name);
+  return name.isEmpty() ? shownName(m_engine.runningApplication(app.id)) : name;
 }
 
 QString PanelModel::gameName() const { return shownName(m_engine.activeGame.get()); }
@@ -119,6 +125,8 @@ void PanelModel::boostNow() {
 }
 
 void PanelModel::alwaysBoost() { m_engine.alwaysBoost(); }
+
+void PanelModel::endPause() { m_engine.endPause(); }
 
 void PanelModel::turnOffBoost() { m_engine.turnOffBoost(); }
 

@@ -81,6 +81,7 @@ class PanelModel : public QObject {
   Q_INVOKABLE void boostNow();
   Q_INVOKABLE void alwaysBoost();
   Q_INVOKABLE void turnOffBoost();
+  Q_INVOKABLE void endPause();
   // Of an app in the background: whether the desktop can bring it to the front, and doing so; and putting it
   // on the person's protected list.
   Q_INVOKABLE bool canComeToFront(int pid) const;
@@ -97,6 +98,7 @@ class PanelModel : public QObject {
   void refreshed();
 
  private:
+  QString nameOf(const AppUsage& app) const;
   void refresh();
 
   Engine& m_engine;

@@ -105,11 +105,11 @@ FocusScope {
     Loader {
         id: lineMenu
 
-        function openFor(line, x, y) {
+        function openFor(line, x) {
             setSource("LineMenu.qml", {
                 panel: view.panel
             });
-            item.openFor(line, x, y);
+            item.openFor(line, x);
         }
 
         anchors.fill: parent
@@ -135,7 +135,7 @@ FocusScope {
         BoostingPart {
             panel: view.panel
             spacing: view.gap
-            onMenuWanted: (line, x, y) => lineMenu.openFor(line, x, y)
+            onMenuWanted: (line, x) => lineMenu.openFor(line, x)
         }
     }
 }

@@ -16,12 +16,14 @@ namespace {
 const QColor onDarkBar(0xf4, 0xf4, 0xf6);
 const QColor onLightBar(0x2c, 0x2c, 0x32);
 
+constexpr qsizetype longestName = 40; // characters; a menu is as wide as its longest line
+
 constexpr auto between = " \u00B7 ";
 
 // What the icon stands for, in words.
 QString stateOf(const AppRef& game, const QString& pause) {
   QString state = game ? TrayItem::tr("Boost on") : TrayItem::tr("Boost off");
-  if (const QString name = shownName(game); !name.isEmpty()) state += between + name;
+  if (const QString name = shownName(game, longestName); !name.isEmpty()) state += between + name;
   if (!pause.isEmpty()) state += between + pause;
   return state;
 }
@@ -56,11 +58,16 @@ TrayActions TrayItem::actions() {
 std::vector<TrayEntry> TrayItem::menu() {
   const AppRef& game = m_engine.activeGame.get();
   const bool isBoosting = game != nullptr;
-  return {{.label = stateOf(game, {}), .isShown = isBoosting},
+  const QString pause = pauseText(m_engine.pause.get());
+  const bool isPaused = !pause.isEmpty();
+  return {{.label = stateOf(game, pause), .isShown = isBoosting || isPaused},
           {.label = TrayItem::tr("Turn off Boost"),
            .chosen = [this](auto) { m_engine.turnOffBoost(); },
            .isShown = isBoosting},
-          {.isShown = isBoosting},
+          {.label = TrayItem::tr("End pause"),
+           .chosen = [this](auto) { m_engine.endPause(); },
+           .isShown = isPaused},
+          {.isShown = isBoosting || isPaused},
           {.label = TrayItem::tr("Open Vantle"), .chosen = [this](auto pointer) { showFromMenu(pointer); }},
           {.label = TrayItem::tr("Settings"), .chosen = [this](auto) { m_panel.openSettings(); }},
           {.label = TrayItem::tr("Start Boost automatically"),

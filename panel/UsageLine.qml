@@ -12,10 +12,10 @@ Item {
     required property string name
     required property string memory
 
-    signal menuWanted(real x, real y)
+    signal menuWanted(real x)
 
     function trigger() {
-        menuWanted(30, height - 4);
+        menuWanted(30);
     }
 
     implicitHeight: 34
@@ -68,6 +68,6 @@ Item {
     MouseArea {
         anchors.fill: parent
         acceptedButtons: Qt.RightButton
-        onPressed: mouse => line.menuWanted(mouse.x, mouse.y)
+        onPressed: mouse => line.menuWanted(mouse.x)
     }
 }

@@ -27,7 +27,7 @@ Item {
         width: found ? 20 : 0
         height: 20
         source: row.icon
-        isApp: row.isInstalled
+        isApp: true
     }
     NameText {
         anchors.left: picture.right
@@ -47,7 +47,8 @@ Item {
         color: Look.secondary
         help: qsTr("Remove")
         label: qsTr("Remove %1").arg(row.name)
-        activeFocusOnTab: row.isStop
+        // What has the keyboard cannot cease to be a stop for the Tab key: its row may be on its way out.
+        activeFocusOnTab: row.isStop || activeFocus
         onActiveFocusChanged: {
             if (activeFocus)
                 row.entered();

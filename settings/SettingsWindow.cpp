@@ -12,14 +12,14 @@
 namespace vantle {
 
 namespace {
-constexpr QSize smallest(680, 480);
-// About what a title bar takes: who draws it says how much only when the window is shown.
-constexpr QSize frame(0, 40);
+constexpr QSize smallest(680, 480); // where the screen has room for it; in less the content scrolls
+// About what borders and a title bar take: who draws them says how much only when the window is shown.
+constexpr QSize frame(4, 40);
 
-// Not when the screen that it was on is gone.
-bool isInSight(QPoint framePosition) {
+// None when the screen that it was on is gone.
+QScreen* screenOf(QPoint framePosition) {
   constexpr QPoint inTheTitle(60, 10);
-  return QGuiApplication::screenAt(framePosition + inTheTitle) != nullptr;
+  return QGuiApplication::screenAt(framePosition + inTheTitle);
 }
 } // namespace
 
@@ -30,14 +30,16 @@ void SettingsWindow::View::closeEvent(QCloseEvent* event) {
 
 SettingsWindow::SettingsWindow(LookEngine& engine, const SettingsParts& parts, const WindowState& state,
                                std::function<void()> closed)
-    : m_model(parts, state.pane), m_view(&engine, [this, call = std::move(closed)] {
-        m_position = m_view.framePosition();
-        m_model.picker()->cancel();
-        call();
-      }) {
+    : m_model(parts, state.pane), m_view(&engine,
+                                         [this, call = std::move(closed)] {
+                                           m_position = m_view.framePosition();
+                                           m_scale = m_view.screen()->devicePixelRatio();
+                                           m_model.picker()->cancel();
+                                           call();
+                                         }),
+      m_scale(state.scale) {
   registerSettingsTypes();
   m_view.setTitle(QCoreApplication::translate("SettingsWindow", "Vantle Settings"));
-  m_view.setMinimumSize(smallest);
   m_view.setResizeMode(QQuickView::SizeRootObjectToView);
   m_view.resize(state.size);
   place(state.position);
@@ -47,12 +49,19 @@ SettingsWindow::SettingsWindow(LookEngine& engine, const SettingsParts& parts, c
 
 void SettingsWindow::place(const std::optional<QPoint>& position) {
   m_position = position;
-  if (position && isInSight(*position)) {
+  QScreen* const before = position ? screenOf(*position) : nullptr;
+  QScreen* const screen = before != nullptr ? before : m_view.screen();
+  const QRect free = screen->availableGeometry();
+  const QSize room = free.size() - frame;
+  m_view.setMinimumSize(smallest.boundedTo(room));
+  const bool fits = m_view.size() == m_view.size().boundedTo(room);
+  m_view.resize(m_view.size().boundedTo(room));
+  // On a screen that is drawn larger or smaller now its old place means another one.
+  const bool isAsLeft = m_scale == 0 || qFuzzyCompare(m_scale, screen->devicePixelRatio());
+  if (before != nullptr && isAsLeft && fits) {
     m_view.setFramePosition(*position);
     return;
   }
-  const QRect free = m_view.screen()->availableGeometry();
-  m_view.resize(m_view.size().boundedTo(free.size() - frame).expandedTo(smallest));
   const QSize wanted = m_view.size() + frame;
   QRect whole({}, wanted);
   whole.moveCenter(free.center());
@@ -68,10 +77,13 @@ void SettingsWindow::show() {
   if (m_view.windowStates().testFlag(Qt::WindowMinimized))
     m_view.setWindowStates(m_view.windowStates() & ~Qt::WindowMinimized);
   m_view.setVisible(true);
+  m_scale = m_view.screen()->devicePixelRatio();
   m_view.raise();
   m_view.requestActivate();
 }
 
-WindowState SettingsWindow::state() const { return {m_model.pane(), m_view.size(), m_position}; }
+WindowState SettingsWindow::state() const {
+  return {m_model.pane(), m_view.size(), isShown() ? m_view.framePosition() : m_position, m_scale};
+}
 
 } // namespace vantle

@@ -18,6 +18,7 @@ struct WindowState {
   Pane pane = Pane::boost;
   QSize size{760, 560};
   std::optional<QPoint> position; // of its frame; absent until it was shown
+  qreal scale = 0;                // of the screen it was on
 };
 
 // The settings window while it costs memory: models and views.
@@ -30,6 +31,7 @@ class SettingsWindow {
   SettingsWindow& operator=(const SettingsWindow&) = delete;
 
   void show(); // and to the front
+  bool isShown() const { return m_view.isVisible(); }
   WindowState state() const;
 
  private:
@@ -51,6 +53,7 @@ class SettingsWindow {
   SettingsModel m_model;
   View m_view;
   std::optional<QPoint> m_position;
+  qreal m_scale; // of the screen that the position is on
 };
 
 } // namespace vantle

@@ -24,6 +24,15 @@ void SettingsWindowController::make(LookEngine& engine) {
   });
 }
 
+// A window keeps the scale and the font that it was made with.
+void SettingsWindowController::renew(LookEngine& engine) {
+  const bool wasShown = m_window->isShown();
+  m_state = m_window->state();
+  m_window.reset();
+  make(engine);
+  if (wasShown) m_window->show();
+}
+
 void SettingsWindowController::destroy() { m_window.reset(); }
 
 } // namespace vantle

@@ -21,6 +21,7 @@ class SettingsWindowController final : public KeptWindow {
  private:
   void make(LookEngine& engine) override;
   void destroy() override;
+  void renew(LookEngine& engine) override;
 
   SettingsParts m_parts;
   WindowState m_state;

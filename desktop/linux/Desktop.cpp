@@ -8,6 +8,7 @@
 #include "desktop/linux/icons/ThemedIcons.h"
 #include "desktop/linux/remote/BoostInterface.h"
 #include "desktop/linux/scheme/DesktopScheme.h"
+#include "desktop/linux/scheme/FontAndScale.h"
 #include "desktop/linux/tray/DesktopTray.h"
 #include "desktop/linux/wayland/LayerShell.h"
 #include "desktop/linux/wayland/ToolkitChoice.h"
@@ -43,6 +44,7 @@ class FreeDesktop final : public Desktop {
  private:
   SessionBus m_bus;
   SettingsManager m_manager;
+  FontAndScale m_fontAndScale{m_manager};
   DesktopScheme m_scheme{m_bus, m_manager};
   ThemedIcons m_icons{m_manager};
   GlibcHeap m_heap;

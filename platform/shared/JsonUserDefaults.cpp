@@ -149,7 +149,13 @@ void JsonUserDefaults::save() {
   m_files.createFolders(folderOf(m_path));
   // A text that is no UTF-8 is cleaned rather than refused: then all the others would be lost with it.
   const std::string bytes = contents.object.text(2) + "\n";
-  if (m_files.writeAtomically(m_path, bytes)) m_pending.clear();
+  if (m_files.writeAtomically(m_path, bytes)) {
+    m_pending.clear();
+    m_isLossTold = false;
+  } else if (!std::exchange(m_isLossTold, true)) {
+    std::fprintf(stderr, "vantle: %s cannot be written: changed settings last until Vantle ends.\n",
+                 m_path.c_str());
+  }
 }
 
 std::unique_ptr<UserDefaults> JsonUserDefaults::openSuite(const std::string& name) const {

@@ -40,6 +40,7 @@ class JsonUserDefaults final : public UserDefaults {
   std::string m_path;
   // Changes that could not be written yet; absent values are removals. They are in force all the same.
   std::map<std::string, std::optional<Json>> m_pending;
+  bool m_isLossTold = false; // that they are, since when they could be written last
 };
 
 // The object in the bytes; absent when they hold anything else.

@@ -3,6 +3,7 @@
 
 #include "engine/ports/ApplicationCatalog.h"
 
+#include <QString>
 #include <string>
 
 namespace vantle {
@@ -10,6 +11,10 @@ namespace vantle {
 // The name as the desktop shows it, without a trailing ".app". When no such app is installed, the name that
 // the platform knows for the key, else the key itself.
 std::string displayNameForKey(const ApplicationCatalog& catalog, const std::string& key);
+
+// A name, fit to be shown, and never nothing: the key where nothing of the name can be seen, empty quotes
+// where nothing of that can be seen either.
+QString readableName(const std::string& name, const std::string& key);
 
 // Empty when no such app is installed, or it has no icon.
 std::string iconForKey(const ApplicationCatalog& catalog, const std::string& key);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "settings/model/AppListModel.h"
 
-#include "look/DisplayText.h"
 #include "settings/model/AppKeys.h"
 
 #include <algorithm>
@@ -40,7 +39,7 @@ QVariant AppListModel::data(const QModelIndex& index, int role) const {
 }
 
 AppListModel::Row AppListModel::rowFor(const std::string& key) const {
-  return {key, displayText(displayNameForKey(m_catalog, key)),
+  return {key, readableName(displayNameForKey(m_catalog, key), key),
           QString::fromStdString(iconForKey(m_catalog, key)), m_catalog.applicationForKey(key).has_value()};
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The dark theme and the icon theme that a desktop's own settings program publishes on the X server.
+#include "desktop/linux/scheme/FontAndScale.h"
 #include "desktop/linux/scheme/PublishedSettings.h"
 #include "tests/desktop/HostedPanel.h"
 #include "tests/support/XfceTray.h"
@@ -56,6 +57,18 @@ TEST(PublishedSettings, CutOffAnywhereAreReadAsFarAsTheyGo) {
   EXPECT_EQ(readPublishedSettings(tooLong), PublishedSettings());
 }
 
+TEST(PublishedSettings, SayInWhichFontAndHowLargeToDraw) {
+  const auto lookOf = [](const std::string& font, std::int32_t dots) {
+    return textLookOf({.texts = {{"Gtk/FontName", font}}, .numbers = {{"Xft/DPI", dots * 1024}}});
+  };
+  EXPECT_EQ(lookOf("Noto Sans 10", 96), (TextLook{"Noto Sans", 1, 1}));
+  EXPECT_EQ(lookOf("Noto Sans Bold Italic 24", 144), (TextLook{"Noto Sans", 1.5, 2.4}));
+  EXPECT_EQ(lookOf("Sans", 72), (TextLook{"Sans", 1, 1})) << "never smaller than can be read";
+  EXPECT_EQ(lookOf("Serif 4000", 1 << 20), (TextLook{"Serif", 4, 3})) << "nor larger than any screen";
+  EXPECT_EQ(lookOf("  11 ", -1), (TextLook{{}, std::nullopt, 1}));
+  EXPECT_EQ(textLookOf({}), TextLook());
+}
+
 class OnXfce : public testing::Test, public HostedPanel {
  protected:
   void choose(const std::string& property, const std::string& value) {
@@ -75,6 +88,8 @@ class OnXfce : public testing::Test, public HostedPanel {
 };
 
 TEST_F(OnXfce, TheThemesAreFollowedFromTheStartAndLater) {
+  for (const char* theme : {"Tango", "gnome"})
+    desktop.folder().write(std::string("home/.icons/") + theme + "/index.theme", "[Icon Theme]\nName=Some\n");
   choose("/Net/ThemeName", "Adwaita-dark");
   choose("/Net/IconThemeName", "Tango");
   Program& first = desktop.launch({"xfsettingsd", "--no-daemon"});
@@ -83,6 +98,9 @@ TEST_F(OnXfce, TheThemesAreFollowedFromTheStartAndLater) {
   choose("/Net/ThemeName", "Adwaita");
   choose("/Net/IconThemeName", "gnome");
   EXPECT_TRUE(becomes("scheme light gnome"));
+  choose("/Net/ThemeName", "HighContrastInverse");
+  choose("/Net/IconThemeName", "NoThemeOfThisName");
+  EXPECT_TRUE(becomes("scheme dark gnome")) << "what is not installed is not taken";
   first.kill();
   choose("/Net/ThemeName", "Adwaita-dark");
   desktop.launch({"xfsettingsd", "--no-daemon"});

@@ -7,6 +7,7 @@
 #include "tests/support/Props.h"
 #include "tests/support/SettingsProgram.h"
 #include "tests/support/Wait.h"
+#include "tests/support/XfceTray.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -95,7 +96,7 @@ TEST_F(SettingsOnADesktop, IsNeverSmallerThanItsContentNeeds) {
   EXPECT_THAT(tells("state"), HasSubstr("size 680x480"));
 }
 
-TEST(SettingsOnASmallScreen, KeepTheirTitleInSight) {
+TEST(SettingsOnASmallScreen, AreNoLargerThanIt) {
   VirtualDesktop::Options options;
   options.screen = "660x440x24";
   VirtualDesktop desktop(options);
@@ -104,8 +105,48 @@ TEST(SettingsOnASmallScreen, KeepTheirTitleInSight) {
   require("the window is active", [&] { return settings.isActive(); });
   EXPECT_TRUE(waitUntil([&] {
     const std::string state = settings.tells("state");
-    return state.find("size 680x480") != std::string::npos && state.find("at 0 0") != std::string::npos;
+    return state.find("size 656x400") != std::string::npos && state.find("in sight") != std::string::npos;
   })) << settings.tells("state");
+}
+
+// The settings program starts after the window's program, and changes its mind while the window is open.
+TEST(SettingsOnXfce, FollowScaleAndFontOfASettingsProgramThatComesLater) {
+  VirtualDesktop::Options options;
+  options.screen = "1600x1200x24";
+  VirtualDesktop desktop(options);
+  const XfceTray xfce(desktop); // with its store of settings
+  SettingsProgram settings(desktop, VANTLE_TEST_SETTINGS);
+  settings.say("show");
+  require("the window is active", [&] { return settings.isActive(); });
+  const auto publish = [&](const char* property, const char* type, const char* value) {
+    ASSERT_TRUE(
+        desktop.run({"xfconf-query", "-c", "xsettings", "-p", property, "-n", "-t", type, "-s", value}));
+  };
+  const auto becomesLike = [&](const std::string& look) {
+    return waitUntil([&] { return settings.tells("look").rfind("look " + look + "\n", 0) == 0; });
+  };
+  const auto isWholeAndCentred = [&] {
+    return waitUntil([&] {
+      const std::string state = settings.tells("state");
+      return isCentred(state) && state.find("in sight") != std::string::npos;
+    });
+  };
+  publish("/Xft/DPI", "int", "192");
+  publish("/Gtk/FontName", "string", "DejaVu Serif Bold 10");
+  desktop.launch({"xfsettingsd", "--no-daemon"});
+  EXPECT_TRUE(becomesLike("DejaVu Serif, scale 2")) << settings.tells("look");
+  publish("/Xft/DPI", "int", "96");
+  publish("/Gtk/FontName", "string", "DejaVu Sans 15");
+  EXPECT_TRUE(becomesLike("DejaVu Sans, scale 1.5")) << settings.tells("look");
+  EXPECT_TRUE(isWholeAndCentred()) << settings.tells("state");
+  EXPECT_THAT(settings.tells("state"), HasSubstr("windows 1,"));
+  ASSERT_TRUE(desktop.run({"xdotool", "key", "ctrl+w"}));
+  require("it is gone", [&] { return desktop.windows().ofProcess(settings.program().pid()).empty(); });
+  publish("/Gtk/FontName", "string", "DejaVu Sans 10");
+  publish("/Xft/DPI", "int", "120");
+  settings.say("show");
+  EXPECT_TRUE(becomesLike("DejaVu Sans, scale 1.25")) << settings.tells("look");
+  EXPECT_TRUE(isWholeAndCentred()) << settings.tells("state");
 }
 
 TEST(SettingsOnASmallScreen, FitOnItWithTheirTitle) {
@@ -251,6 +292,7 @@ TEST_F(SettingsOnADesktop, KeysGoThroughAListAndThePlaceIsKept) {
   leadsTo("Tab", "Restore defaults");
   leadsTo("Return", "Add App…");
   EXPECT_TRUE(waitUntil([&] { return onDisk<Keys>("protectedApps").size() == 6; }));
+  EXPECT_THAT(settings.log(), Not(HasSubstr("activeFocusOnTab")));
 }
 
 TEST_F(SettingsOnADesktop, IsClosedByKeys) {

@@ -18,10 +18,9 @@ class SettingsProgram {
   std::string tells(const std::string& line);
   void say(const std::string& line) { tells(line); }
   bool isActive() { return tells("state").find(", active") != std::string::npos; }
+  std::string log() const; // all that it has said
 
  private:
-  std::string log() const;
-
   std::filesystem::path m_logs;
   std::filesystem::path m_pipe;
   Program& m_program;

@@ -7,6 +7,7 @@
 #include <QFileInfo>
 #include <QIcon>
 #include <QStandardPaths>
+#include <algorithm>
 
 namespace vantle {
 
@@ -17,15 +18,23 @@ void ThemedIcons::choose() {
     if (!paths.contains(icons) && QFileInfo(icons).isDir()) paths.append(icons);
   }
   QIcon::setThemeSearchPaths(paths);
+  const auto isThere = [&paths](const QString& theme) {
+    return std::any_of(paths.begin(), paths.end(), [&](const QString& path) {
+      return QFileInfo(path + QLatin1Char('/') + theme + QLatin1String("/index.theme")).isFile();
+    });
+  };
   const auto& texts = m_manager.published().texts;
   const auto published = texts.find("Net/IconThemeName");
-  if (published != texts.end() && !published->second.empty()) {
-    QIcon::setThemeName(QString::fromStdString(published->second));
-  } else if (QIcon::themeName().isEmpty() || QIcon::themeName() == QLatin1String("hicolor")) {
+  const QString wanted = published == texts.end() ? QString() : QString::fromStdString(published->second);
+  if (!wanted.isEmpty() && isThere(wanted)) {
+    QIcon::setThemeName(wanted);
+  } else if (!isThere(QIcon::themeName()) || QIcon::themeName() == QLatin1String("hicolor")) {
     const QString named = gtkSetting(QStringLiteral("gtk-icon-theme-name"));
-    QIcon::setThemeName(named.isEmpty() ? QStringLiteral("Adwaita") : named);
+    QIcon::setThemeName(isThere(named) ? named : QStringLiteral("Adwaita"));
   }
-  if (QIcon::fallbackThemeName().isEmpty()) QIcon::setFallbackThemeName(QStringLiteral("Adwaita"));
+  // Every theme falls back to "hicolor" by itself.
+  if (QIcon::fallbackThemeName().isEmpty() || QIcon::fallbackThemeName() == QLatin1String("hicolor"))
+    QIcon::setFallbackThemeName(QStringLiteral("Adwaita"));
 }
 
 // Old desktop files name a file of the pixmaps folder, with or without its ending.

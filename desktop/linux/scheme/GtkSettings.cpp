@@ -10,9 +10,9 @@
 namespace vantle {
 namespace {
 
-// "Adwaita-dark", "Adwaita:dark", "Mint-Y-Dark-Aqua".
+// "Adwaita-dark", "Adwaita:dark", "Mint-Y-Dark-Aqua", "HighContrastInverse".
 bool isDarkName(const QString& theme) {
-  static const QRegularExpression dark(QStringLiteral("dark($|[^a-z])"),
+  static const QRegularExpression dark(QStringLiteral("dark($|[^a-z])|inverse$"),
                                        QRegularExpression::CaseInsensitiveOption);
   return dark.match(theme).hasMatch();
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The settings window over a simulated engine, with real files of settings, autostart and apps in the XDG
 // folders. Does what the lines of a pipe say (its only argument), and says "done LINE" after each:
-//   show | boost-front | release-after MILLISECONDS | where LABEL | focus | scrolled | state | quit
+//   show | boost-front | release-after MILLISECONDS | where LABEL | focus | scrolled | state | look | quit
 #include "desktop/Desktop.h"
 #include "desktop/QtEventLoop.h"
 #include "look/Appearance.h"
@@ -125,6 +125,10 @@ class Program {
     }
     if (verb == "scrolled") sayScrolled();
     if (verb == "state") view() != nullptr ? sayState() : say("no window");
+    if (verb == "look")
+      say(QString("look %1, scale %2")
+              .arg(QGuiApplication::font().family())
+              .arg(view()->effectiveDevicePixelRatio()));
     if (verb == "quit") QCoreApplication::quit();
   }
 

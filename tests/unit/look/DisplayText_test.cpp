@@ -25,6 +25,19 @@ TEST(DisplayText, CannotTurnTheTextAroundIt) {
   EXPECT_EQ(displayText("a\u2067b\u200F"), QStringLiteral("ab"));
 }
 
+TEST(DisplayText, KeepsWhatHoldsFacesAndLettersTogether) {
+  for (const char* name : {"👨\u200D👩\u200D👧 Family", "می\u200Cروم"})
+    EXPECT_TRUE(displayText(name).contains(QString::fromUtf8(name))) << name;
+  EXPECT_EQ(displayText("a\u200Db\u200D"), QStringLiteral("ab"));
+  EXPECT_EQ(displayText("\u200B\u200D\u2060"), QString());
+}
+
+TEST(DisplayText, IsOfAnotherNameWhereNothingOfTheFirstCanBeSeen) {
+  EXPECT_EQ(displayText("\u200B\u2060", "editor"), QStringLiteral("editor"));
+  EXPECT_EQ(displayText("Editor", "editor"), QStringLiteral("Editor"));
+  EXPECT_EQ(displayText(std::string(150, 'x'), 40), QString(39, u'x') + QChar(0x2026));
+}
+
 TEST(DisplayText, IsolatesRightToLeftNames) {
   EXPECT_EQ(displayText("שלום"), QChar(0x2068) + QStringLiteral("שלום") + QChar(0x2069));
 }

@@ -6,6 +6,7 @@
 #include "tests/unit/look/PlainDesktop.h"
 
 #include <QCoreApplication>
+#include <QGuiApplication>
 #include <QPointer>
 #include <gtest/gtest.h>
 
@@ -23,6 +24,7 @@ class CountedWindow final : public KeptWindow {
 
   int made = 0;
   int destroyed = 0;
+  int renewed = 0;
   QPointer<LookEngine> engine;
 
  private:
@@ -34,6 +36,7 @@ class CountedWindow final : public KeptWindow {
     EXPECT_FALSE(engine.isNull()) << "it outlives the window";
     ++destroyed;
   }
+  void renew(LookEngine&) override { ++renewed; }
 };
 
 class Kept : public testing::Test {
@@ -74,6 +77,24 @@ TEST_F(Kept, WindowThatIsWantedAgainInTimeIsTheSame) {
   EXPECT_EQ(window.made, 1);
   EXPECT_EQ(window.destroyed, 0);
   EXPECT_TRUE(window.holdsMemory());
+}
+
+TEST_F(Kept, WindowIsDrawnAnewWithAnotherFontAndOnlyThen) {
+  const QFont before = QGuiApplication::font();
+  QFont other = before;
+  other.setPointSize(before.pointSize() + 7);
+  const auto use = [](const QFont& font) {
+    QGuiApplication::setFont(font);
+    QCoreApplication::processEvents();
+    QCoreApplication::processEvents();
+  };
+  use(other);
+  EXPECT_EQ(window.renewed, 0) << "there is none";
+  window.open();
+  use(before);
+  EXPECT_EQ(window.renewed, 1);
+  use(before);
+  EXPECT_EQ(window.renewed, 1);
 }
 
 } // namespace

@@ -235,7 +235,8 @@ TEST_F(Panel, ShowsUntilWhenBoostsArePaused) {
   EXPECT_TRUE(texts().contains(line)) << texts().join('|').toStdString();
   machine.activate(desktop.game);
   EXPECT_TRUE(texts().contains(line));
-  engine.endPause();
+  press("End pause");
+  EXPECT_FALSE(engine.pause.get());
   EXPECT_TRUE(texts().filter("Paused").isEmpty());
   EXPECT_TRUE(texts().contains("Boost on")) << "the game is in front";
 }
@@ -289,6 +290,34 @@ TEST_F(Panel, ItsTrayIconSaysThatBoostsArePaused) {
   EXPECT_EQ(tray.state, "Boost off");
   machine.activate(desktop.game);
   EXPECT_EQ(tray.state, "Boost on \u00B7 Asteroids");
+}
+
+TEST_F(Panel, ItsTrayMenuSaysThatBoostsArePausedAndEndsThePause) {
+  desktop = openSampleDesktop(machine);
+  LastFace tray;
+  const TrayItem item(engine, panel, tray);
+  const QStringList idle = tray.shownMenu();
+  engine.startPause(std::chrono::minutes(30));
+  ASSERT_EQ(tray.shownMenu().size(), idle.size() + 3);
+  EXPECT_TRUE(tray.shownMenu()[0].startsWith("Boost off \u00B7 Paused until "));
+  EXPECT_EQ(tray.shownMenu().mid(1), QStringList({"End pause", ""}) + idle);
+  tray.choose("End pause");
+  EXPECT_FALSE(engine.pause.get());
+  EXPECT_EQ(tray.shownMenu(), idle);
+}
+
+TEST_F(Panel, ItsTrayMenuIsNotMadeWideByALongName) {
+  LastFace tray;
+  const TrayItem item(engine, panel, tray);
+  machine.launch({.name = std::string(150, 'W'), .category = "public.app-category.games"}, Opening::inFront);
+  ASSERT_TRUE(engine.activeGame.get());
+  EXPECT_EQ(tray.shownMenu()[0], "Boost on \u00B7 " + QString(39, u'W') + QChar(0x2026));
+}
+
+TEST_F(Panel, CallsAnAppByItsProgramWhereNothingOfItsNameCanBeSeen) {
+  machine.launch({.name = "\u200B\u2060", .executablePath = "/usr/bin/hidden"}, Opening::inFront);
+  open();
+  EXPECT_TRUE(texts().contains("In front: hidden")) << texts().join('|').toStdString();
 }
 
 TEST_F(Panel, ItsTrayMenuNamesTheBoostAppAndTurnsTheBoostOff) {
@@ -461,7 +490,11 @@ TEST_F(Panel, TheRightButtonOnALineOpensItsMenuAndAPressElsewhereLeavesIt) {
     QCoreApplication::sendEvent(panel.window(), &up);
   };
   press(there, Qt::RightButton);
-  ASSERT_NE(itemNamed("Never slow down"), nullptr);
+  const QQuickItem* const entry = itemNamed("Never slow down");
+  ASSERT_NE(entry, nullptr);
+  const QRectF place = entry->mapRectToScene(QRectF(0, 0, entry->width(), entry->height()));
+  EXPECT_FALSE(place.intersects(line->mapRectToScene(QRectF(0, 0, line->width(), line->height()))))
+      << "the line whose menu it is stays in sight";
   press(QPointF(180, 20), Qt::LeftButton);
   EXPECT_EQ(itemNamed("Never slow down"), nullptr);
   EXPECT_TRUE(panel.isOpen());

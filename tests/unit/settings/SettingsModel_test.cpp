@@ -330,6 +330,14 @@ TEST_F(SettingsModelTest, NamesFromOutsideCannotTurnTheTextAroundThem) {
   EXPECT_EQ(names(picker), (QStringList{"..", "inner"})) << "it is entered under its own name";
 }
 
+TEST_F(SettingsModelTest, NoLineIsEmpty) {
+  catalog.applications = {{"org.example.hidden", "\u200B\u2060", "", "/apps/hidden.desktop"}};
+  for (const char* key : {"org.example.hidden", "", "  "}) boost.userGames()->add(key);
+  EXPECT_EQ(names(*boost.userGames()), (QStringList{"org.example.hidden", "\u201C\u201D", "\u201C\u201D"}));
+  picker.openFor(boost.protectedApps());
+  EXPECT_EQ(names(picker), QStringList{"org.example.hidden"});
+}
+
 TEST_F(SettingsModelTest, FolderThatCannotBeReadIsEmpty) {
   picker.openFor(boost.userGames());
   picker.browse("/nowhere/at/all");

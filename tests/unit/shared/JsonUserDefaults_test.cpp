@@ -193,6 +193,23 @@ TEST_F(JsonUserDefaultsTest, WritesAFailedChangeWithTheNext) {
   EXPECT_EQ(document(), Document::parse(R"({"kept": true, "a": "x", "b": true})"));
 }
 
+TEST_F(JsonUserDefaultsTest, SaysOnceThatChangesCannotBeWritten) {
+  const auto said = [this](const char* key) {
+    testing::internal::CaptureStderr();
+    defaults.set(key, true);
+    return testing::internal::GetCapturedStderr();
+  };
+  EXPECT_EQ(said("a"), "");
+  calls.refuse(Operation::writeFile);
+  EXPECT_EQ(said("b"),
+            "vantle: " + defaults.path() + " cannot be written: changed settings last until Vantle ends.\n");
+  EXPECT_EQ(said("c"), "");
+  calls.grantAll();
+  EXPECT_EQ(said("d"), "");
+  calls.refuse(Operation::writeFile);
+  EXPECT_NE(said("e"), "") << "it could be written in between";
+}
+
 TEST_F(JsonUserDefaultsTest, CleansATextThatIsNoUtf8) {
   defaults.set("a", std::string("x\xff"));
   defaults.set("b", true);

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+// The rows of the settings' lists, as they are drawn.
+#include "look/AppImage.h"
+#include "look/ports/LinuxWords.h"
+#include "tests/unit/settings/ShownSettings.h"
+
+#include <QImage>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+#include <set>
+
+namespace vantle {
+namespace {
+
+class AppRows : public ShownSettings {
+ protected:
+  AppRows() : ShownSettings(linuxWords) {}
+};
+
+// Whether they are installed or not, and whatever the theme knows of them: their names start at one place.
+TEST_F(AppRows, WithoutAnIconOfTheirOwnHaveTheThemesGenericOne) {
+  const QTemporaryDir folder;
+  QImage image(20, 20, QImage::Format_RGB32);
+  image.fill(Qt::red);
+  icons.generic = icons.known = "generic";
+  icons.file = folder.filePath("generic.png");
+  ASSERT_TRUE(image.save(icons.file));
+  settings.protectedApps.set({"org.mozilla.firefox", "no.such.app"});
+  QCoreApplication::processEvents();
+  std::set<qreal> widths;
+  for (const AppImage* each : view().rootObject()->findChildren<AppImage*>()) widths.insert(each->width());
+  EXPECT_EQ(widths, std::set<qreal>{20});
+}
+
+} // namespace
+} // namespace vantle
