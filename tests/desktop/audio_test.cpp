@@ -151,15 +151,16 @@ TEST_F(Audio, HearsEveryKindOfPlayerInASandbox) {
   EXPECT_THAT(activity.runningOutput(), Not(Contains(1))) << "a number from inside is a stranger's out here";
 }
 
-// Each has its own library for sound: an old SDL in the one, a newer one or OpenAL in the other.
-TEST_F(Audio, HearsGames) {
-  for (const std::vector<std::string>& game :
-       {std::vector<std::string>{"kobodl", "-nofullscreen"}, {"chromium-bsu", "-w"}}) {
-    Program& plain = desktop.launch(game);
-    expectHeard(game.front().c_str(), plain);
+// Each has its own library for sound: an old SDL in the first, OpenAL or a newer SDL in the others.
+TEST_F(Audio, HearsGamesAndATracker) {
+  for (const std::vector<std::string>& app : {std::vector<std::string>{"kobodl", "-nofullscreen"},
+                                              {"chromium-bsu", "-w"},
+                                              {"milkytracker", sound.song()}}) {
+    Program& plain = desktop.launch(app);
+    expectHeard(app.front().c_str(), plain);
     plain.kill();
-    Program& sandboxed = launchInSandbox(game);
-    expectHeard((game.front() + " in a sandbox").c_str(), sandboxed);
+    Program& sandboxed = launchInSandbox(app);
+    expectHeard((app.front() + " in a sandbox").c_str(), sandboxed);
     sandboxed.kill();
   }
 }

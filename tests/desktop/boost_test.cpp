@@ -425,6 +425,57 @@ TEST_P(Boost, LeavesAloneWhatIsHeardAndWhatKeepsTheMachineAwake) {
   }
 }
 
+// A whole workstation's program, as it is and in a process-number namespace. That it is heard is what keeps
+// it fast: the next Boost, which hears nothing of it, slows it.
+TEST_P(Boost, LeavesATrackerAloneForAsLongAsItIsHeard) {
+  const SoundServer sound(*m_desktop);
+  const std::string song = sound.song();
+  const auto owner = [&](const Program& program) {
+    Pid found = 0;
+    require("the tracker's window", [&] {
+      const std::set<Pid> family = processesOf({program.pid()});
+      for (const auto& window : m_desktop->windows().list()) {
+        if (family.contains(window.pid)) found = window.pid;
+      }
+      return found != 0;
+    });
+    return found;
+  };
+  const std::set<Pid> trackers{owner(m_desktop->launch({"milkytracker", song})),
+                               owner(m_desktop->launch({"unshare", "--user", "--map-current-user", "--pid",
+                                                        "--fork", "--kill-child", "milkytracker", song}))};
+  const auto allTrackers = [&](bool (*isSo)(Pid)) {
+    return std::all_of(trackers.begin(), trackers.end(), isSo);
+  };
+  const auto playingBoth = [&](const std::string& muted) {
+    return m_desktop->run(
+        {"sh", "-c",
+         "pw-dump | jq -e '[.[].info | select(.state == \"running\" and .props.\"media.class\" == "
+         "\"Stream/Output/Audio\" and .params.Props[0].mute == " +
+             muted + ")] | length == 2'"});
+  };
+  require("the song of both", [&] { return playingBoth("false"); });
+
+  Program& plain = app();
+  Program& first = game();
+  startVantle();
+  m_desktop->activate(first);
+  EXPECT_TRUE(becomesSlowed(plain));
+  EXPECT_TRUE(allTrackers(isAtFullSpeed));
+  first.kill();
+  EXPECT_TRUE(becomesFast(plain));
+
+  ASSERT_TRUE(m_desktop->run({"sh", "-c",
+                              "for stream in $(pactl list short sink-inputs | cut -f1); do "
+                              "pactl set-sink-input-mute $stream 1; done"}));
+  require("their silence", [&] { return playingBoth("true"); }); // it is they who silence themselves
+  Program& second = game("OtherGame"); // not before: the end of the first would have brought it to the front
+  m_desktop->activate(second);
+  EXPECT_TRUE(waitUntil([&] { return allTrackers(isSlowed); }));
+  second.kill();
+  EXPECT_TRUE(waitUntil([&] { return allTrackers(isAtFullSpeed); }));
+}
+
 TEST_P(Boost, TellsOfAShortageOfMemory) {
   if (!std::filesystem::exists("/proc/pressure/memory")) GTEST_SKIP() << "this kernel measures no pressure";
   const NotificationDaemon daemon(*m_desktop);

@@ -17,8 +17,9 @@ namespace {
 constexpr const char* daemonProgram = "/usr/bin/gamemoded";
 constexpr const char* wrapper = "/usr/games/gamemoderun";
 
-constexpr int usual = IOPRIO_PRIO_VALUE(IOPRIO_CLASS_BE, 4);  // the only one that the daemon changes …
-constexpr int raised = IOPRIO_PRIO_VALUE(IOPRIO_CLASS_BE, 0); // … and to what
+// The macro is no constant expression with every kernel header.
+const int usual = IOPRIO_PRIO_VALUE(IOPRIO_CLASS_BE, 4);  // the only one that the daemon changes …
+const int raised = IOPRIO_PRIO_VALUE(IOPRIO_CLASS_BE, 0); // … and to what
 
 class GameMode : public CommandStage {
  protected:

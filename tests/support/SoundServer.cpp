@@ -40,6 +40,42 @@ std::string wave() {
   return bytes;
 }
 
+std::string padded(std::string text, std::size_t size) {
+  text.resize(size);
+  return text;
+}
+
+void appendBigEndian(std::string& bytes, std::uint32_t value) {
+  bytes += static_cast<char>(value >> 8 & 0xff);
+  bytes += static_cast<char>(value & 0xff);
+}
+
+// A module of four tracks: one pattern with one note, of one instrument that sounds on.
+std::string module() {
+  constexpr std::uint32_t words = 512;
+  std::string bytes = padded("song", 20);
+  for (int instrument = 0; instrument < 31; ++instrument) {
+    bytes += padded(instrument == 0 ? "tone" : "", 22);
+    appendBigEndian(bytes, instrument == 0 ? words : 0);
+    append(bytes, instrument == 0 ? 0x0400 : 0, 2); // not out of tune, quiet
+    appendBigEndian(bytes, 0);                      // repeats from its beginning
+    appendBigEndian(bytes, instrument == 0 ? words : 1);
+  }
+  append(bytes, 1, 1); // pattern in the song
+  append(bytes, 127, 1);
+  bytes += padded("", 128) + "M.K.";
+  constexpr std::uint32_t note = 428; // C
+  std::string pattern;
+  appendBigEndian(pattern, note);
+  append(pattern, 1 << 4, 1); // the first instrument
+  bytes += padded(pattern, 1024);
+  for (std::uint32_t at = 0; at < words * 2; ++at) {
+    const double value = 100 * std::sin(2 * std::numbers::pi * at / 32);
+    append(bytes, static_cast<std::uint32_t>(static_cast<std::int32_t>(value)), 1);
+  }
+  return bytes;
+}
+
 } // namespace
 
 SoundServer::SoundServer(PrivateSession& session)
@@ -59,6 +95,8 @@ SoundServer::SoundServer(PrivateSession& session)
   // Each version of SDL has other names for its drivers, and is silent when it does not know the name.
   m_session.unsetEnvironment("SDL_AUDIODRIVER");
 }
+
+fs::path SoundServer::song() const { return m_session.folder().write("song.mod", module()); }
 
 std::string SoundServer::pipeWire() const { return m_session.runtimeDir() / "pipewire-0"; }
 

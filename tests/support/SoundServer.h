@@ -23,6 +23,8 @@ class SoundServer {
 
   // A minute of a quiet tone as a WAV file.
   const std::filesystem::path& tone() const { return m_tone; }
+  // The same tone as a song for trackers, which play it over and over.
+  std::filesystem::path song() const;
 
  private:
   PrivateSession& m_session;

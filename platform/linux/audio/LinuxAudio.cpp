@@ -18,8 +18,7 @@ namespace vantle {
 
 namespace {
 
-constexpr std::chrono::milliseconds longestWait{200};
-constexpr std::chrono::milliseconds longestLook{100}; // of it, at what processes have open
+constexpr std::chrono::milliseconds longestLook{100}; // at what processes have open
 
 // What a client of JACK 2 has open of each other client, "/dev/shm/jack_sem.1000_default_system".
 constexpr std::string_view jackSemaphore = "/jack_sem.";
@@ -36,9 +35,10 @@ bool isHolder(const std::vector<std::string>& files, const std::vector<AlsaPlayb
 } // namespace
 
 LinuxAudio::LinuxAudio(std::shared_ptr<const ProcKernel> kernel, Servers servers,
-                       std::vector<Question*> beside)
+                       std::vector<Question*> beside, std::chrono::milliseconds longestWait)
     : m_kernel(std::move(kernel)), m_jackFolder(std::move(servers.jackFolder)), m_beside(std::move(beside)),
-      m_pipeWire(std::move(servers.pipeWire)), m_pulseAudio(std::move(servers.pulseAudio)) {}
+      m_longestWait(longestWait), m_pipeWire(std::move(servers.pipeWire)),
+      m_pulseAudio(std::move(servers.pulseAudio)) {}
 
 std::vector<Player> LinuxAudio::serverPlayers(Moment deadline) {
   askTogether({&m_pipeWire, &m_pulseAudio}, deadline, m_beside);
@@ -113,7 +113,7 @@ std::set<Pid> LinuxAudio::runningOutput() {
   const Moment start = std::chrono::steady_clock::now();
   std::set<Pid> heard;
   addDirect(heard, start + longestLook); // first: a server that hangs would leave no time for it
-  addClaimed(serverPlayers(start + longestWait), heard);
+  addClaimed(serverPlayers(start + m_longestWait), heard);
   return heard;
 }
 

@@ -28,13 +28,15 @@ class LinuxAudio final : public AudioActivity {
     std::string pulseAudio = {};
     std::string jackFolder = "/dev/shm"; // where JACK 2 keeps its sockets
   };
-  // What somebody asks for the same decision takes in its answers while this waits.
-  LinuxAudio(std::shared_ptr<const ProcKernel> kernel, Servers servers, std::vector<Question*> beside = {});
+  // What somebody asks for the same decision takes in its answers while this waits. The limit is for an
+  // emulated machine, which takes its time.
+  LinuxAudio(std::shared_ptr<const ProcKernel> kernel, Servers servers, std::vector<Question*> beside = {},
+             std::chrono::milliseconds longestWait = std::chrono::milliseconds(200));
 
   bool isAvailable() const override { return true; }
 
-  // Waits 200 ms at most in all. A server that did not answer the last question is not waited for again until
-  // it has said something since.
+  // Waits for so long at most in all. A server that did not answer the last question is not waited for again
+  // until it has said something since.
   std::set<Pid> runningOutput() override;
   bool hasAnswered() const; // any server, the last question
 
@@ -50,6 +52,7 @@ class LinuxAudio final : public AudioActivity {
   std::shared_ptr<const ProcKernel> m_kernel;
   std::string m_jackFolder;
   std::vector<Question*> m_beside;
+  std::chrono::milliseconds m_longestWait;
   PipeWireQuestion m_pipeWire;
   PulseAudioQuestion m_pulseAudio;
 };
