@@ -49,7 +49,7 @@ set(platform_headers "${standard}")
 set(platform/shared_headers "${standard}|unicode/[a-z0-9]+\\.h|poll\\.h")
 # What every Unix has: POSIX, and the lock of a whole file.
 set(platform/posix_headers
-    "${standard}|(fcntl|poll|pthread|unistd|sys/(file|resource|socket|stat|wait))\\.h")
+    "${standard}|(fcntl|poll|pthread|unistd|sys/(file|resource|stat|wait))\\.h")
 set(platform/linux_headers "${standard}|[a-z0-9_/-]+\\.h")
 set(platform/simulated_headers "${standard}")
 set(status_headers "${standard}")

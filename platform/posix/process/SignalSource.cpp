@@ -2,6 +2,7 @@
 #include "platform/posix/process/SignalSource.h"
 
 #include "base/Invariant.h"
+#include "platform/posix/process/Pipe.h"
 
 #include <array>
 #include <atomic>
@@ -9,7 +10,6 @@
 #include <csignal>
 #include <cstddef>
 #include <cstdint>
-#include <fcntl.h>
 #include <unistd.h>
 #include <utility>
 
@@ -76,7 +76,7 @@ void passOnSignal(int signal) {
 // inherit the mask, but never a handler.
 SignalSource::SignalSource(EventLoop& loop, int signal, std::function<void()> handler) : m_signal(signal) {
   std::array<int, 2> ends{-1, -1};
-  invariant(::pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) == 0, "no pipe for a signal");
+  invariant(openPipe(ends, PipeReading::returns), "no pipe for a signal");
   m_read = ends[0];
   m_write = ends[1];
   const auto index = static_cast<std::size_t>(signal);
