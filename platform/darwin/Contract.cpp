@@ -11,6 +11,7 @@
 #include <sys/time.h>
 #include <type_traits>
 #include <unistd.h>
+#include <utility>
 
 namespace vantle {
 
@@ -58,7 +59,7 @@ static_assert(sizeof(id_t) == 4);
 static_assert(takes<int, decltype(::setpriority), int, id_t, int>);
 
 // Clock and host.
-static_assert(takes<int, decltype(::gettimeofday), timeval*, std::nullptr_t>);
+static_assert(std::is_same_v<decltype(::gettimeofday(std::declval<timeval*>(), nullptr)), int>);
 static_assert(
     takes<int, decltype(::sysctlbyname), const char*, void*, std::size_t*, std::nullptr_t, std::size_t>);
 static_assert(takes<int, decltype(::getdtablesize)>);
