@@ -21,15 +21,15 @@ void outliveReaders() {
 // for it unless one waited there before.
 bool writeQuietly(int descriptor, const void* bytes, std::size_t size) {
   sigset_t broken;
-  ::sigemptyset(&broken);
-  ::sigaddset(&broken, SIGPIPE);
+  sigemptyset(&broken);
+  sigaddset(&broken, SIGPIPE);
   sigset_t before;
   sigset_t waiting;
   ::pthread_sigmask(SIG_BLOCK, &broken, &before);
-  const bool didWait = ::sigpending(&waiting) == 0 && ::sigismember(&waiting, SIGPIPE) == 1;
+  const bool didWait = ::sigpending(&waiting) == 0 && sigismember(&waiting, SIGPIPE) == 1;
   const ssize_t written = ::write(descriptor, bytes, size);
   // Nothing waits where the signal is ignored.
-  const bool doesWait = ::sigpending(&waiting) == 0 && ::sigismember(&waiting, SIGPIPE) == 1;
+  const bool doesWait = ::sigpending(&waiting) == 0 && sigismember(&waiting, SIGPIPE) == 1;
   int taken = 0;
   if (written < 0 && doesWait && !didWait) ::sigwait(&broken, &taken);
   ::pthread_sigmask(SIG_SETMASK, &before, nullptr);

@@ -29,7 +29,7 @@ void take(Pid message) {
 // Signals are for the program that it watches over: it ends with that one's end, however that came.
 [[noreturn]] void watch(int line) {
   sigset_t all;
-  ::sigfillset(&all);
+  sigfillset(&all);
   ::sigprocmask(SIG_SETMASK, &all, nullptr);
   ::setsid();
   // Whoever reads what the program prints waits for every writer.

@@ -116,7 +116,7 @@ void prepareChild(SessionLauncher::Session session, const ChildGuard& guard, con
   closeAllAtExecFrom(STDERR_FILENO + 1);
   for (int number = 1; number < NSIG; ++number) ::signal(number, SIG_DFL);
   sigset_t none;
-  ::sigemptyset(&none);
+  sigemptyset(&none);
   ::sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 

@@ -52,8 +52,8 @@ void holdTerminationSignals() { changeMask(SIG_BLOCK, terminationSignalSet()); }
 
 sigset_t terminationSignalSet() {
   sigset_t set;
-  ::sigemptyset(&set);
-  for (const int signal : terminationSignals) ::sigaddset(&set, signal);
+  sigemptyset(&set);
+  for (const int signal : terminationSignals) sigaddset(&set, signal);
   return set;
 }
 
@@ -94,11 +94,11 @@ SignalSource::SignalSource(EventLoop& loop, int signal, std::function<void()> ha
   struct sigaction action {};
   action.sa_handler = noteSignal;
   action.sa_flags = SA_RESTART;
-  ::sigemptyset(&action.sa_mask);
+  sigemptyset(&action.sa_mask);
   invariant(::sigaction(signal, &action, nullptr) == 0, "signal handler refused");
   sigset_t set;
-  ::sigemptyset(&set);
-  ::sigaddset(&set, signal);
+  sigemptyset(&set);
+  sigaddset(&set, signal);
   changeMask(SIG_UNBLOCK, set);
 }
 

@@ -49,3 +49,10 @@ int sigpending(sigset_t* set);
 int sigprocmask(int how, const sigset_t* set, sigset_t* before);
 int sigwait(const sigset_t* set, int* number);
 VANTLE_C_END
+
+// These are macros as well (sigsetops(3)): whoever writes `::` before one has nothing that compiles on a Mac.
+#define sigaddset(set, number) (*(set) |= 1U << ((number)-1), 0)
+#define sigdelset(set, number) (*(set) &= ~(1U << ((number)-1)), 0)
+#define sigemptyset(set) (*(set) = 0, 0)
+#define sigfillset(set) (*(set) = ~(sigset_t)0, 0)
+#define sigismember(set, number) ((*(set) & (1U << ((number)-1))) != 0)
