@@ -50,6 +50,8 @@ TEST_F(System, TheHostIsThisProgramOnItsProcessors) {
 TEST_F(System, ValuesOfAnotherSizeAreNone) {
   EXPECT_EQ(systemText("kern.osproductversion"), "14.5");
   EXPECT_EQ(systemNumber("kern.osproductversion"), std::nullopt) << "it is a text of five bytes";
+  kernel->texts["kern.short"] = "1";
+  EXPECT_EQ(systemNumber("kern.short"), std::nullopt) << "of two";
   EXPECT_EQ(systemText("kern.nothing"), std::nullopt);
   kernel->texts["kern.long"] = std::string(300, 'x');
   EXPECT_EQ(systemText("kern.long"), std::nullopt);
