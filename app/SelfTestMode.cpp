@@ -2,6 +2,7 @@
 #include "app/SelfTestMode.h"
 
 #include "engine/SelfTest.h"
+#include "platform/OwnedMachine.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -10,8 +11,8 @@
 
 namespace vantle {
 
-int runSelfTestMode(Platform& platform) {
-  const std::unique_ptr<OwnedMachine> owned = platform.selfTestMachine();
+int runSelfTestMode() {
+  const std::unique_ptr<OwnedMachine> owned = selfTestMachine();
   Machine machine = owned->machine();
   bool isTold = true;
   const auto print = [&isTold](const std::string& line) {

@@ -72,9 +72,9 @@ bool VantleApp::hasArgument(std::string_view wanted) const {
 }
 
 int VantleApp::run() {
-  const std::unique_ptr<Platform> platform = Platform::ofThisSystem();
-  if (hasArgument("--test")) return runSelfTestMode(*platform);
+  if (hasArgument("--test")) return runSelfTestMode();
 
+  const std::unique_ptr<Platform> platform = Platform::ofThisSystem();
   platform->outliveReaders();
   platform->raiseDescriptorLimit();
   if (hasArgument(Watchdog::helperArgument) && platform->isStartedByItself()) {

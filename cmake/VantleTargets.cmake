@@ -5,7 +5,7 @@ function(vantle_target name)
   target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR})
   target_compile_options(${name} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor
                                          -Wold-style-cast -Woverloaded-virtual $<$<BOOL:${VANTLE_STRICT}>:-Werror>
-                                         $<$<CXX_COMPILER_ID:Clang>:-Wno-sign-conversion>) # not in g++'s -Wconversion
+                                         $<$<CXX_COMPILER_ID:Clang,AppleClang>:-Wno-sign-conversion>) # not in g++'s -Wconversion
   if(VANTLE_SANITIZE)
     target_compile_options(${name} PUBLIC -fsanitize=${VANTLE_SANITIZE} -fno-sanitize-recover=all
                                           -fno-omit-frame-pointer)
@@ -16,10 +16,11 @@ endfunction()
 # A room: every source of this folder (and of its folders) in one static library, with those of the folders that are
 # named besides.
 function(vantle_room name)
-  list(TRANSFORM ARGN APPEND "/*.cpp" OUTPUT_VARIABLE more_sources)
-  list(TRANSFORM ARGN APPEND "/*.h" OUTPUT_VARIABLE more_headers)
-  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp ${CMAKE_CURRENT_SOURCE_DIR}/*.h
-       ${more_sources} ${more_headers})
+  set(patterns)
+  foreach(folder IN LISTS ARGN ITEMS ${CMAKE_CURRENT_SOURCE_DIR})
+    list(APPEND patterns ${folder}/*.cpp ${folder}/*.mm ${folder}/*.h)
+  endforeach()
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${patterns})
   add_library(${name} STATIC ${sources})
   set_target_properties(${name} PROPERTIES LINKER_LANGUAGE CXX)
   vantle_target(${name})

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "base/Registration.h"
-#include "engine/ports/Machine.h"
+#include "platform/OwnedMachine.h"
 #include "platform/shared/EventLoop.h"
 
 #include <chrono>
@@ -15,18 +15,6 @@
 #include <vector>
 
 namespace vantle {
-
-// A machine, with all that stands behind its ports.
-class OwnedMachine {
- public:
-  virtual ~OwnedMachine() = default;
-
-  virtual Machine machine() = 0; // valid as long as this object
-  // Where it sees the apps and the one in front, for a person to read; empty when it does not look for them.
-  virtual std::string desktop() const = 0;
-  // What a report of a problem needs to know of it: subjects, and a sentence about each. Names no app.
-  virtual std::vector<std::pair<std::string, std::string>> facts() const = 0;
-};
 
 // The main thread, for another one that watches over it.
 class MainThread {
@@ -102,9 +90,6 @@ class Platform {
   // What it takes to put back what an earlier run left, with or without a desktop: the journal's files, the
   // processes and the band. Everything else is absent.
   virtual std::unique_ptr<OwnedMachine> recoveryMachine() = 0;
-  // The processes, the band, the clock and the launcher, which starts programs as apps stand on this desktop;
-  // everything else is absent, and nothing is kept on disk.
-  virtual std::unique_ptr<OwnedMachine> selfTestMachine() = 0;
 };
 
 } // namespace vantle

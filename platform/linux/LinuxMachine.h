@@ -16,7 +16,7 @@ namespace vantle {
 // Where the ports meet Linux: the only place that knows which part stands for which port.
 class LinuxMachine final : public OwnedMachine {
  public:
-  // See `Platform`. Connects to the X server and to the buses.
+  // See `Platform` and `selfTestMachine`. Connects to the X server and to the buses.
   static std::unique_ptr<LinuxMachine> forDesktop(const XdgFolders& folders, EventLoop& loop,
                                                   std::string program, std::function<void()> onDesktopLost);
   static std::unique_ptr<LinuxMachine> forRecovery(const XdgFolders& folders);

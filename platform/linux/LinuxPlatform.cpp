@@ -63,7 +63,6 @@ class LinuxPlatform final : public Platform {
     return LinuxMachine::forDesktop(m_folders, loop, std::move(program), std::move(onDesktopLost));
   }
   std::unique_ptr<OwnedMachine> recoveryMachine() override { return LinuxMachine::forRecovery(m_folders); }
-  std::unique_ptr<OwnedMachine> selfTestMachine() override { return LinuxMachine::forSelfTest(m_folders); }
 
  private:
   XdgFolders m_folders = XdgFolders::fromEnvironment();
@@ -73,5 +72,9 @@ class LinuxPlatform final : public Platform {
 } // namespace
 
 std::unique_ptr<Platform> Platform::ofThisSystem() { return std::make_unique<LinuxPlatform>(); }
+
+std::unique_ptr<OwnedMachine> selfTestMachine() {
+  return LinuxMachine::forSelfTest(XdgFolders::fromEnvironment());
+}
 
 } // namespace vantle

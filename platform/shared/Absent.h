@@ -4,12 +4,14 @@
 #include "engine/ports/ApplicationCatalog.h"
 #include "engine/ports/AudioActivity.h"
 #include "engine/ports/BackgroundBand.h"
+#include "engine/ports/FileStore.h"
 #include "engine/ports/Hooks.h"
 #include "engine/ports/LoginItem.h"
 #include "engine/ports/MemoryPressureEvents.h"
 #include "engine/ports/Notifications.h"
 #include "engine/ports/PowerAssertions.h"
 #include "engine/ports/RegisteredGames.h"
+#include "engine/ports/UserDefaults.h"
 #include "engine/ports/Workspace.h"
 
 namespace vantle {
@@ -61,6 +63,30 @@ class AbsentNotifications final : public Notifications {
 class AbsentRegisteredGames final : public RegisteredGames {
  public:
   std::unique_ptr<Source> watch(std::function<void()> /*changed*/) override { return nullptr; }
+};
+
+// Nothing is kept.
+class AbsentFiles final : public FileStore {
+ public:
+  std::string applicationSupport() const override { return "/"; }
+  std::optional<std::string> read(const std::string& /*path*/, std::size_t /*limit*/) const override {
+    return std::nullopt;
+  }
+  bool writeAtomically(const std::string& /*path*/, const std::string& /*bytes*/) override { return false; }
+  bool exists(const std::string& /*path*/) const override { return false; }
+  bool rename(const std::string& /*path*/, const std::string& /*newPath*/) override { return false; }
+  void createFolders(const std::string& /*path*/) override {}
+  void removeFolder(const std::string& /*path*/) override {}
+};
+
+class AbsentDefaults final : public UserDefaults {
+ public:
+  std::optional<Value> object(const std::string& /*key*/) const override { return std::nullopt; }
+  bool contains(const std::string& /*key*/) const override { return false; }
+  void set(const std::string& /*key*/, Value /*value*/) override {}
+  void remove(const std::string& /*key*/) override {}
+  std::unique_ptr<UserDefaults> openSuite(const std::string& /*name*/) const override { return nullptr; }
+  bool copyFrom(const UserDefaults& /*other*/, const std::string& /*key*/) override { return false; }
 };
 
 class AbsentHooks final : public Hooks {

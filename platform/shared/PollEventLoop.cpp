@@ -79,7 +79,7 @@ bool PollEventLoop::runUntil(const std::function<bool()>& condition, std::chrono
       ids.push_back(id);
     }
     const auto wait = std::chrono::ceil<std::chrono::milliseconds>(std::max(wake - now, {}));
-    ::poll(descriptors.data(), descriptors.size(), static_cast<int>(wait.count()));
+    ::poll(descriptors.data(), static_cast<nfds_t>(descriptors.size()), static_cast<int>(wait.count()));
 
     // Each is looked up again: a callback may end any other watch or timer.
     for (std::size_t at = 0; at < ids.size(); ++at) {

@@ -8,10 +8,12 @@ cmake_minimum_required(VERSION 3.25)
 set(base_rooms base)
 set(engine_rooms base engine)
 set(engine/ports_rooms base engine/ports)
-set(platform_rooms base engine/ports platform/shared) # Platform.h itself
+set(platform_rooms base engine/ports platform/OwnedMachine.h platform/shared) # Platform.h itself, and OwnedMachine.h
 set(platform/shared_rooms base engine/ports platform/shared)
 set(platform/posix_rooms base engine/ports platform/shared platform/posix)
-set(platform/linux_rooms base engine/ports platform/Platform.h platform/shared platform/posix platform/linux)
+set(platform/linux_rooms base engine/ports platform/OwnedMachine.h platform/Platform.h platform/shared platform/posix
+    platform/linux)
+set(platform/darwin_rooms base engine/ports platform/OwnedMachine.h platform/shared platform/posix platform/darwin)
 set(platform/simulated_rooms base engine/ports platform/shared platform/simulated)
 set(status_rooms base status)
 set(command_rooms base status command)
@@ -31,7 +33,7 @@ set(desktop/linux_rooms base status look/ports panel/ports settings/ports remote
     platform/linux/files platform/linux/sockets platform/linux/x11 platform/posix/files integrations/gnome-shell desktop/Desktop.h
     desktop/linux)
 # Of the system that the program was built for, the headers that all systems have.
-set(app_rooms base engine platform/Platform.h platform/shared look panel settings update remote desktop/Desktop.h
+set(app_rooms base engine platform/OwnedMachine.h platform/Platform.h platform/shared look panel settings update remote desktop/Desktop.h
     desktop/QtEventLoop.h app)
 # What tests look at the program with must not be the program itself.
 set(tests/support_rooms base/Pid.h tests/support)
@@ -49,8 +51,11 @@ set(platform_headers "${standard}")
 set(platform/shared_headers "${standard}|unicode/[a-z0-9]+\\.h|poll\\.h")
 # What every Unix has: POSIX, and the lock of a whole file.
 set(platform/posix_headers
-    "${standard}|(fcntl|poll|pthread|unistd|sys/(file|resource|socket|stat|wait))\\.h")
+    "${standard}|(fcntl|poll|pthread|unistd|sys/(file|resource|stat|wait))\\.h")
 set(platform/linux_headers "${standard}|[a-z0-9_/-]+\\.h")
+# POSIX, and the system's own libraries in C.
+set(platform/darwin_headers
+    "${standard}|(fcntl|libproc|unistd)\\.h|sys/(resource|stat|sysctl|time)\\.h|dispatch/dispatch\\.h")
 set(platform/simulated_headers "${standard}")
 set(status_headers "${standard}")
 set(command_headers "${standard}")
@@ -74,8 +79,8 @@ set(exceptions "base/Json.cpp <nlohmann/json.hpp>" "platform/linux/LinuxMachine.
 set(system_questions
     "__linux__|__APPLE__|_WIN32|__unix__|__FreeBSD__|__MACH__|Q_OS_|TARGET_OS_")
 
-foreach(room base engine engine/ports platform platform/shared platform/posix platform/linux platform/simulated look look/ports
-             update panel panel/ports settings settings/ports status command command/ports command/linux remote
+foreach(room base engine engine/ports platform platform/shared platform/posix platform/linux platform/darwin
+             platform/simulated look look/ports update panel panel/ports settings settings/ports status command command/ports command/linux remote
              remote/ports desktop
              desktop/linux app tests/support)
   set(globbing GLOB_RECURSE)

@@ -9,7 +9,7 @@ function(expect_refusal text)
   endif()
 endfunction()
 
-foreach(call "build;--bogus" "coverage;bogus" "debian-package;--bogus" "fuzz;bogus" "lint;--bogus" "mutate;bogus"
+foreach(call "build;--bogus" "check-darwin;--bogus" "coverage;bogus" "debian-package;--bogus" "fuzz;bogus" "lint;--bogus" "mutate;bogus"
              "on-debian;99" "packages"
              "packages;bogus" "real-apps;--bogus" "run;--desktop" "run;--desktop;bogus" "soak;bogus" "test;--bogus"
              "try-package;--bogus" "try-recipes;--bogus")

@@ -15,7 +15,7 @@
 // With the argument "test" alone it runs the self-test instead.
 #include "engine/AppTrees.h"
 #include "engine/SelfTest.h"
-#include "platform/Platform.h"
+#include "platform/OwnedMachine.h"
 #include "platform/linux/band/LinuxBand.h"
 #include "platform/linux/band/UserManager.h"
 #include "platform/linux/kernel/ProcKernel.h"
@@ -151,7 +151,7 @@ int main(int count, char** arguments) {
     const long limit = count > 3 ? std::stol(arguments[3]) : 200;
     return Console(first, bus, std::chrono::milliseconds(limit)).run();
   }
-  const auto machine = Platform::ofThisSystem()->selfTestMachine();
+  const auto machine = selfTestMachine();
   Machine ports = machine->machine();
   return SelfTest(ports, [](const std::string& line) { std::puts(line.c_str()); }).run();
 }

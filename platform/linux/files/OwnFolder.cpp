@@ -14,17 +14,6 @@ namespace vantle {
 
 namespace {
 
-bool isTrusted(uid_t owner) { return owner == 0 || owner == ::geteuid(); }
-
-// A user's own group often may write to the user's folders; what root keeps is for root alone. The sticky bit
-// keeps everybody from exchanging what belongs to others.
-bool isSafe(const struct stat& folder) {
-  if (!S_ISDIR(folder.st_mode) || !isTrusted(folder.st_uid)) return false;
-  if ((folder.st_mode & S_ISVTX) != 0) return true;
-  const bool isForeignGroup = ::geteuid() == 0 && folder.st_gid != 0;
-  return (folder.st_mode & (S_IWOTH | (isForeignGroup ? S_IWGRP : 0U))) == 0;
-}
-
 Descriptor refused() {
   errno = EPERM;
   return {};
@@ -45,13 +34,13 @@ Descriptor openOwnFolder(const std::string& path) {
     struct stat about {};
     if (!next || ::fstat(next.get(), &about) != 0) return {};
     if (!S_ISLNK(about.st_mode)) {
-      if (!isSafe(about)) return refused();
+      if (!isSafeFolder(about)) return refused();
       folder = std::move(next);
       continue;
     }
     std::array<char, PATH_MAX> target{};
     const ssize_t length = ::readlinkat(next.get(), "", target.data(), target.size());
-    if (length < 0 || !isTrusted(about.st_uid) || ++links > mostLinks) return refused();
+    if (length < 0 || !isTrustedOwner(about.st_uid) || ++links > mostLinks) return refused();
     const std::string_view leadsTo(target.data(), static_cast<std::size_t>(length));
     if (leadsTo.starts_with('/')) folder = Descriptor(::open("/", O_PATH | O_DIRECTORY | O_CLOEXEC));
     left = std::string(leadsTo).append("/").append(left);

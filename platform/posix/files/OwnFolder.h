@@ -4,6 +4,7 @@
 #include "platform/posix/Descriptor.h"
 
 #include <string>
+#include <sys/stat.h>
 
 namespace vantle {
 
@@ -20,6 +21,11 @@ Descriptor openOwnFolder(const std::string& path);
 
 // The path that the descriptor's folder has in this process, whatever happens to its name.
 std::string pathOf(const Descriptor& folder);
+
+// For those who answer: whether this user or root owns something, and whether nobody else can exchange what
+// is in a folder.
+bool isTrustedOwner(uid_t owner);
+bool isSafeFolder(const struct stat& folder);
 
 // Whether the folder is one of one's own, or would be if it were made.
 bool isOwnFolder(std::string path);

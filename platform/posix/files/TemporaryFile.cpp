@@ -2,6 +2,7 @@
 #include "platform/posix/files/TemporaryFile.h"
 
 #include "base/Pid.h"
+#include "platform/posix/files/Flush.h"
 
 #include <cerrno>
 #include <charconv>
@@ -61,7 +62,7 @@ bool TemporaryFile::write(std::string_view bytes) {
   return true;
 }
 
-bool TemporaryFile::flushToDisk() { return ::fdatasync(m_file.get()) == 0; }
+bool TemporaryFile::flushToDisk() { return flushFile(m_file.get()); }
 
 bool TemporaryFile::replace(const std::string& target) {
   if (!m_file || ::rename(m_path.c_str(), target.c_str()) != 0) return false;

@@ -4,6 +4,7 @@
 #include "base/Invariant.h"
 
 #include <csignal>
+#include <unistd.h>
 
 namespace vantle {
 
@@ -14,6 +15,25 @@ void outliveReaders() {
   action.sa_flags = SA_RESTART;
   const bool isHandled = ::sigaction(SIGPIPE, &action, nullptr) == 0;
   invariant(isHandled, "SIGPIPE can be handled");
+}
+
+// The signal that such a write raises is this thread's own: kept away from it, and taken out of what waits
+// for it unless one waited there before.
+bool writeQuietly(int descriptor, const void* bytes, std::size_t size) {
+  sigset_t broken;
+  sigemptyset(&broken);
+  sigaddset(&broken, SIGPIPE);
+  sigset_t before;
+  sigset_t waiting;
+  ::pthread_sigmask(SIG_BLOCK, &broken, &before);
+  const bool didWait = ::sigpending(&waiting) == 0 && sigismember(&waiting, SIGPIPE) == 1;
+  const ssize_t written = ::write(descriptor, bytes, size);
+  // Nothing waits where the signal is ignored.
+  const bool doesWait = ::sigpending(&waiting) == 0 && sigismember(&waiting, SIGPIPE) == 1;
+  int taken = 0;
+  if (written < 0 && doesWait && !didWait) ::sigwait(&broken, &taken);
+  ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  return written >= 0 && static_cast<std::size_t>(written) == size;
 }
 
 } // namespace vantle

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "platform/posix/process/ChildGuard.h"
 
+#include "platform/posix/process/BrokenPipe.h"
 #include "platform/posix/process/OpenDescriptors.h"
+#include "platform/posix/process/Pipe.h"
 
 #include <algorithm>
 #include <array>
@@ -9,7 +11,6 @@
 #include <csignal>
 #include <cstddef>
 #include <fcntl.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 namespace vantle {
@@ -28,7 +29,7 @@ void take(Pid message) {
 // Signals are for the program that it watches over: it ends with that one's end, however that came.
 [[noreturn]] void watch(int line) {
   sigset_t all;
-  ::sigfillset(&all);
+  sigfillset(&all);
   ::sigprocmask(SIG_SETMASK, &all, nullptr);
   ::setsid();
   // Whoever reads what the program prints waits for every writer.
@@ -51,7 +52,7 @@ void take(Pid message) {
 
 ChildGuard::ChildGuard() {
   std::array<int, 2> ends{-1, -1};
-  if (::socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends.data()) != 0) return;
+  if (!openPipe(ends, PipeReading::waits)) return;
   const Pid guard = ::fork();
   if (guard == 0) {
     ::close(ends[1]);
@@ -63,9 +64,10 @@ ChildGuard::ChildGuard() {
   ::close(ends[1]);
 }
 
-// Nothing is told to one that was killed.
+// Nothing is told to one that was killed. What is as short as this goes into a pipe whole, whoever else
+// writes.
 void ChildGuard::tell(Pid message) const {
-  if (m_line) ::send(m_line.get(), &message, sizeof message, MSG_NOSIGNAL);
+  if (m_line) writeQuietly(m_line.get(), &message, sizeof message);
 }
 
 } // namespace vantle

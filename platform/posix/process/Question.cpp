@@ -35,7 +35,7 @@ void awaitTogether(const std::vector<Question*>& questions, std::chrono::steady_
     using Milliseconds = std::chrono::milliseconds;
     const auto left = std::chrono::ceil<Milliseconds>(deadline - std::chrono::steady_clock::now()).count();
     if (left <= 0) break;
-    ::poll(waited.data(), waited.size(), static_cast<int>(left));
+    ::poll(waited.data(), static_cast<nfds_t>(waited.size()), static_cast<int>(left));
   }
   for (Question* question : questions) {
     if (question->isAsking()) question->giveUp();

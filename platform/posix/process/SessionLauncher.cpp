@@ -2,6 +2,7 @@
 #include "platform/posix/process/SessionLauncher.h"
 
 #include "platform/posix/process/OpenDescriptors.h"
+#include "platform/posix/process/Pipe.h"
 #include "platform/posix/process/SignalsBlocked.h"
 
 #include <array>
@@ -62,7 +63,7 @@ class ChildProcess final : public Subprocess {
 class FailurePipe {
  public:
   FailurePipe() {
-    if (::pipe2(m_ends.data(), O_CLOEXEC) != 0) return;
+    if (!openPipe(m_ends, PipeReading::waits)) return;
     m_isOpen = true;
     // Out of the way of the standard descriptors, should one be closed here.
     const int writer = ::fcntl(m_ends[1], F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
@@ -115,7 +116,7 @@ void prepareChild(SessionLauncher::Session session, const ChildGuard& guard, con
   closeAllAtExecFrom(STDERR_FILENO + 1);
   for (int number = 1; number < NSIG; ++number) ::signal(number, SIG_DFL);
   sigset_t none;
-  ::sigemptyset(&none);
+  sigemptyset(&none);
   ::sigprocmask(SIG_SETMASK, &none, nullptr);
 }
 
@@ -131,7 +132,7 @@ std::unique_ptr<Subprocess> SessionLauncher::launch(const std::string& executabl
   const Pid pid = ::fork();
   if (pid == 0) {
     prepareChild(m_session, *m_guard, failure);
-    ::execve(executablePath.c_str(), arguments.data(), environ);
+    ::execv(executablePath.c_str(), arguments.data());
     failure.fail();
   }
   blocked.reset();

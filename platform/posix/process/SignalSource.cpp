@@ -2,6 +2,7 @@
 #include "platform/posix/process/SignalSource.h"
 
 #include "base/Invariant.h"
+#include "platform/posix/process/Pipe.h"
 
 #include <array>
 #include <atomic>
@@ -9,7 +10,6 @@
 #include <csignal>
 #include <cstddef>
 #include <cstdint>
-#include <fcntl.h>
 #include <unistd.h>
 #include <utility>
 
@@ -52,8 +52,8 @@ void holdTerminationSignals() { changeMask(SIG_BLOCK, terminationSignalSet()); }
 
 sigset_t terminationSignalSet() {
   sigset_t set;
-  ::sigemptyset(&set);
-  for (const int signal : terminationSignals) ::sigaddset(&set, signal);
+  sigemptyset(&set);
+  for (const int signal : terminationSignals) sigaddset(&set, signal);
   return set;
 }
 
@@ -76,7 +76,7 @@ void passOnSignal(int signal) {
 // inherit the mask, but never a handler.
 SignalSource::SignalSource(EventLoop& loop, int signal, std::function<void()> handler) : m_signal(signal) {
   std::array<int, 2> ends{-1, -1};
-  invariant(::pipe2(ends.data(), O_CLOEXEC | O_NONBLOCK) == 0, "no pipe for a signal");
+  invariant(openPipe(ends, PipeReading::returns), "no pipe for a signal");
   m_read = ends[0];
   m_write = ends[1];
   const auto index = static_cast<std::size_t>(signal);
@@ -94,11 +94,11 @@ SignalSource::SignalSource(EventLoop& loop, int signal, std::function<void()> ha
   struct sigaction action {};
   action.sa_handler = noteSignal;
   action.sa_flags = SA_RESTART;
-  ::sigemptyset(&action.sa_mask);
+  sigemptyset(&action.sa_mask);
   invariant(::sigaction(signal, &action, nullptr) == 0, "signal handler refused");
   sigset_t set;
-  ::sigemptyset(&set);
-  ::sigaddset(&set, signal);
+  sigemptyset(&set);
+  sigaddset(&set, signal);
   changeMask(SIG_UNBLOCK, set);
 }
 

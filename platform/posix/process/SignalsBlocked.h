@@ -11,7 +11,7 @@ class SignalsBlocked {
  public:
   SignalsBlocked() {
     sigset_t all;
-    ::sigfillset(&all);
+    sigfillset(&all);
     ::pthread_sigmask(SIG_SETMASK, &all, &m_before);
   }
   ~SignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &m_before, nullptr); }
