@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What the calls of this room were written for: on a Mac held to the system's own headers, elsewhere to the
 // declarations that stand in for them. Where the two differ, this does not compile, and nothing has run.
+#include <CoreAudio/CoreAudio.h>
 #include <cstddef>
 #include <cstdint>
 #include <dispatch/dispatch.h>
@@ -77,6 +78,20 @@ static_assert(takes<std::uintptr_t, decltype(::dispatch_source_get_data), dispat
 static_assert(takes<void, decltype(::dispatch_resume), dispatch_source_t>);
 static_assert(takes<void, decltype(::dispatch_source_cancel), dispatch_source_t>);
 static_assert(takes<void, decltype(::dispatch_release), dispatch_source_t>);
+
+// Who is heard.
+static_assert(kAudioObjectSystemObject == 1);
+static_assert(kAudioObjectPropertyScopeGlobal == 0x676c6f62);
+static_assert(kAudioObjectPropertyElementMain == 0);
+static_assert(kAudioHardwarePropertyProcessObjectList == 0x70727323);
+static_assert(kAudioProcessPropertyIsRunningOutput == 0x7069726f);
+static_assert(kAudioProcessPropertyPID == 0x70706964);
+static_assert(sizeof(AudioObjectPropertyAddress) == 12);
+static_assert(sizeof(AudioObjectID) == 4);
+static_assert(takes<OSStatus, decltype(::AudioObjectGetPropertyDataSize), AudioObjectID,
+                    const AudioObjectPropertyAddress*, UInt32, const void*, UInt32*>);
+static_assert(takes<OSStatus, decltype(::AudioObjectGetPropertyData), AudioObjectID,
+                    const AudioObjectPropertyAddress*, UInt32, const void*, UInt32*, void*>);
 
 // Files.
 static_assert(F_GETPATH == 50);

@@ -55,7 +55,7 @@ set(platform/posix_headers
 set(platform/linux_headers "${standard}|[a-z0-9_/-]+\\.h")
 # POSIX, and the system's own libraries in C.
 set(platform/darwin_headers
-    "${standard}|(fcntl|libproc|unistd)\\.h|sys/(resource|stat|sysctl|time)\\.h|dispatch/dispatch\\.h")
+    "${standard}|(fcntl|libproc|unistd)\\.h|sys/(resource|stat|sysctl|time)\\.h|dispatch/dispatch\\.h|CoreAudio/CoreAudio\\.h")
 set(platform/simulated_headers "${standard}")
 set(status_headers "${standard}")
 set(command_headers "${standard}")

@@ -3,6 +3,7 @@
 
 #include "base/Invariant.h"
 
+#include <CoreAudio/CoreAudio.h>
 #include <algorithm>
 #include <cerrno>
 #include <cstdarg>
@@ -77,6 +78,25 @@ int writeTask(const SimulatedProcess& process, void* buffer) {
   info.pti_priority = process.band == BandState::normal ? normal : inTheBand;
   std::memcpy(buffer, &info, sizeof info);
   return answered(sizeof info);
+}
+
+constexpr int firstAudioObject = 1000; // an object is that and its process
+
+std::vector<AudioObjectID> audioObjects() {
+  std::set<Pid> pids = kernel->desktop.audio.heard;
+  pids.insert(kernel->silent.begin(), kernel->silent.end());
+  std::vector<AudioObjectID> objects;
+  for (const Pid pid : pids) objects.push_back(static_cast<AudioObjectID>(firstAudioObject + pid));
+  return objects;
+}
+
+std::string inWords(const AudioObjectPropertyAddress& address) {
+  const auto four = [](UInt32 code) {
+    std::string text;
+    for (int shift = 24; shift >= 0; shift -= 8) text += static_cast<char>((code >> shift) & 0xffU);
+    return text;
+  };
+  return four(address.mSelector) + " " + four(address.mScope) + " " + std::to_string(address.mElement);
 }
 
 void fail(const std::string& what) {
@@ -339,6 +359,47 @@ void dispatch_release(dispatch_source_t source) {
   if (!source->isCancelled) vantle::fail("a source was released that still runs");
   std::erase(vantle::allSources, source);
   delete source;
+}
+
+OSStatus AudioObjectGetPropertyDataSize(AudioObjectID object, const AudioObjectPropertyAddress* address,
+                                        UInt32 qualifierSize, const void* qualifier, UInt32* size) {
+  const std::lock_guard answering(kernel->audioServer);
+  kernel->note("AudioObjectGetPropertyDataSize(" + std::to_string(object) + ", " + vantle::inWords(*address) +
+               ")");
+  ++kernel->audioAnswers;
+  const bool isList = object == kAudioObjectSystemObject && vantle::inWords(*address) == "prs# glob 0";
+  const bool isRead = kernel->desktop.calls.read({.operation = Operation::probeAudio});
+  *size = sizeof(AudioObjectID); // nothing says what a failure leaves there
+  if (!isList || !isRead || qualifierSize != 0 || qualifier != nullptr) return -1;
+  *size = static_cast<UInt32>(vantle::audioObjects().size() * sizeof(AudioObjectID));
+  return 0;
+}
+
+OSStatus AudioObjectGetPropertyData(AudioObjectID object, const AudioObjectPropertyAddress* address,
+                                    UInt32 qualifierSize, const void* qualifier, UInt32* size, void* value) {
+  kernel->note("AudioObjectGetPropertyData(" + std::to_string(object) + ", " + vantle::inWords(*address) +
+               ", " + std::to_string(*size) + ")");
+  if (qualifierSize != 0 || qualifier != nullptr) return -1;
+  const std::string wanted = vantle::inWords(*address);
+  if (object == kAudioObjectSystemObject) {
+    const std::vector<AudioObjectID> objects = vantle::audioObjects();
+    if (wanted != "prs# glob 0") return -1;
+    *size = std::min(*size, static_cast<UInt32>(objects.size() * sizeof(AudioObjectID)));
+    std::memcpy(value, objects.data(), *size);
+    return 0;
+  }
+  const auto pid = static_cast<int>(object) - vantle::firstAudioObject;
+  if (kernel->audioGone.contains(pid) || *size < sizeof(UInt32)) return -1;
+  const bool isHeard = !kernel->silent.contains(pid);
+  UInt32 number = isHeard ? 1 : 0;
+  if (wanted == "ppid glob 0") {
+    number = kernel->audioWithoutProcess.contains(pid) ? static_cast<UInt32>(-1) : static_cast<UInt32>(pid);
+  } else if (wanted != "piro glob 0") {
+    return -1;
+  }
+  std::memcpy(value, &number, sizeof number);
+  *size = kernel->audioOdd.contains(pid) ? 2 : sizeof number;
+  return 0;
 }
 
 } // extern "C"

@@ -3,8 +3,10 @@
 
 #include "platform/simulated/SimulatedMachine.h"
 
+#include <atomic>
 #include <cstddef>
 #include <map>
+#include <mutex>
 #include <optional>
 #include <set>
 #include <string>
@@ -29,6 +31,15 @@ class SimulatedKernel {
   bool makesSources = true; // of events
   std::map<std::string, int> numbers{{"hw.activecpu", 8}};
   std::map<std::string, std::string> texts{{"kern.osproductversion", "14.5"}};
+
+  // Besides those that are heard: who plays nothing, and the objects that are no more when they are asked,
+  // without a process, or of another size.
+  std::set<Pid> silent;
+  std::set<Pid> audioGone;
+  std::set<Pid> audioWithoutProcess;
+  std::set<Pid> audioOdd;
+  std::mutex audioServer; // which whoever holds it keeps from answering
+  std::atomic<int> audioAnswers{0};
 
   // Every call in the system's own words, from `startTrace` on, with the files that the desktop has written.
   void startTrace();
