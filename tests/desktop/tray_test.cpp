@@ -224,7 +224,7 @@ TEST_F(Tray, ItsMenuOpensThePanelWhereThePointerIs) {
   desktop.waitForBusName(item);
   ASSERT_TRUE(desktop.run({"xdotool", "mousemove", "--sync", "500", "690"}));
   ASSERT_TRUE(desktop.run({"gdbus", "call", "--session", "--dest", item, "--object-path", "/MenuBar",
-                           "--method", "com.canonical.dbusmenu.Event", "4", "clicked", "<0>", "0"}));
+                           "--method", "com.canonical.dbusmenu.Event", "5", "clicked", "<0>", "0"}));
   std::vector<int> place;
   EXPECT_TRUE(waitUntil([&] {
     place = lastPlace();
