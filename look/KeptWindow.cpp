@@ -9,6 +9,16 @@
 
 namespace vantle {
 
+namespace {
+
+// Between two screens there is none.
+qreal currentScale() {
+  const QScreen* const screen = QGuiApplication::primaryScreen();
+  return screen == nullptr ? 1 : screen->devicePixelRatio();
+}
+
+} // namespace
+
 KeptWindow::KeptWindow(const WindowParts& parts, std::chrono::milliseconds keepTime) : m_parts(parts) {
   m_release.setSingleShot(true);
   m_release.setInterval(keepTime);
@@ -31,12 +41,11 @@ void KeptWindow::keep() {
 
 void KeptWindow::followScreen() {
   m_font = QGuiApplication::font();
-  m_scale = QGuiApplication::primaryScreen()->devicePixelRatio();
+  m_scale = currentScale();
 }
 
 void KeptWindow::checkDrawing() {
-  const bool isSame = m_font == QGuiApplication::font() &&
-                      qFuzzyCompare(m_scale, QGuiApplication::primaryScreen()->devicePixelRatio());
+  const bool isSame = m_font == QGuiApplication::font() && qFuzzyCompare(m_scale, currentScale());
   if (!m_engine || isSame) return;
   followScreen();
   renew(*m_engine);
