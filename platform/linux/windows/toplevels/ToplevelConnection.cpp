@@ -8,6 +8,7 @@
 #include <foreign_toplevel-client.h>
 #include <poll.h>
 #include <string_view>
+#include <sys/ioctl.h>
 #include <utility>
 #include <wayland-client.h>
 
@@ -22,6 +23,23 @@ constexpr std::uint32_t latestVersion = 3; // that is known here
 // Requests without arguments that are sent at a time: 8 bytes each, of which the library keeps 4096 for a
 // compositor that does not read, and ends the program when there are more.
 constexpr std::size_t mostAtATime = 100;
+
+// The longest message there can be: its length has 16 bits. From 1.23 on the library would wait without end
+// for the rest of what is none, and keep all that comes meanwhile.
+void boundWaitingBytes([[maybe_unused]] wl_display* display) {
+#if WAYLAND_VERSION_MAJOR > 1 || WAYLAND_VERSION_MINOR >= 23
+  constexpr std::size_t longestMessage = 64 * 1024;
+  wl_display_set_max_buffer_size(display, longestMessage);
+#endif
+}
+
+// When its place is full, the library reads no more and says nothing. More may have come while it read, but
+// not time after time.
+constexpr int mostTurnsUnread = 3;
+int bytesWaiting(int descriptor) {
+  int count = 0;
+  return ::ioctl(descriptor, FIONREAD, &count) == 0 ? count : 0;
+}
 
 bool holdsActivated(const wl_array& states) {
   const std::string_view bytes(static_cast<const char*>(states.data), states.size);
@@ -91,6 +109,7 @@ ToplevelConnection::ToplevelConnection(EventLoop& loop, Descriptor socket, Handl
   const int owned = ::fcntl(socket.get(), F_DUPFD_CLOEXEC, 0);
   m_display = owned < 0 ? nullptr : wl_display_connect_to_fd(owned);
   if (m_display == nullptr) return;
+  boundWaitingBytes(m_display);
   m_isOpen = true;
   m_registry = wl_display_get_registry(m_display);
   wl_registry_add_listener(m_registry, &Listeners::ofRegistry, this);
@@ -196,9 +215,13 @@ bool ToplevelConnection::pump() {
   const SteadyClock::time_point end = SteadyClock::now() + longestTurn;
   int handled = 1;
   while (handled > 0 && SteadyClock::now() < end) {
+    const int waiting = bytesWaiting(descriptor());
     const bool isToBeRead = wl_display_prepare_read(m_display) == 0;
     if (isToBeRead && wl_display_read_events(m_display) < 0) return lose(), true;
     handled = wl_display_dispatch_pending(m_display);
+    const bool isUnread = handled == 0 && waiting > 0 && bytesWaiting(descriptor()) >= waiting;
+    m_turnsUnread = isUnread ? m_turnsUnread + 1 : 0;
+    if (m_turnsUnread == mostTurnsUnread) return lose(), true;
   }
   if (handled < 0 || m_isFinished || (m_isListed && m_manager == nullptr)) return lose(), true;
   destroyClosed();

@@ -87,6 +87,7 @@ class ToplevelConnection {
   wl_registry* m_registry = nullptr;
   wl_callback* m_round = nullptr; // null when none is awaited
   zwlr_foreign_toplevel_manager_v1* m_manager = nullptr;
+  int m_turnsUnread = 0;
   bool m_isOpen = false;
   bool m_isFinished = false;   // there will be no more of its windows
   bool m_isRegistered = false; // all interfaces have been told
