@@ -9,8 +9,7 @@
 namespace vantle {
 
 // The picture of an app in a view; `found` tells whether there is one to show. One that is said to be of an
-// app
-// (`isApp`) is the theme's picture of any app where that has none of its own.
+// app (`isApp`) is the theme's picture of any app where that has none of its own.
 class AppImage : public DirectItem {
   Q_OBJECT
   QML_ELEMENT

@@ -309,7 +309,10 @@ TEST_F(Panel, ItsTrayMenuSaysThatBoostsArePausedAndEndsThePause) {
 TEST_F(Panel, ItsTrayMenuIsNotMadeWideByALongName) {
   LastFace tray;
   const TrayItem item(engine, panel, tray);
-  machine.launch({.name = std::string(150, 'W'), .category = "public.app-category.games"}, Opening::inFront);
+  machine.launch({.name = std::string(150, 'W'),
+                  .bundlePath = "/usr/share/applications/wide.desktop",
+                  .category = "public.app-category.games"},
+                 Opening::inFront);
   ASSERT_TRUE(engine.activeGame.get());
   EXPECT_EQ(tray.shownMenu()[0], "Boost on \u00B7 " + QString(39, u'W') + QChar(0x2026));
 }

@@ -7,7 +7,7 @@
 #include <QImage>
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
-#include <set>
+#include <vector>
 
 namespace vantle {
 namespace {
@@ -15,6 +15,11 @@ namespace {
 class AppRows : public ShownSettings {
  protected:
   AppRows() : ShownSettings(linuxWords) {}
+
+  static void gatherWidths(const QQuickItem& item, std::vector<qreal>& widths) {
+    if (const auto* image = qobject_cast<const AppImage*>(&item)) widths.push_back(image->width());
+    for (const QQuickItem* child : item.childItems()) gatherWidths(*child, widths);
+  }
 };
 
 // Whether they are installed or not, and whatever the theme knows of them: their names start at one place.
@@ -26,10 +31,11 @@ TEST_F(AppRows, WithoutAnIconOfTheirOwnHaveTheThemesGenericOne) {
   icons.file = folder.filePath("generic.png");
   ASSERT_TRUE(image.save(icons.file));
   settings.protectedApps.set({"org.mozilla.firefox", "no.such.app"});
+  model().setPaneIndex(static_cast<int>(Pane::boost));
   QCoreApplication::processEvents();
-  std::set<qreal> widths;
-  for (const AppImage* each : view().rootObject()->findChildren<AppImage*>()) widths.insert(each->width());
-  EXPECT_EQ(widths, std::set<qreal>{20});
+  std::vector<qreal> widths;
+  gatherWidths(*view().rootObject(), widths);
+  EXPECT_EQ(widths, (std::vector<qreal>{20, 20}));
 }
 
 } // namespace
