@@ -77,7 +77,7 @@ QString displayText(const std::string& utf8, const std::string& otherwise) {
 
 QString shownName(const AppRef& app, qsizetype longest) {
   const std::string name = app ? app->localizedName().value_or(std::string()) : std::string();
-  const QString shown = displayText(name, longest);
+  QString shown = displayText(name, longest);
   if (name.empty() || !shown.isEmpty()) return shown;
   return displayText(fileNameOf(app->executablePath().value_or(std::string())), longest);
 }
