@@ -177,16 +177,20 @@ class Performance {
     if (m_program.beside) turnToTheOther();
   }
 
-  // Another window of the same process, which is no game.
+  // The process goes on when the game's window is closed, with another one that is no game.
   void turnToTheOther() {
-    for (const auto& window : m_stage.desktop().windows().list()) {
-      if (window.pid != m_owner || window.title.find(m_program.title) != std::string::npos) continue;
-      m_stage.desktop().activate(window.id);
-      if (!waitUntil([&] { return !isBoosted(m_stage.status()); }, longestEffect))
-        wrong("the Boost goes on with an ordinary page in front");
-      return;
+    auto& desktop = m_stage.desktop();
+    std::uint32_t game = 0;
+    std::uint32_t other = 0;
+    for (const auto& window : desktop.windows().list()) {
+      if (window.pid != m_owner) continue;
+      (window.title.find(m_program.title) != std::string::npos ? game : other) = window.id;
     }
-    wrong("no other window");
+    if (game == 0 || other == 0) return wrong("no other window");
+    desktop.activate(other);
+    desktop.run({"wmctrl", "-i", "-c", std::to_string(game)});
+    if (!waitUntil([&] { return !isBoosted(m_stage.status()); }, longestEffect))
+      wrong("the Boost goes on without the game's window");
   }
 
   void describe(const Json& status) {
