@@ -194,6 +194,36 @@ TEST_F(X11WorkspaceTest, KnowsAWindowWithoutAnyProperty) {
   EXPECT_EQ(app->executablePath(), desktop::testWindow());
 }
 
+TEST_F(X11WorkspaceTest, KnowsAnAppByWhatItsWindowSaysLate) {
+  m_desktop.installDesktopFile(
+      "org.example.Office",
+      "[Desktop Entry]\nType=Application\nName=Office\nExec=true\nStartupWMClass=Office\n");
+  Program& program = window({"--class", "early", "--next-class", "Office"});
+  m_desktop.activate(program);
+  watch();
+  const AppRef app = appOf(program);
+  ASSERT_EQ(app->bundleIdentifier(), std::nullopt);
+  program.signal(SIGURG);
+  ASSERT_TRUE(runUntil([&] { return app->bundleIdentifier() == "org.example.Office"; }));
+  EXPECT_THAT(m_events, ElementsAre(event("activated", program, true)));
+}
+
+// Some programs change their title all the time.
+TEST_F(X11WorkspaceTest, ListensToAWindowForAsLongAsItTakesToSayWhoItIs) {
+  Program& program = window({"--class", "early", "--next-class", "late"});
+  X11Windows windows(m_loop, m_desktop.display());
+  ASSERT_TRUE(runUntil([&] { return windows.known().size() == 1; }));
+  const WindowFacts& facts = windows.known().begin()->second;
+  program.signal(SIGIO);
+  const auto lastTitle = [&] { return m_desktop.windows().list().at(0).title == "100"; };
+  desktop::require("all titles", lastTitle);
+  m_loop.runUntil([] { return false; }, std::chrono::milliseconds(200)); // all that was told of them
+  program.signal(SIGURG);
+  program.signal(SIGUSR2); // which is told of later
+  ASSERT_TRUE(runUntil([&] { return windows.known().size() == 2; }));
+  EXPECT_EQ(facts.className, "early");
+}
+
 // How many of this process's descriptors stand for processes.
 long processDescriptors() {
   long count = 0;
