@@ -36,6 +36,7 @@ struct AppSpec {
   std::optional<Pid> pid{};                    // a particular free one for its main process
   bool leadsSession = false;                   // its main process has a session of its own
   std::string place{};                         // that the desktop made for it
+  std::string origin{};                        // what its main process came with
   bool canComeToFront = true;
 };
 

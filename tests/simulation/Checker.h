@@ -119,6 +119,10 @@ class Checker {
   bool holds(const SimulatedApp& app, Pid pid) const; // in the tree of its main process, or as its own
   Pid appAbove(const SimulatedProcess& process) const;
   Pid ownerOfOrphan(const SimulatedProcess& process) const;
+  Pid onlyApp(const std::function<bool(const SimulatedProcess& root)>& fits) const;
+  Pid appLeftIn(Pid session) const;
+  bool standsWith(Pid app, const SimulatedProcess& process) const; // in one place
+  bool isGone(Pid session) const;                                  // its first process
   std::set<Pid> wrappersOf(const SimulatedProcess& app) const;
   void noteWrappers();
   Pid appAtOrInside(

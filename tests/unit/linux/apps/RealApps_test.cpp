@@ -6,6 +6,7 @@
 #include "engine/AppTrees.h"
 #include "platform/linux/apps/DesktopIdentity.h"
 #include "platform/linux/apps/InterpretedProgram.h"
+#include "platform/linux/process/ProcessOrigin.h"
 #include "platform/linux/programs/DesktopPrograms.h"
 
 #include <algorithm>
@@ -101,9 +102,8 @@ AppEvidence evidenceOf(const Json& row) {
     const InterpretedProgram run = interpretedProgram(fileNameOf(evidence.executable), evidence.arguments);
     evidence.program = textAt(*process.find("files"), run.file);
     evidence.names = programNames(run, evidence.program);
-  } else if (evidence.executable.find("/.mount_") != std::string::npos) {
-    evidence.program = textAt(process, "image");
   }
+  if (evidence.executable.find("/.mount_") != std::string::npos) evidence.program = textAt(process, "image");
   return evidence;
 }
 
@@ -140,8 +140,14 @@ class RecordedProcesses final : public ProcessTable {
       const ProcessRole role = isStarter(name)      ? ProcessRole::starter
                                : isSystemPart(name) ? ProcessRole::system
                                                     : ProcessRole::program;
-      add(pidOf(process, "number", 0), pidOf(process, "parent", 1), pidOf(process, "session", goneSession),
+      const Pid pid = pidOf(process, "number", 0);
+      add(pid, pidOf(process, "parent", 1), pidOf(process, "session", goneSession),
           process.unsignedAt("age").value_or(0), role);
+      m_origins[pid] = originOf(textAt(process, "executable"), [&](std::string_view variable) {
+        return variable == "HOME"       ? std::string("/home/person")
+               : variable == "APPIMAGE" ? textAt(ownerIn(row), "image")
+                                        : std::string();
+      });
     }
   }
 
@@ -158,6 +164,10 @@ class RecordedProcesses final : public ProcessTable {
     std::vector<ProcessRecord> all;
     for (const auto& [pid, record] : m_records) all.push_back(record);
     return all;
+  }
+  std::string origin(Pid pid) const override {
+    const auto found = m_origins.find(pid);
+    return found == m_origins.end() ? std::string() : found->second;
   }
   std::optional<std::string> executablePathBytes(Pid /*pid*/) const override { return {}; }
   std::optional<std::uint64_t> footprint(Pid /*pid*/) const override { return {}; }
@@ -179,6 +189,7 @@ class RecordedProcesses final : public ProcessTable {
   }
 
   std::map<Pid, ProcessRecord> m_records;
+  std::map<Pid, std::string> m_origins;
 };
 
 TEST(RealApps, OwnAllThatTheirStartHasBrought) {
