@@ -99,6 +99,25 @@ TEST_F(Ownership, AServiceIsNotAnAppsOrphanThoughTheyCameTogether) {
   EXPECT_EQ(look().appOf(service), 0);
 }
 
+// An office's window is there before the document that it is called after.
+TEST_F(Ownership, AnAppOfWhichMoreIsKnownLaterIsListedAndProtectedByThat) {
+  start();
+  settings->protectedApps.set({"org.example.Player"});
+  const SimulatedAppRef app = open("something.bin");
+  playGame();
+  app->spec = named("Office");
+  machine.workspace.addAgain(app);
+  machine.workspace.deliverAll();
+  EXPECT_THAT(engine->managedNames.get(), ElementsAre("Office"));
+  EXPECT_EQ(engine->managed().at(app->processIdentifier()).bundleID, "org.example.Office");
+  EXPECT_TRUE(isSlow(app));
+  app->spec = named("Player");
+  machine.workspace.addAgain(app);
+  machine.workspace.deliverAll();
+  EXPECT_FALSE(isSlow(app));
+  EXPECT_EQ(verdictOn(app), Verdict::protectedByPerson);
+}
+
 TEST_F(Ownership, WhatAnOrphanCameWithSaysMoreThanWhereItWasStarted) {
   const SimulatedAppRef terminal = openWithSession("Terminal");
   AppSpec spec = named("Browser");
