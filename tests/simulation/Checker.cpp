@@ -191,7 +191,7 @@ std::set<Pid> Checker::wrappersOf(const SimulatedProcess& app) const {
   bool isSystems = false;
   for (const auto& [pid, other] : m_machine.processes.all()) {
     const Pid owner = appAbove(other);
-    if (other.session != app.session) continue;
+    if (other.session != app.session || !isListed(other)) continue;
     if (owner != 0 && owner != app.pid) return {};
     isSystems = isSystems || other.role == ProcessRole::system;
   }
@@ -204,7 +204,8 @@ std::set<Pid> Checker::wrappersOf(const SimulatedProcess& app) const {
     if (std::any_of(all.begin(), all.end(), [&](const auto& entry) {
           const SimulatedProcess& child = entry.second;
           const bool isItsOwn = appAbove(child) == app.pid || wrappers.contains(child.pid);
-          return child.parent == at->pid && !isItsOwn && (isSystems || child.session != app.session);
+          return child.parent == at->pid && isListed(child) && !isItsOwn &&
+                 (isSystems || child.session != app.session);
         })) {
       break;
     }
@@ -238,10 +239,10 @@ Pid Checker::ownerOf(const SimulatedProcess& process) const {
   std::vector<const SimulatedProcess*> chain;
   for (const SimulatedProcess* at = &process; at != nullptr && at->role != ProcessRole::system;
        at = m_machine.processes.find(at->parent)) {
+    if (const Pid app = appAtOrInside(*at); app != 0) return app;
     chain.push_back(at);
   }
   for (auto one = chain.rbegin(); one != chain.rend(); ++one) {
-    if (const Pid app = appAtOrInside(**one); app != 0) return app;
     if (const Pid app = ownerOfOrphan(**one); app != 0) return app;
   }
   return 0;
@@ -268,7 +269,7 @@ Pid Checker::ownerOfOrphan(const SimulatedProcess& process) const {
     if (app != 0 && standsWith(app, process)) return app;
   }
   const SimulatedProcess* leader = m_machine.processes.find(process.session);
-  if (leader != nullptr && leader->pid > 1 && leader->pid != process.pid) {
+  if (leader != nullptr && isListed(*leader) && leader->pid > 1 && leader->pid != process.pid) {
     if (const Pid app = appAtOrInside(*leader); app != 0) return app;
   }
   if (!isLeftBehind) return 0;
@@ -295,9 +296,13 @@ bool Checker::standsWith(Pid app, const SimulatedProcess& process) const {
   return root != nullptr && placeOf(*root) == placeOf(process);
 }
 
+bool Checker::isListed(const SimulatedProcess& process) const {
+  return !process.isZombie || m_truth.listsZombies();
+}
+
 bool Checker::isGone(Pid session) const {
   const SimulatedProcess* leader = m_machine.processes.find(session);
-  return session > 1 && (leader == nullptr || leader->isZombie);
+  return session > 1 && (leader == nullptr || !isListed(*leader));
 }
 
 // The only app in a session whose first process has gone.
@@ -305,7 +310,7 @@ Pid Checker::appLeftIn(Pid session) const {
   if (!isGone(session)) return 0;
   std::set<Pid> apps;
   for (const auto& [pid, other] : m_machine.processes.all()) {
-    if (other.session != session) continue;
+    if (other.session != session || !isListed(other)) continue;
     if (other.role == ProcessRole::system) return 0;
     if (const Pid app = appAtOrInside(other); app != 0) apps.insert(app);
   }
