@@ -2,11 +2,13 @@
 #include "tests/unit/panel/PanelFixture.h"
 
 #include "look/Colors.h"
+#include "look/DisplayText.h"
 #include "panel/TrayItem.h"
 
 #include <QDateTime>
 #include <QGuiApplication>
 #include <QKeyEvent>
+#include <QLocale>
 #include <QScreen>
 #include <algorithm>
 #include <chrono>
@@ -226,12 +228,24 @@ TEST_F(Panel, TurnsTheBoostOffForGood) {
   EXPECT_EQ(engine.activeGame.get(), nullptr);
 }
 
+TEST(PauseText, NamesTheDayUnlessItIsToday) {
+  const QLocale before;
+  QLocale::setDefault(QLocale::c());
+  const QDateTime end({2026, 11, 24}, {0, 5});
+  const Pause pause{.end = std::chrono::system_clock::from_time_t(end.toSecsSinceEpoch())};
+  EXPECT_EQ(pauseText(pause, {2026, 11, 24}), "Paused until 00:05");
+  EXPECT_EQ(pauseText(pause, {2026, 11, 23}), "Paused until Tue 24 Nov, 00:05");
+  EXPECT_EQ(pauseText(std::nullopt, {2026, 11, 23}), "");
+  QLocale::setDefault(before);
+}
+
 TEST_F(Panel, ShowsUntilWhenBoostsArePaused) {
   openWithSample();
   engine.startPause(std::chrono::minutes(30));
   const QDateTime end = QDateTime::fromSecsSinceEpoch(
       std::chrono::system_clock::to_time_t(machine.clock.now() + std::chrono::minutes(30)));
-  const QString line = "Paused until " + end.toString("HH:mm");
+  const QString line = pauseText(engine.pause.get());
+  EXPECT_TRUE(line.endsWith(end.toString("HH:mm"))) << line.toStdString();
   EXPECT_TRUE(texts().contains(line)) << texts().join('|').toStdString();
   machine.activate(desktop.game);
   EXPECT_TRUE(texts().contains(line));
