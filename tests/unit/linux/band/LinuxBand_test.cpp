@@ -150,7 +150,7 @@ TEST_F(LinuxBandTest, ASessionWithOthersInItIsLeftAlone) {
     const Pid app = shell.ask('f');
     const Pid other = shell.ask('f');
     Band band;
-    EXPECT_EQ(refusalsAmong(band.answersFor(app, {app})), std::vector{BandRefusal::shared});
+    EXPECT_EQ(refusalsAmong(band.answersFor(app, {app}, {other})), std::vector{BandRefusal::shared});
     band.settled();
     for (const Pid pid : {shell.pid(), app, other}) {
       EXPECT_EQ(band.band.isInBackgroundBand(pid), false);
