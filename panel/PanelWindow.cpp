@@ -105,7 +105,14 @@ void PanelWindow::keyPressEvent(QKeyEvent* event) {
 
 QScreen* PanelWindow::screenOfAnchor() const {
   QScreen* screen = m_anchor ? QGuiApplication::screenAt(m_anchor->center()) : nullptr;
-  return screen != nullptr ? screen : QGuiApplication::primaryScreen();
+  return screen != nullptr ? screen : screenOfTray();
+}
+
+QScreen* PanelWindow::screenOfTray() {
+  const QList<QScreen*> screens = QGuiApplication::screens(); // the primary one is the first
+  std::vector<std::pair<QRect, QRect>> areas;
+  for (const QScreen* each : screens) areas.emplace_back(each->geometry(), each->availableGeometry());
+  return screens.isEmpty() ? nullptr : screens[static_cast<qsizetype>(likelyScreen(areas))];
 }
 
 // The anchor, or where trays usually are; also when the anchor's screen is gone.

@@ -39,6 +39,7 @@ class PanelWindow : public QQuickWindow {
   void leave();
   void place();
   QScreen* screenOfAnchor() const;
+  static QScreen* screenOfTray();
   QRect anchorOn(const QScreen& screen) const;
   void followScreens();
 

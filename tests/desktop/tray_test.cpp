@@ -217,6 +217,49 @@ TEST_F(Tray, AnAppMenuOpensThePanelOverABarAtTheBottom) {
   })) << testing::PrintToString(place);
 }
 
+// Two screens side by side, of different heights. Bars are told of by windows that say what one takes.
+class TwoScreens : public Tray {
+ protected:
+  TwoScreens() {
+    require("two screens", [this] {
+      return desktop.run({"xrandr", "--setmonitor", "left", "640/200x800/200+0+0", "screen"}) &&
+             desktop.run({"xrandr", "--setmonitor", "right", "640/200x700/200+640+0", "none"});
+    });
+    m_bar = std::to_string(desktop.waitForWindow(desktop.launch({testWindow(), "--title", "bar"}).pid()).id);
+  }
+
+  // Left, right, top, bottom, and from where to where on each of them.
+  void barTakes(const std::string& numbers) {
+    ASSERT_TRUE(desktop.run({"xprop", "-id", m_bar, "-f", "_NET_WM_STRUT_PARTIAL", "32c", "-set",
+                             "_NET_WM_STRUT_PARTIAL", numbers}));
+  }
+  void expectAt(int right, int bottom) {
+    std::vector<int> place;
+    EXPECT_TRUE(waitUntil([&] {
+      place = lastPlace();
+      return place.size() == 4 && place[0] + place[2] == right && place[1] + place[3] == bottom;
+    })) << testing::PrintToString(place);
+  }
+
+ private:
+  std::string m_bar;
+};
+
+TEST_F(TwoScreens, ThePanelStandsOnTheBarOfItsScreen) {
+  barTakes("0,0,0,130,0,0,0,0,0,0,640,1279"); // 30 of the right one, over the 100 that it is lower
+  startHost();
+  desktop.waitForBusName("com.halvo.vantle");
+  ASSERT_TRUE(desktop.callApplication("Activate"));
+  expectAt(1276, 666);
+  barTakes("0,0,0,50,0,0,0,0,0,0,0,639");
+  ASSERT_TRUE(desktop.run({"xdotool", "key", "Escape"}));
+  ASSERT_TRUE(waitUntil([this] { return countOf("closed") == 1; }));
+  ASSERT_TRUE(desktop.callApplication("Activate"));
+  expectAt(636, 746);
+  barTakes("0,0,0,80,0,0,0,0,0,0,0,639"); // it grows under the panel
+  expectAt(636, 716);
+}
+
 TEST_F(Tray, ItsMenuOpensThePanelWhereThePointerIs) {
   desktop.launch(barAtTheBottom);
   startHost();
