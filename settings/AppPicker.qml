@@ -90,7 +90,7 @@ FocusScope {
 
             PushButton {
                 text: dialog.model.browsing ? qsTr("Installed Apps") : qsTr("Other…")
-                help: dialog.model.browsing ? "" : qsTr("Choose a desktop file in any folder")
+                help: dialog.model.browsing ? "" : qsTr("Choose an app or a program in any folder")
                 onTriggered: dialog.model.browsing ? dialog.model.showInstalled() : dialog.model.browse()
             }
             Row {
