@@ -21,6 +21,7 @@ Pressable {
     Accessible.role: Accessible.PageTab
     Accessible.selectable: true
     Accessible.selected: selected
+    Accessible.onPressAction: trigger() // the role has none of its own
 
     RoundedBox {
         anchors.fill: parent
