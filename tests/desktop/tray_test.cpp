@@ -137,8 +137,63 @@ TEST_F(Tray, InAnOlderTrayTheWheelDoesNothingAndTheMiddleButtonSwitchesTheBoost)
   ASSERT_TRUE(desktop.run({"xdotool", "mousemove", iconX, iconY, "click", "2"}));
   EXPECT_TRUE(becomes("Asteroids on"));
   EXPECT_EQ(countOf("opened ") + countOf("closed"), 0);
-  ASSERT_TRUE(desktop.run({"xdotool", "mousemove", iconX, iconY, "click", "3"}));
+}
+
+TEST_F(Tray, InAnOlderTrayTheThirdButtonShowsTheMenu) {
+  startHost();
+  desktop.launch({"trayer", "--edge", "top", "--align", "left", "--height", "30", "--widthtype", "request"});
+  require("the icon", [this] {
+    desktop.run({"xdotool", "mousemove", iconX, iconY, "click", "3"});
+    return waitUntil([&] { return countOf("menu ") == 1; }, std::chrono::milliseconds(1500));
+  });
+  const std::vector<int> place = lastMenu();
+  EXPECT_GT(place.at(1), 20) << "below the icon";
+  EXPECT_LT(place.at(1), 60);
+  EXPECT_GT(place.at(2), 180) << "room for its longest line";
+  EXPECT_EQ(place.at(3), 4 * 30 + 9 + 8) << "four lines, and one between them";
+  ASSERT_TRUE(desktop.run({"xdotool", "key", "Escape"}));
+  ASSERT_TRUE(tells("boost"));
+  const auto chooses = [this](const std::vector<std::string>& keys) {
+    const long before = countOf("menu ");
+    // A click right after the menu was closed counts as the one that has closed it.
+    require("the menu", [&] {
+      desktop.run({"xdotool", "mousemove", iconX, iconY, "click", "3"});
+      return waitUntil([&] { return countOf("menu ") > before; }, std::chrono::milliseconds(1500));
+    });
+    const std::uint32_t window = desktop.waitForWindow(m_host->pid()).id;
+    require("the keyboard", [&] { return desktop.windows().active() == window; });
+    std::vector<std::string> command{"xdotool", "key", "--delay", "50"};
+    command.insert(command.end(), keys.begin(), keys.end());
+    ASSERT_TRUE(desktop.run(command));
+  };
+  chooses({"Return"}); // what names the Boost app is passed by
+  EXPECT_TRUE(becomes("idle on"));
+  chooses({"Down", "Down", "Return"});
+  EXPECT_TRUE(becomes("idle off"));
+  chooses({"Home", "Return"});
   EXPECT_TRUE(waitUntil([this] { return countOf("opened ") == 1; }));
+  EXPECT_LT(lastPlace().at(1), 60) << "beside the icon";
+  ASSERT_TRUE(desktop.run({"xdotool", "key", "Escape"}));
+  EXPECT_TRUE(waitUntil([this] { return countOf("closed") == 1; }));
+  chooses({"End", "Return"});
+  EXPECT_TRUE(waitUntil([this] { return countOf("quit") == 1; }));
+}
+
+TEST_F(Tray, InAnOlderTrayATipSaysWhatIsGoingOn) {
+  startHost();
+  desktop.launch({"trayer", "--edge", "top", "--align", "left", "--height", "30", "--widthtype", "request"});
+  const auto isShown = [this](const std::string& tip) {
+    return desktop.run({"xdotool", "search", "--onlyvisible", "--name", "^" + tip});
+  };
+  require("the tip", [&] {
+    desktop.run({"xdotool", "mousemove", "900", "700", "mousemove", iconX, iconY});
+    return waitUntil([&] { return isShown("Boost off"); }, std::chrono::milliseconds(1500));
+  });
+  ASSERT_TRUE(tells("boost"));
+  EXPECT_TRUE(waitUntil([&] { return isShown("Boost on"); })) << "also while it is shown";
+  EXPECT_FALSE(isShown("Boost off"));
+  ASSERT_TRUE(desktop.run({"xdotool", "mousemove", "900", "700"}));
+  EXPECT_TRUE(waitUntil([&] { return !isShown("Boost on"); }));
 }
 
 TEST_F(Tray, ASecondTrayOfTheNewerKindTakesTheIconOver) {
