@@ -19,7 +19,7 @@ FocusScope {
         column.forceLayout();
     }
     function enter() {
-        shownLines()[0].forceActiveFocus(Qt.PopupFocusReason);
+        shownLines()[0]?.forceActiveFocus(Qt.PopupFocusReason);
     }
     function step(by) {
         const shown = shownLines();

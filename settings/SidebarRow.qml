@@ -9,10 +9,12 @@ Pressable {
     property string title
     property string symbol
     property bool selected
+    property bool isNarrow: false // only the symbol
     property color color: Look.accent
     readonly property color ink: selected ? "white" : Look.primary
 
     label: title
+    tip: isNarrow ? title : ""
     ringRadius: 8
     ringGap: 0
     implicitHeight: words.implicitHeight + 12
@@ -39,6 +41,7 @@ Pressable {
     }
     Words {
         id: words
+        visible: !row.isNarrow
         anchors.left: picture.right
         anchors.leftMargin: 8
         anchors.right: parent.right

@@ -191,6 +191,36 @@ TEST(SettingsOnTwoScreens, FitBetweenTheBarsOfTheirs) {
   EXPECT_THAT(state, HasSubstr("in sight"));
 }
 
+// Where no minimum size counts.
+TEST(SettingsOnI3, AreOfUseInANarrowTile) {
+  VirtualDesktop::Options options;
+  options.windowManager = false;
+  VirtualDesktop desktop(options);
+  desktop.launch({"i3", "-c", desktop.folder().write("i3.config", "# i3 config file (v4)\n").string()});
+  require("the window manager", [&] { return desktop.windows().hasWindowManager(); });
+  SettingsProgram settings(desktop, VANTLE_TEST_SETTINGS);
+  settings.say("show");
+  require("the window is active", [&] { return settings.isActive(); });
+  for (int count = 0; count < 4; ++count)
+    desktop.waitForWindow(desktop.launch({testWindow(), "--title", "beside"}).pid());
+  int width = 0;
+  int height = 0;
+  EXPECT_TRUE(waitUntil([&] {
+    const std::string state = settings.tells("state");
+    const std::size_t at = state.find("size ");
+    return at != std::string::npos && std::sscanf(state.c_str() + at, "size %dx%d", &width, &height) == 2 &&
+           width < 300;
+  })) << settings.tells("state");
+  for (const char* label : {"Games launched with CrossOver, Wine", "Remove Minecraft Launcher",
+                            "Quit the apps I mark as quittable", "Add Quittable App…"}) {
+    int x = 0;
+    int y = 0;
+    const std::string answer = settings.tells(std::string("where ") + label);
+    ASSERT_EQ(std::sscanf(answer.c_str(), "at %d %d", &x, &y), 2) << answer;
+    EXPECT_TRUE(x > 44 && x < width - 10 && y > 0 && y < height) << label << ": " << answer;
+  }
+}
+
 TEST_F(SettingsOnADesktop, ComesBackAsItWasLeft) {
   click("Updates");
   ASSERT_TRUE(desktop.run({"wmctrl", "-i", "-r", windowId, "-e", "0,120,90,720,500"}));

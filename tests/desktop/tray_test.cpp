@@ -315,6 +315,43 @@ TEST_F(TwoScreens, ThePanelStandsOnTheBarOfItsScreen) {
   expectAt(636, 716);
 }
 
+// It tiles windows, and tells nobody which bars there are.
+class TrayOnI3 : public Tray {
+ protected:
+  TrayOnI3() : Tray({.user = {}, .windowManager = false}) {}
+
+  void startI3(const std::string& edge) {
+    const auto file =
+        desktop.folder().write("i3.config", "# i3 config file (v4)\nbar {\nposition " + edge + "\n}\n");
+    desktop.launch({"i3", "-c", file.string()});
+    require("the window manager", [this] { return desktop.windows().hasWindowManager(); });
+    startHost();
+    desktop.waitForBusName("com.halvo.vantle");
+  }
+};
+
+TEST_F(TrayOnI3, ThePanelFloatsOverTheBar) {
+  startI3("bottom");
+  ASSERT_TRUE(desktop.callApplication("Activate"));
+  std::vector<int> place;
+  EXPECT_TRUE(waitUntil([&] {
+    place = lastPlace();
+    return place.size() == 4 && place[0] + place[2] == 1276 && place[1] + place[3] > 750 &&
+           place[1] + place[3] < 790;
+  })) << testing::PrintToString(place);
+  EXPECT_EQ(place[2], 360);
+}
+
+TEST_F(TrayOnI3, ThePanelHangsFromTheBar) {
+  startI3("top");
+  ASSERT_TRUE(desktop.callApplication("Activate"));
+  std::vector<int> place;
+  EXPECT_TRUE(waitUntil([&] {
+    place = lastPlace();
+    return place.size() == 4 && place[0] + place[2] == 1276 && place[1] > 12 && place[1] < 40;
+  })) << testing::PrintToString(place);
+}
+
 TEST_F(Tray, ItsMenuOpensThePanelWhereThePointerIs) {
   desktop.launch(barAtTheBottom);
   startHost();

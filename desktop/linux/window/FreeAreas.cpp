@@ -9,12 +9,14 @@
 #include <qpa/qplatformscreen.h>
 #include <qpa/qwindowsysteminterface.h>
 #include <span>
+#include <utility>
 
 namespace vantle {
 namespace {
 
 constexpr std::uint32_t mostClients = 1024;
 constexpr std::uint32_t longestStrut = 12; // numbers
+constexpr int framesAndTheirs = 2;         // how far down the tree of windows
 
 std::span<const std::uint32_t> numbersOf(const xcb_get_property_reply_t* reply) {
   if (reply == nullptr || reply->format != 32) return {};
@@ -67,37 +69,65 @@ void FreeAreas::handle(const xcb_generic_event_t& event) {
   }
   if (type == XCB_CONFIGURE_NOTIFY) {
     const auto& root = reinterpret_cast<const xcb_configure_notify_event_t&>(event);
+    if (root.window != m_server->screen().root) return;
     m_desktop = {root.width, root.height};
     tellScreens();
   }
+  if (type == XCB_MAP_NOTIFY || type == XCB_UNMAP_NOTIFY) m_isReadingWanted = true;
 }
 
 // The last of the atoms is there when all are.
 void FreeAreas::act() {
   if (!m_isReadingWanted || m_unanswered > 0 || m_atoms.clients == XCB_NONE) return;
   m_isReadingWanted = false;
-  m_unanswered = 1;
-  const auto cookie = xcb_get_property(m_server->raw(), 0, m_server->screen().root, m_atoms.clients,
-                                       XCB_ATOM_WINDOW, 0, mostClients);
-  m_server->expect(cookie.sequence,
-                   [this](const void* reply) { ask(static_cast<const xcb_get_property_reply_t*>(reply)); });
+  m_found.clear();
+  m_unanswered = 2;
+  const xcb_window_t root = m_server->screen().root;
+  const auto area = xcb_get_property(m_server->raw(), 0, root, m_atoms.workArea, XCB_ATOM_CARDINAL, 0, 1);
+  m_server->expect(area.sequence, [this](const void* reply) {
+    lookForBars(numbersOf(static_cast<const xcb_get_property_reply_t*>(reply)).empty());
+    answered();
+  });
+  const auto clients =
+      xcb_get_property(m_server->raw(), 0, root, m_atoms.clients, XCB_ATOM_WINDOW, 0, mostClients);
+  m_server->expect(clients.sequence, [this](const void* reply) {
+    for (const xcb_window_t window : numbersOf(static_cast<const xcb_get_property_reply_t*>(reply)))
+      askFor(window, m_atoms.partial);
+    if (m_isLookedFor) askBelow(m_server->screen().root, framesAndTheirs);
+    answered();
+  });
 }
 
-void FreeAreas::ask(const xcb_get_property_reply_t* clients) {
-  m_found.clear();
-  const auto windows = numbersOf(clients);
-  m_unanswered += windows.size();
-  for (const xcb_window_t window : windows) askFor(window, m_atoms.partial);
-  answered();
+// A window manager that writes no work area (i3) does not list bars among its windows either.
+void FreeAreas::lookForBars(bool look) {
+  if (std::exchange(m_isLookedFor, look) == look) return;
+  const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY |
+                             (look ? XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY : XCB_EVENT_MASK_NO_EVENT);
+  xcb_change_window_attributes(m_server->raw(), m_server->screen().root, XCB_CW_EVENT_MASK, &mask);
+}
+
+void FreeAreas::askBelow(xcb_window_t window, int depth) {
+  ++m_unanswered;
+  const auto cookie = xcb_query_tree(m_server->raw(), window);
+  m_server->expect(cookie.sequence, [this, depth](const void* reply) {
+    const auto* tree = static_cast<const xcb_query_tree_reply_t*>(reply);
+    const std::size_t count = tree != nullptr ? tree->children_len : 0;
+    for (const xcb_window_t child : std::span(count > 0 ? xcb_query_tree_children(tree) : nullptr, count)) {
+      askFor(child, m_atoms.partial);
+      if (depth > 1) askBelow(child, depth - 1);
+    }
+    answered();
+  });
 }
 
 void FreeAreas::askFor(xcb_window_t window, xcb_atom_t property) {
+  ++m_unanswered;
   const auto cookie =
       xcb_get_property(m_server->raw(), 0, window, property, XCB_ATOM_CARDINAL, 0, longestStrut);
   m_server->expect(cookie.sequence, [this, window, property](const void* reply) {
     const auto numbers = numbersOf(static_cast<const xcb_get_property_reply_t*>(reply));
     const auto strut = strutOf(numbers.data(), numbers.size());
-    if (!strut && property == m_atoms.partial) return askFor(window, m_atoms.plain);
+    if (!strut && property == m_atoms.partial) askFor(window, m_atoms.plain);
     if (strut) m_found.push_back(*strut);
     answered();
   });

@@ -35,13 +35,15 @@ class FreeAreas : public QObject {
   void learn(xcb_atom_t& atom, const char* name);
   void handle(const xcb_generic_event_t& event);
   void act();
-  void ask(const xcb_get_property_reply_t* clients);
+  void lookForBars(bool look);
+  void askBelow(xcb_window_t window, int depth);
   void askFor(xcb_window_t window, xcb_atom_t property);
   void answered();
   void follow(QScreen* screen);
   void tellScreens();
 
   Atoms m_atoms;
+  bool m_isLookedFor = false;    // the bars: nobody tells which there are
   bool m_isReadingWanted = true; // done once, however often it is wanted meanwhile
   std::size_t m_unanswered = 0;  // questions of the reading that is under way
   std::vector<Strut> m_found;    // by it
