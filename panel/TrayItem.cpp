@@ -52,7 +52,8 @@ TrayActions TrayItem::actions() {
                 m_lastPlace = place;
                 m_panel.toggle(place);
               },
-          .middleClicked = [this] { switchBoost(); }};
+          .middleClicked = [this] { switchBoost(); },
+          .menuWanted = [this](const QRect& place) { m_panel.toggleMenu(place, menu()); }};
 }
 
 std::vector<TrayEntry> TrayItem::menu() {

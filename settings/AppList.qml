@@ -69,21 +69,27 @@ Column {
             }
         }
     }
-    Item {
+    Flow {
         width: parent.width
-        height: 40
+        topPadding: 6
+        bottomPadding: 6
+        spacing: 6
 
         PushButton {
             id: addButton
-            anchors.verticalCenter: parent.verticalCenter
             text: list.addTitle
             help: list.title
             tip: ""
             onTriggered: list.picker.openFor(list.apps)
         }
+        Item {
+            // Keeps the other button at the right edge while both stand on one line.
+            width: Math.max(0, parent.width - addButton.width - restoreButton.width - 2 * parent.spacing)
+            height: 1
+            visible: restoreButton.visible && width > 0
+        }
         PushButton {
-            anchors.right: parent.right
-            anchors.verticalCenter: parent.verticalCenter
+            id: restoreButton
             visible: list.apps.restorable
             text: qsTr("Restore defaults")
             help: list.title

@@ -14,6 +14,7 @@ struct InstalledApplication {
   std::string icon;       // a themed icon name or the absolute path of a picture; empty when it has none
   std::string path;       // of its bundle or desktop file
   std::string words = {}; // by which people may look for it, beside its name
+  bool isByName = false;  // it runs under no bundle identifier: the key is its name
   bool operator==(const InstalledApplication&) const = default;
 };
 
@@ -31,8 +32,8 @@ class ApplicationCatalog {
   // What people call the app of that key, installed or not. Absent when this platform knows no name for it.
   virtual std::optional<std::string> knownName(const std::string& key) const = 0;
 
-  // The app behind a bundle or desktop file that the person picked anywhere on the disk. Absent when the file
-  // is none, or of an app that cannot be chosen.
+  // The app behind a bundle, desktop file or program that the person picked anywhere on the disk. Absent when
+  // the file is none, or of an app that cannot be chosen or would not be known again.
   virtual std::optional<InstalledApplication> applicationAt(const std::string& path) const = 0;
 };
 

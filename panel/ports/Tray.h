@@ -25,6 +25,8 @@ struct TrayActions {
   // Where the icon is, in device-independent screen coordinates; absent when the tray does not know.
   std::function<void(std::optional<QRect>)> clicked;
   std::function<void()> middleClicked;
+  // Of a tray that shows no menu by itself: beside the icon, which is there.
+  std::function<void(QRect)> menuWanted;
 };
 
 // A line of the menu.

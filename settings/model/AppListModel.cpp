@@ -8,10 +8,10 @@
 
 namespace vantle {
 
-AppListModel::AppListModel(Keys& keys, const ApplicationCatalog& catalog, std::function<void()> changed,
-                           std::vector<std::string> defaults)
-    : m_keys(keys), m_catalog(catalog), m_changed(std::move(changed)), m_defaults(std::move(defaults)),
-      m_observer(keys.observe([this] { follow(); })) {
+AppListModel::AppListModel(Keys& keys, const ApplicationCatalog& catalog, Takes takes,
+                           std::function<void()> changed, std::vector<std::string> defaults)
+    : m_keys(keys), m_catalog(catalog), m_takes(takes), m_changed(std::move(changed)),
+      m_defaults(std::move(defaults)), m_observer(keys.observe([this] { follow(); })) {
   follow();
 }
 

@@ -165,21 +165,25 @@ std::vector<AppPickerModel::Entry> AppPickerModel::installed() const {
   return entries;
 }
 
-// The folder above, the folders inside, and the desktop files that stand for apps.
+// The folder above, the folders inside, and the desktop files and programs that stand for apps. Files are
+// found by what they are called as well.
 std::vector<AppPickerModel::Entry> AppPickerModel::contents(const QString& path) const {
   const auto folder = [](const QString& name, const QString& at) {
     const QString shown = displayText(name.toStdString());
     return Entry{shown, QStringLiteral("folder"), {}, at, folded(shown)};
   };
   std::vector<Entry> entries;
+  if (!isOpen()) return entries;
   const QDir here(path);
   if (!here.isRoot()) entries.push_back(folder(QStringLiteral(".."), path + QStringLiteral("/..")));
   const auto order = QDir::Name | QDir::IgnoreCase;
   for (const QFileInfo& info : here.entryInfoList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot, order))
     entries.push_back(folder(info.fileName(), info.absoluteFilePath()));
-  for (const QFileInfo& info : here.entryInfoList({QStringLiteral("*.desktop")}, QDir::Files, order)) {
+  for (const QFileInfo& info : here.entryInfoList(QDir::Files, order)) {
     const auto application = m_catalog.applicationAt(info.absoluteFilePath().toStdString());
-    if (application) entries.push_back(entryFor(*application));
+    if (!application || !m_target->takes(*application)) continue;
+    entries.push_back(entryFor(*application));
+    entries.back().sought += u' ' + folded(displayText(info.fileName().toStdString()));
   }
   return entries;
 }

@@ -11,8 +11,8 @@
 
 namespace vantle {
 
-// The dialog in which the person picks one app for a list: from the installed ones, or a desktop file in any
-// folder. What it shows is made when it opens and let go when it closes.
+// The dialog in which the person picks one app for a list: from the installed ones, or a desktop file or a
+// program in any folder. What it shows is made when it opens and let go when it closes.
 class AppPickerModel : public QAbstractListModel {
   Q_OBJECT
   QML_ELEMENT

@@ -71,7 +71,7 @@ set(look/ports_headers "${standard}|${toolkit}")
 set(panel/ports_headers "${standard}|${toolkit}")
 set(settings/ports_headers "${standard}|${toolkit}")
 set(desktop_headers "${standard}|${toolkit}")
-set(desktop/linux_headers "${standard}|${toolkit}|xcb/xcb\\.h|malloc\\.h|wayland-client\\.h|qpa/qplatform(nativeinterface|screen)\\.h|private/qhighdpiscaling_p\\.h|poll\\.h|unistd\\.h|sys/(mman|socket|un)\\.h")
+set(desktop/linux_headers "${standard}|${toolkit}|xcb/xcb\\.h|malloc\\.h|wayland-client\\.h|qpa/(qplatform(nativeinterface|screen)|qwindowsysteminterface)\\.h|private/qhighdpiscaling_p\\.h|poll\\.h|unistd\\.h|sys/(mman|socket|un)\\.h")
 set(app_headers "${standard}|${toolkit}")
 # The one source of all that knows the JSON library, and the engine's own knowledge that a platform still uses.
 set(exceptions "base/Json.cpp <nlohmann/json.hpp>" "platform/linux/LinuxMachine.cpp <engine/AppTrees.h>")

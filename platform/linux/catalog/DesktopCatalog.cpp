@@ -2,7 +2,9 @@
 #include "platform/linux/catalog/DesktopCatalog.h"
 
 #include "base/Text.h"
+#include "platform/linux/apps/DesktopIdentity.h"
 #include "platform/linux/apps/IdentifierMap.h"
+#include "platform/linux/catalog/ProgramFile.h"
 #include "platform/linux/programs/DesktopPrograms.h"
 
 #include <filesystem>
@@ -63,18 +65,36 @@ std::optional<std::string> DesktopCatalog::knownName(const std::string& key) con
 }
 
 std::optional<InstalledApplication> DesktopCatalog::applicationAt(const std::string& path) const {
-  const std::filesystem::path file(path);
-  if (file.extension() != ".desktop") return std::nullopt;
+  const bool isDesktopFile = std::filesystem::path(path).extension() == ".desktop";
+  const std::optional<InstalledApplication> application =
+      isDesktopFile ? byDesktopFile(path) : byProgram(path);
+  return application && canBeChosen(*application) ? application : std::nullopt;
+}
+
+std::optional<InstalledApplication> DesktopCatalog::byDesktopFile(const std::string& path) const {
   std::optional<InstalledApplication> application;
   // One of the installed files goes by its full id, which holds the folders above it.
   for (const DesktopEntry& entry : m_installed->all()) {
     if (entry.path == path) application = described(entry);
   }
-  if (!application) {
-    const std::optional<DesktopEntry> entry = readDesktopEntry(path, file.stem().string());
-    if (entry) application = described(*entry);
-  }
-  return application && canBeChosen(*application) ? application : std::nullopt;
+  if (application) return application;
+  const std::optional<DesktopEntry> entry =
+      readDesktopEntry(path, std::filesystem::path(path).stem().string());
+  return entry ? std::optional(described(*entry)) : std::nullopt;
+}
+
+std::optional<InstalledApplication> DesktopCatalog::byProgram(const std::string& path) const {
+  const std::optional<AppEvidence> evidence = evidenceOfProgram(path);
+  if (!evidence) return {};
+  if (const DesktopEntry* const entry = findEntry(*evidence, m_installed->all())) return described(*entry);
+  AppIdentity identity = identityOf(*evidence, nullptr);
+  InstalledApplication application;
+  application.isByName = !identity.bundleIdentifier;
+  application.name = identity.bundleIdentifier.value_or(identity.localizedName);
+  application.key = application.name;
+  application.path = path;
+  application.words = fileNameOf(path);
+  return application;
 }
 
 } // namespace vantle

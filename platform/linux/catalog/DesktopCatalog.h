@@ -21,6 +21,9 @@ class DesktopCatalog final : public ApplicationCatalog {
   std::optional<InstalledApplication> applicationAt(const std::string& path) const override;
 
  private:
+  std::optional<InstalledApplication> byDesktopFile(const std::string& path) const;
+  std::optional<InstalledApplication> byProgram(const std::string& path) const;
+
   std::shared_ptr<DesktopEntries> m_installed; // reads a folder again when it has changed
 };
 

@@ -4,6 +4,7 @@
 #include "look/Colors.h"
 #include "look/DisplayText.h"
 #include "panel/TrayItem.h"
+#include "tests/unit/look/ScreenReader.h"
 
 #include <QDateTime>
 #include <QGuiApplication>
@@ -352,6 +353,26 @@ TEST_F(Panel, ItsTrayMenuNamesTheBoostAppAndTurnsTheBoostOff) {
   tray.choose("Start Boost automatically");
   EXPECT_FALSE(engine.automatic.get());
   EXPECT_TRUE(tray.shownMenu().contains("Start Boost automatically"));
+}
+
+// Of a tray that leaves the menu to the program.
+TEST_F(Panel, ItsTrayMenuIsShownBesideTheIconAndLeadsOn) {
+  LastFace tray;
+  const TrayItem item(engine, panel, tray);
+  const ScreenReader reader;
+  desktop = openSampleDesktop(machine);
+  machine.activate(desktop.game);
+  const QRect icon(10, 4, 22, 22);
+  tray.actions.menuWanted(icon);
+  QQuickWindow* const window = panel.menu().window();
+  ASSERT_TRUE(window != nullptr && window->isVisible());
+  EXPECT_EQ(window->y(), icon.bottom() + 5);
+  EXPECT_THAT(
+      ScreenReader::linesOf(window),
+      testing::IsSupersetOf({"other: Boost on · Asteroids", "other: Turn off Boost", "other: Open Vantle",
+                             "other: Start Boost automatically, checked", "other: Quit Vantle"}));
+  tray.actions.menuWanted(icon);
+  EXPECT_FALSE(window->isVisible()) << "the same click once more";
 }
 
 TEST_F(Panel, TheMiddleButtonOnItsTrayIconTurnsBoostOnForTheAppInFrontAndOff) {

@@ -36,5 +36,11 @@ TEST_F(PanelTranslated, HasRoomForEveryTextAndMissesNone) {
   EXPECT_TRUE(panel.window()->model().leftAlone().startsWith("[On your list: Music"));
 }
 
+TEST_F(PanelTranslated, IsSoInTheIconsMenuToo) {
+  panel.toggleMenu({10, 4, 22, 22},
+                   {{.label = "[Boost onoo]"}, {.label = "[Start Boost automaticallyoooooo oo]"}});
+  PseudoLanguage::expectEverywhere(*panel.menu().window()->contentItem(), {});
+}
+
 } // namespace
 } // namespace vantle

@@ -310,6 +310,33 @@ TEST_F(SettingsModelTest, PickerBrowsesFoldersForDesktopFiles) {
   EXPECT_FALSE(picker.isBrowsing());
 }
 
+TEST_F(SettingsModelTest, PickerOffersProgramsWhereTheListCanHoldThem) {
+  const QTemporaryDir folder;
+  const auto put = [&](const QString& name, InstalledApplication application) {
+    const QString file = folder.filePath(name);
+    QFile(file).open(QIODevice::WriteOnly);
+    catalog.elsewhere[file.toStdString()] = std::move(application);
+  };
+  put("Setup.exe", {.key = "Setup", .name = "Setup", .icon = {}, .path = {}, .isByName = true});
+  put("Krita-5.2.AppImage", {.key = "Krita-5.2", .name = "Krita-5.2", .icon = {}, .path = {}});
+  const QStringList all{"..", "Krita-5.2", "Setup"};
+  for (AppListModel* list : {boost.userGames(), boost.quittableApps()}) {
+    picker.openFor(list);
+    picker.browse(folder.path());
+    EXPECT_EQ(names(picker), all);
+  }
+  // Protection goes by identifiers, which a plain program has not.
+  picker.openFor(boost.protectedApps());
+  picker.browse(folder.path());
+  EXPECT_EQ(names(picker), (QStringList{"..", "Krita-5.2"}));
+
+  picker.openFor(boost.userGames());
+  picker.setSearch(folder.filePath("setup.EXE"));
+  EXPECT_EQ(names(picker), QStringList{"Setup"}) << "found by the file's name";
+  picker.activate(picker.current());
+  EXPECT_EQ(settings.userGames.get(), Keys{"Setup"});
+}
+
 TEST_F(SettingsModelTest, NamesFromOutsideCannotTurnTheTextAroundThem) {
   const std::string turned = "photo\u202Egnp.exe";
   const QString clean = QStringLiteral("photognp.exe");

@@ -511,6 +511,15 @@ TEST(DesktopIdentity, NamesAreFitToBeShown) {
   EXPECT_EQ(identityOf(evidence, nullptr).localizedName, std::string(200, 'x'));
 }
 
+TEST(IdentifierMap, AnAppImageWithoutADesktopFileGoesByItsFile) {
+  AppEvidence evidence = running("/tmp/.mount_KritaXy/usr/bin/krita");
+  evidence.program = "/home/someone/Krita-5.2.AppImage";
+  EXPECT_EQ(identityOf(evidence, nullptr).bundleIdentifier, "Krita-5.2");
+  EXPECT_EQ(identityOf(evidence, nullptr).localizedName, "krita");
+  evidence.program.clear(); // its environment cannot be read
+  EXPECT_EQ(identityOf(evidence, nullptr).bundleIdentifier, std::nullopt);
+}
+
 TEST(IdentifierMap, LinuxEditionsCarryTheNamesOfTheBuiltInLists) {
   const std::vector<std::pair<std::string, std::string>> cases{
       {"spotify", "com.spotify.client"},
