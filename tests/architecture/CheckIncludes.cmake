@@ -53,9 +53,12 @@ set(platform/shared_headers "${standard}|unicode/[a-z0-9]+\\.h|poll\\.h")
 set(platform/posix_headers
     "${standard}|(fcntl|poll|pthread|unistd|sys/(file|resource|stat|wait))\\.h")
 set(platform/linux_headers "${standard}|[a-z0-9_/-]+\\.h")
-# POSIX, and the system's own libraries in C.
+# POSIX, and the system's own libraries in C and in Objective-C.
 set(platform/darwin_headers
-    "${standard}|(fcntl|libproc|unistd)\\.h|sys/(resource|stat|sysctl|time)\\.h|dispatch/dispatch\\.h|CoreAudio/CoreAudio\\.h")
+    "${standard}|(fcntl|libproc|unistd)\\.h|sys/(resource|stat|sysctl|time)\\.h|dispatch/dispatch\\.h"
+    "(AppKit/AppKit|CoreAudio/CoreAudio|Foundation/Foundation|IOKit/pwr_mgt/IOPMLib)\\.h"
+    "(ServiceManagement/ServiceManagement|UserNotifications/UserNotifications)\\.h")
+string(JOIN "|" platform/darwin_headers ${platform/darwin_headers})
 set(platform/simulated_headers "${standard}")
 set(status_headers "${standard}")
 set(command_headers "${standard}")
@@ -101,8 +104,8 @@ foreach(room base engine engine/ports platform platform/shared platform/posix pl
       if(line MATCHES "${toolkit_of_systems}" AND NOT room STREQUAL desktop/linux)
         message(SEND_ERROR "${name} asks a system through the toolkit: ${line}")
       endif()
-      if(line MATCHES "#[ \t]*include[ \t]*\"([^\"]+)\"" AND DEFINED ${room}_rooms)
-        set(included ${CMAKE_MATCH_1})
+      if(line MATCHES "#[ \t]*(include|import)[ \t]*\"([^\"]+)\"" AND DEFINED ${room}_rooms)
+        set(included ${CMAKE_MATCH_2})
         set(allowed FALSE)
         foreach(prefix IN LISTS ${room}_rooms)
           if(included MATCHES "^${prefix}(/|$)" OR NOT included MATCHES "/")
@@ -114,8 +117,8 @@ foreach(room base engine engine/ports platform platform/shared platform/posix pl
         endif()
         list(REMOVE_ITEM exceptions "${name} <${included}>")
       endif()
-      if(line MATCHES "#[ \t]*include[ \t]*<([^>]+)>" AND DEFINED ${room}_headers)
-        set(included ${CMAKE_MATCH_1})
+      if(line MATCHES "#[ \t]*(include|import)[ \t]*<([^>]+)>" AND DEFINED ${room}_headers)
+        set(included ${CMAKE_MATCH_2})
         if(NOT included MATCHES "^(${${room}_headers})$" AND NOT "${name} <${included}>" IN_LIST exceptions)
           message(SEND_ERROR "${name} may not know of <${included}>")
         endif()
