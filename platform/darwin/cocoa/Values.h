@@ -9,7 +9,7 @@
 namespace vantle {
 
 // The text of a string; absent for anything else, nil included. A string of the system may hold what is no
-// text (half of a pair of code units): that becomes whatever the system puts in its place.
+// text: half of a pair of code units becomes one U+FFFD.
 std::optional<std::string> textOf(id object);
 
 // A string of any bytes, for as long as the pool around the caller; never nil.

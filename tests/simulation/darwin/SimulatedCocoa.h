@@ -5,6 +5,8 @@
 
 #include <map>
 #include <memory>
+#include <mutex>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -26,6 +28,18 @@ class SimulatedCocoa {
   bool endsAreTold = true;                      // of apps with a Dock icon; of the others never
   bool exitsAreFirst = true;                    // the process's end is told before the app's
   std::map<std::string, std::string> installed; // where the bundle of an identifier is
+
+  // Of the question who keeps the machine awake: whoever holds it keeps that from being answered.
+  std::mutex powerManagement;
+  int powerStatus = 0;           // what it answers with; the dictionary is there all the same
+  bool hasAssertions = true;     // the dictionary itself
+  bool assertionsAreOdd = false; // other things stand beside what is documented
+
+  // Of the notices, and of opening at login.
+  std::optional<std::string> ownBundle = "com.halvo.vantle"; // the program's; absent for a bare executable
+  std::vector<std::string> notices;                          // every message to the notification centre
+  long loginStatus = 3;                                      // never heard of
+  bool loginIsRefused = false;
 
   int objects() const; // that were made here and not released by everybody
 

@@ -4,6 +4,9 @@
 #include "base/Invariant.h"
 
 #import <AppKit/AppKit.h>
+#include <IOKit/pwr_mgt/IOPMLib.h>
+#import <ServiceManagement/ServiceManagement.h>
+#import <UserNotifications/UserNotifications.h>
 #include <algorithm>
 #include <optional>
 #include <string>
@@ -171,6 +174,172 @@ NSURL* fileFor(const std::optional<std::string>& path) {
 }
 @end
 
+// Counts itself as long as anybody has it.
+@interface SimulatedMarker : NSObject
+@end
+@implementation SimulatedMarker
+- (instancetype)init {
+  self = [super init];
+  ++livingObjects;
+  return self;
+}
+- (void)dealloc {
+  --livingObjects;
+  [super dealloc];
+}
+@end
+
+// Of the pool around it nothing is left when it returns.
+IOReturn IOPMCopyAssertionsByProcess(CFDictionaryRef* assertions) {
+  vantle::SimulatedCocoa& desktop = *cocoa;
+  const std::lock_guard answering(desktop.powerManagement);
+  @autoreleasepool {
+    NSMutableDictionary* const all = [[NSMutableDictionary alloc] init];
+    [all setObject:[[[SimulatedMarker alloc] init] autorelease] forKey:@"marker"];
+    for (const auto& [pid, type] : desktop.kernel.desktop.power.assertions()) {
+      NSNumber* const key = [NSNumber numberWithInt:pid];
+      NSMutableArray* list = [all objectForKey:key];
+      if (list == nil) [all setObject:list = [NSMutableArray array] forKey:key];
+      if (desktop.assertionsAreOdd) {
+        [list addObject:@"no dictionary"];
+        [list addObject:[NSDictionary dictionaryWithObject:[NSNumber numberWithInt:7] forKey:@"AssertType"]];
+        [list addObject:[NSDictionary dictionary]];
+      }
+      [list addObject:[NSDictionary dictionaryWithObjectsAndKeys:stringFor(type), @"AssertType",
+                                                                 [NSNumber numberWithInt:255], @"AssertLevel",
+                                                                 nil]];
+    }
+    if (desktop.assertionsAreOdd) {
+      NSArray* const one = [NSArray arrayWithObject:[NSDictionary dictionaryWithObject:@"PreventSystemSleep"
+                                                                                forKey:@"AssertType"]];
+      [all setObject:one forKey:@"300"];
+      for (const long long pid : {0LL, -1LL, 1LL << 40})
+        [all setObject:one forKey:[NSNumber numberWithLongLong:pid]];
+      [all setObject:@"no array" forKey:[NSNumber numberWithInt:301]];
+    }
+    const void* const plain = all;
+    *assertions = desktop.hasAssertions ? static_cast<CFDictionaryRef>(plain) : nullptr;
+    if (!desktop.hasAssertions) [all release];
+    return desktop.powerStatus;
+  }
+}
+
+// The program's own bundle; all others are what they are.
+#pragma clang diagnostic push
+#pragma clang diagnostic ignored "-Wobjc-protocol-method-implementation"
+@implementation NSBundle (Simulated)
+- (NSString*)bundleIdentifier {
+  if (self == [NSBundle mainBundle]) return cocoa != nullptr ? stringFor(cocoa->ownBundle) : nil;
+  return [[self infoDictionary] objectForKey:@"CFBundleIdentifier"];
+}
+@end
+#pragma clang diagnostic pop
+
+namespace {
+
+struct Words {
+  std::string title;
+  std::string body;
+};
+std::map<const void*, Words> contents; // the class is declared without a place for them
+
+} // namespace
+
+@implementation UNNotificationContent
+@end
+@implementation UNMutableNotificationContent
+- (instancetype)init {
+  self = [super init];
+  contents[self];
+  return self;
+}
+- (void)dealloc {
+  contents.erase(self);
+  [super dealloc];
+}
+- (NSString*)title {
+  return stringFor(contents[self].title);
+}
+- (NSString*)body {
+  return stringFor(contents[self].body);
+}
+- (void)setTitle:(NSString*)title {
+  contents[self].title = [title UTF8String];
+}
+- (void)setBody:(NSString*)body {
+  contents[self].body = [body UTF8String];
+}
+@end
+
+@interface SimulatedRequest : UNNotificationRequest {
+ @public
+  std::string* words;
+}
+@end
+@implementation UNNotificationRequest
++ (instancetype)requestWithIdentifier:(NSString*)identifier
+                              content:(UNNotificationContent*)content
+                              trigger:(UNNotificationTrigger*)trigger {
+  UNMutableNotificationContent* const text = static_cast<UNMutableNotificationContent*>(content);
+  SimulatedRequest* const made = [[[SimulatedRequest alloc] init] autorelease];
+  made->words = new std::string(std::string([identifier UTF8String]) + ": " + [[text title] UTF8String] +
+                                ": " + [[text body] UTF8String] + (trigger == nil ? "" : ", later"));
+  ++livingObjects;
+  return made;
+}
+@end
+@implementation SimulatedRequest
+- (void)dealloc {
+  delete words;
+  --livingObjects;
+  [super dealloc];
+}
+@end
+
+@implementation UNUserNotificationCenter
++ (UNUserNotificationCenter*)currentNotificationCenter {
+  if (!cocoa->ownBundle) {
+    [NSException raise:NSInternalInconsistencyException format:@"bundleProxyForCurrentProcess is nil"];
+  }
+  static UNUserNotificationCenter* const shared = [[UNUserNotificationCenter alloc] init];
+  return shared;
+}
+- (void)requestAuthorizationWithOptions:(UNAuthorizationOptions)options
+                      completionHandler:(void (^)(BOOL granted, NSError* error))handler {
+  cocoa->notices.push_back("authorize " + std::to_string(options));
+  handler(NO, nil); // which has to be there
+}
+- (void)addNotificationRequest:(UNNotificationRequest*)request
+         withCompletionHandler:(void (^)(NSError* error))handler {
+  cocoa->notices.push_back(*static_cast<SimulatedRequest*>(request)->words);
+  if (handler != nil) handler(nil);
+}
+@end
+
+@implementation SMAppService
++ (SMAppService*)mainAppService {
+  static SMAppService* const shared = [[SMAppService alloc] init];
+  return shared;
+}
+- (SMAppServiceStatus)status {
+  return cocoa->loginStatus;
+}
+- (BOOL)registerAndReturnError:(NSError**)error {
+  return [self setStatus:SMAppServiceStatusEnabled error:error];
+}
+- (BOOL)unregisterAndReturnError:(NSError**)error {
+  return [self setStatus:SMAppServiceStatusNotRegistered error:error];
+}
+- (BOOL)setStatus:(SMAppServiceStatus)status error:(NSError**)error {
+  if (cocoa->loginIsRefused) {
+    *error = [NSError errorWithDomain:@"SMAppServiceErrorDomain" code:1 userInfo:nil];
+    return NO;
+  }
+  cocoa->loginStatus = status;
+  return YES;
+}
+@end
+
 namespace vantle {
 
 namespace {
@@ -206,7 +375,7 @@ SimulatedCocoa::SimulatedCocoa(SimulatedKernel& onKernel) : kernel(onKernel) {
 
 SimulatedCocoa::~SimulatedCocoa() { cocoa = nullptr; }
 
-int SimulatedCocoa::objects() const { return livingObjects; }
+int SimulatedCocoa::objects() const { return livingObjects + static_cast<int>(contents.size()); }
 
 void SimulatedCocoa::tell(WorkspaceEvent event, const AppRef& app) {
   @autoreleasepool {

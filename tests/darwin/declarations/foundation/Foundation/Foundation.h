@@ -22,7 +22,7 @@ typedef double NSTimeInterval;
 #define FOUNDATION_EXPORT extern
 #endif
 
-@class NSArray, NSData, NSDictionary, NSError, NSString, NSURL;
+@class NSArray, NSDictionary, NSError, NSString, NSURL;
 
 __attribute__((objc_root_class)) @interface NSObject {
   Class isa;
@@ -45,6 +45,16 @@ typedef struct {
   unsigned long extra[5];
 } NSFastEnumerationState;
 
+typedef unsigned short unichar;
+typedef struct {
+  NSUInteger location;
+  NSUInteger length;
+} NSRange;
+static inline NSRange NSMakeRange(NSUInteger location, NSUInteger length) {
+  NSRange range = {location, length};
+  return range;
+}
+
 typedef NSUInteger NSStringEncoding;
 enum { NSUTF8StringEncoding = 4 };
 
@@ -55,13 +65,10 @@ enum { NSUserDomainMask = 1, NSAllDomainsMask = 0x0ffff };
 
 @interface NSString : NSObject
 - (instancetype)initWithBytes:(const void*)bytes length:(NSUInteger)length encoding:(NSStringEncoding)encoding;
-- (NSData*)dataUsingEncoding:(NSStringEncoding)encoding allowLossyConversion:(BOOL)lossy;
+@property(readonly) NSUInteger length;
+- (void)getCharacters:(unichar*)buffer range:(NSRange)range;
 @end
 @interface NSConstantString : NSString
-@end
-@interface NSData : NSObject
-@property(readonly) const void* bytes;
-@property(readonly) NSUInteger length;
 @end
 @interface NSDate : NSObject
 + (instancetype)dateWithTimeIntervalSince1970:(NSTimeInterval)seconds;
