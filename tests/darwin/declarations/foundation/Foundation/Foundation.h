@@ -127,3 +127,5 @@ enum { NSUserDomainMask = 1, NSAllDomainsMask = 0x0ffff };
 
 FOUNDATION_EXPORT NSArray* NSSearchPathForDirectoriesInDomains(NSSearchPathDirectory directory,
                                                                NSSearchPathDomainMask domains, BOOL expandTilde);
+
+#import <Foundation/Windows.h>
