@@ -2,6 +2,7 @@
 #import "desktop/darwin/front/AppFront.h"
 
 #import <AppKit/AppKit.h>
+#include <QEvent>
 #include <QGuiApplication>
 #include <QWindow>
 #include <algorithm>
@@ -9,11 +10,14 @@
 
 namespace vantle {
 
-AppFront::AppFront(EventLoop& loop) : m_loop(loop) {
-  // Later: the panel is closed before the settings that it opens are there.
-  QObject::connect(qApp, &QGuiApplication::focusWindowChanged, &m_context, [this](const QWindow* window) {
-    m_later = window == nullptr ? m_loop.after(std::chrono::milliseconds(0), giveBack) : nullptr;
-  });
+AppFront::AppFront(EventLoop& loop) : m_loop(loop) { qApp->installEventFilter(this); }
+
+// Later: the panel is closed before the settings that it opens are there.
+bool AppFront::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() == QEvent::Hide && watched->isWindowType()) {
+    m_later = m_loop.after(std::chrono::milliseconds(0), giveBack);
+  }
+  return QObject::eventFilter(watched, event);
 }
 
 void AppFront::take() {
