@@ -260,6 +260,7 @@ TEST_F(Panel, ShowsUntilWhenBoostsArePaused) {
 class LastFace final : public Tray {
  public:
   QString state;
+  QString symbol;
   std::vector<TrayEntry> menu;
   TrayActions actions;
 
@@ -286,7 +287,10 @@ class LastFace final : public Tray {
   class Icon final : public TrayIcon {
    public:
     explicit Icon(LastFace& tray) : m_tray(tray) {}
-    void show(const TrayFace& face) override { m_tray.state = face.state; }
+    void show(const TrayFace& face) override {
+      m_tray.state = face.state;
+      m_tray.symbol = face.symbol;
+    }
     void offer(std::vector<TrayEntry> menu) override { m_tray.menu = std::move(menu); }
 
    private:
@@ -299,12 +303,14 @@ TEST_F(Panel, ItsTrayIconSaysThatBoostsArePaused) {
   LastFace tray;
   const TrayItem item(engine, panel, tray);
   EXPECT_EQ(tray.state, "Boost off");
+  EXPECT_EQ(tray.symbol, "bolt");
   engine.startPause(std::chrono::minutes(30));
   EXPECT_TRUE(tray.state.startsWith("Boost off \u00B7 Paused until ")) << tray.state.toStdString();
   engine.endPause();
   EXPECT_EQ(tray.state, "Boost off");
   machine.activate(desktop.game);
   EXPECT_EQ(tray.state, "Boost on \u00B7 Asteroids");
+  EXPECT_EQ(tray.symbol, "bolt.fill");
 }
 
 TEST_F(Panel, ItsTrayMenuSaysThatBoostsArePausedAndEndsThePause) {
