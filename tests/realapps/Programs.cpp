@@ -37,15 +37,11 @@ void makeBuild(VirtualDesktop& desktop) {
 void makeImage(VirtualDesktop& desktop, const std::string& name, const std::string& start,
                const std::string& program) {
   desktop.folder().write("home/image/AppRun", "#!/bin/sh\n" + start + "\n");
-  const std::string file = "\"" + name;
   desktop.run({"sh", "-c",
-               "cd && mkdir -p image/usr/bin && cp '" + program +
-                   "' image/usr/bin && chmod 755 image/AppRun && "
-                   "cp '" IMAGE_RUNTIME "' " +
-                   file + ".AppImage\" && chmod 755 " + file +
-                   ".AppImage\" && "
-                   "mksquashfs image " +
-                   file + ".squashfs\" -quiet -no-progress"});
+               "cd && mkdir -p image/usr/bin && cp \"$2\" image/usr/bin && chmod 755 image/AppRun && "
+               "cp \"$3\" \"$1.AppImage\" && chmod 755 \"$1.AppImage\" && "
+               "mksquashfs image \"$1.squashfs\" -quiet -no-progress",
+               "sh", name, program, IMAGE_RUNTIME});
 }
 
 // One whose first process waits for the app, and one whose first process becomes it.

@@ -242,8 +242,9 @@ Pid Checker::ownerOf(const SimulatedProcess& process) const {
     if (const Pid app = appAtOrInside(*at); app != 0) return app;
     chain.push_back(at);
   }
-  for (auto one = chain.rbegin(); one != chain.rend(); ++one) {
-    if (const Pid app = ownerOfOrphan(**one); app != 0) return app;
+  std::reverse(chain.begin(), chain.end());
+  for (const SimulatedProcess* one : chain) {
+    if (const Pid app = ownerOfOrphan(*one); app != 0) return app;
   }
   return 0;
 }

@@ -186,7 +186,8 @@ std::optional<DesktopEntry> readImagesEntry(const std::string& folder) {
   }
   std::sort(names.begin(), names.end());
   for (const std::string& name : names) {
-    const std::string path = folder + "/" + name;
+    std::string path = folder;
+    path.append("/").append(name);
     const GOwned<GKeyFile> file = readKeyFile(path);
     if (file && isOfApp(file.get()))
       return entryIn(file.get(), path, name.substr(0, name.size() - ending.size()));

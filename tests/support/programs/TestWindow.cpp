@@ -59,6 +59,12 @@ struct Options {
   int threads = 0;
 };
 
+// Instance and class, each with a zero behind it.
+std::string bothParts(std::string name) {
+  name += '\0';
+  return name + name;
+}
+
 std::optional<Options> parse(const std::vector<std::string>& arguments) {
   Options options;
   for (std::size_t at = 0; at < arguments.size(); ++at) {
@@ -67,11 +73,9 @@ std::optional<Options> parse(const std::vector<std::string>& arguments) {
     if (name == "--title") {
       options.title = value();
     } else if (name == "--class") {
-      const std::string text = value();
-      options.windowClass = text + '\0' + text + '\0';
+      options.windowClass = bothParts(value());
     } else if (name == "--next-class") {
-      const std::string text = value();
-      options.nextClass = text + '\0' + text + '\0';
+      options.nextClass = bothParts(value());
     } else if (name == "--raw-class") {
       options.windowClass = value();
     } else if (name == "--claim-pid") {

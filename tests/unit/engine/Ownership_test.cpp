@@ -423,11 +423,6 @@ TEST_F(Wrapped, NobodyElseIsAWrapper) {
 // A store without windows of its own has started both the game and the process that draws for it.
 class LauncherWithoutWindows : public Ownership {
  protected:
-  struct Case {
-    const char* what;
-    ProcessSpec client;
-    bool isSpared;
-  };
   bool isSpared(const ProcessSpec& spec, const std::function<void(Pid client)>& andAlso = {}) {
     start();
     const Pid client = machine.processes.spawn(spec);

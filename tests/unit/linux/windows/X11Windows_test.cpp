@@ -214,13 +214,21 @@ TEST_F(X11WorkspaceTest, ListensToAWindowForAsLongAsItTakesToSayWhoItIs) {
   X11Windows windows(m_loop, m_desktop.display());
   ASSERT_TRUE(runUntil([&] { return windows.known().size() == 1; }));
   const WindowFacts& facts = windows.known().begin()->second;
+  // What is told of a later window is told after all that was before.
+  const auto openAnother = [&] {
+    const std::size_t before = windows.known().size();
+    program.signal(SIGUSR2);
+    return runUntil([&] { return windows.known().size() == before + 1; });
+  };
   program.signal(SIGIO);
   const auto lastTitle = [&] { return m_desktop.windows().list().at(0).title == "100"; };
   desktop::require("all titles", lastTitle);
-  m_loop.runUntil([] { return false; }, std::chrono::milliseconds(200)); // all that was told of them
+  ASSERT_TRUE(openAnother());
   program.signal(SIGURG);
-  program.signal(SIGUSR2); // which is told of later
-  ASSERT_TRUE(runUntil([&] { return windows.known().size() == 2; }));
+  desktop::require("the new name", [&] {
+    return m_desktop.windows().classOf(static_cast<std::uint32_t>(facts.id)) == "late";
+  });
+  ASSERT_TRUE(openAnother());
   EXPECT_EQ(facts.className, "early");
 }
 
