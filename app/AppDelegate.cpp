@@ -3,6 +3,7 @@
 
 #include "BuildConfiguration.h"
 #include "engine/LastWait.h"
+#include "look/Notices.h"
 
 #include <QCoreApplication>
 #include <QDesktopServices>
@@ -69,6 +70,7 @@ void AppDelegate::answerOthers() {
 
 // An app menu opens the panel of the copy that runs, tray or no tray.
 void AppDelegate::showInTray() {
+  engine().speak(noticeWords());
   m_panel = std::make_unique<PanelController>(
       engine(), windowParts(), m_desktop->panelSurface(), [this] { settingsWindow().show(); },
       [] { QCoreApplication::quit(); });

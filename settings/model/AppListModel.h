@@ -51,15 +51,14 @@ class AppListModel : public QAbstractListModel {
   void countChanged();
 
  private:
-  enum Role { keyRole = Qt::UserRole, nameRole, iconRole, isInstalledRole };
+  enum Role { keyRole = Qt::UserRole, nameRole, iconRole };
   struct Row {
     std::string key;
     QString name;
     QString icon;
-    bool isInstalled = false;
   };
 
-  Row rowFor(const std::string& key) const;
+  std::vector<Row> rowsFor(const std::vector<std::string>& keys) const;
   std::vector<std::string> shownKeys() const;
   void follow();
   void store(std::vector<std::string> keys);

@@ -187,11 +187,15 @@ std::vector<AppPickerModel::Entry> AppPickerModel::contents(const QString& path)
   const auto order = QDir::Name | QDir::IgnoreCase;
   for (const QFileInfo& info : here.entryInfoList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot, order))
     entries.push_back(folder(info.fileName(), info.absoluteFilePath()));
-  for (const QFileInfo& info : here.entryInfoList(QDir::Files, order)) {
-    const auto application = m_catalog.applicationAt(info.absoluteFilePath().toStdString());
-    if (!application || !m_target->takes(*application)) continue;
-    entries.push_back(entryFor(*application));
-    entries.back().sought += u' ' + folded(displayText(info.fileName().toStdString()));
+  const QFileInfoList files = here.entryInfoList(QDir::Files, order);
+  std::vector<std::string> paths;
+  for (const QFileInfo& info : files) paths.push_back(info.absoluteFilePath().toStdString());
+  const ApplicationCatalog::Found found = m_catalog.applicationsAt(paths);
+  for (std::size_t at = 0; at < found.size(); ++at) {
+    if (!found[at] || !m_target->takes(*found[at])) continue;
+    entries.push_back(entryFor(*found[at]));
+    const QString fileName = files[static_cast<qsizetype>(at)].fileName();
+    entries.back().sought += u' ' + folded(displayText(fileName.toStdString()));
   }
   return entries;
 }

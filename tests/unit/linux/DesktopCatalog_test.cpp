@@ -82,6 +82,17 @@ TEST_F(DesktopCatalogTest, MenuHidesButAKeyStillFinds) {
   EXPECT_TRUE(catalog.applicationForKey("hidden"));
 }
 
+TEST_F(DesktopCatalogTest, AnswersInTheOrderOfTheQuestions) {
+  install("one", "Name=One\n");
+  install("two", "Name=Two\n");
+  const ApplicationCatalog::Found found = catalog.applicationsForKeys({"two", "none", "one", "two"});
+  ASSERT_EQ(found.size(), 4U);
+  EXPECT_EQ(found[0]->name, "Two");
+  EXPECT_FALSE(found[1]);
+  EXPECT_EQ(found[2]->name, "One");
+  EXPECT_EQ(found[3], found[0]);
+}
+
 TEST_F(DesktopCatalogTest, DeletedOrBrokenAppsAreNone) {
   install("gone", "Name=Gone\nHidden=true\n");
   folder.write("data/applications/broken.desktop", "[Desktop");
