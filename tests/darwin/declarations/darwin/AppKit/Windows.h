@@ -152,7 +152,8 @@ FOUNDATION_EXPORT NSColorSpaceName const NSDeviceRGBColorSpace;
                             bitsPerPixel:(NSInteger)pixelBits;
 @end
 @interface NSGraphicsContext : NSObject
-+ (NSGraphicsContext*)graphicsContextWithBitmapImageRep:(NSBitmapImageRep*)bitmap; // nil when it cannot be drawn to
++ (NSGraphicsContext*)graphicsContextWithBitmapImageRep:
+    (NSBitmapImageRep*)bitmap; // nil when it cannot be drawn to
 + (void)saveGraphicsState;
 + (void)restoreGraphicsState;
 + (void)setCurrentContext:(NSGraphicsContext*)context;
