@@ -114,6 +114,9 @@ FORGETS
   static NSApplication* const shared = [[NSApplication alloc] init];
   return shared;
 }
+- (NSArray*)windows {
+  return [NSArray array];
+}
 - (BOOL)isActive {
   return appKit->isActive;
 }
@@ -195,6 +198,7 @@ FORGETS
 @end
 
 @implementation NSWindow
+OBJECT(NSView*, contentView, setContentView)
 NUMBER(NSWindowLevel, level, setLevel)
 NUMBER(NSWindowCollectionBehavior, collectionBehavior, setCollectionBehavior)
 - (NSRect)convertRectToScreen:(NSRect)rect {
@@ -205,6 +209,7 @@ FORGETS
 @end
 
 @implementation NSView
+OBJECT(NSArray*, subviews, setSubviews)
 - (NSWindow*)window {
   if (!appKit->buttonHasWindow) return nil;
   if (objectOf(self, "window") == nil) setObject(self, "window", [[[NSWindow alloc] init] autorelease]);

@@ -12,6 +12,7 @@
 @property(readonly, strong) NSEvent* currentEvent; // nil when none was handled yet
 @property(strong) NSAppearance* appearance;        // nil for the system's
 @property(readonly, strong) NSAppearance* effectiveAppearance;
+@property(readonly, copy) NSArray* windows;
 - (void)activateIgnoringOtherApps:(BOOL)ignoring;
 - (void)hide:(id)sender;
 - (void)unhideWithoutActivation;
@@ -67,12 +68,14 @@ enum : NSWindowCollectionBehavior {
 };
 @interface NSWindow : NSObject
 @property NSWindowLevel level;
+@property(strong) NSView* contentView;
 @property NSWindowCollectionBehavior collectionBehavior;
 - (NSRect)convertRectToScreen:(NSRect)rect;
 @end
 @interface NSView : NSObject
 @property(readonly, assign) NSWindow* window; // nil for a view in none
 @property NSRect bounds;
+@property(copy) NSArray* subviews;
 - (NSRect)convertRect:(NSRect)rect toView:(NSView*)view; // nil for the window's own coordinates
 @end
 
@@ -149,7 +152,8 @@ FOUNDATION_EXPORT NSColorSpaceName const NSDeviceRGBColorSpace;
                             bitsPerPixel:(NSInteger)pixelBits;
 @end
 @interface NSGraphicsContext : NSObject
-+ (NSGraphicsContext*)graphicsContextWithBitmapImageRep:(NSBitmapImageRep*)bitmap; // nil when it cannot be drawn to
++ (NSGraphicsContext*)graphicsContextWithBitmapImageRep:
+    (NSBitmapImageRep*)bitmap; // nil when it cannot be drawn to
 + (void)saveGraphicsState;
 + (void)restoreGraphicsState;
 + (void)setCurrentContext:(NSGraphicsContext*)context;
