@@ -42,14 +42,14 @@ SettingsWindowController& AppDelegate::settingsWindow() {
   if (!m_settingsWindow) {
     m_settingsWindow = std::make_unique<SettingsWindowController>(
         SettingsParts{engine(), settings(), updateChecker(), m_machine.loginItem, m_machine.catalog,
-                      m_desktop->shellExtension()},
+                      m_desktop->shellExtension(), m_desktop->appChooser()},
         windowParts());
   }
   return *m_settingsWindow;
 }
 
 WindowParts AppDelegate::windowParts() {
-  return {settings(), m_desktop->icons(), m_desktop->heap(), m_desktop->words()};
+  return {settings(), m_desktop->icons(), m_desktop->heap(), m_desktop->words(), m_desktop->front()};
 }
 
 void AppDelegate::applicationDidFinishLaunching() {

@@ -5,7 +5,8 @@ function(vantle_target name)
   target_include_directories(${name} PUBLIC ${PROJECT_SOURCE_DIR})
   target_compile_options(${name} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wnon-virtual-dtor
                                          -Wold-style-cast -Woverloaded-virtual $<$<BOOL:${VANTLE_STRICT}>:-Werror>
-                                         $<$<CXX_COMPILER_ID:Clang,AppleClang>:-Wno-sign-conversion>) # not in g++'s -Wconversion
+                                         $<$<CXX_COMPILER_ID:Clang,AppleClang>:-Wno-sign-conversion> # not in g++'s -Wconversion
+                                         $<$<COMPILE_LANG_AND_ID:OBJCXX,Clang,AppleClang>:-Wno-sign-conversion>)
   if(VANTLE_SANITIZE)
     target_compile_options(${name} PUBLIC -fsanitize=${VANTLE_SANITIZE} -fno-sanitize-recover=all
                                           -fno-omit-frame-pointer)

@@ -33,7 +33,7 @@ TrayFace faceFor(bool isBoosting, const QString& state) {
   return {[symbol](int pixels, bool onDark) {
             return symbolImage(symbol, onDark ? onDarkBar : onLightBar, pixels);
           },
-          state};
+          state, symbol};
 }
 
 } // namespace

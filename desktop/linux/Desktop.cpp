@@ -42,6 +42,8 @@ class FreeDesktop final : public Desktop {
   Activation& activation() override { return m_activation; }
   RemoteDoor& remoteDoor() override { return m_remoteDoor; }
   ShellExtension& shellExtension() override { return m_shellExtension; }
+  Front* front() override { return nullptr; }
+  AppChooser* appChooser() override { return nullptr; }
 
  private:
   SessionBus m_bus;

@@ -65,9 +65,11 @@ static_assert(
     takes<int, decltype(::sysctlbyname), const char*, void*, std::size_t*, std::nullptr_t, std::size_t>);
 static_assert(takes<int, decltype(::getdtablesize)>);
 
-// Memory pressure.
+// Memory pressure, and the ends of processes.
 static_assert(DISPATCH_MEMORYPRESSURE_WARN == 2);
 static_assert(DISPATCH_MEMORYPRESSURE_CRITICAL == 4);
+static_assert(DISPATCH_PROC_EXIT == 0x80000000);
+static_assert(std::is_same_v<decltype(DISPATCH_SOURCE_TYPE_PROC), dispatch_source_type_t>);
 static_assert(takes<dispatch_source_t, decltype(::dispatch_source_create), dispatch_source_type_t,
                     std::uintptr_t, std::uintptr_t, dispatch_queue_t>);
 static_assert(takes<void, decltype(::dispatch_set_context), dispatch_source_t, void*>);

@@ -59,12 +59,20 @@ QVariant AppPickerModel::data(const QModelIndex& index, int role) const {
 }
 
 void AppPickerModel::openFor(AppListModel* target) {
+  if (m_chooser != nullptr) {
+    m_choice.reset(); // one at a time
+    m_choice = m_chooser->choose([this, target](const std::string& path) {
+      if (const auto application = m_catalog.applicationAt(path)) target->add(application->key);
+    });
+    return;
+  }
   m_target = target;
   showInstalled();
   emit openChanged();
 }
 
 void AppPickerModel::cancel() {
+  m_choice.reset();
   if (!isOpen()) return;
   m_target = nullptr;
   m_folder.reset();

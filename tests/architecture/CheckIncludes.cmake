@@ -32,6 +32,8 @@ set(desktop_rooms base look/ports panel/ports settings/ports remote/ports platfo
 set(desktop/linux_rooms base status look/ports panel/ports settings/ports remote/ports platform/shared
     platform/linux/files platform/linux/sockets platform/linux/x11 platform/posix/files integrations/gnome-shell desktop/Desktop.h
     desktop/linux)
+set(desktop/darwin_rooms base look/ports panel/ports settings/ports remote/ports platform/shared platform/darwin/cocoa
+    desktop/Desktop.h desktop/darwin)
 # Of the system that the program was built for, the headers that all systems have.
 set(app_rooms base engine platform/OwnedMachine.h platform/Platform.h platform/shared look panel settings update remote desktop/Desktop.h
     desktop/QtEventLoop.h app)
@@ -53,9 +55,12 @@ set(platform/shared_headers "${standard}|unicode/[a-z0-9]+\\.h|poll\\.h")
 set(platform/posix_headers
     "${standard}|(fcntl|poll|pthread|unistd|sys/(file|resource|stat|wait))\\.h")
 set(platform/linux_headers "${standard}|[a-z0-9_/-]+\\.h")
-# POSIX, and the system's own libraries in C.
+# POSIX, and the system's own libraries in C and in Objective-C.
 set(platform/darwin_headers
-    "${standard}|(fcntl|libproc|unistd)\\.h|sys/(resource|stat|sysctl|time)\\.h|dispatch/dispatch\\.h|CoreAudio/CoreAudio\\.h")
+    "${standard}|(fcntl|libproc|unistd)\\.h|sys/(resource|stat|sysctl|time)\\.h|dispatch/dispatch\\.h"
+    "(AppKit/AppKit|CoreAudio/CoreAudio|Foundation/Foundation|IOKit/pwr_mgt/IOPMLib)\\.h"
+    "(ServiceManagement/ServiceManagement|UserNotifications/UserNotifications)\\.h")
+string(JOIN "|" platform/darwin_headers ${platform/darwin_headers})
 set(platform/simulated_headers "${standard}")
 set(status_headers "${standard}")
 set(command_headers "${standard}")
@@ -72,6 +77,7 @@ set(panel/ports_headers "${standard}|${toolkit}")
 set(settings/ports_headers "${standard}|${toolkit}")
 set(desktop_headers "${standard}|${toolkit}")
 set(desktop/linux_headers "${standard}|${toolkit}|xcb/xcb\\.h|malloc\\.h|wayland-client\\.h|qpa/(qplatform(nativeinterface|screen)|qwindowsysteminterface)\\.h|private/qhighdpiscaling_p\\.h|poll\\.h|unistd\\.h|sys/(mman|socket|un)\\.h")
+set(desktop/darwin_headers "${standard}|${toolkit}|AppKit/AppKit\\.h|UniformTypeIdentifiers/UniformTypeIdentifiers\\.h|malloc/malloc\\.h")
 set(app_headers "${standard}|${toolkit}")
 # The one source of all that knows the JSON library, and the engine's own knowledge that a platform still uses.
 set(exceptions "base/Json.cpp <nlohmann/json.hpp>" "platform/linux/LinuxMachine.cpp <engine/AppTrees.h>")
@@ -82,7 +88,7 @@ set(system_questions
 foreach(room base engine engine/ports platform platform/shared platform/posix platform/linux platform/darwin
              platform/simulated look look/ports update panel panel/ports settings settings/ports status command command/ports command/linux remote
              remote/ports desktop
-             desktop/linux app tests/support)
+             desktop/linux desktop/darwin app tests/support)
   set(globbing GLOB_RECURSE)
   if(room MATCHES "^(platform|desktop|command)$")
     set(globbing GLOB) # what stands in its folders are rooms of their own
@@ -101,8 +107,8 @@ foreach(room base engine engine/ports platform platform/shared platform/posix pl
       if(line MATCHES "${toolkit_of_systems}" AND NOT room STREQUAL desktop/linux)
         message(SEND_ERROR "${name} asks a system through the toolkit: ${line}")
       endif()
-      if(line MATCHES "#[ \t]*include[ \t]*\"([^\"]+)\"" AND DEFINED ${room}_rooms)
-        set(included ${CMAKE_MATCH_1})
+      if(line MATCHES "#[ \t]*(include|import)[ \t]*\"([^\"]+)\"" AND DEFINED ${room}_rooms)
+        set(included ${CMAKE_MATCH_2})
         set(allowed FALSE)
         foreach(prefix IN LISTS ${room}_rooms)
           if(included MATCHES "^${prefix}(/|$)" OR NOT included MATCHES "/")
@@ -114,8 +120,8 @@ foreach(room base engine engine/ports platform platform/shared platform/posix pl
         endif()
         list(REMOVE_ITEM exceptions "${name} <${included}>")
       endif()
-      if(line MATCHES "#[ \t]*include[ \t]*<([^>]+)>" AND DEFINED ${room}_headers)
-        set(included ${CMAKE_MATCH_1})
+      if(line MATCHES "#[ \t]*(include|import)[ \t]*<([^>]+)>" AND DEFINED ${room}_headers)
+        set(included ${CMAKE_MATCH_2})
         if(NOT included MATCHES "^(${${room}_headers})$" AND NOT "${name} <${included}>" IN_LIST exceptions)
           message(SEND_ERROR "${name} may not know of <${included}>")
         endif()

@@ -13,11 +13,12 @@ set(CMAKE_OSX_DEPLOYMENT_TARGET 14.0 CACHE STRING "")
 set(CMAKE_OSX_SYSROOT ${VANTLE_MAC_PARTS}/sdk CACHE PATH "")
 
 set(llvm /usr/lib/llvm-19)
-foreach(language C CXX)
+foreach(language C CXX OBJCXX)
   set(CMAKE_${language}_COMPILER_TARGET ${VANTLE_MAC_PROCESSOR}-apple-macos14)
 endforeach()
 set(CMAKE_C_COMPILER ${llvm}/bin/clang)
 set(CMAKE_CXX_COMPILER ${llvm}/bin/clang++)
+set(CMAKE_OBJCXX_COMPILER ${llvm}/bin/clang++)
 set(CMAKE_AR ${llvm}/bin/llvm-ar CACHE FILEPATH "")
 set(CMAKE_RANLIB ${llvm}/bin/llvm-ranlib CACHE FILEPATH "")
 set(CMAKE_INSTALL_NAME_TOOL ${llvm}/bin/llvm-install-name-tool CACHE FILEPATH "")
@@ -26,6 +27,7 @@ set(declarations ${CMAKE_CURRENT_LIST_DIR}/declarations)
 set(CMAKE_C_FLAGS_INIT "-nostdlibinc -isystem ${declarations}/darwin -isystem ${declarations}/c")
 set(CMAKE_CXX_FLAGS_INIT "-nostdlibinc -isystem ${VANTLE_MAC_PARTS}/libcxx -isystem ${llvm}/include/c++/v1 \
 -isystem ${declarations}/darwin -isystem ${declarations}/c")
+set(CMAKE_OBJCXX_FLAGS_INIT "${CMAKE_CXX_FLAGS_INIT} -isystem ${declarations}/foundation")
 set(CMAKE_EXE_LINKER_FLAGS_INIT -fuse-ld=lld)
 
 # What a package manager has on a Mac: nothing of this system's own is looked at.

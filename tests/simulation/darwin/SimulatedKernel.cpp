@@ -11,6 +11,7 @@
 #include <cstring>
 #include <dispatch/dispatch.h>
 #include <fcntl.h>
+#include <functional>
 #include <libproc.h>
 #include <sys/resource.h>
 #include <sys/syscall.h>
@@ -20,8 +21,12 @@
 #include <utility>
 
 struct dispatch_queue_s {};
-struct dispatch_source_type_s {};
+struct dispatch_source_type_s {
+  const char* name;
+};
 struct dispatch_source_s {
+  dispatch_source_type_t type = nullptr;
+  std::optional<vantle::ProcessIdentity> process; // that it is about, unless that had ended before
   void* context = nullptr;
   dispatch_function_t handler = nullptr;
   std::uintptr_t mask = 0;
@@ -103,6 +108,19 @@ void fail(const std::string& what) {
   if (!kernel->fault) kernel->fault = what;
 }
 
+// Whoever hears of it may end any source.
+void tell(dispatch_source_type_t type, std::uintptr_t event,
+          const std::function<bool(const dispatch_source_s&)>& concerns) {
+  const std::vector<dispatch_source_s*> all = allSources;
+  for (dispatch_source_s* source : all) {
+    const bool isThere = std::find(allSources.begin(), allSources.end(), source) != allSources.end();
+    if (!isThere || !source->runs || source->isCancelled) continue;
+    if (source->type != type || (source->mask & event) == 0 || !concerns(*source)) continue;
+    source->data = event;
+    source->handler(source->context);
+  }
+}
+
 } // namespace
 
 SimulatedKernel::SimulatedKernel(SimulatedMachine& onDesktop) : desktop(onDesktop) {
@@ -136,13 +154,15 @@ SimulatedProcess* SimulatedKernel::living(Pid pid) const {
 }
 
 void SimulatedKernel::raisePressure(unsigned long event) {
-  const std::vector<dispatch_source_s*> all = allSources;
-  for (dispatch_source_s* source : all) {
-    const bool isThere = std::find(allSources.begin(), allSources.end(), source) != allSources.end();
-    if (!isThere || !source->runs || source->isCancelled || (source->mask & event) == 0) continue;
-    source->data = event;
-    source->handler(source->context);
-  }
+  tell(DISPATCH_SOURCE_TYPE_MEMORYPRESSURE, event, [](const dispatch_source_s&) { return true; });
+}
+
+void SimulatedKernel::tellOfExits() {
+  tell(DISPATCH_SOURCE_TYPE_PROC, DISPATCH_PROC_EXIT, [this](const dispatch_source_s& source) {
+    const SimulatedProcess* process = source.process ? living(source.process->pid) : nullptr;
+    const bool hasEnded = process == nullptr || process->identity() != *source.process;
+    return hasEnded && source.data == 0; // once
+  });
 }
 
 std::size_t SimulatedKernel::sources() const { return allSources.size(); }
@@ -312,19 +332,22 @@ int fcntl(int descriptor, int command, ...) {
   return static_cast<int>(::syscall(SYS_fcntl, descriptor, command, argument));
 }
 
-extern const dispatch_source_type_s _dispatch_source_type_memorypressure{};
+extern const dispatch_source_type_s _dispatch_source_type_memorypressure{"MEMORYPRESSURE"};
+extern const dispatch_source_type_s _dispatch_source_type_proc{"PROC"};
 dispatch_queue_s _dispatch_main_q{};
 
 dispatch_source_t dispatch_source_create(dispatch_source_type_t type, std::uintptr_t handle,
                                          std::uintptr_t mask, dispatch_queue_t queue) {
+  kernel->note(std::string("dispatch_source_create(") + type->name + ", " + std::to_string(handle) + ", " +
+               std::to_string(mask) + ", " + (queue == dispatch_get_main_queue() ? "main" : "another") + ")");
   const bool isOfPressure = type == DISPATCH_SOURCE_TYPE_MEMORYPRESSURE;
-  kernel->note(std::string("dispatch_source_create(") + (isOfPressure ? "MEMORYPRESSURE" : "another") + ", " +
-               std::to_string(handle) + ", " + std::to_string(mask) + ", " +
-               (queue == dispatch_get_main_queue() ? "main" : "another") + ")");
-  if (!kernel->makesSources || !kernel->desktop.calls.read({.operation = Operation::watchPressure}))
-    return nullptr;
+  if (!kernel->makesSources) return nullptr;
+  if (isOfPressure && !kernel->desktop.calls.read({.operation = Operation::watchPressure})) return nullptr;
   auto* const source = new dispatch_source_s;
+  source->type = type;
   source->mask = mask;
+  const SimulatedProcess* process = isOfPressure ? nullptr : kernel->living(static_cast<int>(handle));
+  if (process != nullptr) source->process = process->identity();
   vantle::allSources.push_back(source);
   return source;
 }

@@ -47,6 +47,8 @@ class SimulatedKernel {
 
   // An event of memory pressure, for all sources that want it and run.
   void raisePressure(unsigned long event);
+  // Tells of each process that has ended, once and whether it is waited for or not, whoever watches that.
+  void tellOfExits();
   std::size_t sources() const; // that were made and not released
 
   // What the system would end the program for, or what it would do to the wrong process.

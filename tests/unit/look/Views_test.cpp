@@ -133,6 +133,7 @@ TEST_F(Views, FollowTheAccentAndTheAppearance) {
   EXPECT_FALSE(tint->property("d").toBool());
   settings.accent.set(AccentTheme::teal);
   appearance.apply(AppearanceMode::dark);
+  EXPECT_EQ(scheme.drawn, true);
   EXPECT_EQ(tint->property("c").value<QColor>(), accentColor(AccentTheme::teal));
   EXPECT_TRUE(tint->property("d").toBool());
   const auto* fill = tint->findChild<QQuickItem*>();
@@ -146,9 +147,11 @@ TEST_F(Views, FollowTheDesktopWhileThePersonWantsThat) {
   appearance.apply(AppearanceMode::system);
   const auto words = make("Words { property bool d: Look.dark }");
   EXPECT_FALSE(words->property("d").toBool());
+  EXPECT_EQ(scheme.drawn, std::nullopt);
   scheme.become(true);
   EXPECT_TRUE(words->property("d").toBool());
   appearance.apply(AppearanceMode::light);
+  EXPECT_EQ(scheme.drawn, false) << "title bars too";
   EXPECT_FALSE(words->property("d").toBool());
   scheme.become(false);
   scheme.become(true);

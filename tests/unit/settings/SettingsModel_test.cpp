@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "settings/model/SettingsModel.h"
 
+#include "base/Observers.h"
 #include "platform/simulated/SampleDesktop.h"
 #include "platform/simulated/SimulatedMachine.h"
 #include "settings/model/AppKeys.h"
@@ -214,6 +215,40 @@ TEST_F(SettingsModelTest, PickerListsInstalledAppsByNameAndAddsTheChosenOne) {
   picker.add();
   EXPECT_FALSE(picker.isOpen());
   EXPECT_EQ(settings.userGames.get(), Keys{"galculator"});
+}
+
+// A dialog that the person answers when the test says so.
+class ScriptedChooser final : public AppChooser {
+ public:
+  std::unique_ptr<Registration> choose(std::function<void(const std::string&)> picked) override {
+    return m_answers.add(std::move(picked));
+  }
+  void pick(const std::string& path) const { m_answers.notify(path); }
+
+ private:
+  Observers<std::string> m_answers;
+};
+
+TEST_F(SettingsModelTest, PickerIsTheDesktopsOwnWhereThereIsOne) {
+  ScriptedChooser chooser;
+  SettingsModel other({engine, settings, checker, login, catalog, extension, &chooser}, Pane::boost);
+  catalog.elsewhere["/Applications/Paint.app"] = {"org.example.paint", "Paint", "",
+                                                  "/Applications/Paint.app"};
+  other.picker()->openFor(other.boost()->userGames());
+  EXPECT_FALSE(other.picker()->isOpen()) << "the window shows none of its own";
+  chooser.pick("/etc/hosts");
+  EXPECT_EQ(settings.userGames.get(), Keys{}) << "which is no app";
+  chooser.pick("/Applications/Paint.app");
+  EXPECT_EQ(settings.userGames.get(), Keys{"org.example.paint"});
+  other.picker()->openFor(other.boost()->protectedApps());
+  chooser.pick("/Applications/Paint.app");
+  EXPECT_EQ(settings.userGames.get(), Keys{"org.example.paint"}) << "one dialog at a time";
+  EXPECT_EQ(settings.protectedApps.get().back(), "org.example.paint");
+  settings.userGames.set({});
+  other.picker()->openFor(other.boost()->userGames());
+  other.picker()->cancel();
+  chooser.pick("/Applications/Paint.app");
+  EXPECT_EQ(settings.userGames.get(), Keys{}) << "the window has gone";
 }
 
 TEST_F(SettingsModelTest, PickerSearchesNamesAndKeysByWords) {

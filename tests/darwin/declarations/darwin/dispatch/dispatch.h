@@ -11,12 +11,15 @@ typedef void (*dispatch_function_t)(void* context);
 #define DISPATCH_MEMORYPRESSURE_NORMAL 0x01
 #define DISPATCH_MEMORYPRESSURE_WARN 0x02
 #define DISPATCH_MEMORYPRESSURE_CRITICAL 0x04
+#define DISPATCH_PROC_EXIT 0x80000000
 #define DISPATCH_SOURCE_TYPE_MEMORYPRESSURE (&_dispatch_source_type_memorypressure)
+#define DISPATCH_SOURCE_TYPE_PROC (&_dispatch_source_type_proc)
 
 #ifdef __cplusplus
 extern "C" {
 #endif
 extern const struct dispatch_source_type_s _dispatch_source_type_memorypressure;
+extern const struct dispatch_source_type_s _dispatch_source_type_proc;
 extern struct dispatch_queue_s _dispatch_main_q;
 static inline dispatch_queue_t dispatch_get_main_queue(void) { return &_dispatch_main_q; }
 void dispatch_release(dispatch_source_t source);

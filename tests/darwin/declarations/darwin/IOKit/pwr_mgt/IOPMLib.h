@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: MIT
+// What is called of IOKit's power management, from its documentation.
+#pragma once
+
+typedef const struct __CFDictionary* CFDictionaryRef;
+typedef int IOReturn;
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+// Pids, as numbers, with arrays of dictionaries. Whoever called releases it.
+IOReturn IOPMCopyAssertionsByProcess(CFDictionaryRef* assertions);
+#ifdef __cplusplus
+}
+#endif

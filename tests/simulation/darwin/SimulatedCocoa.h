@@ -1,0 +1,56 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "tests/simulation/darwin/SimulatedKernel.h"
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace vantle {
+
+// What macOS's room calls in Objective-C, over the kernel's desktop: real objects, messages, notifications
+// and counts of references. Where the documentation leaves it open they behave as badly as it allows.
+class SimulatedCocoa {
+ public:
+  explicit SimulatedCocoa(SimulatedKernel& kernel);
+  ~SimulatedCocoa();
+  SimulatedCocoa(const SimulatedCocoa&) = delete;
+  SimulatedCocoa& operator=(const SimulatedCocoa&) = delete;
+
+  SimulatedKernel& kernel;
+
+  std::set<Pid> withoutPid;                     // apps that have none
+  bool endsAreTold = true;                      // of apps with a Dock icon; of the others never
+  bool exitsAreFirst = true;                    // the process's end is told before the app's
+  std::map<std::string, std::string> installed; // where the bundle of an identifier is
+
+  // Of the question who keeps the machine awake: whoever holds it keeps that from being answered.
+  std::mutex powerManagement;
+  int powerStatus = 0;           // what it answers with; the dictionary is there all the same
+  bool hasAssertions = true;     // the dictionary itself
+  bool assertionsAreOdd = false; // other things stand beside what is documented
+
+  // Of the notices, and of opening at login.
+  std::optional<std::string> ownBundle = "com.halvo.vantle"; // the program's; absent for a bare executable
+  std::vector<std::string> notices;                          // every message to the notification centre
+  long loginStatus = 3;                                      // never heard of
+  bool loginIsRefused = false;
+
+  int objects() const; // that were made here and not released by everybody
+
+  // Notices as they should not be: without an app, and with something else in its place.
+  void postActivationOfNobody();
+  void postActivationOfSomethingElse();
+
+ private:
+  void tell(WorkspaceEvent event, const AppRef& app);
+
+  std::vector<std::unique_ptr<Registration>> m_registrations;
+};
+
+} // namespace vantle
