@@ -44,8 +44,8 @@ std::size_t likelyScreen(const std::vector<std::pair<QRect, QRect>>& screens) {
 QRect iconNear(const QPoint& pointer, const QRect& screen, const QRect& available) {
   const Bars bars = barsOf(screen, available);
   struct Candidate {
-    int width; // of the bar
-    int distance;
+    int width = 0; // of the bar
+    int distance = 0;
     QRect icon;
   };
   const Candidate candidates[] = {

@@ -140,7 +140,7 @@ void FreeAreas::answered() {
 }
 
 // The toolkit takes back what it was told whenever it looks at a screen itself.
-void FreeAreas::follow(QScreen* screen) {
+void FreeAreas::follow(QScreen* screen) const {
   connect(screen, &QScreen::geometryChanged, this, &FreeAreas::tellScreens);
   connect(screen, &QScreen::availableGeometryChanged, this, &FreeAreas::tellScreens);
 }

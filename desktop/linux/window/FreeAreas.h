@@ -39,7 +39,7 @@ class FreeAreas : public QObject {
   void askBelow(xcb_window_t window, int depth);
   void askFor(xcb_window_t window, xcb_atom_t property);
   void answered();
-  void follow(QScreen* screen);
+  void follow(QScreen* screen) const;
   void tellScreens();
 
   Atoms m_atoms;
