@@ -150,14 +150,17 @@ TEST_F(OpenPanelTest, IsClosedWhenNobodyAsksAnyMore) {
   choose().reset();
   turn();
   EXPECT_EQ(appKit.calls, Calls{}) << "it is not even opened";
-  auto choice = choose();
-  appKit.answer = [&] { // the window goes while the dialog is open
-    choice.reset();
+  for (const bool inTime : {true, false}) {
+    appKit.cancelsInTime = inTime;
+    auto choice = choose();
+    appKit.answer = [&] { // the window goes while the dialog is open
+      choice.reset();
+      turn();
+      return NSModalResponse(1);
+    };
     turn();
-    return NSModalResponse(1);
-  };
-  turn();
-  EXPECT_EQ(appKit.calls.back(), "dialog cancelled");
+    EXPECT_EQ(appKit.calls.back(), "dialog cancelled");
+  }
   EXPECT_EQ(picked, Calls{});
 }
 

@@ -61,6 +61,7 @@ class StandInAppKit {
   // The dialog.
   std::function<NSModalResponse()> answer;
   NSString* chosenPath = nil;
+  bool cancelsInTime = true; // the person may have been quicker
 };
 
 } // namespace vantle

@@ -474,7 +474,7 @@ NUMBER(BOOL, allowsMultipleSelection, setAllowsMultipleSelection)
 - (void)cancel:(id)sender {
   (void)sender;
   note("dialog cancelled");
-  of(self).numbers["cancelled"] = 1;
+  of(self).numbers["cancelled"] = appKit->cancelsInTime ? 1 : 0;
 }
 FORGETS
 @end
