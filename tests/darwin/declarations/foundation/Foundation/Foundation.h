@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// What is called of Foundation and of the runtime below it, from their documentation. For the check without a Mac; the
-// tests on another system have the free Foundation in its place.
+// What is called of Foundation and of the runtime below it, from their documentation. For the check without a
+// Mac; the tests on another system have the free Foundation in its place.
 #pragma once
 #include <stddef.h>
 #include <stdint.h>
@@ -24,7 +24,8 @@ typedef double NSTimeInterval;
 
 @class NSArray, NSDictionary, NSError, NSString, NSURL;
 
-__attribute__((objc_root_class)) @interface NSObject {
+__attribute__((objc_root_class))
+@interface NSObject {
   Class isa;
 }
 + (instancetype)alloc;
@@ -64,7 +65,9 @@ enum { NSApplicationSupportDirectory = 14, NSAllApplicationsDirectory = 100 };
 enum { NSUserDomainMask = 1, NSAllDomainsMask = 0x0ffff };
 
 @interface NSString : NSObject
-- (instancetype)initWithBytes:(const void*)bytes length:(NSUInteger)length encoding:(NSStringEncoding)encoding;
+- (instancetype)initWithBytes:(const void*)bytes
+                       length:(NSUInteger)length
+                     encoding:(NSStringEncoding)encoding;
 @property(readonly) NSUInteger length;
 - (void)getCharacters:(unichar*)buffer range:(NSRange)range;
 @end
@@ -80,7 +83,9 @@ enum { NSUserDomainMask = 1, NSAllDomainsMask = 0x0ffff };
 @property(readonly) long long longLongValue;
 @end
 @interface NSArray : NSObject
-- (NSUInteger)countByEnumeratingWithState:(NSFastEnumerationState*)state objects:(id*)objects count:(NSUInteger)count;
+- (NSUInteger)countByEnumeratingWithState:(NSFastEnumerationState*)state
+                                  objects:(id*)objects
+                                    count:(NSUInteger)count;
 @end
 @interface NSMutableArray : NSArray
 + (instancetype)array;
@@ -89,7 +94,9 @@ enum { NSUserDomainMask = 1, NSAllDomainsMask = 0x0ffff };
 @interface NSDictionary : NSObject
 @property(readonly) NSUInteger count;
 - (id)objectForKey:(id)key;
-- (NSUInteger)countByEnumeratingWithState:(NSFastEnumerationState*)state objects:(id*)objects count:(NSUInteger)count;
+- (NSUInteger)countByEnumeratingWithState:(NSFastEnumerationState*)state
+                                  objects:(id*)objects
+                                    count:(NSUInteger)count;
 @end
 @interface NSURL : NSObject
 @property(readonly, copy) NSString* path;
@@ -126,6 +133,7 @@ enum { NSUserDomainMask = 1, NSAllDomainsMask = 0x0ffff };
 @end
 
 FOUNDATION_EXPORT NSArray* NSSearchPathForDirectoriesInDomains(NSSearchPathDirectory directory,
-                                                               NSSearchPathDomainMask domains, BOOL expandTilde);
+                                                               NSSearchPathDomainMask domains,
+                                                               BOOL expandTilde);
 
 #import <Foundation/Windows.h>
