@@ -365,7 +365,7 @@ std::optional<std::string> wineLoader(const std::string& executable) {
 
 // Of an interpreted program it is what was started: the interpreter's own path is known from the process.
 std::string startedPath(const AppEvidence& evidence) {
-  if (const std::string path = libraryProgram(evidence); !path.empty()) return path;
+  if (std::string path = libraryProgram(evidence); !path.empty()) return path;
   const std::string name = fileNameOf(evidence.executable);
   const bool isRun = isInterpreter(name) && !name.starts_with("wine") && !evidence.program.empty();
   return isRun ? evidence.program : evidence.executable;

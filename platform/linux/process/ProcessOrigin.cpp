@@ -92,7 +92,7 @@ std::vector<std::string> furtherOriginsOf(const std::string& executable) {
     const bool isIn = folder == prefix + "/bin" || folder == prefix + "/games";
     if (!isIn || isInterpreter(name)) continue;
     for (const char* const place : {"/lib/", "/lib64/", "/libexec/", "/lib/games/"})
-      origins.push_back("folder:" + prefix + place + name);
+      origins.emplace_back("folder:").append(prefix).append(place).append(name);
   }
   return origins;
 }
