@@ -164,8 +164,12 @@ Pid AppTrees::appOfOrigin(const ProcessRecord& orphan, const Known& known) const
     m_origins.emplace();
     for (const Pid app : known.apps) {
       if (find(app) == nullptr) continue;
-      const auto [place, isNew] = m_origins->emplace(m_table->origin(app), app);
-      if (!isNew) place->second = 0;
+      const auto add = [this, app](const std::string& one) {
+        const auto [place, isNew] = m_origins->emplace(one, app);
+        if (!isNew && place->second != app) place->second = 0;
+      };
+      add(m_table->origin(app));
+      for (const std::string& further : m_table->furtherOrigins(app)) add(further);
     }
   }
   const auto found = m_origins->find(origin);

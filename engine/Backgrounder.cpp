@@ -70,7 +70,51 @@ AppTrees Backgrounder::manage(std::span<const AppRef> apps, Pid boostApp, const 
     if (!trees.birthMark() || isCurrent(trees)) break;
     std::erase_if(entering, [this](const Entering& one) { return !m_managed.contains(one.root.pid); });
   }
+  complete(trees, boostApp, judge);
   return trees;
+}
+
+// What a slowed app starts is born with what is slowed of a process, but not with what is slowed of a
+// session: a new one has its full weight. An app that would be spared by now gets no further in.
+void Backgrounder::complete(const AppTrees& trees, Pid boostApp, const Judge& judge) {
+  std::map<Pid, std::map<Pid, Entering>> byApp;
+  for (const auto& [root, app] : m_managed) {
+    if (auto bySession = bornElsewhere(app, trees); !bySession.empty())
+      byApp.emplace(root, std::move(bySession));
+  }
+  if (byApp.empty()) return;
+  std::vector<Entering> entering;
+  for (const AppRef& app : m_machine.workspace.runningApplications()) {
+    const auto found = byApp.find(app->processIdentifier());
+    if (found == byApp.end() || judge(*app, trees, Asking::again) != Verdict::slowed) continue;
+    for (auto& [session, one] : found->second) entering.push_back(std::move(one));
+    byApp.erase(found);
+  }
+  if (!entering.empty()) enter(entering, boostApp, trees);
+}
+
+// Of a listed app's processes those that stand in sessions which nobody of it was slowed in, by session.
+std::map<Pid, Backgrounder::Entering> Backgrounder::bornElsewhere(const ManagedApp& app,
+                                                                  const AppTrees& trees) const {
+  std::set<Pid> known{0};
+  for (const ProcessIdentity& member : app.members) {
+    const ProcessRecord* const record = trees.find(member.pid);
+    if (record != nullptr && identityOf(*record) == member) known.insert(record->session);
+  }
+  std::map<Pid, Entering> bySession;
+  for (const Pid pid : trees.processesOf(app.root.pid)) {
+    const ProcessRecord* const record = trees.find(pid);
+    if (record == nullptr || known.contains(record->session)) continue;
+    const ProcessIdentity identity = identityOf(*record);
+    if (m_refusedLater.contains(identity) || !isSame(identity)) continue;
+    const bool isIn = m_machine.band.isInBackgroundBand(pid) == true;
+    if (isIn && !isOwnDoing(pid, trees)) continue;
+    Entering& one = bySession[record->session];
+    one.root = app.root;
+    one.isLater = true;
+    one.processes.push_back(identity);
+  }
+  return bySession;
 }
 
 std::vector<Backgrounder::Entering> Backgrounder::chosen(std::span<const AppRef> apps, const Judge& judge,
@@ -81,7 +125,7 @@ std::vector<Backgrounder::Entering> Backgrounder::chosen(std::span<const AppRef>
     const bool isTwice =
         std::any_of(all.begin(), all.end(), [pid](const auto& one) { return one.root.pid == pid; });
     if (isTwice) continue;
-    const Verdict verdict = judge(*app, trees);
+    const Verdict verdict = judge(*app, trees, Asking::first);
     if (verdict != Verdict::slowedAlready) note(pid, verdict);
     if (verdict != Verdict::slowed) continue;
     const std::optional<ProcessIdentity> root = readIdentity(m_machine.processes, pid);
@@ -126,13 +170,16 @@ void Backgrounder::enter(const std::vector<Entering>& all, Pid boostApp, const A
       m_machine.band.enter({trees, boostApp, apps, slowedApps()});
 
   std::vector<ProcessIdentity> failed;
+  std::unordered_set<ProcessIdentity> keptAsBorn;
   for (std::size_t at = 0; at < all.size(); ++at) {
     const Entering& one = all[at];
-    AppVerdict& verdict = m_verdicts[one.root.pid];
+    AppVerdict ofLater;
+    AppVerdict& verdict = one.isLater ? ofLater : m_verdicts[one.root.pid];
     std::vector<ProcessIdentity> members;
     for (std::size_t index = 0; index < one.processes.size(); ++index) {
       const BandAnswer& answer = answers.at(at).at(index);
       (answer.entered() ? members : failed).push_back(one.processes[index]);
+      if (one.isLater && !answer.entered()) keptAsBorn.insert(one.processes[index]);
       if (answer.entered() && !verdict.lever) verdict.lever = answer.lever;
       if (!answer.entered() && !verdict.refusal) verdict.refusal = answer.refusal;
     }
@@ -141,7 +188,8 @@ void Backgrounder::enter(const std::vector<Entering>& all, Pid boostApp, const A
       auto& known = listed->second.members;
       known.insert(known.end(), members.begin(), members.end());
       // Slowed in part only, since one that was born meanwhile shares its place with something else.
-      if (std::any_of(answers.at(at).begin(), answers.at(at).end(),
+      if (!one.isLater &&
+          std::any_of(answers.at(at).begin(), answers.at(at).end(),
                       [](const BandAnswer& answer) { return answer.refusal == BandRefusal::shared; })) {
         failed.insert(failed.end(), known.begin(), known.end());
         giveUp(one.root.pid);
@@ -156,10 +204,12 @@ void Backgrounder::enter(const std::vector<Entering>& all, Pid boostApp, const A
   }
   // What was born slowed and may not be slowed on its own account comes out.
   std::vector<ProcessIdentity> marked;
-  std::copy_if(failed.begin(), failed.end(), std::back_inserter(marked),
-               [this](const ProcessIdentity& one) { return m_machine.band.carriesOwnMark(one.pid); });
+  std::copy_if(failed.begin(), failed.end(), std::back_inserter(marked), [&](const ProcessIdentity& one) {
+    return !keptAsBorn.contains(one) && m_machine.band.carriesOwnMark(one.pid);
+  });
   if (!marked.empty()) leave(marked, boostApp, trees);
   m_journal.remove(failed);
+  m_refusedLater.merge(keptAsBorn);
 }
 
 void Backgrounder::rename(const RunningApplication& app) {
@@ -313,6 +363,7 @@ void Backgrounder::putBack(std::span<const ManagedApp> apps, Pid boostApp, const
   }
   retry(leaving->finish(), boostApp, trees);
   m_journal.remove(forgotten);
+  m_refusedLater.clear(); // it may be these that stood in their way
 }
 
 // Those that lost their place with one that left it are slowed in another way, or given up.

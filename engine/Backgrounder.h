@@ -26,8 +26,9 @@ namespace vantle {
 class Backgrounder {
  public:
   // Whether an app may be slowed now. `trees` is the look that the decision is made with, one for all apps of
-  // a call.
-  using Judge = std::function<Verdict(const RunningApplication& app, const AppTrees& trees)>;
+  // a call. Of one that is slowed already it may be asked whether it could be slowed afresh.
+  enum class Asking { first, again };
+  using Judge = std::function<Verdict(const RunningApplication& app, const AppTrees& trees, Asking asking)>;
 
   explicit Backgrounder(const Machine& machine); // reads the journal, changes nothing
 
@@ -72,11 +73,14 @@ class Backgrounder {
     ProcessIdentity root;
     std::uint64_t changedAtMicros = 0;
     std::vector<ProcessIdentity> processes;
+    bool isLater = false; // a part of an app that is listed already
   };
 
   std::vector<Entering> chosen(std::span<const AppRef> apps, const Judge& judge, const AppTrees& trees);
   void collect(Entering& entering, const AppTrees& trees, std::unordered_set<ProcessIdentity>& seen) const;
   void enter(const std::vector<Entering>& all, Pid boostApp, const AppTrees& trees);
+  void complete(const AppTrees& trees, Pid boostApp, const Judge& judge);
+  std::map<Pid, Entering> bornElsewhere(const ManagedApp& app, const AppTrees& trees) const;
   void putBack(std::span<const ManagedApp> apps, Pid boostApp, const AppTrees& trees);
   void sweep(AppTrees trees, Pid boostApp);
   bool isOwnDoing(Pid pid, const AppTrees& trees) const;
@@ -94,6 +98,7 @@ class Backgrounder {
   std::map<Pid, ManagedApp> m_managed;
   std::map<Pid, AppVerdict> m_verdicts;
   std::set<Pid> m_givenUp;
+  std::unordered_set<ProcessIdentity> m_refusedLater; // born to a listed app, and not to be slowed by itself
 };
 
 } // namespace vantle

@@ -139,8 +139,10 @@ void Engine::startBoost(const AppRef& game, const AppRef& front) {
 }
 
 Verdict Engine::shouldManage(const RunningApplication& app, const ShieldedPIDs& shielded,
-                             const AppTrees& trees, std::optional<std::set<Pid>>& clients) const {
+                             const AppTrees& trees, std::optional<std::set<Pid>>& clients,
+                             Backgrounder::Asking asking) const {
   const Pid pid = app.processIdentifier();
+  const bool isFirst = asking == Backgrounder::Asking::first;
   AppFacts facts;
   const auto decides = [&facts](bool AppFacts::*fact, bool holds) {
     facts.*fact = holds;
@@ -151,8 +153,9 @@ Verdict Engine::shouldManage(const RunningApplication& app, const ShieldedPIDs& 
       decides(&AppFacts::isNotRegular, app.activationPolicy() != ActivationPolicy::regular) ||
       decides(&AppFacts::hasEnded, app.isTerminated()) ||
       decides(&AppFacts::isOwnProcess, ownsThisProgram(pid, trees)) ||
-      decides(&AppFacts::isSlowed, m_backgrounder.isManaged(pid)) ||
-      decides(&AppFacts::isInFront, hasPid(m_foregroundException, pid)) ||
+      decides(&AppFacts::isSlowed, isFirst && m_backgrounder.isManaged(pid)) ||
+      decides(&AppFacts::isInFront,
+              hasPid(m_foregroundException, pid) || (!isFirst && hasPid(m_comingToFront, pid))) ||
       decides(&AppFacts::isProtectedByPerson,
               isProtectedByPerson(settings, bundleID = app.bundleIdentifier())) ||
       decides(&AppFacts::isSystemApp, isSystemApp(bundleID)) ||
@@ -176,9 +179,11 @@ Verdict Engine::shouldManage(const RunningApplication& app, const ShieldedPIDs& 
 
 AppTrees Engine::manage(std::span<const AppRef> apps, const ShieldedPIDs& shielded) {
   std::optional<std::set<Pid>> clients; // the same for all apps: they are judged with one look
-  return m_backgrounder.manage(apps, boostApp(), [&](const RunningApplication& app, const AppTrees& trees) {
-    return shouldManage(app, shielded, trees, clients);
-  });
+  return m_backgrounder.manage(
+      apps, boostApp(),
+      [&](const RunningApplication& app, const AppTrees& trees, Backgrounder::Asking asking) {
+        return shouldManage(app, shielded, trees, clients, asking);
+      });
 }
 
 AppTrees Engine::manage(const AppRef& app) {
@@ -212,6 +217,7 @@ bool Engine::isPartOfBoost(const RunningApplication& app) const {
 }
 
 void Engine::frontChangedWhileBoosting(const AppRef& app) {
+  m_comingToFront = app;
   // The app that leaves the front goes back first: what takes its place must not be slowed with it.
   std::optional<AppTrees> trees;
   if (m_foregroundException && !hasPid(m_foregroundException, app->processIdentifier())) {
@@ -219,6 +225,7 @@ void Engine::frontChangedWhileBoosting(const AppRef& app) {
     if (!previous->isTerminated()) trees = manage(previous);
   }
   if (!trees && !m_backgrounder.givenUp().empty()) trees = manage(nullptr);
+  m_comingToFront = nullptr;
   const bool isBoostApp = profile.isTrigger(*app);
   m_backgrounder.restore(app->processIdentifier(), boostApp(), std::move(trees));
   m_backgrounder.note(app->processIdentifier(), isBoostApp ? Verdict::boostApp : Verdict::inFront);

@@ -117,7 +117,7 @@ class Engine {
   std::vector<AppRef> givenUpApps() const;
   // `clients`: of the Boost app in this look; filled in by whoever first needs them.
   Verdict shouldManage(const RunningApplication& app, const ShieldedPIDs& shielded, const AppTrees& trees,
-                       std::optional<std::set<Pid>>& clients) const;
+                       std::optional<std::set<Pid>>& clients, Backgrounder::Asking asking) const;
   bool isPartOfBoost(const RunningApplication& app) const;
 
   void startBoost(const AppRef& game, const AppRef& front); // which stays in front, at full speed
@@ -139,6 +139,7 @@ class Engine {
   std::set<Pid> m_gameAncestors; // the Boost app, its launcher and the chain above
   bool m_isForDeclared = false;  // the Boost began because the Boost app was registered as a game
   AppRef m_foregroundException;  // in front during the Boost, and so at full speed for now
+  AppRef m_comingToFront;        // while others are slowed before it is restored
   std::vector<std::unique_ptr<Registration>> m_observers;
   Pid m_selfPID;
 };

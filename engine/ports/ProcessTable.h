@@ -63,6 +63,9 @@ class ProcessTable {
   // processes that came with it. Empty when nothing tells.
   virtual std::string origin(Pid /*pid*/) const { return {}; }
 
+  // The origins of processes that this app brings along, where they are not its own.
+  virtual std::vector<std::string> furtherOrigins(Pid /*app*/) const { return {}; }
+
   // The bytes of the executable's full path, at most 4,096 of them, undecoded.
   virtual std::optional<std::string> executablePathBytes(Pid pid) const = 0;
 

@@ -39,6 +39,7 @@ SimulatedAppRef SimulatedMachine::launch(const AppSpec& spec, Opening opening) {
                                    .leadsSession = spec.leadsSession,
                                    .place = spec.place,
                                    .origin = spec.origin,
+                                   .furtherOrigins = spec.furtherOrigins,
                                    .pid = spec.pid});
   return showWindow(pid, spec, opening);
 }

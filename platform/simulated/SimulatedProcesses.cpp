@@ -83,6 +83,7 @@ Pid SimulatedProcesses::spawn(const ProcessSpec& spec) {
   process.role = spec.role;
   process.place = spec.place.empty() ? parent->place : spec.place;
   process.origin = spec.origin;
+  process.furtherOrigins = spec.furtherOrigins;
   if (!m_lastStart.insert_or_assign(pid, process.startMicros).second) ++m_reusedPids;
   const auto born = m_processes.emplace(pid, std::move(process)).first;
   if (onBirth) onBirth(born->second);
@@ -163,6 +164,11 @@ std::string SimulatedProcesses::place(Pid pid) const {
 std::string SimulatedProcesses::origin(Pid pid) const {
   const SimulatedProcess* process = find(pid);
   return process == nullptr ? std::string() : process->origin;
+}
+
+std::vector<std::string> SimulatedProcesses::furtherOrigins(Pid app) const {
+  const SimulatedProcess* process = find(app);
+  return process == nullptr ? std::vector<std::string>() : process->furtherOrigins;
 }
 
 std::vector<ProcessRecord> SimulatedProcesses::scan() const {

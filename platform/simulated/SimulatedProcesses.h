@@ -27,9 +27,10 @@ struct ProcessSpec {
   bool isBusy = false;         // uses all the CPU it gets
   bool leadsSession = false;   // has a session of its own; otherwise its parent's
   ProcessRole role = ProcessRole::program;
-  std::string place{};      // that the desktop made for its app; its parent's when empty
-  std::string origin{};     // what it came with
-  std::optional<Pid> pid{}; // a particular free one; otherwise the next free one
+  std::string place{};                       // that the desktop made for its app; its parent's when empty
+  std::string origin{};                      // what it came with
+  std::vector<std::string> furtherOrigins{}; // of what it brings along
+  std::optional<Pid> pid{};                  // a particular free one; otherwise the next free one
 };
 
 struct SimulatedProcess {
@@ -44,6 +45,7 @@ struct SimulatedProcess {
   ProcessRole role = ProcessRole::program;
   std::string place;
   std::string origin;
+  std::vector<std::string> furtherOrigins;
   bool isBusy = false;
   bool isZombie = false; // ended, but its parent has not taken note: still listed, cannot be changed
 
@@ -91,6 +93,7 @@ class SimulatedProcesses final : public ProcessTable {
   std::optional<std::uint64_t> birthMark() const override;
   std::string place(Pid pid) const override;
   std::string origin(Pid pid) const override;
+  std::vector<std::string> furtherOrigins(Pid app) const override;
   std::vector<ProcessRecord> scan() const override;
   std::optional<std::string> executablePathBytes(Pid pid) const override;
   std::optional<std::uint64_t> footprint(Pid pid) const override;

@@ -37,6 +37,7 @@ struct AppSpec {
   bool leadsSession = false;                   // its main process has a session of its own
   std::string place{};                         // that the desktop made for it
   std::string origin{};                        // what its main process came with
+  std::vector<std::string> furtherOrigins{};   // of what it brings along
   bool canComeToFront = true;
 };
 

@@ -6,6 +6,8 @@
 #include "platform/linux/apps/ProgramPath.h"
 #include "platform/linux/process/FlatpakInstances.h"
 #include "platform/linux/process/KernelFile.h"
+#include "platform/linux/process/ProcStat.h"
+#include "platform/linux/programs/DesktopPrograms.h"
 #include "platform/posix/Descriptor.h"
 #include "platform/posix/process/BoundedWait.h"
 
@@ -109,6 +111,51 @@ std::string startedProgram(const AppEvidence& evidence) {
   return ::access(path.c_str(), X_OK) == 0 ? path : std::string();
 }
 
+std::string programOfInterpreter(const std::string& executable, const InterpretedProgram& run,
+                                 const std::string& workingFolder) {
+  return isInterpreter(fileNameOf(executable)) ? pathOf(run.file, workingFolder) : executable;
+}
+
+// What a person types into waits for everything, and was started for nothing of it.
+bool isInteractive(const std::string& executable, const std::vector<std::string>& arguments,
+                   const InterpretedProgram& run) {
+  const bool hasText = std::find(arguments.begin(), arguments.end(), "-c") != arguments.end();
+  return isInterpreter(fileNameOf(executable)) && run.file.empty() && run.name.empty() && !hasText;
+}
+
+// What starts apps for the person has done other things for a while before it starts one.
+std::vector<Wrapper> readWrappers(Pid pid) {
+  constexpr std::uint64_t longestWrapping = 10; // seconds
+  constexpr std::size_t most = 8;
+  static const auto ticksPerSecond = static_cast<std::uint64_t>(::sysconf(_SC_CLK_TCK));
+  const auto statOf = [](Pid process) {
+    return parseProcStat(readKernelFile("/proc/" + std::to_string(process) + "/stat").value_or(""));
+  };
+  std::vector<Wrapper> wrappers;
+  const std::optional<ProcStat> own = statOf(pid);
+  if (!own || own->session == 0) return wrappers;
+  for (Pid at = own->parent; at > 1 && wrappers.size() < most;) {
+    const std::optional<ProcStat> stat = statOf(at);
+    if (!stat || stat->session != own->session || stat->startTicks > own->startTicks) break;
+    if (own->startTicks > stat->startTicks + longestWrapping * ticksPerSecond) break;
+    const std::string folder = "/proc/" + std::to_string(at);
+    std::string name = readKernelFile(folder + "/comm").value_or("");
+    if (name.ends_with('\n')) name.pop_back();
+    if (isSystemPart(name)) break;
+    Wrapper wrapper{.pid = at,
+                    .executable = linkTarget(folder + "/exe"),
+                    .program = {},
+                    .arguments = argumentsOf(readAll(folder + "/cmdline")),
+                    .workingFolder = linkTarget(folder + "/cwd")};
+    const InterpretedProgram run = interpretedProgram(fileNameOf(wrapper.executable), wrapper.arguments);
+    if (wrapper.executable.empty() || isInteractive(wrapper.executable, wrapper.arguments, run)) break;
+    wrapper.program = programOfInterpreter(wrapper.executable, run, wrapper.workingFolder);
+    wrappers.push_back(std::move(wrapper));
+    at = stat->parent;
+  }
+  return wrappers;
+}
+
 // What lies in the process's own memory, or below its own root. It is the process that says when they can be
 // read.
 AppEvidence withItsOwnWords(AppEvidence evidence) {
@@ -120,18 +167,25 @@ AppEvidence withItsOwnWords(AppEvidence evidence) {
   if (evidence.executable.empty()) evidence.executable = startedProgram(evidence);
 
   const std::vector<std::string> environment = split(readAll(folder + "/environ"), '\0');
+  evidence.wrappers = readWrappers(evidence.pid);
   // The variables are inherited; only the pid tells whose they are.
-  if (valueOf(environment, "GIO_LAUNCHED_DESKTOP_FILE_PID=") == std::to_string(evidence.pid)) {
+  const std::string launched = valueOf(environment, "GIO_LAUNCHED_DESKTOP_FILE_PID=");
+  const auto isLaunched = [&](Pid process) { return launched == std::to_string(process); };
+  const auto wrapper = std::find_if(evidence.wrappers.begin(), evidence.wrappers.end(),
+                                    [&](const Wrapper& one) { return isLaunched(one.pid); });
+  if (isLaunched(evidence.pid) || wrapper != evidence.wrappers.end()) {
     evidence.launchedFile = valueOf(environment, "GIO_LAUNCHED_DESKTOP_FILE=");
+    evidence.launchedProcess = isLaunched(evidence.pid) ? evidence.pid : wrapper->pid;
   }
   // Everything that the game runs in and starts has it, and nothing of the store's own.
   if (const std::string number = valueOf(environment, "SteamAppId="); isNumber(number)) {
     evidence.storeAddress = "steam://rungameid/" + number;
   }
+  evidence.workingFolder = linkTarget(folder + "/cwd");
   evidence.program = evidence.executable;
   if (isInterpreter(fileNameOf(evidence.executable))) {
     const InterpretedProgram run = interpretedProgram(fileNameOf(evidence.executable), evidence.arguments);
-    evidence.program = pathOf(run.file, linkTarget(folder + "/cwd"));
+    evidence.program = programOfInterpreter(evidence.executable, run, evidence.workingFolder);
     evidence.names = programNames(run, evidence.program);
   }
   // It runs from a file system of its own: the image's file is what a person started. The variables are
@@ -190,6 +244,15 @@ bool isInterpreter(std::string_view fileName) {
   return fileName == "sh" || std::any_of(prefixes.begin(), prefixes.end(), [&](std::string_view prefix) {
            return fileName.starts_with(prefix);
          });
+}
+
+void dropWrappersFrom(AppEvidence& evidence, const std::function<bool(Pid)>& isApp) {
+  const auto app = std::find_if(evidence.wrappers.begin(), evidence.wrappers.end(),
+                                [&](const Wrapper& wrapper) { return isApp(wrapper.pid); });
+  const bool isItsLaunch = std::any_of(
+      app, evidence.wrappers.end(), [&](const Wrapper& one) { return one.pid == evidence.launchedProcess; });
+  if (isItsLaunch) evidence.launchedFile.clear();
+  evidence.wrappers.erase(app, evidence.wrappers.end());
 }
 
 AppEvidence readEvidence(Pid pid) {

@@ -3,6 +3,7 @@
 
 #include "base/Pid.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,12 +19,22 @@ struct UnitId {
   bool operator==(const UnitId&) const = default;
 };
 
+// What started a program and waits for its end: a script, say, or what mounts an image.
+struct Wrapper {
+  Pid pid = 0;
+  std::string executable;
+  std::string program; // as in AppEvidence
+  std::vector<std::string> arguments;
+  std::string workingFolder;
+};
+
 // All that tells which app a process with windows is. Texts are bytes as found; empty when there are none.
 struct AppEvidence {
   Pid pid = 0;
   std::string sandboxId;              // what Flatpak or Snap says it is
   std::optional<UnitId> unit;         // of the unit that it runs in
-  std::string launchedFile;           // the desktop file that the desktop started this very process from
+  std::string launchedFile;           // the desktop file that the desktop started it or its wrapper from
+  Pid launchedProcess = 0;            // this one, or the wrapper that was started from it
   std::string imageFolder;            // that the AppImage is mounted at out of which it runs
   std::string storeAddress;           // of the game, as its store's shortcuts have it: "steam://rungameid/42"
   std::string applicationId;          // _GTK_APPLICATION_ID
@@ -34,6 +45,8 @@ struct AppEvidence {
   std::string program;                // the same, but for an interpreter its script: what a person started
   std::vector<std::string> names;     // of what an interpreter runs, see programNames
   std::vector<std::string> arguments; // the whole command line
+  std::string workingFolder;
+  std::vector<Wrapper> wrappers; // the nearest first, in its session and as young as it is
 };
 
 // "app-gnome-org.gnome.Maps-1234.scope" is org.gnome.Maps. Absent for units that are not an app's.
@@ -44,6 +57,10 @@ std::string snapIdOf(std::string_view unitName);
 
 // True for programs that run other programs' texts, such as "python3.11" or "java".
 bool isInterpreter(std::string_view fileName);
+
+// Whoever has windows is an app of its own and waits for nobody: takes the wrappers away from that one on,
+// and what was launched with one of them.
+void dropWrappersFrom(AppEvidence& evidence, const std::function<bool(Pid)>& isApp);
 
 // Reads what /proc knows; the window's own properties are the caller's to add. A process that keeps its
 // command line or environment from being read is waited for 100 ms at most, and known by the rest.

@@ -3,6 +3,7 @@
 
 #include "base/Text.h"
 #include "base/Utf8.h"
+#include "platform/linux/apps/ExecLine.h"
 #include "platform/linux/apps/OneLineName.h"
 #include "platform/linux/apps/ProgramPath.h"
 #include "platform/posix/files/PosixFileStore.h"
@@ -33,22 +34,6 @@ template <class T> using GOwned = std::unique_ptr<T, GFree>;
 constexpr std::size_t largestFile = std::size_t{1} << 20U; // bytes; larger is no desktop file
 
 std::string text(const char* bytes) { return bytes == nullptr ? std::string() : std::string(bytes); }
-
-// %f, %U and the like stand for files; "@@u" and "@@" are what sandboxed apps have around them.
-bool standsForFiles(std::string_view argument) {
-  return (argument.size() == 2 && argument[0] == '%' && argument[1] != '%') || argument.starts_with("@@");
-}
-
-bool isAssignment(std::string_view argument) { return argument.find('=') != std::string_view::npos; }
-
-// As a shell takes it apart; empty when it cannot.
-std::vector<std::string> wordsOf(const std::string& line) {
-  int count = 0;
-  char** parsed = nullptr;
-  if (g_shell_parse_argv(line.c_str(), &count, &parsed, nullptr) == 0) return {};
-  const GOwned<char*> owned(parsed);
-  return {parsed, parsed + count};
-}
 
 std::string keyOf(GKeyFile* file, const char* key) {
   return text(GOwned<char>(g_key_file_get_string(file, G_KEY_FILE_DESKTOP_GROUP, key, nullptr)).get());
@@ -81,19 +66,47 @@ bool isOfApp(GKeyFile* file) {
          !flagOf(file, G_KEY_FILE_DESKTOP_KEY_HIDDEN);
 }
 
+// "./run" stands in the folder that the program is started in.
+std::string pathIn(const std::string& folder, const std::string& program) {
+  const bool isBeside = !program.starts_with('/') && program.find('/') != std::string::npos;
+  if (!isBeside) return absolutePath(program);
+  return folder.empty() ? std::string()
+                        : (std::filesystem::path(folder) / program).lexically_normal().string();
+}
+
 bool isInstalled(GKeyFile* file) {
   const std::string tried = keyOf(file, G_KEY_FILE_DESKTOP_KEY_TRY_EXEC);
   if (!tried.empty() && !isProgram(absolutePath(tried))) return false;
   const std::string line = keyOf(file, G_KEY_FILE_DESKTOP_KEY_EXEC);
   if (line.empty()) return true;
-  const std::vector<std::string> words = wordsOf(line);
-  return !words.empty() && isProgram(absolutePath(words.front()));
+  const std::vector<std::string> words = shellWords(line);
+  return !words.empty() && isProgram(pathIn(keyOf(file, G_KEY_FILE_DESKTOP_KEY_PATH), words.front()));
 }
 
-bool startsAsScript(const std::string& path) {
-  std::array<char, 2> start{};
+constexpr std::string_view scriptMark = "#!";
+
+// Of a script its text, as far as it may be of interest; empty of all others.
+std::string scriptAt(const std::string& path) {
+  std::string text(std::size_t{16} * 1024, 0);
   const Descriptor file = openRegularFile(path);
-  return ::read(file.get(), start.data(), start.size()) == 2 && start[0] == '#' && start[1] == '!';
+  const ssize_t count = ::read(file.get(), text.data(), text.size());
+  text.resize(count < 0 ? 0 : static_cast<std::size_t>(count));
+  return text.starts_with(scriptMark) ? text : std::string();
+}
+
+// The one program that the script becomes, if it says so in full: exec /opt/game/run "$@".
+std::string programOfScript(const std::string& script) {
+  std::string only;
+  for (const std::string& line : split(script, '\n')) {
+    const std::vector<std::string> words = shellWords(line);
+    if (words.size() < 2 || words.front() != "exec") continue;
+    const bool isWhole = words.size() == 2 || (words.size() == 3 && words.back() == "$@");
+    const std::string& program = words[1];
+    if (!isWhole || !program.starts_with('/') || program.find('$') != std::string::npos) return {};
+    if (!only.empty() && only != program) return {};
+    only = program;
+  }
+  return realPath(only);
 }
 
 } // namespace
@@ -129,17 +142,6 @@ std::string categoryOf(std::string_view categories) {
   return {};
 }
 
-std::vector<std::string> programOf(const std::string& exec) {
-  std::vector<std::string> words = wordsOf(exec);
-  if (words.empty()) return {};
-  if (words.front() == "env" || words.front().ends_with("/env")) {
-    const auto program = std::find_if_not(words.begin() + 1, words.end(), isAssignment);
-    words.erase(words.begin(), program);
-  }
-  std::erase_if(words, standsForFiles);
-  return words;
-}
-
 namespace {
 
 DesktopEntry entryIn(GKeyFile* file, const std::string& path, const std::string& id) {
@@ -157,11 +159,13 @@ DesktopEntry entryIn(GKeyFile* file, const std::string& path, const std::string&
   entry.category = categoryOf(keyOf(file, G_KEY_FILE_DESKTOP_KEY_CATEGORIES));
   entry.isStore = isStoreOfGames(keyOf(file, G_KEY_FILE_DESKTOP_KEY_CATEGORIES));
   entry.isHidden = flagOf(file, G_KEY_FILE_DESKTOP_KEY_NO_DISPLAY);
-  std::vector<std::string> words = programOf(keyOf(file, G_KEY_FILE_DESKTOP_KEY_EXEC));
+  std::vector<std::string> words = innerProgramOf(keyOf(file, G_KEY_FILE_DESKTOP_KEY_EXEC));
   if (!words.empty()) {
-    entry.executable = absolutePath(words.front());
+    entry.executable = pathIn(keyOf(file, G_KEY_FILE_DESKTOP_KEY_PATH), words.front());
     entry.realPath = realPath(entry.executable);
-    entry.isScript = startsAsScript(entry.realPath);
+    const std::string script = scriptAt(entry.realPath);
+    entry.isScript = !script.empty();
+    entry.becomes = programOfScript(script);
     words.erase(words.begin());
     entry.arguments = std::move(words);
   }

@@ -20,6 +20,7 @@ struct DesktopEntry {
   std::string executable;             // absolute path of Exec's program, as PATH finds it; may be empty
   std::string realPath;               // the same with all links followed
   std::vector<std::string> arguments; // Exec's own, without the places for files
+  std::string becomes;                // the program that such a script is replaced by, if it tells
   bool isScript = false;              // the program is a text that something else runs
   bool isHidden = false;              // NoDisplay: not an app of its own in the menus
   bool isStore = false;               // of games, see categoryOf
@@ -33,10 +34,6 @@ inline constexpr std::string_view gamesCategory = "public.app-category.games";
 // starts.
 std::string categoryOf(std::string_view categories);
 bool isStoreOfGames(std::string_view categories);
-
-// An Exec line taken apart: the program and its arguments, without what only wraps them ("env A=b") and
-// without the places for files. Empty when it is not well formed.
-std::vector<std::string> programOf(const std::string& exec);
 
 // Reads one desktop file; absent when it is not one of an installed app. Nothing but that file is read, and
 // the start of the program: GIO's own reader asks for all desktop folders and their caches first, which costs

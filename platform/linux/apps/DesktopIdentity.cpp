@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
 #include <functional>
 #include <initializer_list>
 #include <string_view>
@@ -41,26 +42,25 @@ const DesktopEntry* byId(Entries entries, std::string_view id) {
   return first(entries, [&](const DesktopEntry& entry) { return entry.id == id; });
 }
 
-// Of the entries that a window's class fits: one that starts this very program, then one for the menus.
-const DesktopEntry* bestOf(Entries entries, const AppEvidence& evidence, const Test& fits) {
-  const DesktopEntry* best = nullptr;
-  int bestRank = -1;
-  for (const DesktopEntry& entry : entries) {
-    if (!fits(entry)) continue;
-    const bool isProgram = !entry.realPath.empty() && entry.realPath == evidence.program;
-    const int rank = (isProgram ? 4 : 0) + (entry.isHidden ? 0 : 2) + (entry.arguments.empty() ? 1 : 0);
-    if (rank > bestRank) {
-      best = &entry;
-      bestRank = rank;
-    }
-  }
-  return best;
+// A file beside which the program was started is named in short.
+bool isGiven(const AppEvidence& evidence, const std::string& argument) {
+  return std::any_of(evidence.arguments.begin(), evidence.arguments.end(), [&](const std::string& given) {
+    if (given == argument) return true;
+    if (!argument.starts_with('/') || given.empty() || evidence.workingFolder.empty()) return false;
+    return (std::filesystem::path(evidence.workingFolder) / given).lexically_normal() == argument;
+  });
 }
 
 bool runsWith(const AppEvidence& evidence, const DesktopEntry& entry) {
-  return std::all_of(entry.arguments.begin(), entry.arguments.end(), [&](const std::string& argument) {
-    return std::find(evidence.arguments.begin(), evidence.arguments.end(), argument) !=
-           evidence.arguments.end();
+  return std::all_of(entry.arguments.begin(), entry.arguments.end(),
+                     [&](const std::string& argument) { return isGiven(evidence, argument); });
+}
+
+// An engine that is started with one game's data is that game; with any other it is not.
+bool hasOtherData(const AppEvidence& evidence, const DesktopEntry& entry) {
+  if (entry.realPath.empty() || entry.realPath != evidence.program) return false;
+  return std::any_of(entry.arguments.begin(), entry.arguments.end(), [&](const std::string& argument) {
+    return !argument.starts_with('-') && !isGiven(evidence, argument);
   });
 }
 
@@ -70,8 +70,10 @@ int programRank(const AppEvidence& evidence, const DesktopEntry& entry) {
   const bool isInterpreterItself =
       entry.realPath == evidence.executable && evidence.executable != evidence.program;
   if (isInterpreterItself) return !entry.arguments.empty() && runsWith(evidence, entry) ? 3 : 0;
+  if (entry.becomes == evidence.program && !evidence.program.empty()) return 1;
   if (entry.realPath != evidence.program) return 0;
   if (entry.arguments.empty()) return 2;
+  if (hasOtherData(evidence, entry)) return 0;
   return runsWith(evidence, entry) ? 3 : 1;
 }
 
@@ -81,6 +83,40 @@ const DesktopEntry* byProgram(Entries entries, const AppEvidence& evidence) {
                                        return programRank(evidence, left) < programRank(evidence, right);
                                      });
   return best == entries.end() || programRank(evidence, *best) == 0 ? nullptr : &*best;
+}
+
+const DesktopEntry* ownEntry(Entries entries, const AppEvidence& evidence) {
+  if (const DesktopEntry* const started = byProgram(entries, evidence)) return started;
+  const std::string name = fileNameOf(evidence.program); // what a script of the same name has started
+  return first(entries, [&](const DesktopEntry& entry) {
+    return !entry.isHidden && !name.empty() && fileNameOf(entry.executable) == name;
+  });
+}
+
+// A name is chosen by whoever starts a program ("--class"). Such a one makes no game of another app's
+// program, nor of an engine that plays something else.
+bool isNoGameOf(Entries entries, const AppEvidence& evidence, const DesktopEntry& entry) {
+  if (entry.category != gamesCategory) return false;
+  if (hasOtherData(evidence, entry)) return true;
+  if (entry.realPath.empty() || entry.realPath == evidence.program) return false;
+  const DesktopEntry* const own = ownEntry(entries, evidence);
+  return own != nullptr && own->category != gamesCategory && own->realPath != entry.realPath;
+}
+
+// Of the entries that a window's class fits: one that starts this very program, then one for the menus.
+const DesktopEntry* bestOf(Entries entries, const AppEvidence& evidence, const Test& fits) {
+  const DesktopEntry* best = nullptr;
+  int bestRank = -1;
+  for (const DesktopEntry& entry : entries) {
+    if (!fits(entry) || isNoGameOf(entries, evidence, entry)) continue;
+    const bool isProgram = !entry.realPath.empty() && entry.realPath == evidence.program;
+    const int rank = (isProgram ? 4 : 0) + (entry.isHidden ? 0 : 2) + (entry.arguments.empty() ? 1 : 0);
+    if (rank > bestRank) {
+      best = &entry;
+      bestRank = rank;
+    }
+  }
+  return best;
 }
 
 // Programs that start a game with its data, as its own or in words: "-p FOLDER queen".
@@ -170,8 +206,37 @@ const DesktopEntry* byClassAsId(Entries entries, const AppEvidence& evidence) {
 }
 
 const DesktopEntry* byLaunchedFile(Entries entries, const AppEvidence& evidence) {
-  if (evidence.launchedFile.empty()) return nullptr;
+  const bool isWrappers = evidence.launchedProcess != 0 && evidence.launchedProcess != evidence.pid;
+  if (evidence.launchedFile.empty() || isWrappers) return nullptr;
   return first(entries, [&](const DesktopEntry& entry) { return entry.path == evidence.launchedFile; });
+}
+
+// A store waits for its games, and for windows of its own: its shortcut to one of them says nothing.
+bool isOfStore(Entries entries, const DesktopEntry& entry) {
+  return first(entries, [&](const DesktopEntry& other) {
+           return other.isStore && !other.realPath.empty() && other.realPath == entry.realPath;
+         }) != nullptr;
+}
+
+// What was started from a desktop file and waits for this program, or would have been by its command line.
+const DesktopEntry* byWrapper(Entries entries, const AppEvidence& evidence) {
+  if (!evidence.launchedFile.empty() && evidence.launchedProcess != evidence.pid) {
+    const DesktopEntry* const launched =
+        first(entries, [&](const DesktopEntry& entry) { return entry.path == evidence.launchedFile; });
+    if (launched != nullptr && !isOfStore(entries, *launched)) return launched;
+  }
+  for (const Wrapper& wrapper : evidence.wrappers) {
+    AppEvidence running;
+    running.executable = wrapper.executable;
+    running.program = wrapper.program;
+    running.arguments = wrapper.arguments;
+    running.workingFolder = wrapper.workingFolder;
+    const DesktopEntry* const entry = byProgram(entries, running);
+    const bool isOthers =
+        entry == nullptr || isOfStore(entries, *entry) || isNoGameOf(entries, evidence, *entry);
+    if (!isOthers) return entry;
+  }
+  return nullptr;
 }
 
 // A store's shortcut to the game.
@@ -220,6 +285,8 @@ constexpr std::array ranks{
                  "program and all arguments are the desktop file's, whatever an engine "
                  "calls its window",
                  byWholeCommand},
+    IdentityRule{"wrapper", "the desktop file starts what has started this program and waits for it",
+                 byWrapper},
     IdentityRule{"window class as id", "many windows are called after the desktop file", byClassAsId},
     IdentityRule{"program", "the desktop file starts this program", byProgram},
     IdentityRule{"last part of the id", "programs and windows are called after it", byLastPart},
@@ -239,13 +306,41 @@ std::string asTitle(std::string_view name) {
   return title;
 }
 
-// Some toolkits call a window after the file, or with Java's whole class name.
+// A program of a store's library, whoever runs it: "…/steamapps/common/NAME/run.sh".
+constexpr std::string_view library = "/steamapps/";
+
+// What of a library an interpreter runs, or a script of a library's has started somewhere else.
+std::string libraryProgram(const AppEvidence& evidence) {
+  const auto isIn = [](const std::string& path) {
+    return asciiLowered(path).find(library) != std::string::npos;
+  };
+  if (isIn(evidence.executable)) return {};
+  if (isIn(evidence.program)) return evidence.program;
+  const auto wrapper = std::find_if(evidence.wrappers.begin(), evidence.wrappers.end(),
+                                    [&](const Wrapper& one) { return isIn(one.program); });
+  return wrapper == evidence.wrappers.end() ? std::string() : wrapper->program;
+}
+
+std::string nameInLibrary(const std::string& path) {
+  const std::vector<std::string> names = programNames({.file = path, .name = {}}, {});
+  if (!names.empty()) return asTitle(names.front());
+  constexpr std::string_view games = "common/";
+  std::string_view rest = std::string_view(path).substr(asciiLowered(path).find(library) + library.size());
+  if (rest.starts_with(games)) rest.remove_prefix(games.size());
+  return oneLineName(rest.substr(0, rest.find('/')));
+}
+
+// Some toolkits call a window after the file, after themselves, or with Java's whole class name.
 bool isCalledByMachine(const AppEvidence& evidence) {
-  return evidence.windowClass.empty() || withoutProgramEnding(evidence.windowClass) != evidence.windowClass ||
+  return evidence.windowClass.empty() || evidence.windowClass == "Tk" ||
+         withoutProgramEnding(evidence.windowClass) != evidence.windowClass ||
          fileNameOf(evidence.executable).starts_with("java");
 }
 
 std::string ownName(const AppEvidence& evidence) {
+  if (const std::string path = libraryProgram(evidence); !path.empty()) {
+    if (std::string name = nameInLibrary(path); !name.empty()) return name;
+  }
   const std::string_view executable = lastPart(evidence.executable, '/');
   if (!executable.empty() && !isInterpreter(executable)) return oneLineName(executable);
   if (!evidence.names.empty() && isCalledByMachine(evidence)) {
@@ -266,6 +361,14 @@ std::optional<std::string> wineLoader(const std::string& executable) {
   if (name == "wine64") return folderOf(executable) + "/wine64-preloader";
   if (name == "wine" || name == "wine32") return folderOf(executable) + "/wine-preloader";
   return {};
+}
+
+// Of an interpreted program it is what was started: the interpreter's own path is known from the process.
+std::string startedPath(const AppEvidence& evidence) {
+  if (std::string path = libraryProgram(evidence); !path.empty()) return path;
+  const std::string name = fileNameOf(evidence.executable);
+  const bool isRun = isInterpreter(name) && !name.starts_with("wine") && !evidence.program.empty();
+  return isRun ? evidence.program : evidence.executable;
 }
 
 std::optional<std::string> unlessEmpty(const std::string& text) {
@@ -308,6 +411,7 @@ const DesktopEntry* entryOfWindow(const AppEvidence& evidence, const DesktopEntr
   shown.launchedFile.clear();
   shown.unit.reset();
   shown.arguments.clear();
+  shown.wrappers.clear();
   const DesktopEntry* const entry = findEntry(shown, entries);
   return entry == nullptr ? known : entry;
 }
@@ -318,7 +422,7 @@ AppIdentity identityOf(const AppEvidence& evidence, const DesktopEntry* entry) {
   const std::optional<std::string> loader = wineLoader(cleanUtf8(evidence.executable));
   if (entry == nullptr) {
     identity.localizedName = ownName(evidence);
-    identity.executablePath = loader ? loader : unlessEmpty(cleanUtf8(evidence.executable));
+    identity.executablePath = loader ? loader : unlessEmpty(cleanUtf8(startedPath(evidence)));
     return identity;
   }
   identity.localizedName = entry->name.empty() ? ownName(evidence) : entry->name;
@@ -327,6 +431,8 @@ AppIdentity identityOf(const AppEvidence& evidence, const DesktopEntry* entry) {
   identity.executablePath = unlessEmpty(cleanUtf8(isShortcut ? evidence.executable : entry->executable));
   identity.bundleCategory = unlessEmpty(entry->category);
   identity.iconName = unlessEmpty(entry->icon);
+  if (const std::string path = libraryProgram(evidence); !path.empty())
+    identity.executablePath = cleanUtf8(path);
   if (loader) identity.executablePath = loader;
   return identity;
 }

@@ -2,7 +2,7 @@
 #include "platform/linux/login/AutostartEntry.h"
 
 #include "base/Names.h"
-#include "platform/linux/apps/DesktopEntry.h"
+#include "platform/linux/apps/ExecLine.h"
 #include "platform/linux/apps/ProgramPath.h"
 
 #include <algorithm>

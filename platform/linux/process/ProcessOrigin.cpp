@@ -2,6 +2,7 @@
 #include "platform/linux/process/ProcessOrigin.h"
 
 #include "base/Text.h"
+#include "platform/linux/apps/AppEvidence.h"
 #include "platform/linux/process/KernelFile.h"
 #include "platform/posix/process/BoundedWait.h"
 
@@ -19,15 +20,32 @@ constexpr std::chrono::milliseconds longestAnswer{100};
 constexpr int mostStuck = 16;
 
 // Where packages and people put programs that have nothing to do with each other.
-bool isSharedFolder(std::string_view folder) {
+bool isSharedName(std::string_view name) {
   constexpr std::array<std::string_view, 8> shared{"bin", "sbin",  "games", "libexec",
                                                    "lib", "lib32", "lib64", "tmp"};
-  const std::string name = fileNameOf(folder);
-  if (std::find(shared.begin(), shared.end(), name) != shared.end() || name.ends_with("-linux-gnu"))
-    return true;
+  return std::find(shared.begin(), shared.end(), name) != shared.end() || name.ends_with("-linux-gnu");
+}
+
+// "/usr/lib/NAME", "/opt/NAME" and "/home/PERSON/FOLDER/NAME" are one program's.
+bool isDeepEnough(std::string_view folder) {
   const auto depth = std::count(folder.begin(), folder.end(), '/');
-  // "/usr/lib/NAME", "/opt/NAME" and "/home/PERSON/FOLDER/NAME" are one program's.
-  return depth < (folder.starts_with("/opt/") ? 2 : folder.starts_with("/home/") ? 4 : 3);
+  return depth >= (folder.starts_with("/opt/") ? 2 : folder.starts_with("/home/") ? 4 : 3);
+}
+
+// "/opt/NAME/bin" and "/opt/NAME/lib" are parts of one program; elsewhere such folders are everybody's.
+std::string ownFolder(std::string folder) {
+  while (folder.starts_with("/opt/") && isSharedName(fileNameOf(folder))) folder = folderOf(folder);
+  return isSharedName(fileNameOf(folder)) || !isDeepEnough(folder) ? std::string() : folder;
+}
+
+constexpr std::string_view mountMark = "/.mount_";
+
+// Of "/tmp/.mount_NAME/usr/bin/program" it is "/tmp/.mount_NAME"; empty for all others.
+std::string imageMount(const std::string& executable) {
+  const std::size_t mark = executable.find(mountMark);
+  if (mark == std::string::npos) return {};
+  const std::size_t end = executable.find('/', mark + mountMark.size());
+  return end == std::string::npos ? std::string() : executable.substr(0, end);
 }
 
 std::string valueIn(const std::string& environment, std::string_view variable) {
@@ -36,6 +54,13 @@ std::string valueIn(const std::string& environment, std::string_view variable) {
       return one.substr(variable.size() + 1);
   }
   return {};
+}
+
+std::string readExecutable(const ProcKernel& kernel, Pid pid) {
+  const std::string link = std::to_string(pid) + "/exe";
+  std::string executable = readKernelLink(kernel.folder(), link.c_str()).value_or("");
+  if (executable.ends_with(deletedMark)) executable.resize(executable.size() - deletedMark.size());
+  return executable;
 }
 
 } // namespace
@@ -50,17 +75,30 @@ std::string originOf(const std::string& executable,
     return home.empty() ? std::string() : "wine:" + home + "/.wine";
   }
   if (asciiLowered(executable).ends_with(".appimage")) return "image:" + executable;
-  if (executable.find("/.mount_") != std::string::npos) {
+  if (const std::string mount = imageMount(executable); !mount.empty()) {
     const std::string image = environment("APPIMAGE");
-    return image.empty() ? std::string() : "image:" + image;
+    return "image:" + (image.empty() ? mount : image);
   }
-  return isSharedFolder(folder) ? std::string() : "folder:" + folder;
+  const std::string own = ownFolder(folder);
+  return own.empty() ? std::string() : "folder:" + own;
+}
+
+std::vector<std::string> furtherOriginsOf(const std::string& executable) {
+  if (const std::string mount = imageMount(executable); !mount.empty()) return {"image:" + mount};
+  const std::string folder = folderOf(executable);
+  const std::string name = fileNameOf(executable);
+  std::vector<std::string> origins;
+  for (const std::string prefix : {"/usr", "/usr/local"}) {
+    const bool isIn = folder == prefix + "/bin" || folder == prefix + "/games";
+    if (!isIn || isInterpreter(name)) continue;
+    for (const char* const place : {"/lib/", "/lib64/", "/libexec/", "/lib/games/"})
+      origins.emplace_back("folder:").append(prefix).append(place).append(name);
+  }
+  return origins;
 }
 
 std::string readOrigin(const ProcKernel& kernel, Pid pid) {
-  const std::string link = std::to_string(pid) + "/exe";
-  std::string executable = readKernelLink(kernel.folder(), link.c_str()).value_or("");
-  if (executable.ends_with(deletedMark)) executable.resize(executable.size() - deletedMark.size());
+  const std::string executable = readExecutable(kernel, pid);
   // It lies in the process's own memory, and that says when it can be read.
   std::optional<std::string> all;
   return originOf(executable, [&](std::string_view variable) {
@@ -73,6 +111,10 @@ std::string readOrigin(const ProcKernel& kernel, Pid pid) {
     }
     return valueIn(*all, variable);
   });
+}
+
+std::vector<std::string> readFurtherOrigins(const ProcKernel& kernel, Pid pid) {
+  return furtherOriginsOf(readExecutable(kernel, pid));
 }
 
 } // namespace vantle

@@ -6,6 +6,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vantle {
 
@@ -20,10 +21,17 @@ namespace vantle {
 // own.
 //
 // "folder:PATH": what a program brings along stands beside it, such as what waits for its crash. Folders that
-// many programs are installed in, or put into by a person, say nothing.
+// many programs are installed in, or put into by a person, say nothing, unless they are parts of one: of
+// "/opt/NAME/bin" it is "/opt/NAME".
 std::string originOf(const std::string& executable,
                      const std::function<std::string(std::string_view variable)>& environment);
 
+// What else comes with an app of this program, by the names that originOf has for it: the folder of the same
+// name for what it brings along ("/usr/lib/NAME" of "/usr/bin/NAME"), and the mount of an image for what
+// knows nothing of its file.
+std::vector<std::string> furtherOriginsOf(const std::string& executable);
+
+std::vector<std::string> readFurtherOrigins(const ProcKernel& kernel, Pid pid);
 std::string readOrigin(const ProcKernel& kernel, Pid pid);
 
 } // namespace vantle

@@ -81,6 +81,10 @@ std::string ProcfsProcessTable::place(Pid pid) const {
 
 std::string ProcfsProcessTable::origin(Pid pid) const { return readOrigin(*m_kernel, pid); }
 
+std::vector<std::string> ProcfsProcessTable::furtherOrigins(Pid app) const {
+  return readFurtherOrigins(*m_kernel, app);
+}
+
 std::optional<std::string> ProcfsProcessTable::executablePathBytes(Pid pid) const {
   const std::string link = std::to_string(pid) + "/exe";
   std::optional<std::string> path = readKernelLink(m_kernel->folder(), link.c_str());

@@ -213,7 +213,7 @@ void WindowedWorkspace::takeRoleOf(App& app, const WindowFacts& window) {
     app.application = role->second;
     return;
   }
-  AppEvidence evidence = readEvidence(window.pid);
+  AppEvidence evidence = evidenceOf(window.pid);
   addWindow(evidence, window);
   if (app.evidence) { // nobody has heard of it yet
     app.application->setIdentity(identify(evidence));
@@ -331,7 +331,7 @@ std::unique_ptr<WindowedWorkspace::App> WindowedWorkspace::makeApp(const WindowF
   if (!window.process || !*window.process) return nullptr;
   const std::optional<std::uint64_t> start = startTicks(window.pid);
   if (!start) return nullptr;
-  AppEvidence evidence = readEvidence(window.pid);
+  AppEvidence evidence = evidenceOf(window.pid);
   if (isRemote(evidence)) return nullptr;
   addWindow(evidence, window);
 
@@ -346,6 +346,12 @@ std::unique_ptr<WindowedWorkspace::App> WindowedWorkspace::makeApp(const WindowF
   app->exitWatch = m_loop.watch(app->process->get(), EventLoop::Readiness::readable,
                                 [this, pid = window.pid] { ended(pid); });
   return app;
+}
+
+AppEvidence WindowedWorkspace::evidenceOf(Pid pid) const {
+  AppEvidence evidence = readEvidence(pid);
+  dropWrappersFrom(evidence, [this](Pid wrapper) { return find(wrapper) != nullptr; });
+  return evidence;
 }
 
 AppIdentity WindowedWorkspace::identify(const AppEvidence& evidence) {
@@ -375,7 +381,7 @@ AppIdentity WindowedWorkspace::identify(const AppEvidence& evidence) {
 void WindowedWorkspace::identifyLate(App& app, const WindowFacts& window) {
   const bool isFirst = app.window == window.id && app.roles.size() == 1 && !app.evidence;
   if (!isFirst || app.application->bundlePath() || app.roles.contains(namesOf(window))) return;
-  AppEvidence evidence = readEvidence(app.pid());
+  AppEvidence evidence = evidenceOf(app.pid());
   addWindow(evidence, window);
   AppIdentity identity = identify(evidence);
   app.roles = {{namesOf(window), app.application}};

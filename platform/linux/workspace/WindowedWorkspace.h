@@ -58,6 +58,7 @@ class WindowedWorkspace final : public Workspace {
   bool isKeptBehind(const App& owner) const;
   void adoptOwner(const WindowFacts& window);
   std::unique_ptr<App> makeApp(const WindowFacts& window);
+  AppEvidence evidenceOf(Pid pid) const;
   AppIdentity identify(const AppEvidence& evidence);
   void identifyLate(App& app, const WindowFacts& window);
   void takeRoleOf(App& app, const WindowFacts& window);

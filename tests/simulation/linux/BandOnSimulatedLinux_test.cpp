@@ -221,6 +221,33 @@ TEST(BandOnLinux, AnOrdinaryUsersSessionsFollowOneByOne) {
   EXPECT_THAT(evening.desktop.kernel.differences(), IsEmpty());
 }
 
+// It has the mark from its parent, and the full weight of a new session.
+TEST(BandOnLinux, WhatASlowedAppHasStartedInANewSessionCanBeSlowedWhole) {
+  Evening evening(sessions());
+  evening.desktop.startBand();
+  evening.enter();
+  ASSERT_TRUE(evening.desktop.settle(guard));
+  const Pid born = evening.machine.processes.spawn(
+      {.parent = evening.first, .executable = "/usr/bin/sleep", .leadsSession = true});
+  const auto isSessionLow = [&] { return evening.desktop.kernel.autogroup(born)->nice == 19; };
+  EXPECT_TRUE(evening.desktop.band->carriesOwnMark(born));
+  EXPECT_FALSE(isSessionLow());
+  const AppTrees now = evening.look();
+  const BandApp app{evening.first, {born}};
+  const auto answers =
+      evening.desktop.band->enter({now, evening.front, {&app, 1}, {evening.first, evening.second}});
+  EXPECT_TRUE(answers.front().front().entered());
+  ASSERT_TRUE(evening.desktop.settle(guard));
+  EXPECT_TRUE(isSessionLow());
+  const AppTrees last = evening.look();
+  const auto leaving = evening.desktop.band->leaving(last);
+  for (const Pid pid : {evening.first, evening.child, born, evening.second}) leaving->leave(pid);
+  leaving->finish();
+  ASSERT_TRUE(evening.desktop.settle(guard));
+  EXPECT_FALSE(isSessionLow());
+  EXPECT_THAT(evening.desktop.kernel.differences(), IsEmpty());
+}
+
 // An app that is busy, one that is not, and one that the person turns to, in the order of their numbers.
 TEST(BandOnLinux, OnTheWayBackTheAppInFrontIsFirstAndThenTheHeaviest) {
   for (const bool isAwaited : {true, false}) {

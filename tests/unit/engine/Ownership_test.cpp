@@ -90,6 +90,18 @@ TEST_F(Ownership, AnOrphanThatCameWithOneAppIsItsOwnAndWithTwoNobodys) {
   EXPECT_EQ(look().appOf(helper), 0);
 }
 
+TEST_F(Ownership, AnOrphanThatOneAppHasBroughtAlongIsItsOwnAndOfTwoNobodys) {
+  AppSpec spec = named("Acme");
+  spec.furtherOrigins = {"folder:/usr/lib/acme", "folder:/usr/libexec/acme"};
+  const SimulatedAppRef acme = open(spec);
+  const Pid helper = machine.processes.spawn({.leadsSession = true, .origin = "folder:/usr/libexec/acme"});
+  const Pid copy = machine.processes.spawn({.leadsSession = true});
+  EXPECT_EQ(look().appOf(helper), acme->processIdentifier());
+  EXPECT_EQ(look().appOf(copy), 0);
+  open(spec);
+  EXPECT_EQ(look().appOf(helper), 0);
+}
+
 TEST_F(Ownership, AServiceIsNotAnAppsOrphanThoughTheyCameTogether) {
   AppSpec spec = named("Browser");
   spec.origin = "folder:/opt/browser";
@@ -220,6 +232,34 @@ TEST_F(Ownership, WhatWasBornSlowedIsFreeWhenItsAppQuitsDuringTheBoost) {
   ASSERT_TRUE(isSlow(helper));
   machine.quit(mail);
   EXPECT_FALSE(isSlow(helper));
+}
+
+// What a shell starts with a session of its own, or an editor on a terminal of its own.
+TEST_F(Ownership, WhatASlowedAppHasStartedInANewSessionIsSlowedAtTheNextEvent) {
+  start();
+  const SimulatedAppRef terminal = openWithSession("Terminal");
+  const SimulatedAppRef mail = openWithSession("Mail");
+  const SimulatedAppRef game = playGame();
+  const auto isListed = [&](Pid pid) {
+    const auto& members = engine->managed().at(terminal->processIdentifier()).members;
+    return std::find(members.begin(), members.end(), identityOf(pid)) != members.end();
+  };
+  const Pid inItsOwn =
+      machine.processes.spawn({.parent = terminal->processIdentifier(), .leadsSession = true});
+  const Pid below = machine.processes.spawn({.parent = inItsOwn});
+  const Pid beside = childOf(terminal);
+  machine.activate(mail);
+  machine.activate(game);
+  EXPECT_TRUE(isListed(inItsOwn) && isListed(below));
+  EXPECT_TRUE(journalledPids().contains(inItsOwn));
+  EXPECT_FALSE(isListed(beside)) << "which was born with the session's weight";
+  const Pid another =
+      machine.processes.spawn({.parent = terminal->processIdentifier(), .leadsSession = true});
+  open("Notes");
+  EXPECT_TRUE(isListed(another));
+  machine.quit(game);
+  EXPECT_FALSE(isSlow(inItsOwn) || isSlow(below) || isSlow(beside) || isSlow(another));
+  EXPECT_EQ(journalText(), "[]");
 }
 
 TEST_F(Ownership, AnAppWhoseWindowCameLateStandsInOneListOnly) {

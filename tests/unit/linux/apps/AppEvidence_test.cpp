@@ -12,6 +12,7 @@
 
 #include <exception>
 #include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <optional>
 #include <string>
@@ -106,6 +107,30 @@ TEST(AppEvidence, BelievesTheLaunchedFileOfTheProcessItself) {
                                    "exec sleep 1000"}};
   desktop::Program program(start);
   EXPECT_TRUE(desktop::waitUntil([&] { return readEvidence(program.pid()).launchedFile == "/x/y.desktop"; }));
+}
+
+TEST(AppEvidence, SeesTheWrapperThatWaits) {
+  const desktop::TemporaryFolder folder;
+  const std::string script =
+      folder.write("start.sh", "sleep 1000 & echo $! > new; mv new child; wait; true").string();
+  desktop::Start start{.command = {"sh", "-c",
+                                   "export GIO_LAUNCHED_DESKTOP_FILE=/x/y.desktop "
+                                   "GIO_LAUNCHED_DESKTOP_FILE_PID=$$; exec sh ./start.sh"}};
+  start.workingFolder = folder.path();
+  const desktop::Program program(start);
+  AppEvidence evidence;
+  desktop::require("the child", [&] {
+    Pid child = 0;
+    if (!(std::ifstream(folder.path() / "child") >> child)) return false;
+    evidence = readEvidence(child);
+    return evidence.commandName == "sleep" && !evidence.arguments.empty();
+  });
+  ASSERT_EQ(evidence.wrappers.size(), 1U) << "in its session";
+  EXPECT_EQ(evidence.wrappers.front().pid, program.pid());
+  EXPECT_EQ(evidence.wrappers.front().program, script);
+  EXPECT_EQ(evidence.wrappers.front().arguments, (std::vector<std::string>{"sh", "./start.sh"}));
+  EXPECT_EQ(evidence.launchedFile, "/x/y.desktop");
+  EXPECT_EQ(evidence.launchedProcess, program.pid());
 }
 
 TEST(AppEvidence, SeesTheScriptBehindItsInterpreter) {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/apps/DesktopEntries.h"
+#include "platform/linux/apps/ExecLine.h"
 #include "platform/linux/apps/OneLineName.h"
 #include "tests/support/InChild.h"
 #include "tests/support/TemporaryFolder.h"
@@ -56,6 +57,51 @@ TEST(ExecLine, IsTakenApart) {
   EXPECT_EQ(programOf("%U"), Words{});
 }
 
+TEST(ExecLine, IsWithoutWhatRunsAnotherProgram) {
+  const std::vector<std::string> cases{"gamemoderun",
+                                       "mangohud",
+                                       "mangohud --dlsym",
+                                       "nice -n 5",
+                                       "nice -5",
+                                       "nice -n5",
+                                       "ionice -c2 -n0",
+                                       "ionice -c 2 -n 0",
+                                       "taskset -c 0",
+                                       "taskset 0x1",
+                                       "prime-run",
+                                       "setarch -R",
+                                       "setarch x86_64 -R",
+                                       "pasuspender --",
+                                       "nohup",
+                                       "env A=1 gamemoderun",
+                                       "setsid",
+                                       "stdbuf -o0",
+                                       "env -u A B=1 nice",
+                                       "dbus-run-session --",
+                                       "strangle 60",
+                                       "obs-gamecapture",
+                                       "/usr/games/gamemoderun"};
+  for (const std::string& prefix : cases)
+    EXPECT_EQ(programOf(prefix + " /opt/game/run -n 5 %U"), (Words{"/opt/game/run", "-n", "5"})) << prefix;
+  EXPECT_EQ(programOf("gamemoderun"), Words{});
+  EXPECT_EQ(programOf("nice -n"), Words{});
+  EXPECT_EQ(programOf("nicer /opt/game"), (Words{"nicer", "/opt/game"}));
+}
+
+TEST(ExecLine, IsTheProgramThatAShellIsToldToStart) {
+  EXPECT_EQ(innerProgramOf("sh -c 'cd /opt/bar && ./bar.py'"), Words{"/opt/bar/bar.py"});
+  EXPECT_EQ(innerProgramOf("bash -c \"cd '/opt/a b'; exec bin/run -x\" %U"),
+            (Words{"/opt/a b/bin/run", "-x"}));
+  EXPECT_EQ(innerProgramOf("sh -c 'exec gamemoderun /opt/bar/run'"), Words{"/opt/bar/run"});
+  for (const char* text : {"true", "cd x && ./run", "/opt/a & /opt/b", "cd /opt && ./a && ./b",
+                           "/opt/a | /opt/b", "cd $HOME && ./a", "cd /opt || ./a", ""}) {
+    EXPECT_EQ(innerProgramOf("sh -c '" + std::string(text) + "'"), (Words{"sh", "-c", text}));
+  }
+  EXPECT_EQ(innerProgramOf("sh -c /opt/a name"), (Words{"sh", "-c", "/opt/a", "name"}));
+  EXPECT_EQ(innerProgramOf("nice /opt/game %U"), Words{"/opt/game"});
+  EXPECT_EQ(programOf("sh -c /opt/bar/run"), (Words{"sh", "-c", "/opt/bar/run"}));
+}
+
 TEST(DisplayText, IsOneCleanLine) {
   EXPECT_EQ(oneLineName("Mines"), "Mines");
   EXPECT_EQ(oneLineName("  a\tb\nc  "), "a b c");
@@ -102,6 +148,38 @@ TEST_F(DesktopEntriesTest, ReadsWhatCounts) {
   EXPECT_TRUE(entry->executable.ends_with("/sh"));
   EXPECT_EQ(entry->arguments, (Words{"-c", "true"}));
   EXPECT_TRUE(entry->isHidden);
+}
+
+TEST_F(DesktopEntriesTest, FindsAProgramInTheFolderThatItIsStartedIn) {
+  const std::filesystem::path program = m_folder.write("games/run.sh", "#!/bin/sh\n");
+  std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+  install("game.desktop", "Name=Game\nExec=./run.sh\nPath=" + program.parent_path().string() + "\n");
+  install("nowhere.desktop", "Name=Game\nExec=./run.sh\n");
+  ASSERT_NE(find("game"), nullptr);
+  EXPECT_EQ(find("game")->executable, program.string());
+  EXPECT_TRUE(find("game")->isScript);
+  EXPECT_EQ(find("nowhere"), nullptr);
+}
+
+TEST_F(DesktopEntriesTest, KnowsWhatAScriptBecomes) {
+  const std::string game = m_folder.write("game", "").string();
+  auto becomes = [&, count = 0](const std::string& text) mutable {
+    const std::string name = "script" + std::to_string(++count);
+    const std::filesystem::path script = m_folder.write(name, text);
+    std::filesystem::permissions(script, std::filesystem::perms::owner_all);
+    install(name + ".desktop", "Name=Game\nExec=" + script.string() + "\n");
+    touchLater();
+    const DesktopEntry* const entry = find(name);
+    return entry == nullptr ? "not found" : entry->becomes;
+  };
+  EXPECT_EQ(becomes("#!/bin/sh\ncd /\nexec " + game + " \"$@\"\n"), game);
+  EXPECT_EQ(becomes("#!/bin/sh\nif true; then\n  exec " + game + "\nfi\nexec " + game + "\n"), game);
+  EXPECT_EQ(becomes("#!/bin/sh\nexec " + game + " data\n"), "") << "which may be an engine";
+  EXPECT_EQ(becomes("#!/bin/sh\nexec " + game + "\nexec /bin/sh\n"), "");
+  EXPECT_EQ(becomes("#!/bin/sh\nexec \"/$x/game\"\n"), "");
+  EXPECT_EQ(becomes("#!/bin/sh\nexec ./game\n"), "");
+  EXPECT_EQ(becomes("#!/bin/sh\n" + game + "\n"), "");
+  EXPECT_EQ(becomes("exec " + game + "\n"), "") << "no script";
 }
 
 TEST_F(DesktopEntriesTest, EarlierFoldersHideLaterOnes) {

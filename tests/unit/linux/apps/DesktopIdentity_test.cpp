@@ -74,6 +74,14 @@ const std::vector<DesktopEntry>& installed() {
       script(game(entry("armagetronad", "/usr/games/armagetronad"))),
       game(entry("org.chocolate_doom.Doom", "/usr/games/chocolate-doom")),
       script(game(entry("io.github.freedoom.Phase1", "/usr/games/freedoom1"))),
+      script(game(entry("hero", "/opt/gog/start.sh"))),
+      game(entry("tavern", "/usr/bin/dash", {"-c", "cd /opt/$NAME && ./bar.py"})),
+      game(entry("super", "/home/me/Super.AppImage")),
+      entry("love", "/usr/bin/love"),
+      game(entry("org.games.x", "/usr/bin/love", {"/games/x.love"})),
+      game(entry("nethack", "/usr/games/xnethack", {}, "NetHack")),
+      game(entry("chromium-bsu", "/usr/games/chromium-bsu")),
+      script(entry("chromium", "/usr/bin/chromium")),
       script(game(entry("io.github.freedoom.Phase2", "/usr/games/freedoom2"))),
   };
   return entries;
@@ -91,6 +99,15 @@ AppEvidence running(const std::string& program) {
 std::string idOf(const AppEvidence& evidence) {
   const DesktopEntry* found = findEntry(evidence, installed());
   return found == nullptr ? "none" : found->id;
+}
+
+Wrapper waiting(std::string executable, std::string program, std::vector<std::string> arguments) {
+  Wrapper wrapper;
+  wrapper.pid = 4200;
+  wrapper.executable = std::move(executable);
+  wrapper.program = std::move(program);
+  wrapper.arguments = std::move(arguments);
+  return wrapper;
 }
 
 // One family of programs a line, each with what stands against it in a later rank.
@@ -153,6 +170,12 @@ TEST(DesktopIdentity, EachRuleDecidesForItsFamilyBeforeTheNext) {
             [](AppEvidence& one) {
               one.windowClass = "scummvm";
               one.arguments = {"scummvm", "-p", "/usr/share/scummvm/flight-of-the-amazon-queen", "queen"};
+            })},
+      {"wrapper", "hero",
+       with("/opt/gog/game/Hero.x86_64",
+            [](AppEvidence& one) {
+              one.wrappers = {waiting("/usr/bin/bash", "/opt/gog/start.sh", {"bash", "/opt/gog/start.sh"})};
+              one.windowClass = "Galculator";
             })},
       {"window class as id", "galculator",
        with("/usr/games/kobodl", [](AppEvidence& one) { one.windowClass = "Galculator"; })},
@@ -444,6 +467,154 @@ TEST(DesktopIdentity, WindowsOfOneProcessMayBeSeveralApps) {
   EXPECT_EQ(shownBy("", "dialog", "Dialog"), "");
   EXPECT_EQ(shownBy("com.spotify.Client", "crx_abc", "", "com.spotify.Client"), "com.spotify.Client")
       << "nobody outside is in a sandbox";
+}
+
+TEST(DesktopIdentity, AProgramIsTheAppOfTheWrapperThatWaitsForIt) {
+  const Wrapper script = waiting("/usr/bin/bash", "/opt/gog/start.sh", {"/bin/bash", "./start.sh"});
+  struct Case {
+    const char* program;
+    std::vector<Wrapper> wrappers;
+    const char* id;
+  };
+  const std::vector<Case> cases{
+      {"/opt/gog/game/Hero.x86_64", {script}, "hero"},
+      {"/opt/gog/game/Hero.x86_64",
+       {waiting("/usr/bin/bash", "/opt/gog/game/real.sh", {"bash", "real.sh"}), script},
+       "hero"},
+      {"/opt/NAME/bar.py",
+       {waiting("/usr/bin/dash", "", {"sh", "-c", "cd /opt/$NAME && ./bar.py"})},
+       "tavern"},
+      {"/opt/NAME/bar.py", {waiting("/usr/bin/dash", "", {"sh", "-c", "cd /opt/other && ./bar.py"})}, "none"},
+      {"/tmp/.mount_Super/usr/bin/superb",
+       {waiting("/home/me/Super.AppImage", "/home/me/Super.AppImage", {"Super.AppImage"})},
+       "super"},
+      {"/opt/steam/steamwebhelper",
+       {waiting("/usr/bin/bash", "/usr/games/steam", {"bash", "/usr/games/steam", "steam://rungameid/42"})},
+       "none"},
+      {"/usr/bin/galculator", {script}, "galculator"},
+      {"/usr/games/scummvm", {waiting("/usr/bin/bash", "/opt/mine.sh", {"bash", "/opt/mine.sh"})}, "scummvm"},
+  };
+  for (const Case& each : cases) {
+    AppEvidence evidence = running(each.program);
+    evidence.wrappers = each.wrappers;
+    EXPECT_EQ(idOf(evidence), each.id) << each.program;
+  }
+  AppEvidence evidence = running("/opt/gog/game/Hero.x86_64");
+  evidence.windowClass = "weird";
+  evidence.launchedFile = "/usr/share/applications/super.desktop";
+  evidence.launchedProcess = script.pid;
+  evidence.wrappers = {script};
+  EXPECT_EQ(idOf(evidence), "super") << "by the file that the wrapper was started from";
+  evidence.windowClass = "XTerm";
+  EXPECT_EQ(idOf(evidence), "debian-xterm") << "which is no word of the program itself";
+}
+
+TEST(DesktopIdentity, AProgramIsTheAppOfTheScriptThatHasBecomeIt) {
+  DesktopEntry hero = script(game(entry("hero", "/opt/start.sh")));
+  hero.becomes = "/opt/game/run";
+  std::vector<DesktopEntry> entries{hero};
+  const AppEvidence evidence = running("/opt/game/run");
+  ASSERT_NE(findEntry(evidence, entries), nullptr);
+  entries.push_back(entry("run", "/opt/game/run"));
+  EXPECT_EQ(findEntry(evidence, entries)->id, "run") << "which starts it itself";
+  EXPECT_EQ(findEntry(AppEvidence(), {&hero, 1}), nullptr);
+}
+
+TEST(DesktopIdentity, WhoeverHasWindowsIsNobodysWrapper) {
+  AppEvidence evidence = running("/opt/gog/game/Hero.x86_64");
+  evidence.launchedFile = "/usr/share/applications/super.desktop";
+  evidence.wrappers = {waiting("/usr/bin/bash", "/opt/a.sh", {"bash", "/opt/a.sh"}),
+                       waiting("/usr/bin/bash", "/opt/gog/start.sh", {"bash", "/opt/gog/start.sh"})};
+  evidence.wrappers[1].pid = evidence.launchedProcess = 4100;
+  AppEvidence kept = evidence;
+  dropWrappersFrom(kept, [](Pid pid) { return pid == 1; });
+  EXPECT_EQ(idOf(kept), "super");
+  dropWrappersFrom(evidence, [](Pid pid) { return pid == 4100; });
+  EXPECT_EQ(evidence.wrappers.size(), 1U);
+  EXPECT_EQ(idOf(evidence), "none");
+}
+
+TEST(DesktopIdentity, AnEngineWithOtherDataIsNotThatGame) {
+  const auto idWith = [](const std::string& folder, std::vector<std::string> arguments,
+                         const char* windowClass) {
+    AppEvidence evidence = running("/usr/bin/love");
+    evidence.workingFolder = folder;
+    evidence.arguments = std::move(arguments);
+    evidence.windowClass = windowClass;
+    return idOf(evidence);
+  };
+  EXPECT_EQ(idWith("/", {"love", "/games/x.love"}, "love"), "org.games.x");
+  EXPECT_EQ(idWith("/games", {"love", "x.love"}, "love"), "org.games.x");
+  EXPECT_EQ(idWith("/games/sub", {"love", "../x.love", "--full"}, "love"), "org.games.x");
+  EXPECT_EQ(idWith("/tmp", {"love", "x.love"}, "love"), "love");
+  EXPECT_EQ(idWith("/tmp", {"love", "/tmp/other.love"}, "org.games.x"), "love") << "whatever its window says";
+  AppEvidence alone = running("/usr/bin/love");
+  alone.arguments = {"love", "/tmp/other.love"};
+  const std::vector<DesktopEntry> onlyGame{game(entry("org.games.x", "/usr/bin/love", {"/games/x.love"}))};
+  EXPECT_EQ(findEntry(alone, onlyGame), nullptr);
+}
+
+TEST(DesktopIdentity, AnotherAppsProgramIsNoGameByItsWindowsName) {
+  AppEvidence evidence = running("/usr/bin/xterm");
+  evidence.windowInstance = "xterm";
+  evidence.windowClass = "NetHack";
+  EXPECT_EQ(idOf(evidence), "debian-xterm");
+  const std::vector<DesktopEntry>& entries = installed();
+  EXPECT_EQ(entryOfWindow(evidence, nullptr, entries), nullptr);
+  evidence = running("/usr/lib/chromium/chromium"); // its desktop file starts a script that starts it
+  evidence.windowInstance = evidence.windowClass = "chromium-bsu";
+  EXPECT_EQ(idOf(evidence), "chromium");
+  evidence = running("/usr/lib/games/nethack/nethack-x11");
+  evidence.windowClass = "NetHack";
+  EXPECT_EQ(idOf(evidence), "nethack");
+}
+
+// What is started counts, whatever runs it; the library is known by its folder.
+TEST(DesktopIdentity, AnInterpretedProgramHasItsScriptAsExecutable) {
+  const std::string game = "/home/me/.local/share/Steam/steamapps/common/Fine Game/";
+  struct Case {
+    const char* executable;
+    std::string program;
+    std::vector<std::string> names;
+    const char* windowClass;
+    std::vector<Wrapper> wrappers;
+    std::string path;
+    const char* name;
+  };
+  const std::vector<Case> cases{
+      {"/usr/bin/python3.11", game + "fine.py", {"fine"}, "Tk", {}, game + "fine.py", "Fine"},
+      {"/usr/lib/jvm/bin/java", game + "q2.jar", {"q2"}, "Quake", {}, game + "q2.jar", "Q2"},
+      {"/usr/bin/python3.11", game + "main.py", {}, "Pygame", {}, game + "main.py", "Fine Game"},
+      {"/opt/engine/engine",
+       "/opt/engine/engine",
+       {},
+       "Engine",
+       {waiting("/usr/bin/dash", game + "run.sh", {"sh", "run.sh"})},
+       game + "run.sh",
+       "Fine Game"},
+      {"/opt/engine/engine",
+       "/opt/engine/engine",
+       {},
+       "Engine",
+       {waiting("/usr/bin/dash", "/home/me/run.sh", {"sh", "run.sh"})},
+       "/opt/engine/engine",
+       "engine"},
+      {"/usr/bin/python3.11", "/home/me/own.py", {"own"}, "Tk", {}, "/home/me/own.py", "Own"},
+      {"/usr/bin/python3.11", "", {}, "Tk", {}, "/usr/bin/python3.11", "Tk"},
+  };
+  for (const Case& each : cases) {
+    AppEvidence evidence = running(each.executable);
+    evidence.program = each.program;
+    evidence.names = each.names;
+    evidence.windowClass = each.windowClass;
+    evidence.wrappers = each.wrappers;
+    const AppIdentity identity = identityOf(evidence, nullptr);
+    EXPECT_EQ(identity.executablePath, each.path);
+    EXPECT_EQ(identity.localizedName, each.name) << each.path;
+    const DesktopEntry engine = entry("engine", each.executable);
+    const bool isInLibrary = each.path.starts_with(game);
+    EXPECT_EQ(identityOf(evidence, &engine).executablePath, isInLibrary ? each.path : each.executable);
+  }
 }
 
 // Its processes carry the store's number of it; what else a store's unit holds is no window of the store.

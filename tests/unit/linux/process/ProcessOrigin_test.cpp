@@ -5,6 +5,7 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/Wait.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <map>
@@ -41,7 +42,10 @@ TEST(ProcessOrigin, IsTheFileOfAnImage) {
   EXPECT_EQ(originIn({}, "/home/person/Downloads/Fine.AppImage"),
             "image:/home/person/Downloads/Fine.AppImage");
   EXPECT_EQ(originIn(inside, "/usr/bin/xdg-open"), "") << "what the image's app has started outside";
-  EXPECT_EQ(originIn({}, "/tmp/.mount_FinexY1z/usr/bin/fine"), "");
+  EXPECT_EQ(originIn({}, "/tmp/.mount_FinexY1z/usr/bin/fine"), "image:/tmp/.mount_FinexY1z");
+  EXPECT_EQ(furtherOriginsOf("/tmp/.mount_FinexY1z/usr/bin/fine"),
+            std::vector<std::string>{"image:/tmp/.mount_FinexY1z"});
+  EXPECT_EQ(originIn({}, "/tmp/.mount_FinexY1z"), "");
 }
 
 TEST(ProcessOrigin, IsAFolderThatIsOneProgramsOwn) {
@@ -66,11 +70,34 @@ TEST(ProcessOrigin, IsAFolderThatIsOneProgramsOwn) {
       {"/usr/lib/x86_64-linux-gnu/tool", ""},
       {"/usr/lib/tool", ""},
       {"/opt/tool", ""},
+      {"/opt/bin/tool", ""},
+      {"/opt/acme/bin/acme", "folder:/opt/acme"},
+      {"/opt/acme/lib/acmed", "folder:/opt/acme"},
+      {"/opt/acme/suite/libexec/acmed", "folder:/opt/acme/suite"},
+      {"/usr/libexec/acme/acme-helper", "folder:/usr/libexec/acme"},
+      {"/usr/libexec/acme/bin/acme-helper", ""},
       {"/tmp/a/b/tool", "folder:/tmp/a/b"},
       {"/tool", ""},
       {"", ""},
   };
   for (const Case& each : cases) EXPECT_EQ(originIn({}, each.executable), each.origin) << each.executable;
+}
+
+// An app brings along what stands in the folder of its name.
+TEST(ProcessOrigin, OfHelpersIsOneOfTheirAppsFurtherOrigins) {
+  const auto isBroughtBy = [](const char* app, const char* helper) {
+    const std::vector<std::string> further = furtherOriginsOf(app);
+    return std::find(further.begin(), further.end(), originIn({}, helper)) != further.end();
+  };
+  EXPECT_TRUE(isBroughtBy("/usr/bin/acme", "/usr/lib/acme/acme-helper"));
+  EXPECT_TRUE(isBroughtBy("/usr/bin/acme", "/usr/libexec/acme/acmed"));
+  EXPECT_TRUE(isBroughtBy("/usr/games/acme", "/usr/lib/games/acme/acmed"));
+  EXPECT_TRUE(isBroughtBy("/usr/local/bin/acme", "/usr/local/lib/acme/acmed"));
+  EXPECT_FALSE(isBroughtBy("/usr/bin/acme", "/usr/local/lib/acme/acmed"));
+  EXPECT_FALSE(isBroughtBy("/usr/bin/acme", "/usr/bin/acme")) << "another copy of it is somebody's own";
+  EXPECT_FALSE(isBroughtBy("/usr/bin/acme", "/usr/lib/acmes/acmed"));
+  EXPECT_FALSE(isBroughtBy("/home/me/bin/acme", "/usr/lib/acme/acmed"));
+  EXPECT_FALSE(isBroughtBy("/usr/bin/python3.11", "/usr/lib/python3.11/tool"));
 }
 
 // With the real kernel: a program's file, and the environment that it was started with.
