@@ -3,6 +3,7 @@
 
 #include "BuildConfiguration.h"
 #include "engine/LastWait.h"
+#include "look/Notices.h"
 
 #include <QCoreApplication>
 #include <QDesktopServices>
@@ -41,14 +42,14 @@ SettingsWindowController& AppDelegate::settingsWindow() {
   if (!m_settingsWindow) {
     m_settingsWindow = std::make_unique<SettingsWindowController>(
         SettingsParts{engine(), settings(), updateChecker(), m_machine.loginItem, m_machine.catalog,
-                      m_desktop->shellExtension()},
+                      m_desktop->shellExtension(), m_desktop->appChooser()},
         windowParts());
   }
   return *m_settingsWindow;
 }
 
 WindowParts AppDelegate::windowParts() {
-  return {settings(), m_desktop->icons(), m_desktop->heap(), m_desktop->words()};
+  return {settings(), m_desktop->icons(), m_desktop->heap(), m_desktop->words(), m_desktop->front()};
 }
 
 void AppDelegate::applicationDidFinishLaunching() {
@@ -69,6 +70,7 @@ void AppDelegate::answerOthers() {
 
 // An app menu opens the panel of the copy that runs, tray or no tray.
 void AppDelegate::showInTray() {
+  engine().speak(noticeWords());
   m_panel = std::make_unique<PanelController>(
       engine(), windowParts(), m_desktop->panelSurface(), [this] { settingsWindow().show(); },
       [] { QCoreApplication::quit(); });

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // How often a tone breaks off while a game and two other apps keep every processor busy: with nothing done,
 // during a Boost, and during a Boost of a Vantle that does not hear the tone and so slows its player down.
-// Every two seconds the person turns to another app, or back to the game. The desktop, the sound server and
+// Every two seconds the person turns to another app, or back to the game; breaks of the first quarter of a
+// second after that are told apart: an eighth would fall there by chance. The desktop, the sound server and
 // the program are real; the player has 50 ms of sound ahead. The last of the three, for comparison, is tried
 // in the first round alone.
 //
@@ -36,6 +37,17 @@ bool isSlowed(Pid pid) {
   return state && isIdleClass(*state);
 }
 
+struct Breaks {
+  long all = 0;
+  long afterTurns = 0;
+
+  Breaks& operator+=(const Breaks& other) {
+    all += other.all;
+    afterTurns += other.afterTurns;
+    return *this;
+  }
+};
+
 class Stage {
  public:
   Stage() : m_log(m_desktop.logs() / "tone") {
@@ -58,26 +70,32 @@ class Stage {
     return said("break") - before;
   }
 
-  long breaksInPlay(std::chrono::seconds time) {
-    constexpr std::chrono::seconds look{2};
+  Breaks breaksInPlay(std::chrono::seconds time) {
+    constexpr std::chrono::milliseconds turn{250};
+    constexpr std::chrono::milliseconds look{1750};
     const long before = said("break");
+    Breaks breaks;
     const auto end = std::chrono::steady_clock::now() + time;
     for (Program* front = m_busy; std::chrono::steady_clock::now() < end;
          front = front == m_game ? m_busy : m_game) {
+      const long atTurn = said("break");
       m_desktop.activate(*front);
+      std::this_thread::sleep_for(turn);
+      breaks.afterTurns += said("break") - atTurn;
       std::this_thread::sleep_for(look);
     }
-    return said("break") - before;
+    breaks.all = said("break") - before;
+    return breaks;
   }
 
   // During a Boost of a Vantle with that environment; it must come about, and the player be where it should.
-  long breaksInBoost(std::chrono::seconds time, const Environment& environment, bool isHeard) {
+  Breaks breaksInBoost(std::chrono::seconds time, const Environment& environment, bool isHeard) {
     m_desktop.activate(*m_music);
     Program& vantle = m_desktop.launch({VANTLE_PROGRAM}, environment);
     m_desktop.waitForBusName("com.halvo.vantle");
     m_desktop.activate(*m_game);
     require("the Boost", [&] { return isSlowed(m_busy->pid()) && isSlowed(m_music->pid()) != isHeard; });
-    const long breaks = breaksInPlay(time);
+    const Breaks breaks = breaksInPlay(time);
     vantle.signal(SIGTERM);
     vantle.waitForEnd();
     return breaks;
@@ -107,9 +125,9 @@ void run(int rounds, std::chrono::seconds time) {
   while (stage.breaksIn(std::chrono::seconds(1)) > 0) continue; // those of the beginning
   const long alone = stage.breaksIn(time);
   stage.startBusyApps();
-  long nothing = 0;
-  long boost = 0;
-  long unheard = 0;
+  Breaks nothing;
+  Breaks boost;
+  Breaks unheard;
   for (int round = 0; round < rounds; ++round) {
     nothing += stage.breaksInPlay(time);
     boost += stage.breaksInBoost(time, {}, true);
@@ -117,13 +135,14 @@ void run(int rounds, std::chrono::seconds time) {
     unheard = stage.breaksInBoost(
         time, {{"PULSE_SERVER", "unix:/nonexistent"}, {"PIPEWIRE_REMOTE", "/nonexistent"}}, false);
   }
-  const auto print = [](const char* what, long breaks, long seconds) {
-    std::printf("%-44s %5ld times in %ld s\n", what, breaks, seconds);
+  const auto print = [](const char* what, const Breaks& breaks, long seconds) {
+    std::printf("%-44s %5ld times in %ld s, %ld of them right after a turn\n", what, breaks.all, seconds,
+                breaks.afterTurns);
   };
   const long seconds = rounds * time.count();
   std::printf("the tone broke off, with a game and two busy apps on %u processors:\n",
               std::thread::hardware_concurrency());
-  print("alone, without them", alone, time.count());
+  std::printf("%-44s %5ld times in %ld s\n", "alone, without them", alone, time.count());
   print("nothing done", nothing, seconds);
   print("Boost", boost, seconds);
   print("Boost that slows the player as well", unheard, time.count());

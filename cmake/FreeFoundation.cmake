@@ -24,5 +24,6 @@ if(VANTLE_OBJCXX AND VANTLE_FOUNDATION AND VANTLE_FOUNDATION_LIBRARY AND VANTLE_
   if(VANTLE_SANITIZE) # what the other compiler's library does not know
     target_compile_options(free_foundation INTERFACE $<$<COMPILE_LANGUAGE:OBJCXX>:-fno-sanitize=function>)
   endif()
-  target_link_libraries(free_foundation INTERFACE ${VANTLE_FOUNDATION_LIBRARY} objc ${VANTLE_BLOCKS_LIBRARY})
+  # Blocks first: the Foundation has functions of the same names that copy nothing.
+  target_link_libraries(free_foundation INTERFACE ${VANTLE_BLOCKS_LIBRARY} ${VANTLE_FOUNDATION_LIBRARY} objc)
 endif()

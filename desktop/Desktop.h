@@ -3,6 +3,7 @@
 
 #include "base/Registration.h"
 #include "look/ports/ColorScheme.h"
+#include "look/ports/Front.h"
 #include "look/ports/Heap.h"
 #include "look/ports/IconTheme.h"
 #include "look/ports/PlaceWords.h"
@@ -11,6 +12,7 @@
 #include "panel/ports/Tray.h"
 #include "platform/shared/EventLoop.h"
 #include "remote/ports/RemoteDoor.h"
+#include "settings/ports/AppChooser.h"
 #include "settings/ports/ShellExtension.h"
 
 #include <memory>
@@ -37,6 +39,9 @@ class Desktop {
   virtual Activation& activation() = 0;
   virtual RemoteDoor& remoteDoor() = 0;
   virtual ShellExtension& shellExtension() = 0;
+  // Null where windows come forward by themselves, and where the settings have a dialog of their own.
+  virtual Front* front() = 0;
+  virtual AppChooser* appChooser() = 0;
 };
 
 } // namespace vantle

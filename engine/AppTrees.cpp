@@ -2,6 +2,7 @@
 #include "engine/AppTrees.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 namespace vantle {
@@ -57,8 +58,10 @@ void AppTrees::adoptWrappers() {
       below = at->pid;
       wrappers.push_back(below);
     }
-    // Otherwise the session was made for something else.
-    if (std::find(wrappers.begin(), wrappers.end(), app->session) == wrappers.end()) continue;
+    // Otherwise the session was made for something else. What made it may have gone, as launchers do.
+    const bool isMadeForIt = std::find(wrappers.begin(), wrappers.end(), app->session) != wrappers.end();
+    const bool isLeft = find(app->session) == nullptr && isSessionWithoutSystem(app->session);
+    if (!isMadeForIt && !isLeft) continue;
     for (const Pid wrapper : wrappers) assign(wrapper, pid);
     processes.insert(processes.end(), wrappers.begin(), wrappers.end());
   }
@@ -71,14 +74,26 @@ bool AppTrees::isWrapperOf(const ProcessRecord& record, const ProcessRecord& app
   if (record.session != app.session || record.user != m_ownUser) return false;
   if (appOf(record.pid) != 0 || isOwnChain(record.pid)) return false;
   if (app.startSec > record.startSec + longestWrapping) return false;
-  const std::vector<Pid>& children = childPIDs(record.pid);
   const auto sharers = session(app.session);
-  return std::all_of(children.begin(), children.end(),
-                     [&](Pid child) { return child == below || appOf(child) == app.pid; }) &&
-         std::all_of(sharers.begin(), sharers.end(), [&](std::size_t place) {
-           const Pid owner = appOf(all()[place].pid);
-           return owner == 0 || owner == app.pid;
+  const bool isOthersToo = std::any_of(sharers.begin(), sharers.end(), [&](std::size_t place) {
+    const Pid owner = appOf(all()[place].pid);
+    return owner != 0 && owner != app.pid;
+  });
+  if (isOthersToo) return false;
+  const std::vector<Pid>& children = childPIDs(record.pid);
+  const auto isBeside = [&](Pid child) { return child != below && appOf(child) != app.pid; };
+  if (std::none_of(children.begin(), children.end(), isBeside)) return true;
+  // It serves the app in another way as well, or starts a second one that has no window yet.
+  return isSessionWithoutSystem(app.session) && std::all_of(children.begin(), children.end(), [&](Pid child) {
+           return !isBeside(child) || find(child)->session == app.session;
          });
+}
+
+// A session with parts of the desktop in it is the desktop's.
+bool AppTrees::isSessionWithoutSystem(Pid session) const {
+  const auto sharers = this->session(session);
+  return std::none_of(sharers.begin(), sharers.end(),
+                      [this](std::size_t place) { return all()[place].role == ProcessRole::system; });
 }
 
 void AppTrees::adoptOrphans(const Known& known) {
@@ -96,7 +111,7 @@ void AppTrees::adoptOrphans(const Known& known) {
       chain.push_back(at);
     }
     const auto above = at == nullptr ? owners.end() : owners.find(at->pid);
-    Pid owner = above == owners.end() ? 0 : above->second;
+    Pid owner = at == nullptr ? 0 : above == owners.end() ? appOf(at->pid) : above->second;
     std::reverse(chain.begin(), chain.end());
     for (const ProcessRecord* one : chain) {
       if (owner == 0) owner = orphanOwner(*one, known);
@@ -111,25 +126,80 @@ void AppTrees::adoptOrphans(const Known& known) {
   }
 }
 
+// The surest evidence first.
 Pid AppTrees::orphanOwner(const ProcessRecord& orphan, const Known& known) const {
+  constexpr std::array rules{&AppTrees::appSlowedWith, &AppTrees::appOfOrigin, &AppTrees::appOfSession,
+                             &AppTrees::appLeftInSession, &AppTrees::appOfPlace};
+  for (const auto rule : rules) {
+    if (const Pid app = (this->*rule)(orphan, known); app != 0) return app;
+  }
+  return 0;
+}
+
+// Nobody who could be asked stands above it.
+bool AppTrees::isLeftBehind(const ProcessRecord& process) const {
+  const ProcessRecord* parent = find(process.parent);
+  const bool isOrphan = parent == nullptr || parent->pid < firstAppPid || parent->role == ProcessRole::system;
+  return isOrphan && process.user == m_ownUser;
+}
+
+Pid AppTrees::appSlowedWith(const ProcessRecord& orphan, const Known& known) const {
   const ProcessIdentity identity = identityOf(orphan);
   const auto seen = std::find_if(known.members.begin(), known.members.end(),
                                  [&identity](const auto& member) { return member.first == identity; });
-  if (seen != known.members.end()) return seen->second;
-  // Whatever a session holds was started in it by its first process.
-  if (orphan.session != orphan.pid && orphan.session >= firstAppPid && find(orphan.session) != nullptr) {
-    if (const Pid app = appOf(orphan.session); app != 0) return app;
-  }
-  const ProcessRecord* parent = find(orphan.parent);
-  const bool isOrphan = parent == nullptr || parent->pid < firstAppPid || parent->role == ProcessRole::system;
-  if (!isOrphan || orphan.user != m_ownUser) return 0;
-  const std::string& place = placeOf(orphan.pid);
-  return place.empty() ? 0 : onlyAppIn(place, known.apps);
+  return seen == known.members.end() ? 0 : seen->second;
 }
 
-Pid AppTrees::onlyAppIn(const std::string& place, const std::set<Pid>& apps) const {
+// What stands in a place of its own, as a service does, is somebody's by that.
+Pid AppTrees::inSamePlace(Pid app, const ProcessRecord& orphan) const {
+  return app != 0 && placeOf(app) == placeOf(orphan.pid) ? app : 0;
+}
+
+// A program's own helpers are of no use to anybody else. Of two copies nobody knows whose it is.
+Pid AppTrees::appOfOrigin(const ProcessRecord& orphan, const Known& known) const {
+  if (!isLeftBehind(orphan)) return 0;
+  const std::string origin = m_table->origin(orphan.pid);
+  if (origin.empty()) return 0;
+  if (!m_origins) {
+    m_origins.emplace();
+    for (const Pid app : known.apps) {
+      if (find(app) == nullptr) continue;
+      const auto [place, isNew] = m_origins->emplace(m_table->origin(app), app);
+      if (!isNew) place->second = 0;
+    }
+  }
+  const auto found = m_origins->find(origin);
+  return found == m_origins->end() ? 0 : inSamePlace(found->second, orphan);
+}
+
+// Whatever a session holds was started in it by its first process.
+Pid AppTrees::appOfSession(const ProcessRecord& orphan, const Known& /*known*/) const {
+  const bool isIn = orphan.session != orphan.pid && orphan.session >= firstAppPid;
+  return isIn && find(orphan.session) != nullptr ? appOf(orphan.session) : 0;
+}
+
+// The first process has gone, as a launcher does once it has launched: what came after the app came with it.
+Pid AppTrees::appLeftInSession(const ProcessRecord& orphan, const Known& known) const {
+  if (orphan.session < firstAppPid || find(orphan.session) != nullptr || !isLeftBehind(orphan)) return 0;
+  if (!isSessionWithoutSystem(orphan.session)) return 0;
   Pid only = 0;
-  for (const Pid app : apps) {
+  for (const std::size_t place : session(orphan.session)) {
+    const Pid app = appOf(all()[place].pid);
+    if (app == 0 || app == only) continue;
+    if (only != 0) return 0;
+    only = app;
+  }
+  const ProcessRecord* app = known.apps.contains(only) ? find(only) : nullptr;
+  const bool isOlder = app != nullptr && startMicros(identityOf(*app)) <= startMicros(identityOf(orphan));
+  return isOlder ? inSamePlace(only, orphan) : 0;
+}
+
+Pid AppTrees::appOfPlace(const ProcessRecord& orphan, const Known& known) const {
+  if (!isLeftBehind(orphan)) return 0;
+  const std::string& place = placeOf(orphan.pid);
+  if (place.empty()) return 0;
+  Pid only = 0;
+  for (const Pid app : known.apps) {
     if (find(app) == nullptr || placeOf(app) != place) continue;
     if (only != 0) return 0;
     only = app;

@@ -18,9 +18,11 @@ namespace vantle {
 //   - to the nearest running app at or above it, so that an app which another one started (from a terminal,
 //     say) is an app of its own, however late its window came;
 //   - a wrapper, which has no window and waits for the end of the one app that it was started for, to that
-//     app;
-//   - an orphan, when no app is above it any more, to the app that it was slowed with; to the app that the
-//     first process of its session belongs to; or to the only app in the place that the desktop made for it.
+//     app, with what it has started beside it;
+//   - an orphan, when no app is above it any more, to the app of the first rule that finds one: the app that
+//     it was slowed with; the only one that it came with (from one image, out of one folder); the app that
+//     the first process of its session belongs to; the only one in a session without a first process; the
+//     only one in the place that the desktop made for it.
 //
 // This program is an app to itself and never a part of what started it. Where apps are not each other's
 // children and nobody has sessions, an app's processes are just its tree.
@@ -60,9 +62,17 @@ class AppTrees final : public ProcessView {
   void adoptWrappers();
   // `below` is the app, or the wrapper of it that was found last.
   bool isWrapperOf(const ProcessRecord& record, const ProcessRecord& app, Pid below) const;
+  bool isSessionWithoutSystem(Pid session) const;
   void adoptOrphans(const Known& known);
   Pid orphanOwner(const ProcessRecord& orphan, const Known& known) const;
-  Pid onlyAppIn(const std::string& place, const std::set<Pid>& apps) const;
+  bool isLeftBehind(const ProcessRecord& process) const;
+  // The rules for orphans; each answers 0 when it finds no app.
+  Pid appSlowedWith(const ProcessRecord& orphan, const Known& known) const;
+  Pid appOfOrigin(const ProcessRecord& orphan, const Known& known) const;
+  Pid inSamePlace(Pid app, const ProcessRecord& orphan) const; // the app, or 0
+  Pid appOfSession(const ProcessRecord& orphan, const Known& known) const;
+  Pid appLeftInSession(const ProcessRecord& orphan, const Known& known) const;
+  Pid appOfPlace(const ProcessRecord& orphan, const Known& known) const;
   bool standsAboveTheDesktop(Pid pid, const std::set<Pid>& gameAncestors) const;
 
   const std::string& placeOf(Pid pid) const;
@@ -72,7 +82,8 @@ class AppTrees final : public ProcessView {
   std::unordered_map<Pid, std::vector<Pid>> m_processes;
   std::set<Pid> m_ownChain;
   std::uint32_t m_ownUser = 0;
-  mutable std::map<Pid, std::string> m_places; // as far as they were asked for
+  mutable std::map<Pid, std::string> m_places;                 // as far as they were asked for
+  mutable std::optional<std::map<std::string, Pid>> m_origins; // the app of each; 0 where there are several
 };
 
 } // namespace vantle

@@ -162,6 +162,13 @@ void Backgrounder::enter(const std::vector<Entering>& all, Pid boostApp, const A
   m_journal.remove(failed);
 }
 
+void Backgrounder::rename(const RunningApplication& app) {
+  const auto known = m_managed.find(app.processIdentifier());
+  if (known == m_managed.end()) return;
+  known->second.name = nameOf(app);
+  known->second.bundleID = app.bundleIdentifier();
+}
+
 void Backgrounder::forget(Pid app) {
   m_verdicts.erase(app);
   m_givenUp.erase(app);

@@ -60,6 +60,7 @@ class Backgrounder {
 
   void note(Pid app, Verdict verdict) { m_verdicts[app] = {verdict, {}, {}}; }
   void forget(Pid app);
+  void rename(const RunningApplication& app); // one that is listed, as it is known by now
 
   // Apps that lost their place in the band because it was shared with something that is not in it; worth
   // another try when that may have changed.

@@ -228,8 +228,12 @@ void Engine::frontChangedWhileBoosting(const AppRef& app) {
 
 void Engine::appLaunched(const AppRef& app) {
   if (!activeGame.get() || app->isActive()) return;
+  // Of one that is slowed a launch is told again when more is known of it.
+  const bool isKnownAnew = m_backgrounder.isManaged(app->processIdentifier());
   manage(app);
-  refreshManagedNames();
+  if (!isKnownAnew) return refreshManagedNames();
+  m_backgrounder.rename(*app);
+  recheckManaged();
 }
 
 void Engine::appTerminated(const AppRef& app) {

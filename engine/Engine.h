@@ -92,6 +92,7 @@ class Engine {
   void appTerminated(const AppRef& app);
 
   // As MemoryWatch.
+  void speak(NoticeWords words) { m_memory.speak(std::move(words)); }
   void handleMemoryPressure(bool isCritical) { m_memory.handleMemoryPressure(isCritical); }
 
   // Puts the app on the person's protected list, and gives it back its speed; nothing when it has no

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <string_view>
 #include <utility>
 
 namespace vantle {
@@ -24,6 +25,12 @@ std::string joined(const std::vector<std::string>& texts) {
     all += text;
   }
   return all;
+}
+
+std::string filled(std::string text, const std::string& apps) {
+  constexpr std::string_view place = "%1";
+  if (const std::size_t at = text.find(place); at != std::string::npos) text.replace(at, place.size(), apps);
+  return text;
 }
 
 } // namespace
@@ -57,8 +64,8 @@ void MemoryWatch::handleMemoryPressure(bool isCritical) {
     if (texts.size() == namedInNotice) break;
     texts.push_back(name + " " + byteText(bytes));
   }
-  postMemoryNotice(isCritical ? "Memory almost full" : "Memory is running low",
-                   "Using the most memory: " + joined(texts) + ". Quitting them will free up memory.");
+  postMemoryNotice(isCritical ? m_words.almostFull : m_words.runningLow,
+                   filled(m_words.usingMost, joined(texts)));
 }
 
 bool MemoryWatch::quitMarkedApps(std::uint64_t now) {
@@ -73,7 +80,7 @@ bool MemoryWatch::quitMarkedApps(std::uint64_t now) {
   }
   if (!anyAsked) return false;
   m_lastPressureNotice = now;
-  postMemoryNotice("Memory almost full", "Quit " + joined(names) + " to free up memory.");
+  postMemoryNotice(m_words.almostFull, filled(m_words.quitting, joined(names)));
   return true;
 }
 

@@ -5,6 +5,7 @@
 #include "engine/AppUsage.h"
 #include "engine/Backgrounder.h"
 #include "engine/MemoryPressure.h"
+#include "engine/NoticeWords.h"
 #include "engine/ports/Machine.h"
 
 #include <cstdint>
@@ -13,6 +14,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vantle {
@@ -31,6 +33,7 @@ class MemoryWatch {
               Boost boost);
 
   void startPressureMonitor();
+  void speak(NoticeWords words) { m_words = std::move(words); }
 
   // Acts on one memory-pressure event: tells the person which apps in the background use most, or asks the
   // apps to quit that the person marked. At most once in 300 seconds, only during a Boost.
@@ -49,6 +52,7 @@ class MemoryWatch {
   const AppSettings& m_settings;
   const Backgrounder& m_backgrounder;
   Boost m_boost;
+  NoticeWords m_words;
   std::unique_ptr<MemoryPressureEvents::Source> m_pressureSource;
   std::optional<std::uint64_t> m_lastPressureNotice; // processMicros; absent until the first notice
 };

@@ -46,11 +46,14 @@ QImage fromTheme(const QString& name, int pixels) {
 
 QImage appIcon(const IconTheme& icons, const QString& source, int pixels) {
   if (source.isEmpty() || pixels <= 0 || pixels > maxSide) return {};
-  if (QDir::isAbsolutePath(source)) return fromFile(source, pixels);
+  if (QDir::isAbsolutePath(source)) {
+    const QImage file = fromFile(source, pixels);
+    return file.isNull() ? squared(icons.pictureOf(source, pixels), pixels) : file;
+  }
   if (source.contains(QLatin1Char('/')) || source.size() > maxNameLength) return {};
   QImage themed = fromTheme(source, pixels);
   if (!themed.isNull()) return themed;
   const QString path = icons.fileOf(source);
-  return path.isEmpty() ? QImage() : fromFile(path, pixels);
+  return path.isEmpty() ? squared(icons.pictureOf(source, pixels), pixels) : fromFile(path, pixels);
 }
 } // namespace vantle

@@ -4,6 +4,7 @@
 #include "look/Colors.h"
 
 #include <QGuiApplication>
+#include <optional>
 
 namespace vantle {
 
@@ -16,8 +17,9 @@ void Appearance::apply(AppearanceMode mode) {
 }
 
 void Appearance::update() {
-  const bool dark =
-      m_mode == AppearanceMode::dark || (m_mode == AppearanceMode::system && m_desktop.isDark());
+  const bool followsDesktop = m_mode == AppearanceMode::system;
+  m_desktop.draw(followsDesktop ? std::nullopt : std::optional(m_mode == AppearanceMode::dark));
+  const bool dark = followsDesktop ? m_desktop.isDark() : m_mode == AppearanceMode::dark;
   QGuiApplication::setPalette(paletteFor(dark));
 }
 

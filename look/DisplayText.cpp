@@ -4,7 +4,9 @@
 #include "base/Text.h"
 
 #include <QCoreApplication>
+#include <QDate>
 #include <QDateTime>
+#include <QLocale>
 #include <algorithm>
 #include <chrono>
 
@@ -82,10 +84,13 @@ QString shownName(const AppRef& app, qsizetype longest) {
   return displayText(fileNameOf(app->executablePath().value_or(std::string())), longest);
 }
 
-QString pauseText(const std::optional<Pause>& pause) {
+QString pauseText(const std::optional<Pause>& pause, const QDate& today) {
   if (!pause) return {};
   const QDateTime end = QDateTime::fromSecsSinceEpoch(std::chrono::system_clock::to_time_t(pause->end));
-  return QCoreApplication::translate("Pause", "Paused until %1").arg(end.toString(QStringLiteral("HH:mm")));
+  const QString hour = end.toString(QStringLiteral("HH:mm"));
+  const QString day = QLocale().toString(end.date(), QStringLiteral("ddd d MMM"));
+  return QCoreApplication::translate("Pause", "Paused until %1")
+      .arg(end.date() == today ? hour : day + QStringLiteral(", ") + hour);
 }
 
 } // namespace vantle

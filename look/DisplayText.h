@@ -4,6 +4,7 @@
 #include "engine/Engine.h"
 #include "engine/ports/RunningApplication.h"
 
+#include <QDate>
 #include <QString>
 #include <optional>
 #include <string>
@@ -22,7 +23,8 @@ QString shownName(const AppRef& app, qsizetype longest = 300);
 // A name, fit to be shown, or what else the app can be called by where nothing of it can be seen.
 QString displayText(const std::string& utf8, const std::string& otherwise);
 
-// Until when no Boost starts by itself, in the person's own time of day; empty without a pause.
-QString pauseText(const std::optional<Pause>& pause);
+// Until when no Boost starts by itself, in the person's own time of day, with the day unless it is that one;
+// empty without a pause.
+QString pauseText(const std::optional<Pause>& pause, const QDate& today = QDate::currentDate());
 
 } // namespace vantle

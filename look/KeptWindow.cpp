@@ -31,6 +31,7 @@ KeptWindow::KeptWindow(const WindowParts& parts, std::chrono::milliseconds keepT
 KeptWindow::~KeptWindow() = default;
 
 void KeptWindow::keep() {
+  if (m_parts.front != nullptr) m_parts.front->take();
   m_release.stop();
   if (m_engine) return;
   prepareRendering();

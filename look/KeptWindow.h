@@ -2,6 +2,7 @@
 #pragma once
 
 #include "engine/AppSettings.h"
+#include "look/ports/Front.h"
 #include "look/ports/Heap.h"
 #include "look/ports/IconTheme.h"
 #include "look/ports/PlaceWords.h"
@@ -22,6 +23,7 @@ struct WindowParts {
   IconTheme& icons;
   Heap& heap;
   const PlaceWords& words;
+  Front* front = nullptr; // null where windows come forward by themselves
 };
 
 // A window that costs memory only while it is wanted. Nothing of the view toolkit's engine exists before it
@@ -47,7 +49,7 @@ class KeptWindow : public QObject {
  protected:
   KeptWindow(const WindowParts& parts, std::chrono::milliseconds keepTime);
 
-  void keep();         // it is about to be shown: makes it unless it is there
+  void keep();         // it is about to be shown, or brought forward: makes it unless it is there
   void releaseLater(); // it was closed
 
   // The window, drawn by that engine, and its end. The engine outlives the window.

@@ -20,6 +20,7 @@ class Place : public QObject {
   Q_PROPERTY(QString store READ store CONSTANT)
   Q_PROPERTY(QString bar READ bar CONSTANT)
   Q_PROPERTY(QString cores READ cores CONSTANT)
+  Q_PROPERTY(QString registrar READ registrar CONSTANT) // empty when there is none
 
  public:
   explicit Place(const PlaceWords& words) : m_words(words) {}
@@ -29,6 +30,7 @@ class Place : public QObject {
   QString store() const { return tr(m_words.store); }
   QString bar() const { return tr(m_words.bar); }
   QString cores() const { return tr(m_words.cores); }
+  QString registrar() const { return QString::fromUtf8(m_words.registrar); }
 
  private:
   const PlaceWords& m_words;

@@ -26,6 +26,14 @@ Item {
             triggered();
     }
 
+    // What the role offers by itself comes to these; handlers of the signals would offer each once more.
+    function accessiblePressAction() {
+        trigger();
+    }
+    function accessibleToggleAction() {
+        trigger();
+    }
+
     activeFocusOnTab: true
     Accessible.role: checkable ? Accessible.CheckBox : Accessible.Button
     Accessible.name: label
@@ -34,8 +42,6 @@ Item {
     Accessible.focused: activeFocus
     Accessible.checkable: checkable
     Accessible.checked: checked
-    Accessible.onPressAction: trigger()
-    Accessible.onToggleAction: trigger()
 
     Keys.onPressed: event => {
         const acts = event.key === Qt.Key_Return || event.key === Qt.Key_Enter || event.key === Qt.Key_Space;

@@ -8,6 +8,7 @@ Flickable {
     id: area
 
     readonly property bool overflows: contentHeight > height + 0.5
+    property real revealedAt: -1 // contentY when something was last brought into view
 
     function reveal(item) {
         const top = item.mapToItem(contentItem, 0, 0).y - 4;
@@ -16,6 +17,12 @@ Flickable {
             contentY = Math.max(0, top);
         else if (bottom > contentY + height)
             contentY = Math.min(contentHeight - height, bottom - height);
+        revealedAt = contentY;
+    }
+    function revealPlace() {
+        const item = Window.activeFocusItem;
+        if (item && overflows && holds(item))
+            reveal(item);
     }
     // Page Up, Page Down, Home, End and the arrows, where nothing else has a use for them.
     function scrollByKey(event) {
@@ -44,13 +51,15 @@ Flickable {
     interactive: false // see ScrollTools
     boundsBehavior: Flickable.StopAtBounds
     contentWidth: width
+    onContentHeightChanged: {
+        if (Math.abs(contentY - revealedAt) < 1) // it keeps to whole pixels
+            Qt.callLater(revealPlace);
+    }
 
     Connections {
         target: area.Window.window
         function onActiveFocusItemChanged() {
-            const item = area.Window.activeFocusItem;
-            if (item && area.overflows && area.holds(item))
-                area.reveal(item);
+            area.revealPlace();
         }
     }
     // Most areas need none of it, and a panel is to stay small.

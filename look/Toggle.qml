@@ -26,7 +26,7 @@ Pressable {
         height: parent.height
         text: toggle.text
         wrapMode: Text.Wrap
-        maximumLineCount: 2
+        maximumLineCount: 4
         Accessible.ignored: true
     }
     RoundedBox {

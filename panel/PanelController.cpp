@@ -17,7 +17,7 @@ constexpr int sameClickTime = 400; // milliseconds
 PanelController::PanelController(Engine& engine, const WindowParts& parts, PanelSurface& surface,
                                  std::function<void()> openSettings, std::function<void()> quit)
     : KeptWindow(parts, keepTime), m_engine(engine), m_surface(surface),
-      m_openSettings(std::move(openSettings)), m_quit(std::move(quit)) {}
+      m_openSettings(std::move(openSettings)), m_quit(std::move(quit)), m_menu(parts, surface) {}
 
 PanelController::~PanelController() = default;
 
@@ -44,6 +44,7 @@ void PanelController::renew(LookEngine& engine) {
 }
 
 void PanelController::show(std::optional<QRect> anchor) {
+  m_menu.close();
   keep();
   m_window->open(anchor);
 }
@@ -61,6 +62,12 @@ void PanelController::toggle(std::optional<QRect> anchor) {
 
 void PanelController::close() {
   if (m_window) m_window->dismiss();
+}
+
+// One at a time has the pointer and the keyboard.
+void PanelController::toggleMenu(const QRect& icon, std::vector<TrayEntry> entries) {
+  close();
+  m_menu.toggle(icon, std::move(entries));
 }
 
 void PanelController::leaveEngine() {

@@ -3,6 +3,7 @@
 
 #include "engine/Engine.h"
 #include "look/KeptWindow.h"
+#include "panel/IconMenu.h"
 #include "panel/ports/PanelSurface.h"
 
 #include <QElapsedTimer>
@@ -10,6 +11,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace vantle {
 
@@ -31,6 +33,9 @@ class PanelController : public KeptWindow {
   void close();
   bool isOpen() const;
 
+  // The tray icon's menu beside the icon, for a tray that shows none.
+  void toggleMenu(const QRect& icon, std::vector<TrayEntry> entries);
+
   void openSettings(); // closes the panel first
   void quit();
 
@@ -39,6 +44,7 @@ class PanelController : public KeptWindow {
 
   // Null while there is none.
   PanelWindow* window() const { return m_window.get(); }
+  const IconMenu& menu() const { return m_menu; }
 
  signals:
   void opened();
@@ -55,6 +61,7 @@ class PanelController : public KeptWindow {
   std::function<void()> m_quit;
   std::unique_ptr<PanelWindow> m_window;
   QElapsedTimer m_sinceClosed;
+  IconMenu m_menu;
 };
 
 } // namespace vantle

@@ -35,11 +35,17 @@ QRect likelyIcon(const QRect& screen, const QRect& available) {
   return iconAt(bars.left > 0 ? screen.left() : screen.right(), available.bottom());
 }
 
+std::size_t likelyScreen(const std::vector<std::pair<QRect, QRect>>& screens) {
+  const auto cut = std::find_if(screens.begin(), screens.end(),
+                                [](const auto& screen) { return screen.first != screen.second; });
+  return cut == screens.end() ? 0 : static_cast<std::size_t>(cut - screens.begin());
+}
+
 QRect iconNear(const QPoint& pointer, const QRect& screen, const QRect& available) {
   const Bars bars = barsOf(screen, available);
   struct Candidate {
-    int width; // of the bar
-    int distance;
+    int width = 0; // of the bar
+    int distance = 0;
     QRect icon;
   };
   const Candidate candidates[] = {

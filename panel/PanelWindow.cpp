@@ -1,15 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "panel/PanelWindow.h"
 
-#include "base/Invariant.h"
-#include "base/Names.h"
 #include "panel/PanelPlacement.h"
-#include "panel/Resources.h"
 
 #include <QGuiApplication>
-#include <QKeyEvent>
-#include <QMouseEvent>
-#include <QQmlComponent>
 #include <QQuickItem>
 #include <QScreen>
 #include <cmath>
@@ -25,39 +19,20 @@ constexpr qreal cornerRadius = 14;
 
 PanelWindow::PanelWindow(LookEngine& views, Engine& engine, PanelSurface& surface,
                          PanelModel::Actions actions)
-    : m_views(views), m_surface(surface), m_model(engine, std::move(actions)) {
-  setFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
-  setTitle(QString::fromLatin1(names::display));
+    : PopUpWindow(surface), m_model(engine, std::move(actions)) {
   connect(this, &QQuickWindow::frameSwapped, this, [this] {
     if (std::exchange(m_awaitsFrame, false)) emit shown();
   });
-  makeView();
+  m_view = makeView(views, QStringLiteral("PanelView.qml"),
+                    {{QStringLiteral("panel"), QVariant::fromValue(&m_model)},
+                     {QStringLiteral("radius"), isTranslucent() ? cornerRadius : 0.0}});
+  connect(m_view.get(), &QQuickItem::implicitHeightChanged, this, &PanelWindow::place);
   followScreens();
 }
 
 PanelWindow::~PanelWindow() {
-  if (isVisible()) m_surface.hide(*this);
+  if (isVisible()) surface().hide(*this);
   m_view.reset(); // before the engine that made it
-}
-
-void PanelWindow::makeView() {
-  registerPanelTypes();
-  const bool translucent = m_surface.isTranslucent();
-  if (translucent) {
-    QSurfaceFormat surface = format();
-    surface.setAlphaBufferSize(8);
-    setFormat(surface);
-  }
-  setColor(translucent ? Qt::transparent : Qt::black);
-  QQmlComponent component(&m_views, QUrl(QStringLiteral("qrc:/qt/qml/Vantle/Panel/PanelView.qml")));
-  QObject* root =
-      component.createWithInitialProperties({{QStringLiteral("panel"), QVariant::fromValue(&m_model)},
-                                             {QStringLiteral("radius"), translucent ? cornerRadius : 0.0}});
-  if (root == nullptr) qCritical("%s", qPrintable(component.errorString()));
-  m_view.reset(qobject_cast<QQuickItem*>(root));
-  invariant(m_view != nullptr, "the panel's view is part of the program");
-  m_view->setParentItem(contentItem());
-  connect(m_view.get(), &QQuickItem::implicitHeightChanged, this, &PanelWindow::place);
 }
 
 void PanelWindow::open(std::optional<QRect> anchor) {
@@ -65,7 +40,7 @@ void PanelWindow::open(std::optional<QRect> anchor) {
   m_awaitsFrame = true;
   m_model.appear();
   place();
-  m_surface.show(*this);
+  surface().show(*this);
   if (!isVisible()) return leave();
   m_view->forceActiveFocus();
   update();
@@ -79,33 +54,26 @@ void PanelWindow::dismiss() {
 void PanelWindow::leave() {
   m_awaitsFrame = false;
   m_model.disappear();
-  m_surface.hide(*this);
+  surface().hide(*this);
   emit dismissed();
 }
 
 bool PanelWindow::event(QEvent* event) {
-  if (event->type() == QEvent::MouseButtonPress) {
-    const QPointF place = static_cast<QMouseEvent*>(event)->position();
-    if (!QRectF(0, 0, width(), height()).contains(place)) {
-      dismiss();
-      return true;
-    }
-  }
-  const bool handled = QQuickWindow::event(event);
-  if (event->type() == QEvent::FocusOut) dismiss();
+  const bool handled = PopUpWindow::event(event);
   if (event->type() == QEvent::Close) m_model.disappear();
   return handled;
 }
 
-// What the view has open over itself is left first.
-void PanelWindow::keyPressEvent(QKeyEvent* event) {
-  QQuickWindow::keyPressEvent(event);
-  if (!event->isAccepted() && event->key() == Qt::Key_Escape) dismiss();
-}
-
 QScreen* PanelWindow::screenOfAnchor() const {
   QScreen* screen = m_anchor ? QGuiApplication::screenAt(m_anchor->center()) : nullptr;
-  return screen != nullptr ? screen : QGuiApplication::primaryScreen();
+  return screen != nullptr ? screen : screenOfTray();
+}
+
+QScreen* PanelWindow::screenOfTray() {
+  const QList<QScreen*> screens = QGuiApplication::screens(); // the primary one is the first
+  std::vector<std::pair<QRect, QRect>> areas;
+  for (const QScreen* each : screens) areas.emplace_back(each->geometry(), each->availableGeometry());
+  return screens.isEmpty() ? nullptr : screens[static_cast<qsizetype>(likelyScreen(areas))];
 }
 
 // The anchor, or where trays usually are; also when the anchor's screen is gone.
@@ -118,12 +86,12 @@ void PanelWindow::place() {
   QScreen* screen = screenOfAnchor();
   if (screen == nullptr || !m_view) return; // between two screens; placed when the next one is there
   const QRect available = screen->availableGeometry();
-  m_view->setProperty("maximumHeight", m_surface.roomOn(*screen).height() - 2 * margin);
+  m_view->setProperty("maximumHeight", surface().roomOn(*screen).height() - 2 * margin);
   const QSize wanted(static_cast<int>(m_view->implicitWidth()),
                      static_cast<int>(std::ceil(m_view->implicitHeight())));
   const QRect anchor = anchorOn(*screen);
   const QRect target = panelPlace(anchor, wanted, screen->geometry(), available);
-  m_surface.place(*this, *screen, anchor, target);
+  surface().place(*this, *screen, anchor, target);
   m_view->setSize(target.size());
 }
 

@@ -3,17 +3,15 @@
 
 #include "look/LookEngine.h"
 #include "panel/PanelModel.h"
-#include "panel/ports/PanelSurface.h"
+#include "panel/PopUpWindow.h"
 
-#include <QQuickWindow>
 #include <memory>
 #include <optional>
 
 namespace vantle {
 
-// The panel's window: no frame, over other windows, in no task bar. It goes when the person clicks elsewhere,
-// when another window gets the keyboard, or on Escape.
-class PanelWindow : public QQuickWindow {
+// The panel's window.
+class PanelWindow : public PopUpWindow {
   Q_OBJECT
 
  public:
@@ -21,7 +19,7 @@ class PanelWindow : public QQuickWindow {
   ~PanelWindow() override;
 
   void open(std::optional<QRect> anchor);
-  void dismiss(); // hides it
+  void dismiss() override;
 
   PanelModel& model() { return m_model; }
   QQuickItem* view() const { return m_view.get(); }
@@ -32,18 +30,15 @@ class PanelWindow : public QQuickWindow {
 
  protected:
   bool event(QEvent* event) override;
-  void keyPressEvent(QKeyEvent* event) override;
 
  private:
-  void makeView();
   void leave();
   void place();
   QScreen* screenOfAnchor() const;
+  static QScreen* screenOfTray();
   QRect anchorOn(const QScreen& screen) const;
   void followScreens();
 
-  LookEngine& m_views;
-  PanelSurface& m_surface;
   PanelModel m_model;
   std::unique_ptr<QQuickItem> m_view;
   std::optional<QRect> m_anchor;

@@ -15,9 +15,7 @@ Item {
     Accessible.role: Accessible.StaticText
     Accessible.name: value + " " + label
     Accessible.description: details
-    Accessible.focusable: details !== ""
     Accessible.focused: activeFocus
-    Accessible.ignored: details === ""
 
     Words {
         width: parent.width
@@ -25,6 +23,7 @@ Item {
         text: stat.value
         font.pixelSize: 17
         font.weight: Font.DemiBold
+        Accessible.ignored: true
     }
     Words {
         anchors.bottom: parent.bottom
@@ -35,6 +34,7 @@ Item {
         fontSizeMode: Text.HorizontalFit // in other languages
         minimumPixelSize: 9
         color: Look.secondary
+        Accessible.ignored: true
     }
     FocusRing {
         radius: 8

@@ -33,7 +33,7 @@ TrayFace faceFor(bool isBoosting, const QString& state) {
   return {[symbol](int pixels, bool onDark) {
             return symbolImage(symbol, onDark ? onDarkBar : onLightBar, pixels);
           },
-          state};
+          state, symbol};
 }
 
 } // namespace
@@ -52,7 +52,8 @@ TrayActions TrayItem::actions() {
                 m_lastPlace = place;
                 m_panel.toggle(place);
               },
-          .middleClicked = [this] { switchBoost(); }};
+          .middleClicked = [this] { switchBoost(); },
+          .menuWanted = [this](const QRect& place) { m_panel.toggleMenu(place, menu()); }};
 }
 
 std::vector<TrayEntry> TrayItem::menu() {

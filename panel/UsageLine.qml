@@ -55,6 +55,7 @@ Item {
         height: parent.height
         text: line.name
         font.pixelSize: 13
+        Accessible.ignored: true
     }
     Figures {
         id: amount
@@ -64,6 +65,7 @@ Item {
         text: line.memory
         pixelSize: 12
         color: Look.secondary
+        Accessible.ignored: true
     }
     MouseArea {
         anchors.fill: parent

@@ -28,8 +28,10 @@ FocusScope {
     RoundedBox {
         id: sheet
         anchors.centerIn: parent
-        width: 440
-        height: Math.min(480, parent.height - 40)
+        readonly property real margin: width < 440 ? 8 : 20
+
+        width: Math.min(440, parent.width - 16)
+        height: Math.min(480, parent.height - (width < 440 ? 16 : 40))
         radius: 12
         color: Look.surface
         edgeColor: Look.divider
@@ -39,7 +41,7 @@ FocusScope {
         }
         Words {
             id: title
-            x: 20
+            x: sheet.margin
             y: 16
             text: qsTr("Add App")
             font.pixelSize: 15
@@ -50,7 +52,7 @@ FocusScope {
             anchors.left: title.right
             anchors.leftMargin: 16
             anchors.right: parent.right
-            anchors.rightMargin: 20
+            anchors.rightMargin: sheet.margin
             anchors.baseline: title.baseline
             horizontalAlignment: Text.AlignRight
             visible: dialog.model.browsing
@@ -63,8 +65,8 @@ FocusScope {
             id: search
             anchors.top: title.bottom
             anchors.topMargin: 12
-            x: 20
-            width: parent.width - 40
+            x: sheet.margin
+            width: parent.width - 2 * sheet.margin
             text: dialog.model.search
             placeholder: dialog.model.browsing ? qsTr("Search this folder") : qsTr("Search installed apps")
             onEdited: text => dialog.model.search = text
@@ -76,21 +78,21 @@ FocusScope {
             anchors.topMargin: 10
             anchors.bottom: buttons.top
             anchors.bottomMargin: 12
-            x: 20
-            width: parent.width - 40
+            x: sheet.margin
+            width: parent.width - 2 * sheet.margin
             model: dialog.model
         }
         Item {
             id: buttons
             anchors.bottom: parent.bottom
             anchors.bottomMargin: 16
-            x: 20
-            width: parent.width - 40
+            x: sheet.margin
+            width: parent.width - 2 * sheet.margin
             height: 28
 
             PushButton {
                 text: dialog.model.browsing ? qsTr("Installed Apps") : qsTr("Other…")
-                help: dialog.model.browsing ? "" : qsTr("Choose a desktop file in any folder")
+                help: dialog.model.browsing ? "" : qsTr("Choose an app or a program in any folder")
                 onTriggered: dialog.model.browsing ? dialog.model.showInstalled() : dialog.model.browse()
             }
             Row {

@@ -6,11 +6,8 @@ import Vantle.Look
 Item {
     id: row
 
-    required property int index
-    required property string key
     required property string name
     required property string icon
-    required property bool isInstalled
     property bool isStop // for the Tab key
     readonly property alias removeButton: button
 

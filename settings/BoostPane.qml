@@ -55,10 +55,12 @@ Form {
         }
         Divider {
             width: parent.width
+            visible: Place.registrar !== ""
         }
         RuleToggle {
             title: qsTr("Games using GameMode")
-            note: "gamemoderun"
+            note: Place.registrar
+            visible: Place.registrar !== ""
             setting: pane.boost.gameMode
         }
     }

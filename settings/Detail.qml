@@ -8,6 +8,7 @@ Item {
     id: detail
 
     required property SettingsModel model
+    property bool isNarrow: false
 
     function scrollByKey(event) {
         area.scrollByKey(event);
@@ -38,7 +39,7 @@ Item {
         Loader {
             id: pane
             x: Math.round((parent.width - width) / 2)
-            width: Math.min(parent.width - 40, 640)
+            width: Math.min(parent.width - (detail.isNarrow ? 20 : 40), 640)
             sourceComponent: [general, boost, appearance, updates, about][detail.model.pane]
             onLoaded: area.contentY = 0
         }

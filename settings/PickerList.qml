@@ -3,7 +3,7 @@ import QtQuick
 import Vantle.Look
 import Vantle.Settings
 
-// The apps, or the folders and desktop files, of which one can be chosen. Rows exist while they are seen.
+// The apps, or the folders and what is in them, of which one can be chosen. Rows exist while they are seen.
 RoundedBox {
     id: frame
 

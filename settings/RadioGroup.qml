@@ -26,7 +26,7 @@ RovingGroup {
             required property string modelData
 
             width: group.width
-            implicitHeight: 30
+            implicitHeight: Math.max(30, words.implicitHeight + 8)
             label: modelData
             checkable: true
             checked: index === group.current
@@ -56,11 +56,13 @@ RovingGroup {
                 }
             }
             Words {
+                id: words
                 anchors.left: mark.right
                 anchors.leftMargin: 8
                 anchors.right: parent.right
                 height: parent.height
                 text: button.modelData
+                wrapMode: Text.Wrap
                 Accessible.ignored: true
             }
         }

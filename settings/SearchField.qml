@@ -44,7 +44,7 @@ RoundedBox {
         color: Look.primary
         selectionColor: Look.accentUnderText
         selectedTextColor: "white"
-        maximumLength: 200
+        maximumLength: 4096 // of a path
         activeFocusOnTab: true
         Accessible.role: Accessible.EditableText
         Accessible.name: field.placeholder

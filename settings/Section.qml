@@ -21,6 +21,7 @@ Column {
         width: parent.width - 24
         text: section.header
         font.weight: Font.DemiBold
+        wrapMode: Text.Wrap
     }
     Card {
         id: card

@@ -3,11 +3,13 @@ import QtQuick
 import Vantle.Look
 import Vantle.Settings
 
-// The window's content: the sidebar, and beside it the pane that is chosen there.
+// The window's content: the sidebar, and beside it the pane that is chosen there. In a window that is narrower than
+// it wants to be, as tiling window managers make them, the sidebar gives way to what is beside it.
 Rectangle {
     id: view
 
     required property SettingsModel model
+    readonly property bool isNarrow: width < 560
 
     color: Look.surface
     focus: true
@@ -50,6 +52,7 @@ Rectangle {
         Sidebar {
             id: sidebar
             height: parent.height
+            isNarrow: view.isNarrow
             model: view.model
         }
         Detail {
@@ -57,13 +60,15 @@ Rectangle {
             anchors.left: sidebar.right
             anchors.right: parent.right
             height: parent.height
+            isNarrow: view.isNarrow
             model: view.model
         }
         SplitHandle {
             id: handle
             x: sidebar.width - width / 2
             height: parent.height
-            onDragged: position => sidebar.width = Math.max(180, Math.min(220, position))
+            enabled: !view.isNarrow
+            onDragged: position => sidebar.wantedWidth = Math.max(180, Math.min(220, position))
         }
     }
     Loader {

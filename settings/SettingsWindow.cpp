@@ -33,7 +33,7 @@ SettingsWindow::SettingsWindow(LookEngine& engine, const SettingsParts& parts, c
     : m_model(parts, state.pane), m_view(&engine,
                                          [this, call = std::move(closed)] {
                                            m_position = m_view.framePosition();
-                                           m_scale = m_view.screen()->devicePixelRatio();
+                                           m_scale = m_view.devicePixelRatio();
                                            m_model.picker()->cancel();
                                            call();
                                          }),
@@ -77,13 +77,19 @@ void SettingsWindow::show() {
   if (m_view.windowStates().testFlag(Qt::WindowMinimized))
     m_view.setWindowStates(m_view.windowStates() & ~Qt::WindowMinimized);
   m_view.setVisible(true);
-  m_scale = m_view.screen()->devicePixelRatio();
+  m_scale = m_view.devicePixelRatio();
   m_view.raise();
   m_view.requestActivate();
 }
 
+// A window that is open when its screen is drawn larger keeps its pixels, and has fewer points from then on.
+QSize SettingsWindow::sizeAsLeft() const {
+  const bool hasPixels = m_view.handle() != nullptr && m_scale > 0;
+  return hasPixels ? m_view.size() * (m_view.devicePixelRatio() / m_scale) : m_view.size();
+}
+
 WindowState SettingsWindow::state() const {
-  return {m_model.pane(), m_view.size(), isShown() ? m_view.framePosition() : m_position, m_scale};
+  return {m_model.pane(), sizeAsLeft(), isShown() ? m_view.framePosition() : m_position, m_scale};
 }
 
 } // namespace vantle

@@ -48,6 +48,7 @@ class SettingsWindow {
     std::function<void()> m_closing;
   };
 
+  QSize sizeAsLeft() const; // in points of the scale that it was shown with
   void place(const std::optional<QPoint>& position);
 
   SettingsModel m_model;

@@ -3,13 +3,17 @@ import QtQuick
 import Vantle.Look
 import Vantle.Settings
 
-// The list of panes. One stop for the Tab key; the arrows move in it.
+// The list of panes, by their symbols alone where there is no room for more. One stop for the Tab key; the arrows
+// move in it.
 Item {
     id: sidebar
 
     required property SettingsModel model
+    property bool isNarrow: false
+    property real wantedWidth: 190
+    readonly property real margin: isNarrow ? 4 : 10
 
-    width: 190
+    width: isNarrow ? 44 : wantedWidth
 
     ThemeTint {
         anchors.fill: parent
@@ -22,9 +26,9 @@ Item {
 
         RovingGroup {
             id: rows
-            x: 10
+            x: sidebar.margin
             y: 10
-            width: parent.width - 20
+            width: parent.width - 2 * sidebar.margin
             spacing: 2
             count: titles.count
             current: sidebar.model.pane
@@ -45,6 +49,7 @@ Item {
                     title: modelData
                     symbol: sidebar.model.paneSymbols[index]
                     selected: index === sidebar.model.pane
+                    isNarrow: sidebar.isNarrow
                     onTriggered: rows.choose(index)
                 }
             }

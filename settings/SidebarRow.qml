@@ -9,10 +9,12 @@ Pressable {
     property string title
     property string symbol
     property bool selected
+    property bool isNarrow: false // only the symbol
     property color color: Look.accent
     readonly property color ink: selected ? "white" : Look.primary
 
     label: title
+    tip: isNarrow ? title : ""
     ringRadius: 8
     ringGap: 0
     implicitHeight: words.implicitHeight + 12
@@ -21,6 +23,7 @@ Pressable {
     Accessible.role: Accessible.PageTab
     Accessible.selectable: true
     Accessible.selected: selected
+    Accessible.onPressAction: trigger() // the role has none of its own
 
     RoundedBox {
         anchors.fill: parent
@@ -38,6 +41,7 @@ Pressable {
     }
     Words {
         id: words
+        visible: !row.isNarrow
         anchors.left: picture.right
         anchors.leftMargin: 8
         anchors.right: parent.right

@@ -21,12 +21,15 @@ Item {
         }
     }
 
+    readonly property real before: picture.visible || progress.visible ? 24 : 0
+    readonly property bool isTight: width - before - button.width - 12 < 130 // the button goes below the words
+
     width: parent ? parent.width : 0
-    implicitHeight: 48
+    implicitHeight: isTight ? words.implicitHeight + button.height + 24 : 48
 
     Symbol {
         id: picture
-        anchors.verticalCenter: parent.verticalCenter
+        anchors.verticalCenter: words.verticalCenter
         visible: name !== ""
         width: 16
         height: 16
@@ -35,23 +38,26 @@ Item {
     }
     Progress {
         id: progress
-        anchors.verticalCenter: parent.verticalCenter
+        anchors.verticalCenter: words.verticalCenter
         visible: row.model.checking
     }
     Words {
-        x: picture.visible || progress.visible ? 24 : 0
-        width: button.x - x - 12
-        height: parent.height
+        id: words
+        x: row.before
+        y: row.isTight ? 8 : 0
+        width: row.isTight ? row.width - x : button.x - x - 12
+        height: row.isTight ? implicitHeight : parent.height
         text: row.model.status
         color: row.ink
         wrapMode: Text.Wrap
-        maximumLineCount: 2
+        maximumLineCount: row.isTight ? 6 : 2
         Accessible.role: Accessible.StaticText
     }
     PushButton {
         id: button
-        anchors.right: parent.right
-        anchors.verticalCenter: parent.verticalCenter
+        x: row.isTight ? 0 : row.width - width
+        width: Math.min(implicitWidth, row.width)
+        y: row.isTight ? words.y + words.height + 8 : (row.height - height) / 2
         text: row.model.action
         prominent: row.model.available
         onTriggered: row.model.act()

@@ -13,6 +13,7 @@
 #include "desktop/linux/wayland/LayerShell.h"
 #include "desktop/linux/wayland/ToolkitChoice.h"
 #include "desktop/linux/window/DesktopPanelSurface.h"
+#include "desktop/linux/window/FreeAreas.h"
 #include "desktop/linux/window/LayerPanelSurface.h"
 #include "look/ports/LinuxWords.h"
 
@@ -29,7 +30,8 @@ std::unique_ptr<PanelSurface> makePanelSurface(EventLoop& loop) {
 class FreeDesktop final : public Desktop {
  public:
   explicit FreeDesktop(EventLoop& loop)
-      : m_manager(loop), m_tray(loop, m_bus, m_scheme), m_panelSurface(makePanelSurface(loop)) {}
+      : m_manager(loop), m_areas(loop), m_tray(loop, m_bus, m_scheme),
+        m_panelSurface(makePanelSurface(loop)) {}
 
   ColorScheme& scheme() override { return m_scheme; }
   IconTheme& icons() override { return m_icons; }
@@ -40,10 +42,13 @@ class FreeDesktop final : public Desktop {
   Activation& activation() override { return m_activation; }
   RemoteDoor& remoteDoor() override { return m_remoteDoor; }
   ShellExtension& shellExtension() override { return m_shellExtension; }
+  Front* front() override { return nullptr; }
+  AppChooser* appChooser() override { return nullptr; }
 
  private:
   SessionBus m_bus;
   SettingsManager m_manager;
+  FreeAreas m_areas;
   FontAndScale m_fontAndScale{m_manager};
   DesktopScheme m_scheme{m_bus, m_manager};
   ThemedIcons m_icons{m_manager};

@@ -59,6 +59,10 @@ class ProcessTable {
   // processes in it. Empty for a process that stands in none.
   virtual std::string place(Pid /*pid*/) const { return {}; }
 
+  // The program of many files, or the like, that the process came with, by a name that is equal for all
+  // processes that came with it. Empty when nothing tells.
+  virtual std::string origin(Pid /*pid*/) const { return {}; }
+
   // The bytes of the executable's full path, at most 4,096 of them, undecoded.
   virtual std::optional<std::string> executablePathBytes(Pid pid) const = 0;
 

@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace vantle {
 
@@ -17,6 +18,9 @@ class ColorScheme {
   virtual bool isDark() const = 0;
   // Called whenever that has changed.
   [[nodiscard]] virtual std::unique_ptr<Registration> observe(std::function<void()> changed) = 0;
+  // How what the desktop draws of this program is to look, as title bars and dialogs: dark or light, or when
+  // absent like the desktop itself, of which isDark() then tells.
+  virtual void draw(std::optional<bool> /*dark*/) {}
 };
 
 } // namespace vantle

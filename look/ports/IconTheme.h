@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QImage>
 #include <QString>
 
 namespace vantle {
@@ -14,6 +15,9 @@ class IconTheme {
   virtual void choose() = 0;
   // The file of an icon that is in no theme; empty when there is none. The name holds no slash.
   virtual QString fileOf(const QString& name) const = 0;
+  // The picture of a source that is neither in a theme nor a picture itself, such as the folder that an app
+  // is; about `pixels` on a side. Null when there is none.
+  virtual QImage pictureOf(const QString& /*source*/, int /*pixels*/) const { return {}; }
   // The themed picture that stands for any app.
   virtual QString genericName() const = 0;
 };

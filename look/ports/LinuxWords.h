@@ -12,6 +12,7 @@ namespace vantle {
 inline constexpr PlaceWords linuxWords{.computer = QT_TRANSLATE_NOOP("Place", "computer"),
                                        .store = QT_TRANSLATE_NOOP("Place", "app menu"),
                                        .bar = QT_TRANSLATE_NOOP("Place", "panel"),
-                                       .cores = QT_TRANSLATE_NOOP("Place", "the background")};
+                                       .cores = QT_TRANSLATE_NOOP("Place", "the background"),
+                                       .registrar = "gamemoderun"};
 
 } // namespace vantle

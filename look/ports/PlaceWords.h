@@ -10,6 +10,8 @@ struct PlaceWords {
   const char* store;    // that says which category an app is of
   const char* bar;      // "“Always boost” in the …": what opens from the icon
   const char* cores;    // "moves other apps to …"
+  // The command by which games register as such with the system; null where there is no such service.
+  const char* registrar = nullptr;
 };
 
 } // namespace vantle

@@ -16,7 +16,8 @@ namespace vantle {
 struct TrayFace {
   // Square, `pixels` on a side, to be seen on a dark or on a light bar.
   std::function<QImage(int pixels, bool onDark)> picture;
-  QString state; // in words
+  QString state;       // in words
+  QString symbol = {}; // what the picture is called where a desktop has symbols of its own
 };
 
 // What a person can do with an icon, and in its menu. Called on the main loop, never within a call of the
@@ -25,6 +26,8 @@ struct TrayActions {
   // Where the icon is, in device-independent screen coordinates; absent when the tray does not know.
   std::function<void(std::optional<QRect>)> clicked;
   std::function<void()> middleClicked;
+  // Of a tray that shows no menu by itself: beside the icon, which is there.
+  std::function<void(QRect)> menuWanted;
 };
 
 // A line of the menu.

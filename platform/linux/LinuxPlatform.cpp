@@ -11,6 +11,7 @@
 #include "platform/posix/process/SignalSource.h"
 
 #include <cstdlib>
+#include <malloc.h>
 #include <utility>
 
 namespace vantle {
@@ -24,6 +25,9 @@ bool isNamed(const char* variable) {
 
 class LinuxPlatform final : public Platform {
  public:
+  // The threads here mostly wait: a heap of its own for each would only keep pages of what it once had.
+  LinuxPlatform() { ::mallopt(M_ARENA_MAX, 1); }
+
   void outliveReaders() override { vantle::outliveReaders(); }
   void raiseDescriptorLimit() override { vantle::raiseDescriptorLimit(); }
   bool isStartedByItself() const override { return isStartedByOwnProgram(); }

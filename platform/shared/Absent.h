@@ -108,11 +108,11 @@ class AbsentLoginItem final : public LoginItem {
 class AbsentCatalog final : public ApplicationCatalog {
  public:
   std::vector<InstalledApplication> installedApplications() const override { return {}; }
-  std::optional<InstalledApplication> applicationForKey(const std::string& /*key*/) const override {
-    return {};
+  Found applicationsForKeys(const std::vector<std::string>& keys) const override {
+    return Found(keys.size());
   }
   std::optional<std::string> knownName(const std::string& /*key*/) const override { return std::nullopt; }
-  std::optional<InstalledApplication> applicationAt(const std::string& /*path*/) const override { return {}; }
+  Found applicationsAt(const std::vector<std::string>& paths) const override { return Found(paths.size()); }
 };
 
 } // namespace vantle

@@ -24,18 +24,26 @@ class SimulatedCatalog final : public ApplicationCatalog {
   std::map<std::string, std::string> names;              // of keys, installed or not
 
   std::vector<InstalledApplication> installedApplications() const override { return applications; }
-  std::optional<InstalledApplication> applicationForKey(const std::string& key) const override {
-    const auto found = std::find_if(applications.begin(), applications.end(),
-                                    [&](const InstalledApplication& each) { return each.key == key; });
-    return found == applications.end() ? std::nullopt : std::optional(*found);
+  Found applicationsForKeys(const std::vector<std::string>& keys) const override {
+    Found all;
+    for (const std::string& key : keys) {
+      const auto found = std::find_if(applications.begin(), applications.end(),
+                                      [&](const InstalledApplication& each) { return each.key == key; });
+      all.push_back(found == applications.end() ? std::nullopt : std::optional(*found));
+    }
+    return all;
   }
   std::optional<std::string> knownName(const std::string& key) const override {
     const auto found = names.find(key);
     return found == names.end() ? std::nullopt : std::optional(found->second);
   }
-  std::optional<InstalledApplication> applicationAt(const std::string& path) const override {
-    const auto found = elsewhere.find(path);
-    return found == elsewhere.end() ? std::nullopt : std::optional(found->second);
+  Found applicationsAt(const std::vector<std::string>& paths) const override {
+    Found all;
+    for (const std::string& path : paths) {
+      const auto found = elsewhere.find(path);
+      all.push_back(found == elsewhere.end() ? std::nullopt : std::optional(found->second));
+    }
+    return all;
   }
 };
 

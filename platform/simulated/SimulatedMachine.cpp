@@ -38,6 +38,7 @@ SimulatedAppRef SimulatedMachine::launch(const AppSpec& spec, Opening opening) {
                                    .footprint = spec.footprint,
                                    .leadsSession = spec.leadsSession,
                                    .place = spec.place,
+                                   .origin = spec.origin,
                                    .pid = spec.pid});
   return showWindow(pid, spec, opening);
 }

@@ -82,6 +82,7 @@ Pid SimulatedProcesses::spawn(const ProcessSpec& spec) {
   process.session = spec.leadsSession ? pid : parent->session;
   process.role = spec.role;
   process.place = spec.place.empty() ? parent->place : spec.place;
+  process.origin = spec.origin;
   if (!m_lastStart.insert_or_assign(pid, process.startMicros).second) ++m_reusedPids;
   const auto born = m_processes.emplace(pid, std::move(process)).first;
   if (onBirth) onBirth(born->second);
@@ -157,6 +158,11 @@ std::optional<std::uint64_t> SimulatedProcesses::birthMark() const {
 std::string SimulatedProcesses::place(Pid pid) const {
   const SimulatedProcess* process = find(pid);
   return process == nullptr ? std::string() : process->place;
+}
+
+std::string SimulatedProcesses::origin(Pid pid) const {
+  const SimulatedProcess* process = find(pid);
+  return process == nullptr ? std::string() : process->origin;
 }
 
 std::vector<ProcessRecord> SimulatedProcesses::scan() const {

@@ -28,6 +28,7 @@ struct ProcessSpec {
   bool leadsSession = false;   // has a session of its own; otherwise its parent's
   ProcessRole role = ProcessRole::program;
   std::string place{};      // that the desktop made for its app; its parent's when empty
+  std::string origin{};     // what it came with
   std::optional<Pid> pid{}; // a particular free one; otherwise the next free one
 };
 
@@ -42,6 +43,7 @@ struct SimulatedProcess {
   Pid session = 0;
   ProcessRole role = ProcessRole::program;
   std::string place;
+  std::string origin;
   bool isBusy = false;
   bool isZombie = false; // ended, but its parent has not taken note: still listed, cannot be changed
 
@@ -88,6 +90,7 @@ class SimulatedProcesses final : public ProcessTable {
   std::optional<ProcessRecord> record(Pid pid) const override;
   std::optional<std::uint64_t> birthMark() const override;
   std::string place(Pid pid) const override;
+  std::string origin(Pid pid) const override;
   std::vector<ProcessRecord> scan() const override;
   std::optional<std::string> executablePathBytes(Pid pid) const override;
   std::optional<std::uint64_t> footprint(Pid pid) const override;

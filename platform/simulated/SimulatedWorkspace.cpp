@@ -53,6 +53,10 @@ void SimulatedWorkspace::add(const SimulatedAppRef& app) {
   m_events.push_back({WorkspaceEvent::launched, app});
 }
 
+void SimulatedWorkspace::addAgain(const SimulatedAppRef& app) {
+  m_events.push_back({WorkspaceEvent::launched, app});
+}
+
 void SimulatedWorkspace::setFrontmost(const SimulatedAppRef& app) {
   m_front = app;
   if (app) m_events.push_back({WorkspaceEvent::activated, app});

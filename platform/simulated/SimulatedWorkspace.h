@@ -36,6 +36,7 @@ struct AppSpec {
   std::optional<Pid> pid{};                    // a particular free one for its main process
   bool leadsSession = false;                   // its main process has a session of its own
   std::string place{};                         // that the desktop made for it
+  std::string origin{};                        // what its main process came with
   bool canComeToFront = true;
 };
 
@@ -77,6 +78,7 @@ class SimulatedWorkspace final : public Workspace {
   explicit SimulatedWorkspace(SimulatedCalls& calls) : m_calls(calls) {}
 
   void add(const SimulatedAppRef& app);          // and queues "launched"
+  void addAgain(const SimulatedAppRef& app);     // queues "launched" once more: it is known by something else
   void setFrontmost(const SimulatedAppRef& app); // and queues "activated"; null: nobody is in front
   // The app's main process has ended. It stays listed until its event is delivered.
   void markTerminated(Pid pid);

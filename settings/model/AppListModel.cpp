@@ -8,17 +8,17 @@
 
 namespace vantle {
 
-AppListModel::AppListModel(Keys& keys, const ApplicationCatalog& catalog, std::function<void()> changed,
-                           std::vector<std::string> defaults)
-    : m_keys(keys), m_catalog(catalog), m_changed(std::move(changed)), m_defaults(std::move(defaults)),
-      m_observer(keys.observe([this] { follow(); })) {
+AppListModel::AppListModel(Keys& keys, const ApplicationCatalog& catalog, Takes takes,
+                           std::function<void()> changed, std::vector<std::string> defaults)
+    : m_keys(keys), m_catalog(catalog), m_takes(takes), m_changed(std::move(changed)),
+      m_defaults(std::move(defaults)), m_observer(keys.observe([this] { follow(); })) {
   follow();
 }
 
 int AppListModel::rowCount(const QModelIndex& parent) const { return parent.isValid() ? 0 : count(); }
 
 QHash<int, QByteArray> AppListModel::roleNames() const {
-  return {{keyRole, "key"}, {nameRole, "name"}, {iconRole, "icon"}, {isInstalledRole, "isInstalled"}};
+  return {{keyRole, "key"}, {nameRole, "name"}, {iconRole, "icon"}};
 }
 
 QVariant AppListModel::data(const QModelIndex& index, int role) const {
@@ -31,16 +31,21 @@ QVariant AppListModel::data(const QModelIndex& index, int role) const {
     return row.name;
   case iconRole:
     return row.icon;
-  case isInstalledRole:
-    return row.isInstalled;
   default:
     return {};
   }
 }
 
-AppListModel::Row AppListModel::rowFor(const std::string& key) const {
-  return {key, readableName(displayNameForKey(m_catalog, key), key),
-          QString::fromStdString(iconForKey(m_catalog, key)), m_catalog.applicationForKey(key).has_value()};
+std::vector<AppListModel::Row> AppListModel::rowsFor(const std::vector<std::string>& keys) const {
+  const ApplicationCatalog::Found found = m_catalog.applicationsForKeys(keys);
+  std::vector<Row> rows;
+  for (std::size_t at = 0; at < keys.size(); ++at) {
+    const std::string& key = keys[at];
+    const std::string name = found[at] ? shownName(*found[at]) : m_catalog.knownName(key).value_or(key);
+    rows.push_back(
+        {key, readableName(name, key), found[at] ? QString::fromStdString(found[at]->icon) : QString()});
+  }
+  return rows;
 }
 
 std::vector<std::string> AppListModel::shownKeys() const {
@@ -60,7 +65,7 @@ void AppListModel::follow() {
   const auto at = static_cast<int>(differs - shown.begin());
   if (differs == shown.end()) {
     beginInsertRows({}, at, static_cast<int>(keys.size()) - 1);
-    for (std::size_t next = shown.size(); next < keys.size(); ++next) m_rows.push_back(rowFor(keys[next]));
+    for (Row& row : rowsFor({keys.begin() + at, keys.end()})) m_rows.push_back(std::move(row));
     endInsertRows();
   } else if (std::equal(differs + 1, shown.end(), keys.begin() + at, keys.end())) {
     beginRemoveRows({}, at, at);
@@ -68,8 +73,7 @@ void AppListModel::follow() {
     endRemoveRows();
   } else {
     beginResetModel();
-    m_rows.clear();
-    for (const std::string& key : keys) m_rows.push_back(rowFor(key));
+    m_rows = rowsFor(keys);
     endResetModel();
   }
   emit countChanged();

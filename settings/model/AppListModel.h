@@ -24,11 +24,17 @@ class AppListModel : public QAbstractListModel {
  public:
   using Keys = Setting<std::vector<std::string>>;
 
+  // Whether the setting is of use for an app that has no bundle identifier, only a name.
+  enum class Takes { everyApp, identifiedApps };
+
   // `changed` is called after each change that the person makes here. `defaults` are the apps that the list
   // holds from the start.
-  AppListModel(Keys& keys, const ApplicationCatalog& catalog, std::function<void()> changed = {},
+  AppListModel(Keys& keys, const ApplicationCatalog& catalog, Takes takes, std::function<void()> changed = {},
                std::vector<std::string> defaults = {});
 
+  bool takes(const InstalledApplication& application) const {
+    return m_takes == Takes::everyApp || !application.isByName;
+  }
   int count() const { return static_cast<int>(m_rows.size()); }
   int rowCount(const QModelIndex& parent = {}) const override;
   QVariant data(const QModelIndex& index, int role) const override;
@@ -45,21 +51,21 @@ class AppListModel : public QAbstractListModel {
   void countChanged();
 
  private:
-  enum Role { keyRole = Qt::UserRole, nameRole, iconRole, isInstalledRole };
+  enum Role { keyRole = Qt::UserRole, nameRole, iconRole };
   struct Row {
     std::string key;
     QString name;
     QString icon;
-    bool isInstalled = false;
   };
 
-  Row rowFor(const std::string& key) const;
+  std::vector<Row> rowsFor(const std::vector<std::string>& keys) const;
   std::vector<std::string> shownKeys() const;
   void follow();
   void store(std::vector<std::string> keys);
 
   Keys& m_keys;
   const ApplicationCatalog& m_catalog;
+  Takes m_takes;
   std::function<void()> m_changed;
   std::vector<std::string> m_defaults;
   std::vector<Row> m_rows;

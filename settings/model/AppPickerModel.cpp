@@ -59,12 +59,20 @@ QVariant AppPickerModel::data(const QModelIndex& index, int role) const {
 }
 
 void AppPickerModel::openFor(AppListModel* target) {
+  if (m_chooser != nullptr) {
+    m_choice.reset(); // one at a time
+    m_choice = m_chooser->choose([this, target](const std::string& path) {
+      if (const auto application = m_catalog.applicationAt(path)) target->add(application->key);
+    });
+    return;
+  }
   m_target = target;
   showInstalled();
   emit openChanged();
 }
 
 void AppPickerModel::cancel() {
+  m_choice.reset();
   if (!isOpen()) return;
   m_target = nullptr;
   m_folder.reset();
@@ -165,21 +173,29 @@ std::vector<AppPickerModel::Entry> AppPickerModel::installed() const {
   return entries;
 }
 
-// The folder above, the folders inside, and the desktop files that stand for apps.
+// The folder above, the folders inside, and the desktop files and programs that stand for apps. Files are
+// found by what they are called as well.
 std::vector<AppPickerModel::Entry> AppPickerModel::contents(const QString& path) const {
   const auto folder = [](const QString& name, const QString& at) {
     const QString shown = displayText(name.toStdString());
     return Entry{shown, QStringLiteral("folder"), {}, at, folded(shown)};
   };
   std::vector<Entry> entries;
+  if (!isOpen()) return entries;
   const QDir here(path);
   if (!here.isRoot()) entries.push_back(folder(QStringLiteral(".."), path + QStringLiteral("/..")));
   const auto order = QDir::Name | QDir::IgnoreCase;
   for (const QFileInfo& info : here.entryInfoList(QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot, order))
     entries.push_back(folder(info.fileName(), info.absoluteFilePath()));
-  for (const QFileInfo& info : here.entryInfoList({QStringLiteral("*.desktop")}, QDir::Files, order)) {
-    const auto application = m_catalog.applicationAt(info.absoluteFilePath().toStdString());
-    if (application) entries.push_back(entryFor(*application));
+  const QFileInfoList files = here.entryInfoList(QDir::Files, order);
+  std::vector<std::string> paths;
+  for (const QFileInfo& info : files) paths.push_back(info.absoluteFilePath().toStdString());
+  const ApplicationCatalog::Found found = m_catalog.applicationsAt(paths);
+  for (std::size_t at = 0; at < found.size(); ++at) {
+    if (!found[at] || !m_target->takes(*found[at])) continue;
+    entries.push_back(entryFor(*found[at]));
+    const QString fileName = files[static_cast<qsizetype>(at)].fileName();
+    entries.back().sought += u' ' + folded(displayText(fileName.toStdString()));
   }
   return entries;
 }

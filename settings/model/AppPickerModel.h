@@ -3,16 +3,19 @@
 
 #include "engine/ports/ApplicationCatalog.h"
 #include "settings/model/AppListModel.h"
+#include "settings/ports/AppChooser.h"
 
 #include <QAbstractListModel>
 #include <QtQml/qqmlregistration.h>
+#include <memory>
 #include <optional>
 #include <vector>
 
 namespace vantle {
 
-// The dialog in which the person picks one app for a list: from the installed ones, or a desktop file in any
-// folder. What it shows is made when it opens and let go when it closes.
+// The dialog in which the person picks one app for a list: from the installed ones, or a desktop file or a
+// program in any folder; or in the desktop's own dialog where it has one. What it shows is made when it opens
+// and let go when it closes.
 class AppPickerModel : public QAbstractListModel {
   Q_OBJECT
   QML_ELEMENT
@@ -26,7 +29,8 @@ class AppPickerModel : public QAbstractListModel {
   Q_PROPERTY(bool canAdd READ canAdd NOTIFY currentChanged)
 
  public:
-  explicit AppPickerModel(const ApplicationCatalog& catalog) : m_catalog(catalog) {}
+  explicit AppPickerModel(const ApplicationCatalog& catalog, AppChooser* chooser = nullptr)
+      : m_catalog(catalog), m_chooser(chooser) {}
 
   bool isOpen() const { return m_target != nullptr; }
   bool isBrowsing() const { return m_folder.has_value(); }
@@ -78,6 +82,8 @@ class AppPickerModel : public QAbstractListModel {
   std::vector<Entry> contents(const QString& path) const;
 
   const ApplicationCatalog& m_catalog;
+  AppChooser* m_chooser;
+  std::unique_ptr<Registration> m_choice; // the desktop's dialog
   AppListModel* m_target = nullptr;
   std::optional<QString> m_folder;
   QString m_search;

@@ -4,12 +4,15 @@
 namespace vantle {
 
 BoostModel::BoostModel(Engine& engine, AppSettings& settings, const ApplicationCatalog& catalog)
-    : m_settings(settings), m_userGames(settings.userGames, catalog, [&engine] { engine.recheckManaged(); }),
+    : m_settings(settings), m_userGames(settings.userGames, catalog, AppListModel::Takes::everyApp,
+                                        [&engine] { engine.recheckManaged(); }),
       m_protectedApps(
-          settings.protectedApps, catalog, [&engine] { engine.recheckManaged(); }, defaultProtectedApps()),
-      m_quittableApps(settings.quittableApps, catalog), m_crossOver(settings.detectCrossOver),
-      m_minecraft(settings.detectMinecraft), m_steam(settings.detectSteam),
-      m_gamesCategory(settings.detectGamesCategory), m_gameMode(settings.detectGameMode),
+          settings.protectedApps, catalog, AppListModel::Takes::identifiedApps,
+          [&engine] { engine.recheckManaged(); }, defaultProtectedApps()),
+      m_quittableApps(settings.quittableApps, catalog, AppListModel::Takes::everyApp),
+      m_crossOver(settings.detectCrossOver), m_minecraft(settings.detectMinecraft),
+      m_steam(settings.detectSteam), m_gamesCategory(settings.detectGamesCategory),
+      m_gameMode(settings.detectGameMode),
       m_ramObserver(settings.ramAction.observe([this] { emit ramActionChanged(); })) {}
 
 void BoostModel::chooseRamAction(int place) {

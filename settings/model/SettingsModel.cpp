@@ -12,7 +12,7 @@ SettingsModel::SettingsModel(const SettingsParts& parts, Pane pane)
       m_openAtLogin(m_login.openAtLogin, [this](bool on) { m_login.set(on); }), m_extension(parts.extension),
       m_boost(parts.engine, parts.settings, parts.catalog), m_appearance(parts.settings),
       m_updates(parts.checker, parts.settings), m_about(parts.engine, parts.checker.version),
-      m_picker(parts.catalog) {}
+      m_picker(parts.catalog, parts.chooser) {}
 
 QStringList SettingsModel::paneTitles() const {
   QStringList titles;

@@ -10,6 +10,7 @@
 #include "settings/model/Pane.h"
 #include "settings/model/Switch.h"
 #include "settings/model/UpdatesModel.h"
+#include "settings/ports/AppChooser.h"
 
 #include <QObject>
 #include <QStringList>
@@ -25,6 +26,7 @@ struct SettingsParts {
   LoginItem& loginItem;
   ApplicationCatalog& catalog;
   ShellExtension& extension;
+  AppChooser* chooser = nullptr; // null where the window's own dialog is the one
 };
 
 // All that the settings window shows. Views bind to it and call one operation each.

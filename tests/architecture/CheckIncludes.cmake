@@ -32,6 +32,8 @@ set(desktop_rooms base look/ports panel/ports settings/ports remote/ports platfo
 set(desktop/linux_rooms base status look/ports panel/ports settings/ports remote/ports platform/shared
     platform/linux/files platform/linux/sockets platform/linux/x11 platform/posix/files integrations/gnome-shell desktop/Desktop.h
     desktop/linux)
+set(desktop/darwin_rooms base look/ports panel/ports settings/ports remote/ports platform/shared platform/darwin/cocoa
+    desktop/Desktop.h desktop/darwin)
 # Of the system that the program was built for, the headers that all systems have.
 set(app_rooms base engine platform/OwnedMachine.h platform/Platform.h platform/shared look panel settings update remote desktop/Desktop.h
     desktop/QtEventLoop.h app)
@@ -75,7 +77,8 @@ set(look/ports_headers "${standard}|${toolkit}")
 set(panel/ports_headers "${standard}|${toolkit}")
 set(settings/ports_headers "${standard}|${toolkit}")
 set(desktop_headers "${standard}|${toolkit}")
-set(desktop/linux_headers "${standard}|${toolkit}|xcb/xcb\\.h|malloc\\.h|wayland-client\\.h|qpa/qplatform(nativeinterface|screen)\\.h|private/qhighdpiscaling_p\\.h|poll\\.h|unistd\\.h|sys/(mman|socket|un)\\.h")
+set(desktop/linux_headers "${standard}|${toolkit}|xcb/xcb\\.h|malloc\\.h|wayland-client\\.h|qpa/(qplatform(nativeinterface|screen)|qwindowsysteminterface)\\.h|private/qhighdpiscaling_p\\.h|poll\\.h|unistd\\.h|sys/(mman|socket|un)\\.h")
+set(desktop/darwin_headers "${standard}|${toolkit}|AppKit/AppKit\\.h|UniformTypeIdentifiers/UniformTypeIdentifiers\\.h|malloc/malloc\\.h")
 set(app_headers "${standard}|${toolkit}")
 # The one source of all that knows the JSON library, and the engine's own knowledge that a platform still uses.
 set(exceptions "base/Json.cpp <nlohmann/json.hpp>" "platform/linux/LinuxMachine.cpp <engine/AppTrees.h>")
@@ -86,7 +89,7 @@ set(system_questions
 foreach(room base engine engine/ports platform platform/shared platform/posix platform/linux platform/darwin
              platform/simulated look look/ports update panel panel/ports settings settings/ports status command command/ports command/linux remote
              remote/ports desktop
-             desktop/linux app tests/support)
+             desktop/linux desktop/darwin app tests/support)
   set(globbing GLOB_RECURSE)
   if(room MATCHES "^(platform|desktop|command)$")
     set(globbing GLOB) # what stands in its folders are rooms of their own

@@ -3,6 +3,7 @@
 
 #include "tests/support/PrivateSession.h"
 
+#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
@@ -55,11 +56,17 @@ class HostedPanel {
   }
 
   // The panel's rectangle when it was last opened or moved.
-  std::vector<int> lastPlace() const {
+  std::vector<int> lastPlace() const { return lastNumbers({"opened ", "moved "}); }
+  // The same of the tray icon's menu.
+  std::vector<int> lastMenu() const { return lastNumbers({"menu "}); }
+
+  std::vector<int> lastNumbers(const std::vector<std::string>& starts) const {
     std::ifstream log(m_log);
     std::vector<int> place;
     for (std::string line; std::getline(log, line);) {
-      if (!line.starts_with("opened ") && !line.starts_with("moved ")) continue;
+      if (std::none_of(starts.begin(), starts.end(),
+                       [&](const auto& start) { return line.starts_with(start); }))
+        continue;
       std::istringstream words(line.substr(line.find(' ')));
       place.assign(std::istream_iterator<int>(words), {});
     }

@@ -93,6 +93,44 @@ TEST_F(Identities, AWebGamesBoostIsThatOfItsWindow) {
   EXPECT_TRUE(isAtFullSpeed(plain.pid()));
 }
 
+// Some say who they are only when they have been in front for a while.
+TEST_F(Identities, AGameThatSaysLateWhatItIsStartsABoost) {
+  install("late-game", "Late", "Game;");
+  const Program& plain = app({});
+  Program& game = app({"--class", "early", "--next-class", "Late"});
+  m_desktop.activate(game);
+  startVantle();
+  EXPECT_TRUE(isAtFullSpeed(plain.pid()));
+  game.signal(SIGURG);
+  EXPECT_TRUE(becomesSlowed(plain.pid()));
+  EXPECT_TRUE(isAtFullSpeed(game.pid()));
+}
+
+// What has left an app's tree and session is slowed with it, if it came with that app alone.
+TEST_F(Identities, WhatAnAppBringsAlongIsSlowedWithIt) {
+  const auto copyOf = [this](const std::filesystem::path& program, const std::string& name) {
+    const std::filesystem::path copy = m_desktop.home() / "apps" / "Browser" / name;
+    std::filesystem::create_directories(copy.parent_path());
+    std::filesystem::copy_file(program, copy);
+    std::filesystem::permissions(copy, everybodys);
+    return copy.string();
+  };
+  install("stage-game", "StageGame", "Game;");
+  const Program& browser = m_desktop.launch({copyOf(testWindow(), "browser")});
+  const Program& crashHelper = m_desktop.launch({copyOf("/bin/sleep", "crash_helper"), "1000"});
+  const Program& stranger = m_desktop.launch({"sleep", "1000"});
+  m_desktop.waitForWindow(browser.pid());
+  const KernelState before = kernelState(crashHelper.pid());
+  startVantle();
+  Program& game = app({"--class", "StageGame"});
+  m_desktop.activate(game);
+  EXPECT_TRUE(becomesSlowed(browser.pid()));
+  EXPECT_TRUE(becomesSlowed(crashHelper.pid()));
+  EXPECT_TRUE(isAtFullSpeed(stranger.pid()));
+  game.kill();
+  EXPECT_TRUE(waitUntil([&] { return kernelState(crashHelper.pid()) == before; }));
+}
+
 // A store as they are built: windows by a helper, games in containers, all in one tree.
 class StoreOfGames : public Identities {
  protected:

@@ -873,8 +873,8 @@ TEST_P(WindowManagersApps, AreSlowedOnlyWhereThatCanBeUndone) {
   // The pass that slowed this one has looked at the others, too.
   ASSERT_TRUE(becomesSlowed(mail));
   ASSERT_TRUE(m_desktop->callApplication("Activate"));
-  require("the panel", [&] { return tree.shows("vantle", "Mail"); });
-  EXPECT_EQ(tree.shows("vantle", "Editor"), canUndoAnything());
+  require("the panel", [&] { return tree.lists("vantle", "Mail"); });
+  EXPECT_EQ(tree.lists("vantle", "Editor"), canUndoAnything());
   EXPECT_EQ(isSlowed(editor), canUndoAnything());
   EXPECT_EQ(journal().find("\"pid\":" + std::to_string(editor)) != std::string::npos, canUndoAnything());
   if (!canUndoAnything()) {

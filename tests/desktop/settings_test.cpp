@@ -135,6 +135,8 @@ TEST(SettingsOnXfce, FollowScaleAndFontOfASettingsProgramThatComesLater) {
   publish("/Gtk/FontName", "string", "DejaVu Serif Bold 10");
   desktop.launch({"xfsettingsd", "--no-daemon"});
   EXPECT_TRUE(becomesLike("DejaVu Serif, scale 2")) << settings.tells("look");
+  EXPECT_TRUE(isWholeAndCentred()) << settings.tells("state");
+  EXPECT_THAT(settings.tells("state"), HasSubstr("size 760x560"));
   publish("/Xft/DPI", "int", "96");
   publish("/Gtk/FontName", "string", "DejaVu Sans 15");
   EXPECT_TRUE(becomesLike("DejaVu Sans, scale 1.5")) << settings.tells("look");
@@ -162,6 +164,61 @@ TEST(SettingsOnASmallScreen, FitOnItWithTheirTitle) {
     return state.find("framed") != std::string::npos && isCentred(state);
   })) << state;
   EXPECT_THAT(state, HasSubstr("in sight"));
+}
+
+// The bar is at the bottom of one of them; the toolkit by itself knows no bars where there is more than one
+// screen.
+TEST(SettingsOnTwoScreens, FitBetweenTheBarsOfTheirs) {
+  VirtualDesktop::Options options;
+  options.screen = "1600x900x24";
+  VirtualDesktop desktop(options);
+  require("two screens", [&] {
+    return desktop.run({"xrandr", "--setmonitor", "left", "900/300x900/300+0+0", "screen"}) &&
+           desktop.run({"xrandr", "--setmonitor", "right", "700/230x900/300+900+0", "none"});
+  });
+  const std::string bar =
+      std::to_string(desktop.waitForWindow(desktop.launch({testWindow(), "--title", "bar"}).pid()).id);
+  ASSERT_TRUE(desktop.run({"xprop", "-id", bar, "-f", "_NET_WM_STRUT_PARTIAL", "32c", "-set",
+                           "_NET_WM_STRUT_PARTIAL", "0,0,0,400,0,0,0,0,0,0,0,899"}));
+  SettingsProgram settings(desktop, VANTLE_TEST_SETTINGS);
+  require("the bar is known", [&] { return settings.tells("free") == "free 900x500\ndone free\n"; });
+  settings.say("show");
+  std::string state;
+  EXPECT_TRUE(waitUntil([&] {
+    state = settings.tells("state");
+    return state.find("size 760x460") != std::string::npos && isCentred(state);
+  })) << state;
+  EXPECT_THAT(state, HasSubstr("in sight"));
+}
+
+// Where no minimum size counts.
+TEST(SettingsOnI3, AreOfUseInANarrowTile) {
+  VirtualDesktop::Options options;
+  options.windowManager = false;
+  VirtualDesktop desktop(options);
+  desktop.launch({"i3", "-c", desktop.folder().write("i3.config", "# i3 config file (v4)\n").string()});
+  require("the window manager", [&] { return desktop.windows().hasWindowManager(); });
+  SettingsProgram settings(desktop, VANTLE_TEST_SETTINGS);
+  settings.say("show");
+  require("the window is active", [&] { return settings.isActive(); });
+  for (int count = 0; count < 4; ++count)
+    desktop.waitForWindow(desktop.launch({testWindow(), "--title", "beside"}).pid());
+  int width = 0;
+  int height = 0;
+  EXPECT_TRUE(waitUntil([&] {
+    const std::string state = settings.tells("state");
+    const std::size_t at = state.find("size ");
+    return at != std::string::npos && std::sscanf(state.c_str() + at, "size %dx%d", &width, &height) == 2 &&
+           width < 300;
+  })) << settings.tells("state");
+  for (const char* label : {"Games launched with CrossOver, Wine", "Remove Minecraft Launcher",
+                            "Quit the apps I mark as quittable", "Add Quittable App…"}) {
+    int x = 0;
+    int y = 0;
+    const std::string answer = settings.tells(std::string("where ") + label);
+    ASSERT_EQ(std::sscanf(answer.c_str(), "at %d %d", &x, &y), 2) << answer;
+    EXPECT_TRUE(x > 44 && x < width - 10 && y > 0 && y < height) << label << ": " << answer;
+  }
 }
 
 TEST_F(SettingsOnADesktop, ComesBackAsItWasLeft) {
@@ -292,6 +349,7 @@ TEST_F(SettingsOnADesktop, KeysGoThroughAListAndThePlaceIsKept) {
   leadsTo("Tab", "Restore defaults");
   leadsTo("Return", "Add App…");
   EXPECT_TRUE(waitUntil([&] { return onDisk<Keys>("protectedApps").size() == 6; }));
+  EXPECT_TRUE(waitUntil([&] { return tells("seen").rfind("seen", 0) == 0; })) << "below a list that grew";
   EXPECT_THAT(settings.log(), Not(HasSubstr("activeFocusOnTab")));
 }
 

@@ -58,6 +58,8 @@ TEST_P(OnEachShell, FollowsTheFrontThroughNativeAppsXClientsAndNothing) {
   ASSERT_TRUE(becomesFront(app));
   focus(game);
   ASSERT_TRUE(becomesFront(game));
+  // One that has said only late what it is has been launched once more.
+  std::erase(m_events, event("launched", game));
   EXPECT_EQ(m_events.at(0), event("activated", game));
   EXPECT_EQ(m_events.at(1), event("activated", other));
   EXPECT_EQ(m_events.back(), event("activated", game));

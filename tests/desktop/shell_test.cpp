@@ -141,7 +141,7 @@ TEST_F(Shell, ThePanelStartsAndEndsABoost) {
   EXPECT_TRUE(waitUntil([&] { return isSlowed(mail.pid()); }));
   EXPECT_TRUE(isAtFullSpeed(editor.pid()));
   EXPECT_TRUE(becomesShown("Boost on"));
-  EXPECT_TRUE(becomesShown("Mail"));
+  EXPECT_TRUE(waitUntil([&] { return tree.lists(app, "Mail"); }));
   click("Turn off Boost");
   EXPECT_TRUE(waitUntil([&] { return isAtFullSpeed(mail.pid()); }));
   EXPECT_TRUE(becomesShown("Ready to boost"));

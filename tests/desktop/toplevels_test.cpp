@@ -64,6 +64,17 @@ TEST_F(Toplevels, TellsALaunchThenItsActivationThenItsEnd) {
               ElementsAre(event("launched", app), event("activated", app), event("terminated", app)));
 }
 
+TEST_F(Toplevels, BringsAnAppToTheFront) {
+  Program& app = native();
+  watch();
+  Program& other = m_desktop->launch(nativeApp("other"));
+  ASSERT_TRUE(becomesFront(other));
+  const AppRef there = m_workspace->runningApplication(app.pid());
+  ASSERT_TRUE(there && there->canComeToFront());
+  EXPECT_TRUE(there->bringToFront());
+  EXPECT_TRUE(becomesFront(app));
+}
+
 TEST_F(Toplevels, FollowsTheFrontThroughNativeAppsXClientsAndEmptyWorkspaces) {
   Program& app = native();
   watch();

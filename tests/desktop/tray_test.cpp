@@ -137,8 +137,63 @@ TEST_F(Tray, InAnOlderTrayTheWheelDoesNothingAndTheMiddleButtonSwitchesTheBoost)
   ASSERT_TRUE(desktop.run({"xdotool", "mousemove", iconX, iconY, "click", "2"}));
   EXPECT_TRUE(becomes("Asteroids on"));
   EXPECT_EQ(countOf("opened ") + countOf("closed"), 0);
-  ASSERT_TRUE(desktop.run({"xdotool", "mousemove", iconX, iconY, "click", "3"}));
+}
+
+TEST_F(Tray, InAnOlderTrayTheThirdButtonShowsTheMenu) {
+  startHost();
+  desktop.launch({"trayer", "--edge", "top", "--align", "left", "--height", "30", "--widthtype", "request"});
+  require("the icon", [this] {
+    desktop.run({"xdotool", "mousemove", iconX, iconY, "click", "3"});
+    return waitUntil([&] { return countOf("menu ") == 1; }, std::chrono::milliseconds(1500));
+  });
+  const std::vector<int> place = lastMenu();
+  EXPECT_GT(place.at(1), 20) << "below the icon";
+  EXPECT_LT(place.at(1), 60);
+  EXPECT_GT(place.at(2), 180) << "room for its longest line";
+  EXPECT_EQ(place.at(3), 4 * 30 + 9 + 8) << "four lines, and one between them";
+  ASSERT_TRUE(desktop.run({"xdotool", "key", "Escape"}));
+  ASSERT_TRUE(tells("boost"));
+  const auto chooses = [this](const std::vector<std::string>& keys) {
+    const long before = countOf("menu ");
+    // A click right after the menu was closed counts as the one that has closed it.
+    require("the menu", [&] {
+      desktop.run({"xdotool", "mousemove", iconX, iconY, "click", "3"});
+      return waitUntil([&] { return countOf("menu ") > before; }, std::chrono::milliseconds(1500));
+    });
+    const std::uint32_t window = desktop.waitForWindow(m_host->pid()).id;
+    require("the keyboard", [&] { return desktop.windows().active() == window; });
+    std::vector<std::string> command{"xdotool", "key", "--delay", "50"};
+    command.insert(command.end(), keys.begin(), keys.end());
+    ASSERT_TRUE(desktop.run(command));
+  };
+  chooses({"Return"}); // what names the Boost app is passed by
+  EXPECT_TRUE(becomes("idle on"));
+  chooses({"Down", "Down", "Return"});
+  EXPECT_TRUE(becomes("idle off"));
+  chooses({"Home", "Return"});
   EXPECT_TRUE(waitUntil([this] { return countOf("opened ") == 1; }));
+  EXPECT_LT(lastPlace().at(1), 60) << "beside the icon";
+  ASSERT_TRUE(desktop.run({"xdotool", "key", "Escape"}));
+  EXPECT_TRUE(waitUntil([this] { return countOf("closed") == 1; }));
+  chooses({"End", "Return"});
+  EXPECT_TRUE(waitUntil([this] { return countOf("quit") == 1; }));
+}
+
+TEST_F(Tray, InAnOlderTrayATipSaysWhatIsGoingOn) {
+  startHost();
+  desktop.launch({"trayer", "--edge", "top", "--align", "left", "--height", "30", "--widthtype", "request"});
+  const auto isShown = [this](const std::string& tip) {
+    return desktop.run({"xdotool", "search", "--onlyvisible", "--name", "^" + tip});
+  };
+  require("the tip", [&] {
+    desktop.run({"xdotool", "mousemove", "900", "700", "mousemove", iconX, iconY});
+    return waitUntil([&] { return isShown("Boost off"); }, std::chrono::milliseconds(1500));
+  });
+  ASSERT_TRUE(tells("boost"));
+  EXPECT_TRUE(waitUntil([&] { return isShown("Boost on"); })) << "also while it is shown";
+  EXPECT_FALSE(isShown("Boost off"));
+  ASSERT_TRUE(desktop.run({"xdotool", "mousemove", "900", "700"}));
+  EXPECT_TRUE(waitUntil([&] { return !isShown("Boost on"); }));
 }
 
 TEST_F(Tray, ASecondTrayOfTheNewerKindTakesTheIconOver) {
@@ -214,6 +269,86 @@ TEST_F(Tray, AnAppMenuOpensThePanelOverABarAtTheBottom) {
   EXPECT_TRUE(waitUntil([&] {
     place = lastPlace();
     return place.size() == 4 && place[0] + place[2] == 1276 && place[1] + place[3] == 766;
+  })) << testing::PrintToString(place);
+}
+
+// Two screens side by side, of different heights. Bars are told of by windows that say what one takes.
+class TwoScreens : public Tray {
+ protected:
+  TwoScreens() {
+    require("two screens", [this] {
+      return desktop.run({"xrandr", "--setmonitor", "left", "640/200x800/200+0+0", "screen"}) &&
+             desktop.run({"xrandr", "--setmonitor", "right", "640/200x700/200+640+0", "none"});
+    });
+    m_bar = std::to_string(desktop.waitForWindow(desktop.launch({testWindow(), "--title", "bar"}).pid()).id);
+  }
+
+  // Left, right, top, bottom, and from where to where on each of them.
+  void barTakes(const std::string& numbers) {
+    ASSERT_TRUE(desktop.run({"xprop", "-id", m_bar, "-f", "_NET_WM_STRUT_PARTIAL", "32c", "-set",
+                             "_NET_WM_STRUT_PARTIAL", numbers}));
+  }
+  void expectAt(int right, int bottom) {
+    std::vector<int> place;
+    EXPECT_TRUE(waitUntil([&] {
+      place = lastPlace();
+      return place.size() == 4 && place[0] + place[2] == right && place[1] + place[3] == bottom;
+    })) << testing::PrintToString(place);
+  }
+
+ private:
+  std::string m_bar;
+};
+
+TEST_F(TwoScreens, ThePanelStandsOnTheBarOfItsScreen) {
+  barTakes("0,0,0,130,0,0,0,0,0,0,640,1279"); // 30 of the right one, over the 100 that it is lower
+  startHost();
+  desktop.waitForBusName("com.halvo.vantle");
+  ASSERT_TRUE(desktop.callApplication("Activate"));
+  expectAt(1276, 666);
+  barTakes("0,0,0,50,0,0,0,0,0,0,0,639");
+  ASSERT_TRUE(desktop.run({"xdotool", "key", "Escape"}));
+  ASSERT_TRUE(waitUntil([this] { return countOf("closed") == 1; }));
+  ASSERT_TRUE(desktop.callApplication("Activate"));
+  expectAt(636, 746);
+  barTakes("0,0,0,80,0,0,0,0,0,0,0,639"); // it grows under the panel
+  expectAt(636, 716);
+}
+
+// It tiles windows, and tells nobody which bars there are.
+class TrayOnI3 : public Tray {
+ protected:
+  TrayOnI3() : Tray({.user = {}, .windowManager = false}) {}
+
+  void startI3(const std::string& edge) {
+    const auto file =
+        desktop.folder().write("i3.config", "# i3 config file (v4)\nbar {\nposition " + edge + "\n}\n");
+    desktop.launch({"i3", "-c", file.string()});
+    require("the window manager", [this] { return desktop.windows().hasWindowManager(); });
+    startHost();
+    desktop.waitForBusName("com.halvo.vantle");
+  }
+};
+
+TEST_F(TrayOnI3, ThePanelFloatsOverTheBar) {
+  startI3("bottom");
+  ASSERT_TRUE(desktop.callApplication("Activate"));
+  std::vector<int> place;
+  EXPECT_TRUE(waitUntil([&] {
+    place = lastPlace();
+    return place.size() == 4 && place[0] + place[2] == 1276 && place[1] + place[3] > 750 &&
+           place[1] + place[3] < 790;
+  })) << testing::PrintToString(place);
+  EXPECT_EQ(place[2], 360);
+}
+
+TEST_F(TrayOnI3, ThePanelHangsFromTheBar) {
+  startI3("top");
+  ASSERT_TRUE(desktop.callApplication("Activate"));
+  std::vector<int> place;
+  EXPECT_TRUE(waitUntil([&] {
+    place = lastPlace();
+    return place.size() == 4 && place[0] + place[2] == 1276 && place[1] > 12 && place[1] < 40;
   })) << testing::PrintToString(place);
 }
 

@@ -26,6 +26,7 @@ using testing_support::TestCertificate;
 
 constexpr int leastTexts = 5; // of the picker with nothing in it
 constexpr QSize usualSize(760, 560);
+constexpr QSize tile(252, 718); // a fifth of 1280
 
 const TestCertificate& certificate() {
   static const TestCertificate made = testing_support::makeCertificate("localhost");
@@ -69,6 +70,12 @@ class Stage {
   }
   static SettingsModel& model() { return *view().rootObject()->property("model").value<SettingsModel*>(); }
 
+  // As tiling window managers do, which ask nobody how small a window may be.
+  static void putInTile() {
+    view().setMinimumSize({});
+    view().resize(tile);
+    QCoreApplication::processEvents();
+  }
   void openPicker() { model().picker()->openFor(model().boost()->userGames()); }
   // Brings the end of the pane into view, once it is known where that is.
   static void showEnd() {
@@ -154,6 +161,31 @@ const State states[] = {
      }},
     {"boost-smallest", Pane::boost, [](Stage&) {}, QSize(680, 480)},
     {"boost-large", Pane::boost, [](Stage&) {}, QSize(1200, 900)},
+    {"boost-tile", Pane::boost, [](Stage&) { Stage::putInTile(); }},
+    {"boost-tile-end", Pane::boost,
+     [](Stage& stage) {
+       stage.settings.protectedApps.set({"com.spotify.client", "org.example.long"});
+       Stage::putInTile();
+       Stage::showEnd();
+     }},
+    {"general-tile", Pane::general,
+     [](Stage& stage) {
+       stage.extension.answer(ShellExtension::State::out);
+       Stage::model().extension()->toggle();
+       Stage::putInTile();
+     }},
+    {"updates-tile", Pane::updates,
+     [](Stage& stage) {
+       stage.checkAgainst(answering("v1.10"));
+       Stage::putInTile();
+     }},
+    {"about-tile", Pane::about, [](Stage&) { Stage::putInTile(); }},
+    {"appearance-tile", Pane::appearance, [](Stage&) { Stage::putInTile(); }},
+    {"picker-tile", Pane::boost,
+     [](Stage& stage) {
+       stage.openPicker();
+       Stage::putInTile();
+     }},
     {"appearance", Pane::appearance},
     {"appearance-smallest", Pane::appearance, [](Stage&) {}, QSize(680, 480)},
     {"updates-never", Pane::updates},

@@ -171,7 +171,7 @@ Json evidenceOf(Stage& stage, std::uint32_t window, Pid owner, const std::set<Pi
       Json::Array words;
       for (const std::string& argument : arguments) words.emplace_back(anonymous(argument));
       process.emplace_back("arguments", std::move(words));
-      process.emplace_back("started", programOf(arguments, state->name));
+      process.emplace_back("started", anonymous(programOf(arguments, state->name)));
       const std::vector<std::string> environment = texts(pid, "environ");
       process.emplace_back("folder", anonymous(folder));
       process.emplace_back("files", filesAmong(arguments, folder, anonymous));

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "tests/realapps/Programs.h"
 
+#include "tests/support/Props.h"
+
 #include <algorithm>
+#include <filesystem>
 #include <optional>
 #include <set>
 #include <unistd.h>
@@ -10,6 +13,7 @@ namespace vantle::realapps {
 
 namespace {
 
+namespace fs = std::filesystem;
 using desktop::VirtualDesktop;
 
 std::string shortcut(const std::string& name, const std::string& exec, const std::string& more) {
@@ -29,22 +33,32 @@ void makeBuild(VirtualDesktop& desktop) {
   desktop.setEnvironment("SHELL", home(desktop) + "/shell");
 }
 
-// What such an image does when it is started, with the tools of a package: mount itself, run what is in it,
-// and say so in the environment.
-void makeImage(VirtualDesktop& desktop) {
-  desktop.folder().write("home/image/AppRun", "#!/bin/sh\n\"$APPDIR/usr/bin/galculator\" \"$@\"\n");
-  desktop.folder().write("home/Calculator.AppImage",
-                         "#!/bin/sh\nAPPDIR=$(mktemp -d \"$TMPDIR/.mount_CalcXXXXXX\")\n"
-                         "APPIMAGE=$(realpath \"$0\")\nexport APPDIR APPIMAGE\n"
-                         "squashfuse -f \"$HOME/image.squashfs\" \"$APPDIR\" &\n"
-                         "while ! test -e \"$APPDIR/AppRun\"; do sleep 0.1; done\nexec \"$APPDIR/AppRun\"\n");
+// What people call an image is its runtime here, with what is in it beside it.
+void makeImage(VirtualDesktop& desktop, const std::string& name, const std::string& start,
+               const std::string& program) {
+  desktop.folder().write("home/image/AppRun", "#!/bin/sh\n" + start + "\n");
   desktop.run({"sh", "-c",
-               "cd && mkdir -p image/usr/bin && cp /usr/bin/galculator image/usr/bin && "
-               "chmod 755 image/AppRun Calculator.AppImage && "
-               "mksquashfs image image.squashfs -quiet -no-progress"});
+               "cd && mkdir -p image/usr/bin && cp \"$2\" image/usr/bin && chmod 755 image/AppRun && "
+               "cp \"$3\" \"$1.AppImage\" && chmod 755 \"$1.AppImage\" && "
+               "mksquashfs image \"$1.squashfs\" -quiet -no-progress",
+               "sh", name, program, IMAGE_RUNTIME});
+}
+
+// One whose first process waits for the app, and one whose first process becomes it.
+void makeCalculatorImage(VirtualDesktop& desktop) {
+  makeImage(desktop, "Calculator", "\"$APPDIR/usr/bin/galculator\" \"$@\"", "/usr/bin/galculator");
   desktop.installDesktopFile(
       "calculator-image",
       shortcut("Calculator image", home(desktop) + "/Calculator.AppImage", "Icon=galculator\n"));
+}
+
+void makeGameImage(VirtualDesktop& desktop) {
+  makeImage(desktop, "Fine_Game",
+            "exec \"$APPDIR/usr/bin/" + fs::path(desktop::testWindow()).filename().string() +
+                "\" --class fine --title Fine",
+            desktop::testWindow());
+  desktop.installDesktopFile("fine-game-image", shortcut("Fine game", home(desktop) + "/Fine_Game.AppImage",
+                                                         "Categories=Game;\nIcon=applications-games\n"));
 }
 
 // A page of its own, as a browser shows it without its bars: it names such windows after the address.
@@ -61,10 +75,11 @@ void makeOwnBrowser(VirtualDesktop& desktop) {
   desktop.folder().write("home/notes.html", "<title>Notes</title><h1>Notes</h1>");
   desktop.run(
       {"sh", "-c",
-       "cp -r /usr/lib/chromium \"$HOME/Notes\" && mv \"$HOME/Notes/chromium\" \"$HOME/Notes/notes\""});
+       "cd && mkdir apps && cp -r /usr/lib/chromium apps/Notes && mv apps/Notes/chromium apps/Notes/notes"});
   desktop.installDesktopFile(
-      "notes", shortcut("Notes", home(desktop) + "/Notes/notes --app=file://" + home(desktop) + "/notes.html",
-                        "Icon=chromium"));
+      "notes",
+      shortcut("Notes", home(desktop) + "/apps/Notes/notes --app=file://" + home(desktop) + "/notes.html",
+               "Icon=chromium"));
 }
 
 } // namespace
@@ -314,12 +329,18 @@ const std::vector<Program>& programs() {
        .command = {"@HOME@/Calculator.AppImage"},
        .file = "calculator-image",
        .others = {"galculator"},
-       .prepare = makeImage},
+       .prepare = makeCalculatorImage},
+      {.key = "image-game",
+       .family = "AppImage-like: a game",
+       .package = "squashfuse",
+       .command = {"@HOME@/Fine_Game.AppImage"},
+       .file = "fine-game-image",
+       .prepare = makeGameImage},
       {.key = "own-browser",
        .family = "Electron-like: an app with its own copy of a browser",
        .package = "chromium",
        .kind = Kind::app,
-       .command = {"@HOME@/Notes/notes", "--app=file://@HOME@/notes.html"},
+       .command = {"@HOME@/apps/Notes/notes", "--app=file://@HOME@/notes.html"},
        .file = "notes",
        .prepare = makeOwnBrowser},
   };
@@ -334,25 +355,10 @@ std::string reasonFor(const Program& program, Way way, const std::string& seen) 
     const char* words;
   };
   static const std::vector<Reason> reasons{
-      {"winemine",
-       {},
-       "shared place",
-       "Wine's own helpers (start.exe, explorer.exe) have no windows and share the session with the game"},
-      {"winemine",
-       {},
-       "wineserver64",
-       "Wine's server and its services have left the game's tree and its session: they belong to nobody"},
-      {"image",
-       {},
-       "shared place",
-       "the image's first process, a shell script, waits, and serves the file system in the same session"},
       {"web-game-beside",
        {},
        "found as chromium",
        "an app is known by its first window, which is the browser's ordinary one"},
-      {"", Way::desktopFile, "shared place",
-       "a wrapper waits for it in the session of what started both, which has ended: nothing says that the "
-       "wrapper is the app's"},
       {"", Way::menu, "shared place",
        "Openbox starts programs in its own session: without a user manager the weight of that session is all "
        "there is to lower, and it is Openbox's as well"},
@@ -361,10 +367,6 @@ std::string reasonFor(const Program& program, Way way, const std::string& seen) 
        "no way back",
        "it runs with a group's rights: the kernel gives its files in /proc to root, and an ordinary user "
        "without a user manager has nothing that could be taken back"},
-      {"",
-       {},
-       "chrome_crashpad",
-       "the two processes that wait for a crash have left the browser's tree and its session; they sleep"},
       {"emacs-daemon",
        {},
        "emacsclient",
@@ -378,14 +380,6 @@ std::string reasonFor(const Program& program, Way way, const std::string& seen) 
        "no Boost",
        "its desktop file starts a script that ends in another program, armagetronad.real, and the window is "
        "called after that"},
-      {"",
-       {},
-       "crashhelper",
-       "the process that waits for a crash has left the browser's tree and its session; it sleeps"},
-      {"writer",
-       {},
-       "found as",
-       "an app is known by its first window, which is the picture that is shown while it starts"},
   };
   std::string words;
   std::set<std::string> explained; // a program's own reasons stand first

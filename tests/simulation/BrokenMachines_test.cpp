@@ -178,7 +178,10 @@ TEST(BrokenMachines, ARefusalThatSlowsAllTheSameIsFound) {
       return false;
     }
   };
-  EXPECT_EQ((foundWith<BackgroundBand, LyingBand>()), "slow and in no journal");
+  // What was refused is put back, or found by its mark: whichever comes first.
+  const std::string found = foundWith<BackgroundBand, LyingBand>();
+  EXPECT_TRUE(found == "slow and in no journal" || found == "not slowed although nothing protects it")
+      << found;
 }
 
 TEST(BrokenMachines, IdentitiesThatLeaveOutTheStartTimeAreFound) {

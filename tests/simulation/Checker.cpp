@@ -40,6 +40,7 @@ std::string Checker::describe() const {
     text << "  " << pid << " below " << process.parent << ", session " << process.session << ", owner "
          << ownerOf(process);
     if (!process.place.empty()) text << ", in " << process.place;
+    if (!process.origin.empty()) text << ", of " << process.origin;
     if (process.role == ProcessRole::system) text << ", system";
     if (process.role == ProcessRole::starter) text << ", starter";
     if (const std::string effect = m_truth.effectOf(pid); !effect.empty()) text << ", " << effect;
@@ -183,13 +184,16 @@ Pid Checker::appAbove(const SimulatedProcess& process) const {
   return 0;
 }
 
-// In a session that was made for the app, from the app upwards: who has started nothing else, and started
-// that at once.
+// In a session that was made for the app, or that has outlived what made it, from the app upwards: who has
+// started that at once, and nothing else that has left the session.
 std::set<Pid> Checker::wrappersOf(const SimulatedProcess& app) const {
   std::set<Pid> wrappers;
+  bool isSystems = false;
   for (const auto& [pid, other] : m_machine.processes.all()) {
     const Pid owner = appAbove(other);
-    if (other.session == app.session && owner != 0 && owner != app.pid) return {};
+    if (other.session != app.session || !isListed(other)) continue;
+    if (owner != 0 && owner != app.pid) return {};
+    isSystems = isSystems || other.role == ProcessRole::system;
   }
   for (const SimulatedProcess* at = m_machine.processes.find(app.parent); at != nullptr && at->pid > 1;
        at = m_machine.processes.find(at->parent)) {
@@ -199,13 +203,16 @@ std::set<Pid> Checker::wrappersOf(const SimulatedProcess& app) const {
     const auto& all = m_machine.processes.all();
     if (std::any_of(all.begin(), all.end(), [&](const auto& entry) {
           const SimulatedProcess& child = entry.second;
-          return child.parent == at->pid && appAbove(child) != app.pid && !wrappers.contains(child.pid);
+          const bool isItsOwn = appAbove(child) == app.pid || wrappers.contains(child.pid);
+          return child.parent == at->pid && isListed(child) && !isItsOwn &&
+                 (isSystems || child.session != app.session);
         })) {
       break;
     }
     wrappers.insert(at->pid);
   }
-  return wrappers.contains(app.session) ? wrappers : std::set<Pid>{};
+  const bool isLeft = !isSystems && isGone(app.session);
+  return isLeft || wrappers.contains(app.session) ? wrappers : std::set<Pid>{};
 }
 
 Pid Checker::appAtOrInside(const SimulatedProcess& process) const {
@@ -232,11 +239,12 @@ Pid Checker::ownerOf(const SimulatedProcess& process) const {
   std::vector<const SimulatedProcess*> chain;
   for (const SimulatedProcess* at = &process; at != nullptr && at->role != ProcessRole::system;
        at = m_machine.processes.find(at->parent)) {
+    if (const Pid app = appAtOrInside(*at); app != 0) return app;
     chain.push_back(at);
   }
-  for (auto one = chain.rbegin(); one != chain.rend(); ++one) {
-    if (const Pid app = appAtOrInside(**one); app != 0) return app;
-    if (const Pid app = ownerOfOrphan(**one); app != 0) return app;
+  std::reverse(chain.begin(), chain.end());
+  for (const SimulatedProcess* one : chain) {
+    if (const Pid app = ownerOfOrphan(*one); app != 0) return app;
   }
   return 0;
 }
@@ -255,20 +263,59 @@ Pid Checker::ownerOfOrphan(const SimulatedProcess& process) const {
     const ManagedApp* before = slowedWithIn(m_managedBefore);
     if (before != nullptr && m_machine.processes.lives(before->root)) return before->root.pid;
   }
-  const SimulatedProcess* leader = m_machine.processes.find(process.session);
-  if (leader != nullptr && leader->pid > 1 && leader->pid != process.pid) {
-    if (const Pid app = appAtOrInside(*leader); app != 0) return app;
-  }
   const SimulatedProcess* parent = m_machine.processes.find(process.parent);
   const bool isLeftBehind = process.parent <= 1 || (parent != nullptr && parent->role == ProcessRole::system);
+  if (isLeftBehind && !process.origin.empty()) {
+    const Pid app = onlyApp([&](const SimulatedProcess& root) { return root.origin == process.origin; });
+    if (app != 0 && standsWith(app, process)) return app;
+  }
+  const SimulatedProcess* leader = m_machine.processes.find(process.session);
+  if (leader != nullptr && isListed(*leader) && leader->pid > 1 && leader->pid != process.pid) {
+    if (const Pid app = appAtOrInside(*leader); app != 0) return app;
+  }
+  if (!isLeftBehind) return 0;
+  if (const Pid app = appLeftIn(process.session); app != 0) {
+    if (m_machine.processes.find(app)->startMicros <= process.startMicros && standsWith(app, process))
+      return app;
+  }
   const std::string& place = placeOf(process);
-  if (!isLeftBehind || place.empty()) return 0;
-  std::set<Pid> inPlace;
+  if (place.empty()) return 0;
+  return onlyApp([&](const SimulatedProcess& root) { return placeOf(root) == place; });
+}
+
+Pid Checker::onlyApp(const std::function<bool(const SimulatedProcess& root)>& fits) const {
+  std::set<Pid> fitting;
   for (const SimulatedAppRef& app : m_machine.workspace.apps()) {
     const SimulatedProcess* root = m_machine.processes.find(app->processIdentifier());
-    if (!app->isTerminated() && root != nullptr && placeOf(*root) == place) inPlace.insert(root->pid);
+    if (!app->isTerminated() && root != nullptr && fits(*root)) fitting.insert(root->pid);
   }
-  return inPlace.size() == 1 ? *inPlace.begin() : 0;
+  return fitting.size() == 1 ? *fitting.begin() : 0;
+}
+
+bool Checker::standsWith(Pid app, const SimulatedProcess& process) const {
+  const SimulatedProcess* root = m_machine.processes.find(app);
+  return root != nullptr && placeOf(*root) == placeOf(process);
+}
+
+bool Checker::isListed(const SimulatedProcess& process) const {
+  return !process.isZombie || m_truth.listsZombies();
+}
+
+bool Checker::isGone(Pid session) const {
+  const SimulatedProcess* leader = m_machine.processes.find(session);
+  return session > 1 && (leader == nullptr || !isListed(*leader));
+}
+
+// The only app in a session whose first process has gone.
+Pid Checker::appLeftIn(Pid session) const {
+  if (!isGone(session)) return 0;
+  std::set<Pid> apps;
+  for (const auto& [pid, other] : m_machine.processes.all()) {
+    if (other.session != session || !isListed(other)) continue;
+    if (other.role == ProcessRole::system) return 0;
+    if (const Pid app = appAtOrInside(other); app != 0) apps.insert(app);
+  }
+  return apps.size() == 1 && *apps.begin() != m_machine.host.self ? *apps.begin() : 0;
 }
 
 const std::string& Checker::placeOf(const SimulatedProcess& process) const {

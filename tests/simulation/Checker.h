@@ -19,11 +19,12 @@ namespace vantle {
 class BandTruth {
  public:
   virtual ~BandTruth() = default;
-  virtual bool knowsTraces() const = 0;            // the band tells this program's doing from others'
-  virtual bool isIn(Pid pid) const = 0;            // in the band, whoever put it there
-  virtual bool isOurs(Pid pid) const = 0;          // by this program, or born so
-  virtual bool canSlowAll() const = 0;             // nothing but a refused call keeps a process out
-  virtual std::string effectOf(Pid pid) const = 0; // in words; empty for none
+  virtual bool knowsTraces() const = 0;              // the band tells this program's doing from others'
+  virtual bool isIn(Pid pid) const = 0;              // in the band, whoever put it there
+  virtual bool isOurs(Pid pid) const = 0;            // by this program, or born so
+  virtual bool canSlowAll() const = 0;               // nothing but a refused call keeps a process out
+  virtual std::string effectOf(Pid pid) const = 0;   // in words; empty for none
+  virtual bool listsZombies() const { return true; } // the process table does
 };
 
 class SimulatedBandTruth final : public BandTruth {
@@ -119,6 +120,11 @@ class Checker {
   bool holds(const SimulatedApp& app, Pid pid) const; // in the tree of its main process, or as its own
   Pid appAbove(const SimulatedProcess& process) const;
   Pid ownerOfOrphan(const SimulatedProcess& process) const;
+  Pid onlyApp(const std::function<bool(const SimulatedProcess& root)>& fits) const;
+  Pid appLeftIn(Pid session) const;
+  bool standsWith(Pid app, const SimulatedProcess& process) const; // in one place
+  bool isGone(Pid session) const;                                  // its first process
+  bool isListed(const SimulatedProcess& process) const;
   std::set<Pid> wrappersOf(const SimulatedProcess& app) const;
   void noteWrappers();
   Pid appAtOrInside(

@@ -62,6 +62,7 @@ AppSpec RandomRun::randomSpec() {
   if (m_random.oneIn(3)) spec.parent = randomProcess();
   spec.leadsSession = m_random.oneIn(2);
   if (m_random.oneIn(4)) spec.place = "app-" + name + ".scope";
+  if (m_random.oneIn(4)) spec.origin = "/opt/" + name;
   return spec;
 }
 
@@ -120,6 +121,7 @@ ProcessSpec RandomRun::randomFork() {
     spec.role = ProcessRole::system;
     spec.executable = "/usr/bin/dbus-daemon";
   }
+  if (m_random.oneIn(8)) spec.origin = m_random.oneIn(2) ? "/opt/Mail" : "/opt/Music";
   return spec;
 }
 

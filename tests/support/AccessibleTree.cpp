@@ -163,6 +163,13 @@ bool AccessibleTree::shows(const std::string& app, const std::string& name) {
   return std::any_of(nodes.begin(), nodes.end(), [&](const Node& node) { return node.name == name; });
 }
 
+bool AccessibleTree::lists(const std::string& app, const std::string& name) {
+  const std::vector<Node> nodes = shownBy(app);
+  return std::any_of(nodes.begin(), nodes.end(), [&](const Node& node) {
+    return node.role == "list item" && node.name.starts_with(name + ", ");
+  });
+}
+
 bool AccessibleTree::press(const Node& node) {
   const Answer actions(m_bus, node.owner, node.path, action, "GetActions");
   if (!actions.enterArray("(sss)")) return false;

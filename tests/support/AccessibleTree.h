@@ -42,6 +42,8 @@ class AccessibleTree {
   // The first of it with that name, in one of the roles of things to press.
   std::optional<Node> control(const std::string& app, const std::string& name);
   bool shows(const std::string& app, const std::string& name); // whatever it is
+  // A line of a list that begins with it: "NAME, …".
+  bool lists(const std::string& app, const std::string& name);
   // Has it do what a press does; false when it has no such action.
   bool press(const Node& node);
 

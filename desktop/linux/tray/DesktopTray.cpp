@@ -47,8 +47,10 @@ class DesktopTrayIcon final : public TrayIcon {
     if (!use) m_embedded.reset();
     if (use && !m_embedded && qEnvironmentVariableIsSet("DISPLAY")) {
       m_embedded = std::make_unique<XEmbedIcon>(
-          m_loop, [this](const QRect& place) { m_actions.clicked(fromNative(place)); },
-          m_actions.middleClicked);
+          m_loop, XEmbedIcon::Handlers{
+                      .clicked = [this](const QRect& place) { m_actions.clicked(fromNative(place)); },
+                      .middleClicked = m_actions.middleClicked,
+                      .menuWanted = [this](const QRect& place) { m_actions.menuWanted(fromNative(place)); }});
       m_embedded->show(m_face, m_isOnDark);
     }
   }

@@ -5,20 +5,33 @@
 #include <QScreen>
 
 namespace vantle {
+namespace {
 
-// Under X11 a screen keeps the place of its corner, and what is within it is scaled. On Wayland trays speak
-// of the desktop's own points, as the toolkit does.
+// A screen keeps the place of its corner, and what is within it is scaled.
+NativeScreen nativeOf(const QScreen& screen) {
+  const qreal ratio = screen.devicePixelRatio();
+  const QRect geometry = screen.geometry();
+  return {{geometry.topLeft(), (QSizeF(geometry.size()) * ratio).toSize()}, ratio};
+}
+
+} // namespace
+
+NativeScreen nativeScreenAt(const QPoint& place) {
+  for (const QScreen* screen : QGuiApplication::screens()) {
+    const NativeScreen native = nativeOf(*screen);
+    if (native.geometry.contains(place)) return native;
+  }
+  const QScreen* const primary = QGuiApplication::primaryScreen();
+  return primary != nullptr ? nativeOf(*primary) : NativeScreen();
+}
+
+// On Wayland trays speak of the desktop's own points, as the toolkit does.
 QRect fromNative(const QRect& native) {
   if (QGuiApplication::platformName() != QLatin1String("xcb")) return native;
-  for (const QScreen* screen : QGuiApplication::screens()) {
-    const qreal ratio = screen->devicePixelRatio();
-    const QRect geometry = screen->geometry();
-    const QRectF covered(geometry.topLeft(), QSizeF(geometry.size()) * ratio);
-    if (!covered.contains(native.center())) continue;
-    const QPointF corner = QPointF(native.topLeft() - geometry.topLeft()) / ratio + geometry.topLeft();
-    return {corner.toPoint(), (QSizeF(native.size()) / ratio).toSize().expandedTo({1, 1})};
-  }
-  return native;
+  const auto [geometry, ratio] = nativeScreenAt(native.center());
+  if (!geometry.contains(native.center())) return native;
+  const QPointF corner = QPointF(native.topLeft() - geometry.topLeft()) / ratio + geometry.topLeft();
+  return {corner.toPoint(), (QSizeF(native.size()) / ratio).toSize().expandedTo({1, 1})};
 }
 
 } // namespace vantle

@@ -20,22 +20,24 @@ constexpr std::uint32_t xembedVersion = 0;
 constexpr std::uint32_t xembedMapped = 1;
 
 constexpr std::chrono::milliseconds shortestDockPause{500};
-constexpr int firstSize = 22; // pixels; the tray then says what it wants
-constexpr int largest = 255;  // what one request can hold; for more the library asks the server, and waits
+constexpr std::chrono::milliseconds restTime{600}; // as on tips elsewhere
+constexpr int firstSize = 22;                      // pixels; the tray then says what it wants
+constexpr int largest = 255; // what one request can hold; for more the library asks the server, and waits
 constexpr std::uint8_t argbDepth = 32;
 
 } // namespace
 
-XEmbedIcon::XEmbedIcon(EventLoop& loop, std::function<void(QRect)> onActivate,
-                       std::function<void()> onMiddleClick)
-    : m_onActivate(std::move(onActivate)), m_onMiddleClick(std::move(onMiddleClick)),
-      m_server(loop, {},
-               {.ready = [this] { start(); },
-                .event = [this](const auto& event) { handle(event); },
-                .turnEnded = [this] { act(); },
-                .lost = [this] { lose(); }}) {
+XEmbedIcon::XEmbedIcon(EventLoop& loop, Handlers handlers)
+    : m_handlers(std::move(handlers)), m_server(loop, {},
+                                                {.ready = [this] { start(); },
+                                                 .event = [this](const auto& event) { handle(event); },
+                                                 .turnEnded = [this] { act(); },
+                                                 .lost = [this] { lose(); }}) {
   m_dockPause.setSingleShot(true);
   QObject::connect(&m_dockPause, &QTimer::timeout, &m_dockPause, [this] { act(); });
+  m_rest.setSingleShot(true);
+  m_rest.setInterval(restTime);
+  QObject::connect(&m_rest, &QTimer::timeout, &m_rest, [this] { m_tip.show(m_place, m_face.state); });
 }
 
 void XEmbedIcon::start() {
@@ -60,6 +62,7 @@ void XEmbedIcon::learn(xcb_atom_t& atom, const std::string& name) {
 
 // The display is gone, and with it all that was on it.
 void XEmbedIcon::lose() {
+  m_rest.stop();
   m_window = XCB_NONE;
   m_isDockWanted = false;
 }
@@ -121,7 +124,8 @@ void XEmbedIcon::makeWindow(xcb_visualid_t visual) {
   m_window = xcb_generate_id(m_server.raw());
   m_size = {firstSize, firstSize};
   const std::uint32_t events = XCB_EVENT_MASK_EXPOSURE | XCB_EVENT_MASK_STRUCTURE_NOTIFY |
-                               XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE;
+                               XCB_EVENT_MASK_BUTTON_PRESS | XCB_EVENT_MASK_BUTTON_RELEASE |
+                               XCB_EVENT_MASK_ENTER_WINDOW | XCB_EVENT_MASK_LEAVE_WINDOW;
   const auto create = [&](std::uint8_t depth, std::uint32_t mask, const std::uint32_t* values) {
     m_depth = depth;
     xcb_create_window(m_server.raw(), depth, m_window, m_server.screen().root, 0, 0, firstSize, firstSize, 0,
@@ -163,6 +167,7 @@ void XEmbedIcon::sayLeastSize() {
 
 void XEmbedIcon::removeWindow() {
   if (m_window == XCB_NONE) return;
+  leave();
   xcb_free_gc(m_server.raw(), m_context);
   xcb_destroy_window(m_server.raw(), m_window);
   if (m_colormap != XCB_NONE) xcb_free_colormap(m_server.raw(), m_colormap);
@@ -172,8 +177,9 @@ void XEmbedIcon::removeWindow() {
 
 // The last of the atoms is there when all are.
 void XEmbedIcon::act() {
-  if (std::exchange(m_isClicked, false)) tellOfClick();
-  if (std::exchange(m_isMiddleClicked, false)) m_onMiddleClick();
+  if (std::exchange(m_isClicked, false)) tellPlace(m_handlers.clicked);
+  if (std::exchange(m_isMiddleClicked, false)) m_handlers.middleClicked();
+  if (std::exchange(m_isMenuWanted, false)) tellPlace(m_handlers.menuWanted);
   if (m_isPaintWanted && !m_isPainting) paint();
   const bool canDock = m_atoms.manager != XCB_NONE && !m_isDocking && !m_dockPause.isActive();
   if (m_isDockWanted && canDock) dock();
@@ -190,7 +196,10 @@ void XEmbedIcon::handle(const xcb_generic_event_t& event) {
   }
   case XCB_DESTROY_NOTIFY: {
     const xcb_window_t gone = reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window;
-    if (gone == m_window) m_window = XCB_NONE; // the tray took it along
+    if (gone == m_window) {
+      leave();
+      m_window = XCB_NONE; // the tray took it along
+    }
     if (gone == m_tray) m_isDockWanted = true;
     break;
   }
@@ -202,12 +211,23 @@ void XEmbedIcon::handle(const xcb_generic_event_t& event) {
     break;
   }
   case XCB_EXPOSE:
-    m_isPaintWanted = true;
+    if (reinterpret_cast<const xcb_expose_event_t&>(event).window == m_window)
+      m_isPaintWanted = true;
+    else
+      m_tip.draw();
+    break;
+  case XCB_ENTER_NOTIFY:
+    rest(reinterpret_cast<const xcb_enter_notify_event_t&>(event));
+    break;
+  case XCB_LEAVE_NOTIFY:
+  case XCB_BUTTON_PRESS:
+    leave();
     break;
   case XCB_BUTTON_RELEASE: {
     const xcb_button_t button = reinterpret_cast<const xcb_button_release_event_t&>(event).detail;
-    if (button == XCB_BUTTON_INDEX_1 || button == XCB_BUTTON_INDEX_3) m_isClicked = true;
-    if (button == XCB_BUTTON_INDEX_2) m_isMiddleClicked = true; // the others are the wheel's
+    if (button == XCB_BUTTON_INDEX_1) m_isClicked = true;
+    if (button == XCB_BUTTON_INDEX_2) m_isMiddleClicked = true;
+    if (button == XCB_BUTTON_INDEX_3) m_isMenuWanted = true; // the others are the wheel's
     break;
   }
   default:
@@ -215,19 +235,31 @@ void XEmbedIcon::handle(const xcb_generic_event_t& event) {
   }
 }
 
-void XEmbedIcon::tellOfClick() {
+void XEmbedIcon::tellPlace(const std::function<void(QRect)>& told) {
   if (m_window == XCB_NONE) return;
   const auto cookie = xcb_translate_coordinates(m_server.raw(), m_window, m_server.screen().root, 0, 0);
-  m_server.expect(cookie.sequence, [this](const void* reply) {
+  m_server.expect(cookie.sequence, [this, &told](const void* reply) {
     const auto* place = static_cast<const xcb_translate_coordinates_reply_t*>(reply);
-    if (place != nullptr) m_onActivate({QPoint(place->dst_x, place->dst_y), m_size});
+    if (place != nullptr) told({QPoint(place->dst_x, place->dst_y), m_size});
   });
+}
+
+// Trays of this kind know no tips: it is for each icon to show its own.
+void XEmbedIcon::rest(const xcb_enter_notify_event_t& event) {
+  m_place = {QPoint(event.root_x - event.event_x, event.root_y - event.event_y), m_size};
+  m_rest.start();
+}
+
+void XEmbedIcon::leave() {
+  m_rest.stop();
+  m_tip.hide();
 }
 
 void XEmbedIcon::show(const TrayFace& face, bool onDark) {
   m_face = face;
   m_isOnDark = onDark;
   m_isPaintWanted = true;
+  m_tip.change(m_face.state);
   act();
   m_server.flush();
 }

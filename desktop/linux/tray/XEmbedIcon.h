@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "desktop/linux/tray/IconTip.h"
 #include "panel/ports/Tray.h"
 #include "platform/linux/x11/X11Connection.h"
 
@@ -17,9 +18,14 @@ namespace vantle {
 // and are replaced.
 class XEmbedIcon {
  public:
-  // `onActivate` gets the icon's rectangle in native screen coordinates; the other one is for the middle
-  // button.
-  XEmbedIcon(EventLoop& loop, std::function<void(QRect)> onActivate, std::function<void()> onMiddleClick);
+  // What the three buttons ask for. The places are the icon's, in native screen coordinates.
+  struct Handlers {
+    std::function<void(QRect)> clicked;
+    std::function<void()> middleClicked;
+    std::function<void(QRect)> menuWanted;
+  };
+
+  XEmbedIcon(EventLoop& loop, Handlers handlers);
   XEmbedIcon(const XEmbedIcon&) = delete;
   XEmbedIcon& operator=(const XEmbedIcon&) = delete;
 
@@ -46,14 +52,15 @@ class XEmbedIcon {
   void removeWindow();
   void handle(const xcb_generic_event_t& event);
   void act();
-  void tellOfClick();
+  void tellPlace(const std::function<void(QRect)>& told);
+  void rest(const xcb_enter_notify_event_t& event);
+  void leave();
   void paint();
   unsigned int askBehind();
   QImage behind(const xcb_get_image_reply_t* reply) const; // what the tray shows behind the window
   void draw(QImage image);
 
-  std::function<void(QRect)> m_onActivate;
-  std::function<void()> m_onMiddleClick;
+  Handlers m_handlers;
   QTimer
       m_dockPause; // runs after each docking: anybody can say that there is a new tray, as often as they like
   // What is wanted is done once, however often it is wanted, and one after the other.
@@ -63,6 +70,7 @@ class XEmbedIcon {
   bool m_isPainting = false;
   bool m_isClicked = false;
   bool m_isMiddleClicked = false;
+  bool m_isMenuWanted = false;
   Atoms m_atoms;
   xcb_window_t m_tray = XCB_NONE;
   xcb_window_t m_window = XCB_NONE;
@@ -72,7 +80,10 @@ class XEmbedIcon {
   QSize m_size;
   TrayFace m_face;
   bool m_isOnDark = false;
+  QTimer m_rest; // runs from the pointer's coming until it has rested long enough for the tip
+  QRect m_place; // where the icon was when the pointer came
   X11Connection m_server;
+  IconTip m_tip{m_server};
 };
 
 } // namespace vantle

@@ -6,6 +6,7 @@
 
 #include <QGuiApplication>
 #include <QScreen>
+#include <utility>
 
 namespace vantle {
 namespace {
@@ -29,6 +30,7 @@ QSize DesktopPanelSurface::roomOn(QScreen& screen) { return screen.availableSize
 
 void DesktopPanelSurface::place(QWindow& window, QScreen& screen, const QRect& /*anchor*/,
                                 const QRect& place) {
+  m_place = place;
   window.setScreen(&screen);
   window.setGeometry(place);
 }
@@ -39,6 +41,7 @@ void DesktopPanelSurface::show(QWindow& window) {
   window.raise();
   window.requestActivate();
   m_grabbing = &window;
+  m_isPlaced = false;
   m_grabAttempts = 0;
   if (isOnX11()) m_grabRetry.start();
 }
@@ -52,8 +55,15 @@ void DesktopPanelSurface::hide(QWindow& window) {
 // A click in a bar or on the empty desktop moves no keyboard focus, so the pointer's grab tells of it. While
 // the click that opened the panel still holds the button down, another program has the grab.
 void DesktopPanelSurface::grabPointer() {
+  if (m_grabbing && m_grabbing->isExposed()) insistOnPlace(*m_grabbing);
   const bool done = !m_grabbing || (m_grabbing->isExposed() && m_grabbing->setMouseGrabEnabled(true));
   if (done || ++m_grabAttempts >= maxGrabAttempts) m_grabRetry.stop();
+}
+
+// i3 puts a new window without a frame as far off its place as a frame would be wide. Said once: whoever has
+// a mind of their own about the place keeps it.
+void DesktopPanelSurface::insistOnPlace(QWindow& window) {
+  if (!std::exchange(m_isPlaced, true) && window.position() != m_place.topLeft()) window.setGeometry(m_place);
 }
 
 } // namespace vantle

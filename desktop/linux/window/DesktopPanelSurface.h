@@ -24,9 +24,12 @@ class DesktopPanelSurface final : public PanelSurface {
 
  private:
   void grabPointer();
+  void insistOnPlace(QWindow& window);
 
   EventLoop& m_loop;
   QPointer<QWindow> m_grabbing;
+  QRect m_place;
+  bool m_isPlaced = false;
   QTimer m_grabRetry;
   int m_grabAttempts = 0;
 };

@@ -10,9 +10,9 @@ namespace vantle {
 class CocoaCatalog final : public ApplicationCatalog {
  public:
   std::vector<InstalledApplication> installedApplications() const override;
-  std::optional<InstalledApplication> applicationForKey(const std::string& key) const override;
+  Found applicationsForKeys(const std::vector<std::string>& keys) const override;
   std::optional<std::string> knownName(const std::string& /*key*/) const override { return std::nullopt; }
-  std::optional<InstalledApplication> applicationAt(const std::string& path) const override;
+  Found applicationsAt(const std::vector<std::string>& paths) const override;
 };
 
 } // namespace vantle

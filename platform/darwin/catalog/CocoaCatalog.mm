@@ -61,6 +61,27 @@ std::vector<std::string> appFolders() {
   return folders;
 }
 
+std::optional<InstalledApplication> ofKey(const std::string& key) {
+  @autoreleasepool {
+    NSURL* const found = [[NSWorkspace sharedWorkspace] URLForApplicationWithBundleIdentifier:stringOf(key)];
+    const auto path = textOf([found path]);
+    if (!path) return std::nullopt;
+    return described(key, *path);
+  }
+}
+
+std::optional<InstalledApplication> pickedAt(const std::string& path) {
+  @autoreleasepool {
+    BOOL isFolder = NO;
+    const bool isThere = [[NSFileManager defaultManager] fileExistsAtPath:stringOf(path)
+                                                              isDirectory:&isFolder];
+    if (!isThere || !isFolder || !isApp(path)) return std::nullopt;
+    std::string key = keyOf(path);
+    if (!canBeChosen(key)) return std::nullopt;
+    return described(std::move(key), path);
+  }
+}
+
 } // namespace
 
 std::vector<InstalledApplication> CocoaCatalog::installedApplications() const {
@@ -80,25 +101,16 @@ std::vector<InstalledApplication> CocoaCatalog::installedApplications() const {
   }
 }
 
-std::optional<InstalledApplication> CocoaCatalog::applicationForKey(const std::string& key) const {
-  @autoreleasepool {
-    NSURL* const found = [[NSWorkspace sharedWorkspace] URLForApplicationWithBundleIdentifier:stringOf(key)];
-    const auto path = textOf([found path]);
-    if (!path) return std::nullopt;
-    return described(key, *path);
-  }
+ApplicationCatalog::Found CocoaCatalog::applicationsForKeys(const std::vector<std::string>& keys) const {
+  Found found;
+  for (const std::string& key : keys) found.push_back(ofKey(key));
+  return found;
 }
 
-std::optional<InstalledApplication> CocoaCatalog::applicationAt(const std::string& path) const {
-  @autoreleasepool {
-    BOOL isFolder = NO;
-    const bool isThere = [[NSFileManager defaultManager] fileExistsAtPath:stringOf(path)
-                                                              isDirectory:&isFolder];
-    if (!isThere || !isFolder || !isApp(path)) return std::nullopt;
-    std::string key = keyOf(path);
-    if (!canBeChosen(key)) return std::nullopt;
-    return described(std::move(key), path);
-  }
+ApplicationCatalog::Found CocoaCatalog::applicationsAt(const std::vector<std::string>& paths) const {
+  Found found;
+  for (const std::string& path : paths) found.push_back(pickedAt(path));
+  return found;
 }
 
 } // namespace vantle

@@ -133,8 +133,15 @@ AppEvidence withItsOwnWords(AppEvidence evidence) {
     const InterpretedProgram run = interpretedProgram(fileNameOf(evidence.executable), evidence.arguments);
     evidence.program = pathOf(run.file, linkTarget(folder + "/cwd"));
     evidence.names = programNames(run, evidence.program);
-  } else if (evidence.executable.find("/.mount_") != std::string::npos) {
-    evidence.program = valueOf(environment, "APPIMAGE="); // it runs from a file system of its own
+  }
+  // It runs from a file system of its own: the image's file is what a person started. The variables are
+  // inherited by what it opens outside.
+  const std::string imageFolder = valueOf(environment, "APPDIR=");
+  const auto isInside = [&](const std::string& path) { return path.starts_with(imageFolder + "/"); };
+  if (imageFolder.starts_with('/') && (isInside(evidence.executable) || isInside(evidence.program))) {
+    evidence.imageFolder = imageFolder;
+    if (std::string image = valueOf(environment, "APPIMAGE="); !image.empty())
+      evidence.program = std::move(image);
   }
   return evidence;
 }

@@ -24,6 +24,7 @@ struct AppEvidence {
   std::string sandboxId;              // what Flatpak or Snap says it is
   std::optional<UnitId> unit;         // of the unit that it runs in
   std::string launchedFile;           // the desktop file that the desktop started this very process from
+  std::string imageFolder;            // that the AppImage is mounted at out of which it runs
   std::string storeAddress;           // of the game, as its store's shortcuts have it: "steam://rungameid/42"
   std::string applicationId;          // _GTK_APPLICATION_ID
   std::string windowInstance;         // first part of WM_CLASS

@@ -12,8 +12,10 @@
 #include <array>
 #include <cstddef>
 #include <cstdlib>
+#include <filesystem>
 #include <glib.h>
 #include <memory>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 
@@ -72,11 +74,14 @@ bool flagOf(GKeyFile* file, const char* key) {
   return g_key_file_get_boolean(file, G_KEY_FILE_DESKTOP_GROUP, key, nullptr) != 0;
 }
 
-bool isOfInstalledApp(GKeyFile* file) {
+bool isOfApp(GKeyFile* file) {
   const GOwned<char> firstGroup(g_key_file_get_start_group(file));
-  if (text(firstGroup.get()) != G_KEY_FILE_DESKTOP_GROUP) return false;
-  if (keyOf(file, G_KEY_FILE_DESKTOP_KEY_TYPE) != G_KEY_FILE_DESKTOP_TYPE_APPLICATION) return false;
-  if (flagOf(file, G_KEY_FILE_DESKTOP_KEY_HIDDEN)) return false;
+  return text(firstGroup.get()) == G_KEY_FILE_DESKTOP_GROUP &&
+         keyOf(file, G_KEY_FILE_DESKTOP_KEY_TYPE) == G_KEY_FILE_DESKTOP_TYPE_APPLICATION &&
+         !flagOf(file, G_KEY_FILE_DESKTOP_KEY_HIDDEN);
+}
+
+bool isInstalled(GKeyFile* file) {
   const std::string tried = keyOf(file, G_KEY_FILE_DESKTOP_KEY_TRY_EXEC);
   if (!tried.empty() && !isProgram(absolutePath(tried))) return false;
   const std::string line = keyOf(file, G_KEY_FILE_DESKTOP_KEY_EXEC);
@@ -135,24 +140,24 @@ std::vector<std::string> programOf(const std::string& exec) {
   return words;
 }
 
-std::optional<DesktopEntry> readDesktopEntry(const std::string& path, const std::string& id) {
-  const GOwned<GKeyFile> file = readKeyFile(path);
-  if (!file || !isOfInstalledApp(file.get())) return {};
-  const GOwned<char> name(g_key_file_get_locale_string(file.get(), G_KEY_FILE_DESKTOP_GROUP,
+namespace {
+
+DesktopEntry entryIn(GKeyFile* file, const std::string& path, const std::string& id) {
+  const GOwned<char> name(g_key_file_get_locale_string(file, G_KEY_FILE_DESKTOP_GROUP,
                                                        G_KEY_FILE_DESKTOP_KEY_NAME, nullptr, nullptr));
-  const std::string keywords = localizedKeyOf(file.get(), "Keywords");
+  const std::string keywords = localizedKeyOf(file, "Keywords");
   DesktopEntry entry;
   entry.id = cleanUtf8(id);
   entry.path = path;
   entry.name = name ? oneLineName(name.get()) : "Unnamed";
-  entry.words = localizedKeyOf(file.get(), G_KEY_FILE_DESKTOP_KEY_GENERIC_NAME);
+  entry.words = localizedKeyOf(file, G_KEY_FILE_DESKTOP_KEY_GENERIC_NAME);
   if (!keywords.empty()) entry.words += (entry.words.empty() ? "" : " ") + keywords;
-  entry.icon = cleanUtf8(keyOf(file.get(), G_KEY_FILE_DESKTOP_KEY_ICON));
-  entry.windowClass = keyOf(file.get(), G_KEY_FILE_DESKTOP_KEY_STARTUP_WM_CLASS);
-  entry.category = categoryOf(keyOf(file.get(), G_KEY_FILE_DESKTOP_KEY_CATEGORIES));
-  entry.isStore = isStoreOfGames(keyOf(file.get(), G_KEY_FILE_DESKTOP_KEY_CATEGORIES));
-  entry.isHidden = flagOf(file.get(), G_KEY_FILE_DESKTOP_KEY_NO_DISPLAY);
-  std::vector<std::string> words = programOf(keyOf(file.get(), G_KEY_FILE_DESKTOP_KEY_EXEC));
+  entry.icon = cleanUtf8(keyOf(file, G_KEY_FILE_DESKTOP_KEY_ICON));
+  entry.windowClass = keyOf(file, G_KEY_FILE_DESKTOP_KEY_STARTUP_WM_CLASS);
+  entry.category = categoryOf(keyOf(file, G_KEY_FILE_DESKTOP_KEY_CATEGORIES));
+  entry.isStore = isStoreOfGames(keyOf(file, G_KEY_FILE_DESKTOP_KEY_CATEGORIES));
+  entry.isHidden = flagOf(file, G_KEY_FILE_DESKTOP_KEY_NO_DISPLAY);
+  std::vector<std::string> words = programOf(keyOf(file, G_KEY_FILE_DESKTOP_KEY_EXEC));
   if (!words.empty()) {
     entry.executable = absolutePath(words.front());
     entry.realPath = realPath(entry.executable);
@@ -161,6 +166,33 @@ std::optional<DesktopEntry> readDesktopEntry(const std::string& path, const std:
     entry.arguments = std::move(words);
   }
   return entry;
+}
+
+} // namespace
+
+std::optional<DesktopEntry> readDesktopEntry(const std::string& path, const std::string& id) {
+  const GOwned<GKeyFile> file = readKeyFile(path);
+  if (!file || !isOfApp(file.get()) || !isInstalled(file.get())) return {};
+  return entryIn(file.get(), path, id);
+}
+
+std::optional<DesktopEntry> readImagesEntry(const std::string& folder) {
+  constexpr std::string_view ending = ".desktop";
+  std::vector<std::string> names;
+  std::error_code error;
+  for (std::filesystem::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
+    std::string name = at->path().filename().string();
+    if (name.ends_with(ending)) names.push_back(std::move(name));
+  }
+  std::sort(names.begin(), names.end());
+  for (const std::string& name : names) {
+    std::string path = folder;
+    path.append("/").append(name);
+    const GOwned<GKeyFile> file = readKeyFile(path);
+    if (file && isOfApp(file.get()))
+      return entryIn(file.get(), path, name.substr(0, name.size() - ending.size()));
+  }
+  return {};
 }
 
 } // namespace vantle

@@ -43,4 +43,8 @@ std::vector<std::string> programOf(const std::string& exec);
 // half a megabyte and a thread, and never ends when one of them does not answer.
 std::optional<DesktopEntry> readDesktopEntry(const std::string& path, const std::string& id);
 
+// The one that an AppImage brings along, at the top of what is in it: it names programs that stand in there.
+// Of several the first by name; absent when there is none.
+std::optional<DesktopEntry> readImagesEntry(const std::string& folder);
+
 } // namespace vantle

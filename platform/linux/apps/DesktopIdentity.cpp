@@ -8,7 +8,9 @@
 #include "platform/linux/apps/OneLineName.h"
 
 #include <algorithm>
+#include <array>
 #include <functional>
+#include <initializer_list>
 #include <string_view>
 
 namespace vantle {
@@ -95,12 +97,14 @@ const DesktopEntry* byLastPart(Entries entries, const AppEvidence& evidence) {
   std::vector<std::string> names{evidence.windowClass, evidence.windowInstance,
                                  std::string(lastPart(evidence.program, '/'))};
   for (std::string& name : names) name = withoutProgramEnding(name);
-  const DesktopEntry* const entry = bestOf(entries, evidence, [&](const DesktopEntry& each) {
+  return bestOf(entries, evidence, [&](const DesktopEntry& each) {
     const std::string_view part = lastPart(each.id, '.');
     return std::any_of(names.begin(), names.end(),
                        [&](const std::string& name) { return equalIgnoringCase(part, name); });
   });
-  if (entry != nullptr) return entry;
+}
+
+const DesktopEntry* byScriptsName(Entries entries, const AppEvidence& evidence) {
   for (const std::string& name : evidence.names) {
     const auto isCalled = [&](const DesktopEntry& each) {
       return equalIgnoringCase(lastPart(each.id, '.'), name) ||
@@ -128,28 +132,37 @@ const DesktopEntry* byData(Entries entries, const AppEvidence& evidence, const D
   });
 }
 
-// To the letter: the instance "xterm" of a window of class "UXTerm" is not XTerm's "XTerm".
-const DesktopEntry* byDeclaration(Entries entries, const AppEvidence& evidence) {
-  if (const DesktopEntry* entry = byId(entries, evidence.applicationId)) return entry;
-  for (const std::string& name : {evidence.windowInstance, evidence.windowClass}) {
+const DesktopEntry* byApplicationId(Entries entries, const AppEvidence& evidence) {
+  return byId(entries, evidence.applicationId);
+}
+
+using Equality = bool (*)(std::string_view declared, std::string_view said);
+
+// By the part of WM_CLASS that is the surer one of the two; the other one counts when nobody declares it.
+const DesktopEntry* byClass(Entries entries, const AppEvidence& evidence, Equality equals,
+                            std::initializer_list<std::string_view> parts) {
+  for (const std::string_view name : parts) {
     const auto declares = [&](const DesktopEntry& entry) {
-      return !name.empty() && entry.windowClass == name;
+      return !name.empty() && equals(entry.windowClass, name);
     };
     if (const DesktopEntry* entry = bestOf(entries, evidence, declares)) return entry;
   }
   return nullptr;
 }
 
-const DesktopEntry* byWindow(Entries entries, const AppEvidence& evidence) {
-  if (const DesktopEntry* entry = byDeclaration(entries, evidence)) return entry;
-  for (const std::string& name : {evidence.windowClass, evidence.windowInstance}) {
-    const auto declares = [&](const DesktopEntry& entry) {
-      return equalIgnoringCase(entry.windowClass, name);
-    };
-    if (const DesktopEntry* entry = bestOf(entries, evidence, declares)) return entry;
-  }
-  // An engine's window is the engine's by its class.
-  if (const DesktopEntry* entry = byWholeCommand(entries, evidence)) return entry;
+// To the letter: the instance "xterm" of a window of class "UXTerm" is not XTerm's "XTerm".
+const DesktopEntry* byDeclaredClass(Entries entries, const AppEvidence& evidence) {
+  const Equality toTheLetter = [](std::string_view declared, std::string_view said) {
+    return declared == said;
+  };
+  return byClass(entries, evidence, toTheLetter, {evidence.windowInstance, evidence.windowClass});
+}
+
+const DesktopEntry* byDeclaredClassInAnyCase(Entries entries, const AppEvidence& evidence) {
+  return byClass(entries, evidence, equalIgnoringCase, {evidence.windowClass, evidence.windowInstance});
+}
+
+const DesktopEntry* byClassAsId(Entries entries, const AppEvidence& evidence) {
   return bestOf(entries, evidence, [&](const DesktopEntry& entry) {
     return equalIgnoringCase(entry.id, evidence.windowClass) ||
            equalIgnoringCase(entry.id, evidence.windowInstance);
@@ -176,18 +189,45 @@ const DesktopEntry* bySandbox(Entries entries, const AppEvidence& evidence) {
   return byId(entries, std::string_view(evidence.sandboxId).substr(0, evidence.sandboxId.find('_')));
 }
 
-const DesktopEntry* withoutUnit(Entries entries, const AppEvidence& evidence) {
-  if (const DesktopEntry* entry = byLaunchedFile(entries, evidence)) return entry;
-  if (const DesktopEntry* entry = byWindow(entries, evidence)) return entry;
-  if (const DesktopEntry* entry = byProgram(entries, evidence)) return entry;
-  return byLastPart(entries, evidence);
-}
-
 // A unit also holds what its app started: a calculator called from a terminal sits in the terminal's unit.
 bool isUnitsOwn(const AppEvidence& evidence, const DesktopEntry& entry) {
   return evidence.unit->random == std::to_string(evidence.pid) || entry.realPath == evidence.program ||
          entry.realPath == evidence.executable;
 }
+
+const DesktopEntry* byOwnUnit(Entries entries, const AppEvidence& evidence) {
+  const DesktopEntry* const unit = evidence.unit ? byId(entries, evidence.unit->id) : nullptr;
+  return unit != nullptr && isUnitsOwn(evidence, *unit) ? unit : nullptr;
+}
+
+// A script may well have started a program of another name. What a store has started is one of its games.
+const DesktopEntry* byScriptsUnit(Entries entries, const AppEvidence& evidence) {
+  const DesktopEntry* const unit = evidence.unit ? byId(entries, evidence.unit->id) : nullptr;
+  return unit != nullptr && unit->isScript && !unit->isStore ? unit : nullptr;
+}
+
+// The surest evidence first; what merely fits stands last.
+constexpr std::array ranks{
+    IdentityRule{"store's number", "the store has given it to the game's processes and to its shortcut",
+                 byStoreAddress},
+    IdentityRule{"sandbox", "the kernel keeps it there under that name", bySandbox},
+    IdentityRule{"own unit", "the desktop has made the unit for this process or program", byOwnUnit},
+    IdentityRule{"launched file", "the desktop has started this process from that file", byLaunchedFile},
+    IdentityRule{"application id", "the toolkit makes it equal to the desktop file's id", byApplicationId},
+    IdentityRule{"window class", "the desktop file declares it, to the letter", byDeclaredClass},
+    IdentityRule{"window class in any case", "desktops compare it so", byDeclaredClassInAnyCase},
+    IdentityRule{"whole command",
+                 "program and all arguments are the desktop file's, whatever an engine "
+                 "calls its window",
+                 byWholeCommand},
+    IdentityRule{"window class as id", "many windows are called after the desktop file", byClassAsId},
+    IdentityRule{"program", "the desktop file starts this program", byProgram},
+    IdentityRule{"last part of the id", "programs and windows are called after it", byLastPart},
+    IdentityRule{"script's name", "script, class or package folder are called after it", byScriptsName},
+    IdentityRule{"unit of a script", "nothing else speaks, and a script has started it", byScriptsUnit},
+};
+constexpr IdentityRule engines{"engine's data",
+                               "the engine plays the data that the game's script starts it with", nullptr};
 
 // As a title: of "whichwayisup" Whichwayisup. What has capitals is written as it is meant.
 std::string asTitle(std::string_view name) {
@@ -232,28 +272,28 @@ std::optional<std::string> unlessEmpty(const std::string& text) {
   return text.empty() ? std::nullopt : std::optional(text);
 }
 
-const DesktopEntry* findOwnEntry(const AppEvidence& evidence, Entries entries) {
-  if (const DesktopEntry* entry = byStoreAddress(entries, evidence)) return entry;
-  if (const DesktopEntry* entry = bySandbox(entries, evidence)) return entry;
-  const DesktopEntry* const unit = evidence.unit ? byId(entries, evidence.unit->id) : nullptr;
-  if (unit != nullptr && isUnitsOwn(evidence, *unit)) return unit;
-  if (const DesktopEntry* entry = withoutUnit(entries, evidence)) return entry;
-  // Nothing else speaks: a script may well have started a program of another name. What a store has started
-  // is one of its games.
-  return unit != nullptr && unit->isScript && !unit->isStore ? unit : nullptr;
-}
-
 } // namespace
 
+std::span<const IdentityRule> identityRules() { return ranks; }
+
+IdentityMatch matchEntry(const AppEvidence& evidence, Entries entries) {
+  for (const IdentityRule& rule : ranks) {
+    const DesktopEntry* const entry = rule.find(entries, evidence);
+    if (entry == nullptr) continue;
+    const DesktopEntry* const game = byData(entries, evidence, *entry);
+    return game == nullptr ? IdentityMatch{entry, &rule} : IdentityMatch{game, &engines};
+  }
+  return {};
+}
+
 const DesktopEntry* findEntry(const AppEvidence& evidence, Entries entries) {
-  const DesktopEntry* const own = findOwnEntry(evidence, entries);
-  const DesktopEntry* const game = own == nullptr ? nullptr : byData(entries, evidence, *own);
-  return game == nullptr ? own : game;
+  return matchEntry(evidence, entries).entry;
 }
 
 const DesktopEntry* entryOfWindow(const AppEvidence& evidence, const DesktopEntry* known,
                                   std::span<const DesktopEntry> entries) {
-  const DesktopEntry* const declared = byDeclaration(entries, evidence);
+  const DesktopEntry* const named = byApplicationId(entries, evidence);
+  const DesktopEntry* const declared = named == nullptr ? byDeclaredClass(entries, evidence) : named;
   // What is in a sandbox is not believed to be somebody outside; a browser there has its web apps under its
   // id.
   const bool isSandboxsOwn =

@@ -7,6 +7,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 
 namespace vantle {
 
@@ -20,7 +21,23 @@ struct AppIdentity {
   std::optional<std::string> iconName;
 };
 
-// The desktop file of an app: the surest evidence first, one that merely fits last. Null when none fits.
+// One way to tell which desktop file an app's is. None of them reads anything: all is in the evidence.
+struct IdentityRule {
+  std::string_view name;   // of the evidence that it goes by
+  std::string_view reason; // why that says something
+  const DesktopEntry* (*find)(std::span<const DesktopEntry> entries, const AppEvidence& evidence);
+};
+std::span<const IdentityRule> identityRules(); // in their order: the first that finds one decides
+
+struct IdentityMatch {
+  const DesktopEntry* entry = nullptr; // null when no rule finds one
+  // Of an engine that plays a game's data it is the one for that, which has no place in the order: it goes by
+  // what the engine was found as.
+  const IdentityRule* rule = nullptr;
+};
+IdentityMatch matchEntry(const AppEvidence& evidence, std::span<const DesktopEntry> entries);
+
+// The desktop file of an app, by these rules.
 const DesktopEntry* findEntry(const AppEvidence& evidence, std::span<const DesktopEntry> entries);
 
 // The desktop file of what the window in the evidence shows, where the process is known as `known` already:

@@ -2,6 +2,7 @@
 #include "platform/linux/apps/IdentifierMap.h"
 
 #include "base/Text.h"
+#include "platform/linux/apps/OneLineName.h"
 #include "platform/linux/programs/DesktopPrograms.h"
 
 #include <algorithm>
@@ -59,6 +60,16 @@ std::optional<std::string_view> systemIdentifierOfAny(std::initializer_list<std:
   return {};
 }
 
+// An app that is one file, mounted while it runs, goes by that file's name.
+std::optional<std::string> identifierOfImage(const AppEvidence& evidence) {
+  if (evidence.executable.find("/.mount_") == std::string::npos || evidence.program.empty()) return {};
+  constexpr std::string_view ending = ".appimage";
+  std::string name = fileNameOf(evidence.program);
+  if (asciiLowered(name).ends_with(ending)) name.resize(name.size() - ending.size());
+  name = oneLineName(name);
+  return name.empty() ? std::nullopt : std::optional(name);
+}
+
 } // namespace
 
 std::string bundleIdentifierOf(const DesktopEntry& entry) {
@@ -71,7 +82,7 @@ std::string bundleIdentifierOf(const DesktopEntry& entry) {
 std::optional<std::string> bundleIdentifierOf(const AppEvidence& evidence, const DesktopEntry* entry) {
   if (const auto identifier = systemIdentifierOfAny({evidence.program, evidence.executable}))
     return std::string(*identifier);
-  return entry == nullptr ? std::nullopt : std::optional(bundleIdentifierOf(*entry));
+  return entry == nullptr ? identifierOfImage(evidence) : bundleIdentifierOf(*entry);
 }
 
 std::optional<std::string> nameOfIdentifier(std::string_view identifier) {

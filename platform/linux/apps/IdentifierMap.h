@@ -17,7 +17,7 @@ namespace vantle {
 std::string bundleIdentifierOf(const DesktopEntry& entry);
 
 // The same for a process, of which the program that runs says more than the desktop file (null: there is
-// none).
+// none; then only an AppImage has one, its file's name).
 std::optional<std::string> bundleIdentifierOf(const AppEvidence& evidence, const DesktopEntry* entry);
 
 // What people call an app that Vantle's own lists know by an identifier that tells nothing here

@@ -2,12 +2,16 @@
 #include "platform/linux/catalog/DesktopCatalog.h"
 
 #include "base/Text.h"
+#include "platform/linux/apps/DesktopIdentity.h"
 #include "platform/linux/apps/IdentifierMap.h"
+#include "platform/linux/catalog/ProgramFile.h"
 #include "platform/linux/programs/DesktopPrograms.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <set>
 #include <string_view>
+#include <unordered_map>
 
 namespace vantle {
 
@@ -34,6 +38,32 @@ InstalledApplication described(const DesktopEntry& entry) {
   return {std::move(key), std::move(name), iconOf(entry), entry.path, std::move(words)};
 }
 
+// One of the installed files goes by its full id, which holds the folders above it.
+std::optional<InstalledApplication> byDesktopFile(const std::string& path,
+                                                  const std::vector<DesktopEntry>& installed) {
+  const auto known = std::find_if(installed.begin(), installed.end(),
+                                  [&](const DesktopEntry& entry) { return entry.path == path; });
+  if (known != installed.end()) return described(*known);
+  const std::optional<DesktopEntry> entry =
+      readDesktopEntry(path, std::filesystem::path(path).stem().string());
+  return entry ? std::optional(described(*entry)) : std::nullopt;
+}
+
+std::optional<InstalledApplication> byProgram(const std::string& path,
+                                              const std::vector<DesktopEntry>& installed) {
+  const std::optional<AppEvidence> evidence = evidenceOfProgram(path);
+  if (!evidence) return {};
+  if (const DesktopEntry* const entry = findEntry(*evidence, installed)) return described(*entry);
+  const AppIdentity identity = identityOf(*evidence, nullptr);
+  InstalledApplication application;
+  application.isByName = !identity.bundleIdentifier;
+  application.name = identity.bundleIdentifier.value_or(identity.localizedName);
+  application.key = application.name;
+  application.path = path;
+  application.words = fileNameOf(path);
+  return application;
+}
+
 } // namespace
 
 std::vector<InstalledApplication> DesktopCatalog::installedApplications() const {
@@ -48,33 +78,33 @@ std::vector<InstalledApplication> DesktopCatalog::installedApplications() const 
   return applications;
 }
 
-std::optional<InstalledApplication> DesktopCatalog::applicationForKey(const std::string& key) const {
-  const DesktopEntry* hidden = nullptr;
+ApplicationCatalog::Found DesktopCatalog::applicationsForKeys(const std::vector<std::string>& keys) const {
+  std::unordered_map<std::string, const DesktopEntry*> byKey;
   for (const DesktopEntry& entry : m_installed->all()) {
-    if (bundleIdentifierOf(entry) != key) continue;
-    if (!entry.isHidden) return described(entry);
-    hidden = &entry;
+    const DesktopEntry*& known = byKey[bundleIdentifierOf(entry)];
+    if (known == nullptr || known->isHidden) known = &entry;
   }
-  return hidden != nullptr ? std::optional(described(*hidden)) : std::nullopt;
+  Found found;
+  for (const std::string& key : keys) {
+    const auto entry = byKey.find(key);
+    found.push_back(entry != byKey.end() ? std::optional(described(*entry->second)) : std::nullopt);
+  }
+  return found;
 }
 
 std::optional<std::string> DesktopCatalog::knownName(const std::string& key) const {
   return nameOfIdentifier(key);
 }
 
-std::optional<InstalledApplication> DesktopCatalog::applicationAt(const std::string& path) const {
-  const std::filesystem::path file(path);
-  if (file.extension() != ".desktop") return std::nullopt;
-  std::optional<InstalledApplication> application;
-  // One of the installed files goes by its full id, which holds the folders above it.
-  for (const DesktopEntry& entry : m_installed->all()) {
-    if (entry.path == path) application = described(entry);
+ApplicationCatalog::Found DesktopCatalog::applicationsAt(const std::vector<std::string>& paths) const {
+  const std::vector<DesktopEntry>& installed = m_installed->all();
+  Found found;
+  for (const std::string& path : paths) {
+    const bool isDesktopFile = std::filesystem::path(path).extension() == ".desktop";
+    found.push_back(isDesktopFile ? byDesktopFile(path, installed) : byProgram(path, installed));
+    if (found.back() && !canBeChosen(*found.back())) found.back().reset();
   }
-  if (!application) {
-    const std::optional<DesktopEntry> entry = readDesktopEntry(path, file.stem().string());
-    if (entry) application = described(*entry);
-  }
-  return application && canBeChosen(*application) ? application : std::nullopt;
+  return found;
 }
 
 } // namespace vantle

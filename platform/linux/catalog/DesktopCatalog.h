@@ -16,9 +16,9 @@ class DesktopCatalog final : public ApplicationCatalog {
   explicit DesktopCatalog(std::shared_ptr<DesktopEntries> installed) : m_installed(std::move(installed)) {}
 
   std::vector<InstalledApplication> installedApplications() const override;
-  std::optional<InstalledApplication> applicationForKey(const std::string& key) const override;
+  Found applicationsForKeys(const std::vector<std::string>& keys) const override;
   std::optional<std::string> knownName(const std::string& key) const override;
-  std::optional<InstalledApplication> applicationAt(const std::string& path) const override;
+  Found applicationsAt(const std::vector<std::string>& paths) const override;
 
  private:
   std::shared_ptr<DesktopEntries> m_installed; // reads a folder again when it has changed

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/hooks/PersonsHooks.h"
 
+#include "platform/linux/hooks/HookProcess.h"
 #include "platform/posix/files/OwnFolder.h"
 #include "platform/posix/process/ExecPointers.h"
-#include "platform/posix/process/OpenDescriptors.h"
 #include "platform/posix/process/SignalsBlocked.h"
 
 #include <charconv>
@@ -14,7 +14,6 @@
 #include <filesystem>
 #include <optional>
 #include <set>
-#include <string_view>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -96,25 +95,6 @@ void killSession(Pid session) {
   }
 }
 
-// Between fork and exec, so only calls that are safe there.
-[[noreturn]] void becomeHook(char* const* arguments, char* const* environment, std::chrono::seconds limit) {
-  ::setsid();
-  ::alarm(static_cast<unsigned>(limit.count())); // for when this program has ended
-  const int nothing = ::open("/dev/null", O_RDWR);
-  ::dup2(nothing, STDIN_FILENO);
-  if (::fcntl(STDERR_FILENO, F_GETFD) < 0) ::dup2(nothing, STDERR_FILENO);
-  ::dup2(STDERR_FILENO, STDOUT_FILENO);
-  closeAllAtExecFrom(STDERR_FILENO + 1);
-  for (int number = 1; number < NSIG; ++number) ::signal(number, SIG_DFL);
-  sigset_t none;
-  ::sigemptyset(&none);
-  ::sigprocmask(SIG_SETMASK, &none, nullptr);
-  ::execve(arguments[0], arguments, environment);
-  constexpr std::string_view line = "vantle: a hook cannot be started.\n";
-  [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, line.data(), line.size());
-  ::_exit(127);
-}
-
 } // namespace
 
 PersonsHooks::~PersonsHooks() { letGo(); }
@@ -129,7 +109,7 @@ bool PersonsHooks::start(const std::string& name, const Variables& variables, st
   const std::vector<char*> environmentPointers = execPointers(environment);
   std::optional<SignalsBlocked> blocked(std::in_place);
   const Pid pid = ::fork();
-  if (pid == 0) becomeHook(argumentPointers.data(), environmentPointers.data(), m_longestRun);
+  if (pid == 0) leadHook(argumentPointers.data(), environmentPointers.data(), m_longestRun);
   blocked.reset();
   if (pid < 0) return false;
   m_running = pid;

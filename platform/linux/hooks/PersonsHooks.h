@@ -15,9 +15,9 @@
 
 namespace vantle {
 
-// Executable files in a folder of the person's own, each in a session of its own, with this program's
-// standard error stream as output. Whatever it leaves running in that session is ended with it, in whatever
-// process group. One that runs when this program ends runs on, for the rest of its time.
+// Executable files in a folder of the person's own, each in a session of its own; what it prints goes to this
+// program's standard error stream, up to mostHookOutput. Whatever it leaves running in that session is ended
+// with it, in whatever process group. One that runs when this program ends runs on, for the rest of its time.
 class PersonsHooks final : public Hooks {
  public:
   PersonsHooks(EventLoop& loop, std::string folder,

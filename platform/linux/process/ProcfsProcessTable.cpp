@@ -3,6 +3,7 @@
 
 #include "platform/linux/band/UnitPath.h"
 #include "platform/linux/process/KernelFile.h"
+#include "platform/linux/process/ProcessOrigin.h"
 #include "platform/linux/process/ProcessRecords.h"
 
 #include <charconv>
@@ -77,6 +78,8 @@ std::optional<std::uint64_t> ProcfsProcessTable::birthMark() const {
 std::string ProcfsProcessTable::place(Pid pid) const {
   return appPlaceOf(userManagerPath(m_kernel->user()), m_kernel->unifiedPath(pid));
 }
+
+std::string ProcfsProcessTable::origin(Pid pid) const { return readOrigin(*m_kernel, pid); }
 
 std::optional<std::string> ProcfsProcessTable::executablePathBytes(Pid pid) const {
   const std::string link = std::to_string(pid) + "/exe";

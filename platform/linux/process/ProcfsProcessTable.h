@@ -23,6 +23,7 @@ class ProcfsProcessTable final : public ProcessTable {
   std::optional<std::uint64_t> birthMark() const override;
   // The path of the user manager's unit, if it is one that desktops make for an app.
   std::string place(Pid pid) const override;
+  std::string origin(Pid pid) const override; // see originOf
   // Without the mark that the kernel puts behind the path of a file that was deleted or replaced by an
   // update.
   std::optional<std::string> executablePathBytes(Pid pid) const override;

@@ -11,7 +11,8 @@
 namespace vantle {
 
 // One app of the desktop: a process that owns windows, or owned one and still lives. Who it is was read when
-// its first window was seen, and is not read again once its launch has been told.
+// its first window was seen, and once its launch has been told it is not read again if a desktop file was
+// found.
 class LinuxApplication final : public RunningApplication {
  public:
   // What only the window system can tell or do. Outlived by the apps: a dead one answers nothing.

@@ -302,7 +302,9 @@ void WindowedWorkspace::endRoles(App& app) {
 void WindowedWorkspace::adoptOwner(const WindowFacts& window) {
   if (window.pid == 0 || window.kind == WindowKind::passing) return;
   App* app = find(window.pid);
-  if (app == nullptr) {
+  if (app != nullptr) {
+    identifyLate(*app, window);
+  } else {
     std::unique_ptr<App> made = makeApp(window);
     if (!made) return;
     app = made.get();
@@ -349,16 +351,39 @@ std::unique_ptr<WindowedWorkspace::App> WindowedWorkspace::makeApp(const WindowF
 AppIdentity WindowedWorkspace::identify(const AppEvidence& evidence) {
   const std::vector<DesktopEntry>& entries = m_options.installed->all();
   if (const DesktopEntry* entry = findEntry(evidence, entries)) return identityOf(evidence, entry);
+  static BoundedWait wait(8);
   // Started from a desktop file that is installed nowhere, such as one on the desktop.
   if (!evidence.launchedFile.empty()) {
     const std::string id = fileNameOf(evidence.launchedFile);
-    static BoundedWait wait(8);
     const auto entry = wait.answer(longestLook, [file = evidence.launchedFile, id] {
       return readDesktopEntry(file, id.substr(0, id.rfind(".desktop")));
     });
     if (entry && *entry) return identityOf(evidence, &**entry);
   }
+  // Nobody has installed the image.
+  if (!evidence.imageFolder.empty()) {
+    const auto entry =
+        wait.answer(longestLook, [folder = evidence.imageFolder] { return readImagesEntry(folder); });
+    if (entry && *entry) return identityOf(evidence, &**entry);
+  }
   return identityOf(evidence, nullptr);
+}
+
+// Some windows are shown before they say whose they are: an office's, while the document is still being read.
+// It is the same app all the while, so nothing of it ends; but what was decided about it may be another
+// matter.
+void WindowedWorkspace::identifyLate(App& app, const WindowFacts& window) {
+  const bool isFirst = app.window == window.id && app.roles.size() == 1 && !app.evidence;
+  if (!isFirst || app.application->bundlePath() || app.roles.contains(namesOf(window))) return;
+  AppEvidence evidence = readEvidence(app.pid());
+  addWindow(evidence, window);
+  AppIdentity identity = identify(evidence);
+  app.roles = {{namesOf(window), app.application}};
+  if (!identity.bundlePath) return;
+  app.application->setIdentity(std::move(identity));
+  if (m_isStarting) return;
+  const bool isInFront = app.application == m_front;
+  m_events.emplace_back(isInFront ? WorkspaceEvent::activated : WorkspaceEvent::launched, app.application);
 }
 
 // In the order in which they came, so that nobody hears of a later app first.

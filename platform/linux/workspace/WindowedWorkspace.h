@@ -21,7 +21,8 @@ namespace vantle {
 // The apps of a desktop that says which windows it has. An app is a process that owns an ordinary window, or
 // owned one and still lives; several windows of one process are one app, unless they say themselves that they
 // are not: a browser's window can be a web app's, with a desktop file of its own. Such a process is the app
-// whose window was in front last, and of its apps one without windows has ended. Processes of the desktop
+// whose window was in front last, and of its apps one without windows has ended. What no desktop file is
+// known of is looked up again when its first window says something else of itself. Processes of the desktop
 // itself (panels, docks, …) are accessory apps, and never the front app: what was in front before stays so
 // while the person uses them. Without a desktop there are no apps.
 class WindowedWorkspace final : public Workspace {
@@ -58,6 +59,7 @@ class WindowedWorkspace final : public Workspace {
   void adoptOwner(const WindowFacts& window);
   std::unique_ptr<App> makeApp(const WindowFacts& window);
   AppIdentity identify(const AppEvidence& evidence);
+  void identifyLate(App& app, const WindowFacts& window);
   void takeRoleOf(App& app, const WindowFacts& window);
   void endRoles(App& app);
   void endLaunchersAsGames(const App& game);

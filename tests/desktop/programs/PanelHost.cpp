@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 // The tray icon and the panel, as the shell has them, over a simulated desktop. Says on its output what
 // happens ("ready PLUGIN" with the toolkit's plugin, "opened X Y WIDTH HEIGHT", "moved X Y WIDTH HEIGHT",
-// "closed", "discarded", "settings", "quit"), and does what it is told on its input ("boost", "stop",
-// "scheme", answered with "scheme dark|light ICONTHEME", "state", answered with "state APP|idle on|off" for
-// the Boost app and whether Boosts start by themselves), saying "done" with it afterwards.
+// "closed", "menu X Y WIDTH HEIGHT", "discarded", "settings", "quit"), and does what it is told on its input
+// ("boost", "stop", "scheme", answered with "scheme dark|light ICONTHEME", "state", answered with "state
+// APP|idle on|off" for the Boost app and whether Boosts start by themselves), saying "done" with it
+// afterwards.
 #include "desktop/Desktop.h"
 #include "desktop/QtEventLoop.h"
 #include "engine/Engine.h"
@@ -15,6 +16,7 @@
 
 #include <QGuiApplication>
 #include <QIcon>
+#include <QQuickWindow>
 #include <QSocketNotifier>
 #include <cstdio>
 #include <iostream>
@@ -64,6 +66,8 @@ int main(int argc, char** argv) {
     QObject::connect(panel.window(), &QWindow::yChanged, &panel, moved);
   });
   QObject::connect(&panel, &PanelController::closed, [] { say("closed"); });
+  QObject::connect(&panel.menu(), &IconMenu::opened,
+                   [&panel] { say("menu " + numbers(panel.menu().window()->geometry())); });
   QObject::connect(&panel, &PanelController::discarded, [] { say("discarded"); });
   const TrayItem tray(engine, panel, desktop->tray());
   const std::unique_ptr<Registration> activation =

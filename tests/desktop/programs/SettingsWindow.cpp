@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 // The settings window over a simulated engine, with real files of settings, autostart and apps in the XDG
 // folders. Does what the lines of a pipe say (its only argument), and says "done LINE" after each:
-//   show | boost-front | release-after MILLISECONDS | where LABEL | focus | scrolled | state | look | quit
+//   show | boost-front | release-after MILLISECONDS | where LABEL | focus | seen | scrolled | free | state |
+//   look | quit
 #include "desktop/Desktop.h"
 #include "desktop/QtEventLoop.h"
 #include "look/Appearance.h"
@@ -68,6 +69,17 @@ class Program {
     const QPointF middle = item->mapToScene(QPointF(item->width() / 2, item->height() / 2));
     say(QString("at %1 %2").arg(qRound(middle.x())).arg(qRound(middle.y())));
   }
+  // Whether all of what has the keyboard is within what it scrolls in.
+  static void saySeen() {
+    const QQuickItem* const item = view()->activeFocusItem();
+    const QQuickItem* area = item;
+    while (area != nullptr && area->metaObject()->indexOfMethod("reveal(QVariant)") < 0)
+      area = area->parentItem();
+    const bool isSeen =
+        area != nullptr && area->mapRectToScene(area->boundingRect())
+                               .contains(item->mapRectToScene({0, 0, item->width(), item->height()}));
+    say(isSeen ? "seen" : "hidden");
+  }
   // How far the pane is scrolled, and how far it can be, in points.
   static void sayScrolled() {
     qreal most = 0;
@@ -123,7 +135,12 @@ class Program {
       const QQuickItem* item = view()->activeFocusItem();
       say("focus " + (item != nullptr ? item->property("label").toString() : QString("nothing")));
     }
+    if (verb == "seen") saySeen();
     if (verb == "scrolled") sayScrolled();
+    if (verb == "free") {
+      const QRect free = QGuiApplication::primaryScreen()->availableGeometry();
+      say(QString("free %1x%2").arg(free.width()).arg(free.height()));
+    }
     if (verb == "state") view() != nullptr ? sayState() : say("no window");
     if (verb == "look")
       say(QString("look %1, scale %2")

@@ -469,9 +469,12 @@ bool LinuxRun::hasMovableUnit(Pid app) const {
     const bool isVantles = other.find("/app-vantle-") != std::string::npos;
     if (isVantles && other != *path && other.ends_with("-" + std::to_string(app) + ".scope")) return false;
   }
+  const std::uint64_t start = m_machine.processes.find(app)->startMicros;
   for (const auto& [pid, process] : m_machine.processes.all()) {
     const std::string* place = kernel.units.pathOf(pid);
     const bool isIts = m_checker.ownerOf(process) == app;
+    // It may have been put there meanwhile, to what became its own by that.
+    if (place != nullptr && *place == *path && process.startMicros < start) return false;
     if (isIts && (isUntouchable(process) || isDisturbed(pid))) return false;
     // With others in it, it has to move; that is not demanded where it may come back into a unit that is
     // full.

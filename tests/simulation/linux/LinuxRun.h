@@ -25,6 +25,7 @@ class LinuxTruth final : public BandTruth {
   bool isOurs(Pid pid) const override { return m_kernel->isMarkedIn(pid); }
   bool canSlowAll() const override { return false; }
   std::string effectOf(Pid pid) const override { return m_kernel->effectOf(pid); }
+  bool listsZombies() const override { return false; }
 
  private:
   const SimulatedLinux* m_kernel = nullptr;

@@ -44,6 +44,8 @@ std::string LinuxTable::place(Pid pid) const {
   return appPlaceOf(userManagerPath(m_kernel.user()), m_kernel.unifiedPath(pid));
 }
 
+std::string LinuxTable::origin(Pid pid) const { return m_machine.processes.origin(pid); }
+
 std::optional<std::string> LinuxTable::executablePathBytes(Pid pid) const {
   return m_machine.processes.executablePathBytes(pid);
 }

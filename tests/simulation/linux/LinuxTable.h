@@ -19,6 +19,7 @@ class LinuxTable final : public ProcessTable {
   std::vector<ProcessRecord> scan() const override;
   std::optional<std::uint64_t> birthMark() const override;
   std::string place(Pid pid) const override;
+  std::string origin(Pid pid) const override;
   std::optional<std::string> executablePathBytes(Pid pid) const override;
   std::optional<std::uint64_t> footprint(Pid pid) const override;
   std::optional<std::uint64_t> cpuTime(Pid pid) const override;

@@ -3,7 +3,7 @@
 //
 //   --title TEXT        WM_NAME and _NET_WM_NAME, byte for byte
 //   --class NAME        WM_CLASS (instance and class)
-//   --next-class NAME   WM_CLASS of the windows that SIGUSR2 opens
+//   --next-class NAME   WM_CLASS of the windows that SIGUSR2 opens, and of all after SIGURG
 //   --raw-class BYTES   WM_CLASS as it stands, without its zero bytes
 //   --claim-pid N       _NET_WM_PID, true or not
 //   --app-id ID         _GTK_APPLICATION_ID
@@ -17,9 +17,9 @@
 //   --children N        N child processes, busy with --burn
 //   --threads N         N more threads, busy with --burn
 //
-// SIGUSR1 forks one more child, SIGUSR2 opens one more window, SIGWINCH destroys the newest. Without --title,
-// --class and --claim-pid the window carries no property at all but the protocol of closing. Ends when a
-// window is closed politely.
+// SIGUSR1 forks one more child, SIGUSR2 opens one more window, SIGWINCH destroys the newest; SIGURG renames
+// them all, and SIGIO gives the newest a hundred titles. Without --title, --class and --claim-pid the window
+// carries no property at all but the protocol of closing. Ends when a window is closed politely.
 #include "tests/support/X11Messages.h"
 
 #include <atomic>
@@ -59,6 +59,12 @@ struct Options {
   int threads = 0;
 };
 
+// Instance and class, each with a zero behind it.
+std::string bothParts(std::string name) {
+  name += '\0';
+  return name + name;
+}
+
 std::optional<Options> parse(const std::vector<std::string>& arguments) {
   Options options;
   for (std::size_t at = 0; at < arguments.size(); ++at) {
@@ -67,11 +73,9 @@ std::optional<Options> parse(const std::vector<std::string>& arguments) {
     if (name == "--title") {
       options.title = value();
     } else if (name == "--class") {
-      const std::string text = value();
-      options.windowClass = text + '\0' + text + '\0';
+      options.windowClass = bothParts(value());
     } else if (name == "--next-class") {
-      const std::string text = value();
-      options.nextClass = text + '\0' + text + '\0';
+      options.nextClass = bothParts(value());
     } else if (name == "--raw-class") {
       options.windowClass = value();
     } else if (name == "--claim-pid") {
@@ -123,6 +127,8 @@ class TestWindow {
     ::sigaddset(&watched, SIGUSR1);
     ::sigaddset(&watched, SIGUSR2);
     ::sigaddset(&watched, SIGWINCH);
+    ::sigaddset(&watched, SIGURG);
+    ::sigaddset(&watched, SIGIO);
     ::sigprocmask(SIG_BLOCK, &watched, nullptr);
     m_signals = ::signalfd(-1, &watched, SFD_CLOEXEC);
   }
@@ -186,6 +192,20 @@ class TestWindow {
     m_windows.pop_back();
   }
 
+  void renameWindows() {
+    m_options.windowClass = m_options.nextClass;
+    for (const xcb_window_t window : m_windows)
+      setText(window, XCB_ATOM_WM_CLASS, XCB_ATOM_STRING, m_options.windowClass.value_or(""));
+    xcb_flush(m_connection);
+  }
+
+  void changeTitles() {
+    if (m_windows.empty()) return;
+    for (int count = 1; count <= 100; ++count)
+      setText(m_windows.back(), XCB_ATOM_WM_NAME, XCB_ATOM_STRING, std::to_string(count));
+    xcb_flush(m_connection);
+  }
+
   void forkChild() const {
     if (::fork() != 0) return;
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
@@ -219,6 +239,8 @@ class TestWindow {
         openWindow();
       }
       if (arrived.ssi_signo == SIGWINCH) destroyWindow();
+      if (arrived.ssi_signo == SIGURG) renameWindows();
+      if (arrived.ssi_signo == SIGIO) changeTitles();
     }
   }
 

@@ -113,6 +113,17 @@ TEST_F(MemoryNotice, NamesTheThreeThatUseMostLargestFirst) {
                   "memory."}));
 }
 
+TEST_F(MemoryNotice, IsInTheWordsThatTheEngineWasGiven) {
+  start();
+  engine->speak(
+      {.almostFull = "Voll", .runningLow = "Knapp", .usingMost = "Am meisten: %1!", .quitting = "%1 geht"});
+  open(sized("50%1", 100));
+  playGame();
+  machine.pressure.raise(false);
+  EXPECT_EQ(lastTitle(), "Knapp");
+  EXPECT_EQ(lastBody(), "Am meisten: 50%1 100 MB!");
+}
+
 TEST_F(MemoryNotice, ChargesAnAppForItsWholeTreeAndUnreadableProcessesNothing) {
   start();
   const SimulatedAppRef browser = open(sized("Browser", 10));

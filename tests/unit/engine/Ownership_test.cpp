@@ -69,6 +69,105 @@ TEST_F(Ownership, AnOrphanInThePlaceOfOneAppIsItsOwnAndOfTwoNobodys) {
   EXPECT_EQ(look().appOf(orphan), 0);
 }
 
+// What waits for a browser's crash has left its tree and its session, as has Wine's server its games'.
+TEST_F(Ownership, AnOrphanThatCameWithOneAppIsItsOwnAndWithTwoNobodys) {
+  start();
+  AppSpec spec = named("Browser");
+  spec.origin = "folder:/opt/browser";
+  const SimulatedAppRef browser = open(spec);
+  const Pid helper = machine.processes.spawn({.leadsSession = true, .origin = spec.origin});
+  const Pid stranger = machine.processes.spawn({.leadsSession = true, .origin = "folder:/opt/other"});
+  const Pid unknown = machine.processes.spawn({.leadsSession = true});
+  EXPECT_EQ(look().appOf(helper), browser->processIdentifier());
+  EXPECT_EQ(look().appOf(stranger), 0);
+  EXPECT_EQ(look().appOf(unknown), 0);
+  const SimulatedAppRef game = playGame();
+  EXPECT_TRUE(isSlow(helper));
+  EXPECT_FALSE(isSlow(stranger));
+  machine.quit(game);
+  EXPECT_FALSE(isSlow(helper));
+  open(spec);
+  EXPECT_EQ(look().appOf(helper), 0);
+}
+
+TEST_F(Ownership, AServiceIsNotAnAppsOrphanThoughTheyCameTogether) {
+  AppSpec spec = named("Browser");
+  spec.origin = "folder:/opt/browser";
+  open(spec);
+  const Pid service =
+      machine.processes.spawn({.leadsSession = true, .place = "browser.service", .origin = spec.origin});
+  EXPECT_EQ(look().appOf(service), 0);
+}
+
+// An office's window is there before the document that it is called after.
+TEST_F(Ownership, AnAppOfWhichMoreIsKnownLaterIsListedAndProtectedByThat) {
+  start();
+  settings->protectedApps.set({"org.example.Player"});
+  const SimulatedAppRef app = open("something.bin");
+  playGame();
+  app->spec = named("Office");
+  machine.workspace.addAgain(app);
+  machine.workspace.deliverAll();
+  EXPECT_THAT(engine->managedNames.get(), ElementsAre("Office"));
+  EXPECT_EQ(engine->managed().at(app->processIdentifier()).bundleID, "org.example.Office");
+  EXPECT_TRUE(isSlow(app));
+  app->spec = named("Player");
+  machine.workspace.addAgain(app);
+  machine.workspace.deliverAll();
+  EXPECT_FALSE(isSlow(app));
+  EXPECT_EQ(verdictOn(app), Verdict::protectedByPerson);
+}
+
+TEST_F(Ownership, WhatAnOrphanCameWithSaysMoreThanWhereItWasStarted) {
+  const SimulatedAppRef terminal = openWithSession("Terminal");
+  AppSpec spec = named("Browser");
+  spec.parent = terminal->processIdentifier();
+  spec.origin = "folder:/opt/browser";
+  const SimulatedAppRef browser = open(spec);
+  const Pid middle = childOf(browser);
+  const Pid helper = machine.processes.spawn({.parent = middle, .origin = spec.origin});
+  machine.processes.exit(middle);
+  EXPECT_EQ(look().appOf(helper), browser->processIdentifier());
+}
+
+// The first process of its session has ended once it had started the app.
+class Launched : public Ownership {
+ protected:
+  Launched() {
+    launcher = machine.processes.spawn({.leadsSession = true, .role = ProcessRole::starter});
+    earlier = childOf(launcher);
+    later();
+    mail = openBelow("Mail", launcher);
+  }
+  Pid launcher = 0;
+  Pid earlier = 0;
+  SimulatedAppRef mail;
+};
+
+TEST_F(Launched, WhatAnAppLeavesBehindIsItsOwnWithoutItsLauncher) {
+  const Pid orphan = orphanOf(mail);
+  EXPECT_EQ(look().appOf(orphan), 0) << "the launcher may have started it, too";
+  machine.processes.exit(launcher);
+  EXPECT_EQ(look().appOf(orphan), mail->processIdentifier());
+  EXPECT_EQ(look().appOf(earlier), 0) << "it was there before";
+  const Pid born = childOf(orphan);
+  EXPECT_EQ(look().appOf(born), mail->processIdentifier());
+}
+
+TEST_F(Launched, NobodyKnowsWhichOfTwoAppsHasLeftSomethingBehind) {
+  openBelow("Notes", launcher);
+  const Pid orphan = orphanOf(mail);
+  machine.processes.exit(launcher);
+  EXPECT_EQ(look().appOf(orphan), 0);
+}
+
+TEST_F(Launched, WhatIsLeftInTheDesktopsSessionIsNobodys) {
+  machine.processes.spawn({.parent = launcher, .role = ProcessRole::system});
+  const Pid orphan = orphanOf(mail);
+  machine.processes.exit(launcher);
+  EXPECT_EQ(look().appOf(orphan), 0);
+}
+
 TEST_F(Ownership, APartOfTheSystemIsNobodysOrphan) {
   const SimulatedAppRef mail = openWithSession("Mail");
   const Pid middle = childOf(mail);
@@ -266,6 +365,39 @@ TEST_F(Wrapped, SeveralAroundEachOtherAreAllTheApps) {
   EXPECT_EQ(look().appOf(outer), m_app->processIdentifier());
 }
 
+// An image serves the file system that its app runs from, for as long as that runs.
+TEST_F(Wrapped, WhatItHasStartedBesideTheAppIsTheAppsAsWell) {
+  start();
+  const Pid wrapper = machine.processes.spawn({.leadsSession = true});
+  const Pid server = childOf(wrapper);
+  ASSERT_TRUE(isItsWrapper(wrapper));
+  EXPECT_EQ(look().appOf(server), m_app->processIdentifier());
+  const Pid born = childOf(server);
+  EXPECT_EQ(look().appOf(born), m_app->processIdentifier());
+  const SimulatedAppRef game = playGame();
+  for (const Pid pid : {m_app->processIdentifier(), wrapper, server}) EXPECT_TRUE(isSlow(pid)) << pid;
+  machine.quit(game);
+  for (const Pid pid : {m_app->processIdentifier(), wrapper, server}) EXPECT_FALSE(isSlow(pid)) << pid;
+}
+
+TEST_F(Wrapped, ASecondAppBesideTheFirstTakesTheWrapperFromBoth) {
+  const Pid wrapper = machine.processes.spawn({.leadsSession = true});
+  const Pid second = childOf(wrapper);
+  ASSERT_TRUE(isItsWrapper(wrapper));
+  machine.showWindow(second, named("Second"), Opening::inBackground);
+  EXPECT_EQ(look().appOf(wrapper), 0);
+  EXPECT_EQ(look().appOf(second), second);
+}
+
+TEST_F(Wrapped, TheLauncherOfTheWrapperMayHaveEnded) {
+  const Pid launcher = machine.processes.spawn({.leadsSession = true, .role = ProcessRole::starter});
+  const Pid wrapper = childOf(launcher);
+  EXPECT_FALSE(isItsWrapper(wrapper)) << "it may start more";
+  machine.quit(m_app);
+  machine.processes.exit(launcher);
+  EXPECT_TRUE(isItsWrapper(wrapper));
+}
+
 TEST_F(Wrapped, NobodyElseIsAWrapper) {
   const auto leader = [this](ProcessRole role) {
     return machine.processes.spawn({.leadsSession = true, .role = role});
@@ -273,9 +405,13 @@ TEST_F(Wrapped, NobodyElseIsAWrapper) {
   EXPECT_FALSE(isItsWrapper(leader(ProcessRole::starter)));
   EXPECT_FALSE(isItsWrapper(leader(ProcessRole::system)));
   EXPECT_FALSE(isItsWrapper(machine.processes.spawn({}))) << "in somebody else's session";
-  const Pid busy = leader(ProcessRole::program);
-  childOf(busy);
-  EXPECT_FALSE(isItsWrapper(busy)) << "it does other things, too";
+  const Pid starter = leader(ProcessRole::program);
+  machine.processes.spawn({.parent = starter, .leadsSession = true});
+  EXPECT_FALSE(isItsWrapper(starter)) << "it starts things for others, too";
+  const Pid desktop = leader(ProcessRole::program);
+  childOf(desktop);
+  machine.processes.spawn({.parent = childOf(desktop), .role = ProcessRole::system});
+  EXPECT_FALSE(isItsWrapper(desktop)) << "it starts the desktop, too";
   const Pid menu = leader(ProcessRole::program);
   EXPECT_TRUE(isItsWrapper(menu));
   EXPECT_FALSE(isItsWrapper(menu)) << "it has started two";
@@ -287,11 +423,6 @@ TEST_F(Wrapped, NobodyElseIsAWrapper) {
 // A store without windows of its own has started both the game and the process that draws for it.
 class LauncherWithoutWindows : public Ownership {
  protected:
-  struct Case {
-    const char* what;
-    ProcessSpec client;
-    bool isSpared;
-  };
   bool isSpared(const ProcessSpec& spec, const std::function<void(Pid client)>& andAlso = {}) {
     start();
     const Pid client = machine.processes.spawn(spec);

@@ -176,11 +176,12 @@ TEST_P(ShouldManageOrder, TheFirstRuleThatAppliesEndsTheChecking) {
 
 const Names upToPolicy{"policy"};
 const Names upToTerminated{"policy", "terminated"};
+const Names upToTerminatedAndItsNewName{"policy", "terminated", "name", "bundle identifier"}; // for the list
 const Names upToIdentifier{"policy", "terminated", "bundle identifier"};
 
 INSTANTIATE_TEST_SUITE_P(Each, ShouldManageOrder,
                          testing::Values(Asked{0, {}}, Asked{1, upToPolicy}, Asked{2, upToTerminated},
-                                         Asked{3, upToTerminated}, Asked{4, upToTerminated},
+                                         Asked{3, upToTerminated}, Asked{4, upToTerminatedAndItsNewName},
                                          Asked{5, upToTerminated}, Asked{6, upToIdentifier},
                                          Asked{7, upToIdentifier}));
 

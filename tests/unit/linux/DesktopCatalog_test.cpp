@@ -5,6 +5,7 @@
 #include "tests/support/TemporaryFolder.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -81,6 +82,17 @@ TEST_F(DesktopCatalogTest, MenuHidesButAKeyStillFinds) {
   EXPECT_TRUE(catalog.applicationForKey("hidden"));
 }
 
+TEST_F(DesktopCatalogTest, AnswersInTheOrderOfTheQuestions) {
+  install("one", "Name=One\n");
+  install("two", "Name=Two\n");
+  const ApplicationCatalog::Found found = catalog.applicationsForKeys({"two", "none", "one", "two"});
+  ASSERT_EQ(found.size(), 4U);
+  EXPECT_EQ(found[0]->name, "Two");
+  EXPECT_FALSE(found[1]);
+  EXPECT_EQ(found[2]->name, "One");
+  EXPECT_EQ(found[3], found[0]);
+}
+
 TEST_F(DesktopCatalogTest, DeletedOrBrokenAppsAreNone) {
   install("gone", "Name=Gone\nHidden=true\n");
   folder.write("data/applications/broken.desktop", "[Desktop");
@@ -105,6 +117,49 @@ TEST_F(DesktopCatalogTest, FileElsewhereIsNamedAfterItself) {
             (InstalledApplication{"My Game", "A Game", "/x/game.png", path, "true"}));
   EXPECT_FALSE(catalog.applicationAt((folder.path() / "nowhere.desktop").string()));
   EXPECT_FALSE(catalog.applicationAt(folder.write("note.txt", "[Desktop Entry]\n").string()));
+}
+
+struct ProgramsOnDisk : DesktopCatalogTest {
+  std::string program(const std::string& file, const std::string& bytes) const {
+    const std::filesystem::path path = folder.write(file, bytes);
+    std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+    return path.string();
+  }
+  // The key of the app, with "*" where it is only a name.
+  std::string keyOf(const std::string& path) const {
+    const auto application = catalog.applicationAt(path);
+    return application ? application->key + (application->isByName ? "*" : "") : "none";
+  }
+  const std::string elf = std::string("\x7f"
+                                      "ELF") +
+                          std::string(4, '\0');
+};
+
+TEST_F(ProgramsOnDisk, AreCalledAsWhenTheyRun) {
+  EXPECT_EQ(keyOf(program("opt/supergame", elf)), "supergame*");
+  EXPECT_EQ(keyOf(program("opt/Krita-5.2.AppImage", elf + "AI\x02")), "Krita-5.2");
+  EXPECT_EQ(keyOf(program("opt/no-ending", elf + "AI\x02")), "no-ending");
+  EXPECT_EQ(keyOf(program("opt/old.appimage", "#!/bin/sh\n")), "old");
+  EXPECT_EQ(keyOf(folder.write("wine/tetris.EXE", "MZ").string()), "Tetris*");
+  EXPECT_EQ(keyOf(folder.write("wine/Half Life.exe", "MZ").string()), "Half Life*");
+  EXPECT_EQ(keyOf(folder.write("wine/Game.exe", "MZ").string()), "game.exe*") << "as Wine calls the window";
+}
+
+TEST_F(ProgramsOnDisk, GoByTheirDesktopFile) {
+  const std::string game = program("opt/supergame", elf);
+  folder.write("data/applications/org.example.Super.desktop",
+               "[Desktop Entry]\nType=Application\nName=Super Game\nExec=" + game + "\n");
+  EXPECT_EQ(keyOf(game), "org.example.Super");
+}
+
+TEST_F(ProgramsOnDisk, AreNoneThatWouldNotBeKnownAgain) {
+  EXPECT_EQ(keyOf(program("opt/start.sh", "#!/bin/sh\n")), "none") << "what it starts has the window";
+  EXPECT_EQ(keyOf(program("opt/python3.11", elf)), "none");
+  EXPECT_EQ(keyOf(program("opt/libgame.so.1", elf)), "none");
+  EXPECT_EQ(keyOf(program("opt/nautilus", elf)), "none") << "a part of the system";
+  EXPECT_EQ(keyOf(folder.write("opt/object", elf).string()), "none") << "nobody may run it";
+  EXPECT_EQ(keyOf(folder.write("opt/text.exe", "text").string()), "none");
+  EXPECT_EQ(keyOf(program("opt/empty", "")), "none");
 }
 
 TEST_F(DesktopCatalogTest, IconOfAnOldFileLosesItsEnding) {

@@ -49,6 +49,17 @@ TEST_F(AppIcons, OfNothingOrNonsenseIsNone) {
     EXPECT_TRUE(appIcon(icons, picture("good.png", {16, 16}), pixels).isNull()) << pixels;
 }
 
+TEST_F(AppIcons, AreTheDesktopsWhereTheSourceIsNoPicture) {
+  for (const QString& source : {folder.path(), QString("any-app")}) {
+    icons.pictured = source;
+    const QImage icon = appIcon(icons, source, 20);
+    EXPECT_EQ(icon.size(), QSize(20, 20)) << source.toStdString();
+    EXPECT_EQ(icon.pixelColor(10, 10), QColor(Qt::blue)) << source.toStdString();
+  }
+  const QString red = icons.pictured = picture("red.png", {20, 20});
+  EXPECT_EQ(appIcon(icons, red, 20).pixelColor(10, 10), QColor(Qt::red));
+}
+
 TEST_F(AppIcons, TooLargeIsNotEvenRead) {
   EXPECT_TRUE(appIcon(icons, file("large.png", QByteArray(9 * 1024 * 1024, 'x')), 20).isNull());
   // A header that promises 60000 by 60000.

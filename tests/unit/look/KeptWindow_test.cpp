@@ -9,6 +9,8 @@
 #include <QGuiApplication>
 #include <QPointer>
 #include <gtest/gtest.h>
+#include <string>
+#include <vector>
 
 namespace vantle {
 namespace {
@@ -22,6 +24,7 @@ class CountedWindow final : public KeptWindow {
   void open() { keep(); }
   void close() { releaseLater(); }
 
+  std::vector<std::string>* said = nullptr;
   int made = 0;
   int destroyed = 0;
   int renewed = 0;
@@ -30,6 +33,7 @@ class CountedWindow final : public KeptWindow {
  private:
   void make(LookEngine& views) override {
     ++made;
+    if (said != nullptr) said->emplace_back("made");
     engine = &views;
   }
   void destroy() override {
@@ -37,6 +41,15 @@ class CountedWindow final : public KeptWindow {
     ++destroyed;
   }
   void renew(LookEngine&) override { ++renewed; }
+};
+
+class CountedFront final : public Front {
+ public:
+  explicit CountedFront(std::vector<std::string>& said) : m_said(said) {}
+  void take() override { m_said.emplace_back("front"); }
+
+ private:
+  std::vector<std::string>& m_said;
 };
 
 class Kept : public testing::Test {
@@ -77,6 +90,18 @@ TEST_F(Kept, WindowThatIsWantedAgainInTimeIsTheSame) {
   EXPECT_EQ(window.made, 1);
   EXPECT_EQ(window.destroyed, 0);
   EXPECT_TRUE(window.holdsMemory());
+}
+
+TEST_F(Kept, WindowComesForwardByItsAppWhereDesktopsWantIt) {
+  std::vector<std::string> said;
+  CountedFront front(said);
+  CountedWindow other{{settings, icons, heap, linuxWords, &front}};
+  other.said = &said;
+  EXPECT_EQ(said, std::vector<std::string>{});
+  other.open();
+  EXPECT_EQ(said, (std::vector<std::string>{"front", "made"}));
+  other.open();
+  EXPECT_EQ(said, (std::vector<std::string>{"front", "made", "front"})) << "it may be behind other apps";
 }
 
 TEST_F(Kept, WindowIsDrawnAnewWithAnotherFontAndOnlyThen) {

@@ -5,11 +5,15 @@
 #include "tests/unit/look/MemoryDefaults.h"
 #include "tests/unit/look/PlainDesktop.h"
 
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QGuiApplication>
+#include <QMouseEvent>
 #include <QQmlComponent>
 #include <QQuickItem>
 #include <QQuickWindow>
+#include <algorithm>
+#include <functional>
 #include <gtest/gtest.h>
 
 namespace vantle {
@@ -41,6 +45,85 @@ TEST_F(Views, EachOneCanBeMade) {
     EXPECT_TRUE(make(view)) << view;
 }
 
+// Views in a window, and a pointer over them.
+class UnderThePointer : public Views {
+ protected:
+  QQuickItem& show(const QByteArray& source) {
+    m_shown = make(source);
+    auto* const item = qobject_cast<QQuickItem*>(m_shown.get());
+    item->setParentItem(m_window.contentItem());
+    m_window.resize(400, 300);
+    m_window.show();
+    m_window.grabWindow(); // a text knows whether it is cut short once it is laid out
+    return *item;
+  }
+  // In two steps: what is under the pointer is told of where it was before.
+  void moveTo(const QPointF& place) {
+    for (const QPointF& step : {place - QPointF(1, 1), place}) {
+      QMouseEvent move(QEvent::MouseMove, step, m_window.mapToGlobal(step), Qt::NoButton, Qt::NoButton,
+                       Qt::NoModifier);
+      QCoreApplication::sendEvent(&m_window, &move);
+      QCoreApplication::processEvents();
+    }
+  }
+  long countOf(const QString& text) const { return count(*m_window.contentItem(), text); }
+  static bool until(const std::function<bool()>& holds) {
+    const QDeadlineTimer guard(20'000);
+    while (!holds() && !guard.hasExpired()) QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    return holds();
+  }
+
+ private:
+  static long count(const QQuickItem& item, const QString& text) {
+    long found =
+        item.isVisible() && item.inherits("QQuickText") && item.property("text").toString() == text ? 1 : 0;
+    for (const QQuickItem* child : item.childItems()) found += count(*child, text);
+    return found;
+  }
+
+  QQuickWindow m_window;
+  std::unique_ptr<QObject> m_shown;
+};
+
+TEST_F(UnderThePointer, ANameThatIsCutShortHasItsWholeAsATip) {
+  const QString name = "An app whose name is longer than its line";
+  show("NameText { width: 60; height: 30; text: '" + name.toUtf8() + "' }");
+  EXPECT_EQ(countOf(name), 1);
+  moveTo({20, 10});
+  EXPECT_TRUE(until([&] { return countOf(name) == 2; }));
+  moveTo({300, 250});
+  EXPECT_TRUE(until([&] { return countOf(name) == 1; }));
+}
+
+TEST_F(UnderThePointer, ANameThatHasRoomHasNone) {
+  const QQuickItem& name = show("NameText { width: 300; height: 30; text: 'Short' }");
+  moveTo({20, 10});
+  const QList<QQuickItem*> children = name.childItems();
+  for (const QQuickItem* child : children) EXPECT_FALSE(child->property("wanted").toBool());
+  EXPECT_TRUE(std::any_of(children.begin(), children.end(),
+                          [](const QQuickItem* child) { return child->property("wanted").isValid(); }));
+}
+
+TEST_F(UnderThePointer, CapsulesReact) {
+  for (const char* kind : {"false", "true"}) {
+    const QQuickItem& button =
+        show(QByteArray("CapsuleButton { width: 200; text: 'a'; prominent: ") + kind + " }");
+    const auto look = [&button] {
+      QStringList colors;
+      for (const QQuickItem* child : button.childItems()) {
+        if (child->isVisible()) colors.append(child->property("color").value<QColor>().name(QColor::HexArgb));
+      }
+      return colors;
+    };
+    moveTo({300, 250});
+    const QStringList before = look();
+    moveTo({100, 15});
+    EXPECT_TRUE(until([&] { return look() != before; })) << kind;
+    moveTo({300, 250});
+    EXPECT_TRUE(until([&] { return look() == before; })) << kind;
+  }
+}
+
 TEST_F(Views, FollowTheAccentAndTheAppearance) {
   Appearance appearance(scheme);
   appearance.apply(AppearanceMode::light);
@@ -50,6 +133,7 @@ TEST_F(Views, FollowTheAccentAndTheAppearance) {
   EXPECT_FALSE(tint->property("d").toBool());
   settings.accent.set(AccentTheme::teal);
   appearance.apply(AppearanceMode::dark);
+  EXPECT_EQ(scheme.drawn, true);
   EXPECT_EQ(tint->property("c").value<QColor>(), accentColor(AccentTheme::teal));
   EXPECT_TRUE(tint->property("d").toBool());
   const auto* fill = tint->findChild<QQuickItem*>();
@@ -63,9 +147,11 @@ TEST_F(Views, FollowTheDesktopWhileThePersonWantsThat) {
   appearance.apply(AppearanceMode::system);
   const auto words = make("Words { property bool d: Look.dark }");
   EXPECT_FALSE(words->property("d").toBool());
+  EXPECT_EQ(scheme.drawn, std::nullopt);
   scheme.become(true);
   EXPECT_TRUE(words->property("d").toBool());
   appearance.apply(AppearanceMode::light);
+  EXPECT_EQ(scheme.drawn, false) << "title bars too";
   EXPECT_FALSE(words->property("d").toBool());
   scheme.become(false);
   scheme.become(true);

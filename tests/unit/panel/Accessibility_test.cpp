@@ -40,26 +40,12 @@ TEST_F(PanelAccessibility, BoostTellsEveryText) {
   desktop = openSampleDesktop(machine);
   machine.activate(desktop.game);
   open();
-  EXPECT_THAT(told(), IsSupersetOf({"heading: Asteroids",
-                                    "text: Boost on",
-                                    "text: 4",
-                                    "text: in background",
-                                    "text: 1",
-                                    "text: protected",
-                                    "text: Normal",
-                                    "text: memory pressure",
-                                    "heading: In background",
-                                    "heading: Memory",
-                                    "list: In background",
-                                    "row: Web Browser, 1.17 GB",
-                                    "text: Web Browser",
-                                    "text: 1.17 GB",
-                                    "row: Mail, 236 MB",
-                                    "heading: Not touched",
-                                    "list: Not touched",
-                                    "text: Music · playing audio",
-                                    "button: Turn off Boost",
-                                    "button: Quit Vantle"}));
+  EXPECT_THAT(told(),
+              IsSupersetOf({"heading: Asteroids", "text: Boost on", "text: 4 in background",
+                            "text: 1 protected", "text: Normal memory pressure", "heading: In background",
+                            "heading: Memory", "list: In background", "row: Web Browser, 1.17 GB",
+                            "row: Mail, 236 MB", "heading: Not touched", "list: Not touched",
+                            "text: Music · playing audio", "button: Turn off Boost", "button: Quit Vantle"}));
   EXPECT_THAT(told(), Not(Contains("heading: Your Mac")));
 }
 

@@ -2,11 +2,14 @@
 #include "tests/unit/panel/PanelFixture.h"
 
 #include "look/Colors.h"
+#include "look/DisplayText.h"
 #include "panel/TrayItem.h"
+#include "tests/unit/look/ScreenReader.h"
 
 #include <QDateTime>
 #include <QGuiApplication>
 #include <QKeyEvent>
+#include <QLocale>
 #include <QScreen>
 #include <algorithm>
 #include <chrono>
@@ -226,12 +229,24 @@ TEST_F(Panel, TurnsTheBoostOffForGood) {
   EXPECT_EQ(engine.activeGame.get(), nullptr);
 }
 
+TEST(PauseText, NamesTheDayUnlessItIsToday) {
+  const QLocale before;
+  QLocale::setDefault(QLocale::c());
+  const QDateTime end({2026, 11, 24}, {0, 5});
+  const Pause pause{.end = std::chrono::system_clock::from_time_t(end.toSecsSinceEpoch())};
+  EXPECT_EQ(pauseText(pause, {2026, 11, 24}), "Paused until 00:05");
+  EXPECT_EQ(pauseText(pause, {2026, 11, 23}), "Paused until Tue 24 Nov, 00:05");
+  EXPECT_EQ(pauseText(std::nullopt, {2026, 11, 23}), "");
+  QLocale::setDefault(before);
+}
+
 TEST_F(Panel, ShowsUntilWhenBoostsArePaused) {
   openWithSample();
   engine.startPause(std::chrono::minutes(30));
   const QDateTime end = QDateTime::fromSecsSinceEpoch(
       std::chrono::system_clock::to_time_t(machine.clock.now() + std::chrono::minutes(30)));
-  const QString line = "Paused until " + end.toString("HH:mm");
+  const QString line = pauseText(engine.pause.get());
+  EXPECT_TRUE(line.endsWith(end.toString("HH:mm"))) << line.toStdString();
   EXPECT_TRUE(texts().contains(line)) << texts().join('|').toStdString();
   machine.activate(desktop.game);
   EXPECT_TRUE(texts().contains(line));
@@ -245,6 +260,7 @@ TEST_F(Panel, ShowsUntilWhenBoostsArePaused) {
 class LastFace final : public Tray {
  public:
   QString state;
+  QString symbol;
   std::vector<TrayEntry> menu;
   TrayActions actions;
 
@@ -271,7 +287,10 @@ class LastFace final : public Tray {
   class Icon final : public TrayIcon {
    public:
     explicit Icon(LastFace& tray) : m_tray(tray) {}
-    void show(const TrayFace& face) override { m_tray.state = face.state; }
+    void show(const TrayFace& face) override {
+      m_tray.state = face.state;
+      m_tray.symbol = face.symbol;
+    }
     void offer(std::vector<TrayEntry> menu) override { m_tray.menu = std::move(menu); }
 
    private:
@@ -284,12 +303,14 @@ TEST_F(Panel, ItsTrayIconSaysThatBoostsArePaused) {
   LastFace tray;
   const TrayItem item(engine, panel, tray);
   EXPECT_EQ(tray.state, "Boost off");
+  EXPECT_EQ(tray.symbol, "bolt");
   engine.startPause(std::chrono::minutes(30));
   EXPECT_TRUE(tray.state.startsWith("Boost off \u00B7 Paused until ")) << tray.state.toStdString();
   engine.endPause();
   EXPECT_EQ(tray.state, "Boost off");
   machine.activate(desktop.game);
   EXPECT_EQ(tray.state, "Boost on \u00B7 Asteroids");
+  EXPECT_EQ(tray.symbol, "bolt.fill");
 }
 
 TEST_F(Panel, ItsTrayMenuSaysThatBoostsArePausedAndEndsThePause) {
@@ -338,6 +359,26 @@ TEST_F(Panel, ItsTrayMenuNamesTheBoostAppAndTurnsTheBoostOff) {
   tray.choose("Start Boost automatically");
   EXPECT_FALSE(engine.automatic.get());
   EXPECT_TRUE(tray.shownMenu().contains("Start Boost automatically"));
+}
+
+// Of a tray that leaves the menu to the program.
+TEST_F(Panel, ItsTrayMenuIsShownBesideTheIconAndLeadsOn) {
+  LastFace tray;
+  const TrayItem item(engine, panel, tray);
+  const ScreenReader reader;
+  desktop = openSampleDesktop(machine);
+  machine.activate(desktop.game);
+  const QRect icon(10, 4, 22, 22);
+  tray.actions.menuWanted(icon);
+  QQuickWindow* const window = panel.menu().window();
+  ASSERT_TRUE(window != nullptr && window->isVisible());
+  EXPECT_EQ(window->y(), icon.bottom() + 5);
+  EXPECT_THAT(
+      ScreenReader::linesOf(window),
+      testing::IsSupersetOf({"other: Boost on · Asteroids", "other: Turn off Boost", "other: Open Vantle",
+                             "other: Start Boost automatically, checked", "other: Quit Vantle"}));
+  tray.actions.menuWanted(icon);
+  EXPECT_FALSE(window->isVisible()) << "the same click once more";
 }
 
 TEST_F(Panel, TheMiddleButtonOnItsTrayIconTurnsBoostOnForTheAppInFrontAndOff) {

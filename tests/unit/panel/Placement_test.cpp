@@ -62,6 +62,15 @@ TEST(LikelyIcon, HasThePanelInItsCorner) {
   EXPECT_EQ(placed(screen.adjusted(0, 0, -40, 0)), QRect(876, 296, 360, 500));
 }
 
+TEST(LikelyScreen, IsTheMainOneUnlessAnotherAloneHasABar) {
+  const QRect right(1280, 0, 1280, 800);
+  const QRect barOnIt = right.adjusted(0, 0, 0, -30);
+  EXPECT_EQ(likelyScreen({{screen, screen}}), 0U);
+  EXPECT_EQ(likelyScreen({{screen, screen}, {right, right}}), 0U);
+  EXPECT_EQ(likelyScreen({{screen, screen}, {right, barOnIt}}), 1U);
+  EXPECT_EQ(likelyScreen({{screen, screen.adjusted(0, 30, 0, 0)}, {right, barOnIt}}), 0U);
+}
+
 TEST(IconNear, IsInTheNearestBar) {
   const QPoint pointer(1000, 700);
   EXPECT_EQ(iconNear(pointer, screen, screen), QRect(1000, 700, 1, 1));

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The panel and the tray's words in another language, which is longer.
+#include "look/Notices.h"
 #include "tests/unit/look/PseudoLanguage.h"
 #include "tests/unit/look/ScreenReader.h"
 #include "tests/unit/panel/PanelFixture.h"
@@ -34,6 +35,22 @@ TEST_F(PanelTranslated, HasRoomForEveryTextAndMissesNone) {
   machine.activate(desktop.game);
   expectTranslated();
   EXPECT_TRUE(panel.window()->model().leftAlone().startsWith("[On your list: Music"));
+}
+
+TEST(Notices, AreTranslatedAndNameTheSamePlaces) {
+  EXPECT_EQ(noticeWords(), NoticeWords()) << "without another language";
+  const PseudoLanguage language;
+  const NoticeWords words = noticeWords();
+  for (const std::string& text : {words.almostFull, words.runningLow, words.usingMost, words.quitting})
+    EXPECT_TRUE(text.starts_with("[")) << text;
+  for (const std::string& text : {words.usingMost, words.quitting})
+    EXPECT_NE(text.find("%1"), std::string::npos) << text;
+}
+
+TEST_F(PanelTranslated, IsSoInTheIconsMenuToo) {
+  panel.toggleMenu({10, 4, 22, 22},
+                   {{.label = "[Boost onoo]"}, {.label = "[Start Boost automaticallyoooooo oo]"}});
+  PseudoLanguage::expectEverywhere(*panel.menu().window()->contentItem(), {});
 }
 
 } // namespace

@@ -90,7 +90,6 @@ TEST_F(Accessibility, BoostPane) {
            "switch: Minecraft, Java Edition, checked",
            "switch: Steam games, steamapps folder, checked",
            "switch: Apps in the “Games” category, App Store, checked",
-           "switch: Games using GameMode, gamemoderun",
            "text: Never slowed down",
            "row: Spotify",
            "button: Remove Spotify",
@@ -105,6 +104,12 @@ TEST_F(Accessibility, BoostPane) {
            "text: None yet.",
            "button: Add Quittable App…",
            "text: Not used right now. Choose “Quit the apps I mark as quittable” above to turn this on."}));
+}
+
+// A system without such a service has no games that register with it.
+TEST_F(Accessibility, BoostPaneOffersWhatTheSystemHas) {
+  for (const std::string& line : toldOn(Pane::boost))
+    EXPECT_EQ(line.find("GameMode"), std::string::npos) << line;
 }
 
 TEST_F(Accessibility, AppearancePaneHasOneSelectedSwatch) {
@@ -149,6 +154,7 @@ TEST_F(OnLinux, NoPaneSpeaksOfAMac) {
       toldOn(Pane::boost),
       IsSupersetOf({"text: None yet. Add an app here, or use “Always boost” in the panel.",
                     "switch: Apps in the “Games” category, app menu, checked",
+                    "switch: Games using GameMode, gamemoderun",
                     "text: Also protected automatically: apps playing audio, downloading or keeping the "
                     "computer awake, and system processes."}));
   EXPECT_THAT(toldOn(Pane::about),

@@ -6,7 +6,10 @@
 
 #include <QImage>
 #include <QTemporaryDir>
+#include <functional>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <string>
 #include <vector>
 
 namespace vantle {
@@ -19,6 +22,11 @@ class AppRows : public ShownSettings {
   static void gatherWidths(const QQuickItem& item, std::vector<qreal>& widths) {
     if (const auto* image = qobject_cast<const AppImage*>(&item)) widths.push_back(image->width());
     for (const QQuickItem* child : item.childItems()) gatherWidths(*child, widths);
+  }
+  // Those that have that property.
+  static void forEach(QQuickItem& item, const char* property, const std::function<void(QQuickItem&)>& use) {
+    if (item.metaObject()->indexOfProperty(property) >= 0) use(item);
+    for (QQuickItem* child : item.childItems()) forEach(*child, property, use);
   }
 };
 
@@ -36,6 +44,32 @@ TEST_F(AppRows, WithoutAnIconOfTheirOwnHaveTheThemesGenericOne) {
   std::vector<qreal> widths;
   gatherWidths(*view().rootObject(), widths);
   EXPECT_EQ(widths, (std::vector<qreal>{20, 20}));
+}
+
+TEST_F(AppRows, OfALongListAreMadeWhereTheyAreSeen) {
+  std::vector<std::string> keys;
+  for (int number = 1; number <= 300; ++number) keys.push_back("app" + std::to_string(number));
+  settings.protectedApps.set(keys);
+  model().setPaneIndex(static_cast<int>(Pane::boost));
+  QCoreApplication::processEvents();
+  const auto made = [this] {
+    std::vector<std::string> names;
+    forEach(*view().rootObject(), "removeButton",
+            [&](QQuickItem& row) { names.push_back(row.property("name").toString().toStdString()); });
+    return names;
+  };
+  EXPECT_LT(made().size(), 40U);
+  EXPECT_THAT(made(), testing::Contains("app1"));
+  EXPECT_THAT(made(), testing::Not(testing::Contains("app300")));
+  forEach(*view().rootObject(), "seen", [](QQuickItem& list) {
+    if (list.property("isLong").toBool()) QMetaObject::invokeMethod(&list, "focusRow", Q_ARG(QVariant, 299));
+  });
+  QCoreApplication::processEvents();
+  EXPECT_THAT(made(), testing::IsSupersetOf({"app300", "app299"}));
+  EXPECT_THAT(made(), testing::Not(testing::Contains("app1")));
+  EXPECT_LT(made().size(), 40U);
+  ASSERT_NE(view().activeFocusItem(), nullptr);
+  EXPECT_EQ(view().activeFocusItem()->property("label"), "Remove app300");
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "settings/model/SettingsModel.h"
 
+#include "base/Observers.h"
 #include "platform/simulated/SampleDesktop.h"
 #include "platform/simulated/SimulatedMachine.h"
 #include "settings/model/AppKeys.h"
@@ -216,6 +217,40 @@ TEST_F(SettingsModelTest, PickerListsInstalledAppsByNameAndAddsTheChosenOne) {
   EXPECT_EQ(settings.userGames.get(), Keys{"galculator"});
 }
 
+// A dialog that the person answers when the test says so.
+class ScriptedChooser final : public AppChooser {
+ public:
+  std::unique_ptr<Registration> choose(std::function<void(const std::string&)> picked) override {
+    return m_answers.add(std::move(picked));
+  }
+  void pick(const std::string& path) const { m_answers.notify(path); }
+
+ private:
+  Observers<std::string> m_answers;
+};
+
+TEST_F(SettingsModelTest, PickerIsTheDesktopsOwnWhereThereIsOne) {
+  ScriptedChooser chooser;
+  SettingsModel other({engine, settings, checker, login, catalog, extension, &chooser}, Pane::boost);
+  catalog.elsewhere["/Applications/Paint.app"] = {"org.example.paint", "Paint", "",
+                                                  "/Applications/Paint.app"};
+  other.picker()->openFor(other.boost()->userGames());
+  EXPECT_FALSE(other.picker()->isOpen()) << "the window shows none of its own";
+  chooser.pick("/etc/hosts");
+  EXPECT_EQ(settings.userGames.get(), Keys{}) << "which is no app";
+  chooser.pick("/Applications/Paint.app");
+  EXPECT_EQ(settings.userGames.get(), Keys{"org.example.paint"});
+  other.picker()->openFor(other.boost()->protectedApps());
+  chooser.pick("/Applications/Paint.app");
+  EXPECT_EQ(settings.userGames.get(), Keys{"org.example.paint"}) << "one dialog at a time";
+  EXPECT_EQ(settings.protectedApps.get().back(), "org.example.paint");
+  settings.userGames.set({});
+  other.picker()->openFor(other.boost()->userGames());
+  other.picker()->cancel();
+  chooser.pick("/Applications/Paint.app");
+  EXPECT_EQ(settings.userGames.get(), Keys{}) << "the window has gone";
+}
+
 TEST_F(SettingsModelTest, PickerSearchesNamesAndKeysByWords) {
   picker.openFor(boost.userGames());
   const std::vector<std::pair<const char*, QStringList>> cases{
@@ -308,6 +343,33 @@ TEST_F(SettingsModelTest, PickerBrowsesFoldersForDesktopFiles) {
   picker.activate(1);
   EXPECT_EQ(settings.userGames.get(), Keys{"My Game"});
   EXPECT_FALSE(picker.isBrowsing());
+}
+
+TEST_F(SettingsModelTest, PickerOffersProgramsWhereTheListCanHoldThem) {
+  const QTemporaryDir folder;
+  const auto put = [&](const QString& name, InstalledApplication application) {
+    const QString file = folder.filePath(name);
+    QFile(file).open(QIODevice::WriteOnly);
+    catalog.elsewhere[file.toStdString()] = std::move(application);
+  };
+  put("Setup.exe", {.key = "Setup", .name = "Setup", .icon = {}, .path = {}, .isByName = true});
+  put("Krita-5.2.AppImage", {.key = "Krita-5.2", .name = "Krita-5.2", .icon = {}, .path = {}});
+  const QStringList all{"..", "Krita-5.2", "Setup"};
+  for (AppListModel* list : {boost.userGames(), boost.quittableApps()}) {
+    picker.openFor(list);
+    picker.browse(folder.path());
+    EXPECT_EQ(names(picker), all);
+  }
+  // Protection goes by identifiers, which a plain program has not.
+  picker.openFor(boost.protectedApps());
+  picker.browse(folder.path());
+  EXPECT_EQ(names(picker), (QStringList{"..", "Krita-5.2"}));
+
+  picker.openFor(boost.userGames());
+  picker.setSearch(folder.filePath("setup.EXE"));
+  EXPECT_EQ(names(picker), QStringList{"Setup"}) << "found by the file's name";
+  picker.activate(picker.current());
+  EXPECT_EQ(settings.userGames.get(), Keys{"Setup"});
 }
 
 TEST_F(SettingsModelTest, NamesFromOutsideCannotTurnTheTextAroundThem) {

@@ -47,5 +47,16 @@ TEST_F(SettingsTranslated, HasRoomForEveryTextAndMissesNone) {
   expectTranslated();
 }
 
+// As tiling window managers make it, which ask nobody how small a window may be.
+TEST_F(SettingsTranslated, HasRoomInATileAsWell) {
+  view().setMinimumSize({});
+  view().resize(340, 480);
+  for (const Pane each : allPanes) {
+    model().setPaneIndex(static_cast<int>(each));
+    QCoreApplication::processEvents();
+    expectTranslated();
+  }
+}
+
 } // namespace
 } // namespace vantle

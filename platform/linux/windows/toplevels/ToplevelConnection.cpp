@@ -123,6 +123,7 @@ ToplevelConnection::~ToplevelConnection() {
   for (const auto& handle : m_closed) dropProxy(handle->proxy);
   for (const auto& [id, handle] : m_handles) dropProxy(handle->proxy);
   if (m_manager != nullptr) zwlr_foreign_toplevel_manager_v1_destroy(m_manager);
+  if (m_seat != nullptr) wl_seat_destroy(m_seat);
   if (m_round != nullptr) wl_callback_destroy(m_round);
   wl_registry_destroy(m_registry);
   wl_display_disconnect(m_display);
@@ -137,6 +138,9 @@ void ToplevelConnection::awaitRound() {
 
 void ToplevelConnection::takeInterface(wl_registry* registry, std::uint32_t name, const char* interface,
                                        std::uint32_t version) {
+  constexpr std::uint32_t firstVersion = 1; // nothing is asked of it
+  if (m_seat == nullptr && std::string_view(interface) == wl_seat_interface.name)
+    m_seat = static_cast<wl_seat*>(wl_registry_bind(registry, name, &wl_seat_interface, firstVersion));
   if (m_manager != nullptr || std::string_view(interface) != zwlr_foreign_toplevel_manager_v1_interface.name)
     return;
   m_manager = static_cast<zwlr_foreign_toplevel_manager_v1*>(wl_registry_bind(
@@ -179,10 +183,24 @@ void ToplevelConnection::remove(Handle& handle) {
   m_handles.erase(kept);
 }
 
-bool ToplevelConnection::requestClose(WindowId window) {
+// Null when there is no such window, or the compositor cannot be asked now.
+zwlr_foreign_toplevel_handle_v1* ToplevelConnection::proxyToAsk(WindowId window) {
   const auto handle = m_handles.find(window);
-  if (!m_isOpen || handle == m_handles.end() || !flush()) return false;
-  zwlr_foreign_toplevel_handle_v1_close(handle->second->proxy);
+  return !m_isOpen || handle == m_handles.end() || !flush() ? nullptr : handle->second->proxy;
+}
+
+bool ToplevelConnection::requestClose(WindowId window) {
+  zwlr_foreign_toplevel_handle_v1* const proxy = proxyToAsk(window);
+  if (proxy == nullptr) return false;
+  zwlr_foreign_toplevel_handle_v1_close(proxy);
+  flush();
+  return true;
+}
+
+bool ToplevelConnection::requestFront(WindowId window) {
+  zwlr_foreign_toplevel_handle_v1* const proxy = m_seat != nullptr ? proxyToAsk(window) : nullptr;
+  if (proxy == nullptr) return false;
+  zwlr_foreign_toplevel_handle_v1_activate(proxy, m_seat);
   flush();
   return true;
 }

@@ -17,6 +17,7 @@ struct wl_array;
 struct wl_callback;
 struct wl_display;
 struct wl_registry;
+struct wl_seat;
 struct zwlr_foreign_toplevel_handle_v1;
 struct zwlr_foreign_toplevel_manager_v1;
 
@@ -54,6 +55,8 @@ class ToplevelConnection {
   WindowId active() const { return m_active; } // 0 for none
   // False when the compositor cannot be asked now: it has not taken what was asked before.
   bool requestClose(WindowId window);
+  bool canBringToFront() const { return m_seat != nullptr; }
+  bool requestFront(WindowId window); // false as above
 
   // Handles what has arrived; true when that was all.
   bool pump();
@@ -76,6 +79,7 @@ class ToplevelConnection {
   void add(zwlr_foreign_toplevel_handle_v1* proxy);
   void commit(const Handle& handle);
   void remove(Handle& handle);
+  zwlr_foreign_toplevel_handle_v1* proxyToAsk(WindowId window);
   void awaitRound();
   bool flush();
   void destroyClosed();
@@ -87,6 +91,7 @@ class ToplevelConnection {
   wl_registry* m_registry = nullptr;
   wl_callback* m_round = nullptr; // null when none is awaited
   zwlr_foreign_toplevel_manager_v1* m_manager = nullptr;
+  wl_seat* m_seat = nullptr; // whose keyboard a window gets that comes to the front
   int m_turnsUnread = 0;
   bool m_isOpen = false;
   bool m_isFinished = false;   // there will be no more of its windows

@@ -48,6 +48,10 @@ class ToplevelWindows final : public DesktopWindows {
   bool requestClose(const WindowFacts& window) override {
     return window.canBeClosed && m_connection.requestClose(window.id);
   }
+  bool canBringToFront(const WindowFacts& /*window*/) const override {
+    return m_connection.canBringToFront();
+  }
+  bool requestFront(const WindowFacts& window) override { return m_connection.requestFront(window.id); }
   void forget(Pid pid) override;
   bool settle(std::chrono::milliseconds limit) override;
 

@@ -49,6 +49,14 @@ Pid serverPid(const void* reply) {
   return 0;
 }
 
+// Both parts of WM_CLASS, each with a zero behind it.
+void takeClass(WindowFacts& facts, const std::string& both) {
+  const std::size_t end = std::min(both.find('\0'), both.size());
+  facts.instance = both.substr(0, end);
+  const std::string rest = both.substr(std::min(end + 1, both.size()));
+  facts.className = rest.substr(0, rest.find('\0'));
+}
+
 std::string hostName() {
   std::array<char, 256> name{};
   return ::gethostname(name.data(), name.size() - 1) == 0 ? std::string(name.data()) : std::string();
@@ -117,6 +125,7 @@ void X11Windows::handle(const xcb_generic_event_t& event) {
     forgetWindow(reinterpret_cast<const xcb_destroy_notify_event_t&>(event).window);
   if (type != XCB_PROPERTY_NOTIFY) return;
   const auto& notice = reinterpret_cast<const xcb_property_notify_event_t&>(event);
+  if (notice.window != m_connection.screen().root) return hear(notice.window, notice.atom);
   if (notice.atom == m_atoms[clientList]) readClientList();
   if (notice.atom == m_atoms[activeWindow]) readActiveWindow();
 }
@@ -161,6 +170,7 @@ void X11Windows::takeClientList(const std::vector<std::uint32_t>& list) {
 void X11Windows::forgetWindow(std::uint32_t window) {
   m_known.erase(window);
   m_drafts.erase(window);
+  m_notices.erase(window);
   if (isWanted(window)) m_missing.insert(window);
   m_isChanged = true;
 }
@@ -187,6 +197,7 @@ void X11Windows::reconcile() {
   const auto isGone = [this](const auto& entry) { return !isWanted(entry.first); };
   std::erase_if(m_known, isGone);
   std::erase_if(m_drafts, isGone);
+  std::erase_if(m_notices, isGone);
   std::erase_if(m_missing, [this](std::uint32_t window) { return !isWanted(window); });
   m_processes.forgetUnused();
   m_missing.insert(m_list.begin(), m_list.end());
@@ -215,14 +226,26 @@ void X11Windows::endTurn() {
   if (std::exchange(m_isChanged, false)) m_handlers.changed();
 }
 
+// Its end is always listened to.
+void X11Windows::listenTo(std::uint32_t window) {
+  const bool isEnough = !isWanted(window) || m_notices[window] >= mostNotices;
+  const std::uint32_t events =
+      XCB_EVENT_MASK_STRUCTURE_NOTIFY | (isEnough ? 0U : std::uint32_t{XCB_EVENT_MASK_PROPERTY_CHANGE});
+  xcb_change_window_attributes(m_connection.raw(), window, XCB_CW_EVENT_MASK, &events);
+}
+
+void X11Windows::hear(std::uint32_t window, xcb_atom_t property) {
+  if (!isWanted(window)) return listenTo(window);
+  if (property == XCB_ATOM_WM_CLASS || property == m_atoms[gtkApplicationId]) readAgain(window, property);
+  if (++m_notices[window] == mostNotices) listenTo(window);
+}
+
 void X11Windows::readOwner(std::uint32_t window) {
   auto draft = std::make_shared<Draft>();
   draft->window = window;
   draft->facts.id = window;
   m_drafts[window] = draft;
-  // Before the questions, so that no end of the window after the answers stays unheard.
-  const std::uint32_t events = XCB_EVENT_MASK_STRUCTURE_NOTIFY;
-  xcb_change_window_attributes(m_connection.raw(), window, XCB_CW_EVENT_MASK, &events);
+  listenTo(window); // before the questions, so that no end of the window after the answers stays unheard
 
   const xcb_query_extension_reply_t* resources = xcb_get_extension_data(m_connection.raw(), &xcb_res_id);
   if (resources != nullptr && resources->present != 0) {
@@ -249,13 +272,8 @@ void X11Windows::readFacts(const std::shared_ptr<Draft>& draft) {
   if (facts.pid != 0) facts.process = m_processes.open(facts.pid, draft->window == m_active);
   if (!facts.process && ::kill(facts.pid, 0) != 0 && errno == ESRCH) facts.pid = 0;
 
-  getProperty(draft->window, XCB_ATOM_WM_CLASS, longestText, [draft](const void* bytes, std::size_t size) {
-    const std::string both = text(bytes, size);
-    const std::size_t end = std::min(both.find('\0'), both.size());
-    draft->facts.instance = both.substr(0, end);
-    const std::string rest = both.substr(std::min(end + 1, both.size()));
-    draft->facts.className = rest.substr(0, rest.find('\0'));
-  });
+  getProperty(draft->window, XCB_ATOM_WM_CLASS, longestText,
+              [draft](const void* bytes, std::size_t size) { takeClass(draft->facts, text(bytes, size)); });
   getProperty(
       draft->window, m_atoms[windowType], longestText, [this, draft](const void* bytes, std::size_t size) {
         std::vector<std::string> types;
@@ -280,6 +298,19 @@ void X11Windows::readFacts(const std::shared_ptr<Draft>& draft) {
   m_connection.expect(cookie.sequence, [this, draft](const void* reply) {
     if (reply == nullptr) draft->facts.pid = 0;
     finish(draft);
+  });
+}
+
+// What a window of that number says now is right, whosever it is.
+void X11Windows::readAgain(std::uint32_t window, xcb_atom_t name) {
+  getProperty(window, name, longestText, [this, window, name](const void* bytes, std::size_t size) {
+    const auto draft = m_drafts.find(window);
+    const auto known = m_known.find(window);
+    if (draft == m_drafts.end() && known == m_known.end()) return;
+    WindowFacts& facts = draft == m_drafts.end() ? known->second : draft->second->facts;
+    name == XCB_ATOM_WM_CLASS ? takeClass(facts, text(bytes, size))
+                              : static_cast<void>(facts.applicationId = text(bytes, size));
+    m_isChanged = true;
   });
 }
 
@@ -349,6 +380,7 @@ void X11Windows::lose() {
   m_known.clear();
   m_drafts.clear();
   m_missing.clear();
+  m_notices.clear();
   m_processes.clear();
   m_active = 0;
   m_handlers.lost();

@@ -23,11 +23,14 @@ namespace vantle {
 // The windows that the window manager manages and the one that is in front. Follows the root window's
 // properties and the end of each window, whose number may go to a window of another process the moment it is
 // free; nothing is asked while nothing changes. A few windows are asked about at a time, the one in front
-// first, however many there are.
+// first, however many there are. Some say who they are only after they were shown, so each is listened to at
+// first, and no longer than it takes to say that: others change their title all the time.
 class X11Windows final : public DesktopWindows {
  public:
   // Who is asked to close a window: whoever manages it, or the client itself where nobody would hand it on.
   enum class Closing { byManager, byClient };
+
+  static constexpr int mostNotices = 100; // of changed properties that a window is listened to for
 
   // Connects in the background. An empty display is the one in DISPLAY.
   X11Windows(EventLoop& loop, const std::string& display, Closing closing = Closing::byManager);
@@ -71,7 +74,10 @@ class X11Windows final : public DesktopWindows {
   bool isWanted(WindowId window) const;
   void askMissing();
   void endTurn();
+  void listenTo(std::uint32_t window);
+  void hear(std::uint32_t window, xcb_atom_t property);
   void readOwner(std::uint32_t window);
+  void readAgain(std::uint32_t window, xcb_atom_t name);
   void readFacts(const std::shared_ptr<Draft>& draft);
   void finish(const std::shared_ptr<Draft>& draft);
   void getProperty(std::uint32_t window, xcb_atom_t property, std::uint32_t longestBytes, OnProperty arrived);
@@ -86,7 +92,8 @@ class X11Windows final : public DesktopWindows {
   std::uint32_t m_active = 0;
   std::map<WindowId, WindowFacts> m_known;
   std::map<std::uint32_t, std::shared_ptr<Draft>> m_drafts;
-  std::set<std::uint32_t> m_missing; // to be asked about
+  std::set<std::uint32_t> m_missing;      // to be asked about
+  std::map<std::uint32_t, int> m_notices; // of changed properties, by window
   WindowProcesses m_processes;
   bool m_isChanged = false; // and not told yet
   bool m_isListAsked = false;

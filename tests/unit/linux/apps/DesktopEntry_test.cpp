@@ -199,5 +199,25 @@ TEST_F(DesktopEntriesTest, AsksNothingButTheFileItself) {
   EXPECT_EQ(test::inChild(check), "");
 }
 
+// Its programs are in the image, so none of them is where a desktop would look.
+TEST(DesktopEntry, OfAnImageIsTheFirstOfAnApp) {
+  const desktop::TemporaryFolder image;
+  EXPECT_FALSE(readImagesEntry(image.path()));
+  image.write("a.desktop", "[Desktop Entry]\nType=Link\nName=Page\nURL=https://example.org\n");
+  image.write("b.txt", "[Desktop Entry]\nType=Application\nName=Text\n");
+  EXPECT_FALSE(readImagesEntry(image.path()));
+  image.write("fine.desktop",
+              "[Desktop Entry]\nType=Application\nName=Fine Game\nExec=nowhere %f\nCategories=Game;\n"
+              "TryExec=nowhere\n");
+  image.write("more.desktop", "[Desktop Entry]\nType=Application\nName=More\nExec=nowhere\n");
+  const std::optional<DesktopEntry> entry = readImagesEntry(image.path());
+  ASSERT_TRUE(entry);
+  EXPECT_EQ(entry->id, "fine");
+  EXPECT_EQ(entry->name, "Fine Game");
+  EXPECT_EQ(entry->category, gamesCategory);
+  EXPECT_EQ(entry->executable, "");
+  EXPECT_FALSE(readImagesEntry(image.path() / "nowhere"));
+}
+
 } // namespace
 } // namespace vantle

@@ -3,8 +3,11 @@
 
 #include "platform/linux/apps/IdentifierMap.h"
 
+#include <functional>
 #include <gtest/gtest.h>
+#include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace vantle {
@@ -88,6 +91,111 @@ AppEvidence running(const std::string& program) {
 std::string idOf(const AppEvidence& evidence) {
   const DesktopEntry* found = findEntry(evidence, installed());
   return found == nullptr ? "none" : found->id;
+}
+
+// One family of programs a line, each with what stands against it in a later rank.
+TEST(DesktopIdentity, EachRuleDecidesForItsFamilyBeforeTheNext) {
+  struct Case {
+    const char* rule;
+    const char* id;
+    AppEvidence evidence;
+  };
+  const auto with = [](const std::string& program, const std::function<void(AppEvidence&)>& change) {
+    AppEvidence evidence = running(program);
+    change(evidence);
+    return evidence;
+  };
+  const std::vector<Case> cases{
+      {"store's number", "Fine Game",
+       with("/app/bin/fine",
+            [](AppEvidence& one) {
+              one.storeAddress = "steam://rungameid/42";
+              one.sandboxId = "com.spotify.Client";
+            })},
+      {"sandbox", "com.spotify.Client",
+       with("/app/bin/client",
+            [](AppEvidence& one) {
+              one.sandboxId = "com.spotify.Client";
+              one.unit = UnitId{"debian-xterm", "4242"};
+            })},
+      {"own unit", "debian-xterm",
+       with("/usr/bin/something",
+            [](AppEvidence& one) {
+              one.unit = UnitId{"debian-xterm", "4242"};
+              one.launchedFile = "/usr/share/applications/galculator.desktop";
+            })},
+      {"launched file", "galculator",
+       with("/usr/bin/something",
+            [](AppEvidence& one) {
+              one.launchedFile = "/usr/share/applications/galculator.desktop";
+              one.applicationId = "org.gnome.Nautilus";
+            })},
+      {"application id", "org.gnome.Nautilus",
+       with("/usr/bin/something",
+            [](AppEvidence& one) {
+              one.applicationId = "org.gnome.Nautilus";
+              one.windowInstance = "crx_abc";
+            })},
+      {"window class", "chrome-abc-Default",
+       with("/opt/google/chrome/chrome",
+            [](AppEvidence& one) {
+              one.windowInstance = "crx_abc";
+              one.windowClass = "GOOGLE-CHROME";
+            })},
+      {"window class in any case", "google-chrome",
+       with("/usr/games/scummvm",
+            [](AppEvidence& one) {
+              one.windowClass = "GOOGLE-CHROME";
+              one.arguments = {"scummvm", "-p", "/usr/share/scummvm/flight-of-the-amazon-queen", "queen"};
+            })},
+      {"whole command", "flight-of-the-amazon-queen",
+       with("/usr/games/scummvm",
+            [](AppEvidence& one) {
+              one.windowClass = "scummvm";
+              one.arguments = {"scummvm", "-p", "/usr/share/scummvm/flight-of-the-amazon-queen", "queen"};
+            })},
+      {"window class as id", "galculator",
+       with("/usr/games/kobodl", [](AppEvidence& one) { one.windowClass = "Galculator"; })},
+      {"program", "kobodeluxe",
+       with("/usr/games/kobodl", [](AppEvidence& one) { one.windowClass = "Lollypop"; })},
+      {"last part of the id", "org.gnome.Lollypop",
+       with("/usr/bin/python3.12",
+            [](AppEvidence& one) {
+              one.program = "/opt/lollypop.py";
+              one.names = {"monsterz"};
+            })},
+      {"script's name", "monsterz",
+       with("/usr/bin/python3.12",
+            [](AppEvidence& one) {
+              one.program = "/usr/share/games/monsterz/main.py";
+              one.names = {"monsterz"};
+              one.unit = UnitId{"jmol", "a1b2"};
+            })},
+      {"unit of a script", "jmol",
+       with("/usr/lib/something",
+            [](AppEvidence& one) {
+              one.unit = UnitId{"jmol", "a1b2"};
+            })},
+      {"engine's data", "io.github.freedoom.Phase1",
+       with("/usr/games/chocolate-doom",
+            [](AppEvidence& one) {
+              one.arguments = {"doom", "-iwad", "freedoom1.wad"};
+            })},
+  };
+  std::set<std::string_view> covered;
+  for (const Case& each : cases) {
+    const IdentityMatch match = matchEntry(each.evidence, installed());
+    ASSERT_NE(match.rule, nullptr) << each.rule;
+    EXPECT_EQ(match.rule->name, each.rule);
+    EXPECT_EQ(match.entry->id, each.id) << each.rule;
+    covered.insert(match.rule->name);
+  }
+  EXPECT_TRUE(covered.contains("engine's data"));
+  for (const IdentityRule& rule : identityRules()) {
+    EXPECT_TRUE(covered.contains(rule.name)) << "no case for " << rule.name;
+    EXPECT_NE(rule.reason, "") << rule.name;
+  }
+  EXPECT_EQ(matchEntry(running("/opt/nobodys"), installed()).rule, nullptr);
 }
 
 TEST(DesktopIdentity, SandboxIsTheSurestEvidence) {
@@ -401,6 +509,15 @@ TEST(DesktopIdentity, NamesAreFitToBeShown) {
   evidence = running("/usr/bin/java");
   evidence.windowClass = std::string(10'000, 'x');
   EXPECT_EQ(identityOf(evidence, nullptr).localizedName, std::string(200, 'x'));
+}
+
+TEST(IdentifierMap, AnAppImageWithoutADesktopFileGoesByItsFile) {
+  AppEvidence evidence = running("/tmp/.mount_KritaXy/usr/bin/krita");
+  evidence.program = "/home/someone/Krita-5.2.AppImage";
+  EXPECT_EQ(identityOf(evidence, nullptr).bundleIdentifier, "Krita-5.2");
+  EXPECT_EQ(identityOf(evidence, nullptr).localizedName, "krita");
+  evidence.program.clear(); // its environment cannot be read
+  EXPECT_EQ(identityOf(evidence, nullptr).bundleIdentifier, std::nullopt);
 }
 
 TEST(IdentifierMap, LinuxEditionsCarryTheNamesOfTheBuiltInLists) {

@@ -6,6 +6,8 @@
 #include "engine/AppTrees.h"
 #include "platform/linux/apps/DesktopIdentity.h"
 #include "platform/linux/apps/InterpretedProgram.h"
+#include "platform/linux/band/UnitPath.h"
+#include "platform/linux/process/ProcessOrigin.h"
 #include "platform/linux/programs/DesktopPrograms.h"
 
 #include <algorithm>
@@ -16,6 +18,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vantle {
@@ -101,9 +104,8 @@ AppEvidence evidenceOf(const Json& row) {
     const InterpretedProgram run = interpretedProgram(fileNameOf(evidence.executable), evidence.arguments);
     evidence.program = textAt(*process.find("files"), run.file);
     evidence.names = programNames(run, evidence.program);
-  } else if (evidence.executable.find("/.mount_") != std::string::npos) {
-    evidence.program = textAt(process, "image");
   }
+  if (evidence.executable.find("/.mount_") != std::string::npos) evidence.program = textAt(process, "image");
   return evidence;
 }
 
@@ -132,7 +134,8 @@ TEST(RealApps, AreFoundAsWhatTheyAre) {
 // The processes of one row, below somebody who has started them.
 class RecordedProcesses final : public ProcessTable {
  public:
-  explicit RecordedProcesses(const Json& row) {
+  // A unit of the user manager's may hold them all.
+  explicit RecordedProcesses(const Json& row, std::string unit = {}) : m_unit(std::move(unit)) {
     add(starter, 1, starter, 0, ProcessRole::starter);
     add(self, 1, self, 0, ProcessRole::program);
     for (const Json& process : row.arrayAt("processes")) {
@@ -140,8 +143,14 @@ class RecordedProcesses final : public ProcessTable {
       const ProcessRole role = isStarter(name)      ? ProcessRole::starter
                                : isSystemPart(name) ? ProcessRole::system
                                                     : ProcessRole::program;
-      add(pidOf(process, "number", 0), pidOf(process, "parent", 1), pidOf(process, "session", goneSession),
+      const Pid pid = pidOf(process, "number", 0);
+      add(pid, pidOf(process, "parent", 1), pidOf(process, "session", goneSession),
           process.unsignedAt("age").value_or(0), role);
+      m_origins[pid] = originOf(textAt(process, "executable"), [&](std::string_view variable) {
+        return variable == "HOME"       ? std::string("/home/person")
+               : variable == "APPIMAGE" ? textAt(ownerIn(row), "image")
+                                        : std::string();
+      });
     }
   }
 
@@ -158,6 +167,11 @@ class RecordedProcesses final : public ProcessTable {
     std::vector<ProcessRecord> all;
     for (const auto& [pid, record] : m_records) all.push_back(record);
     return all;
+  }
+  std::string place(Pid pid) const override { return pid >= firstOfRow ? m_unit : std::string(); }
+  std::string origin(Pid pid) const override {
+    const auto found = m_origins.find(pid);
+    return found == m_origins.end() ? std::string() : found->second;
   }
   std::optional<std::string> executablePathBytes(Pid /*pid*/) const override { return {}; }
   std::optional<std::uint64_t> footprint(Pid /*pid*/) const override { return {}; }
@@ -178,7 +192,9 @@ class RecordedProcesses final : public ProcessTable {
     m_records.emplace(pid, record);
   }
 
+  std::string m_unit;
   std::map<Pid, ProcessRecord> m_records;
+  std::map<Pid, std::string> m_origins;
 };
 
 TEST(RealApps, OwnAllThatTheirStartHasBrought) {
@@ -199,6 +215,27 @@ TEST(RealApps, OwnAllThatTheirStartHasBrought) {
       all.insert(RecordedProcesses::pidOf(process, "number", 0));
     EXPECT_EQ(owned, all) << nameOf(row);
   }
+}
+
+// As GNOME and Plasma start them: whatever has left the app's tree and session still stands in its unit, and
+// the user manager is nobody's launcher.
+TEST(RealApps, OwnTheirUnit) {
+  const std::string manager = userManagerPath(person);
+  std::size_t tried = 0;
+  for (const Json& row : recorded().arrayAt("rows")) {
+    const std::string way = textAt(row, "way");
+    if (way != "command" && way != "desktop file") continue;
+    const std::string unit = manager + "/app.slice/app-gnome-" + textAt(row, "program") + "-1001.scope";
+    const RecordedProcesses table(row, appPlaceOf(manager, unit));
+    const Pid app = RecordedProcesses::pidOf(ownerIn(row), "number", 0);
+    const AppTrees trees(table, {.apps = {app}, .self = self, .members = {}});
+    for (const Json& process : row.arrayAt("processes")) {
+      const Pid pid = RecordedProcesses::pidOf(process, "number", 0);
+      EXPECT_EQ(trees.appOf(pid), app) << nameOf(row) << ": " << textAt(process, "name");
+    }
+    ++tried;
+  }
+  EXPECT_GE(tried, 40U);
 }
 
 } // namespace

@@ -78,6 +78,7 @@ TEST_F(LinuxBandTest, WhatAProcessWasComesBackExactly) {
     ProcKernel().setIoPriority(other, (3 << 13) | 4); // somebody's `ionice -c3`
     const std::array<Pid, 4> tasks{app.pid(), plain, child, other};
     std::vector<std::string> before;
+    before.reserve(tasks.size());
     for (const Pid tid : tasks) before.push_back(schedulingState(tid));
 
     Band band;
@@ -150,7 +151,7 @@ TEST_F(LinuxBandTest, ASessionWithOthersInItIsLeftAlone) {
     const Pid app = shell.ask('f');
     const Pid other = shell.ask('f');
     Band band;
-    EXPECT_EQ(refusalsAmong(band.answersFor(app, {app})), std::vector{BandRefusal::shared});
+    EXPECT_EQ(refusalsAmong(band.answersFor(app, {app}, {other})), std::vector{BandRefusal::shared});
     band.settled();
     for (const Pid pid : {shell.pid(), app, other}) {
       EXPECT_EQ(band.band.isInBackgroundBand(pid), false);
@@ -507,6 +508,7 @@ TEST_F(LinuxBandTest, ManySessionsWaitTheirTurnWithoutHoldingUpTheLoop) {
     const std::array<TestProcess, 4> apps{};
     Band band;
     std::vector<Pid> roots;
+    roots.reserve(apps.size());
     for (const TestProcess& app : apps) roots.push_back(app.pid());
     EXPECT_TRUE(band.allEnterTogether(roots));
     const auto allShow = [&apps](const char* line) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/hooks/PersonsHooks.h"
 
+#include "platform/linux/hooks/HookProcess.h"
+#include "platform/posix/Descriptor.h"
 #include "platform/shared/PollEventLoop.h"
 #include "tests/support/InChild.h"
 #include "tests/support/Program.h"
@@ -8,8 +10,11 @@
 #include "tests/support/User.h"
 #include "tests/support/Wait.h"
 
+#include <array>
 #include <chrono>
 #include <csignal>
+#include <cstddef>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -53,7 +58,7 @@ class PersonsHooksTest : public testing::Test {
 };
 
 TEST_F(PersonsHooksTest, RunsWithItsVariablesAndTellsItsEnd) {
-  install("echo \"$VANTLE_APP_NAME\"; ls /proc/self/fd | wc -l; ps -o sid= -p $$ | tr -d ' '; echo $$");
+  install("echo \"$VANTLE_APP_NAME\"; ls /proc/self/fd | wc -l; ps -o sid= -p $$ | tr -d ' '; echo $PPID");
   ASSERT_TRUE(run());
   EXPECT_EQ(ended, 0);
   ASSERT_TRUE(becomes([&] { return ended == 1; }));
@@ -134,6 +139,70 @@ TEST_F(PersonsHooksTest, LeavesNothingRunningBehindOneThatHasEnded) {
   ASSERT_TRUE(becomes([&] { return ended == 1; }));
   const Pid child = std::stoi(written());
   EXPECT_TRUE(desktop::waitUntil([&] { return !desktop::isAlive(child); }));
+}
+
+// The test's own error stream stands for the log.
+class LogOfHooks : public PersonsHooksTest {
+ protected:
+  LogOfHooks() {
+    const Descriptor file(::open((folder.path() / "log").c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600));
+    ::dup2(file.get(), STDERR_FILENO);
+  }
+  ~LogOfHooks() override { ::dup2(m_before.get(), STDERR_FILENO); }
+  LogOfHooks(const LogOfHooks&) = delete;
+  LogOfHooks& operator=(const LogOfHooks&) = delete;
+
+  std::string log() const {
+    std::ifstream file(folder.path() / "log");
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+  void installPrinting(const std::string& text) const {
+    fs::permissions(folder.write("hook", "#!/bin/sh\n" + text + "\n"), fs::perms(0755));
+  }
+
+ private:
+  Descriptor m_before{::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3)};
+};
+
+TEST_F(LogOfHooks, HasBothOfAHooksStreams) {
+  installPrinting("echo to one; echo to the other >&2; printf last");
+  ASSERT_TRUE(run());
+  ASSERT_TRUE(becomes([&] { return ended == 1; }));
+  EXPECT_EQ(log(), "to one\nto the other\nlast");
+}
+
+TEST_F(LogOfHooks, IsNotFilledByOneThatPrintsWithoutEnd) {
+  hooks.emplace(loop, folder.path().string(), std::chrono::seconds(1));
+  installPrinting("yes 'one line of many'");
+  ASSERT_TRUE(run());
+  ASSERT_TRUE(becomes([&] { return ended == 1; }));
+  const std::string all = log();
+  EXPECT_EQ(all.compare(0, 18, "one line of many\no"), 0) << all.substr(0, 100);
+  const std::string cut = "\nvantle: a hook prints more than 64 KB; the rest is left out.\n";
+  const std::size_t end = all.find(cut);
+  ASSERT_NE(end, std::string::npos) << all.size();
+  EXPECT_EQ(end, mostHookOutput);
+  EXPECT_EQ(all.substr(end + cut.size()), "vantle: the hook hook takes too long, and is ended.\n");
+}
+
+TEST_F(LogOfHooks, HasTheWholeOfOneThatPrintsAndEndsAtOnce) {
+  installPrinting("seq 1 9000; sleep 1000 &");
+  ASSERT_TRUE(run());
+  ASSERT_TRUE(becomes([&] { return ended == 1; }));
+  EXPECT_TRUE(log().ends_with("\n8999\n9000\n")) << log().size();
+}
+
+// As after a pipe's reader has gone.
+TEST_F(LogOfHooks, ThatTakesNothingEndsNoHook) {
+  std::array<int, 2> ends{};
+  ASSERT_EQ(::pipe(ends.data()), 0);
+  ::dup2(ends[1], STDERR_FILENO);
+  ::close(ends[0]);
+  ::close(ends[1]);
+  installPrinting("seq 1 9000; echo printed >>" + output().string());
+  ASSERT_TRUE(run());
+  ASSERT_TRUE(becomes([&] { return ended == 1; }));
+  EXPECT_EQ(written(), "printed\n");
 }
 
 // timeout(1) makes one, and so does a shell with job control.

@@ -194,6 +194,44 @@ TEST_F(X11WorkspaceTest, KnowsAWindowWithoutAnyProperty) {
   EXPECT_EQ(app->executablePath(), desktop::testWindow());
 }
 
+TEST_F(X11WorkspaceTest, KnowsAnAppByWhatItsWindowSaysLate) {
+  m_desktop.installDesktopFile(
+      "org.example.Office",
+      "[Desktop Entry]\nType=Application\nName=Office\nExec=true\nStartupWMClass=Office\n");
+  Program& program = window({"--class", "early", "--next-class", "Office"});
+  m_desktop.activate(program);
+  watch();
+  const AppRef app = appOf(program);
+  ASSERT_EQ(app->bundleIdentifier(), std::nullopt);
+  program.signal(SIGURG);
+  ASSERT_TRUE(runUntil([&] { return app->bundleIdentifier() == "org.example.Office"; }));
+  EXPECT_THAT(m_events, ElementsAre(event("activated", program, true)));
+}
+
+// Some programs change their title all the time.
+TEST_F(X11WorkspaceTest, ListensToAWindowForAsLongAsItTakesToSayWhoItIs) {
+  Program& program = window({"--class", "early", "--next-class", "late"});
+  X11Windows windows(m_loop, m_desktop.display());
+  ASSERT_TRUE(runUntil([&] { return windows.known().size() == 1; }));
+  const WindowFacts& facts = windows.known().begin()->second;
+  // What is told of a later window is told after all that was before.
+  const auto openAnother = [&] {
+    const std::size_t before = windows.known().size();
+    program.signal(SIGUSR2);
+    return runUntil([&] { return windows.known().size() == before + 1; });
+  };
+  program.signal(SIGIO);
+  const auto lastTitle = [&] { return m_desktop.windows().list().at(0).title == "100"; };
+  desktop::require("all titles", lastTitle);
+  ASSERT_TRUE(openAnother());
+  program.signal(SIGURG);
+  desktop::require("the new name", [&] {
+    return m_desktop.windows().classOf(static_cast<std::uint32_t>(facts.id)) == "late";
+  });
+  ASSERT_TRUE(openAnother());
+  EXPECT_EQ(facts.className, "early");
+}
+
 // How many of this process's descriptors stand for processes.
 long processDescriptors() {
   long count = 0;

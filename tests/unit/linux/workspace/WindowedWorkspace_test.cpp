@@ -6,10 +6,12 @@
 #include "platform/shared/PollEventLoop.h"
 #include "tests/simulation/linux/SimulatedLoop.h"
 #include "tests/support/ForkedProcess.h"
+#include "tests/support/Program.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/Wait.h"
 #include "tests/unit/linux/windows/ScriptedWindows.h"
 
+#include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
@@ -345,6 +347,83 @@ TEST_P(OnEveryDesktop, AnAppIsKnownByWhatItsWindowSaysAtItsLaunch) {
   m_windows->show(1);
   m_windows->show(3);
   EXPECT_EQ(known->localizedName(), "Late");
+}
+
+// A game that a person has downloaded and started, in one file that brings everything along.
+TEST_F(WindowedWorkspaceTest, AnImageThatNobodyInstalledIsWhatItSaysOfItself) {
+  const desktop::TemporaryFolder image;
+  image.write("fine.desktop",
+              "[Desktop Entry]\nType=Application\nName=Fine Game\nExec=fine\nCategories=Game;\n");
+  const std::string game = (image.folder("usr/bin") / "fine").string();
+  std::filesystem::copy_file("/bin/sleep", game);
+  desktop::Start start{.command = {game, "1000"}};
+  start.environment = {{"APPDIR", image.path()}, {"APPIMAGE", "/home/person/Fine.AppImage"}};
+  const desktop::Program program(start);
+  desktop::Start outside{.command = {"sleep", "1000"}};
+  outside.environment = start.environment;
+  const desktop::Program other(outside);
+  desktop::require("the programs", [&] {
+    return !readEvidence(program.pid()).imageFolder.empty() &&
+           readEvidence(other.pid()).executable.ends_with("/sleep");
+  });
+  EXPECT_EQ(readEvidence(program.pid()).program, "/home/person/Fine.AppImage");
+  watch(FrontRule::asTold, [&] {
+    m_windows->open(1, program.pid());
+    m_windows->open(2, other.pid());
+  });
+  const AppRef app = m_workspace->runningApplication(program.pid());
+  EXPECT_EQ(app->localizedName(), "Fine Game");
+  EXPECT_EQ(app->bundleIdentifier(), "fine");
+  EXPECT_EQ(app->bundleCategory(), "public.app-category.games");
+  EXPECT_EQ(m_workspace->runningApplication(other.pid())->localizedName(), "sleep") << "it came from outside";
+}
+
+// An office's window is there before the document that it is called after.
+class LateNames : public WindowedWorkspaceTest {
+ protected:
+  LateNames() {
+    m_data.write("applications/org.example.Late.desktop",
+                 "[Desktop Entry]\nType=Application\nName=Late\n"
+                 "Exec=true\nCategories=Game;\nStartupWMClass=Late\n");
+    watchTwo(FrontRule::asTold);
+  }
+  void say(WindowId window, const char* name) {
+    m_windows->windows[window].className = name;
+    m_windows->tell();
+  }
+  std::string nameOf(const ForkedProcess& app) const {
+    return *m_workspace->runningApplication(app.pid())->localizedName();
+  }
+};
+
+TEST_F(LateNames, OfTheAppInFrontAreNewsAsIfItHadJustComeThere) {
+  const AppRef before = m_workspace->frontmostApplication();
+  say(1, "Early");
+  EXPECT_THAT(m_events, IsEmpty()) << "nothing is known of that name";
+  say(1, "Late");
+  EXPECT_EQ(nameOf(m_first), "Late");
+  EXPECT_EQ(before->bundleCategory(), "public.app-category.games");
+  EXPECT_EQ(m_workspace->frontmostApplication(), before) << "it is the same app";
+  EXPECT_THAT(m_events, ElementsAre(event("activated", m_first.pid())));
+}
+
+TEST_F(LateNames, OfAnAppBehindAreNewsAsOfALaunch) {
+  say(2, "Late");
+  EXPECT_EQ(nameOf(m_second), "Late");
+  EXPECT_EQ(front(), m_first.pid());
+  EXPECT_THAT(m_events, ElementsAre(event("launched", m_second.pid())));
+}
+
+TEST_F(LateNames, OfALaterWindowAreNotTheApps) {
+  m_windows->open(3, m_second.pid());
+  say(3, "Late");
+  EXPECT_NE(nameOf(m_second), "Late");
+}
+
+TEST_F(LateNames, AreTakenUntilADesktopFileIsFound) {
+  say(1, "Late");
+  say(1, "Early");
+  EXPECT_EQ(nameOf(m_first), "Late");
 }
 
 // A browser whose windows may be a web app's, which has a desktop file of its own.

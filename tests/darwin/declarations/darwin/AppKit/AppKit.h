@@ -39,3 +39,5 @@ FOUNDATION_EXPORT NSString* const NSWorkspaceDidActivateApplicationNotification;
 FOUNDATION_EXPORT NSString* const NSWorkspaceDidLaunchApplicationNotification;
 FOUNDATION_EXPORT NSString* const NSWorkspaceDidTerminateApplicationNotification;
 FOUNDATION_EXPORT NSString* const NSWorkspaceApplicationKey;
+
+#import <AppKit/Windows.h>

@@ -128,3 +128,5 @@ enum { NSUserDomainMask = 1, NSAllDomainsMask = 0x0ffff };
 FOUNDATION_EXPORT NSString* NSHomeDirectory(void);
 FOUNDATION_EXPORT NSArray* NSSearchPathForDirectoriesInDomains(NSSearchPathDirectory directory,
                                                                NSSearchPathDomainMask domains, BOOL expandTilde);
+
+#import <Foundation/Windows.h>
