@@ -8,9 +8,11 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
@@ -116,16 +118,25 @@ TEST_F(Main, TheProgramIsRunOnceMore) {
   std::string line;
   std::getline(std::ifstream(written), line);
   EXPECT_EQ(line, "--put-back");
-  std::ofstream(program) << "#!/bin/sh\nexec sleep 1000\n";
+}
+
+TEST_F(Main, AProgramThatDoesNotEndIsWaitedForNoLonger) {
+  const std::string folder = testing::TempDir();
+  const std::string program = folder + "darwin-main-sleeper";
+  const std::string written = folder + "darwin-main-sleeper-pid";
+  std::filesystem::remove(written);
+  std::ofstream(program) << "#!/bin/sh\necho $$ >" << written << "\nexec sleep 1000\n";
+  ::chmod(program.c_str(), 0700);
   EXPECT_EXIT(
       {
-        ::setpgid(0, 0);
         liveAs(program.c_str());
         DarwinMainThread thread;
         thread.runProgram("", std::chrono::milliseconds(1));
-        ::signal(SIGTERM, SIG_IGN);
-        ::kill(0, SIGTERM); // what it left, as the leader of its group
-        leave(true);
+        Pid pid = 0;
+        while (pid <= 0) std::ifstream(written) >> pid;
+        const bool isThere = ::waitpid(pid, nullptr, WNOHANG) == 0;
+        ::kill(pid, SIGKILL); // it has inherited that it hears nothing else
+        leave(isThere);
       },
       ExitedWithCode(0), "");
 }
