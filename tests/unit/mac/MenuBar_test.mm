@@ -14,7 +14,8 @@ class MenuBarTest : public MacTest {
  protected:
   std::unique_ptr<TrayIcon> add() {
     return bar.add({.clicked = [this](std::optional<QRect> place) { clicks.push_back(place); },
-                    .middleClicked = [this] { ++middleClicks; }});
+                    .middleClicked = [this] { ++middleClicks; },
+                    .menuWanted = [](QRect) {}});
   }
   std::vector<TrayEntry> menu() {
     return {{.label = "First", .chosen = [this](auto pointer) { chosen.emplace_back("first", pointer); }},

@@ -74,7 +74,8 @@ TEST_F(RealWindows, TheItemIsInTheMenuBar) {
                                    isClicked = true;
                                    place = where;
                                  },
-                             .middleClicked = [] {}});
+                             .middleClicked = [] {},
+                             .menuWanted = [](QRect) {}});
   item->show({.picture = {}, .state = "Boost off", .symbol = "bolt"});
   item->offer({{.label = "A line", .chosen = [](auto) {}}, {}, {.label = "Only to be read"}});
   NSStatusBarButton* found = nil;
