@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
+#include "platform/darwin/DarwinPlatform.h"
+
 #include "base/Names.h"
-#include "platform/Platform.h"
 #include "platform/darwin/DarwinMachine.h"
 #include "platform/darwin/audio/CoreAudioActivity.h"
 #include "platform/darwin/band/DarwinBand.h"
@@ -21,12 +22,16 @@
 #include "platform/posix/process/DescriptorLimit.h"
 #include "platform/posix/process/SignalSource.h"
 
+#include <utility>
+
 namespace vantle {
 
 namespace {
 
 class DarwinPlatform final : public Platform {
  public:
+  explicit DarwinPlatform(std::string support) : m_support(std::move(support)) {}
+
   void raiseDescriptorLimit() override { vantle::raiseDescriptorLimit(); }
   void outliveReaders() override { vantle::outliveReaders(); }
   bool isStartedByItself() const override { return isStartedByOwnProgram(); }
@@ -83,12 +88,16 @@ class DarwinPlatform final : public Platform {
     return parts;
   }
 
-  std::string m_support = applicationSupportFolder();
+  std::string m_support;
   std::optional<SingleCopyLock> m_lock;
 };
 
 } // namespace
 
-std::unique_ptr<Platform> Platform::ofThisSystem() { return std::make_unique<DarwinPlatform>(); }
+std::unique_ptr<Platform> darwinPlatformIn(std::string support) {
+  return std::make_unique<DarwinPlatform>(std::move(support));
+}
+
+std::unique_ptr<Platform> Platform::ofThisSystem() { return darwinPlatformIn(applicationSupportFolder()); }
 
 } // namespace vantle

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // All of it together, as app/ gets it.
-#include "platform/Platform.h"
+#include "platform/darwin/DarwinPlatform.h"
 
 #include "base/Names.h"
 #include "platform/darwin/files/DarwinFolders.h"
@@ -8,8 +8,12 @@
 #include "tests/unit/cocoa/CocoaFixture.h"
 #include "tests/unit/cocoa/FoundationDomains.h"
 
+#include <cstdlib>
 #include <filesystem>
 #include <gmock/gmock.h>
+#include <pwd.h>
+#include <stdexcept>
+#include <unistd.h>
 
 namespace vantle {
 namespace {
@@ -20,30 +24,40 @@ class CocoaPlatform : public CocoaTest {
   ~CocoaPlatform() override {
     engine.reset();
     clearDomain(ownDomain());
-    std::filesystem::remove_all(folder());
+    std::filesystem::remove_all(support);
   }
   CocoaPlatform(const CocoaPlatform&) = delete;
   CocoaPlatform& operator=(const CocoaPlatform&) = delete;
 
-  static std::filesystem::path folder() { return applicationSupportFolder() + "/" + names::display; }
+  static std::string newFolder() {
+    std::string path = testing::TempDir() + "cocoa-support-XXXXXX";
+    return ::mkdtemp(path.data()) == nullptr ? throw std::runtime_error("no folder") : path;
+  }
 
+  const std::string support = newFolder();
+  const std::filesystem::path folder = support + "/" + names::display;
   PollEventLoop loop;
-  std::unique_ptr<Platform> platform = Platform::ofThisSystem();
+  std::unique_ptr<Platform> platform = darwinPlatformIn(support);
 };
 
 TEST_F(CocoaPlatform, FilesAreInThePersonsFolderForThem) {
-  EXPECT_TRUE(applicationSupportFolder().starts_with(std::getenv("HOME"))) << applicationSupportFolder();
+  const passwd* const person = ::getpwuid(::getuid());
+  ASSERT_NE(person, nullptr);
+  EXPECT_TRUE(applicationSupportFolder().starts_with(std::string(person->pw_dir) + "/"))
+      << applicationSupportFolder();
   EXPECT_FALSE(applicationSupportFolder().ends_with('/'));
+  const auto real = Platform::ofThisSystem()->recoveryMachine();
+  EXPECT_EQ(real->machine().files.applicationSupport(), applicationSupportFolder());
   const auto owned = platform->recoveryMachine();
-  EXPECT_EQ(owned->machine().files.applicationSupport(), applicationSupportFolder());
+  EXPECT_EQ(owned->machine().files.applicationSupport(), support);
   EXPECT_EQ(platform->foreignFolder(), std::nullopt);
 }
 
 TEST_F(CocoaPlatform, ThereIsOneCopy) {
   EXPECT_TRUE(platform->becomeOnlyCopy());
-  EXPECT_FALSE(Platform::ofThisSystem()->becomeOnlyCopy());
+  EXPECT_FALSE(darwinPlatformIn(support)->becomeOnlyCopy());
   platform.reset();
-  EXPECT_TRUE(Platform::ofThisSystem()->becomeOnlyCopy());
+  EXPECT_TRUE(darwinPlatformIn(support)->becomeOnlyCopy());
 }
 
 TEST_F(CocoaPlatform, WithoutAWindowServerThereIsNoDesktop) {
@@ -73,7 +87,7 @@ TEST_F(CocoaPlatform, ABoostGoesThroughTheWholeMachineAndWhatItLeftIsPutBackByTh
     EXPECT_FALSE(isSlow(101)) << "it is heard";
     EXPECT_FALSE(isSlow(102)) << "it keeps the screen awake";
     kernel->raisePressure(4); // critical
-    EXPECT_TRUE(std::filesystem::exists(folder() / "journal.json"));
+    EXPECT_TRUE(std::filesystem::exists(folder / "journal.json"));
     machine.audio.heard = {};
   } // and the program ends without a word
   EXPECT_TRUE(isSlow(100));
