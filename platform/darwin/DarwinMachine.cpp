@@ -9,9 +9,10 @@ namespace vantle {
 
 Machine DarwinMachine::machine() {
   Parts& parts = *m_parts;
-  return {parts.host,       parts.processes,      *parts.band,     *parts.workspace, *parts.audio, *parts.power,
-          *parts.pressure,  *parts.notifications, *parts.defaults, *parts.files,     parts.clock,  parts.launcher,
-          parts.text,       *parts.loginItem,     *parts.catalog,  parts.hooks,      parts.games};
+  return {parts.host,   parts.processes, *parts.band,          *parts.workspace, *parts.audio,
+          *parts.power, *parts.pressure, *parts.notifications, *parts.defaults,  *parts.files,
+          parts.clock,  parts.launcher,  parts.text,           *parts.loginItem, *parts.catalog,
+          parts.hooks,  parts.games};
 }
 
 std::vector<std::pair<std::string, std::string>> DarwinMachine::facts() const {

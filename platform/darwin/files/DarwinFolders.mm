@@ -7,7 +7,8 @@ namespace vantle {
 
 std::string applicationSupportFolder() {
   @autoreleasepool {
-    for (id folder in NSSearchPathForDirectoriesInDomains(NSApplicationSupportDirectory, NSUserDomainMask, YES)) {
+    for (id folder in NSSearchPathForDirectoriesInDomains(NSApplicationSupportDirectory, NSUserDomainMask,
+                                                          YES)) {
       const auto path = textOf(folder);
       if (path && path->starts_with('/')) return *path;
     }

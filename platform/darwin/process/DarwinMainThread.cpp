@@ -58,8 +58,8 @@ void installFreezer() {
   invariant(::sigaction(freezingSignal, &action, nullptr) == 0, "signal handler refused");
 }
 
-// Takes them from the whole process, also while the main thread keeps them waiting. Once it takes them itself,
-// either of the two gets each.
+// Takes them from the whole process, also while the main thread keeps them waiting. Once it takes them
+// itself, either of the two gets each.
 [[noreturn]] void passSignalsOn() {
   const sigset_t set = terminationSignalSet();
   for (;;) {
@@ -82,8 +82,8 @@ void takeSignals() {
 bool isSameFile(const std::string& left, const std::string& right) {
   struct stat one {};
   struct stat other {};
-  return ::stat(left.c_str(), &one) == 0 && ::stat(right.c_str(), &other) == 0 && one.st_dev == other.st_dev &&
-         one.st_ino == other.st_ino;
+  return ::stat(left.c_str(), &one) == 0 && ::stat(right.c_str(), &other) == 0 &&
+         one.st_dev == other.st_dev && one.st_ino == other.st_ino;
 }
 
 std::string programOf(Pid pid) { return LibprocProcessTable().executablePathBytes(pid).value_or(""); }

@@ -28,8 +28,8 @@ class DarwinMainThread final : public MainThread {
   void say(std::string_view line) override;
 
  private:
-  std::string m_program;                // read in time: once the main thread is frozen, memory may be locked
-  std::array<int, 2> m_news{-1, -1};    // the reading and the writing end of a pipe
+  std::string m_program;             // read in time: once the main thread is frozen, memory may be locked
+  std::array<int, 2> m_news{-1, -1}; // the reading and the writing end of a pipe
 };
 
 // Whether this process was started by one of this same program.

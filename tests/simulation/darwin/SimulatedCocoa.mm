@@ -228,8 +228,8 @@ IOReturn IOPMCopyAssertionsByProcess(CFDictionaryRef* assertions) {
 CFDictionaryRef CGSessionCopyCurrentDictionary() {
   if (!cocoa->hasWindowServer) return nullptr;
   @autoreleasepool {
-    const void* const plain =
-        [[NSDictionary alloc] initWithObjectsAndKeys:[[[SimulatedMarker alloc] init] autorelease], @"marker", nil];
+    const void* const plain = [[NSDictionary alloc]
+        initWithObjectsAndKeys:[[[SimulatedMarker alloc] init] autorelease], @"marker", nil];
     return static_cast<CFDictionaryRef>(plain);
   }
 }

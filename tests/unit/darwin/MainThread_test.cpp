@@ -24,9 +24,7 @@ using testing::ExitedWithCode;
 class Main : public DarwinTest {
  protected:
   // To be called in the process itself: the kernel in memory knows it by its real pid.
-  void liveAs(const char* program) {
-    machine.processes.spawn({.executable = program, .pid = ::getpid()});
-  }
+  void liveAs(const char* program) { machine.processes.spawn({.executable = program, .pid = ::getpid()}); }
 };
 
 [[noreturn]] void leave(bool isRight) { std::_Exit(isRight ? 0 : 1); }
