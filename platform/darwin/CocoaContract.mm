@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // As Contract.cpp, of what is called in Objective-C.
 #import <AppKit/AppKit.h>
+#include <CoreGraphics/CoreGraphics.h>
 #include <IOKit/pwr_mgt/IOPMLib.h>
 #import <ServiceManagement/ServiceManagement.h>
 #import <UserNotifications/UserNotifications.h>
@@ -45,7 +46,8 @@ static_assert(isA<NSString*, decltype(NSWorkspaceDidActivateApplicationNotificat
 static_assert(isA<NSString*, decltype(NSWorkspaceDidLaunchApplicationNotification)>);
 static_assert(isA<NSString*, decltype(NSWorkspaceDidTerminateApplicationNotification)>);
 
-// Who keeps the machine awake.
+// Who keeps the machine awake, and whether there are windows.
+static_assert(std::is_invocable_r_v<CFDictionaryRef, decltype(::CGSessionCopyCurrentDictionary)>);
 static_assert(std::is_same_v<IOReturn, int>);
 static_assert(std::is_invocable_r_v<IOReturn, decltype(::IOPMCopyAssertionsByProcess), CFDictionaryRef*>);
 

@@ -2,11 +2,13 @@
 // What the calls of this room were written for: on a Mac held to the system's own headers, elsewhere to the
 // declarations that stand in for them. Where the two differ, this does not compile, and nothing has run.
 #include <CoreAudio/CoreAudio.h>
+#include <csignal>
 #include <cstddef>
 #include <cstdint>
 #include <dispatch/dispatch.h>
 #include <fcntl.h>
 #include <libproc.h>
+#include <spawn.h>
 #include <sys/resource.h>
 #include <sys/sysctl.h>
 #include <sys/time.h>
@@ -94,6 +96,13 @@ static_assert(takes<OSStatus, decltype(::AudioObjectGetPropertyDataSize), AudioO
                     const AudioObjectPropertyAddress*, UInt32, const void*, UInt32*>);
 static_assert(takes<OSStatus, decltype(::AudioObjectGetPropertyData), AudioObjectID,
                     const AudioObjectPropertyAddress*, UInt32, const void*, UInt32*, void*>);
+
+// The main thread.
+static_assert(std::is_same_v<decltype(sigaction::sa_flags), int>);
+static_assert(takes<int, decltype(::pthread_kill), pthread_t, int>);
+static_assert(std::is_same_v<decltype(::posix_spawn(std::declval<pid_t*>(), "", nullptr, nullptr,
+                                                    std::declval<char* const*>(), nullptr)),
+                             int>);
 
 // Files.
 static_assert(F_GETPATH == 50);

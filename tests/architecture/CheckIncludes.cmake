@@ -13,7 +13,7 @@ set(platform/shared_rooms base engine/ports platform/shared)
 set(platform/posix_rooms base engine/ports platform/shared platform/posix)
 set(platform/linux_rooms base engine/ports platform/OwnedMachine.h platform/Platform.h platform/shared platform/posix
     platform/linux)
-set(platform/darwin_rooms base engine/ports platform/OwnedMachine.h platform/shared platform/posix platform/darwin)
+set(platform/darwin_rooms base engine/ports platform/OwnedMachine.h platform/Platform.h platform/shared platform/posix platform/darwin)
 set(platform/simulated_rooms base engine/ports platform/shared platform/simulated)
 set(status_rooms base status)
 set(command_rooms base status command)
@@ -57,8 +57,9 @@ set(platform/posix_headers
 set(platform/linux_headers "${standard}|[a-z0-9_/-]+\\.h")
 # POSIX, and the system's own libraries in C and in Objective-C.
 set(platform/darwin_headers
-    "${standard}|(fcntl|libproc|unistd)\\.h|sys/(resource|stat|sysctl|time)\\.h|dispatch/dispatch\\.h"
-    "(AppKit/AppKit|CoreAudio/CoreAudio|Foundation/Foundation|IOKit/pwr_mgt/IOPMLib)\\.h"
+    "${standard}|(fcntl|libproc|poll|pthread|spawn|unistd)\\.h|sys/(resource|stat|sysctl|time|wait)\\.h|dispatch/dispatch\\.h"
+    "(AppKit/AppKit|CoreAudio/CoreAudio|CoreFoundation/CoreFoundation|CoreGraphics/CoreGraphics)\\.h"
+    "(Foundation/Foundation|IOKit/pwr_mgt/IOPMLib)\\.h"
     "(ServiceManagement/ServiceManagement|UserNotifications/UserNotifications)\\.h")
 string(JOIN "|" platform/darwin_headers ${platform/darwin_headers})
 set(platform/simulated_headers "${standard}")

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/darwin/power/IokitPowerAssertions.h"
 
-#import "platform/darwin/cocoa/Retained.h"
+#import "platform/darwin/cocoa/CoreFoundation.h"
 #import "platform/darwin/cocoa/Values.h"
 
 #include <IOKit/pwr_mgt/IOPMLib.h>
@@ -15,16 +15,10 @@ namespace {
 
 constexpr std::chrono::milliseconds longestAnswer{200};
 
-// The system's dictionaries in C are those of Foundation.
-NSDictionary* foundationOf(CFDictionaryRef dictionary) {
-  const void* const plain = dictionary;
-  return static_cast<NSDictionary*>(const_cast<void*>(plain));
-}
-
 Retained<NSDictionary> assertionsByProcess() {
   CFDictionaryRef copy = nullptr;
   const IOReturn status = ::IOPMCopyAssertionsByProcess(&copy);
-  auto dictionary = Retained<NSDictionary>::taking(foundationOf(copy));
+  auto dictionary = copied(copy);
   return status == 0 ? dictionary : Retained<NSDictionary>();
 }
 

@@ -27,8 +27,8 @@ struct DarwinParts {
   }
 };
 
-// A machine of that kind: apps have neither sessions nor places, and the kernel does not tell who put a
-// process into the band.
+// A machine of that kind: apps have neither sessions nor places, and nothing tells what a process came with
+// or who put it into the band.
 inline void arrangeAsMac(SimulatedMachine& desktop) {
   desktop.band.knowsItsOwnTraces = false;
   desktop.processes.tellsOfBirths = false;
@@ -36,6 +36,7 @@ inline void arrangeAsMac(SimulatedMachine& desktop) {
     SimulatedProcess& process = *desktop.processes.find(born.pid);
     process.session = 0;
     process.place.clear();
+    process.origin.clear();
     process.role = ProcessRole::program;
   };
   desktop.processes.onBirth = plain;

@@ -35,6 +35,8 @@ class SimulatedCocoa {
   bool hasAssertions = true;     // the dictionary itself
   bool assertionsAreOdd = false; // other things stand beside what is documented
 
+  bool hasWindowServer = true;
+
   // Of the notices, and of opening at login.
   std::optional<std::string> ownBundle = "com.halvo.vantle"; // the program's; absent for a bare executable
   std::vector<std::string> notices;                          // every message to the notification centre

@@ -4,6 +4,7 @@
 #include "base/Invariant.h"
 
 #import <AppKit/AppKit.h>
+#include <CoreGraphics/CoreGraphics.h>
 #include <IOKit/pwr_mgt/IOPMLib.h>
 #import <ServiceManagement/ServiceManagement.h>
 #import <UserNotifications/UserNotifications.h>
@@ -221,6 +222,15 @@ IOReturn IOPMCopyAssertionsByProcess(CFDictionaryRef* assertions) {
     *assertions = desktop.hasAssertions ? static_cast<CFDictionaryRef>(plain) : nullptr;
     if (!desktop.hasAssertions) [all release];
     return desktop.powerStatus;
+  }
+}
+
+CFDictionaryRef CGSessionCopyCurrentDictionary() {
+  if (!cocoa->hasWindowServer) return nullptr;
+  @autoreleasepool {
+    const void* const plain = [[NSDictionary alloc]
+        initWithObjectsAndKeys:[[[SimulatedMarker alloc] init] autorelease], @"marker", nil];
+    return static_cast<CFDictionaryRef>(plain);
   }
 }
 

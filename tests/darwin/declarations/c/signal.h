@@ -17,6 +17,7 @@
 #define SIGSTOP 17
 #define SIGCONT 19
 #define SIGCHLD 20
+#define SIGUSR2 31
 #define NSIG 32
 
 #define SIG_DFL ((void (*)(int))0)
@@ -36,6 +37,7 @@ struct sigaction {
 
 VANTLE_C_BEGIN
 int kill(pid_t pid, int number);
+int pthread_kill(pthread_t thread, int number);
 int pthread_sigmask(int how, const sigset_t* set, sigset_t* before);
 int raise(int number);
 int sigaction(int number, const struct sigaction* action, struct sigaction* before);

@@ -28,6 +28,7 @@ uid_t geteuid(void);
 int getdtablesize(void);
 pid_t getpid(void);
 pid_t getppid(void);
+int pause(void);
 uid_t getuid(void);
 int isatty(int descriptor);
 int pipe(int ends[2]);

@@ -132,6 +132,7 @@ enum { NSUserDomainMask = 1, NSAllDomainsMask = 0x0ffff };
 - (void)setObject:(id)object forKey:(NSString*)key;
 @end
 
+FOUNDATION_EXPORT NSString* NSHomeDirectory(void);
 FOUNDATION_EXPORT NSArray* NSSearchPathForDirectoriesInDomains(NSSearchPathDirectory directory,
                                                                NSSearchPathDomainMask domains,
                                                                BOOL expandTilde);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // What is called of IOKit's power management, from its documentation.
 #pragma once
+#include <CoreFoundation/CoreFoundation.h>
 
-typedef const struct __CFDictionary* CFDictionaryRef;
 typedef int IOReturn;
 
 #ifdef __cplusplus
