@@ -23,19 +23,11 @@ SettingsManager::SettingsManager(EventLoop& loop) {
 }
 
 void SettingsManager::start() {
-  learn(m_atoms.selection, "_XSETTINGS_S" + std::to_string(m_server->screenNumber()));
-  learn(m_atoms.settings, "_XSETTINGS_SETTINGS");
-  learn(m_atoms.manager, "MANAGER");
+  m_server->learn("_XSETTINGS_S" + std::to_string(m_server->screenNumber()), m_atoms.selection);
+  m_server->learn("_XSETTINGS_SETTINGS", m_atoms.settings);
+  m_server->learn("MANAGER", m_atoms.manager);
   const std::uint32_t mask = XCB_EVENT_MASK_STRUCTURE_NOTIFY; // a new one announces itself on the root window
   xcb_change_window_attributes(m_server->raw(), m_server->screen().root, XCB_CW_EVENT_MASK, &mask);
-}
-
-void SettingsManager::learn(xcb_atom_t& atom, const std::string& name) {
-  const auto cookie =
-      xcb_intern_atom(m_server->raw(), 0, static_cast<std::uint16_t>(name.size()), name.c_str());
-  m_server->expect(cookie.sequence, [&atom](const void* reply) {
-    if (reply != nullptr) atom = static_cast<const xcb_intern_atom_reply_t*>(reply)->atom;
-  });
 }
 
 void SettingsManager::handle(const xcb_generic_event_t& event) {

@@ -30,7 +30,6 @@ class SettingsManager {
   };
 
   void start();
-  void learn(xcb_atom_t& atom, const std::string& name);
   void handle(const xcb_generic_event_t& event);
   void act();
   void read(xcb_window_t owner);

@@ -41,23 +41,15 @@ XEmbedIcon::XEmbedIcon(EventLoop& loop, Handlers handlers)
 }
 
 void XEmbedIcon::start() {
-  learn(m_atoms.selection, "_NET_SYSTEM_TRAY_S" + std::to_string(m_server.screenNumber()));
-  learn(m_atoms.opcode, "_NET_SYSTEM_TRAY_OPCODE");
-  learn(m_atoms.visual, "_NET_SYSTEM_TRAY_VISUAL");
-  learn(m_atoms.info, "_XEMBED_INFO");
-  learn(m_atoms.manager, "MANAGER");
+  m_server.learn("_NET_SYSTEM_TRAY_S" + std::to_string(m_server.screenNumber()), m_atoms.selection);
+  m_server.learn("_NET_SYSTEM_TRAY_OPCODE", m_atoms.opcode);
+  m_server.learn("_NET_SYSTEM_TRAY_VISUAL", m_atoms.visual);
+  m_server.learn("_XEMBED_INFO", m_atoms.info);
+  m_server.learn("MANAGER", m_atoms.manager);
   const std::uint32_t mask =
       XCB_EVENT_MASK_STRUCTURE_NOTIFY; // a new tray announces itself on the root window
   xcb_change_window_attributes(m_server.raw(), m_server.screen().root, XCB_CW_EVENT_MASK, &mask);
   m_isDockWanted = true;
-}
-
-void XEmbedIcon::learn(xcb_atom_t& atom, const std::string& name) {
-  const auto cookie =
-      xcb_intern_atom(m_server.raw(), 0, static_cast<std::uint16_t>(name.size()), name.c_str());
-  m_server.expect(cookie.sequence, [&atom](const void* reply) {
-    if (reply != nullptr) atom = static_cast<const xcb_intern_atom_reply_t*>(reply)->atom;
-  });
 }
 
 // The display is gone, and with it all that was on it.

@@ -41,7 +41,6 @@ class XEmbedIcon {
   };
 
   void start();
-  void learn(xcb_atom_t& atom, const std::string& name);
   void lose();
   void dock();
   void askTray(xcb_window_t tray);

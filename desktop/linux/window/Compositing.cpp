@@ -23,11 +23,7 @@ class Question {
 
  private:
   void ask() {
-    const auto cookie =
-        xcb_intern_atom(m_server.raw(), 0, sizeof(compositorSelection) - 1, compositorSelection);
-    m_server.expect(cookie.sequence, [this](const void* reply) {
-      if (reply != nullptr) askForOwner(static_cast<const xcb_intern_atom_reply_t*>(reply)->atom);
-    });
+    m_server.learn(compositorSelection, [this](xcb_atom_t selection) { askForOwner(selection); });
   }
 
   void askForOwner(xcb_atom_t selection) {

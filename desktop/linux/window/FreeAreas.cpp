@@ -4,7 +4,6 @@
 #include <QEvent>
 #include <QGuiApplication>
 #include <QScreen>
-#include <cstring>
 #include <private/qhighdpiscaling_p.h>
 #include <qpa/qplatformscreen.h>
 #include <qpa/qwindowsysteminterface.h>
@@ -42,23 +41,15 @@ FreeAreas::FreeAreas(EventLoop& loop) {
 }
 
 void FreeAreas::start() {
-  learn(m_atoms.partial, "_NET_WM_STRUT_PARTIAL");
-  learn(m_atoms.plain, "_NET_WM_STRUT");
-  learn(m_atoms.workArea, "_NET_WORKAREA");
-  learn(m_atoms.clients, "_NET_CLIENT_LIST");
+  m_server->learn("_NET_WM_STRUT_PARTIAL", m_atoms.partial);
+  m_server->learn("_NET_WM_STRUT", m_atoms.plain);
+  m_server->learn("_NET_WORKAREA", m_atoms.workArea);
+  m_server->learn("_NET_CLIENT_LIST", m_atoms.clients);
   const xcb_screen_t& screen = m_server->screen();
   m_desktop = {screen.width_in_pixels, screen.height_in_pixels};
   // Window managers write the work area anew whenever a bar comes, goes or changes.
   const std::uint32_t mask = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY;
   xcb_change_window_attributes(m_server->raw(), screen.root, XCB_CW_EVENT_MASK, &mask);
-}
-
-void FreeAreas::learn(xcb_atom_t& atom, const char* name) {
-  const auto cookie =
-      xcb_intern_atom(m_server->raw(), 0, static_cast<std::uint16_t>(std::strlen(name)), name);
-  m_server->expect(cookie.sequence, [&atom](const void* reply) {
-    if (reply != nullptr) atom = static_cast<const xcb_intern_atom_reply_t*>(reply)->atom;
-  });
 }
 
 void FreeAreas::handle(const xcb_generic_event_t& event) {

@@ -32,7 +32,6 @@ class FreeAreas : public QObject {
   };
 
   void start();
-  void learn(xcb_atom_t& atom, const char* name);
   void handle(const xcb_generic_event_t& event);
   void act();
   void lookForBars(bool look);

@@ -90,6 +90,17 @@ void X11Connection::expect(unsigned int sequence, OnReply callback) {
   m_pending.push_back({sequence, std::move(callback)});
 }
 
+void X11Connection::learn(std::string_view name, OnAtom callback) {
+  const auto cookie = xcb_intern_atom(m_connection, 0, static_cast<std::uint16_t>(name.size()), name.data());
+  expect(cookie.sequence, [callback = std::move(callback)](const void* reply) {
+    callback(reply != nullptr ? static_cast<const xcb_intern_atom_reply_t*>(reply)->atom : XCB_NONE);
+  });
+}
+
+void X11Connection::learn(std::string_view name, xcb_atom_t& atom) {
+  learn(name, [&atom](xcb_atom_t number) { atom = number; });
+}
+
 void X11Connection::flush() {
   if (m_connection != nullptr) xcb_flush(m_connection);
 }

@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <xcb/xcb.h>
 
 namespace vantle {
@@ -27,6 +28,7 @@ class X11Connection {
   };
   // Null when the request failed; otherwise the reply of the request's own type.
   using OnReply = std::function<void(const void* reply)>;
+  using OnAtom = std::function<void(xcb_atom_t)>; // XCB_NONE when the server has no memory for it
 
   // Connects in the background. An empty name is the one in DISPLAY.
   X11Connection(EventLoop& loop, const std::string& display, Handlers handlers);
@@ -41,6 +43,9 @@ class X11Connection {
 
   // Hands in the sequence number of a request that has just been made.
   void expect(unsigned int sequence, OnReply callback);
+  // Asks for the number of that name. The second one is for a number that stands in a class until its end.
+  void learn(std::string_view name, OnAtom callback);
+  void learn(std::string_view name, xcb_atom_t& atom);
   void flush();
 
   // Handles what arrives until every reply is there or the time is up. Only for the start, when there is

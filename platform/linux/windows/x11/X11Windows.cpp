@@ -102,10 +102,8 @@ void X11Windows::internAtoms() {
     const std::string name = at < firstType
                                  ? std::string(atomNames.at(at))
                                  : "_NET_WM_WINDOW_TYPE_" + std::string(typeNames.at(at - firstType));
-    const auto cookie =
-        xcb_intern_atom(m_connection.raw(), 0, static_cast<std::uint16_t>(name.size()), name.data());
-    m_connection.expect(cookie.sequence, [this, at](const void* reply) {
-      if (reply != nullptr) m_atoms.at(at) = static_cast<const xcb_intern_atom_reply_t*>(reply)->atom;
+    m_connection.learn(name, [this, at](xcb_atom_t atom) {
+      m_atoms.at(at) = atom;
       if (at + 1 == m_atoms.size()) readAll();
     });
   }
