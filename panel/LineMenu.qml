@@ -65,6 +65,7 @@ FocusScope {
             }
         }
         MenuLine {
+            visible: menu.panel.canBeProtected(menu.pid)
             text: qsTr("Never slow down")
             onTriggered: {
                 const panel = menu.panel;

@@ -141,6 +141,11 @@ void PanelModel::bringToFront(int pid) {
   if (const AppRef app = m_engine.runningApplication(pid)) app->bringToFront();
 }
 
+bool PanelModel::canBeProtected(int pid) const {
+  const AppRef app = m_engine.runningApplication(pid);
+  return app && app->bundleIdentifier();
+}
+
 void PanelModel::neverSlowDown(int pid) {
   if (const AppRef app = m_engine.runningApplication(pid)) m_engine.neverSlowDown(*app);
 }

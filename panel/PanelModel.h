@@ -82,10 +82,11 @@ class PanelModel : public QObject {
   Q_INVOKABLE void alwaysBoost();
   Q_INVOKABLE void turnOffBoost();
   Q_INVOKABLE void endPause();
-  // Of an app in the background: whether the desktop can bring it to the front, and doing so; and putting it
-  // on the person's protected list.
+  // Of an app in the background: whether the desktop can bring it to the front, and doing so; whether the
+  // person's protected list could hold it, which knows apps by their identifiers alone, and putting it there.
   Q_INVOKABLE bool canComeToFront(int pid) const;
   Q_INVOKABLE void bringToFront(int pid);
+  Q_INVOKABLE bool canBeProtected(int pid) const;
   Q_INVOKABLE void neverSlowDown(int pid);
   Q_INVOKABLE void openSettings() const;
   Q_INVOKABLE void quit() const;

@@ -106,6 +106,8 @@ FocusScope {
         id: lineMenu
 
         function openFor(line, x) {
+            if (!view.panel.canComeToFront(line.pid) && !view.panel.canBeProtected(line.pid))
+                return;
             setSource("LineMenu.qml", {
                 panel: view.panel
             });

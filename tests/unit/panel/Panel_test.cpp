@@ -521,6 +521,23 @@ TEST_F(Panel, ALineOffersToProtectItsAppForGood) {
   desktop.editor->spec.canComeToFront = false;
   key(Qt::Key_Menu);
   EXPECT_TRUE(becomesPlace("Never slow down")) << "all that is left";
+  key(Qt::Key_Escape);
+  desktop.editor->spec.bundleID.reset();
+  key(Qt::Key_Menu);
+  QCoreApplication::processEvents();
+  EXPECT_EQ(place(), "Text Editor") << "nothing is left, as when an app without an identifier ends";
+}
+
+TEST_F(Panel, ALineOfAnAppWithoutAnIdentifierDoesNotOfferToProtectIt) {
+  openBoosting();
+  desktop.mail->spec.bundleID.reset();
+  for (int i = 0; i < 3; ++i) key(Qt::Key_Tab);
+  key(Qt::Key_M, "m");
+  key(Qt::Key_Menu);
+  ASSERT_TRUE(becomesPlace("Bring to front"));
+  EXPECT_EQ(itemNamed("Never slow down"), nullptr);
+  key(Qt::Key_Down);
+  EXPECT_EQ(place(), "Bring to front");
 }
 
 TEST_F(Panel, TheRightButtonOnALineOpensItsMenuAndAPressElsewhereLeavesIt) {
