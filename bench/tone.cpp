@@ -2,9 +2,9 @@
 // How often a tone breaks off while a game and two other apps keep every processor busy: with nothing done,
 // during a Boost, and during a Boost of a Vantle that does not hear the tone and so slows its player down.
 // Every two seconds the person turns to another app, or back to the game; breaks of the first quarter of a
-// second after that are told apart: an eighth would fall there by chance. The desktop, the sound server and
-// the program are real; the player has 50 ms of sound ahead. The last of the three, for comparison, is tried
-// in the first round alone.
+// second after that are told apart: an eighth would fall there by chance. It also tells after how many turns
+// the player was slowed down. The desktop, the sound server and the program are real; the player has 50 ms of
+// sound ahead. The last of the three, for comparison, is tried in the first round alone.
 //
 // usage: tone [ROUNDS [SECONDS]]
 #include "tests/support/Kernel.h"
@@ -40,10 +40,12 @@ bool isSlowed(Pid pid) {
 struct Breaks {
   long all = 0;
   long afterTurns = 0;
+  long slowedTurns = 0;
 
   Breaks& operator+=(const Breaks& other) {
     all += other.all;
     afterTurns += other.afterTurns;
+    slowedTurns += other.slowedTurns;
     return *this;
   }
 };
@@ -83,6 +85,7 @@ class Stage {
       std::this_thread::sleep_for(turn);
       breaks.afterTurns += said("break") - atTurn;
       std::this_thread::sleep_for(look);
+      if (isSlowed(m_music->pid())) ++breaks.slowedTurns;
     }
     breaks.all = said("break") - before;
     return breaks;
@@ -136,13 +139,13 @@ void run(int rounds, std::chrono::seconds time) {
         time, {{"PULSE_SERVER", "unix:/nonexistent"}, {"PIPEWIRE_REMOTE", "/nonexistent"}}, false);
   }
   const auto print = [](const char* what, const Breaks& breaks, long seconds) {
-    std::printf("%-44s %5ld times in %ld s, %ld of them right after a turn\n", what, breaks.all, seconds,
-                breaks.afterTurns);
+    std::printf("%-36s %4ld times in %ld s, %ld of them right after a turn; slowed down after %ld turns\n",
+                what, breaks.all, seconds, breaks.afterTurns, breaks.slowedTurns);
   };
   const long seconds = rounds * time.count();
   std::printf("the tone broke off, with a game and two busy apps on %u processors:\n",
               std::thread::hardware_concurrency());
-  std::printf("%-44s %5ld times in %ld s\n", "alone, without them", alone, time.count());
+  std::printf("%-36s %4ld times in %ld s\n", "alone, without them", alone, time.count());
   print("nothing done", nothing, seconds);
   print("Boost", boost, seconds);
   print("Boost that slows the player as well", unheard, time.count());
