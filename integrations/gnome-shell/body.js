@@ -14,6 +14,7 @@ const SHELL = `<node>
   <interface name="com.halvo.vantle.DesktopShell">
     <method name="Sync"/>
     <method name="Close"><arg type="s" direction="in" name="window"/></method>
+    <method name="Front"><arg type="s" direction="in" name="window"/></method>
   </interface>
 </node>`;
 
@@ -272,10 +273,21 @@ class Caller {
     }
 
     CloseAsync([name], invocation) {
+        this._order(name, invocation, window => window.delete(global.get_current_time()));
+    }
+
+    // Also from another workspace, and when it is minimized.
+    FrontAsync([name], invocation) {
+        this._order(name, invocation, window => Main.activateWindow(window));
+    }
+
+    _order(name, invocation, act) {
         const feed = this._feedOf(invocation);
         if (!feed)
             return;
-        feed.find(name)?.delete(global.get_current_time());
+        const window = feed.find(name);
+        if (window)
+            act(window);
         invocation.return_value(null);
     }
 

@@ -175,6 +175,22 @@ TEST_P(OnEachShell, ClosesPolitely) {
   EXPECT_TRUE(stubborn.isRunning());
 }
 
+TEST_P(OnEachShell, BringsAnAppToTheFrontAlsoFromBeingMinimized) {
+  Program& app = native();
+  Program& game = x11();
+  watch();
+  for (const Program* program : {&game, &app, &game, &app}) {
+    const AppRef there = appOf(*program);
+    ASSERT_TRUE(there && there->canComeToFront());
+    EXPECT_TRUE(there->bringToFront());
+    ASSERT_TRUE(becomesFront(*program));
+  }
+  m_desktop->script("minimize(front(), true);");
+  ASSERT_TRUE(becomesFront(game));
+  EXPECT_TRUE(appOf(app)->bringToFront());
+  EXPECT_TRUE(becomesFront(app));
+}
+
 TEST_P(OnEachShell, UnsavedWorkIsAskedAbout) {
   const auto file = m_desktop->home() / "text";
   ASSERT_TRUE(m_desktop->run({"sh", "-c", "echo unsaved >" + file.string()}));

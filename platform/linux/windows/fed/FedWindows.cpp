@@ -332,6 +332,11 @@ bool FedWindows::requestClose(const WindowFacts& window) {
   return m_isFed && told != m_told.end() && window.canBeClosed && m_caller->requestClose(told->second.name);
 }
 
+bool FedWindows::requestFront(const WindowFacts& window) {
+  const auto told = m_told.find(window.id);
+  return m_isFed && told != m_told.end() && m_caller->requestFront(told->second.name);
+}
+
 bool FedWindows::settle(std::chrono::milliseconds limit) {
   m_bus.runUntil([this] { return m_isLost || (m_isListed && m_drafts.empty()); },
                  std::chrono::steady_clock::now() + limit);

@@ -62,6 +62,8 @@ class FedWindows final : public DesktopWindows {
   const std::map<WindowId, WindowFacts>& known() const override { return m_known; }
   WindowId active() const override { return m_active; }
   bool requestClose(const WindowFacts& window) override;
+  bool canBringToFront(const WindowFacts& /*window*/) const override { return m_isFed; }
+  bool requestFront(const WindowFacts& window) override;
   void forget(Pid pid) override;
   bool settle(std::chrono::milliseconds limit) override;
 

@@ -20,8 +20,10 @@ class FeedCaller {
   // Asks the shell for something that it answers on the thread on which it knows its windows. By the time of
   // the answer it has told what had happened to them before. False when there was none.
   virtual void ask(std::function<void(bool isAnswered)> answered) = 0;
-  // Asks a window to close, politely, by the shell's own name for it; false when that cannot be asked.
+  // Asks a window to close, politely, or has it brought to the front, by the shell's own name for it; false
+  // when that cannot be asked.
   virtual bool requestClose(const std::string& window) = 0;
+  virtual bool requestFront(const std::string& window) = 0;
 };
 
 } // namespace vantle

@@ -26,8 +26,8 @@ void GnomeExtension::ask(std::function<void(bool)> answered) {
       });
 }
 
-bool GnomeExtension::requestClose(const std::string& window) {
-  BusMessage message = m_bus.methodCall({m_shell.c_str(), path, interface, "Close"});
+bool GnomeExtension::order(const char* method, const std::string& window) {
+  BusMessage message = m_bus.methodCall({m_shell.c_str(), path, interface, method});
   return message && sd_bus_message_append(message.get(), "s", window.c_str()) >= 0 &&
          m_bus.send(std::move(message));
 }

@@ -15,7 +15,8 @@ namespace vantle {
 // fails.
 class GnomeExtension final : public FeedCaller {
  public:
-  // Where it stands on the shell's connection, and what it is asked there: `Sync()`, and `Close(s window)`.
+  // Where it stands on the shell's connection, and what it is asked there: `Sync()`, `Close(s window)` and
+  // `Front(s window)`.
   static constexpr const char* path = "/com/halvo/vantle/shell";
   static constexpr const char* interface = "com.halvo.vantle.DesktopShell";
 
@@ -25,9 +26,12 @@ class GnomeExtension final : public FeedCaller {
   void meet(const std::string& shell, std::function<void()> failed) override;
   void begin() override {}
   void ask(std::function<void(bool isAnswered)> answered) override;
-  bool requestClose(const std::string& window) override;
+  bool requestClose(const std::string& window) override { return order("Close", window); }
+  bool requestFront(const std::string& window) override { return order("Front", window); }
 
  private:
+  bool order(const char* method, const std::string& window);
+
   BusConnection& m_bus;
   std::string m_shell;                   // empty before there was one
   std::shared_ptr<const bool> m_meeting; // as long as the shell is the same

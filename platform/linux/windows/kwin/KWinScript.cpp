@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/windows/kwin/KWinScript.h"
 
-#include "platform/linux/windows/kwin/KWinScriptText.h"
 #include "platform/posix/files/OwnFolder.h"
 
 #include <optional>
@@ -32,15 +31,15 @@ KWinScript::KWinScript(EventLoop& loop, BusConnection& sessionBus, Place place)
 KWinScript::~KWinScript() {
   if (m_shell.empty()) return;
   m_bus.send(scripting("unloadScript", m_place.name));
-  if (m_isClosing) m_bus.send(scripting("unloadScript", closingName()));
+  if (m_areOrdersUnderWay) m_bus.send(scripting("unloadScript", nameOfOrders()));
 }
 
 void KWinScript::meet(const std::string& shell, std::function<void()> failed) {
   m_meeting = std::make_shared<const bool>();
   m_shell = shell;
   m_failed = std::move(failed);
-  m_isClosing = false;
-  m_toClose.clear();
+  m_areOrdersUnderWay = false;
+  m_orders = {};
   m_patience = m_loop.after(m_place.longestWait, [this] { fail(); });
   m_feed = run(m_place.name, kwinFeedScript(m_bus.uniqueName()), [this](bool isRunning) {
     if (!isRunning) fail();
@@ -65,21 +64,26 @@ void KWinScript::ask(std::function<void(bool)> answered) {
 }
 
 bool KWinScript::requestClose(const std::string& window) {
-  if (m_shell.empty()) return false;
-  m_toClose.push_back(window);
-  closeNext();
-  return true;
+  m_orders.close.push_back(window);
+  return carryOut();
+}
+
+bool KWinScript::requestFront(const std::string& window) {
+  m_orders.front = window;
+  return carryOut();
 }
 
 // What is asked for while one script still runs is done by the next.
-void KWinScript::closeNext() {
-  if (m_isClosing || m_toClose.empty()) return;
-  m_isClosing = true;
-  run(closingName(), kwinCloseScript(std::exchange(m_toClose, {})), [this](bool) {
-    m_isClosing = false;
-    m_bus.send(scripting("unloadScript", closingName()));
-    closeNext();
+bool KWinScript::carryOut() {
+  if (m_shell.empty()) return false;
+  if (m_areOrdersUnderWay || (m_orders.close.empty() && m_orders.front.empty())) return true;
+  m_areOrdersUnderWay = true;
+  run(nameOfOrders(), kwinOrderScript(std::exchange(m_orders, {})), [this](bool) {
+    m_areOrdersUnderWay = false;
+    m_bus.send(scripting("unloadScript", nameOfOrders()));
+    carryOut();
   });
+  return true;
 }
 
 std::shared_ptr<const KWinScript::Run> KWinScript::run(std::string name, std::string text, Done done) {

@@ -3,6 +3,7 @@
 
 #include "platform/linux/bus/BusConnection.h"
 #include "platform/linux/windows/fed/FeedCaller.h"
+#include "platform/linux/windows/kwin/KWinScriptText.h"
 #include "platform/posix/files/TemporaryFile.h"
 #include "platform/shared/EventLoop.h"
 
@@ -11,7 +12,6 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <vector>
 
 namespace vantle {
 
@@ -37,6 +37,7 @@ class KWinScript final : public FeedCaller {
   void begin() override;
   void ask(std::function<void(bool isAnswered)> answered) override;
   bool requestClose(const std::string& window) override;
+  bool requestFront(const std::string& window) override;
 
  private:
   using Done = std::function<void(bool isRunning)>;
@@ -46,11 +47,11 @@ class KWinScript final : public FeedCaller {
   void load(const std::shared_ptr<Run>& run);
   void startAt(const std::shared_ptr<Run>& run, std::int32_t number, bool isOldPath);
   void fail();
-  void closeNext();
+  bool carryOut();
   BusMessage scripting(const char* member, const std::string& argument);
   // The reply counts as long as the shell is the same.
   void call(BusMessage message, BusConnection::Reply reply);
-  std::string closingName() const { return m_place.name + ".close"; }
+  std::string nameOfOrders() const { return m_place.name + ".orders"; }
 
   EventLoop& m_loop;
   BusConnection& m_bus;
@@ -59,8 +60,8 @@ class KWinScript final : public FeedCaller {
   std::function<void()> m_failed; // while it may
   std::unique_ptr<EventLoop::Handle> m_patience;
   std::shared_ptr<const Run> m_feed; // until it has called: its file is read late
-  std::vector<std::string> m_toClose;
-  bool m_isClosing = false;
+  KWinOrders m_orders;               // to be carried out
+  bool m_areOrdersUnderWay = false;
   std::shared_ptr<const bool> m_meeting; // as long as the shell is the same
 };
 

@@ -45,9 +45,13 @@ all().forEach(opened);
 front(isNew ? workspace.activeWindow : workspace.activeClient);
 )js";
 
-constexpr const char* close = R"js(
+constexpr const char* order = R"js(
 all().forEach(function(w) {
-  if (wanted.indexOf(w.internalId.toString()) >= 0) w.closeWindow();
+  var name = w.internalId.toString();
+  if (toClose.indexOf(name) >= 0) w.closeWindow();
+  if (toFront !== name) return;
+  w.minimized = false;
+  workspace[isNew ? "activeWindow" : "activeClient"] = w;
 });
 )js";
 
@@ -62,8 +66,9 @@ std::string kwinFeedScript(const std::string& listener) {
          variable("feed", FedWindows::interface) + windows + feed;
 }
 
-std::string kwinCloseScript(const std::vector<std::string>& named) {
-  return variable("wanted", Json::Array(named.begin(), named.end())) + windows + close;
+std::string kwinOrderScript(const KWinOrders& orders) {
+  return variable("toClose", Json::Array(orders.close.begin(), orders.close.end())) +
+         variable("toFront", orders.front) + windows + order;
 }
 
 } // namespace vantle

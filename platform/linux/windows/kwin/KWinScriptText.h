@@ -12,7 +12,13 @@ namespace vantle {
 // unique name on the bus: a well-known one would start its program again whenever nobody has it.
 std::string kwinFeedScript(const std::string& listener);
 
-// Asks windows to close, once. By KWin's own names for them.
-std::string kwinCloseScript(const std::vector<std::string>& named);
+// What KWin is asked to do with windows, by its own names for them.
+struct KWinOrders {
+  std::vector<std::string> close;
+  std::string front; // to bring there; empty for none
+};
+
+// Carries them out, once.
+std::string kwinOrderScript(const KWinOrders& orders);
 
 } // namespace vantle

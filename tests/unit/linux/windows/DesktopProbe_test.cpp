@@ -290,11 +290,12 @@ class ScriptedGnome {
  public:
   explicit ScriptedGnome(const std::string& address) : m_service(address, "org.gnome.Shell") {
     m_service.answer(GnomeExtension::path, "Sync", [](sd_bus_message*, sd_bus_message*) {});
-    m_service.answer(GnomeExtension::path, "Close", [this](sd_bus_message* call, sd_bus_message*) {
-      const char* window = "";
-      sd_bus_message_read(call, "s", &window);
-      m_askedToClose = window;
-    });
+    for (const char* method : {"Close", "Front"})
+      m_service.answer(GnomeExtension::path, method, [this, method](sd_bus_message* call, sd_bus_message*) {
+        const char* window = "";
+        sd_bus_message_read(call, "s", &window);
+        m_orders.push_back(std::string(method) + " " + window);
+      });
   }
 
   bool isAwaited() { // by a feed
@@ -319,14 +320,14 @@ class ScriptedGnome {
       tell("Front", "s", "1");
     });
   }
-  std::string askedToClose() {
-    std::string window;
-    m_service.perform([&](sd_bus*) { window = m_askedToClose; });
-    return window;
+  std::vector<std::string> orders() {
+    std::vector<std::string> orders;
+    m_service.perform([&](sd_bus*) { orders = m_orders; });
+    return orders;
   }
 
  private:
-  std::string m_askedToClose; // in the service's thread
+  std::vector<std::string> m_orders; // in the service's thread
   desktop::FakeService m_service;
 };
 
@@ -344,8 +345,10 @@ TEST_F(DesktopProbeTest, GnomeIsSeenThroughXwaylandUntilItsExtensionTells) {
   EXPECT_EQ(*found.name, "GNOME (native apps and X11 apps)");
   const WindowFacts& window = found.windows->known().at(found.windows->active());
   EXPECT_EQ(window.pid, app.pid());
+  EXPECT_TRUE(found.windows->canBringToFront(window));
+  EXPECT_TRUE(found.windows->requestFront(window));
   EXPECT_TRUE(found.windows->requestClose(window));
-  EXPECT_TRUE(serveUntil([&] { return shell.askedToClose() == "1"; }));
+  EXPECT_TRUE(serveUntil([&] { return shell.orders() == std::vector<std::string>{"Front 1", "Close 1"}; }));
 }
 
 TEST_F(DesktopProbeTest, ABusThatHangsIsNoPlasma) {

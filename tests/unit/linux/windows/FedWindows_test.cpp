@@ -424,6 +424,8 @@ TEST_F(FedWindowsTest, AKWinThatStaysAwayIsTheEndOfTheDesktop) {
   EXPECT_EQ(windows().active(), 0U);
   windows().forget(m_first.pid());
   EXPECT_FALSE(windows().requestClose({.id = 1, .canBeClosed = true}));
+  EXPECT_FALSE(windows().canBringToFront({.id = 1}));
+  EXPECT_FALSE(windows().requestFront({.id = 1}));
 }
 
 // An extension waits for the name, and nothing puts it in place.
@@ -433,6 +435,7 @@ class WaitingCaller final : public FeedCaller {
   void begin() override {}
   void ask(std::function<void(bool)> answered) override { m_answered = std::move(answered); }
   bool requestClose(const std::string&) override { return false; }
+  bool requestFront(const std::string&) override { return false; }
   bool isAsked() const { return m_answered != nullptr; }
   void answer(bool isAnswered) { std::exchange(m_answered, {})(isAnswered); }
 
@@ -613,6 +616,19 @@ TEST_F(FedWindowsTest, ClosesWindowsByAScriptOfItsOwn) {
   EXPECT_TRUE(serveUntil([this] { return m_kwin->seen().scripts.size() == 1 && !hasFiles(); }));
   m_kwin->front("{2}");
   EXPECT_TRUE(becomesFront("Second")) << "and the feed goes on";
+}
+
+TEST_F(FedWindowsTest, BringsAWindowToTheFrontByAScriptOfItsOwn) {
+  start({.windows = {{"{1}", m_first.pid(), "First"}, {"{2}", m_second.pid(), "Second"}}});
+  EXPECT_TRUE(windows().canBringToFront(factsOf("Second")));
+  EXPECT_TRUE(windows().requestFront(factsOf("Second")));
+  EXPECT_TRUE(windows().requestClose(factsOf("First")));
+  EXPECT_TRUE(windows().requestFront(factsOf("Second")));
+  EXPECT_TRUE(windows().requestFront(factsOf("First")));
+  ASSERT_TRUE(serveUntil([this] { return m_kwin->seen().toFront.size() == 2; }));
+  EXPECT_THAT(m_kwin->seen().toFront, ElementsAre(R"("{2}")", R"("{1}")")) << "the last word counts";
+  EXPECT_THAT(m_kwin->seen().closing, ElementsAre("[]", R"(["{1}"])"));
+  EXPECT_TRUE(serveUntil([this] { return m_kwin->seen().scripts.size() == 1 && !hasFiles(); }));
 }
 
 TEST_F(FedWindowsTest, AHostileNameIsTextInTheScriptThatCloses) {

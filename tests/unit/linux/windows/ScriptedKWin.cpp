@@ -88,8 +88,9 @@ void ScriptedKWin::runScript(const std::string& name, const std::string& path, s
   {
     const std::lock_guard lock(m_mutex);
     ++m_seen.runs;
-    if (name.ends_with(".close")) {
-      m_seen.closing.push_back(between(text, "var wanted = ", ";"));
+    if (name.ends_with(".orders")) {
+      m_seen.closing.push_back(between(text, "var toClose = ", ";"));
+      m_seen.toFront.push_back(between(text, "var toFront = ", ";"));
       return;
     }
     m_seen.path = path;

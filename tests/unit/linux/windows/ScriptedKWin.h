@@ -52,7 +52,8 @@ class ScriptedKWin {
     std::string listener;               // whom the last script calls
     std::string path;                   // of the last script that was run
     mode_t mode = 0;                    // of its file
-    std::vector<std::string> closing;   // scripts that were run to close windows
+    std::vector<std::string> closing;   // by each script of orders: the windows that it closes …
+    std::vector<std::string> toFront;   // … and the one that it brings to the front
     std::map<std::string, int> scripts; // that are loaded, with their numbers
     int runs = 0;
   };
