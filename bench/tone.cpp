@@ -6,7 +6,8 @@
 // the player was slowed down. The desktop, the sound server and the program are real; the player has 50 ms of
 // sound ahead. The last of the three, for comparison, is tried in the first round alone.
 //
-// usage: tone [ROUNDS [SECONDS]]
+// usage: tone [ROUNDS [SECONDS [AHEAD]]]    milliseconds of sound ahead; with less than 50 it breaks off
+//                                           more often, so that a difference shows sooner
 #include "tests/support/Kernel.h"
 #include "tests/support/Props.h"
 #include "tests/support/SoundServer.h"
@@ -52,12 +53,13 @@ struct Breaks {
 
 class Stage {
  public:
-  Stage() : m_log(m_desktop.logs() / "tone") {
+  explicit Stage(const std::string& ahead) : m_log(m_desktop.logs() / "tone") {
     m_desktop.installDesktopFile("org.example.Game",
                                  "[Desktop Entry]\nType=Application\nName=Game\nExec=true\n"
                                  "Categories=Game;\nStartupWMClass=Game\n");
     // The one that plays is a child of the app, as in a browser.
-    m_music = &app({"xterm", "-e", "/bin/sh", "-c", "exec '" + desktop::tonePlayer() + "' >'" + m_log + "'"});
+    m_music = &app({"xterm", "-e", "/bin/sh", "-c",
+                    "exec '" + desktop::tonePlayer() + "' " + ahead + " >'" + m_log + "'"});
     require("the tone", [this] { return said("playing") > 0; });
   }
 
@@ -123,17 +125,21 @@ class Stage {
   Program* m_game = nullptr;
 };
 
-void run(int rounds, std::chrono::seconds time) {
-  Stage stage;
+void run(int rounds, std::chrono::seconds time, int ahead) {
+  Stage stage(std::to_string(ahead));
   while (stage.breaksIn(std::chrono::seconds(1)) > 0) continue; // those of the beginning
   const long alone = stage.breaksIn(time);
   stage.startBusyApps();
   Breaks nothing;
   Breaks boost;
   Breaks unheard;
+  std::string byRound;
   for (int round = 0; round < rounds; ++round) {
-    nothing += stage.breaksInPlay(time);
-    boost += stage.breaksInBoost(time, {}, true);
+    const Breaks before = stage.breaksInPlay(time);
+    const Breaks during = stage.breaksInBoost(time, {}, true);
+    byRound += " " + std::to_string(before.all) + "/" + std::to_string(during.all);
+    nothing += before;
+    boost += during;
     if (round > 0) continue;
     unheard = stage.breaksInBoost(
         time, {{"PULSE_SERVER", "unix:/nonexistent"}, {"PIPEWIRE_REMOTE", "/nonexistent"}}, false);
@@ -143,12 +149,13 @@ void run(int rounds, std::chrono::seconds time) {
                 what, breaks.all, seconds, breaks.afterTurns, breaks.slowedTurns);
   };
   const long seconds = rounds * time.count();
-  std::printf("the tone broke off, with a game and two busy apps on %u processors:\n",
+  std::printf("the tone, %d ms ahead, broke off, with a game and two busy apps on %u processors:\n", ahead,
               std::thread::hardware_concurrency());
   std::printf("%-36s %4ld times in %ld s\n", "alone, without them", alone, time.count());
   print("nothing done", nothing, seconds);
   print("Boost", boost, seconds);
   print("Boost that slows the player as well", unheard, time.count());
+  std::printf("nothing done/Boost, by round:%s\n", byRound.c_str());
 }
 
 } // namespace
@@ -157,7 +164,8 @@ void run(int rounds, std::chrono::seconds time) {
 int main(int argc, char** argv) {
   try {
     vantle::bench::run(argc > 1 ? std::max(std::atoi(argv[1]), 1) : 3,
-                       std::chrono::seconds(argc > 2 ? std::max(std::atoi(argv[2]), 1) : 10));
+                       std::chrono::seconds(argc > 2 ? std::max(std::atoi(argv[2]), 1) : 10),
+                       argc > 3 ? std::max(std::atoi(argv[3]), 1) : 50);
     return 0;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "%s\n", error.what());

@@ -1,4 +1,7 @@
 // SPDX-License-Identifier: MIT
+// usage: TonePlayer [AHEAD]    milliseconds of sound that the server has ahead; 50, as a player of music has
+// it
+//
 // Plays a tone through the sound server until it is ended. SIGUSR1 pauses it (corks the stream), SIGUSR2
 // plays on. Prints "playing" and "paused" when the server has done so, "break" whenever the sound broke off,
 // and at the end (SIGTERM) how often it did.
@@ -6,6 +9,7 @@
 #include <csignal>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <numbers>
 #include <pulse/pulseaudio.h>
 #include <vector>
@@ -21,6 +25,7 @@ struct Player {
   bool isPaused = false; // as it was told
   std::uint64_t position = 0;
   int breaks = 0;
+  std::uint32_t ahead = 50; // ms
 };
 
 void say(const char* text) {
@@ -82,18 +87,18 @@ void connected(pa_context* context, void* data) {
   pa_stream_set_underflow_callback(player.stream, countBreak, &player);
   pa_stream_set_started_callback(
       player.stream, [](pa_stream*, void*) { say("playing"); }, nullptr);
-  // 50 ms, as a player of music or a call has it.
   pa_buffer_attr buffer{};
   buffer.maxlength = UINT32_MAX;
-  buffer.tlength = rate / 20 * static_cast<std::uint32_t>(sizeof(std::int16_t));
+  buffer.tlength = rate / 1000 * player.ahead * static_cast<std::uint32_t>(sizeof(std::int16_t));
   buffer.prebuf = buffer.minreq = buffer.fragsize = UINT32_MAX;
   pa_stream_connect_playback(player.stream, nullptr, &buffer, PA_STREAM_ADJUST_LATENCY, nullptr, nullptr);
 }
 
 } // namespace
 
-int main() {
+int main(int argc, char** argv) {
   Player player;
+  if (argc > 1) player.ahead = static_cast<std::uint32_t>(std::atoi(argv[1]));
   player.loop = pa_mainloop_new();
   player.api = pa_mainloop_get_api(player.loop);
   pa_signal_init(player.api);
