@@ -7,21 +7,6 @@
 
 namespace vantle {
 
-const std::set<std::string>& systemBundleIDs() {
-  static const std::set<std::string> identifiers{"com.apple.finder",
-                                                 "com.apple.dock",
-                                                 "com.apple.systemuiserver",
-                                                 "com.apple.controlcenter",
-                                                 "com.apple.notificationcenterui",
-                                                 "com.apple.ActivityMonitor",
-                                                 "com.apple.loginwindow"};
-  return identifiers;
-}
-
-bool isSystemApp(const std::optional<std::string>& bundleID) {
-  return bundleID && systemBundleIDs().contains(*bundleID);
-}
-
 bool isProtectedByPerson(const AppSettings& settings, const std::optional<std::string>& bundleID) {
   const std::vector<std::string>& list = settings.protectedApps.get();
   return bundleID && std::find(list.begin(), list.end(), *bundleID) != list.end();

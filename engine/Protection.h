@@ -6,16 +6,13 @@
 #include "engine/ports/AudioActivity.h"
 #include "engine/ports/PowerAssertions.h"
 #include "engine/ports/RunningApplication.h"
+#include "engine/ports/SystemApps.h"
 
 #include <optional>
 #include <set>
 #include <string>
 
 namespace vantle {
-
-// Apps of the system itself: never slowed down, never Boost apps, never quit.
-const std::set<std::string>& systemBundleIDs();
-bool isSystemApp(const std::optional<std::string>& bundleID);
 
 // Whether the person has put this identifier on the protected list.
 bool isProtectedByPerson(const AppSettings& settings, const std::optional<std::string>& bundleID);

@@ -18,7 +18,7 @@ struct InstalledApplication {
   bool operator==(const InstalledApplication&) const = default;
 };
 
-// The apps that a person can choose from. Those of the system itself are none (systemBundleIDs).
+// The apps that a person can choose from. Those of the system itself are none (SystemApps.h).
 class ApplicationCatalog {
  public:
   virtual ~ApplicationCatalog() = default;

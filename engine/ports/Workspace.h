@@ -20,9 +20,10 @@ class Workspace {
 
   virtual ~Workspace() = default;
 
-  virtual std::vector<AppRef> runningApplications() const = 0; // in launch order
-  virtual AppRef frontmostApplication() const = 0;             // null when there is none or nobody can tell
-  virtual AppRef runningApplication(Pid pid) const = 0;        // null when no app has that main process
+  // In an order that does not change from one question to the next: of their launch, where the system tells.
+  virtual std::vector<AppRef> runningApplications() const = 0;
+  virtual AppRef frontmostApplication() const = 0;      // null when there is none or nobody can tell
+  virtual AppRef runningApplication(Pid pid) const = 0; // null when no app has that main process
   virtual std::unique_ptr<Registration> observe(WorkspaceEvent event, Handler handler) = 0;
 };
 

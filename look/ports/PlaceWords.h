@@ -5,6 +5,7 @@ namespace vantle {
 
 // What the things of a platform are called there, as they stand within the texts of the views. English,
 // UTF-8. One table for each platform; whatever text has such a word in it is made with it.
+// NOLINTNEXTLINE(cppcoreguidelines-pro-type-member-init): whoever makes one without a word is told
 struct PlaceWords {
   const char* computer; // "Your …", "keeping the … awake"
   const char* store;    // that says which category an app is of

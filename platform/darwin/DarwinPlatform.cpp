@@ -15,12 +15,8 @@
 #include "platform/darwin/process/DarwinMainThread.h"
 #include "platform/darwin/workspace/CocoaWorkspace.h"
 #include "platform/darwin/workspace/WindowServer.h"
-#include "platform/posix/files/OwnFolder.h"
+#include "platform/posix/PosixPlatform.h"
 #include "platform/posix/files/PosixFileStore.h"
-#include "platform/posix/files/SingleCopyLock.h"
-#include "platform/posix/process/BrokenPipe.h"
-#include "platform/posix/process/DescriptorLimit.h"
-#include "platform/posix/process/SignalSource.h"
 
 #include <utility>
 
@@ -28,31 +24,16 @@ namespace vantle {
 
 namespace {
 
-class DarwinPlatform final : public Platform {
+class DarwinPlatform final : public PosixPlatform {
  public:
   explicit DarwinPlatform(std::string support) : m_support(std::move(support)) {}
 
-  void raiseDescriptorLimit() override { vantle::raiseDescriptorLimit(); }
-  void outliveReaders() override { vantle::outliveReaders(); }
   bool isStartedByItself() const override { return isStartedByOwnProgram(); }
   std::unique_ptr<MainThread> mainThread() override { return std::make_unique<DarwinMainThread>(); }
-  std::unique_ptr<Registration> onAskedToEnd(EventLoop& loop, std::function<void()> handler) override {
-    return std::make_unique<TerminationSources>(loop, handler);
-  }
 
   // No library of this system is known to do that.
   std::unique_ptr<Registration> onAbruptEnd(std::function<void()> /*lastDeed*/) override {
     return std::make_unique<Registration>();
-  }
-
-  bool becomeOnlyCopy() override {
-    const std::string folder = m_support + "/" + names::display;
-    PosixFileStore(m_support, PosixFileStore::Sync::none).createFolders(folder);
-    m_lock = SingleCopyLock::acquire({folder});
-    return m_lock->outcome() != SingleCopyLock::Outcome::heldByOther;
-  }
-  std::optional<std::string> foreignFolder() const override {
-    return isOwnFolder(m_support) ? std::nullopt : std::optional(m_support);
   }
 
   std::optional<std::string> whyNoDesktop() override {
@@ -80,6 +61,13 @@ class DarwinPlatform final : public Platform {
   }
 
  private:
+  std::vector<std::string> foldersToLock() override {
+    const std::string folder = m_support + "/" + names::display;
+    PosixFileStore(m_support, PosixFileStore::Sync::none).createFolders(folder);
+    return {folder};
+  }
+  std::vector<std::string> foldersToKeepIn() const override { return {m_support}; }
+
   // Nobody who was slowed outlives a loss of power, so the disk need not be awaited.
   std::unique_ptr<DarwinMachine::Parts> recoveryParts() const {
     auto parts = std::make_unique<DarwinMachine::Parts>();
@@ -89,7 +77,6 @@ class DarwinPlatform final : public Platform {
   }
 
   std::string m_support;
-  std::optional<SingleCopyLock> m_lock;
 };
 
 } // namespace

@@ -4,11 +4,7 @@
 #include "platform/linux/files/XdgFolders.h"
 #include "platform/linux/process/AbruptEnd.h"
 #include "platform/linux/process/LinuxMainThread.h"
-#include "platform/posix/files/OwnFolder.h"
-#include "platform/posix/files/SingleCopyLock.h"
-#include "platform/posix/process/BrokenPipe.h"
-#include "platform/posix/process/DescriptorLimit.h"
-#include "platform/posix/process/SignalSource.h"
+#include "platform/posix/PosixPlatform.h"
 
 #include <cstdlib>
 #include <malloc.h>
@@ -23,32 +19,15 @@ bool isNamed(const char* variable) {
   return value != nullptr && *value != '\0';
 }
 
-class LinuxPlatform final : public Platform {
+class LinuxPlatform final : public PosixPlatform {
  public:
   // The threads here mostly wait: a heap of its own for each would only keep pages of what it once had.
   LinuxPlatform() { ::mallopt(M_ARENA_MAX, 1); }
 
-  void outliveReaders() override { vantle::outliveReaders(); }
-  void raiseDescriptorLimit() override { vantle::raiseDescriptorLimit(); }
   bool isStartedByItself() const override { return isStartedByOwnProgram(); }
   std::unique_ptr<MainThread> mainThread() override { return std::make_unique<LinuxMainThread>(); }
-  std::unique_ptr<Registration> onAskedToEnd(EventLoop& loop, std::function<void()> handler) override {
-    return std::make_unique<TerminationSources>(loop, handler);
-  }
-
   std::unique_ptr<Registration> onAbruptEnd(std::function<void()> lastDeed) override {
     return beforeAbruptEnd(std::move(lastDeed));
-  }
-
-  bool becomeOnlyCopy() override {
-    m_lock = SingleCopyLock::acquire(lockFolders(m_folders));
-    return m_lock->outcome() != SingleCopyLock::Outcome::heldByOther;
-  }
-  std::optional<std::string> foreignFolder() const override {
-    for (const std::string& folder : {m_folders.data, m_folders.config}) {
-      if (!isOwnFolder(folder)) return folder;
-    }
-    return std::nullopt;
   }
 
   std::optional<std::string> whyNoDesktop() override {
@@ -69,8 +48,10 @@ class LinuxPlatform final : public Platform {
   std::unique_ptr<OwnedMachine> recoveryMachine() override { return LinuxMachine::forRecovery(m_folders); }
 
  private:
+  std::vector<std::string> foldersToLock() override { return lockFolders(m_folders); }
+  std::vector<std::string> foldersToKeepIn() const override { return {m_folders.data, m_folders.config}; }
+
   XdgFolders m_folders = XdgFolders::fromEnvironment();
-  std::optional<SingleCopyLock> m_lock;
 };
 
 } // namespace

@@ -10,7 +10,7 @@ set(engine_rooms base engine)
 set(engine/ports_rooms base engine/ports)
 set(platform_rooms base engine/ports platform/OwnedMachine.h platform/shared) # Platform.h itself, and OwnedMachine.h
 set(platform/shared_rooms base engine/ports platform/shared)
-set(platform/posix_rooms base engine/ports platform/shared platform/posix)
+set(platform/posix_rooms base engine/ports platform/OwnedMachine.h platform/Platform.h platform/shared platform/posix)
 set(platform/linux_rooms base engine/ports platform/OwnedMachine.h platform/Platform.h platform/shared platform/posix
     platform/linux)
 set(platform/darwin_rooms base engine/ports platform/OwnedMachine.h platform/Platform.h platform/shared platform/posix platform/darwin)
@@ -31,9 +31,9 @@ set(settings/ports_rooms base settings/ports)
 set(desktop_rooms base look/ports panel/ports settings/ports remote/ports platform/shared desktop/Desktop.h desktop/QtEventLoop.h)
 set(desktop/linux_rooms base status look/ports panel/ports settings/ports remote/ports platform/shared
     platform/linux/files platform/linux/sockets platform/linux/x11 platform/posix/files integrations/gnome-shell desktop/Desktop.h
-    desktop/linux)
+    desktop/PressElsewhere.h desktop/linux)
 set(desktop/darwin_rooms base look/ports panel/ports settings/ports remote/ports platform/shared platform/darwin/cocoa
-    desktop/Desktop.h desktop/darwin)
+    desktop/Desktop.h desktop/PressElsewhere.h desktop/darwin)
 # Of the system that the program was built for, the headers that all systems have.
 set(app_rooms base engine platform/OwnedMachine.h platform/Platform.h platform/shared look panel settings update remote desktop/Desktop.h
     desktop/QtEventLoop.h app)
@@ -53,7 +53,7 @@ set(platform_headers "${standard}")
 set(platform/shared_headers "${standard}|unicode/[a-z0-9]+\\.h|poll\\.h")
 # What every Unix has: POSIX, and the lock of a whole file.
 set(platform/posix_headers
-    "${standard}|(fcntl|poll|pthread|unistd|sys/(file|resource|stat|wait))\\.h")
+    "${standard}|(fcntl|poll|pthread|spawn|unistd|sys/(file|resource|stat|wait))\\.h")
 set(platform/linux_headers "${standard}|[a-z0-9_/-]+\\.h")
 # POSIX, and the system's own libraries in C and in Objective-C.
 set(platform/darwin_headers

@@ -414,7 +414,8 @@ bool Checker::isProtected(const SimulatedApp& app) const {
     return true; // a Boost app: nothing but a game has a category here
   }
   const RunningApplication* front = m_engine != nullptr ? m_engine->lastFrontmost.get().get() : nullptr;
-  if (front == &app) return true;
+  if (front != nullptr && !front->isTerminated() && front->processIdentifier() == app.processIdentifier())
+    return true;
   const RunningApplication* game = boostApp();
   if (!game->isTerminated() && isLauncher(app, *game)) return true;
   const auto isHeld = [&](Pid pid) { return holds(app, pid); };

@@ -192,7 +192,7 @@ void RandomRun::raisePressure() {
     }
   }
   if (m_random.oneIn(2)) m_machine.clock.advance(std::chrono::seconds(301));
-  m_machine.pressure.raise(m_random.oneIn(2));
+  tellOfPressure(m_random.oneIn(2));
 }
 
 void RandomRun::refuseSomething() {

@@ -58,6 +58,7 @@ class RandomRun {
   virtual void arrangeMachine() {} // before anything runs on it
   virtual Machine ports() { return m_machine.ports(); }
   virtual void programEnded() {}
+  virtual void tellOfPressure(bool isCritical) { m_machine.pressure.raise(isCritical); }
   virtual std::string machineInWords() const { return {}; }
   virtual void eventEnded() {} // and the checker has seen it
   virtual void runEnds() {}    // with no Boost running
@@ -107,7 +108,7 @@ class RandomRun {
   void armCrash();
   void kill();
 
-  AppSpec randomSpec();
+  virtual AppSpec randomSpec();
   ProcessSpec randomFork();
   void forkBetweenCalls();
   Pid livingStarter() const;

@@ -46,8 +46,7 @@ class Choice final : public Registration {
       : m_question(std::make_shared<Question>()) {
     m_question->picked = std::move(picked);
     m_start = loop.after(std::chrono::milliseconds(0), [question = m_question] {
-      const std::shared_ptr<Question> kept = question; // past the end of this call's own timer
-      ask(kept);
+      ask(std::shared_ptr(question)); // which is kept past the end of this call's own timer
     });
   }
   ~Choice() override {

@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 #import "desktop/darwin/window/PanelOverAll.h"
 
+#include "desktop/PressElsewhere.h"
 #import "desktop/darwin/window/NativeWindow.h"
 
-#include <QCoreApplication>
-#include <QMouseEvent>
 #include <QScreen>
 #include <chrono>
 
@@ -81,11 +80,7 @@ void PanelOverAll::endWatch() {
 }
 
 void PanelOverAll::tellOfPressElsewhere() {
-  if (!m_window) return;
-  const QPointF outside(-1, -1);
-  QMouseEvent press(QEvent::MouseButtonPress, outside, m_window->mapToGlobal(outside), Qt::LeftButton,
-                    Qt::LeftButton, Qt::NoModifier);
-  QCoreApplication::sendEvent(m_window, &press);
+  if (m_window) vantle::tellOfPressElsewhere(*m_window);
 }
 
 } // namespace vantle

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "desktop/linux/window/LayerPanelSurface.h"
 
+#include "desktop/PressElsewhere.h"
 #include "layer_shell-client.h"
 
-#include <QCoreApplication>
 #include <QGuiApplication>
-#include <QMouseEvent>
 #include <algorithm>
 #include <chrono>
 #include <qpa/qplatformnativeinterface.h>
@@ -138,11 +137,7 @@ void LayerPanelSurface::pressed(wl_surface* surface) {
 }
 
 void LayerPanelSurface::tellOfPressElsewhere() {
-  if (!m_window) return;
-  const QPointF outside(-1, -1);
-  QMouseEvent press(QEvent::MouseButtonPress, outside, m_window->mapToGlobal(outside), Qt::LeftButton,
-                    Qt::LeftButton, Qt::NoModifier);
-  QCoreApplication::sendEvent(m_window, &press);
+  if (m_window) vantle::tellOfPressElsewhere(*m_window);
 }
 
 } // namespace vantle

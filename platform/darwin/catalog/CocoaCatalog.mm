@@ -2,6 +2,7 @@
 #include "platform/darwin/catalog/CocoaCatalog.h"
 
 #include "base/Text.h"
+#include "engine/ports/SystemApps.h"
 #import "platform/darwin/cocoa/Values.h"
 
 #import <AppKit/AppKit.h>
@@ -14,18 +15,6 @@ namespace vantle {
 namespace {
 
 constexpr std::string_view ending = ".app";
-
-// Apps of the system itself are on no list: they are left alone anyway, and boost nothing.
-bool canBeChosen(const std::string& key) {
-  static const std::set<std::string> system{"com.apple.finder",
-                                            "com.apple.dock",
-                                            "com.apple.systemuiserver",
-                                            "com.apple.controlcenter",
-                                            "com.apple.notificationcenterui",
-                                            "com.apple.ActivityMonitor",
-                                            "com.apple.loginwindow"};
-  return !system.contains(key);
-}
 
 bool isApp(std::string_view path) { return path.ends_with(ending); }
 
@@ -77,7 +66,7 @@ std::optional<InstalledApplication> pickedAt(const std::string& path) {
                                                               isDirectory:&isFolder];
     if (!isThere || !isFolder || !isApp(path)) return std::nullopt;
     std::string key = keyOf(path);
-    if (!canBeChosen(key)) return std::nullopt;
+    if (isSystemApp(key)) return std::nullopt;
     return described(std::move(key), path);
   }
 }
@@ -91,9 +80,9 @@ std::vector<InstalledApplication> CocoaCatalog::installedApplications() const {
     for (const std::string& folder : appFolders()) {
       for (const std::string& name : namesIn(folder)) {
         if (!isApp(name)) continue;
-        const std::string path = folder + "/" + name;
+        const std::string path = std::string(folder).append("/").append(name);
         std::string key = keyOf(path);
-        if (canBeChosen(key) && keys.insert(key).second)
+        if (!isSystemApp(key) && keys.insert(key).second)
           applications.push_back(described(std::move(key), path));
       }
     }

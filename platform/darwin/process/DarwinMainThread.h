@@ -1,31 +1,25 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "platform/Platform.h"
+#include "platform/posix/process/PosixMainThread.h"
 
 #include <array>
-#include <pthread.h>
 #include <string>
 
 namespace vantle {
 
 // The system has no descriptor that tells of a signal while the main thread does something else: a thread of
 // its own waits for those that ask the program to end, and passes them on.
-class DarwinMainThread final : public MainThread {
+class DarwinMainThread final : public PosixMainThread {
  public:
   DarwinMainThread(); // on the main thread
   ~DarwinMainThread() override;
   DarwinMainThread(const DarwinMainThread&) = delete;
   DarwinMainThread& operator=(const DarwinMainThread&) = delete;
 
-  void watchFrom(std::function<void()> watch) override;
   void await(std::optional<std::chrono::milliseconds> limit) override;
-  bool isAskedToEnd() const override;
-  bool isAnswering() const override;
   void wakeWatcher() override;
-  void freeze() override;
   void runProgram(const char* argument, std::chrono::milliseconds limit) override;
-  void say(std::string_view line) override;
 
  private:
   std::string m_program;             // read in time: once the main thread is frozen, memory may be locked

@@ -20,7 +20,7 @@ class CocoaWorkspace final : public Workspace {
   CocoaWorkspace(const CocoaWorkspace&) = delete;
   CocoaWorkspace& operator=(const CocoaWorkspace&) = delete;
 
-  std::vector<AppRef> runningApplications() const override; // in the system's own order, which is stable
+  std::vector<AppRef> runningApplications() const override; // in the system's order, which it leaves open
   AppRef frontmostApplication() const override;
   AppRef runningApplication(Pid pid) const override;
   std::unique_ptr<Registration> observe(WorkspaceEvent event, Handler handler) override;

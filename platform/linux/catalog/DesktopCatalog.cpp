@@ -2,10 +2,10 @@
 #include "platform/linux/catalog/DesktopCatalog.h"
 
 #include "base/Text.h"
+#include "engine/ports/SystemApps.h"
 #include "platform/linux/apps/DesktopIdentity.h"
 #include "platform/linux/apps/IdentifierMap.h"
 #include "platform/linux/catalog/ProgramFile.h"
-#include "platform/linux/programs/DesktopPrograms.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -26,9 +26,6 @@ std::string iconOf(const DesktopEntry& entry) {
   }
   return icon;
 }
-
-// Apps of the system itself are on no list: they are left alone anyway, and boost nothing.
-bool canBeChosen(const InstalledApplication& application) { return !isSystemIdentifier(application.key); }
 
 InstalledApplication described(const DesktopEntry& entry) {
   std::string key = bundleIdentifierOf(entry);
@@ -72,7 +69,7 @@ std::vector<InstalledApplication> DesktopCatalog::installedApplications() const 
   for (const DesktopEntry& entry : m_installed->all()) {
     if (entry.isHidden) continue;
     InstalledApplication application = described(entry);
-    if (!canBeChosen(application)) continue;
+    if (isSystemApp(application.key)) continue;
     if (keys.insert(application.key).second) applications.push_back(std::move(application));
   }
   return applications;
@@ -102,7 +99,7 @@ ApplicationCatalog::Found DesktopCatalog::applicationsAt(const std::vector<std::
   for (const std::string& path : paths) {
     const bool isDesktopFile = std::filesystem::path(path).extension() == ".desktop";
     found.push_back(isDesktopFile ? byDesktopFile(path, installed) : byProgram(path, installed));
-    if (found.back() && !canBeChosen(*found.back())) found.back().reset();
+    if (found.back() && isSystemApp(found.back()->key)) found.back().reset();
   }
   return found;
 }

@@ -114,10 +114,4 @@ std::optional<std::string_view> systemIdentifierOfDesktopId(std::string_view des
   return systemIdentifierOfProgram(desktopId); // most are named after their program
 }
 
-bool isSystemIdentifier(std::string_view identifier) {
-  return !identifier.empty() && std::any_of(programs.begin(), programs.end(), [identifier](const Row& row) {
-    return row.systemIdentifier == identifier;
-  });
-}
-
 } // namespace vantle

@@ -20,10 +20,9 @@ bool isStarter(std::string_view processName);
 // notices, screen locks, polkit agents, portals and the like, by the name of its file.
 bool isShellComponent(std::string_view fileName);
 
-// The identifier among systemBundleIDs() of the program that plays that part on its desktop: a file manager
-// is "com.apple.finder". Absent for all other programs.
+// The identifier among systemBundleIDs() (SystemApps.h) of the program that plays that part on its desktop: a
+// file manager is "com.apple.finder". Absent for all other programs.
 std::optional<std::string_view> systemIdentifierOfProgram(std::string_view fileName);
 std::optional<std::string_view> systemIdentifierOfDesktopId(std::string_view desktopId); // without ".desktop"
-bool isSystemIdentifier(std::string_view identifier);                                    // one of these
 
 } // namespace vantle

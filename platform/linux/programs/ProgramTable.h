@@ -19,7 +19,7 @@ constexpr Kinds operator|(Kinds left, Kinds right) {
   return static_cast<Kinds>(static_cast<unsigned>(left) | static_cast<unsigned>(right));
 }
 
-// The part of the system that it plays, in the words of systemBundleIDs (engine/Protection.h).
+// The part of the system that it plays, in the words of systemBundleIDs (engine/ports/SystemApps.h).
 inline constexpr std::string_view finder = "com.apple.finder";
 inline constexpr std::string_view dock = "com.apple.dock";
 inline constexpr std::string_view systemUi = "com.apple.systemuiserver";

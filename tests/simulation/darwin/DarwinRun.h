@@ -8,6 +8,9 @@
 #include "tests/simulation/RandomRun.h"
 #include "tests/simulation/darwin/SimulatedKernel.h"
 
+#include <dispatch/dispatch.h>
+#include <optional>
+#include <string>
 #include <utility>
 
 namespace vantle {
@@ -45,7 +48,7 @@ inline void arrangeAsMac(SimulatedMachine& desktop) {
 }
 
 // An evening of the engine on that.
-class DarwinRun final : public RandomRun {
+class DarwinRun : public RandomRun {
  public:
   DarwinRun(std::uint64_t seed, RunOptions options) : RandomRun(seed, std::move(options)) {}
 
@@ -55,16 +58,27 @@ class DarwinRun final : public RandomRun {
   DarwinRun(const DarwinRun&) = delete;
   DarwinRun& operator=(const DarwinRun&) = delete;
 
-  const SimulatedKernel& kernel() const { return m_kernel; }
+  // Ends the program in order. Says what the system would have ended it for, or what it has left there.
+  std::optional<std::string> end() {
+    m_engine.reset();
+    programEnded();
+    if (!m_kernel.fault && m_kernel.sources() > 0) return "a source was not released";
+    return m_kernel.fault;
+  }
 
- private:
+ protected:
   void arrangeMachine() override {
     m_forksMeanwhile = false; // who was born between two calls is found by the birth mark only
     arrangeAsMac(m_machine);
   }
   Machine ports() override { return m_parts.on(m_machine); }
+  void tellOfPressure(bool isCritical) override {
+    m_kernel.raisePressure(isCritical ? DISPATCH_MEMORYPRESSURE_CRITICAL : DISPATCH_MEMORYPRESSURE_WARN);
+  }
 
   SimulatedKernel m_kernel{m_machine};
+
+ private:
   DarwinParts m_parts;
 };
 

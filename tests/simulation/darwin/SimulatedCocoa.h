@@ -13,6 +13,18 @@
 
 namespace vantle {
 
+// Has what is handed out of objects released at its end. One ends before the one that stands around it.
+class ReleasePool {
+ public:
+  ReleasePool();
+  ~ReleasePool();
+  ReleasePool(const ReleasePool&) = delete;
+  ReleasePool& operator=(const ReleasePool&) = delete;
+
+ private:
+  void* m_pool;
+};
+
 // What macOS's room calls in Objective-C, over the kernel's desktop: real objects, messages, notifications
 // and counts of references. Where the documentation leaves it open they behave as badly as it allows.
 class SimulatedCocoa {
@@ -43,7 +55,7 @@ class SimulatedCocoa {
   long loginStatus = 3;                                      // never heard of
   bool loginIsRefused = false;
 
-  int objects() const; // that were made here and not released by everybody
+  static int objects(); // that were made here and not released by everybody
 
   // Notices as they should not be: without an app, and with something else in its place.
   void postActivationOfNobody();

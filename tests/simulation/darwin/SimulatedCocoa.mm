@@ -374,6 +374,10 @@ NSString* nameOf(WorkspaceEvent event) {
 
 } // namespace
 
+ReleasePool::ReleasePool() : m_pool([[NSAutoreleasePool alloc] init]) {}
+
+ReleasePool::~ReleasePool() { [static_cast<NSAutoreleasePool*>(m_pool) drain]; }
+
 SimulatedCocoa::SimulatedCocoa(SimulatedKernel& onKernel) : kernel(onKernel) {
   invariant(cocoa == nullptr, "two simulated desktops");
   cocoa = this;
@@ -385,7 +389,7 @@ SimulatedCocoa::SimulatedCocoa(SimulatedKernel& onKernel) : kernel(onKernel) {
 
 SimulatedCocoa::~SimulatedCocoa() { cocoa = nullptr; }
 
-int SimulatedCocoa::objects() const { return livingObjects + static_cast<int>(contents.size()); }
+int SimulatedCocoa::objects() { return livingObjects + static_cast<int>(contents.size()); }
 
 void SimulatedCocoa::tell(WorkspaceEvent event, const AppRef& app) {
   @autoreleasepool {

@@ -16,7 +16,7 @@ class CocoaTest : public DarwinTest {
   ~CocoaTest() override {
     engine.reset();
     cocoaParts.reset();
-    EXPECT_EQ(cocoa.objects(), 0) << "not released";
+    EXPECT_EQ(SimulatedCocoa::objects(), 0) << "not released";
   }
   CocoaTest(const CocoaTest&) = delete;
   CocoaTest& operator=(const CocoaTest&) = delete;
