@@ -115,7 +115,7 @@ class CocoaWorkspace::Session {
     }
     const Pid pid = [app processIdentifier];
     if (pid < firstAppPid || [app isTerminated]) return nullptr;
-    const auto made = std::make_shared<CocoaApplication>(app);
+    auto made = std::make_shared<CocoaApplication>(app);
     auto end = DispatchSource::create(
         DISPATCH_SOURCE_TYPE_PROC, static_cast<std::uintptr_t>(pid), DISPATCH_PROC_EXIT,
         [this, which = std::weak_ptr(made)](std::uintptr_t /*events*/) { ended(which.lock()); });

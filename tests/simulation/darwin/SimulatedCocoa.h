@@ -57,6 +57,8 @@ class SimulatedCocoa {
 
   static int objects(); // that were made here and not released by everybody
 
+  AppRef frontmost() const; // one that has ended is that as long as it is listed
+
   // Notices as they should not be: without an app, and with something else in its place.
   void postActivationOfNobody();
   void postActivationOfSomethingElse();
@@ -65,6 +67,7 @@ class SimulatedCocoa {
   void tell(WorkspaceEvent event, const AppRef& app);
 
   std::vector<std::unique_ptr<Registration>> m_registrations;
+  AppRef m_lastFront; // that was told of
 };
 
 } // namespace vantle

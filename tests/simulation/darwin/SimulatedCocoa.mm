@@ -167,7 +167,7 @@ NSURL* fileFor(const std::optional<std::string>& path) {
   return all;
 }
 - (NSRunningApplication*)frontmostApplication {
-  return [NSRunningApplication standingFor:workspace().frontmostApplication()];
+  return [NSRunningApplication standingFor:cocoa->frontmost()];
 }
 - (NSURL*)URLForApplicationWithBundleIdentifier:(NSString*)identifier {
   const auto found = cocoa->installed.find([identifier UTF8String]);
@@ -187,6 +187,30 @@ NSURL* fileFor(const std::optional<std::string>& path) {
 - (void)dealloc {
   --livingObjects;
   [super dealloc];
+}
+@end
+
+// Answers what an app answers, and is none.
+@interface SimulatedImpostor : NSObject
+@end
+@implementation SimulatedImpostor
+- (pid_t)processIdentifier {
+  return 300;
+}
+- (NSString*)bundleIdentifier {
+  return nil;
+}
+- (NSString*)localizedName {
+  return nil;
+}
+- (NSURL*)bundleURL {
+  return nil;
+}
+- (NSURL*)executableURL {
+  return nil;
+}
+- (BOOL)isTerminated {
+  return NO;
 }
 @end
 
@@ -391,7 +415,15 @@ SimulatedCocoa::~SimulatedCocoa() { cocoa = nullptr; }
 
 int SimulatedCocoa::objects() { return livingObjects + static_cast<int>(contents.size()); }
 
+AppRef SimulatedCocoa::frontmost() const {
+  const auto& listed = workspace().apps();
+  const bool isListed = std::find(listed.begin(), listed.end(), m_lastFront) != listed.end();
+  if (isListed && m_lastFront->isTerminated()) return m_lastFront;
+  return workspace().frontmostApplication();
+}
+
 void SimulatedCocoa::tell(WorkspaceEvent event, const AppRef& app) {
+  if (event == WorkspaceEvent::activated) m_lastFront = app;
   @autoreleasepool {
     const bool isEnd = event == WorkspaceEvent::terminated;
     if (isEnd && exitsAreFirst) kernel.tellOfExits();
@@ -410,7 +442,7 @@ void SimulatedCocoa::postActivationOfNobody() {
 
 void SimulatedCocoa::postActivationOfSomethingElse() {
   @autoreleasepool {
-    post(NSWorkspaceDidActivateApplicationNotification, @"an app");
+    post(NSWorkspaceDidActivateApplicationNotification, [[[SimulatedImpostor alloc] init] autorelease]);
   }
 }
 

@@ -103,6 +103,7 @@ TEST_F(CocoaChoices, AnotherProductsDomainIsReadAndNeverWritten) {
   EXPECT_TRUE(former->contains("dictionary"));
   EXPECT_EQ(former->object("dictionary"), std::nullopt);
   former->set("otomatik", true);
+  EXPECT_FALSE(defaults.contains("otomatik")) << "nor is it this one's now";
   former->remove("otomatik");
   EXPECT_FALSE(former->copyFrom(defaults, "otomatik"));
   EXPECT_EQ(defaults.openSuite("com.halvo.murn")->object("otomatik"), Value(false));

@@ -169,6 +169,7 @@ TEST_F(CocoaApps, OneWhoseProcessIsOverIsOnNoListHoweverLateThatIsTold) {
   EXPECT_THAT(terminated, ElementsAre(100));
   EXPECT_TRUE(known->isTerminated());
   EXPECT_THAT(workspace.runningApplications(), IsEmpty());
+  EXPECT_EQ(workspace.frontmostApplication(), nullptr) << "nor in front, where the system has it";
   machine.workspace.deliverAll(); // that it was in front, and that it is over
   EXPECT_THAT(activated, IsEmpty());
   EXPECT_THAT(terminated, ElementsAre(100)) << "once";
@@ -178,7 +179,9 @@ TEST_F(CocoaApps, ThoseWithoutADockIconAreToldOfByTheirProcess) {
   AppSpec agent = accessory("Agent");
   agent.pid = 100;
   open(agent);
-  EXPECT_EQ(workspace.runningApplications().size(), 1U);
+  const std::vector<AppRef> apps = workspace.runningApplications();
+  ASSERT_EQ(apps.size(), 1U);
+  EXPECT_EQ(apps.front()->activationPolicy(), ActivationPolicy::accessory);
   std::vector<Pid>& terminated = told(WorkspaceEvent::terminated);
   machine.exit(100);
   EXPECT_THAT(terminated, ElementsAre(100));

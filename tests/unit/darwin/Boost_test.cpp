@@ -3,12 +3,10 @@
 // program's death at each.
 #include "tests/unit/darwin/DarwinFixture.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace vantle {
 namespace {
-
-using testing::ElementsAre;
 
 class Boost : public DarwinTest {
  protected:

@@ -35,7 +35,7 @@ class Files : public DarwinTest {
   ~Files() override { std::filesystem::remove_all(folder); }
 
   std::string make(const std::string& name, mode_t mode = 0700) const {
-    const std::string path = folder + "/" + name;
+    std::string path = folder + "/" + name;
     ::mkdir(path.c_str(), mode);
     ::chmod(path.c_str(), mode);
     return path;

@@ -2,18 +2,15 @@
 // Real signals, threads and programs, each in a process of its own.
 #include "platform/darwin/process/DarwinMainThread.h"
 
-#include "platform/posix/process/SignalSource.h"
-#include "platform/shared/PollEventLoop.h"
 #include "tests/unit/darwin/DarwinFixture.h"
+#include "tests/unit/posix/MainThreadCases.h"
 
 #include <csignal>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 
 namespace vantle {
@@ -27,75 +24,24 @@ class Main : public DarwinTest {
   void liveAs(const char* program) { machine.processes.spawn({.executable = program, .pid = ::getpid()}); }
 };
 
-[[noreturn]] void leave(bool isRight) { std::_Exit(isRight ? 0 : 1); }
-
 TEST_F(Main, ASignalIsSeenWhileItWaitsForTheMainThread) {
-  EXPECT_EXIT(
-      {
-        DarwinMainThread thread;
-        if (thread.isAskedToEnd() || thread.isAnswering()) leave(false);
-        ::kill(::getpid(), SIGTERM);
-        while (!thread.isAskedToEnd()) thread.await(std::nullopt); // it is woken for that
-        leave(!thread.isAnswering());
-      },
-      ExitedWithCode(0), "");
+  EXPECT_EXIT(seesASignalThatWaits<DarwinMainThread>(), ExitedWithCode(0), "");
 }
 
 TEST_F(Main, ASignalThatCameBeforeReachesItsSourceAndTheWatcher) {
-  EXPECT_EXIT(
-      {
-        DarwinMainThread thread;
-        ::kill(::getpid(), SIGINT);
-        while (!thread.isAskedToEnd()) thread.await(std::nullopt);
-        PollEventLoop loop;
-        bool isHeard = false;
-        const TerminationSources sources(loop, [&] { isHeard = true; });
-        loop.runUntil([&] { return isHeard; }, std::chrono::seconds(60));
-        leave(isHeard && thread.isAnswering());
-      },
-      ExitedWithCode(0), "");
+  EXPECT_EXIT(passesOnAnEarlySignal<DarwinMainThread>(), ExitedWithCode(0), "");
 }
 
 TEST_F(Main, ASignalThatComesAfterReachesItsSource) {
-  EXPECT_EXIT(
-      {
-        DarwinMainThread thread;
-        PollEventLoop loop;
-        bool isHeard = false;
-        const TerminationSources sources(loop, [&] { isHeard = true; });
-        ::kill(::getpid(), SIGHUP);
-        loop.runUntil([&] { return isHeard; }, std::chrono::seconds(60));
-        leave(isHeard && thread.isAskedToEnd());
-      },
-      ExitedWithCode(0), "");
+  EXPECT_EXIT(passesOnALateSignal<DarwinMainThread>(), ExitedWithCode(0), "");
 }
 
 TEST_F(Main, WhoeverWatchesIsWokenAndWaitsNoLongerThanItSays) {
-  EXPECT_EXIT(
-      {
-        DarwinMainThread thread;
-        thread.await(std::chrono::milliseconds(1));
-        thread.wakeWatcher();
-        thread.await(std::nullopt);
-        leave(true);
-      },
-      ExitedWithCode(0), "");
+  EXPECT_EXIT(wakesTheWatcher<DarwinMainThread>(), ExitedWithCode(0), "");
 }
 
 TEST_F(Main, StandsStillWhenItIsFrozenAndForNobodyElse) {
-  EXPECT_EXIT(
-      {
-        DarwinMainThread thread;
-        ::kill(::getpid(), SIGUSR2); // anybody's
-        thread.watchFrom([&] {
-          sigset_t blocked;
-          ::pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
-          thread.freeze();
-          leave(sigismember(&blocked, SIGTERM) == 1);
-        });
-        for (volatile std::uint64_t count = 0;;) count = count + 1; // at work
-      },
-      ExitedWithCode(0), "");
+  EXPECT_EXIT(standsStillWhenFrozen<DarwinMainThread>(SIGUSR2), ExitedWithCode(0), "");
 }
 
 TEST_F(Main, TheProgramIsRunOnceMore) {

@@ -40,8 +40,8 @@ class StandInAppKit {
 
   // The menu bar.
   NSStatusItem* item() const; // the only one; nil when there is none
-  void press(NSEventType type, NSEventModifierFlags modifiers = 0);
-  void pressWithoutEvent();
+  void press(NSEventType type, NSEventModifierFlags modifiers = 0) const;
+  void pressWithoutEvent() const;
   QStringList lines() const; // that the menu shows, switches that are on with " (on)", grey ones in brackets
   std::function<void(NSMenu*)> menuIsOpen;
   bool closesBeforeChoice = true; // which way round is said nowhere

@@ -27,6 +27,7 @@ struct Held {
   std::map<std::string, id> others; // not retained
   std::map<std::string, long long> numbers;
   SEL action = nullptr;
+  unsigned char* plane = nullptr;
 };
 auto& held = *new std::map<const void*, Held>; // to the end: objects of the program's own are never gone
 
@@ -375,7 +376,7 @@ FORGETS
       place.size.height != static_cast<CGFloat>(high))
     note("drawn in another place");
   for (long long y = 0; y < high; ++y) {
-    auto* bytes = reinterpret_cast<unsigned char*>(bitmap.numbers["plane"]) + y * bitmap.numbers["row"];
+    auto* bytes = bitmap.plane + y * bitmap.numbers["row"];
     for (long long x = 0; x < wide; ++x, bytes += 4) {
       const bool isUpper = y < high / 2;
       bytes[0] = isUpper ? 255 : 0;
@@ -404,7 +405,7 @@ FORGETS
                        rowBytes >= 4 * width && colorSpace == NSDeviceRGBColorSpace;
   if (!isSound) note("a bitmap that there cannot be");
   auto& numbers = of(self).numbers;
-  numbers["plane"] = reinterpret_cast<long long>(planes[0]);
+  of(self).plane = planes[0];
   numbers["wide"] = width;
   numbers["high"] = height;
   numbers["row"] = rowBytes;
@@ -567,7 +568,7 @@ bool StandInAppKit::openAgain() {
 
 NSStatusItem* StandInAppKit::item() const { return items.size() == 1 ? items.front() : nil; }
 
-void StandInAppKit::press(NSEventType type, NSEventModifierFlags modifiers) {
+void StandInAppKit::press(NSEventType type, NSEventModifierFlags modifiers) const {
   @autoreleasepool {
     NSStatusBarButton* const pressed = [item() button];
     if ((static_cast<NSEventMask>(of(pressed).numbers["mask"]) & (1ULL << type)) == 0) return;
@@ -580,7 +581,7 @@ void StandInAppKit::press(NSEventType type, NSEventModifierFlags modifiers) {
   }
 }
 
-void StandInAppKit::pressWithoutEvent() {
+void StandInAppKit::pressWithoutEvent() const {
   @autoreleasepool {
     NSStatusBarButton* const pressed = [item() button];
     [[pressed target] performSelector:[pressed action] withObject:pressed];
