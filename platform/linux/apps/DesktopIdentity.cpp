@@ -42,6 +42,11 @@ const DesktopEntry* byId(Entries entries, std::string_view id) {
   return first(entries, [&](const DesktopEntry& entry) { return entry.id == id; });
 }
 
+const DesktopEntry* byPath(Entries entries, std::string_view path) {
+  if (path.empty()) return nullptr;
+  return first(entries, [&](const DesktopEntry& entry) { return entry.path == path; });
+}
+
 // A file beside which the program was started is named in short.
 bool isGiven(const AppEvidence& evidence, const std::string& argument) {
   return std::any_of(evidence.arguments.begin(), evidence.arguments.end(), [&](const std::string& given) {
@@ -207,8 +212,7 @@ const DesktopEntry* byClassAsId(Entries entries, const AppEvidence& evidence) {
 
 const DesktopEntry* byLaunchedFile(Entries entries, const AppEvidence& evidence) {
   const bool isWrappers = evidence.launchedProcess != 0 && evidence.launchedProcess != evidence.pid;
-  if (evidence.launchedFile.empty() || isWrappers) return nullptr;
-  return first(entries, [&](const DesktopEntry& entry) { return entry.path == evidence.launchedFile; });
+  return isWrappers ? nullptr : byPath(entries, evidence.launchedFile);
 }
 
 // A store waits for its games, and for windows of its own: its shortcut to one of them says nothing.
@@ -220,9 +224,8 @@ bool isOfStore(Entries entries, const DesktopEntry& entry) {
 
 // What was started from a desktop file and waits for this program, or would have been by its command line.
 const DesktopEntry* byWrapper(Entries entries, const AppEvidence& evidence) {
-  if (!evidence.launchedFile.empty() && evidence.launchedProcess != evidence.pid) {
-    const DesktopEntry* const launched =
-        first(entries, [&](const DesktopEntry& entry) { return entry.path == evidence.launchedFile; });
+  if (evidence.launchedProcess != evidence.pid) {
+    const DesktopEntry* const launched = byPath(entries, evidence.launchedFile);
     if (launched != nullptr && !isOfStore(entries, *launched)) return launched;
   }
   for (const Wrapper& wrapper : evidence.wrappers) {
@@ -260,14 +263,18 @@ bool isUnitsOwn(const AppEvidence& evidence, const DesktopEntry& entry) {
          entry.realPath == evidence.executable;
 }
 
+const DesktopEntry* entryOfUnit(Entries entries, const AppEvidence& evidence) {
+  return evidence.unit ? byId(entries, evidence.unit->id) : nullptr;
+}
+
 const DesktopEntry* byOwnUnit(Entries entries, const AppEvidence& evidence) {
-  const DesktopEntry* const unit = evidence.unit ? byId(entries, evidence.unit->id) : nullptr;
+  const DesktopEntry* const unit = entryOfUnit(entries, evidence);
   return unit != nullptr && isUnitsOwn(evidence, *unit) ? unit : nullptr;
 }
 
 // A script may well have started a program of another name. What a store has started is one of its games.
 const DesktopEntry* byScriptsUnit(Entries entries, const AppEvidence& evidence) {
-  const DesktopEntry* const unit = evidence.unit ? byId(entries, evidence.unit->id) : nullptr;
+  const DesktopEntry* const unit = entryOfUnit(entries, evidence);
   return unit != nullptr && unit->isScript && !unit->isStore ? unit : nullptr;
 }
 
@@ -337,9 +344,9 @@ bool isCalledByMachine(const AppEvidence& evidence) {
          fileNameOf(evidence.executable).starts_with("java");
 }
 
-std::string ownName(const AppEvidence& evidence) {
-  if (const std::string path = libraryProgram(evidence); !path.empty()) {
-    if (std::string name = nameInLibrary(path); !name.empty()) return name;
+std::string ownName(const AppEvidence& evidence, const std::string& inLibrary) {
+  if (!inLibrary.empty()) {
+    if (std::string name = nameInLibrary(inLibrary); !name.empty()) return name;
   }
   const std::string_view executable = lastPart(evidence.executable, '/');
   if (!executable.empty() && !isInterpreter(executable)) return oneLineName(executable);
@@ -363,9 +370,10 @@ std::optional<std::string> wineLoader(const std::string& executable) {
   return {};
 }
 
-// Of an interpreted program it is what was started: the interpreter's own path is known from the process.
-std::string startedPath(const AppEvidence& evidence) {
-  if (std::string path = libraryProgram(evidence); !path.empty()) return path;
+// A store's shortcut starts the store. Of an interpreted program it is what was started: the interpreter's
+// own path is known from the process.
+std::string startedPath(const AppEvidence& evidence, const DesktopEntry* entry) {
+  if (entry != nullptr) return evidence.storeAddress.empty() ? entry->executable : evidence.executable;
   const std::string name = fileNameOf(evidence.executable);
   const bool isRun = isInterpreter(name) && !name.starts_with("wine") && !evidence.program.empty();
   return isRun ? evidence.program : evidence.executable;
@@ -419,21 +427,17 @@ const DesktopEntry* entryOfWindow(const AppEvidence& evidence, const DesktopEntr
 AppIdentity identityOf(const AppEvidence& evidence, const DesktopEntry* entry) {
   AppIdentity identity;
   identity.bundleIdentifier = bundleIdentifierOf(evidence, entry);
-  const std::optional<std::string> loader = wineLoader(cleanUtf8(evidence.executable));
-  if (entry == nullptr) {
-    identity.localizedName = ownName(evidence);
-    identity.executablePath = loader ? loader : unlessEmpty(cleanUtf8(startedPath(evidence)));
-    return identity;
-  }
-  identity.localizedName = entry->name.empty() ? ownName(evidence) : entry->name;
+  const std::string inLibrary = libraryProgram(evidence);
+  identity.localizedName =
+      entry == nullptr || entry->name.empty() ? ownName(evidence, inLibrary) : entry->name;
+  identity.executablePath = wineLoader(cleanUtf8(evidence.executable));
+  if (!identity.executablePath)
+    identity.executablePath =
+        unlessEmpty(cleanUtf8(inLibrary.empty() ? startedPath(evidence, entry) : inLibrary));
+  if (entry == nullptr) return identity;
   identity.bundlePath = cleanUtf8(entry->path);
-  const bool isShortcut = !evidence.storeAddress.empty() && entry->executable != evidence.executable;
-  identity.executablePath = unlessEmpty(cleanUtf8(isShortcut ? evidence.executable : entry->executable));
   identity.bundleCategory = unlessEmpty(entry->category);
   identity.iconName = unlessEmpty(entry->icon);
-  if (const std::string path = libraryProgram(evidence); !path.empty())
-    identity.executablePath = cleanUtf8(path);
-  if (loader) identity.executablePath = loader;
   return identity;
 }
 
