@@ -2,6 +2,7 @@
 #include "platform/linux/apps/AppEvidence.h"
 
 #include "base/Text.h"
+#include "engine/ports/ProcessTable.h"
 #include "platform/linux/apps/InterpretedProgram.h"
 #include "platform/linux/apps/ProgramPath.h"
 #include "platform/linux/process/FlatpakInstances.h"
@@ -99,9 +100,7 @@ bool isInteractive(const std::string& executable, const std::vector<std::string>
   return isInterpreter(fileNameOf(executable)) && run.file.empty() && run.name.empty() && !hasText;
 }
 
-// What starts apps for the person has done other things for a while before it starts one.
 std::vector<Wrapper> readWrappers(Pid pid) {
-  constexpr std::uint64_t longestWrapping = 10; // seconds
   constexpr std::size_t most = 8;
   static const auto ticksPerSecond = static_cast<std::uint64_t>(::sysconf(_SC_CLK_TCK));
   const auto statOf = [](Pid process) {
