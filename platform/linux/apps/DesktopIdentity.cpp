@@ -285,8 +285,9 @@ constexpr std::array ranks{
     IdentityRule{"sandbox", "the kernel keeps it there under that name", bySandbox},
     IdentityRule{"own unit", "the desktop has made the unit for this process or program", byOwnUnit},
     IdentityRule{"launched file", "the desktop has started this process from that file", byLaunchedFile},
-    IdentityRule{"application id", "the toolkit makes it equal to the desktop file's id", byApplicationId},
-    IdentityRule{"window class", "the desktop file declares it, to the letter", byDeclaredClass},
+    IdentityRule{"application id", "the toolkit makes it equal to the desktop file's id", byApplicationId,
+                 true},
+    IdentityRule{"window class", "the desktop file declares it, to the letter", byDeclaredClass, true},
     IdentityRule{"window class in any case", "desktops compare it so", byDeclaredClassInAnyCase},
     IdentityRule{"whole command",
                  "program and all arguments are the desktop file's, whatever an engine "
@@ -300,8 +301,15 @@ constexpr std::array ranks{
     IdentityRule{"script's name", "script, class or package folder are called after it", byScriptsName},
     IdentityRule{"unit of a script", "nothing else speaks, and a script has started it", byScriptsUnit},
 };
-constexpr IdentityRule engines{"engine's data",
-                               "the engine plays the data that the game's script starts it with", nullptr};
+
+IdentityMatch firstMatch(const AppEvidence& evidence, Entries entries, bool isWindowsWord) {
+  for (const IdentityRule& rule : ranks) {
+    if (isWindowsWord && !rule.isWindowsWord) continue;
+    if (const DesktopEntry* const entry = rule.find(entries, evidence); entry != nullptr)
+      return {entry, &rule};
+  }
+  return {};
+}
 
 // As a title: of "whichwayisup" Whichwayisup. What has capitals is written as it is meant.
 std::string asTitle(std::string_view name) {
@@ -344,7 +352,7 @@ bool isCalledByMachine(const AppEvidence& evidence) {
          fileNameOf(evidence.executable).starts_with("java");
 }
 
-std::string ownName(const AppEvidence& evidence, const std::string& inLibrary) {
+std::string givenName(const AppEvidence& evidence, const std::string& inLibrary) {
   if (!inLibrary.empty()) {
     if (std::string name = nameInLibrary(inLibrary); !name.empty()) return name;
   }
@@ -388,31 +396,26 @@ std::optional<std::string> unlessEmpty(const std::string& text) {
 std::span<const IdentityRule> identityRules() { return ranks; }
 
 IdentityMatch matchEntry(const AppEvidence& evidence, Entries entries) {
-  for (const IdentityRule& rule : ranks) {
-    const DesktopEntry* const entry = rule.find(entries, evidence);
-    if (entry == nullptr) continue;
-    const DesktopEntry* const game = byData(entries, evidence, *entry);
-    return game == nullptr ? IdentityMatch{entry, &rule} : IdentityMatch{game, &engines};
-  }
-  return {};
+  const IdentityMatch match = firstMatch(evidence, entries, false);
+  const DesktopEntry* const game = match.entry == nullptr ? nullptr : byData(entries, evidence, *match.entry);
+  return game == nullptr ? match : IdentityMatch{game, &enginesDataRule};
 }
 
 const DesktopEntry* findEntry(const AppEvidence& evidence, Entries entries) {
   return matchEntry(evidence, entries).entry;
 }
 
-const DesktopEntry* entryOfWindow(const AppEvidence& evidence, const DesktopEntry* known,
-                                  std::span<const DesktopEntry> entries) {
-  const DesktopEntry* const named = byApplicationId(entries, evidence);
-  const DesktopEntry* const declared = named == nullptr ? byDeclaredClass(entries, evidence) : named;
+IdentityMatch matchWindow(const AppEvidence& evidence, const IdentityMatch& known, Entries entries) {
+  const IdentityMatch declared = firstMatch(evidence, entries, true);
   // What is in a sandbox is not believed to be somebody outside; a browser there has its web apps under its
   // id.
   const bool isSandboxsOwn =
-      declared != nullptr && (evidence.sandboxId.empty() || declared->id.starts_with(evidence.sandboxId));
+      declared.entry != nullptr &&
+      (evidence.sandboxId.empty() || declared.entry->id.starts_with(evidence.sandboxId));
   if (isSandboxsOwn) return declared;
-  if (declared != nullptr || known == nullptr || known->windowClass.empty()) return known;
-  if (equalIgnoringCase(known->windowClass, evidence.windowClass) ||
-      equalIgnoringCase(known->windowClass, evidence.windowInstance))
+  if (declared.entry != nullptr || known.entry == nullptr || known.entry->windowClass.empty()) return known;
+  if (equalIgnoringCase(known.entry->windowClass, evidence.windowClass) ||
+      equalIgnoringCase(known.entry->windowClass, evidence.windowInstance))
     return known;
   // It may have been started as what it is known as: only what the window shows counts now.
   AppEvidence shown = evidence;
@@ -420,16 +423,18 @@ const DesktopEntry* entryOfWindow(const AppEvidence& evidence, const DesktopEntr
   shown.unit.reset();
   shown.arguments.clear();
   shown.wrappers.clear();
-  const DesktopEntry* const entry = findEntry(shown, entries);
-  return entry == nullptr ? known : entry;
+  const IdentityMatch match = matchEntry(shown, entries);
+  return match.entry == nullptr ? known : match;
 }
 
-AppIdentity identityOf(const AppEvidence& evidence, const DesktopEntry* entry) {
+AppIdentity identityOf(const AppEvidence& evidence, const IdentityMatch& match) {
+  const DesktopEntry* const entry = match.entry;
   AppIdentity identity;
+  identity.rule = match.rule;
   identity.bundleIdentifier = bundleIdentifierOf(evidence, entry);
   const std::string inLibrary = libraryProgram(evidence);
   identity.localizedName =
-      entry == nullptr || entry->name.empty() ? ownName(evidence, inLibrary) : entry->name;
+      entry == nullptr || entry->name.empty() ? givenName(evidence, inLibrary) : entry->name;
   identity.executablePath = wineLoader(cleanUtf8(evidence.executable));
   if (!identity.executablePath)
     identity.executablePath =
