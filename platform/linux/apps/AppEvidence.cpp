@@ -161,6 +161,7 @@ AppEvidence withItsOwnWords(AppEvidence evidence) {
     const InterpretedProgram run = interpretedProgram(fileNameOf(evidence.executable), evidence.arguments);
     evidence.program = programOfInterpreter(evidence.executable, run, evidence.workingFolder);
     evidence.names = programNames(run, evidence.program);
+    evidence.classFrom = pathOf(run.from, evidence.workingFolder);
   }
   // It runs from a file system of its own: the image's file is what a person started. The variables are
   // inherited by what it opens outside.

@@ -47,25 +47,29 @@ const DesktopEntry* byPath(Entries entries, std::string_view path) {
   return first(entries, [&](const DesktopEntry& entry) { return entry.path == path; });
 }
 
-// A file beside which the program was started is named in short.
-bool isGiven(const AppEvidence& evidence, const std::string& argument) {
+// A file beside which the program was started, or is to be, is named in short.
+bool isGiven(const AppEvidence& evidence, const DesktopEntry& entry, const std::string& argument) {
+  const auto pathIn = [](const std::string& folder, const std::string& name) {
+    return (std::filesystem::path(folder) / name).lexically_normal();
+  };
+  const bool isFile = argument.starts_with('/') || (!entry.folder.empty() && !argument.starts_with('-'));
   return std::any_of(evidence.arguments.begin(), evidence.arguments.end(), [&](const std::string& given) {
     if (given == argument) return true;
-    if (!argument.starts_with('/') || given.empty() || evidence.workingFolder.empty()) return false;
-    return (std::filesystem::path(evidence.workingFolder) / given).lexically_normal() == argument;
+    if (!isFile || given.empty() || (evidence.workingFolder.empty() && !given.starts_with('/'))) return false;
+    return pathIn(evidence.workingFolder, given) == pathIn(entry.folder, argument);
   });
 }
 
 bool runsWith(const AppEvidence& evidence, const DesktopEntry& entry) {
   return std::all_of(entry.arguments.begin(), entry.arguments.end(),
-                     [&](const std::string& argument) { return isGiven(evidence, argument); });
+                     [&](const std::string& argument) { return isGiven(evidence, entry, argument); });
 }
 
 // An engine that is started with one game's data is that game; with any other it is not.
 bool hasOtherData(const AppEvidence& evidence, const DesktopEntry& entry) {
   if (entry.realPath.empty() || entry.realPath != evidence.program) return false;
   return std::any_of(entry.arguments.begin(), entry.arguments.end(), [&](const std::string& argument) {
-    return !argument.starts_with('-') && !isGiven(evidence, argument);
+    return !argument.starts_with('-') && !isGiven(evidence, entry, argument);
   });
 }
 
@@ -94,7 +98,8 @@ const DesktopEntry* ownEntry(Entries entries, const AppEvidence& evidence) {
   if (const DesktopEntry* const started = byProgram(entries, evidence)) return started;
   const std::string name = fileNameOf(evidence.program); // what a script of the same name has started
   return first(entries, [&](const DesktopEntry& entry) {
-    return !entry.isHidden && !name.empty() && fileNameOf(entry.executable) == name;
+    return !entry.isHidden && !name.empty() && fileNameOf(entry.executable) == name &&
+           runsWith(evidence, entry);
   });
 }
 
@@ -331,14 +336,16 @@ std::string libraryProgram(const AppEvidence& evidence) {
   };
   if (isIn(evidence.executable)) return {};
   if (isIn(evidence.program)) return evidence.program;
+  if (isIn(evidence.classFrom)) return evidence.classFrom;
   const auto wrapper = std::find_if(evidence.wrappers.begin(), evidence.wrappers.end(),
                                     [&](const Wrapper& one) { return isIn(one.program); });
   return wrapper == evidence.wrappers.end() ? std::string() : wrapper->program;
 }
 
-std::string nameInLibrary(const std::string& path) {
+// A class is anywhere, and called as thousands are: its game is known by the folder.
+std::string nameInLibrary(const AppEvidence& evidence, const std::string& path) {
   const std::vector<std::string> names = programNames({.file = path, .name = {}}, {});
-  if (!names.empty()) return asTitle(names.front());
+  if (!names.empty() && path != evidence.classFrom) return asTitle(names.front());
   constexpr std::string_view games = "common/";
   std::string_view rest = std::string_view(path).substr(asciiLowered(path).find(library) + library.size());
   if (rest.starts_with(games)) rest.remove_prefix(games.size());
@@ -354,7 +361,7 @@ bool isCalledByMachine(const AppEvidence& evidence) {
 
 std::string givenName(const AppEvidence& evidence, const std::string& inLibrary) {
   if (!inLibrary.empty()) {
-    if (std::string name = nameInLibrary(inLibrary); !name.empty()) return name;
+    if (std::string name = nameInLibrary(evidence, inLibrary); !name.empty()) return name;
   }
   const std::string_view executable = lastPart(evidence.executable, '/');
   if (!executable.empty() && !isInterpreter(executable)) return oneLineName(executable);

@@ -582,6 +582,17 @@ TEST(DesktopIdentity, AnEngineWithOtherDataIsNotThatGame) {
   EXPECT_EQ(idWith("/tmp", {"love", "x.love"}, "love"), "love");
   EXPECT_EQ(idWith("/tmp", {"love", "/tmp/other.love"}, "org.games.x"), "love") << "whatever its window says";
   AppEvidence alone = running("/usr/bin/love");
+  DesktopEntry inFolder = game(entry("tetris", "/usr/bin/java", {"-jar", "Blocks.jar"}));
+  inFolder.folder = "/opt/tetris";
+  AppEvidence java = running("/usr/bin/java");
+  java.program = "/opt/tetris/Blocks.jar";
+  java.workingFolder = "/home/me";
+  java.arguments = {"java", "-Xmx64m", "-jar", "/opt/tetris/Blocks.jar"};
+  EXPECT_NE(findEntry(java, {&inFolder, 1}), nullptr) << "named in full";
+  java.arguments.back() = "../../opt/tetris/Blocks.jar";
+  EXPECT_NE(findEntry(java, {&inFolder, 1}), nullptr);
+  java.arguments.back() = java.program = "/opt/other/Blocks.jar";
+  EXPECT_EQ(findEntry(java, {&inFolder, 1}), nullptr);
   alone.arguments = {"love", "/tmp/other.love"};
   const std::vector<DesktopEntry> onlyGame{game(entry("org.games.x", "/usr/bin/love", {"/games/x.love"}))};
   EXPECT_EQ(findEntry(alone, onlyGame), nullptr);
@@ -597,9 +608,31 @@ TEST(DesktopIdentity, AnotherAppsProgramIsNoGameByItsWindowsName) {
   evidence = running("/usr/lib/chromium/chromium"); // its desktop file starts a script that starts it
   evidence.windowInstance = evidence.windowClass = "chromium-bsu";
   EXPECT_EQ(idOf(evidence), "chromium");
+  // A web game of the browser's is started by the same script, with an argument of its own.
+  std::vector<DesktopEntry> withWebGame{
+      game(entry("chrome-game-Default", "/usr/bin/chromium", {"--app-id=g"}))};
+  withWebGame.insert(withWebGame.end(), entries.begin(), entries.end());
+  EXPECT_EQ(findEntry(evidence, withWebGame)->id, "chromium");
   evidence = running("/usr/lib/games/nethack/nethack-x11");
   evidence.windowClass = "NetHack";
   EXPECT_EQ(idOf(evidence), "nethack");
+}
+
+TEST(DesktopIdentity, AClassOfALibraryIsItsGame) {
+  const std::string library = "/home/me/.local/share/Steam/steamapps/common/";
+  AppEvidence evidence = running("/usr/lib/jvm/bin/java");
+  evidence.program.clear();
+  evidence.names = {"Main"};
+  evidence.windowClass = "com-fine-Main";
+  for (const std::string from : {library + "Fine Game/lib/fine.jar", library + "Fine Game"}) {
+    evidence.classFrom = from;
+    const AppIdentity identity = identityOf(evidence, {});
+    EXPECT_EQ(identity.localizedName, "Fine Game");
+    EXPECT_EQ(identity.executablePath, from);
+  }
+  evidence.classFrom = "/home/me/tool.jar";
+  EXPECT_EQ(identityOf(evidence, {}).localizedName, "Main");
+  EXPECT_EQ(identityOf(evidence, {}).executablePath, "/usr/lib/jvm/bin/java");
 }
 
 // What is started counts, whatever runs it; the library is known by its folder.
