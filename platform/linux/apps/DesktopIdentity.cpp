@@ -420,7 +420,15 @@ IdentityMatch matchWindow(const AppEvidence& evidence, const IdentityMatch& know
       declared.entry != nullptr &&
       (evidence.sandboxId.empty() || declared.entry->id.starts_with(evidence.sandboxId));
   if (isSandboxsOwn) return declared;
-  if (declared.entry != nullptr || known.entry == nullptr || known.entry->windowClass.empty()) return known;
+  if (declared.entry != nullptr) return known;
+  if (known.entry == nullptr) {
+    AppEvidence process = evidence;
+    for (std::string* name : {&process.applicationId, &process.windowInstance, &process.windowClass})
+      name->clear();
+    const bool isNobodys = evidence.sandboxId.empty() && matchEntry(process, entries).entry == nullptr;
+    return isNobodys ? matchEntry(evidence, entries) : known;
+  }
+  if (known.entry->windowClass.empty()) return known;
   if (equalIgnoringCase(known.entry->windowClass, evidence.windowClass) ||
       equalIgnoringCase(known.entry->windowClass, evidence.windowInstance))
     return known;

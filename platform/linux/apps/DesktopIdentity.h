@@ -50,8 +50,9 @@ IdentityMatch matchEntry(const AppEvidence& evidence, std::span<const DesktopEnt
 const DesktopEntry* findEntry(const AppEvidence& evidence, std::span<const DesktopEntry> entries);
 
 // What the window in the evidence shows, where the process is known as `known` already: another desktop file
-// when the window declares it ("StartupWMClass"), or when `known` declares a window that is not this one and
-// something else fits. Otherwise `known` itself.
+// when the window declares it ("StartupWMClass"), when `known` declares a window that is not this one and
+// something else fits, or when nothing is known of the process and something fits the window. Otherwise
+// `known` itself.
 IdentityMatch matchWindow(const AppEvidence& evidence, const IdentityMatch& known,
                           std::span<const DesktopEntry> entries);
 

@@ -238,6 +238,7 @@ void WindowedWorkspace::takeRoleOf(App& app, const WindowFacts& window) {
     return found == entries.end() ? nullptr : &*found;
   };
   const IdentityMatch known{ofRole(*app.application)};
+  if (known.entry == nullptr && app.application->bundlePath()) return; // by a file that is installed nowhere
   const IdentityMatch shown = matchWindow(evidence, known, entries);
   if (shown.entry == known.entry) return;
   const auto same = std::find_if(app.roles.begin(), app.roles.end(),

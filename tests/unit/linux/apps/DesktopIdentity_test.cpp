@@ -605,6 +605,13 @@ TEST(DesktopIdentity, AnotherAppsProgramIsNoGameByItsWindowsName) {
   EXPECT_EQ(idOf(evidence), "debian-xterm");
   const std::vector<DesktopEntry>& entries = installed();
   EXPECT_EQ(matchWindow(evidence, {}, entries).entry, nullptr);
+  AppEvidence nobodys = running("/home/me/emulator");
+  nobodys.windowClass = "NetHack-Status";
+  EXPECT_EQ(matchWindow(nobodys, {}, entries).entry, nullptr);
+  nobodys.windowClass = "Chromium-BSU";
+  EXPECT_EQ(matchWindow(nobodys, {}, entries).entry->id, "chromium-bsu");
+  nobodys.sandboxId = "org.nowhere.App";
+  EXPECT_EQ(matchWindow(nobodys, {}, entries).entry, nullptr);
   evidence = running("/usr/lib/chromium/chromium"); // its desktop file starts a script that starts it
   evidence.windowInstance = evidence.windowClass = "chromium-bsu";
   EXPECT_EQ(idOf(evidence), "chromium");

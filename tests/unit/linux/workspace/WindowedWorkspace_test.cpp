@@ -565,6 +565,26 @@ TEST_F(WebApps, ADialogThatDeclaresNothingIsItsApps) {
   EXPECT_THAT(m_events, IsEmpty());
 }
 
+// An emulator that nobody has installed calls each window after its game.
+TEST_F(WebApps, AWindowThatIsCalledAfterAGameIsThatOfAnUnknownProcess) {
+  watch(FrontRule::asTold, [this] {
+    m_windows->open(1, m_browser.pid()).className = "Emulator";
+    m_windows->show(1);
+  });
+  const std::string unknown = frontName();
+  m_windows->open(2, m_browser.pid()).className = "Browser-Game";
+  m_windows->show(2);
+  const AppRef game = m_workspace->frontmostApplication();
+  EXPECT_EQ(frontName(), "Web Game");
+  EXPECT_EQ(game->knownBy()->rule, "window class as id");
+  m_windows->show(1);
+  EXPECT_EQ(frontName(), unknown);
+  m_windows->windows.erase(2);
+  m_windows->tell();
+  EXPECT_TRUE(game->isTerminated());
+  EXPECT_EQ(known(), unknown);
+}
+
 TEST_F(WebApps, AreKnownHoweverManyNamesTheWindowsHaveHad) {
   watch(FrontRule::asTold, [this] {
     openWindow(1, "browser");
