@@ -351,8 +351,12 @@ std::unique_ptr<WindowedWorkspace::App> WindowedWorkspace::makeApp(const WindowF
 
 AppEvidence WindowedWorkspace::evidenceOf(Pid pid) const {
   AppEvidence evidence = readEvidence(pid);
-  dropWrappersFrom(evidence, [this](Pid wrapper) { return find(wrapper) != nullptr; });
+  dropAppsFrom(evidence);
   return evidence;
+}
+
+void WindowedWorkspace::dropAppsFrom(AppEvidence& evidence) const {
+  dropWrappersFrom(evidence, [this](Pid wrapper) { return find(wrapper) != nullptr; });
 }
 
 AppIdentity WindowedWorkspace::identify(const AppEvidence& evidence) {
@@ -406,9 +410,13 @@ void WindowedWorkspace::announce(App& app) {
   const std::unique_ptr<AppEvidence> evidence = std::move(app.evidence);
   const auto window = m_windows->known().find(app.window);
   const bool isItsOwn = window != m_windows->known().end() && window->second.pid == app.pid();
-  if (isItsOwn && addWindow(*evidence, window->second)) {
+  const bool isNamedAnew = isItsOwn && addWindow(*evidence, window->second);
+  // What waits for it may have opened a window since, and is an app of its own then.
+  const std::size_t wrappers = evidence->wrappers.size();
+  dropAppsFrom(*evidence);
+  if (isNamedAnew || evidence->wrappers.size() != wrappers) {
     app.application->setIdentity(identify(*evidence));
-    app.roles = {{namesOf(window->second), app.application}};
+    if (isNamedAnew) app.roles = {{namesOf(window->second), app.application}};
   }
   m_events.emplace_back(WorkspaceEvent::launched, app.application);
 }

@@ -12,6 +12,7 @@
 #include "tests/unit/linux/windows/ScriptedWindows.h"
 
 #include <filesystem>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
@@ -376,6 +377,33 @@ TEST_F(WindowedWorkspaceTest, AnImageThatNobodyInstalledIsWhatItSaysOfItself) {
   EXPECT_EQ(app->bundleIdentifier(), "fine");
   EXPECT_EQ(app->bundleCategory(), "public.app-category.games");
   EXPECT_EQ(m_workspace->runningApplication(other.pid())->localizedName(), "sleep") << "it came from outside";
+}
+
+// A game that has started another one and whose window comes after that one's.
+TEST_F(WindowedWorkspaceTest, WhatWaitsIsNoWrapperOnceItHasAWindow) {
+  const desktop::TemporaryFolder folder;
+  const std::filesystem::path script =
+      folder.write("start.sh", "#!/bin/sh\n/bin/sleep 1000 &\necho $! >pid\nwait\n");
+  std::filesystem::permissions(script, std::filesystem::perms::owner_all);
+  m_data.write("applications/waiting.desktop", "[Desktop Entry]\nType=Application\nName=Waiting\nExec=" +
+                                                   script.string() + "\nCategories=Game;\n");
+  desktop::Start start{.command = {script.string()}};
+  start.workingFolder = folder.path();
+  const desktop::Program wrapper(start);
+  Pid child = 0;
+  desktop::require("the child", [&] {
+    std::ifstream(folder.path() / "pid") >> child;
+    return child != 0 && readEvidence(child).executable.ends_with("/sleep");
+  });
+  watch();
+  m_windows->open(1, child);
+  m_windows->tell();
+  ASSERT_EQ(m_workspace->runningApplication(child)->localizedName(), "Waiting");
+  m_windows->open(2, wrapper.pid());
+  m_windows->tell();
+  m_loop.pass(1s);
+  EXPECT_EQ(m_workspace->runningApplication(child)->localizedName(), "sleep");
+  EXPECT_EQ(m_workspace->runningApplication(wrapper.pid())->localizedName(), "Waiting");
 }
 
 // An office's window is there before the document that it is called after.
