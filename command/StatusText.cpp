@@ -51,8 +51,14 @@ std::string statusText(const Status& status) {
 }
 
 std::string whyText(const AppStatus& app) {
-  return plainText(app.name) + " (" + std::to_string(app.pid) + "): " + stateText(app) + ". " +
-         std::string(sentenceOf(app.reason)) + "\n";
+  std::string text = plainText(app.name) + " (" + std::to_string(app.pid) + "): " + stateText(app) + ". " +
+                     std::string(sentenceOf(app.reason)) + "\n";
+  if (!app.knownBy) return text;
+  text += "  Known";
+  if (app.id) text += " as " + plainText(*app.id);
+  text += " by " + plainText(*app.knownBy);
+  if (app.knownBecause) text += ": " + plainText(*app.knownBecause);
+  return text + ".\n";
 }
 
 } // namespace vantle

@@ -9,8 +9,17 @@ namespace vantle {
 
 namespace {
 
-// Until a wrapper has started what it was started for, in seconds: far more than it takes.
-constexpr std::uint64_t longestWrapping = 10;
+// Of several apps it is none of them.
+template <class Items, class AppOf> Pid onlyApp(const Items& items, const AppOf& appOf) {
+  Pid only = 0;
+  for (const auto& item : items) {
+    const Pid app = appOf(item);
+    if (app == 0 || app == only) continue;
+    if (only != 0) return 0;
+    only = app;
+  }
+  return only;
+}
 
 } // namespace
 
@@ -67,8 +76,8 @@ void AppTrees::adoptWrappers() {
   }
 }
 
-// A shell is somebody's who types. And what starts apps for the person, as a desktop does, has done other
-// things for a while, and has started others.
+// A shell is somebody's who types. And what starts apps for the person, as a desktop does, has started
+// others.
 bool AppTrees::isWrapperOf(const ProcessRecord& record, const ProcessRecord& app, Pid below) const {
   if (record.pid < firstAppPid || record.isKernelThread || record.role != ProcessRole::program) return false;
   if (record.session != app.session || record.user != m_ownUser) return false;
@@ -186,13 +195,8 @@ Pid AppTrees::appOfSession(const ProcessRecord& orphan, const Known& /*known*/) 
 Pid AppTrees::appLeftInSession(const ProcessRecord& orphan, const Known& known) const {
   if (orphan.session < firstAppPid || find(orphan.session) != nullptr || !isLeftBehind(orphan)) return 0;
   if (!isSessionWithoutSystem(orphan.session)) return 0;
-  Pid only = 0;
-  for (const std::size_t place : session(orphan.session)) {
-    const Pid app = appOf(all()[place].pid);
-    if (app == 0 || app == only) continue;
-    if (only != 0) return 0;
-    only = app;
-  }
+  const Pid only =
+      onlyApp(session(orphan.session), [this](std::size_t place) { return appOf(all()[place].pid); });
   const ProcessRecord* app = known.apps.contains(only) ? find(only) : nullptr;
   const bool isOlder = app != nullptr && startMicros(identityOf(*app)) <= startMicros(identityOf(orphan));
   return isOlder ? inSamePlace(only, orphan) : 0;
@@ -202,13 +206,8 @@ Pid AppTrees::appOfPlace(const ProcessRecord& orphan, const Known& known) const 
   if (!isLeftBehind(orphan)) return 0;
   const std::string& place = placeOf(orphan.pid);
   if (place.empty()) return 0;
-  Pid only = 0;
-  for (const Pid app : known.apps) {
-    if (find(app) == nullptr || placeOf(app) != place) continue;
-    if (only != 0) return 0;
-    only = app;
-  }
-  return only;
+  return onlyApp(known.apps,
+                 [&](Pid app) { return find(app) != nullptr && placeOf(app) == place ? app : 0; });
 }
 
 const std::string& AppTrees::placeOf(Pid pid) const {

@@ -93,6 +93,11 @@ void Backgrounder::complete(const AppTrees& trees, Pid boostApp, const Judge& ju
   if (!entering.empty()) enter(entering, boostApp, trees);
 }
 
+bool Backgrounder::isAnyIncomplete(const AppTrees& trees) const {
+  return std::any_of(m_managed.begin(), m_managed.end(),
+                     [&](const auto& entry) { return !bornElsewhere(entry.second, trees).empty(); });
+}
+
 // Of a listed app's processes those that stand in sessions which nobody of it was slowed in, by session.
 std::map<Pid, Backgrounder::Entering> Backgrounder::bornElsewhere(const ManagedApp& app,
                                                                   const AppTrees& trees) const {
@@ -283,18 +288,19 @@ bool Backgrounder::sortOut(const AppTrees& trees, const std::vector<Entering>& e
   return true;
 }
 
-void Backgrounder::restore(Pid app, Pid boostApp, std::optional<AppTrees> earlier) {
+std::optional<AppTrees> Backgrounder::restore(Pid app, Pid boostApp, std::optional<AppTrees> earlier) {
   const auto listed = m_managed.find(app);
   // Told by one call, as nearly always: nobody is slowed, or this app has inherited nothing.
-  if (listed == m_managed.end() && (m_managed.empty() || !m_machine.band.carriesOwnMark(app))) return;
+  if (listed == m_managed.end() && (m_managed.empty() || !m_machine.band.carriesOwnMark(app))) return {};
   AppTrees trees = earlier && isCurrent(*earlier) ? std::move(*earlier) : look();
   if (listed != m_managed.end()) {
     const ManagedApp restored = std::move(listed->second);
     m_managed.erase(listed);
     putBack({&restored, 1}, boostApp, trees);
   }
-  if (m_managed.empty()) return reclaim(trees);
-  sweep(std::move(trees), boostApp);
+  if (!m_managed.empty()) return sweep(std::move(trees), boostApp);
+  reclaim(trees);
+  return trees;
 }
 
 void Backgrounder::sweep(Pid boostApp) {
@@ -305,13 +311,14 @@ void Backgrounder::sweep(Pid boostApp) {
   }
 }
 
-void Backgrounder::sweep(AppTrees trees, Pid boostApp) {
+AppTrees Backgrounder::sweep(AppTrees trees, Pid boostApp) {
   // What was born of a process whose turn was still to come has inherited the band.
   for (int count = 0; count < mostLooks; ++count) {
     if (count > 0) trees = look();
     sortOut(trees, {}, boostApp);
-    if (!trees.birthMark() || isCurrent(trees)) return;
+    if (!trees.birthMark() || isCurrent(trees)) break;
   }
+  return trees;
 }
 
 void Backgrounder::restoreAll() {

@@ -53,11 +53,13 @@ class Backgrounder {
 
   // Takes an app out again, children born meanwhile included, and forgets it. One that is not listed is freed
   // of what it inherited from one that is. An earlier look of the same event serves as long as nobody was
-  // born since.
-  void restore(Pid app, Pid boostApp, std::optional<AppTrees> earlier = {});
+  // born since. Returns the last of its looks; absent when it needed none.
+  std::optional<AppTrees> restore(Pid app, Pid boostApp, std::optional<AppTrees> earlier = {});
   void restoreAll();
   // Looks for whoever carries this program's trace and is not listed.
   void sweep(Pid boostApp);
+  // Whether a listed app has started something since that is to be slowed by itself; `manage` does that.
+  bool isAnyIncomplete(const AppTrees& trees) const;
 
   void note(Pid app, Verdict verdict) { m_verdicts[app] = {verdict, {}, {}}; }
   void forget(Pid app);
@@ -82,7 +84,7 @@ class Backgrounder {
   void complete(const AppTrees& trees, Pid boostApp, const Judge& judge);
   std::map<Pid, Entering> bornElsewhere(const ManagedApp& app, const AppTrees& trees) const;
   void putBack(std::span<const ManagedApp> apps, Pid boostApp, const AppTrees& trees);
-  void sweep(AppTrees trees, Pid boostApp);
+  AppTrees sweep(AppTrees trees, Pid boostApp); // returns the last of its looks
   bool isOwnDoing(Pid pid, const AppTrees& trees) const;
   bool isCurrent(const AppTrees& trees) const;
   void reclaim(const AppTrees& trees);

@@ -227,9 +227,13 @@ void Engine::frontChangedWhileBoosting(const AppRef& app) {
   if (!trees && !m_backgrounder.givenUp().empty()) trees = manage(nullptr);
   m_comingToFront = nullptr;
   const bool isBoostApp = profile.isTrigger(*app);
-  m_backgrounder.restore(app->processIdentifier(), boostApp(), std::move(trees));
+  const bool areOthersComplete = trees.has_value();
+  const std::optional<AppTrees> look =
+      m_backgrounder.restore(app->processIdentifier(), boostApp(), std::move(trees));
   m_backgrounder.note(app->processIdentifier(), isBoostApp ? Verdict::boostApp : Verdict::inFront);
   m_foregroundException = isBoostApp ? nullptr : app;
+  // Nobody waits for the rest, and the look has been made: only what it has found is worth asking around for.
+  if (!areOthersComplete && look && m_backgrounder.isAnyIncomplete(*look)) manage(nullptr);
   refreshManagedNames();
 }
 

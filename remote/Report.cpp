@@ -35,7 +35,9 @@ std::string reportText(const Status& status, const std::vector<std::pair<std::st
           .append(" [")
           .append(plainText(app.id.value_or("no identifier")));
       text.append(", ").append(std::to_string(app.pid)).append(", processes: ");
-      text.append(std::to_string(app.processes)).append("]: ").append(decisionOf(app)).append("\n");
+      text.append(std::to_string(app.processes));
+      if (app.knownBy) text.append(", known by: ").append(*app.knownBy);
+      text.append("]: ").append(decisionOf(app)).append("\n");
     }
     return text;
   }

@@ -6,6 +6,7 @@
 #include "status/Words.h"
 
 #include <cstddef>
+#include <utility>
 
 namespace vantle {
 namespace {
@@ -104,6 +105,10 @@ AppStatus statusOf(const Engine& engine, const Machine& machine, const AppTrees&
   status.state = wordOf(how.state);
   status.reason = wordOf(how.reason);
   status.processes = trees.processesOf(status.pid).size();
+  if (std::optional<KnownBy> known = app.knownBy()) {
+    status.knownBy = std::move(known->rule);
+    status.knownBecause = std::move(known->reason);
+  }
   if (how.state == AppState::inBackground) {
     status.lever = leverOf(engine, status.pid);
     status.memory = appFootprint(machine.processes, trees, status.pid);

@@ -8,7 +8,7 @@ namespace vantle {
 namespace {
 
 auto toldOf(const AppStatus& app) {
-  return std::tie(app.name, app.id, app.pid, app.state, app.reason, app.lever, app.processes);
+  return std::tie(app.name, app.id, app.pid, app.state, app.reason, app.lever, app.processes, app.knownBy);
 }
 
 bool areSame(const std::vector<AppStatus>& before, const std::vector<AppStatus>& now) {

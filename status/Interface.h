@@ -24,6 +24,9 @@ inline constexpr const char* appReason = "reason";       // s
 inline constexpr const char* appLever = "lever";         // s, left out for an app that is not slowed
 inline constexpr const char* appProcesses = "processes"; // t
 inline constexpr const char* appMemory = "memory";       // t, bytes; of apps in the background
+// s, both left out where the system itself knows apps.
+inline constexpr const char* appKnownBy = "knownBy";
+inline constexpr const char* appKnownBecause = "knownBecause";
 
 // Methods.
 inline constexpr const char* why = "Why";       // s -> aa{sv}

@@ -22,6 +22,9 @@ struct AppStatus {
   std::optional<std::string> lever; // by what it is slowed; absent when it is not
   std::uint64_t processes = 0;      // how many belong to it
   std::uint64_t memory = 0;         // of all of them, in bytes
+  // The rule that told which app it is, and for a person why; absent where the system itself knows apps.
+  std::optional<std::string> knownBy;
+  std::optional<std::string> knownBecause;
 };
 
 // What a running copy says of itself and of the apps.

@@ -20,9 +20,10 @@ Json boostJson(const Status& status) {
 }
 
 Json appJson(const AppStatus& app) {
-  return Json::Object{{"name", app.name},          {"id", orNull(app.id)}, {"pid", number(app.pid)},
-                      {"state", app.state},        {"reason", app.reason}, {"lever", orNull(app.lever)},
-                      {"processes", app.processes}};
+  return Json::Object{{"name", app.name},           {"id", orNull(app.id)},
+                      {"pid", number(app.pid)},     {"state", app.state},
+                      {"reason", app.reason},       {"lever", orNull(app.lever)},
+                      {"processes", app.processes}, {"knownBy", orNull(app.knownBy)}};
 }
 
 } // namespace

@@ -61,6 +61,8 @@ bool readApp(sd_bus_message* message, AppStatus& app) {
     if (key == boost1::appLever) return takeText(message, type, app.lever);
     if (key == boost1::appProcesses) return take(message, type, 't', app.processes);
     if (key == boost1::appMemory) return take(message, type, 't', app.memory);
+    if (key == boost1::appKnownBy) return takeText(message, type, app.knownBy);
+    if (key == boost1::appKnownBecause) return takeText(message, type, app.knownBecause);
     return sd_bus_message_skip(message, type);
   });
 }

@@ -36,6 +36,10 @@ struct ProcessRecord {
   std::uint64_t cpuTicks = 0; // user plus system time of all threads, in the platform's own unit
 };
 
+// Until a wrapper has started what it was started for and waits for, in seconds: far more than it takes. What
+// starts apps for the person has done other things for longer before it starts one.
+inline constexpr std::uint64_t longestWrapping = 10;
+
 // Reads the process table. Every call is a fresh, synchronous look; nothing is kept between calls and nothing
 // is changed. A process that is gone, or that may not be read, yields an absent value.
 class ProcessTable {

@@ -15,6 +15,13 @@ enum class ActivationPolicy {
   prohibited, // background only
 };
 
+// What told the platform which app a process is.
+struct KnownBy {
+  std::string rule;   // a word of docs/scripting.md's
+  std::string reason; // for a person: why that says something
+  bool operator==(const KnownBy&) const = default;
+};
+
 // One running app. The object stays valid after the app has ended and then answers with what it last knew;
 // `isTerminated` and `isActive` are always live. All texts are UTF-8, cleaned of malformed sequences.
 class RunningApplication {
@@ -42,6 +49,9 @@ class RunningApplication {
 
   // A themed icon name or the absolute path of a picture.
   virtual std::optional<std::string> iconName() const = 0;
+
+  // Absent where the system itself knows apps.
+  virtual std::optional<KnownBy> knownBy() const { return std::nullopt; }
 };
 
 using AppRef = std::shared_ptr<RunningApplication>;

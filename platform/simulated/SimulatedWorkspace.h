@@ -39,6 +39,7 @@ struct AppSpec {
   std::string origin{};                        // what its main process came with
   std::vector<std::string> furtherOrigins{};   // of what it brings along
   bool canComeToFront = true;
+  std::optional<KnownBy> knownBy{};
 };
 
 class SimulatedApp final : public RunningApplication {
@@ -61,6 +62,7 @@ class SimulatedApp final : public RunningApplication {
   bool canComeToFront() const override { return spec.canComeToFront; }
   bool bringToFront() override;
   std::optional<std::string> iconName() const override { return spec.icon; }
+  std::optional<KnownBy> knownBy() const override { return spec.knownBy; }
 
  private:
   friend class SimulatedWorkspace;

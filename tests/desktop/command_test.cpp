@@ -264,6 +264,11 @@ TEST_F(Command, TellsOfItself) {
   }
 }
 
+std::string knownAs(const std::string& name) {
+  return "  Known as org.example." + name +
+         " by window class: the desktop file declares it, to the letter.\n";
+}
+
 TEST_F(Command, SaysWhyAnAppIsSlowedOrNot) {
   m_desktop->folder().folder("home/.config/com.halvo.vantle");
   m_desktop->folder().write("home/.config/com.halvo.vantle/defaults.json",
@@ -276,13 +281,14 @@ TEST_F(Command, SaysWhyAnAppIsSlowedOrNot) {
     const Said said = vantle({"why", target});
     EXPECT_EQ(said.status, 0) << said.errors;
     EXPECT_THAT(said.output, StartsWith(mail));
-    EXPECT_THAT(said.output, HasSubstr(". It makes room for the Boost app.\n"));
+    EXPECT_THAT(said.output, HasSubstr(". It makes room for the Boost app.\n" + knownAs("Mail")));
   }
   EXPECT_EQ(vantle({"why", "Music"}).output,
             "Music (" + std::to_string(music.pid()) +
-                "): left alone. It is on the list of apps that are never slowed.\n");
-  EXPECT_EQ(vantle({"why", "Game"}).output,
-            "Game (" + std::to_string(m_game->pid()) + "): boost app. It is a Boost app.\n");
+                "): left alone. It is on the list of apps that are never slowed.\n" + knownAs("Music"));
+  EXPECT_EQ(vantle({"why", "Game"}).output, "Game (" + std::to_string(m_game->pid()) +
+                                                "): boost app. It is a Boost app.\n" + knownAs("Game"));
+  EXPECT_EQ(appIn(statusJson(), *m_mail).textAt("knownBy"), "window class");
   const Said said = vantle({"why", "Nobody"});
   EXPECT_EQ(said.status, 1);
   EXPECT_EQ(said.errors, "vantle: there is no running app 'Nobody'.\n");

@@ -30,6 +30,8 @@ QVariantMap appMap(const AppStatus& app) {
   if (app.lever) map.insert(text(boost1::appLever), text(*app.lever));
   map.insert(text(boost1::appProcesses), QVariant::fromValue<qulonglong>(app.processes));
   map.insert(text(boost1::appMemory), QVariant::fromValue<qulonglong>(app.memory));
+  if (app.knownBy) map.insert(text(boost1::appKnownBy), text(*app.knownBy));
+  if (app.knownBecause) map.insert(text(boost1::appKnownBecause), text(*app.knownBecause));
   return map;
 }
 

@@ -2,13 +2,14 @@
 #include "platform/linux/apps/AppEvidence.h"
 
 #include "base/Text.h"
+#include "engine/ports/ProcessTable.h"
 #include "platform/linux/apps/InterpretedProgram.h"
 #include "platform/linux/apps/ProgramPath.h"
 #include "platform/linux/process/FlatpakInstances.h"
 #include "platform/linux/process/KernelFile.h"
 #include "platform/linux/process/ProcStat.h"
+#include "platform/linux/process/ProcessWords.h"
 #include "platform/linux/programs/DesktopPrograms.h"
-#include "platform/posix/Descriptor.h"
 #include "platform/posix/process/BoundedWait.h"
 
 #include <algorithm>
@@ -16,7 +17,6 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdlib>
-#include <fcntl.h>
 #include <unistd.h>
 #include <utility>
 
@@ -24,29 +24,8 @@ namespace vantle {
 
 namespace {
 
-constexpr std::size_t longestRead = 256 * 1024; // more than one command line or environment can sensibly be
 constexpr std::chrono::milliseconds longestAnswer{100};
 constexpr int mostStuck = 16;
-
-// What the process itself has a say in.
-std::string readAll(const std::string& path) {
-  // A sandbox can put anything where a file is expected; opening a pipe must not wait.
-  const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-  std::string bytes;
-  std::array<char, 4096> buffer{};
-  while (bytes.size() < longestRead) {
-    const ssize_t count = ::read(file.get(), buffer.data(), buffer.size());
-    if (count <= 0) break;
-    bytes.append(buffer.data(), static_cast<std::size_t>(count));
-  }
-  return bytes;
-}
-
-std::string valueOf(const std::vector<std::string>& variables, std::string_view prefix) {
-  const auto found = std::find_if(variables.begin(), variables.end(),
-                                  [&](const std::string& variable) { return variable.starts_with(prefix); });
-  return found == variables.end() ? std::string() : found->substr(prefix.size());
-}
 
 // Some programs write one text with spaces over their command line, as browsers do.
 std::vector<std::string> argumentsOf(const std::string& commandLine) {
@@ -59,11 +38,9 @@ bool isNumber(const std::string& text) {
   return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
 }
 
+// Of an app that was updated while it runs as well.
 std::string linkTarget(const std::string& path) {
-  std::string text = readKernelLink(path).value_or("");
-  // An app that was updated while it runs.
-  if (text.ends_with(deletedMark)) text.resize(text.size() - deletedMark.size());
-  return text;
+  return withoutDeletedMark(readKernelLink(path).value_or(""));
 }
 
 // The unit is the last folder of the process's place among the control groups.
@@ -123,9 +100,7 @@ bool isInteractive(const std::string& executable, const std::vector<std::string>
   return isInterpreter(fileNameOf(executable)) && run.file.empty() && run.name.empty() && !hasText;
 }
 
-// What starts apps for the person has done other things for a while before it starts one.
 std::vector<Wrapper> readWrappers(Pid pid) {
-  constexpr std::uint64_t longestWrapping = 10; // seconds
   constexpr std::size_t most = 8;
   static const auto ticksPerSecond = static_cast<std::uint64_t>(::sysconf(_SC_CLK_TCK));
   const auto statOf = [](Pid process) {
@@ -145,7 +120,7 @@ std::vector<Wrapper> readWrappers(Pid pid) {
     Wrapper wrapper{.pid = at,
                     .executable = linkTarget(folder + "/exe"),
                     .program = {},
-                    .arguments = argumentsOf(readAll(folder + "/cmdline")),
+                    .arguments = argumentsOf(readProcessWords(folder + "/cmdline")),
                     .workingFolder = linkTarget(folder + "/cwd")};
     const InterpretedProgram run = interpretedProgram(fileNameOf(wrapper.executable), wrapper.arguments);
     if (wrapper.executable.empty() || isInteractive(wrapper.executable, wrapper.arguments, run)) break;
@@ -156,29 +131,28 @@ std::vector<Wrapper> readWrappers(Pid pid) {
   return wrappers;
 }
 
-// What lies in the process's own memory, or below its own root. It is the process that says when they can be
-// read.
+// What lies in the process's own memory, or below its own root.
 AppEvidence withItsOwnWords(AppEvidence evidence) {
   const std::string folder = "/proc/" + std::to_string(evidence.pid);
-  if (std::string id = flatpakApp(readAll(folder + "/root/.flatpak-info")); !id.empty()) {
+  if (std::string id = flatpakApp(readProcessWords(folder + "/root/.flatpak-info")); !id.empty()) {
     evidence.sandboxId = std::move(id);
   }
-  evidence.arguments = argumentsOf(readAll(folder + "/cmdline"));
+  evidence.arguments = argumentsOf(readProcessWords(folder + "/cmdline"));
   if (evidence.executable.empty()) evidence.executable = startedProgram(evidence);
 
-  const std::vector<std::string> environment = split(readAll(folder + "/environ"), '\0');
+  const std::vector<std::string> environment = readEnvironment(evidence.pid);
   evidence.wrappers = readWrappers(evidence.pid);
   // The variables are inherited; only the pid tells whose they are.
-  const std::string launched = valueOf(environment, "GIO_LAUNCHED_DESKTOP_FILE_PID=");
+  const std::string launched = valueOf(environment, "GIO_LAUNCHED_DESKTOP_FILE_PID");
   const auto isLaunched = [&](Pid process) { return launched == std::to_string(process); };
   const auto wrapper = std::find_if(evidence.wrappers.begin(), evidence.wrappers.end(),
                                     [&](const Wrapper& one) { return isLaunched(one.pid); });
   if (isLaunched(evidence.pid) || wrapper != evidence.wrappers.end()) {
-    evidence.launchedFile = valueOf(environment, "GIO_LAUNCHED_DESKTOP_FILE=");
+    evidence.launchedFile = valueOf(environment, "GIO_LAUNCHED_DESKTOP_FILE");
     evidence.launchedProcess = isLaunched(evidence.pid) ? evidence.pid : wrapper->pid;
   }
   // Everything that the game runs in and starts has it, and nothing of the store's own.
-  if (const std::string number = valueOf(environment, "SteamAppId="); isNumber(number)) {
+  if (const std::string number = valueOf(environment, "SteamAppId"); isNumber(number)) {
     evidence.storeAddress = "steam://rungameid/" + number;
   }
   evidence.workingFolder = linkTarget(folder + "/cwd");
@@ -187,14 +161,15 @@ AppEvidence withItsOwnWords(AppEvidence evidence) {
     const InterpretedProgram run = interpretedProgram(fileNameOf(evidence.executable), evidence.arguments);
     evidence.program = programOfInterpreter(evidence.executable, run, evidence.workingFolder);
     evidence.names = programNames(run, evidence.program);
+    evidence.classFrom = pathOf(run.from, evidence.workingFolder);
   }
   // It runs from a file system of its own: the image's file is what a person started. The variables are
   // inherited by what it opens outside.
-  const std::string imageFolder = valueOf(environment, "APPDIR=");
+  const std::string imageFolder = valueOf(environment, "APPDIR");
   const auto isInside = [&](const std::string& path) { return path.starts_with(imageFolder + "/"); };
   if (imageFolder.starts_with('/') && (isInside(evidence.executable) || isInside(evidence.program))) {
     evidence.imageFolder = imageFolder;
-    if (std::string image = valueOf(environment, "APPIMAGE="); !image.empty())
+    if (std::string image = valueOf(environment, "APPIMAGE"); !image.empty())
       evidence.program = std::move(image);
   }
   return evidence;

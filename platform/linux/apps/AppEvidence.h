@@ -44,6 +44,7 @@ struct AppEvidence {
   std::string executable;             // the program file that runs; empty when that cannot be known
   std::string program;                // the same, but for an interpreter its script: what a person started
   std::vector<std::string> names;     // of what an interpreter runs, see programNames
+  std::string classFrom;              // the file or folder that an interpreter has a class from
   std::vector<std::string> arguments; // the whole command line
   std::string workingFolder;
   std::vector<Wrapper> wrappers; // the nearest first, in its session and as young as it is

@@ -6,6 +6,7 @@
 #include "platform/linux/apps/ExecLine.h"
 #include "platform/linux/apps/OneLineName.h"
 #include "platform/linux/apps/ProgramPath.h"
+#include "platform/linux/apps/ScriptText.h"
 #include "platform/posix/files/PosixFileStore.h"
 #include "platform/posix/files/RegularFile.h"
 
@@ -94,21 +95,6 @@ std::string scriptAt(const std::string& path) {
   return text.starts_with(scriptMark) ? text : std::string();
 }
 
-// The one program that the script becomes, if it says so in full: exec /opt/game/run "$@".
-std::string programOfScript(const std::string& script) {
-  std::string only;
-  for (const std::string& line : split(script, '\n')) {
-    const std::vector<std::string> words = shellWords(line);
-    if (words.size() < 2 || words.front() != "exec") continue;
-    const bool isWhole = words.size() == 2 || (words.size() == 3 && words.back() == "$@");
-    const std::string& program = words[1];
-    if (!isWhole || !program.starts_with('/') || program.find('$') != std::string::npos) return {};
-    if (!only.empty() && only != program) return {};
-    only = program;
-  }
-  return realPath(only);
-}
-
 } // namespace
 
 bool isStoreOfGames(std::string_view categories) {
@@ -161,11 +147,12 @@ DesktopEntry entryIn(GKeyFile* file, const std::string& path, const std::string&
   entry.isHidden = flagOf(file, G_KEY_FILE_DESKTOP_KEY_NO_DISPLAY);
   std::vector<std::string> words = innerProgramOf(keyOf(file, G_KEY_FILE_DESKTOP_KEY_EXEC));
   if (!words.empty()) {
-    entry.executable = pathIn(keyOf(file, G_KEY_FILE_DESKTOP_KEY_PATH), words.front());
+    entry.folder = keyOf(file, G_KEY_FILE_DESKTOP_KEY_PATH);
+    entry.executable = pathIn(entry.folder, words.front());
     entry.realPath = realPath(entry.executable);
     const std::string script = scriptAt(entry.realPath);
     entry.isScript = !script.empty();
-    entry.becomes = programOfScript(script);
+    entry.becomes = realPath(programOfScript(script, folderOf(entry.realPath)));
     words.erase(words.begin());
     entry.arguments = std::move(words);
   }

@@ -42,25 +42,34 @@ const DesktopEntry* byId(Entries entries, std::string_view id) {
   return first(entries, [&](const DesktopEntry& entry) { return entry.id == id; });
 }
 
-// A file beside which the program was started is named in short.
-bool isGiven(const AppEvidence& evidence, const std::string& argument) {
+const DesktopEntry* byPath(Entries entries, std::string_view path) {
+  if (path.empty()) return nullptr;
+  return first(entries, [&](const DesktopEntry& entry) { return entry.path == path; });
+}
+
+// A file beside which the program was started, or is to be, is named in short.
+bool isGiven(const AppEvidence& evidence, const DesktopEntry& entry, const std::string& argument) {
+  const auto pathIn = [](const std::string& folder, const std::string& name) {
+    return (std::filesystem::path(folder) / name).lexically_normal();
+  };
+  const bool isFile = argument.starts_with('/') || (!entry.folder.empty() && !argument.starts_with('-'));
   return std::any_of(evidence.arguments.begin(), evidence.arguments.end(), [&](const std::string& given) {
     if (given == argument) return true;
-    if (!argument.starts_with('/') || given.empty() || evidence.workingFolder.empty()) return false;
-    return (std::filesystem::path(evidence.workingFolder) / given).lexically_normal() == argument;
+    if (!isFile || given.empty() || (evidence.workingFolder.empty() && !given.starts_with('/'))) return false;
+    return pathIn(evidence.workingFolder, given) == pathIn(entry.folder, argument);
   });
 }
 
 bool runsWith(const AppEvidence& evidence, const DesktopEntry& entry) {
   return std::all_of(entry.arguments.begin(), entry.arguments.end(),
-                     [&](const std::string& argument) { return isGiven(evidence, argument); });
+                     [&](const std::string& argument) { return isGiven(evidence, entry, argument); });
 }
 
 // An engine that is started with one game's data is that game; with any other it is not.
 bool hasOtherData(const AppEvidence& evidence, const DesktopEntry& entry) {
   if (entry.realPath.empty() || entry.realPath != evidence.program) return false;
   return std::any_of(entry.arguments.begin(), entry.arguments.end(), [&](const std::string& argument) {
-    return !argument.starts_with('-') && !isGiven(evidence, argument);
+    return !argument.starts_with('-') && !isGiven(evidence, entry, argument);
   });
 }
 
@@ -89,7 +98,8 @@ const DesktopEntry* ownEntry(Entries entries, const AppEvidence& evidence) {
   if (const DesktopEntry* const started = byProgram(entries, evidence)) return started;
   const std::string name = fileNameOf(evidence.program); // what a script of the same name has started
   return first(entries, [&](const DesktopEntry& entry) {
-    return !entry.isHidden && !name.empty() && fileNameOf(entry.executable) == name;
+    return !entry.isHidden && !name.empty() && fileNameOf(entry.executable) == name &&
+           runsWith(evidence, entry);
   });
 }
 
@@ -207,8 +217,7 @@ const DesktopEntry* byClassAsId(Entries entries, const AppEvidence& evidence) {
 
 const DesktopEntry* byLaunchedFile(Entries entries, const AppEvidence& evidence) {
   const bool isWrappers = evidence.launchedProcess != 0 && evidence.launchedProcess != evidence.pid;
-  if (evidence.launchedFile.empty() || isWrappers) return nullptr;
-  return first(entries, [&](const DesktopEntry& entry) { return entry.path == evidence.launchedFile; });
+  return isWrappers ? nullptr : byPath(entries, evidence.launchedFile);
 }
 
 // A store waits for its games, and for windows of its own: its shortcut to one of them says nothing.
@@ -220,9 +229,8 @@ bool isOfStore(Entries entries, const DesktopEntry& entry) {
 
 // What was started from a desktop file and waits for this program, or would have been by its command line.
 const DesktopEntry* byWrapper(Entries entries, const AppEvidence& evidence) {
-  if (!evidence.launchedFile.empty() && evidence.launchedProcess != evidence.pid) {
-    const DesktopEntry* const launched =
-        first(entries, [&](const DesktopEntry& entry) { return entry.path == evidence.launchedFile; });
+  if (evidence.launchedProcess != evidence.pid) {
+    const DesktopEntry* const launched = byPath(entries, evidence.launchedFile);
     if (launched != nullptr && !isOfStore(entries, *launched)) return launched;
   }
   for (const Wrapper& wrapper : evidence.wrappers) {
@@ -260,14 +268,18 @@ bool isUnitsOwn(const AppEvidence& evidence, const DesktopEntry& entry) {
          entry.realPath == evidence.executable;
 }
 
+const DesktopEntry* entryOfUnit(Entries entries, const AppEvidence& evidence) {
+  return evidence.unit ? byId(entries, evidence.unit->id) : nullptr;
+}
+
 const DesktopEntry* byOwnUnit(Entries entries, const AppEvidence& evidence) {
-  const DesktopEntry* const unit = evidence.unit ? byId(entries, evidence.unit->id) : nullptr;
+  const DesktopEntry* const unit = entryOfUnit(entries, evidence);
   return unit != nullptr && isUnitsOwn(evidence, *unit) ? unit : nullptr;
 }
 
 // A script may well have started a program of another name. What a store has started is one of its games.
 const DesktopEntry* byScriptsUnit(Entries entries, const AppEvidence& evidence) {
-  const DesktopEntry* const unit = evidence.unit ? byId(entries, evidence.unit->id) : nullptr;
+  const DesktopEntry* const unit = entryOfUnit(entries, evidence);
   return unit != nullptr && unit->isScript && !unit->isStore ? unit : nullptr;
 }
 
@@ -278,8 +290,9 @@ constexpr std::array ranks{
     IdentityRule{"sandbox", "the kernel keeps it there under that name", bySandbox},
     IdentityRule{"own unit", "the desktop has made the unit for this process or program", byOwnUnit},
     IdentityRule{"launched file", "the desktop has started this process from that file", byLaunchedFile},
-    IdentityRule{"application id", "the toolkit makes it equal to the desktop file's id", byApplicationId},
-    IdentityRule{"window class", "the desktop file declares it, to the letter", byDeclaredClass},
+    IdentityRule{"application id", "the toolkit makes it equal to the desktop file's id", byApplicationId,
+                 true},
+    IdentityRule{"window class", "the desktop file declares it, to the letter", byDeclaredClass, true},
     IdentityRule{"window class in any case", "desktops compare it so", byDeclaredClassInAnyCase},
     IdentityRule{"whole command",
                  "program and all arguments are the desktop file's, whatever an engine "
@@ -293,8 +306,15 @@ constexpr std::array ranks{
     IdentityRule{"script's name", "script, class or package folder are called after it", byScriptsName},
     IdentityRule{"unit of a script", "nothing else speaks, and a script has started it", byScriptsUnit},
 };
-constexpr IdentityRule engines{"engine's data",
-                               "the engine plays the data that the game's script starts it with", nullptr};
+
+IdentityMatch firstMatch(const AppEvidence& evidence, Entries entries, bool isWindowsWord) {
+  for (const IdentityRule& rule : ranks) {
+    if (isWindowsWord && !rule.isWindowsWord) continue;
+    if (const DesktopEntry* const entry = rule.find(entries, evidence); entry != nullptr)
+      return {entry, &rule};
+  }
+  return {};
+}
 
 // As a title: of "whichwayisup" Whichwayisup. What has capitals is written as it is meant.
 std::string asTitle(std::string_view name) {
@@ -316,14 +336,16 @@ std::string libraryProgram(const AppEvidence& evidence) {
   };
   if (isIn(evidence.executable)) return {};
   if (isIn(evidence.program)) return evidence.program;
+  if (isIn(evidence.classFrom)) return evidence.classFrom;
   const auto wrapper = std::find_if(evidence.wrappers.begin(), evidence.wrappers.end(),
                                     [&](const Wrapper& one) { return isIn(one.program); });
   return wrapper == evidence.wrappers.end() ? std::string() : wrapper->program;
 }
 
-std::string nameInLibrary(const std::string& path) {
+// A class is anywhere, and called as thousands are: its game is known by the folder.
+std::string nameInLibrary(const AppEvidence& evidence, const std::string& path) {
   const std::vector<std::string> names = programNames({.file = path, .name = {}}, {});
-  if (!names.empty()) return asTitle(names.front());
+  if (!names.empty() && path != evidence.classFrom) return asTitle(names.front());
   constexpr std::string_view games = "common/";
   std::string_view rest = std::string_view(path).substr(asciiLowered(path).find(library) + library.size());
   if (rest.starts_with(games)) rest.remove_prefix(games.size());
@@ -337,9 +359,9 @@ bool isCalledByMachine(const AppEvidence& evidence) {
          fileNameOf(evidence.executable).starts_with("java");
 }
 
-std::string ownName(const AppEvidence& evidence) {
-  if (const std::string path = libraryProgram(evidence); !path.empty()) {
-    if (std::string name = nameInLibrary(path); !name.empty()) return name;
+std::string givenName(const AppEvidence& evidence, const std::string& inLibrary) {
+  if (!inLibrary.empty()) {
+    if (std::string name = nameInLibrary(evidence, inLibrary); !name.empty()) return name;
   }
   const std::string_view executable = lastPart(evidence.executable, '/');
   if (!executable.empty() && !isInterpreter(executable)) return oneLineName(executable);
@@ -363,9 +385,10 @@ std::optional<std::string> wineLoader(const std::string& executable) {
   return {};
 }
 
-// Of an interpreted program it is what was started: the interpreter's own path is known from the process.
-std::string startedPath(const AppEvidence& evidence) {
-  if (std::string path = libraryProgram(evidence); !path.empty()) return path;
+// A store's shortcut starts the store. Of an interpreted program it is what was started: the interpreter's
+// own path is known from the process.
+std::string startedPath(const AppEvidence& evidence, const DesktopEntry* entry) {
+  if (entry != nullptr) return evidence.storeAddress.empty() ? entry->executable : evidence.executable;
   const std::string name = fileNameOf(evidence.executable);
   const bool isRun = isInterpreter(name) && !name.starts_with("wine") && !evidence.program.empty();
   return isRun ? evidence.program : evidence.executable;
@@ -380,31 +403,34 @@ std::optional<std::string> unlessEmpty(const std::string& text) {
 std::span<const IdentityRule> identityRules() { return ranks; }
 
 IdentityMatch matchEntry(const AppEvidence& evidence, Entries entries) {
-  for (const IdentityRule& rule : ranks) {
-    const DesktopEntry* const entry = rule.find(entries, evidence);
-    if (entry == nullptr) continue;
-    const DesktopEntry* const game = byData(entries, evidence, *entry);
-    return game == nullptr ? IdentityMatch{entry, &rule} : IdentityMatch{game, &engines};
-  }
-  return {};
+  const IdentityMatch match = firstMatch(evidence, entries, false);
+  const DesktopEntry* const game = match.entry == nullptr ? nullptr : byData(entries, evidence, *match.entry);
+  return game == nullptr ? match : IdentityMatch{game, &enginesDataRule};
 }
 
 const DesktopEntry* findEntry(const AppEvidence& evidence, Entries entries) {
   return matchEntry(evidence, entries).entry;
 }
 
-const DesktopEntry* entryOfWindow(const AppEvidence& evidence, const DesktopEntry* known,
-                                  std::span<const DesktopEntry> entries) {
-  const DesktopEntry* const named = byApplicationId(entries, evidence);
-  const DesktopEntry* const declared = named == nullptr ? byDeclaredClass(entries, evidence) : named;
+IdentityMatch matchWindow(const AppEvidence& evidence, const IdentityMatch& known, Entries entries) {
+  const IdentityMatch declared = firstMatch(evidence, entries, true);
   // What is in a sandbox is not believed to be somebody outside; a browser there has its web apps under its
   // id.
   const bool isSandboxsOwn =
-      declared != nullptr && (evidence.sandboxId.empty() || declared->id.starts_with(evidence.sandboxId));
+      declared.entry != nullptr &&
+      (evidence.sandboxId.empty() || declared.entry->id.starts_with(evidence.sandboxId));
   if (isSandboxsOwn) return declared;
-  if (declared != nullptr || known == nullptr || known->windowClass.empty()) return known;
-  if (equalIgnoringCase(known->windowClass, evidence.windowClass) ||
-      equalIgnoringCase(known->windowClass, evidence.windowInstance))
+  if (declared.entry != nullptr) return known;
+  if (known.entry == nullptr) {
+    AppEvidence process = evidence;
+    for (std::string* name : {&process.applicationId, &process.windowInstance, &process.windowClass})
+      name->clear();
+    const bool isNobodys = evidence.sandboxId.empty() && matchEntry(process, entries).entry == nullptr;
+    return isNobodys ? matchEntry(evidence, entries) : known;
+  }
+  if (known.entry->windowClass.empty()) return known;
+  if (equalIgnoringCase(known.entry->windowClass, evidence.windowClass) ||
+      equalIgnoringCase(known.entry->windowClass, evidence.windowInstance))
     return known;
   // It may have been started as what it is known as: only what the window shows counts now.
   AppEvidence shown = evidence;
@@ -412,28 +438,26 @@ const DesktopEntry* entryOfWindow(const AppEvidence& evidence, const DesktopEntr
   shown.unit.reset();
   shown.arguments.clear();
   shown.wrappers.clear();
-  const DesktopEntry* const entry = findEntry(shown, entries);
-  return entry == nullptr ? known : entry;
+  const IdentityMatch match = matchEntry(shown, entries);
+  return match.entry == nullptr ? known : match;
 }
 
-AppIdentity identityOf(const AppEvidence& evidence, const DesktopEntry* entry) {
+AppIdentity identityOf(const AppEvidence& evidence, const IdentityMatch& match) {
+  const DesktopEntry* const entry = match.entry;
   AppIdentity identity;
+  identity.rule = match.rule;
   identity.bundleIdentifier = bundleIdentifierOf(evidence, entry);
-  const std::optional<std::string> loader = wineLoader(cleanUtf8(evidence.executable));
-  if (entry == nullptr) {
-    identity.localizedName = ownName(evidence);
-    identity.executablePath = loader ? loader : unlessEmpty(cleanUtf8(startedPath(evidence)));
-    return identity;
-  }
-  identity.localizedName = entry->name.empty() ? ownName(evidence) : entry->name;
+  const std::string inLibrary = libraryProgram(evidence);
+  identity.localizedName =
+      entry == nullptr || entry->name.empty() ? givenName(evidence, inLibrary) : entry->name;
+  identity.executablePath = wineLoader(cleanUtf8(evidence.executable));
+  if (!identity.executablePath)
+    identity.executablePath =
+        unlessEmpty(cleanUtf8(inLibrary.empty() ? startedPath(evidence, entry) : inLibrary));
+  if (entry == nullptr) return identity;
   identity.bundlePath = cleanUtf8(entry->path);
-  const bool isShortcut = !evidence.storeAddress.empty() && entry->executable != evidence.executable;
-  identity.executablePath = unlessEmpty(cleanUtf8(isShortcut ? evidence.executable : entry->executable));
   identity.bundleCategory = unlessEmpty(entry->category);
   identity.iconName = unlessEmpty(entry->icon);
-  if (const std::string path = libraryProgram(evidence); !path.empty())
-    identity.executablePath = cleanUtf8(path);
-  if (loader) identity.executablePath = loader;
   return identity;
 }
 

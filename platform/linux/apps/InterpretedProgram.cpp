@@ -29,16 +29,28 @@ constexpr std::array<std::string_view, 12> withValueInJava{
     "-cp", "-classpath",    "--class-path",  "-p",          "--module-path", "--upgrade-module-path",
     "-d",  "--add-modules", "--add-exports", "--add-opens", "--add-reads",   "--limit-modules"};
 
+// "lib/*:game.jar": a folder, or a file.
+std::string firstOfClassPath(std::string_view path) {
+  path = path.substr(0, path.find(':'));
+  if (path.ends_with("/*")) path.remove_suffix(2);
+  return std::string(path);
+}
+
 InterpretedProgram ofJava(const std::vector<std::string>& arguments) {
+  constexpr std::array<std::string_view, 5> classPath{"-cp", "-classpath", "--class-path", "-p",
+                                                      "--module-path"};
+  std::string from;
   for (std::size_t at = 1; at < arguments.size(); ++at) {
     const std::string& argument = arguments[at];
     const std::string value = at + 1 < arguments.size() ? arguments[at + 1] : std::string();
     if (argument == "-jar") return {.file = value, .name = {}};
-    if (argument == "-m" || argument == "--module") return {.file = {}, .name = lastPartOfClass(value)};
+    if (argument == "-m" || argument == "--module")
+      return {.file = {}, .name = lastPartOfClass(value), .from = from};
     if (isOneOf(withValueInJava, argument)) {
+      if (isOneOf(classPath, argument)) from = firstOfClassPath(value);
       ++at;
     } else if (!argument.starts_with('-') && !argument.starts_with('@')) {
-      return {.file = {}, .name = lastPartOfClass(argument)};
+      return {.file = {}, .name = lastPartOfClass(argument), .from = from};
     }
   }
   return {};

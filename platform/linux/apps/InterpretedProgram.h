@@ -9,8 +9,9 @@ namespace vantle {
 
 // What an interpreter was told to run, as far as its command line has it.
 struct InterpretedProgram {
-  std::string file; // its path as given, maybe a relative one; empty for a text, a module or a class
-  std::string name; // of a module or a class: its last part
+  std::string file;   // its path as given, maybe a relative one; empty for a text, a module or a class
+  std::string name;   // of a module or a class: its last part
+  std::string from{}; // the first place that a class is looked for in, as given
   bool operator==(const InterpretedProgram&) const = default;
 };
 

@@ -51,7 +51,7 @@ std::optional<InstalledApplication> byProgram(const std::string& path,
   const std::optional<AppEvidence> evidence = evidenceOfProgram(path);
   if (!evidence) return {};
   if (const DesktopEntry* const entry = findEntry(*evidence, installed)) return described(*entry);
-  const AppIdentity identity = identityOf(*evidence, nullptr);
+  const AppIdentity identity = identityOf(*evidence, IdentityMatch());
   InstalledApplication application;
   application.isByName = !identity.bundleIdentifier;
   application.name = identity.bundleIdentifier.value_or(identity.localizedName);

@@ -82,9 +82,8 @@ Pid ClaimSearch::numberInside(Pid pid, const std::optional<std::string>& ownName
 // gave itself the name of what it runs for, the kernel's name as well. A hidden file may have any name, but
 // for a number from inside, of which there are many, that is too little.
 bool ClaimSearch::runs(const Numbers& numbers, const std::string& program) const {
-  std::string path = m_kernel.link(pathOf(numbers.here, "exe")).value_or("");
+  const std::string path = withoutDeletedMark(m_kernel.link(pathOf(numbers.here, "exe")).value_or(""));
   if (path.empty() && numbers.here == numbers.inside) return true;
-  if (path.ends_with(deletedMark)) path.resize(path.size() - deletedMark.size());
   if (asSaid(fileNameOf(path)) == asSaid(program)) return true;
   const std::optional<ProcessStat> stat = m_kernel.stat(numbers.here);
   return stat && stat->shortName() == std::string_view(program).substr(0, longestCommandName);

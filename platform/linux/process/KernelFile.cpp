@@ -41,4 +41,9 @@ std::optional<std::string> readKernelLink(const std::string& path) {
   return readKernelLink(AT_FDCWD, path.c_str());
 }
 
+std::string withoutDeletedMark(std::string path) {
+  if (path.ends_with(deletedMark)) path.resize(path.size() - deletedMark.size());
+  return path;
+}
+
 } // namespace vantle

@@ -18,5 +18,6 @@ std::optional<std::string> readKernelLink(int folder, const char* path);
 
 // What the kernel puts behind the path of a program's file that was deleted, or replaced by an update.
 inline constexpr std::string_view deletedMark = " (deleted)";
+std::string withoutDeletedMark(std::string path);
 
 } // namespace vantle

@@ -3,7 +3,7 @@
 
 #include "base/Text.h"
 #include "platform/linux/apps/AppEvidence.h"
-#include "platform/linux/process/KernelFile.h"
+#include "platform/linux/process/ProcessWords.h"
 #include "platform/posix/process/BoundedWait.h"
 
 #include <algorithm>
@@ -48,21 +48,6 @@ std::string imageMount(const std::string& executable) {
   return end == std::string::npos ? std::string() : executable.substr(0, end);
 }
 
-std::string valueIn(const std::string& environment, std::string_view variable) {
-  for (const std::string& one : split(environment, '\0')) {
-    if (one.starts_with(variable) && one.size() > variable.size() && one[variable.size()] == '=')
-      return one.substr(variable.size() + 1);
-  }
-  return {};
-}
-
-std::string readExecutable(const ProcKernel& kernel, Pid pid) {
-  const std::string link = std::to_string(pid) + "/exe";
-  std::string executable = readKernelLink(kernel.folder(), link.c_str()).value_or("");
-  if (executable.ends_with(deletedMark)) executable.resize(executable.size() - deletedMark.size());
-  return executable;
-}
-
 } // namespace
 
 std::string originOf(const std::string& executable,
@@ -97,24 +82,14 @@ std::vector<std::string> furtherOriginsOf(const std::string& executable) {
   return origins;
 }
 
-std::string readOrigin(const ProcKernel& kernel, Pid pid) {
-  const std::string executable = readExecutable(kernel, pid);
-  // It lies in the process's own memory, and that says when it can be read.
-  std::optional<std::string> all;
+std::string readOrigin(Pid pid, const std::string& executable) {
+  std::optional<std::vector<std::string>> all;
   return originOf(executable, [&](std::string_view variable) {
-    if (!all) {
-      static BoundedWait wait(mostStuck);
-      all = wait.answer(longestAnswer, [pid] {
-        return readKernelFile("/proc/" + std::to_string(pid) + "/environ").value_or("");
-      });
-      if (!all) all.emplace();
-    }
-    return valueIn(*all, variable);
+    static BoundedWait wait(mostStuck);
+    if (!all) all = wait.answer(longestAnswer, [pid] { return readEnvironment(pid); });
+    if (!all) all.emplace();
+    return valueOf(*all, variable);
   });
-}
-
-std::vector<std::string> readFurtherOrigins(const ProcKernel& kernel, Pid pid) {
-  return furtherOriginsOf(readExecutable(kernel, pid));
 }
 
 } // namespace vantle

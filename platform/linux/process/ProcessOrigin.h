@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "platform/linux/kernel/ProcKernel.h"
+#include "base/Pid.h"
 
 #include <functional>
 #include <string>
@@ -31,7 +31,7 @@ std::string originOf(const std::string& executable,
 // knows nothing of its file.
 std::vector<std::string> furtherOriginsOf(const std::string& executable);
 
-std::vector<std::string> readFurtherOrigins(const ProcKernel& kernel, Pid pid);
-std::string readOrigin(const ProcKernel& kernel, Pid pid);
+// originOf with the environment of this process, as far as it can be read in time.
+std::string readOrigin(Pid pid, const std::string& executable);
 
 } // namespace vantle

@@ -30,6 +30,8 @@ std::optional<std::uint64_t> kibibytesOf(std::string_view status, std::string_vi
   return number;
 }
 
+std::string executableLink(Pid pid) { return std::to_string(pid) + "/exe"; }
+
 bool isSameFile(const struct stat& left, const struct stat& right) {
   return left.st_dev == right.st_dev && left.st_ino == right.st_ino;
 }
@@ -79,14 +81,18 @@ std::string ProcfsProcessTable::place(Pid pid) const {
   return appPlaceOf(userManagerPath(m_kernel->user()), m_kernel->unifiedPath(pid));
 }
 
-std::string ProcfsProcessTable::origin(Pid pid) const { return readOrigin(*m_kernel, pid); }
+std::string ProcfsProcessTable::origin(Pid pid) const { return readOrigin(pid, programFile(pid)); }
 
 std::vector<std::string> ProcfsProcessTable::furtherOrigins(Pid app) const {
-  return readFurtherOrigins(*m_kernel, app);
+  return furtherOriginsOf(programFile(app));
+}
+
+std::string ProcfsProcessTable::programFile(Pid pid) const {
+  return withoutDeletedMark(readKernelLink(m_kernel->folder(), executableLink(pid).c_str()).value_or(""));
 }
 
 std::optional<std::string> ProcfsProcessTable::executablePathBytes(Pid pid) const {
-  const std::string link = std::to_string(pid) + "/exe";
+  const std::string link = executableLink(pid);
   std::optional<std::string> path = readKernelLink(m_kernel->folder(), link.c_str());
   if (path && path->ends_with(deletedMark)) {
     // A file may really be called so; then the path leads to the very file that runs.
@@ -94,7 +100,7 @@ std::optional<std::string> ProcfsProcessTable::executablePathBytes(Pid pid) cons
     struct stat named {};
     const bool isItsName = ::fstatat(m_kernel->folder(), link.c_str(), &running, 0) == 0 &&
                            ::stat(path->c_str(), &named) == 0 && isSameFile(running, named);
-    if (!isItsName) path->resize(path->size() - deletedMark.size());
+    if (!isItsName) path = withoutDeletedMark(std::move(*path));
   }
   return path;
 }

@@ -35,6 +35,7 @@ class ProcfsProcessTable final : public ProcessTable {
  private:
   std::optional<ProcessStat> readStat(Pid pid) const;
   ProcessRecord datedRecordOf(const ProcessStat& stat) const;
+  std::string programFile(Pid pid) const; // as far as the name alone tells
 
   std::shared_ptr<const ProcKernel> m_kernel;
   BootEpoch m_epoch;

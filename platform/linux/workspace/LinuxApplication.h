@@ -39,6 +39,9 @@ class LinuxApplication final : public RunningApplication {
   bool canComeToFront() const override;
   bool bringToFront() override;
   std::optional<std::string> iconName() const override { return m_identity.iconName; }
+  std::optional<KnownBy> knownBy() const override {
+    return KnownBy{std::string(m_identity.rule->name), std::string(m_identity.rule->reason)};
+  }
 
   // The same app, but none that counts as a game for what its desktop file says.
   std::shared_ptr<LinuxApplication> asLauncher() const {

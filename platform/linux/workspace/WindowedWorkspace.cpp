@@ -237,15 +237,16 @@ void WindowedWorkspace::takeRoleOf(App& app, const WindowFacts& window) {
     });
     return found == entries.end() ? nullptr : &*found;
   };
-  const DesktopEntry* const known = ofRole(*app.application);
-  const DesktopEntry* const entry = entryOfWindow(evidence, known, entries);
-  if (entry == known) return;
+  const IdentityMatch known{ofRole(*app.application)};
+  if (known.entry == nullptr && app.application->bundlePath()) return; // by a file that is installed nowhere
+  const IdentityMatch shown = matchWindow(evidence, known, entries);
+  if (shown.entry == known.entry) return;
   const auto same = std::find_if(app.roles.begin(), app.roles.end(),
-                                 [&](const auto& other) { return ofRole(*other.second) == entry; });
+                                 [&](const auto& other) { return ofRole(*other.second) == shown.entry; });
   if (same != app.roles.end()) {
     role = same->second;
   } else {
-    role = std::make_shared<LinuxApplication>(app.pid(), identityOf(evidence, entry), m_appWindows);
+    role = std::make_shared<LinuxApplication>(app.pid(), identityOf(evidence, shown), m_appWindows);
     if (!m_isStarting) m_events.emplace_back(WorkspaceEvent::launched, role);
   }
   app.application = role;
@@ -350,29 +351,32 @@ std::unique_ptr<WindowedWorkspace::App> WindowedWorkspace::makeApp(const WindowF
 
 AppEvidence WindowedWorkspace::evidenceOf(Pid pid) const {
   AppEvidence evidence = readEvidence(pid);
-  dropWrappersFrom(evidence, [this](Pid wrapper) { return find(wrapper) != nullptr; });
+  dropAppsFrom(evidence);
   return evidence;
 }
 
+void WindowedWorkspace::dropAppsFrom(AppEvidence& evidence) const {
+  dropWrappersFrom(evidence, [this](Pid wrapper) { return find(wrapper) != nullptr; });
+}
+
 AppIdentity WindowedWorkspace::identify(const AppEvidence& evidence) {
-  const std::vector<DesktopEntry>& entries = m_options.installed->all();
-  if (const DesktopEntry* entry = findEntry(evidence, entries)) return identityOf(evidence, entry);
+  const IdentityMatch match = matchEntry(evidence, m_options.installed->all());
+  if (match.entry != nullptr) return identityOf(evidence, match);
   static BoundedWait wait(8);
-  // Started from a desktop file that is installed nowhere, such as one on the desktop.
+  // One on the desktop, say.
   if (!evidence.launchedFile.empty()) {
     const std::string id = fileNameOf(evidence.launchedFile);
     const auto entry = wait.answer(longestLook, [file = evidence.launchedFile, id] {
       return readDesktopEntry(file, id.substr(0, id.rfind(".desktop")));
     });
-    if (entry && *entry) return identityOf(evidence, &**entry);
+    if (entry && *entry) return identityOf(evidence, {&**entry, &uninstalledFileRule});
   }
-  // Nobody has installed the image.
   if (!evidence.imageFolder.empty()) {
     const auto entry =
         wait.answer(longestLook, [folder = evidence.imageFolder] { return readImagesEntry(folder); });
-    if (entry && *entry) return identityOf(evidence, &**entry);
+    if (entry && *entry) return identityOf(evidence, {&**entry, &imagesFileRule});
   }
-  return identityOf(evidence, nullptr);
+  return identityOf(evidence, match);
 }
 
 // Some windows are shown before they say whose they are: an office's, while the document is still being read.
@@ -406,9 +410,13 @@ void WindowedWorkspace::announce(App& app) {
   const std::unique_ptr<AppEvidence> evidence = std::move(app.evidence);
   const auto window = m_windows->known().find(app.window);
   const bool isItsOwn = window != m_windows->known().end() && window->second.pid == app.pid();
-  if (isItsOwn && addWindow(*evidence, window->second)) {
+  const bool isNamedAnew = isItsOwn && addWindow(*evidence, window->second);
+  // What waits for it may have opened a window since, and is an app of its own then.
+  const std::size_t wrappers = evidence->wrappers.size();
+  dropAppsFrom(*evidence);
+  if (isNamedAnew || evidence->wrappers.size() != wrappers) {
     app.application->setIdentity(identify(*evidence));
-    app.roles = {{namesOf(window->second), app.application}};
+    if (isNamedAnew) app.roles = {{namesOf(window->second), app.application}};
   }
   m_events.emplace_back(WorkspaceEvent::launched, app.application);
 }

@@ -59,6 +59,7 @@ class WindowedWorkspace final : public Workspace {
   void adoptOwner(const WindowFacts& window);
   std::unique_ptr<App> makeApp(const WindowFacts& window);
   AppEvidence evidenceOf(Pid pid) const;
+  void dropAppsFrom(AppEvidence& evidence) const;
   AppIdentity identify(const AppEvidence& evidence);
   void identifyLate(App& app, const WindowFacts& window);
   void takeRoleOf(App& app, const WindowFacts& window);

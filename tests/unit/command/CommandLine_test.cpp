@@ -3,6 +3,7 @@
 
 #include "command/StatusText.h"
 #include "status/Changes.h"
+#include "status/StatusJson.h"
 
 #include <ctime>
 #include <gtest/gtest.h>
@@ -128,6 +129,29 @@ TEST(StatusText, LetsNoNameSpeakToTheTerminal) {
   EXPECT_EQ(whyText(app), "Evil?[2J?Name (42): not slowed. No Boost is running.\n");
   app.reason = "of a later copy";
   EXPECT_EQ(whyText(app), "Evil?[2J?Name (42): not slowed. of a later copy\n");
+}
+
+TEST(StatusText, SaysByWhatAnAppIsKnown) {
+  AppStatus app;
+  app.name = "Editor";
+  app.id = "org.example.Editor\n";
+  app.pid = 42;
+  app.state = "not slowed";
+  app.reason = "no boost";
+  app.knownBy = "window class";
+  app.knownBecause = "the desktop file declares it, to the letter";
+  const std::string first = "Editor (42): not slowed. No Boost is running.\n";
+  EXPECT_EQ(whyText(app), first + "  Known as org.example.Editor? by window class: the desktop file declares "
+                                  "it, to the letter.\n");
+  app.id.reset();
+  app.knownBecause.reset(); // of a later copy
+  EXPECT_EQ(whyText(app), first + "  Known by window class.\n");
+  Status status;
+  status.apps = {app};
+  EXPECT_EQ(statusJson(status).arrayAt("apps").front().textAt("knownBy"), "window class");
+  status.apps.front().knownBy.reset();
+  EXPECT_EQ(whyText(status.apps.front()), first);
+  EXPECT_EQ(*statusJson(status).arrayAt("apps").front().find("knownBy"), Json());
 }
 
 TEST(StatusText, ShowsNamesAsThePanelDoes) {

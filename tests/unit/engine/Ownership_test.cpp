@@ -262,6 +262,35 @@ TEST_F(Ownership, WhatASlowedAppHasStartedInANewSessionIsSlowedAtTheNextEvent) {
   EXPECT_EQ(journalText(), "[]");
 }
 
+TEST_F(Ownership, WhatOthersHaveStartedMeanwhileIsSlowedWhenThePersonTurnsToASlowedApp) {
+  start();
+  const SimulatedAppRef terminal = openWithSession("Terminal");
+  const SimulatedAppRef mail = openWithSession("Mail");
+  const SimulatedAppRef notes = openWithSession("Notes");
+  const SimulatedAppRef game = playGame();
+  machine.calls.startTrace();
+  const auto turnTo = [this](const SimulatedAppRef& app) {
+    machine.calls.takeTrace();
+    machine.activate(app);
+    return machine.calls.takeTrace();
+  };
+  EXPECT_EQ(count(turnTo(notes), "audio.probe"), 0U) << "there is nothing that it could spare";
+  machine.activate(game);
+  const Pid build = machine.processes.spawn({.parent = terminal->processIdentifier(), .leadsSession = true});
+  const Pid ofMail = machine.processes.spawn({.parent = mail->processIdentifier(), .leadsSession = true});
+  const std::vector<std::string> trace = turnTo(mail);
+  const auto at = [&](const std::string& call, Pid pid) {
+    return std::find(trace.begin(), trace.end(), call + std::to_string(pid)) - trace.begin();
+  };
+  EXPECT_TRUE(journalledPids().contains(build));
+  EXPECT_FALSE(isSlow(mail) || isSlow(ofMail));
+  EXPECT_LT(at("band.leave ", mail->processIdentifier()), at("band.enter ", build)) << "first things first";
+  EXPECT_EQ(count(trace, "audio.probe"), 1U);
+  machine.quit(game);
+  EXPECT_FALSE(isSlow(build));
+  EXPECT_EQ(journalText(), "[]");
+}
+
 TEST_F(Ownership, AnAppWhoseWindowCameLateStandsInOneListOnly) {
   start();
   const SimulatedAppRef terminal = open("Terminal");

@@ -3,6 +3,7 @@
 
 #include "platform/shared/PollEventLoop.h"
 #include "remote/BoostHooks.h"
+#include "status/Changes.h"
 #include "tests/unit/engine/EngineFixture.h"
 
 #include <gmock/gmock.h>
@@ -120,6 +121,23 @@ TEST_F(Remote, PartsOfTheSystemAreNoBoostApps) {
   EXPECT_NE(door.answers.boost("Dock"), std::nullopt);
   EXPECT_NE(door.answers.boost("Nobody"), std::nullopt);
   EXPECT_EQ(engine->activeGame.get(), nullptr);
+}
+
+TEST_F(Remote, TellsByWhatAnAppIsKnown) {
+  AppSpec spec = named("Mail");
+  spec.knownBy = KnownBy{"wrapper", "it waits"};
+  const SimulatedAppRef mail = open(spec);
+  const SimulatedAppRef plain = open("Plain");
+  control();
+  EXPECT_EQ(about(mail).knownBy, "wrapper");
+  EXPECT_EQ(about(mail).knownBecause, "it waits");
+  EXPECT_EQ(about(plain).knownBy, std::nullopt);
+  EXPECT_THAT(door.answers.report(true), HasSubstr(", processes: 1, known by: wrapper]: not slowed"));
+  const Status before = door.answers.status();
+  Status now = before;
+  EXPECT_FALSE(changesBetween(before, now).any());
+  now.apps.front().knownBy = "program";
+  EXPECT_TRUE(changesBetween(before, now).apps);
 }
 
 TEST_F(Remote, OneEventIsToldOnce) {

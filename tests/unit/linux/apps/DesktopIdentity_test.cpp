@@ -3,8 +3,10 @@
 
 #include "platform/linux/apps/IdentifierMap.h"
 
+#include <fstream>
 #include <functional>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <set>
 #include <string>
 #include <string_view>
@@ -218,7 +220,38 @@ TEST(DesktopIdentity, EachRuleDecidesForItsFamilyBeforeTheNext) {
     EXPECT_TRUE(covered.contains(rule.name)) << "no case for " << rule.name;
     EXPECT_NE(rule.reason, "") << rule.name;
   }
-  EXPECT_EQ(matchEntry(running("/opt/nobodys"), installed()).rule, nullptr);
+  EXPECT_EQ(matchEntry(running("/opt/nobodys"), installed()).rule, &ownNameRule);
+}
+
+std::string fileOf(const char* document) {
+  std::ifstream file(std::string(VANTLE_DOCS) + "/" + document);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+TEST(DesktopIdentity, TheDocumentsTellOfEachRule) {
+  const std::string guide = fileOf("scripting.md");
+  const std::string schema = fileOf("status.schema.json");
+  std::vector<IdentityRule> all(identityRules().begin(), identityRules().end());
+  for (const IdentityRule* rule : {&enginesDataRule, &uninstalledFileRule, &imagesFileRule, &ownNameRule})
+    all.push_back(*rule);
+  for (const IdentityRule& rule : all) {
+    const std::string name(rule.name);
+    EXPECT_NE(guide.find("| `" + name + "` | " + std::string(rule.reason) + " |\n"), std::string::npos)
+        << name;
+    EXPECT_NE(schema.find("\"" + name + "\""), std::string::npos) << name;
+  }
+}
+
+// The first word of a process and that of a window: whoever asks is told which evidence it was.
+TEST(DesktopIdentity, AnIdentityKeepsTheRuleThatDecided) {
+  AppEvidence evidence = running("/opt/google/chrome/chrome");
+  EXPECT_EQ(identityOf(evidence, matchEntry(evidence, installed())).rule->name, "program");
+  evidence.windowInstance = "crx_abc";
+  const IdentityMatch known = matchEntry(running("/opt/google/chrome/chrome"), installed());
+  EXPECT_EQ(identityOf(evidence, matchWindow(evidence, known, installed())).rule->name, "window class");
+  evidence.windowInstance = "something";
+  EXPECT_EQ(matchWindow(evidence, known, installed()).rule, known.rule);
+  EXPECT_EQ(identityOf(running("/opt/nobodys"), {}).rule->name, "own name");
 }
 
 TEST(DesktopIdentity, SandboxIsTheSurestEvidence) {
@@ -436,9 +469,9 @@ TEST(DesktopIdentity, AProgramThatWineRunsHasItsLoaderAsExecutable) {
   };
   DesktopEntry menu = entry("wine-Programs-Game", "/usr/bin/wine");
   for (const auto& [executable, loader] : cases) {
-    EXPECT_EQ(identityOf(running(executable), nullptr).executablePath, loader);
+    EXPECT_EQ(identityOf(running(executable), {}).executablePath, loader);
     const bool isLoader = loader.ends_with("loader") && executable != loader;
-    EXPECT_EQ(identityOf(running(executable), &menu).executablePath, isLoader ? loader : "/usr/bin/wine");
+    EXPECT_EQ(identityOf(running(executable), {&menu}).executablePath, isLoader ? loader : "/usr/bin/wine");
   }
 }
 
@@ -456,7 +489,7 @@ TEST(DesktopIdentity, WindowsOfOneProcessMayBeSeveralApps) {
     const auto entry = std::find_if(entries.begin(), entries.end(),
                                     [known](const DesktopEntry& each) { return each.id == known; });
     const DesktopEntry* const found =
-        entryOfWindow(evidence, entry == entries.end() ? nullptr : &*entry, entries);
+        matchWindow(evidence, {entry == entries.end() ? nullptr : &*entry}, entries).entry;
     return found == nullptr ? std::string() : found->id;
   };
   EXPECT_EQ(shownBy("google-chrome", "crx_abc", "Google-chrome"), "chrome-abc-Default");
@@ -549,6 +582,17 @@ TEST(DesktopIdentity, AnEngineWithOtherDataIsNotThatGame) {
   EXPECT_EQ(idWith("/tmp", {"love", "x.love"}, "love"), "love");
   EXPECT_EQ(idWith("/tmp", {"love", "/tmp/other.love"}, "org.games.x"), "love") << "whatever its window says";
   AppEvidence alone = running("/usr/bin/love");
+  DesktopEntry inFolder = game(entry("tetris", "/usr/bin/java", {"-jar", "Blocks.jar"}));
+  inFolder.folder = "/opt/tetris";
+  AppEvidence java = running("/usr/bin/java");
+  java.program = "/opt/tetris/Blocks.jar";
+  java.workingFolder = "/home/me";
+  java.arguments = {"java", "-Xmx64m", "-jar", "/opt/tetris/Blocks.jar"};
+  EXPECT_NE(findEntry(java, {&inFolder, 1}), nullptr) << "named in full";
+  java.arguments.back() = "../../opt/tetris/Blocks.jar";
+  EXPECT_NE(findEntry(java, {&inFolder, 1}), nullptr);
+  java.arguments.back() = java.program = "/opt/other/Blocks.jar";
+  EXPECT_EQ(findEntry(java, {&inFolder, 1}), nullptr);
   alone.arguments = {"love", "/tmp/other.love"};
   const std::vector<DesktopEntry> onlyGame{game(entry("org.games.x", "/usr/bin/love", {"/games/x.love"}))};
   EXPECT_EQ(findEntry(alone, onlyGame), nullptr);
@@ -560,13 +604,42 @@ TEST(DesktopIdentity, AnotherAppsProgramIsNoGameByItsWindowsName) {
   evidence.windowClass = "NetHack";
   EXPECT_EQ(idOf(evidence), "debian-xterm");
   const std::vector<DesktopEntry>& entries = installed();
-  EXPECT_EQ(entryOfWindow(evidence, nullptr, entries), nullptr);
+  EXPECT_EQ(matchWindow(evidence, {}, entries).entry, nullptr);
+  AppEvidence nobodys = running("/home/me/emulator");
+  nobodys.windowClass = "NetHack-Status";
+  EXPECT_EQ(matchWindow(nobodys, {}, entries).entry, nullptr);
+  nobodys.windowClass = "Chromium-BSU";
+  EXPECT_EQ(matchWindow(nobodys, {}, entries).entry->id, "chromium-bsu");
+  nobodys.sandboxId = "org.nowhere.App";
+  EXPECT_EQ(matchWindow(nobodys, {}, entries).entry, nullptr);
   evidence = running("/usr/lib/chromium/chromium"); // its desktop file starts a script that starts it
   evidence.windowInstance = evidence.windowClass = "chromium-bsu";
   EXPECT_EQ(idOf(evidence), "chromium");
+  // A web game of the browser's is started by the same script, with an argument of its own.
+  std::vector<DesktopEntry> withWebGame{
+      game(entry("chrome-game-Default", "/usr/bin/chromium", {"--app-id=g"}))};
+  withWebGame.insert(withWebGame.end(), entries.begin(), entries.end());
+  EXPECT_EQ(findEntry(evidence, withWebGame)->id, "chromium");
   evidence = running("/usr/lib/games/nethack/nethack-x11");
   evidence.windowClass = "NetHack";
   EXPECT_EQ(idOf(evidence), "nethack");
+}
+
+TEST(DesktopIdentity, AClassOfALibraryIsItsGame) {
+  const std::string library = "/home/me/.local/share/Steam/steamapps/common/";
+  AppEvidence evidence = running("/usr/lib/jvm/bin/java");
+  evidence.program.clear();
+  evidence.names = {"Main"};
+  evidence.windowClass = "com-fine-Main";
+  for (const std::string from : {library + "Fine Game/lib/fine.jar", library + "Fine Game"}) {
+    evidence.classFrom = from;
+    const AppIdentity identity = identityOf(evidence, {});
+    EXPECT_EQ(identity.localizedName, "Fine Game");
+    EXPECT_EQ(identity.executablePath, from);
+  }
+  evidence.classFrom = "/home/me/tool.jar";
+  EXPECT_EQ(identityOf(evidence, {}).localizedName, "Main");
+  EXPECT_EQ(identityOf(evidence, {}).executablePath, "/usr/lib/jvm/bin/java");
 }
 
 // What is started counts, whatever runs it; the library is known by its folder.
@@ -608,12 +681,12 @@ TEST(DesktopIdentity, AnInterpretedProgramHasItsScriptAsExecutable) {
     evidence.names = each.names;
     evidence.windowClass = each.windowClass;
     evidence.wrappers = each.wrappers;
-    const AppIdentity identity = identityOf(evidence, nullptr);
+    const AppIdentity identity = identityOf(evidence, {});
     EXPECT_EQ(identity.executablePath, each.path);
     EXPECT_EQ(identity.localizedName, each.name) << each.path;
     const DesktopEntry engine = entry("engine", each.executable);
     const bool isInLibrary = each.path.starts_with(game);
-    EXPECT_EQ(identityOf(evidence, &engine).executablePath, isInLibrary ? each.path : each.executable);
+    EXPECT_EQ(identityOf(evidence, {&engine}).executablePath, isInLibrary ? each.path : each.executable);
   }
 }
 
@@ -625,7 +698,7 @@ TEST(DesktopIdentity, AStoresGameIsItsShortcut) {
   EXPECT_EQ(idOf(evidence), "none");
   evidence.storeAddress = "steam://rungameid/42";
   EXPECT_EQ(idOf(evidence), "Fine Game");
-  const AppIdentity identity = identityOf(evidence, findEntry(evidence, installed()));
+  const AppIdentity identity = identityOf(evidence, matchEntry(evidence, installed()));
   EXPECT_EQ(identity.localizedName, "Fine Game by name");
   EXPECT_EQ(identity.executablePath, "/home/me/steamapps/common/Fine/Fine") << "not the store";
   evidence.storeAddress = "steam://rungameid/4";
@@ -636,7 +709,7 @@ TEST(DesktopIdentity, DescribesAnInstalledApp) {
   DesktopEntry made = entry("com.spotify.Client", "/app/bin/spotify");
   made.category = "public.app-category.music";
   made.icon = "spotify";
-  const AppIdentity identity = identityOf(running("/app/bin/spotify"), &made);
+  const AppIdentity identity = identityOf(running("/app/bin/spotify"), {&made});
   EXPECT_EQ(identity.bundleIdentifier, "com.spotify.client");
   EXPECT_EQ(identity.localizedName, "com.spotify.Client by name");
   EXPECT_EQ(identity.bundlePath, "/usr/share/applications/com.spotify.Client.desktop");
@@ -646,7 +719,7 @@ TEST(DesktopIdentity, DescribesAnInstalledApp) {
 }
 
 TEST(DesktopIdentity, DescribesAProgramThatNobodyInstalled) {
-  const AppIdentity identity = identityOf(running("/opt/demo/glmark2"), nullptr);
+  const AppIdentity identity = identityOf(running("/opt/demo/glmark2"), {});
   EXPECT_EQ(identity.bundleIdentifier, std::nullopt);
   EXPECT_EQ(identity.localizedName, "glmark2");
   EXPECT_EQ(identity.bundlePath, std::nullopt);
@@ -657,38 +730,38 @@ TEST(DesktopIdentity, DescribesAProgramThatNobodyInstalled) {
 TEST(DesktopIdentity, NamesAnInterpretedProgramAfterItsWindowOrItsScript) {
   AppEvidence evidence = running("/usr/bin/wine64-preloader");
   evidence.windowClass = "game.exe";
-  EXPECT_EQ(identityOf(evidence, nullptr).localizedName, "game.exe");
+  EXPECT_EQ(identityOf(evidence, {}).localizedName, "game.exe");
   evidence.names = {"HalfLife"};
-  EXPECT_EQ(identityOf(evidence, nullptr).localizedName, "HalfLife");
+  EXPECT_EQ(identityOf(evidence, {}).localizedName, "HalfLife");
   evidence = running("/usr/bin/python3.11");
   evidence.program = "/usr/share/games/whichwayisup/run_game.py";
-  EXPECT_EQ(identityOf(evidence, nullptr).localizedName, "run_game.py");
+  EXPECT_EQ(identityOf(evidence, {}).localizedName, "run_game.py");
   evidence.names = {"whichwayisup"};
-  EXPECT_EQ(identityOf(evidence, nullptr).localizedName, "Whichwayisup");
+  EXPECT_EQ(identityOf(evidence, {}).localizedName, "Whichwayisup");
   evidence.windowClass = "run_game.py";
-  EXPECT_EQ(identityOf(evidence, nullptr).localizedName, "Whichwayisup");
+  EXPECT_EQ(identityOf(evidence, {}).localizedName, "Whichwayisup");
   evidence.windowClass = "Terminator";
-  EXPECT_EQ(identityOf(evidence, nullptr).localizedName, "Terminator") << "chosen by somebody";
+  EXPECT_EQ(identityOf(evidence, {}).localizedName, "Terminator") << "chosen by somebody";
   evidence = AppEvidence();
   evidence.pid = 7;
-  EXPECT_EQ(identityOf(evidence, nullptr).localizedName, "pid 7");
+  EXPECT_EQ(identityOf(evidence, {}).localizedName, "pid 7");
 }
 
 TEST(DesktopIdentity, NamesAreFitToBeShown) {
   AppEvidence evidence = running("/tmp/a\nb\xff");
-  EXPECT_EQ(identityOf(evidence, nullptr).localizedName, "a b\xef\xbf\xbd");
+  EXPECT_EQ(identityOf(evidence, {}).localizedName, "a b\xef\xbf\xbd");
   evidence = running("/usr/bin/java");
   evidence.windowClass = std::string(10'000, 'x');
-  EXPECT_EQ(identityOf(evidence, nullptr).localizedName, std::string(200, 'x'));
+  EXPECT_EQ(identityOf(evidence, {}).localizedName, std::string(200, 'x'));
 }
 
 TEST(IdentifierMap, AnAppImageWithoutADesktopFileGoesByItsFile) {
   AppEvidence evidence = running("/tmp/.mount_KritaXy/usr/bin/krita");
   evidence.program = "/home/someone/Krita-5.2.AppImage";
-  EXPECT_EQ(identityOf(evidence, nullptr).bundleIdentifier, "Krita-5.2");
-  EXPECT_EQ(identityOf(evidence, nullptr).localizedName, "krita");
+  EXPECT_EQ(identityOf(evidence, {}).bundleIdentifier, "Krita-5.2");
+  EXPECT_EQ(identityOf(evidence, {}).localizedName, "krita");
   evidence.program.clear(); // its environment cannot be read
-  EXPECT_EQ(identityOf(evidence, nullptr).bundleIdentifier, std::nullopt);
+  EXPECT_EQ(identityOf(evidence, {}).bundleIdentifier, std::nullopt);
 }
 
 TEST(IdentifierMap, LinuxEditionsCarryTheNamesOfTheBuiltInLists) {
@@ -738,7 +811,7 @@ TEST(SystemApps, AreWhatTheyAreOnEveryDesktop) {
   for (const Case& each : cases) {
     const std::vector<DesktopEntry> menu{entry(each.id, each.program)};
     const AppEvidence evidence = running(each.program);
-    EXPECT_EQ(identityOf(evidence, findEntry(evidence, menu)).bundleIdentifier, each.identifier) << each.id;
+    EXPECT_EQ(identityOf(evidence, matchEntry(evidence, menu)).bundleIdentifier, each.identifier) << each.id;
     EXPECT_EQ(bundleIdentifierOf(menu.front()), each.identifier) << "the menu's " << each.id;
   }
 }
@@ -748,19 +821,19 @@ TEST(SystemApps, AreKnownInsideASandbox) {
                                        entry("net.nokyan.Resources", "/usr/bin/flatpak", {"run"})};
   AppEvidence evidence = running("/app/libexec/something");
   evidence.sandboxId = "net.nokyan.Resources";
-  EXPECT_EQ(identityOf(evidence, findEntry(evidence, menu)).bundleIdentifier, "com.apple.ActivityMonitor");
-  EXPECT_EQ(identityOf(running("/app/bin/nautilus"), nullptr).bundleIdentifier, "com.apple.finder")
+  EXPECT_EQ(identityOf(evidence, matchEntry(evidence, menu)).bundleIdentifier, "com.apple.ActivityMonitor");
+  EXPECT_EQ(identityOf(running("/app/bin/nautilus"), {}).bundleIdentifier, "com.apple.finder")
       << "without its desktop file";
 }
 
 TEST(SystemApps, AreKnownByTheirScript) {
   AppEvidence evidence = running("/usr/bin/python3.11");
   evidence.program = "/usr/share/cinnamon/cinnamon-settings/cinnamon-settings.py";
-  EXPECT_EQ(identityOf(evidence, nullptr).bundleIdentifier, "com.apple.controlcenter");
+  EXPECT_EQ(identityOf(evidence, {}).bundleIdentifier, "com.apple.controlcenter");
   evidence.program = "/usr/bin/cinnamon-settings";
-  EXPECT_EQ(identityOf(evidence, nullptr).bundleIdentifier, "com.apple.controlcenter");
+  EXPECT_EQ(identityOf(evidence, {}).bundleIdentifier, "com.apple.controlcenter");
   evidence.program = "/usr/bin/lollypop.py";
-  EXPECT_EQ(identityOf(evidence, nullptr).bundleIdentifier, std::nullopt);
+  EXPECT_EQ(identityOf(evidence, {}).bundleIdentifier, std::nullopt);
 }
 
 } // namespace

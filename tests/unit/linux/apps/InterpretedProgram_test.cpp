@@ -25,9 +25,10 @@ TEST(InterpretedProgram, IsUnderstoodFromTheCommandLine) {
       {"java",
        {"java", "-classpath", "/a.jar:/b.jar", "-Xmx2000M", "--add-opens", "java.desktop/sun=ALL",
         "net.sf.freecol.FreeCol", "--no-intro"},
-       {"", "FreeCol"}},
+       {"", "FreeCol", "/a.jar"}},
+      {"java", {"java", "-cp", "lib/*:game.jar", "Main"}, {"", "Main", "lib"}},
       {"java", {"java", "-Xmx1G", "-jar", "/opt/game/Game.jar", "-x"}, {"/opt/game/Game.jar", ""}},
-      {"java", {"java", "-p", "mods", "-m", "org.example.game/org.example.Game"}, {"", "Game"}},
+      {"java", {"java", "-p", "mods", "-m", "org.example.game/org.example.Game"}, {"", "Game", "mods"}},
       {"java", {"java", "@args", "-jar"}, {}},
       {"wine64", {"C:\\Games\\Half-Life\\hl.EXE", "-game"}, {"C:\\Games\\Half-Life\\hl.EXE", ""}},
       {"wine64", {"wine64", "/home/me/setup.exe"}, {"/home/me/setup.exe", ""}},
@@ -41,6 +42,7 @@ TEST(InterpretedProgram, IsUnderstoodFromTheCommandLine) {
     const InterpretedProgram found = interpretedProgram(each.interpreter, each.arguments);
     EXPECT_EQ(found.file, each.program.file) << each.interpreter << testing::PrintToString(each.arguments);
     EXPECT_EQ(found.name, each.program.name) << each.interpreter << testing::PrintToString(each.arguments);
+    EXPECT_EQ(found.from, each.program.from) << each.interpreter << testing::PrintToString(each.arguments);
   }
 }
 

@@ -121,8 +121,7 @@ TEST(RealApps, AreFoundAsWhatTheyAre) {
   for (const Json& row : recorded().arrayAt("rows")) {
     const std::vector<DesktopEntry> entries = entriesFor(row);
     const AppEvidence evidence = evidenceOf(row);
-    const DesktopEntry* const entry = findEntry(evidence, entries);
-    const AppIdentity identity = identityOf(evidence, entry);
+    const AppIdentity identity = identityOf(evidence, matchEntry(evidence, entries));
     EXPECT_EQ(identity.bundleIdentifier.value_or("–"), textAt(row, "foundAs")) << nameOf(row);
     EXPECT_EQ(identity.localizedName, textAt(row, "name")) << nameOf(row);
     const bool isGame = identity.bundleCategory.value_or("").find("games") != std::string::npos ||

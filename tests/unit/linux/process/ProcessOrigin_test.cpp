@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/process/ProcessOrigin.h"
 
+#include "platform/linux/process/ProcfsProcessTable.h"
 #include "tests/support/Program.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/Wait.h"
@@ -108,9 +109,9 @@ TEST(ProcessOrigin, IsReadFromTheProcess) {
   desktop::Start start{.command = {loader, "1000"}};
   start.environment = {{"WINEPREFIX", "/games/prefix"}};
   const desktop::Program program(start);
-  const ProcKernel kernel;
-  EXPECT_TRUE(desktop::waitUntil([&] { return readOrigin(kernel, program.pid()) == "wine:/games/prefix"; }));
-  EXPECT_EQ(readOrigin(kernel, 0x7ffffff0), "");
+  const ProcfsProcessTable table{BootEpoch(0)};
+  EXPECT_TRUE(desktop::waitUntil([&] { return table.origin(program.pid()) == "wine:/games/prefix"; }));
+  EXPECT_EQ(table.origin(0x7ffffff0), "");
 }
 
 } // namespace

@@ -12,6 +12,7 @@
 #include "tests/unit/linux/windows/ScriptedWindows.h"
 
 #include <filesystem>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
@@ -378,6 +379,33 @@ TEST_F(WindowedWorkspaceTest, AnImageThatNobodyInstalledIsWhatItSaysOfItself) {
   EXPECT_EQ(m_workspace->runningApplication(other.pid())->localizedName(), "sleep") << "it came from outside";
 }
 
+// A game that has started another one and whose window comes after that one's.
+TEST_F(WindowedWorkspaceTest, WhatWaitsIsNoWrapperOnceItHasAWindow) {
+  const desktop::TemporaryFolder folder;
+  const std::filesystem::path script =
+      folder.write("start.sh", "#!/bin/sh\n/bin/sleep 1000 &\necho $! >pid\nwait\n");
+  std::filesystem::permissions(script, std::filesystem::perms::owner_all);
+  m_data.write("applications/waiting.desktop", "[Desktop Entry]\nType=Application\nName=Waiting\nExec=" +
+                                                   script.string() + "\nCategories=Game;\n");
+  desktop::Start start{.command = {script.string()}};
+  start.workingFolder = folder.path();
+  const desktop::Program wrapper(start);
+  Pid child = 0;
+  desktop::require("the child", [&] {
+    std::ifstream(folder.path() / "pid") >> child;
+    return child != 0 && readEvidence(child).executable.ends_with("/sleep");
+  });
+  watch();
+  m_windows->open(1, child);
+  m_windows->tell();
+  ASSERT_EQ(m_workspace->runningApplication(child)->localizedName(), "Waiting");
+  m_windows->open(2, wrapper.pid());
+  m_windows->tell();
+  m_loop.pass(1s);
+  EXPECT_EQ(m_workspace->runningApplication(child)->localizedName(), "sleep");
+  EXPECT_EQ(m_workspace->runningApplication(wrapper.pid())->localizedName(), "Waiting");
+}
+
 // An office's window is there before the document that it is called after.
 class LateNames : public WindowedWorkspaceTest {
  protected:
@@ -563,6 +591,26 @@ TEST_F(WebApps, ADialogThatDeclaresNothingIsItsApps) {
   m_windows->show(3);
   EXPECT_EQ(frontName(), "Web Game");
   EXPECT_THAT(m_events, IsEmpty());
+}
+
+// An emulator that nobody has installed calls each window after its game.
+TEST_F(WebApps, AWindowThatIsCalledAfterAGameIsThatOfAnUnknownProcess) {
+  watch(FrontRule::asTold, [this] {
+    m_windows->open(1, m_browser.pid()).className = "Emulator";
+    m_windows->show(1);
+  });
+  const std::string unknown = frontName();
+  m_windows->open(2, m_browser.pid()).className = "Browser-Game";
+  m_windows->show(2);
+  const AppRef game = m_workspace->frontmostApplication();
+  EXPECT_EQ(frontName(), "Web Game");
+  EXPECT_EQ(game->knownBy()->rule, "window class as id");
+  m_windows->show(1);
+  EXPECT_EQ(frontName(), unknown);
+  m_windows->windows.erase(2);
+  m_windows->tell();
+  EXPECT_TRUE(game->isTerminated());
+  EXPECT_EQ(known(), unknown);
 }
 
 TEST_F(WebApps, AreKnownHoweverManyNamesTheWindowsHaveHad) {
