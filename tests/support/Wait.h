@@ -9,7 +9,8 @@ namespace vantle::desktop {
 // Long enough for any busy machine; it only bounds a test that would otherwise hang.
 constexpr std::chrono::seconds guardLimit{30};
 
-// Waits for something that another program brings about; true as soon as it holds.
+// Waits for something that another program brings about; true as soon as it holds. VANTLE_PATIENCE multiplies
+// every limit, for machines that are slow all the time, as an emulated one is.
 bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit = guardLimit);
 
 // The same, but a condition that never holds is an exception that names it.
