@@ -23,7 +23,7 @@ bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds
   const auto end = std::chrono::steady_clock::now() + limit * patience();
   while (!condition()) {
     if (std::chrono::steady_clock::now() >= end) return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(4));
+    std::this_thread::sleep_for(std::chrono::milliseconds(4) * patience()); // to look costs more there, too
   }
   return true;
 }
