@@ -175,10 +175,10 @@ void writeUnits(std::ostream& out, const std::filesystem::path& folder) {
   for (const Row& row : rows) machines.insert(row.machine);
   out << headingOfUnits
       << "\n"
-         "The same on a virtual machine with systemd, a login session and its user manager (";
+         "The same on a virtual machine with systemd, a login session and its user manager:\n";
   const char* between = "";
   for (const std::string& machine : machines) out << std::exchange(between, "; ") << machine;
-  out << ").\n"
+  out << ".\n"
          "Xvfb and openbox are in the login session, and so is what is started by command, desktop file, "
          "menu "
          "and terminal.\n\n"
@@ -188,8 +188,8 @@ void writeUnits(std::ostream& out, const std::filesystem::path& folder) {
          "Plasma does it.\n"
          "- With both, the terminal beside it, the other game and Vantle are in scopes as well.\n"
          "- *slowed whole*: a thread is at the band's values by the weight of its unit, too (`cpu.idle` 1). "
-         "*back whole*: the unit's\n"
-         "  weight is as before.\n\n";
+         "*back whole*:\n"
+         "  the unit's weight is as before.\n\n";
   writeSummary(out, rows);
   writeTables(out, rows);
   writeReasons(out, rows);
