@@ -153,7 +153,7 @@ void writePage(std::ostream& out, const std::filesystem::path& folder) {
          "everything\n"
          "else is what the kernel says of every thread of every process that the start has brought. What "
          "`scripts/real-apps-vm`\n"
-         "saw on a machine with a user manager is [below](#with-a-user-manager).\n\n"
+         "saw on a machine with a user manager is at the end.\n\n"
          "- *found as*: the id of the app; *icon*: the one that its desktop file names, if that has a "
          "picture.\n"
          "- *Boost*: with it in front, by itself for games and asked for with `vantle boost` for others; the "

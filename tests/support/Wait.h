@@ -10,7 +10,7 @@ namespace vantle::desktop {
 constexpr std::chrono::seconds guardLimit{30};
 
 // Waits for something that another program brings about; true as soon as it holds. VANTLE_PATIENCE multiplies
-// every limit and the pauses between two looks, for machines that are slow all the time, as emulated ones are.
+// every limit and the pauses between two looks, for machines that are always slow, as emulated ones are.
 bool waitUntil(const std::function<bool()>& condition, std::chrono::milliseconds limit = guardLimit);
 
 // The same, but a condition that never holds is an exception that names it.
