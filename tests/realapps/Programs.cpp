@@ -93,9 +93,13 @@ const char* textOf(Way way) {
   case Way::menu:
     return "menu";
   case Way::terminal:
+    return "terminal";
+  case Way::scope:
+    return "scope";
+  case Way::service:
     break;
   }
-  return "terminal";
+  return "service";
 }
 
 const std::vector<Program>& programs() {

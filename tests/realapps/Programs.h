@@ -10,9 +10,12 @@
 
 namespace vantle::realapps {
 
-enum class Way { command, desktopFile, menu, terminal };
-inline constexpr std::array allWays{Way::command, Way::desktopFile, Way::menu, Way::terminal};
+// The last two are how GNOME and Plasma start apps, and need a user manager.
+enum class Way { command, desktopFile, menu, terminal, scope, service };
+inline constexpr std::array allWays{Way::command,  Way::desktopFile, Way::menu,
+                                    Way::terminal, Way::scope,       Way::service};
 const char* textOf(Way way);
+inline bool isUnit(Way way) { return way == Way::scope || way == Way::service; }
 
 enum class Kind { game, app };
 

@@ -5,11 +5,14 @@
 #include "tests/support/Props.h"
 
 #include <csignal>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <stdexcept>
 #include <string_view>
 #include <unistd.h>
+#include <utility>
 
 namespace vantle::realapps {
 
@@ -58,16 +61,52 @@ std::string inXml(const std::string& text) {
   return written;
 }
 
+// Its place among the control groups.
+std::string placeOf(Pid pid) {
+  const std::string text = test::procText(pid, "cgroup");
+  return text.starts_with("0::") ? text.substr(3, text.find('\n') - 3) : std::string();
+}
+
+std::string nameInKernel(const std::string& program) {
+  constexpr std::size_t longest = 15;
+  return program.substr(0, longest);
+}
+
 } // namespace
 
-desktop::VirtualDesktop::Options Stage::options() {
+UnitState unitState(Pid pid) {
+  UnitState state;
+  bool isInnermost = true;
+  for (std::string place = placeOf(pid); place.size() > 1; place.resize(place.rfind('/'))) {
+    const std::string folder = "/sys/fs/cgroup" + place;
+    if (contents(folder + "/cpu.idle") == "1\n") state.isIdle = true;
+    const std::string weight = contents(folder + "/cpu.weight"); // none while nobody has one
+    if (std::exchange(isInnermost, false) && !weight.empty())
+      state.weight = weight.substr(0, weight.find('\n'));
+  }
+  return state;
+}
+
+desktop::VirtualDesktop::Options Stage::options(Surroundings surroundings) {
   desktop::VirtualDesktop::Options options;
   options.windowManager = false; // its menu is written first
+  if (surroundings == Surroundings::none) return options;
+  options.sessionBus = false;
+  for (const char* name : {"XDG_RUNTIME_DIR", "DBUS_SESSION_BUS_ADDRESS"}) {
+    const char* const value = std::getenv(name);
+    options.environment[name] = value == nullptr ? "" : value;
+  }
   return options;
 }
 
-Stage::Stage(const Program& program, const fs::path& vantle)
-    : m_program(vantle), m_command(placed(program.command, m_desktop.home().string())) {
+Stage::Stage(const Program& program, const fs::path& vantle, Way way, Surroundings surroundings)
+    : m_way(way), m_surroundings(surroundings), m_desktop(options(surroundings)), m_program(vantle),
+      m_command(placed(program.command, m_desktop.home().string())) {
+  // What the session's bus and manager start belongs on this display.
+  if (surroundings == Surroundings::userManager) {
+    if (!program.service.empty()) m_activated = nameInKernel(program.service.front());
+    m_desktop.run({"dbus-update-activation-environment", "--systemd", "--all"});
+  }
   // Java takes the home of the account, whatever the environment says.
   m_desktop.setEnvironment("JAVA_TOOL_OPTIONS", "-Duser.home=" + m_desktop.home().string());
   if (program.isHeard) m_sound.emplace(m_desktop);
@@ -76,12 +115,23 @@ Stage::Stage(const Program& program, const fs::path& vantle)
                                         "StartupWMClass=StageGame\n");
   writeMenu();
   m_desktop.startWindowManager();
-  m_witness = &m_desktop.launch(
-      {"xterm", "-class", "Witness", "-geometry", "30x4-0-0", "-e", "/bin/sh", "-c", "sleep 100000; true"});
+  m_witness = &launch("witness", {"xterm", "-class", "Witness", "-geometry", "30x4-0-0", "-e", "/bin/sh",
+                                  "-c", "sleep 100000; true"});
   m_desktop.waitForWindow(m_witness->pid());
   require("its child", [this] { return desktop::processesOf({m_witness->pid()}).size() == 3; });
   m_furniture = processes();
   if (program.beside) program.beside(m_desktop);
+}
+
+desktop::Program& Stage::launch(const std::string& id, std::vector<std::string> command) {
+  if (isUnit(m_way)) {
+    const std::string unit = "app-gnome-" + id + "-" + std::to_string(::getpid()) + std::to_string(++m_units);
+    const std::vector<std::string> inUnit{
+        "systemd-run", "--user", "--scope", "--quiet", "--slice=app.slice", "--unit=" + unit + ".scope",
+        "--"};
+    command.insert(command.begin(), inUnit.begin(), inUnit.end());
+  }
+  return m_desktop.launch(std::move(command));
 }
 
 void Stage::writeMenu() {
@@ -102,14 +152,14 @@ void Stage::chooseFromMenu() {
   m_desktop.run({"xdotool", "key", "Down", "Return"});
 }
 
-void Stage::start(const Program& program, Way way) {
+void Stage::start(const Program& program) {
   m_starters.clear();
-  switch (way) {
+  switch (m_way) {
   case Way::command:
     m_desktop.launch(m_command);
     break;
   case Way::desktopFile:
-    if (!program.service.empty()) {
+    if (!program.service.empty() && m_surroundings == Surroundings::none) {
       m_desktop.launch(program.service);
       m_desktop.waitForBusName(program.busName);
     }
@@ -131,6 +181,11 @@ void Stage::start(const Program& program, Way way) {
     });
     break;
   }
+  case Way::scope:
+  case Way::service:
+    if (!m_desktop.run({UNIT_LAUNCH, textOf(m_way), program.file}))
+      throw std::runtime_error("it was not started as a " + std::string(textOf(m_way)));
+    break;
   }
 }
 
@@ -141,7 +196,7 @@ void Stage::startVantle(bool withRules) {
                   "\"detectGamesCategory\":false,\"userGames\":[\"" +
                       std::string(ownGame) + "\"]}";
   m_desktop.folder().write("home/.config/com.halvo.vantle/defaults.json", rules);
-  m_vantle = &m_desktop.launch({m_program.string()});
+  m_vantle = &launch("com.halvo.vantle", {m_program.string()});
   require("Vantle", [&] { return m_desktop.hasBusName(busName) || !m_vantle->isRunning(); });
 }
 
@@ -170,9 +225,16 @@ std::string Stage::vantle(const std::vector<std::string>& arguments) {
 Json Stage::status() { return Json::parse(vantle({"status", "--json"})).value_or(Json()); }
 
 desktop::Program& Stage::startGame() {
-  m_game = &m_desktop.launch({desktop::testWindow(), "--class", "StageGame"});
+  m_game = &launch(ownGame, {desktop::testWindow(), "--class", "StageGame"});
   m_desktop.activate(*m_game);
   return *m_game;
+}
+
+// What the manager and the bus have started for this stage does not descend from it.
+bool Stage::belongsHere(Pid pid, const std::string& name) const {
+  if (m_surroundings == Surroundings::none) return false;
+  return placeOf(pid).find("/app.slice/app-") != std::string::npos ||
+         (!m_activated.empty() && name == m_activated);
 }
 
 std::set<Pid> Stage::processes() {
@@ -180,6 +242,8 @@ std::set<Pid> Stage::processes() {
   // nobody its environment.)
   std::set<Pid> all;
   const std::map<Pid, test::ProcessState> living = test::allProcesses();
+  for (const auto& [pid, state] : living)
+    if (belongsHere(pid, state.name)) all.insert(pid);
   for (bool grew = true; grew;) {
     grew = false;
     for (const auto& [pid, state] : living)

@@ -8,6 +8,7 @@
 #include <fstream>
 #include <iterator>
 #include <optional>
+#include <set>
 #include <sstream>
 #include <utility>
 
@@ -17,17 +18,12 @@ namespace {
 
 using Member = std::pair<const char*, std::string Row::*>;
 constexpr std::array members{
-    Member{"program", &Row::program},
-    Member{"version", &Row::version},
-    Member{"way", &Row::way},
-    Member{"foundAs", &Row::foundAs},
-    Member{"name", &Row::name},
-    Member{"icon", &Row::icon},
-    Member{"identity", &Row::identity},
-    Member{"boost", &Row::boost},
-    Member{"slowedWhole", &Row::slowedWhole},
-    Member{"backWhole", &Row::backWhole},
-    Member{"soundSpared", &Row::soundSpared},
+    Member{"program", &Row::program},     Member{"version", &Row::version},
+    Member{"machine", &Row::machine},     Member{"way", &Row::way},
+    Member{"foundAs", &Row::foundAs},     Member{"name", &Row::name},
+    Member{"icon", &Row::icon},           Member{"identity", &Row::identity},
+    Member{"boost", &Row::boost},         Member{"slowedWhole", &Row::slowedWhole},
+    Member{"backWhole", &Row::backWhole}, Member{"soundSpared", &Row::soundSpared},
     Member{"wrong", &Row::wrong},
 };
 
@@ -78,6 +74,54 @@ void writeLine(std::ostream& out, const Row& row) {
       << " |\n";
 }
 
+void writeSummary(std::ostream& out, const std::vector<Row>& rows) {
+  const auto right =
+      std::count_if(rows.begin(), rows.end(), [](const Row& row) { return row.wrong.empty(); });
+  out << right << " of " << rows.size() << " rows are right:";
+  const char* between = "";
+  for (const Way way : allWays) {
+    const auto isOfWay = [&](const Row& row) { return wayOf(row) == way; };
+    const auto all = std::count_if(rows.begin(), rows.end(), isOfWay);
+    if (all == 0) continue;
+    out << std::exchange(between, ",") << " by " << textOf(way) << " "
+        << std::count_if(rows.begin(), rows.end(),
+                         [&](const Row& row) { return isOfWay(row) && row.wrong.empty(); })
+        << " of " << all;
+  }
+  out << ".\nOf all, "
+      << std::count_if(rows.begin(), rows.end(), [](const Row& row) { return row.identity == "right"; })
+      << " were found right: id, name and Boost.\n";
+}
+
+// On a machine of its own a program has a heading of its own.
+void writeTables(std::ostream& out, const std::vector<Row>& rows) {
+  std::string last;
+  for (const Row& row : rows) {
+    if (row.program != last) {
+      const Program& program = programOf(row);
+      out << (row.machine.empty() ? "\n## " : "\n### ") << row.program
+          << (row.machine.empty() ? "" : ", with a user manager") << "\n\n"
+          << program.family << "; " << program.package << " " << row.version << "\n\n"
+          << "| started | found as | name | icon | Boost | slowed whole | back whole | sound spared | |\n"
+             "|---|---|---|---|---|---|---|---|---|\n";
+      last = row.program;
+    }
+    writeLine(out, row);
+  }
+}
+
+void writeReasons(std::ostream& out, const std::vector<Row>& rows) {
+  if (std::all_of(rows.begin(), rows.end(), [](const Row& row) { return row.wrong.empty(); })) return;
+  out << (rows.front().machine.empty() ? "\n## Why" : "\n### Why, with a user manager")
+      << "\n\n| program | started | reason |\n|---|---|---|\n";
+  for (const Row& row : rows) {
+    if (row.wrong.empty()) continue;
+    const std::string reason = reasonFor(programOf(row), wayOf(row), row.wrong);
+    out << "| " << row.program << " | " << row.way << " | "
+        << (reason.empty() ? "not explained yet" : cell(reason)) << " |\n";
+  }
+}
+
 } // namespace
 
 std::vector<Row> keptRows(const std::filesystem::path& file) {
@@ -98,8 +142,6 @@ void keepRows(const std::filesystem::path& file, const std::vector<Row>& rows) {
 
 void writePage(std::ostream& out, const std::filesystem::path& folder) {
   const std::vector<Row> rows = allRows(folder);
-  const auto right =
-      std::count_if(rows.begin(), rows.end(), [](const Row& row) { return row.wrong.empty(); });
   out << "# Real games and real apps\n\n"
          "What `scripts/real-apps` saw, which wrote this page: real programs of Debian's packages on a "
          "private X11\n"
@@ -109,10 +151,9 @@ void writePage(std::ostream& out, const std::filesystem::path& folder) {
          "it was in front and one while another game was. What Vantle found is what `vantle status --json` "
          "says; "
          "everything\n"
-         "else is what the kernel says of every thread of every process that the start has brought. Starts "
-         "as a "
-         "unit of the\n"
-         "user manager need one, and were not run.\n\n"
+         "else is what the kernel says of every thread of every process that the start has brought. What "
+         "`scripts/real-apps-vm`\n"
+         "saw on a machine with a user manager is at the end.\n\n"
          "- *found as*: the id of the app; *icon*: the one that its desktop file names, if that has a "
          "picture.\n"
          "- *Boost*: with it in front, by itself for games and asked for with `vantle boost` for others; the "
@@ -120,39 +161,38 @@ void writePage(std::ostream& out, const std::filesystem::path& folder) {
          "  was slowed whole, and nothing of the program itself.\n"
          "- *slowed whole*: behind a game, each thread of each process was at the band's values.\n"
          "- *back whole*: after the end of that game all of them were as before.\n"
-         "- *sound spared*: behind a game, nothing of a player that was heard was slowed.\n\n"
-      << right << " of " << rows.size() << " rows are right:";
+         "- *sound spared*: behind a game, nothing of a player that was heard was slowed.\n\n";
+  writeSummary(out, rows);
+  writeTables(out, rows);
+  writeReasons(out, rows);
+}
+
+const char* const headingOfUnits = "## With a user manager\n";
+
+void writeUnits(std::ostream& out, const std::filesystem::path& folder) {
+  const std::vector<Row> rows = allRows(folder);
+  std::set<std::string> machines;
+  for (const Row& row : rows) machines.insert(row.machine);
+  out << headingOfUnits
+      << "\n"
+         "The same on a virtual machine with systemd, a login session and its user manager:\n";
   const char* between = "";
-  for (const Way way : allWays) {
-    const auto isOfWay = [&](const Row& row) { return wayOf(row) == way; };
-    out << between << " by " << textOf(way) << " "
-        << std::count_if(rows.begin(), rows.end(),
-                         [&](const Row& row) { return isOfWay(row) && row.wrong.empty(); })
-        << " of " << std::count_if(rows.begin(), rows.end(), isOfWay);
-    between = ",";
-  }
-  out << ".\nOf all, "
-      << std::count_if(rows.begin(), rows.end(), [](const Row& row) { return row.identity == "right"; })
-      << " were found right: id, name and Boost.\n";
-  std::string last;
-  for (const Row& row : rows) {
-    if (row.program != last) {
-      const Program& program = programOf(row);
-      out << "\n## " << row.program << "\n\n"
-          << program.family << "; " << program.package << " " << row.version << "\n\n"
-          << "| started | found as | name | icon | Boost | slowed whole | back whole | sound spared | |\n"
-             "|---|---|---|---|---|---|---|---|---|\n";
-      last = row.program;
-    }
-    writeLine(out, row);
-  }
-  out << "\n## Why\n\n| program | started | reason |\n|---|---|---|\n";
-  for (const Row& row : rows) {
-    if (row.wrong.empty()) continue;
-    const std::string reason = reasonFor(programOf(row), wayOf(row), row.wrong);
-    out << "| " << row.program << " | " << row.way << " | "
-        << (reason.empty() ? "not explained yet" : cell(reason)) << " |\n";
-  }
+  for (const std::string& machine : machines) out << std::exchange(between, "; ") << machine;
+  out << ".\n"
+         "Xvfb and openbox are in the login session, and so is what is started by command, desktop file, "
+         "menu "
+         "and terminal.\n\n"
+         "- *scope*: GIO starts it from its desktop file, and the process is put into "
+         "`app-gnome-ID-PID.scope`, as GNOME does it.\n"
+         "- *service*: the user manager starts what the desktop file says as `app-ID@RANDOM.service`, as "
+         "Plasma does it.\n"
+         "- With both, the terminal beside it, the other game and Vantle are in scopes as well.\n"
+         "- *slowed whole*: a thread is at the band's values by the weight of its unit, too (`cpu.idle` 1). "
+         "*back whole*:\n"
+         "  the unit's weight is as before.\n\n";
+  writeSummary(out, rows);
+  writeTables(out, rows);
+  writeReasons(out, rows);
 }
 
 void writeRecord(std::ostream& out, const std::filesystem::path& folder) {

@@ -2,7 +2,6 @@
 #include "tests/realapps/Trial.h"
 
 #include "tests/realapps/Evidence.h"
-#include "tests/realapps/Stage.h"
 #include "tests/support/KernelState.h"
 
 #include <algorithm>
@@ -29,26 +28,38 @@ constexpr seconds longestStart{120};
 constexpr seconds longestEffect{10};
 constexpr std::chrono::milliseconds settled{2500};
 
+struct State {
+  KernelState kernel;
+  UnitState unit;
+};
+
+State stateOf(Pid pid) { return {desktop::kernelState(pid), unitState(pid)}; }
+
 // At the band's values, however it got there: the mark of the idle I/O class on each thread, and the weight
-// of the session or the class of every thread.
-bool isSlowedWhole(const KernelState& state) {
+// of the unit or the session or the class of every thread.
+bool isSlowedWhole(const State& process) {
   constexpr int lowest = 19;
+  const KernelState& state = process.kernel;
   return !state.threads.empty() &&
          std::all_of(state.threads.begin(), state.threads.end(), [&](const auto& entry) {
            return test::isIdleClass(entry.second) &&
-                  (entry.second.policy == SCHED_IDLE || state.sessionNice == lowest);
+                  (entry.second.policy == SCHED_IDLE || state.sessionNice == lowest || process.unit.isIdle);
          });
 }
 
-bool isUntouched(const KernelState& state) {
-  return std::none_of(state.threads.begin(), state.threads.end(), [](const auto& entry) {
-    return test::isIdleClass(entry.second) || entry.second.policy == SCHED_IDLE;
-  });
+bool isUntouched(const State& process) {
+  const KernelState& state = process.kernel;
+  return !process.unit.isIdle &&
+         std::none_of(state.threads.begin(), state.threads.end(), [](const auto& entry) {
+           return test::isIdleClass(entry.second) || entry.second.policy == SCHED_IDLE;
+         });
 }
 
 // What can be changed from outside; a program may choose a nice value of its own for a thread at any time.
-bool isAsBefore(const KernelState& before, const KernelState& now) {
-  return isUntouched(now) && now.sessionNice == before.sessionNice &&
+bool isAsBefore(const State& then, const State& process) {
+  const KernelState& before = then.kernel;
+  const KernelState& now = process.kernel;
+  return isUntouched(process) && process.unit == then.unit && now.sessionNice == before.sessionNice &&
          std::all_of(now.threads.begin(), now.threads.end(), [&](const auto& entry) {
            const auto known = before.threads.find(entry.first);
            return known == before.threads.end() || (known->second.policy == entry.second.policy &&
@@ -63,8 +74,8 @@ std::string count(std::size_t number, const std::string& one, const std::string&
 
 class Performance {
  public:
-  Performance(const Program& program, Way way, const std::filesystem::path& vantle)
-      : m_program(program), m_way(way), m_stage(program, vantle) {
+  Performance(const Program& program, Way way, const std::filesystem::path& vantle, Surroundings surroundings)
+      : m_program(program), m_stage(program, vantle, way, surroundings) {
     m_row.program = program.key;
     m_row.way = textOf(way);
     m_row.version = m_stage.outputOf({"dpkg-query", "-W", "-f", "${Version}", program.package});
@@ -73,7 +84,7 @@ class Performance {
   Row play() {
     try {
       m_stage.startVantle(true);
-      m_stage.start(m_program, m_way);
+      m_stage.start(m_program);
       if (waitForWindow()) {
         playInFront();
         m_stage.endVantle();
@@ -168,11 +179,10 @@ class Performance {
     m_row.identity = m_row.wrong.empty() ? "right" : "wrong";
     m_row.boost = isBoosted(status) ? m_program.kind == Kind::game ? "by itself" : "asked for" : "no";
     if (m_row.boost == "no") return;
-    if (!waitUntil([&] { return isSlowedWhole(desktop::kernelState(m_stage.witness().pid())); },
-                   longestEffect))
+    if (!waitUntil([&] { return isSlowedWhole(stateOf(m_stage.witness().pid())); }, longestEffect))
       wrong("the terminal beside it keeps its speed");
     for (const Pid pid : own())
-      if (!isUntouched(desktop::kernelState(pid)) && desktop::isAlive(pid))
+      if (!isUntouched(stateOf(pid)) && desktop::isAlive(pid))
         wrong("slowed though it is the Boost's own: " + nameOf(pid));
     if (m_program.beside) turnToTheOther();
   }
@@ -215,26 +225,26 @@ class Performance {
   void playBehind() {
     m_stage.startVantle(false);
     // Its own processes may still come and go.
-    std::map<Pid, KernelState> before;
-    for (const Pid pid : own()) before[pid] = desktop::kernelState(pid);
+    std::map<Pid, State> before;
+    for (const Pid pid : own()) before[pid] = stateOf(pid);
     desktop::Program& game = m_stage.startGame();
     // A program may well want the front back at that moment.
     desktop::require("a Boost of the stage's own game", [&] {
-      if (isSlowedWhole(desktop::kernelState(m_stage.witness().pid()))) return true;
+      if (isSlowedWhole(stateOf(m_stage.witness().pid()))) return true;
       m_stage.desktop().activate(game);
       return false;
     });
     const auto stragglers = [&] {
       std::vector<Pid> left;
       for (const Pid pid : own())
-        if (desktop::isAlive(pid) && !isSlowedWhole(desktop::kernelState(pid))) left.push_back(pid);
+        if (desktop::isAlive(pid) && !isSlowedWhole(stateOf(pid))) left.push_back(pid);
       return left;
     };
     if (m_program.isHeard) {
       std::this_thread::sleep_for(seconds(3));
       const std::set<Pid> mine = own();
-      const bool isSpared = std::all_of(mine.begin(), mine.end(),
-                                        [](Pid pid) { return isUntouched(desktop::kernelState(pid)); });
+      const bool isSpared =
+          std::all_of(mine.begin(), mine.end(), [](Pid pid) { return isUntouched(stateOf(pid)); });
       m_row.soundSpared = isSpared ? "yes" : "no";
       m_row.slowedWhole = m_row.backWhole = "spared";
       if (!isSpared) wrong("slowed while it is heard");
@@ -267,10 +277,11 @@ class Performance {
       std::vector<Pid> left;
       for (const Pid pid : own()) {
         const auto known = before.find(pid);
-        const KernelState now = desktop::kernelState(pid);
+        const State now = stateOf(pid);
         if (!desktop::isAlive(pid)) continue;
-        if (known == before.end() || known->second.start != now.start ? !isUntouched(now)
-                                                                      : !isAsBefore(known->second, now))
+        if (known == before.end() || known->second.kernel.start != now.kernel.start
+                ? !isUntouched(now)
+                : !isAsBefore(known->second, now))
           left.push_back(pid);
       }
       return left;
@@ -301,7 +312,6 @@ class Performance {
   }
 
   const Program& m_program;
-  Way m_way;
   Stage m_stage;
   Row m_row;
   std::map<std::uint32_t, Pid> m_owners;
@@ -311,6 +321,6 @@ class Performance {
 
 } // namespace
 
-Row Trial::play(Way way) const { return Performance(m_program, way, m_vantle).play(); }
+Row Trial::play(Way way) const { return Performance(m_program, way, m_vantle, m_surroundings).play(); }
 
 } // namespace vantle::realapps

@@ -3,6 +3,7 @@
 
 #include "base/Json.h"
 #include "tests/realapps/Programs.h"
+#include "tests/realapps/Stage.h"
 
 #include <filesystem>
 #include <string>
@@ -13,6 +14,7 @@ namespace vantle::realapps {
 struct Row {
   std::string program;
   std::string version;
+  std::string machine; // with a user manager only: which it was played on
   std::string way;
   std::string foundAs; // the id; "–" without one, empty when it was not found at all
   std::string name;
@@ -29,14 +31,15 @@ struct Row {
 // Starts it on a stage of its own that way, plays a Boost with it in front and one with it behind.
 class Trial {
  public:
-  Trial(const Program& program, std::filesystem::path vantle)
-      : m_program(program), m_vantle(std::move(vantle)) {}
+  Trial(const Program& program, std::filesystem::path vantle, Surroundings surroundings)
+      : m_program(program), m_vantle(std::move(vantle)), m_surroundings(surroundings) {}
 
   Row play(Way way) const;
 
  private:
   const Program& m_program;
   std::filesystem::path m_vantle;
+  Surroundings m_surroundings;
 };
 
 } // namespace vantle::realapps

@@ -18,6 +18,7 @@
 #include <fstream>
 #include <functional>
 #include <iostream>
+#include <iterator>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -34,7 +35,10 @@ using namespace vantle;
 using namespace vantle::realapps;
 
 int usage() {
-  std::cerr << "usage: real_apps VANTLE FOLDER [NAME[:WAY]...]\nNames:";
+  std::cerr
+      << "usage: real_apps VANTLE FOLDER [NAME[:WAY]...]\n"
+         "       real_apps --user-manager VANTLE FOLDER [NAME[:WAY]...]    in a machine for nothing else\n"
+         "       real_apps --units-into PAGE FOLDER    what the last one has found\nNames:";
   for (const Program& program : programs()) std::cerr << " " << program.key;
   std::cerr << "\n";
   return 2;
@@ -45,20 +49,36 @@ struct Choice {
   std::vector<Way> ways;
 };
 
-bool choose(const std::vector<std::string>& names, std::vector<Choice>& chosen) {
+struct Job {
+  std::vector<Choice> chosen;
+  fs::path vantle;
+  fs::path folder;
+  Surroundings surroundings = Surroundings::none;
+
+  fs::path rows() const { return folder / (surroundings == Surroundings::none ? "rows" : "rows-of-units"); }
+};
+
+std::vector<Way> waysIn(Surroundings surroundings) {
+  std::vector<Way> ways(allWays.begin(), allWays.end());
+  if (surroundings == Surroundings::none) std::erase_if(ways, isUnit);
+  return ways;
+}
+
+bool choose(const std::vector<std::string>& names, Surroundings surroundings, std::vector<Choice>& chosen) {
+  const std::vector<Way> possible = waysIn(surroundings);
   for (const std::string& name : names) {
     const std::string key = name.substr(0, name.find(':'));
     const auto program = std::find_if(programs().begin(), programs().end(),
                                       [&](const Program& each) { return each.key == key; });
     if (program == programs().end()) return false;
     Choice choice{&*program, {}};
-    for (const Way way : allWays)
+    for (const Way way : possible)
       if (name == key || name == key + ":" + textOf(way)) choice.ways.push_back(way);
     if (choice.ways.empty()) return false;
     chosen.push_back(std::move(choice));
   }
   if (!names.empty()) return true;
-  for (const Program& program : programs()) chosen.push_back({&program, {allWays.begin(), allWays.end()}});
+  for (const Program& program : programs()) chosen.push_back({&program, possible});
   return true;
 }
 
@@ -70,41 +90,62 @@ std::string inWords(const Row& row) {
 }
 
 // An ordinary user's apps, as people have them: root's processes can be read and changed by nobody else.
-void becomeOrdinaryUser(const fs::path& folder) {
-  for (const fs::path& each : {folder, folder / "rows"})
+void becomeOrdinaryUser(const Job& job) {
+  for (const fs::path& each : {job.folder, job.rows()})
     if (::chown(each.c_str(), test::nobody, test::nobody) != 0)
       throw std::runtime_error("cannot give away " + each.string());
   if (!test::becomeUser(test::nobody)) throw std::runtime_error("root cannot become an ordinary user here");
 }
 
-int play(const std::vector<Choice>& chosen, const fs::path& vantle, const fs::path& folder) {
+// Either part of a page stands without the other's rows, which another machine may have.
+void writePart(const fs::path& page, bool isOfUnits, const fs::path& rows) {
+  std::ifstream in(page);
+  const std::string old{std::istreambuf_iterator<char>(in), {}};
+  const std::size_t end = std::min(old.find(headingOfUnits), old.size());
+  std::error_code error;
+  fs::remove(page, error); // it may be somebody else's
+  std::ofstream out(page);
+  if (isOfUnits) {
+    out << old.substr(0, end) << (end == old.size() ? "\n" : "");
+    writeUnits(out, rows);
+  } else {
+    writePage(out, rows);
+    if (end < old.size()) out << "\n" << old.substr(end);
+  }
+}
+
+int play(const Job& job) {
   try {
-    if (test::runsAsRoot()) becomeOrdinaryUser(folder);
-    if (::access(vantle.c_str(), X_OK) != 0 || ::access((folder / "rows").c_str(), W_OK) != 0)
-      throw std::runtime_error("this user cannot get at " + vantle.string() + " and " + folder.string());
-    for (const auto& [program, ways] : chosen) {
-      std::vector<Row> rows = keptRows(folder / "rows" / (program->key + ".json"));
+    if (test::runsAsRoot()) becomeOrdinaryUser(job);
+    if (::access(job.vantle.c_str(), X_OK) != 0 || ::access(job.rows().c_str(), W_OK) != 0)
+      throw std::runtime_error("this user cannot get at " + job.vantle.string() + " and " +
+                               job.folder.string());
+    const char* const machine = std::getenv("REAL_APPS_MACHINE");
+    for (const auto& [program, ways] : job.chosen) {
+      const fs::path file = job.rows() / (program->key + ".json");
+      std::vector<Row> rows = keptRows(file);
       for (const Way way : ways) {
         const auto begin = std::chrono::steady_clock::now();
         Row row;
         try {
-          row = Trial(*program, vantle).play(way);
+          row = Trial(*program, job.vantle, job.surroundings).play(way);
         } catch (const std::exception& failure) {
           row.program = program->key;
           row.way = textOf(way);
           row.wrong = std::string("the stage: ") + failure.what();
         }
+        row.machine = machine == nullptr ? "" : machine;
         const std::chrono::duration<double> length = std::chrono::steady_clock::now() - begin;
         std::cout << inWords(row) << " " << static_cast<long>(length.count()) << " s" << std::endl;
         std::erase_if(rows, [&](const Row& kept) { return kept.way == row.way; });
         rows.push_back(std::move(row));
+        keepRows(file, rows);
       }
-      keepRows(folder / "rows" / (program->key + ".json"), rows);
     }
-    std::ofstream page(folder / "real-apps.md");
-    writePage(page, folder / "rows");
-    std::ofstream record(folder / "real_apps.json");
-    writeRecord(record, folder / "rows");
+    if (job.surroundings == Surroundings::userManager) return 0;
+    writePart(job.folder / "real-apps.md", false, job.rows());
+    std::ofstream record(job.folder / "real_apps.json");
+    writeRecord(record, job.rows());
     return 0;
   } catch (const std::exception& failure) {
     std::cerr << "real_apps: " << failure.what() << "\n";
@@ -160,13 +201,22 @@ int playInterruptibly(const std::function<int()>& play) {
 } // namespace
 
 int main(int argc, char** argv) {
-  const std::vector<std::string> arguments(argv + 1, argv + argc);
-  std::vector<Choice> chosen;
-  if (arguments.size() < 2 || !choose({arguments.begin() + 2, arguments.end()}, chosen)) return usage();
-  const fs::path vantle = fs::absolute(arguments[0]).lexically_normal();
-  const fs::path folder = fs::absolute(arguments[1]).lexically_normal();
+  std::vector<std::string> arguments(argv + 1, argv + argc);
+  if (arguments.size() == 3 && arguments[0] == "--units-into") {
+    writePart(arguments[1], true, fs::path(arguments[2]) / "rows-of-units");
+    return 0;
+  }
+  Job job;
+  if (!arguments.empty() && arguments[0] == "--user-manager") {
+    arguments.erase(arguments.begin());
+    job.surroundings = Surroundings::userManager;
+  }
+  if (arguments.size() < 2 || !choose({arguments.begin() + 2, arguments.end()}, job.surroundings, job.chosen))
+    return usage();
+  job.vantle = fs::absolute(arguments[0]).lexically_normal();
+  job.folder = fs::absolute(arguments[1]).lexically_normal();
   std::error_code error;
-  fs::create_directories(folder / "rows", error);
-  const auto all = [&] { return play(chosen, vantle, folder); };
-  return test::runsAsRoot() ? desktop::runIsolated(all, folder) : playInterruptibly(all);
+  fs::create_directories(job.rows(), error);
+  const auto all = [&] { return play(job); };
+  return test::runsAsRoot() ? desktop::runIsolated(all, job.folder) : playInterruptibly(all);
 }

@@ -39,7 +39,7 @@ void PrivateSession::makeFolders() {
                    {"XDG_CONFIG_HOME", configHome()},
                    {"XDG_STATE_HOME", home() / ".local/state"},
                    {"XDG_CACHE_HOME", home() / ".cache"},
-                   {"XDG_RUNTIME_DIR", runtimeDir()},
+                   {"XDG_RUNTIME_DIR", m_folder.path() / "run"},
                    {"XDG_DATA_DIRS", "/usr/local/share:/usr/share"},
                    {"XDG_CONFIG_DIRS", "/etc/xdg"},
                    {"GSETTINGS_BACKEND", "memory"},

@@ -27,11 +27,12 @@ class PrivateSession {
   PrivateSession(const PrivateSession&) = delete;
   PrivateSession& operator=(const PrivateSession&) = delete;
 
-  const TemporaryFolder& folder() const { return m_folder; } // all of the following are in it
+  // All of the following are in it, unless the environment names another folder.
+  const TemporaryFolder& folder() const { return m_folder; }
   std::filesystem::path home() const { return m_folder.path() / "home"; }
   std::filesystem::path dataHome() const { return home() / ".local/share"; }
   std::filesystem::path configHome() const { return home() / ".config"; }
-  std::filesystem::path runtimeDir() const { return m_folder.path() / "run"; }
+  std::filesystem::path runtimeDir() const { return m_environment.at("XDG_RUNTIME_DIR"); }
   std::filesystem::path logs() const { return m_folder.path() / "log"; } // NUMBER-PROGRAM.log
 
   const std::string& busAddress() const { return m_busAddress; }
