@@ -145,6 +145,23 @@ class CocoaRun final : public DarwinRun {
     m_parts.reset();
   }
 
+  // Whichever way an end was told, it was heard.
+  void eventEnded() override {
+    if (!m_engine || m_machine.workspace.queuedEvents() > 0) return;
+    const auto isOver = [this](Pid pid) {
+      const auto& apps = m_machine.workspace.apps();
+      return std::none_of(apps.begin(), apps.end(), [pid](const SimulatedAppRef& app) {
+        return !app->isTerminated() && app->processIdentifier() == pid;
+      });
+    };
+    const AppRef game = m_engine->activeGame.get();
+    if (game && isOver(game->processIdentifier()))
+      m_checker.fail("a Boost of an app that is over", game->processIdentifier());
+    for (const auto& [pid, app] : m_engine->managed()) {
+      if (isOver(pid)) m_checker.fail("listed although it is over", pid);
+    }
+  }
+
   void dieIfDue() {
     if (m_workspace) m_workspace->dieIfDue();
   }
