@@ -36,14 +36,14 @@ std::vector<std::string> commandsOf(const std::string& line) {
   for (const std::string& word : shellWords(line)) text.append(word).append(" ");
   std::vector<std::string> commands(1);
   int depth = 0;
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    if (text[at] == '(') ++depth;
-    if (text[at] == ')') --depth;
-    const bool isEnd = depth == 0 && std::string_view(";&|").find(text[at]) != std::string_view::npos;
+  for (const char letter : text) {
+    if (letter == '(') ++depth;
+    if (letter == ')') --depth;
+    const bool isEnd = depth == 0 && std::string_view(";&|").find(letter) != std::string_view::npos;
     if (isEnd) {
       commands.emplace_back();
     } else {
-      commands.back() += text[at];
+      commands.back() += letter;
     }
   }
   for (std::string& command : commands) command = trimmed(command);
