@@ -631,7 +631,7 @@ TEST(DesktopIdentity, AClassOfALibraryIsItsGame) {
   evidence.program.clear();
   evidence.names = {"Main"};
   evidence.windowClass = "com-fine-Main";
-  for (const std::string from : {library + "Fine Game/lib/fine.jar", library + "Fine Game"}) {
+  for (const std::string& from : {library + "Fine Game/lib/fine.jar", library + "Fine Game"}) {
     evidence.classFrom = from;
     const AppIdentity identity = identityOf(evidence, {});
     EXPECT_EQ(identity.localizedName, "Fine Game");
