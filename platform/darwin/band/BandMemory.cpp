@@ -54,8 +54,7 @@ bool BandMemory::isBornOfLeaver(const BandLook& look) const {
 
 std::optional<BandMemory::Standing> BandMemory::standingOf(const BandLook& look) const {
   const auto known = m_known.find(look.process.pid);
-  if (known != m_known.end() && (!known->second.process || *known->second.process == look.process))
-    return known->second.standing;
+  if (known != m_known.end() && known->second.process == look.process) return known->second.standing;
   // That program's journal has taken out whom it had put in; who lived before and is in was not of these.
   if (!m_since || (startMicros(look.process) >= *m_since && !m_older.contains(look.process)))
     return std::nullopt;

@@ -56,6 +56,7 @@ std::optional<BandLook> DarwinBand::lookForMemory(Pid pid) const {
 
 bool DarwinBand::enterBackgroundBand(Pid pid) {
   const std::optional<BandLook> look = lookForMemory(pid);
+  if (look && m_memory->isOthers(*look)) return false; // put there since it was chosen
   if (!setBand(pid, PRIO_DARWIN_BG)) return false;
   if (m_memory) m_memory->entered(pid, look);
   return true;

@@ -100,7 +100,7 @@ class DarwinRun : public RandomRun {
     m_truth.missesTheYoung = m_forksMeanwhile;
     m_machine.processes.onBirth = [this, plain = m_machine.processes.onBirth](const SimulatedProcess& born) {
       plain(born);
-      if (isSlowing()) m_bornMeanwhile.insert(born.identity());
+      m_bornMeanwhile.insert(born.identity());
       if (m_checker.isExcused(born.parent)) m_machine.band.takeOutByOthers(born.pid);
     };
     m_machine.processes.onEnd = [this](Pid pid) {
@@ -125,7 +125,7 @@ class DarwinRun : public RandomRun {
     m_machine.files.contents.erase(folder() + "band.json");
   }
   bool mayBePutInByOthers(Pid pid) const override {
-    if (pid <= 1) return false;
+    if (pid <= 1 || m_checker.isExcused(pid)) return false;
     if (!isSlowing()) return true;
     const SimulatedProcess& process = *m_machine.processes.find(pid);
     return process.band == BandState::normal && !m_bornMeanwhile.contains(process.identity()) &&
@@ -137,10 +137,14 @@ class DarwinRun : public RandomRun {
   void callsAreRefused(Pid about) override {
     const std::map<Pid, SimulatedProcess> all = m_machine.processes.all();
     for (const auto& [pid, process] : all) {
-      if (pid != about && m_checker.isAtOrAbove(about, pid)) m_machine.band.takeOutByOthers(pid);
+      const bool isItself = pid == about && process.band == BandState::byVantle;
+      if (!isItself && m_checker.isAtOrAbove(about, pid)) m_machine.band.takeOutByOthers(pid);
     }
   }
-  void writesAreRefused() override { m_losesFiles = true; }
+  void writesAreRefused() override {
+    m_losesFiles = true;
+    m_forksMeanwhile = false; // also not while the journal is worked off
+  }
   void eventEnded() override {
     if (isSlowing()) return;
     m_bornMeanwhile.clear();
@@ -173,7 +177,7 @@ class DarwinRun : public RandomRun {
   }
 
   DarwinBandTruth m_truth{m_machine};
-  std::unordered_set<ProcessIdentity> m_bornMeanwhile; // while anybody was slowed
+  std::unordered_set<ProcessIdentity> m_bornMeanwhile; // while anybody was slowed, or in the same event
   bool m_losesFiles = false;
   std::optional<DarwinParts> m_parts;
 };

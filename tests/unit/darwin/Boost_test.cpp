@@ -372,6 +372,17 @@ TEST_F(BornSlowed, ThroughAnotherUsersProcess) {
   EXPECT_TRUE(isSlow(303)) << "nothing above it was ever slowed";
 }
 
+TEST_F(BornSlowed, WhatThePersonPutsThereWhileABoostBeginsStaysThere) {
+  machine.calls.watcher = [this](const SimulatedCall& call) {
+    if (call.operation == Operation::writeFile) machine.band.putInByOthers(101);
+  };
+  begin();
+  EXPECT_EQ(journalledPids(), (std::set<Pid>{100, 110}));
+  machine.quit(game);
+  EXPECT_TRUE(isSlow(101));
+  EXPECT_FALSE(isSlow(100));
+}
+
 // The program dies, and the next one finds out.
 class BornBeforeADeath : public BornSlowed {
  protected:
