@@ -74,7 +74,7 @@ class DarwinBandTruth final : public BandTruth {
 // Nothing but who was born of whom tells the program's doing from others'. So while anybody is slowed nobody
 // else puts a process into the band that was born meanwhile, or that the program has slowed; and whom others
 // take out, or keep in the band until they end, they take out with all that was born of them meanwhile. One
-// that calls are refused about hands down nothing.
+// that calls are refused about is born out of the band and hands down nothing.
 class DarwinRun : public RandomRun {
  public:
   DarwinRun(std::uint64_t seed, RunOptions options) : RandomRun(seed, std::move(options), &m_truth) {}
@@ -101,7 +101,8 @@ class DarwinRun : public RandomRun {
     m_machine.processes.onBirth = [this, plain = m_machine.processes.onBirth](const SimulatedProcess& born) {
       plain(born);
       m_bornMeanwhile.insert(born.identity());
-      if (m_checker.isExcused(born.parent)) m_machine.band.takeOutByOthers(born.pid);
+      const bool isRefused = m_checker.isExcused(born.parent) || m_checker.isExcused(born.pid);
+      if (isRefused) m_machine.band.takeOutByOthers(born.pid);
     };
     m_machine.processes.onEnd = [this](Pid pid) {
       const SimulatedProcess* ended = m_machine.processes.find(pid);
@@ -122,6 +123,7 @@ class DarwinRun : public RandomRun {
       const bool isKnown = journalled && journalled->contains(process.identity());
       if (process.band == BandState::byVantle && !isKnown) m_machine.band.takeOutByOthers(pid);
     }
+    m_machine.band.takeOutByOthers(livingStarter()); // which the next one is born of
     m_machine.files.contents.erase(folder() + "band.json");
   }
   bool mayBePutInByOthers(Pid pid) const override {

@@ -91,6 +91,7 @@ std::vector<AudioObjectID> audioObjects() {
   std::set<Pid> pids = kernel->desktop.audio.heard;
   pids.insert(kernel->silent.begin(), kernel->silent.end());
   std::vector<AudioObjectID> objects;
+  objects.reserve(pids.size());
   for (const Pid pid : pids) objects.push_back(static_cast<AudioObjectID>(firstAudioObject + pid));
   return objects;
 }

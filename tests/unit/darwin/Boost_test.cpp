@@ -3,12 +3,8 @@
 // program's death at each.
 #include "tests/unit/darwin/DarwinFixture.h"
 
-#include <gmock/gmock.h>
-
 namespace vantle {
 namespace {
-
-using testing::ElementsAre;
 
 class Boost : public DarwinTest {
  protected:
