@@ -3,7 +3,6 @@
 
 #include "base/Json.h"
 #include "base/Names.h"
-#include "engine/Journal.h"
 #include "platform/darwin/process/SystemValue.h"
 
 #include <cstddef>
@@ -48,11 +47,15 @@ std::optional<BandMemory> FirstSlowing::memory() {
   m_isNoted = bytes && *bytes != nothing;
   const Json record = bytes ? Json::parse(*bytes).value_or(Json()) : Json();
   const auto since = record.unsignedAt("since");
-  const Json* const listed = record.find("older");
-  if (!since || listed == nullptr || record.textAt("boot") != thisBoot()) return std::nullopt;
-  const auto older = decodeJournal(listed->text());
-  if (!older) return std::nullopt;
-  return BandMemory::ofAnEarlierProgram(*since, std::vector(older->begin(), older->end()));
+  if (!since || record.textAt("boot") != thisBoot()) return std::nullopt;
+  std::vector<ProcessIdentity> older;
+  for (const Json& one : record.arrayAt("older")) {
+    const auto pid = one.integerAt("pid");
+    const auto startSec = one.unsignedAt("startSec");
+    const auto startUsec = one.unsignedAt("startUsec");
+    if (pid && startSec && startUsec) older.push_back({static_cast<Pid>(*pid), *startSec, *startUsec});
+  }
+  return BandMemory::ofAnEarlierProgram(*since, older);
 }
 
 } // namespace vantle
