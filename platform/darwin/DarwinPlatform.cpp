@@ -71,8 +71,8 @@ class DarwinPlatform final : public PosixPlatform {
   // Nobody who was slowed outlives a loss of power, so the disk need not be awaited.
   std::unique_ptr<DarwinMachine::Parts> recoveryParts() const {
     auto parts = std::make_unique<DarwinMachine::Parts>();
-    parts->band = std::make_unique<DarwinBand>();
     parts->files = std::make_unique<PosixFileStore>(m_support, PosixFileStore::Sync::none);
+    parts->band = std::make_unique<DarwinBand>(parts->files.get());
     return parts;
   }
 

@@ -151,7 +151,7 @@ void RandomRun::reusePid() {
   m_machine.exit(pid);
   m_machine.clock.advance(std::chrono::microseconds(m_machine.clock.resolution()));
   m_machine.processes.spawn({.parent = randomProcess(), .pid = pid});
-  if (m_random.oneIn(2)) m_machine.band.putInByOthers(pid);
+  if (m_random.oneIn(2) && mayBePutInByOthers(pid)) m_machine.band.putInByOthers(pid);
 }
 
 void RandomRun::makeZombie() {
@@ -170,9 +170,15 @@ void RandomRun::reapZombies() {
   for (const Pid pid : zombies) m_machine.processes.reap(pid);
 }
 
-void RandomRun::othersPutIn() { m_machine.band.putInByOthers(randomProcess()); }
+void RandomRun::othersPutIn() {
+  if (const Pid pid = randomProcess(); mayBePutInByOthers(pid)) m_machine.band.putInByOthers(pid);
+}
 
-void RandomRun::othersTakeOut() { m_machine.band.takeOutByOthers(randomProcess()); }
+void RandomRun::othersTakeOut() {
+  const Pid pid = randomProcess();
+  m_machine.band.takeOutByOthers(pid);
+  takenOutByOthers(pid);
+}
 
 void RandomRun::changeAudio() {
   m_machine.audio.heard.clear();
@@ -200,6 +206,7 @@ void RandomRun::refuseSomething() {
   if (m_random.oneIn(5)) {
     m_machine.calls.refuse(Operation::writeFile);
     m_checker.journalIsRefused();
+    writesAreRefused();
     return;
   }
   static const std::vector<Operation> refusable{Operation::enterBand,          Operation::leaveBand,
@@ -208,6 +215,7 @@ void RandomRun::refuseSomething() {
   const Pid pid = randomProcess();
   m_machine.calls.refuse(m_random.pick(refusable), pid);
   m_checker.excuse(pid);
+  callsAreRefused(pid);
 }
 
 void RandomRun::grantEverything() { m_machine.calls.grantAll(); }

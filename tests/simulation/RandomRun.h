@@ -60,6 +60,11 @@ class RandomRun {
   virtual void programEnded() {}
   virtual void tellOfPressure(bool isCritical) { m_machine.pressure.raise(isCritical); }
   virtual std::string machineInWords() const { return {}; }
+  // What somebody else than the program does to the band, where the band has to tell it from the program's.
+  virtual bool mayBePutInByOthers(Pid /*pid*/) const { return true; }
+  virtual void takenOutByOthers(Pid /*pid*/) {}
+  virtual void writesAreRefused() {}
+  virtual void callsAreRefused(Pid /*about*/) {}
   virtual void eventEnded() {} // and the checker has seen it
   virtual void runEnds() {}    // with no Boost running
 

@@ -16,22 +16,6 @@ namespace {
 constexpr std::size_t roomForTheYoung = 64; // those born between the two questions
 constexpr int mostQuestions = 4;
 
-// A list that fills its buffer may have been cut off there.
-std::vector<Pid> everyPid() {
-  std::vector<Pid> pids;
-  for (int questions = 0; questions < mostQuestions; ++questions) {
-    const int expected = ::proc_listallpids(nullptr, 0);
-    if (expected < 1) return {};
-    pids.assign(static_cast<std::size_t>(expected) + roomForTheYoung, 0);
-    const int listed = ::proc_listallpids(pids.data(), static_cast<int>(pids.size() * sizeof(Pid)));
-    if (listed < 1) return {};
-    if (static_cast<std::size_t>(listed) >= pids.size()) continue;
-    pids.resize(static_cast<std::size_t>(listed));
-    break;
-  }
-  return pids;
-}
-
 // Whatever runs below the first process is a program; that one and the kernel's own are the system.
 ProcessRecord recordOf(Pid pid, std::uint32_t parent, std::uint32_t user) {
   ProcessRecord record;
@@ -51,6 +35,22 @@ std::optional<rusage_info_v4> usageOf(Pid pid) {
 }
 
 } // namespace
+
+// A list that fills its buffer may have been cut off there.
+std::vector<Pid> everyPid() {
+  std::vector<Pid> pids;
+  for (int questions = 0; questions < mostQuestions; ++questions) {
+    const int expected = ::proc_listallpids(nullptr, 0);
+    if (expected < 1) return {};
+    pids.assign(static_cast<std::size_t>(expected) + roomForTheYoung, 0);
+    const int listed = ::proc_listallpids(pids.data(), static_cast<int>(pids.size() * sizeof(Pid)));
+    if (listed < 1) return {};
+    if (static_cast<std::size_t>(listed) >= pids.size()) continue;
+    pids.resize(static_cast<std::size_t>(listed));
+    break;
+  }
+  return pids;
+}
 
 std::optional<ProcessRecord> LibprocProcessTable::record(Pid pid) const {
   const auto info = procRead<proc_bsdinfo, PROC_PIDTBSDINFO>(pid);

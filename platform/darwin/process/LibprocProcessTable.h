@@ -3,7 +3,13 @@
 
 #include "engine/ports/ProcessTable.h"
 
+#include <vector>
+
 namespace vantle {
+
+// Of everybody's processes, those that have ended but were not waited for included; empty when the system
+// does not tell.
+std::vector<Pid> everyPid();
 
 // The processes as libproc tells of them. There are no sessions and no places: the system starts each app by
 // itself, so an app's processes are those below its own. A process that has ended but was not waited for

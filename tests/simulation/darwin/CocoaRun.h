@@ -20,6 +20,8 @@ namespace vantle {
 
 // All that macOS's room has of a machine and that leaves nothing on a disk; the rest is the desktop's.
 struct CocoaParts {
+  explicit CocoaParts(SimulatedMachine& desktop) : system(desktop) {}
+
   DarwinParts system;
   CocoaWorkspace workspace;
 
@@ -136,13 +138,14 @@ class CocoaRun final : public DarwinRun {
   }
   Machine ports() override {
     programEnded();
-    m_parts = std::make_unique<CocoaParts>();
+    m_parts = std::make_unique<CocoaParts>(m_machine);
     m_workspace.emplace(m_parts->workspace);
     return m_parts->on(m_machine, *m_workspace);
   }
   void programEnded() override {
     m_workspace.reset();
     m_parts.reset();
+    DarwinRun::programEnded();
   }
 
   // Whichever way an end was told, it was heard.

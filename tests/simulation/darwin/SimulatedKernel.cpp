@@ -275,6 +275,7 @@ int setpriority(int which, id_t who, int priority) {
   if (kernel->foreign.contains(pid)) return failWith(EPERM);
   if (kernel->living(pid) == nullptr) return failWith(ESRCH);
   auto& band = kernel->desktop.band;
+  if (enters) kernel->slowed.insert(kernel->living(pid)->identity());
   const bool isDone = enters ? band.enterBackgroundBand(pid) : band.leaveBackgroundBand(pid);
   return isDone ? 0 : failWith(EPERM);
 }

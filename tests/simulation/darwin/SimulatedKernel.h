@@ -10,6 +10,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 namespace vantle {
@@ -29,8 +30,10 @@ class SimulatedKernel {
   int bornWhileListed = 0;  // between the question how many there are and the list
   int recordBytesOff = 0;   // what another version's records are longer or shorter by
   bool makesSources = true; // of events
+  std::unordered_set<ProcessIdentity> slowed; // ever, by the program
   std::map<std::string, int> numbers{{"hw.activecpu", 8}};
-  std::map<std::string, std::string> texts{{"kern.osproductversion", "14.5"}};
+  std::map<std::string, std::string> texts{{"kern.osproductversion", "14.5"},
+                                           {"kern.bootsessionuuid", "4F-1"}};
 
   // Besides those that are heard: who plays nothing, and the objects that are no more when they are asked,
   // without a process, or of another size.

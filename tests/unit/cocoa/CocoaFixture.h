@@ -27,7 +27,7 @@ class CocoaTest : public DarwinTest {
   }
 
   SimulatedCocoa cocoa{*kernel};
-  std::unique_ptr<CocoaParts> cocoaParts = std::make_unique<CocoaParts>();
+  std::unique_ptr<CocoaParts> cocoaParts = std::make_unique<CocoaParts>(machine);
 };
 
 } // namespace vantle

@@ -11,13 +11,15 @@ namespace {
 class Boost : public DarwinTest {
  protected:
   // What the engine asked since the last time: without the executables' paths, which tell whether an app is a
-  // game, and with the journal's file as the pids in it.
+  // game, with the journal's file as the pids in it and the band's own as whether there is anything in it.
   Calls asked() {
     Calls lines;
     for (const std::string& line : calls()) {
       if (line.starts_with("proc_pidpath")) continue;
-      if (line.starts_with("write [") || line.starts_with("write {")) {
+      if (line.starts_with("write [")) {
         lines.push_back("journal" + pidsIn(line.substr(6)));
+      } else if (line.starts_with("write {")) {
+        lines.emplace_back(line == "write {}" ? "the band's file, empty" : "the band's file");
       } else {
         lines.push_back(line);
       }
@@ -41,6 +43,12 @@ class Boost : public DarwinTest {
       lines.push_back("proc_pidinfo(" + std::to_string(pid) + ", PROC_PIDT_SHORTBSDINFO, 0, 64)");
       lines.push_back(record(pid));
     }
+    return lines;
+  }
+  // The band's own.
+  static Calls lookOf(const std::vector<Pid>& pids) {
+    Calls lines = scanOf(pids);
+    std::erase_if(lines, [](const std::string& line) { return line.find("SHORT") != std::string::npos; });
     return lines;
   }
   static std::string record(Pid pid) {
@@ -75,11 +83,16 @@ TEST_F(Boost, ReadsRecordsThenSlows) {
   const SimulatedAppRef game = gameAt(200);
   startWithGameOnTheList();
   machine.activate(game);
-  const Pid self = machine.host.self;
-  EXPECT_EQ(asked(), then(then({record(200)}, scanOf({1, self, 100, 101, 200})), // who is spared; one look
-                          {record(100), "gettimeofday()",                        // the root, then the moment
-                           record(100), record(100), record(101), record(101), // in the band? still the same?
-                           "journal 100 101", enter(100), enter(101)}));
+  const std::vector<Pid> all{1, machine.host.self, 100, 101, 200};
+  Calls expected = then({record(200)}, scanOf(all));                // who is spared; one look
+  expected = then(expected, {record(100), "gettimeofday()",         // the root, then the moment
+                             record(100), record(100), record(101), // in the band? still the same?
+                             record(101), "journal 100 101",        //
+                             "gettimeofday()"});                    // nobody was slowed before this one
+  expected = then(expected, lookOf(all));                           // whose doing the band is so far
+  expected = then(expected, {"sysctlbyname(kern.bootsessionuuid, 256)", "the band's file", record(100),
+                             enter(100), record(101), enter(101)});
+  EXPECT_EQ(asked(), expected);
 }
 
 TEST_F(Boost, PutsBackTheYoungThenTheMembersAndForgets) {
@@ -93,12 +106,17 @@ TEST_F(Boost, PutsBackTheYoungThenTheMembersAndForgets) {
   spawnAt(102, 101);
   calls();
   machine.quit(game);
-  const Pid self = machine.host.self;
-  EXPECT_EQ(asked(), then(scanOf({1, self, 100, 101, 102}),
-                          {record(100), record(100), record(101),            // lives; too old
-                           record(102), record(102), leave(102),             // young and in the band
-                           record(100), leave(100), record(101), leave(101), // the members
-                           "journal empty"}));
+  const std::vector<Pid> all{1, machine.host.self, 100, 101, 102};
+  Calls expected = then({record(200)}, scanOf(all));                // whether it has inherited anything
+  expected = then(expected, {record(100), record(100), record(101), // lives; too old
+                             record(102), record(102),              // young and in the band
+                             record(102), record(101), leave(102),  // whose child it is
+                             record(100), record(100), leave(100),  // the members
+                             record(101), record(101), leave(101)});
+  expected = then(expected, lookOf(all)); // nobody was born meanwhile
+  expected = then(expected, {"journal empty"});
+  expected = then(expected, lookOf(all)); // and nobody is left
+  EXPECT_EQ(asked(), then(expected, {"the band's file, empty"}));
   for (const Pid pid : {100, 101, 102}) EXPECT_FALSE(isSlow(pid));
 }
 
@@ -110,8 +128,9 @@ TEST_F(Boost, WhatTheSystemRefusesLeavesTheJournal) {
   machine.calls.refuse(Operation::enterBand, 101);
   machine.activate(game);
   const Calls made = asked();
-  const Calls last(made.end() - 4, made.end());
-  EXPECT_EQ(last, (Calls{"journal 100 101", enter(100), enter(101), "journal 100"}));
+  const Calls last(made.end() - 7, made.end());
+  EXPECT_EQ(last, (Calls{"the band's file", record(100), enter(100), record(101), enter(101), record(101),
+                         "journal 100"}));
 }
 
 TEST_F(Boost, RunsThroughAnotherUsersProcessesAndTouchesNoneOfThem) {
@@ -134,12 +153,14 @@ TEST_F(Boost, RunsThroughAnotherUsersProcessesAndTouchesNoneOfThem) {
 TEST_F(Boost, APidThatSomebodyElseHasNowIsLeftAlone) {
   openAt(100, "Mail");
   spawnAt(101, 100);
+  const SimulatedAppRef notes = openAt(110, "Notes");
   const SimulatedAppRef game = gameAt(200);
   startWithGameOnTheList();
   machine.activate(game);
   machine.processes.exit(101);
   later();
   spawnAt(101);
+  machine.activate(notes); // and the new one is seen not to be in the band
   machine.band.putInByOthers(101);
   machine.quit(game);
   EXPECT_FALSE(isSlow(100));
@@ -155,7 +176,7 @@ TEST_F(Boost, ADeathAtEveryStepIsMadeGoodByTheNextStart) {
       SimulatedMachine desktop;
       arrangeAsMac(desktop);
       SimulatedKernel own(desktop);
-      DarwinParts parts;
+      std::optional<DarwinParts> parts(std::in_place, desktop);
       std::vector<SimulatedAppRef> apps;
       for (const char* name : {"Mail", "Notes", "Chat"}) {
         apps.push_back(desktop.launch(named(name), Opening::inBackground));
@@ -164,7 +185,7 @@ TEST_F(Boost, ADeathAtEveryStepIsMadeGoodByTheNextStart) {
       desktop.calls.crashAt(desktop.calls.steps() + step, moment);
       try {
         AppSettings choices(desktop.defaults);
-        Engine doomed(parts.on(desktop), choices);
+        Engine doomed(parts->on(desktop), choices);
         const SimulatedAppRef game = desktop.launch(aGame(), Opening::inFront);
         desktop.activate(apps.front());
         desktop.activate(game);
@@ -175,7 +196,8 @@ TEST_F(Boost, ADeathAtEveryStepIsMadeGoodByTheNextStart) {
       desktop.restartProgram();
       desktop.activate(nullptr);
       AppSettings choices(desktop.defaults);
-      const Engine next(parts.on(desktop), choices);
+      parts.emplace(desktop);
+      const Engine next(parts->on(desktop), choices);
       for (const auto& [pid, process] : desktop.processes.all()) {
         EXPECT_EQ(process.band, BandState::normal) << "pid " << pid << " after a death at step " << step;
       }
@@ -185,6 +207,225 @@ TEST_F(Boost, ADeathAtEveryStepIsMadeGoodByTheNextStart) {
   }
   EXPECT_GT(deaths, 50U);
   kernel = std::make_unique<SimulatedKernel>(machine);
+}
+
+// What was born while somebody was slowed, one kind of it a test: on this system it inherits the band for
+// good.
+class BornSlowed : public Boost {
+ protected:
+  BornSlowed() {
+    steam = openAt(100, "Steam");
+    spawnAt(101, 100);
+    openAt(110, "Mail");
+    game = gameAt(200);
+    startWithGameOnTheList();
+  }
+  void begin() {
+    later();
+    machine.activate(game);
+    later();
+  }
+  SimulatedAppRef become(Pid pid, const std::string& name, Opening opening) {
+    AppSpec spec = named(name);
+    return machine.showWindow(pid, spec, opening);
+  }
+  // A process whose parent has ended before anybody looked.
+  Pid daemonOf(Pid parent) {
+    const Pid middle = machine.processes.spawn({.parent = parent});
+    const Pid daemon = machine.processes.spawn({.parent = middle});
+    machine.processes.exit(middle);
+    return daemon;
+  }
+  // Born right before the effect of each call on this one.
+  void forkAtCallsOn(Pid pid, Pid parent) {
+    machine.calls.watcher = [this, pid, parent](const SimulatedCall& call) {
+      if (call.operation == Operation::leaveBand && call.pid == pid)
+        born.push_back(machine.processes.spawn({.parent = parent}));
+    };
+  }
+
+  SimulatedAppRef steam;
+  SimulatedAppRef game;
+  std::vector<Pid> born;
+};
+
+TEST_F(BornSlowed, AnAppOfALauncherIsFreedWhenItIsLaunched) {
+  begin();
+  spawnAt(300, 100);
+  ASSERT_TRUE(isSlow(300));
+  become(300, "Racer", Opening::inFront);
+  EXPECT_FALSE(isSlow(300)) << "it is in front";
+  EXPECT_TRUE(isSlow(100));
+  machine.activate(game);
+  machine.quit(game);
+  EXPECT_FALSE(isSlow(300));
+}
+
+TEST_F(BornSlowed, AnAppThatWasSlowedAsAPartIsFreedInFront) {
+  begin();
+  become(101, "Racer", Opening::inFront);
+  EXPECT_FALSE(isSlow(101));
+  EXPECT_TRUE(isSlow(100));
+}
+
+TEST_F(BornSlowed, ADaemonComesOutWithTheLast) {
+  begin();
+  const Pid daemon = daemonOf(101);
+  ASSERT_TRUE(isSlow(daemon));
+  machine.quit(game);
+  EXPECT_FALSE(isSlow(daemon));
+}
+
+TEST_F(BornSlowed, ADaemonComesOutWithItsApp) {
+  begin();
+  const Pid daemon = daemonOf(101);
+  machine.activate(steam);
+  EXPECT_FALSE(isSlow(daemon));
+  EXPECT_TRUE(isSlow(110)) << "the Boost goes on";
+}
+
+TEST_F(BornSlowed, AChildOutlivesItsApp) {
+  begin();
+  spawnAt(300, 101);
+  machine.processes.exit(101);
+  machine.quit(steam);
+  ASSERT_TRUE(machine.processes.find(300) != nullptr);
+  machine.quit(game);
+  EXPECT_FALSE(isSlow(300));
+}
+
+TEST_F(BornSlowed, BetweenTheLookAndThePuttingBackOfAll) {
+  begin();
+  forkAtCallsOn(101, 101);
+  machine.quit(game);
+  ASSERT_EQ(born.size(), 1U);
+  EXPECT_FALSE(isSlow(born.front()));
+}
+
+TEST_F(BornSlowed, BetweenTheLookAndThePuttingBackOfOne) {
+  begin();
+  forkAtCallsOn(101, 101);
+  machine.activate(steam);
+  ASSERT_EQ(born.size(), 1U);
+  EXPECT_FALSE(isSlow(born.front()));
+  EXPECT_TRUE(isSlow(110));
+}
+
+TEST_F(BornSlowed, AListThatFailsAtTheEndIsAskedForOnceMore) {
+  begin();
+  const Pid daemon = daemonOf(101);
+  machine.calls.refuseNext(Operation::scanProcesses);
+  machine.quit(game);
+  EXPECT_FALSE(isSlow(daemon));
+}
+
+TEST_F(BornSlowed, AtATimeThatTheClockWasSetBackTo) {
+  begin();
+  spawnAt(300, 101);
+  machine.processes.find(300)->startMicros -= 3'600'000'000;
+  machine.quit(game);
+  EXPECT_FALSE(isSlow(300));
+}
+
+TEST_F(BornSlowed, WhatThePersonKeepsInTheBandAndWhatThatStartsStayThere) {
+  machine.band.putInByOthers(101);
+  begin();
+  spawnAt(300, 101);
+  ASSERT_TRUE(isSlow(300));
+  EXPECT_EQ(journalledPids(), (std::set<Pid>{100, 110}));
+  machine.activate(steam);
+  EXPECT_TRUE(isSlow(101));
+  EXPECT_TRUE(isSlow(300));
+  machine.activate(game);
+  machine.quit(game);
+  EXPECT_FALSE(isSlow(100));
+  EXPECT_TRUE(isSlow(101));
+  EXPECT_TRUE(isSlow(300));
+}
+
+TEST_F(BornSlowed, WhatTheAppInFrontPutsThereItselfStaysThere) {
+  begin();
+  spawnAt(300, 200);
+  machine.band.putInByOthers(300);
+  machine.activate(steam);
+  EXPECT_TRUE(isSlow(300)) << "its parent was never slowed";
+}
+
+TEST_F(BornSlowed, ThroughAnotherUsersProcess) {
+  spawnAt(102, 100); // the login of a terminal
+  kernel->foreign.insert(102);
+  spawnAt(103, 102);
+  spawnAt(120);
+  kernel->foreign.insert(120); // nobody's
+  begin();
+  spawnAt(300, 101); // as root, for somebody slowed
+  kernel->foreign.insert(300);
+  spawnAt(301, 300);
+  spawnAt(302, 103);
+  spawnAt(303, 120);
+  machine.band.putInByOthers(303);
+  machine.quit(game);
+  EXPECT_FALSE(isSlow(301));
+  EXPECT_FALSE(isSlow(302));
+  EXPECT_TRUE(isSlow(303)) << "nothing above it was ever slowed";
+}
+
+TEST_F(BornSlowed, WhatThePersonPutsThereWhileABoostBeginsStaysThere) {
+  machine.calls.watcher = [this](const SimulatedCall& call) {
+    if (call.operation == Operation::writeFile) machine.band.putInByOthers(101);
+  };
+  begin();
+  EXPECT_EQ(journalledPids(), (std::set<Pid>{100, 110}));
+  machine.quit(game);
+  EXPECT_TRUE(isSlow(101));
+  EXPECT_FALSE(isSlow(100));
+}
+
+// The program dies, and the next one finds out.
+class BornBeforeADeath : public BornSlowed {
+ protected:
+  void dieAndStartAgain() {
+    engine.reset();
+    mac.emplace(machine);
+    machine.restartProgram();
+    machine.activate(nullptr);
+    startOnMac();
+  }
+  std::string bandFile() const { return machine.files.applicationSupport() + "/Vantle/band.json"; }
+};
+
+TEST_F(BornBeforeADeath, IsFreedByTheNextStart) {
+  machine.band.putInByOthers(110);
+  begin();
+  spawnAt(300, 101);
+  spawnAt(301, 110);
+  const Pid daemon = daemonOf(101);
+  engine.reset(); // which puts nobody back
+  ASSERT_TRUE(isSlow(300));
+  dieAndStartAgain();
+  for (const Pid pid : {Pid{100}, Pid{101}, Pid{300}, daemon}) EXPECT_FALSE(isSlow(pid)) << pid;
+  EXPECT_TRUE(isSlow(110)) << "the person's";
+  EXPECT_TRUE(isSlow(301)) << "and what that has started";
+  EXPECT_EQ(machine.files.contents[bandFile()], "{}");
+}
+
+TEST_F(BornBeforeADeath, IsLeftAloneWithoutAFileThatTellsOfIt) {
+  for (const char* text : {"", "[]", "{\"since\":1}", "{\"boot\":\"another\",\"since\":1,\"older\":[]}"}) {
+    const Pid apart = machine.processes.spawn({});
+    machine.band.putInByOthers(apart);
+    machine.files.contents[bandFile()] = text;
+    dieAndStartAgain();
+    EXPECT_TRUE(isSlow(apart)) << text;
+  }
+}
+
+TEST_F(BornBeforeADeath, WhatTheSystemCallsYoungerThoughItWasThereStays) {
+  const Pid apart = machine.processes.spawn({});
+  machine.processes.find(apart)->startMicros += 3'600'000'000; // the clock was set back since
+  machine.band.putInByOthers(apart);
+  begin();
+  dieAndStartAgain();
+  EXPECT_TRUE(isSlow(apart));
 }
 
 } // namespace

@@ -5,7 +5,9 @@
 #include "tests/unit/engine/EngineFixture.h"
 
 #include <memory>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vantle {
@@ -26,7 +28,7 @@ class DarwinTest : public EngineTest {
 
   Engine& startOnMac() {
     if (!settings) settings.emplace(machine.defaults);
-    return engine.emplace(mac.on(machine), *settings);
+    return engine.emplace(mac->on(machine), *settings);
   }
   SimulatedAppRef openAt(Pid pid, const std::string& name) {
     AppSpec spec = named(name);
@@ -38,7 +40,7 @@ class DarwinTest : public EngineTest {
   Calls calls() { return kernel->takeTrace(); }
 
   std::unique_ptr<SimulatedKernel> kernel = std::make_unique<SimulatedKernel>(machine);
-  DarwinParts mac;
+  std::optional<DarwinParts> mac{std::in_place, machine};
 };
 
 } // namespace vantle

@@ -25,15 +25,15 @@ class System : public DarwinTest {
 // is as old.
 TEST_F(System, TheClockIsTheAxisOfStartTimes) {
   machine.clock.advance(std::chrono::microseconds(1'234'567));
-  const std::uint64_t now = mac.clock.processMicros();
-  EXPECT_EQ(startMicros(vantle::identityOf(*mac.processes.record(spawnAt(100)))), now);
+  const std::uint64_t now = mac->clock.processMicros();
+  EXPECT_EQ(startMicros(vantle::identityOf(*mac->processes.record(spawnAt(100)))), now);
   EXPECT_THAT(calls(), ElementsAre("gettimeofday()", "proc_pidinfo(100, PROC_PIDTBSDINFO, 0, 136)"));
 }
 
 TEST_F(System, TheClockSleepsAsLongAsItSays) {
-  const auto before = mac.clock.now();
-  mac.clock.sleep(std::chrono::milliseconds(20));
-  EXPECT_GE(mac.clock.now() - before, std::chrono::milliseconds(19));
+  const auto before = mac->clock.now();
+  mac->clock.sleep(std::chrono::milliseconds(20));
+  EXPECT_GE(mac->clock.now() - before, std::chrono::milliseconds(19));
 }
 
 TEST_F(System, TheHostIsThisProgramOnItsProcessors) {
@@ -59,7 +59,7 @@ TEST_F(System, ValuesOfAnotherSizeAreNone) {
 
 TEST_F(System, PressureIsHeardFromOneSourceUntilItsEnd) {
   std::vector<bool> heard;
-  auto source = mac.pressure.watch([&](bool isCritical) { heard.push_back(isCritical); });
+  auto source = mac->pressure.watch([&](bool isCritical) { heard.push_back(isCritical); });
   EXPECT_THAT(calls(),
               ElementsAre("dispatch_source_create(MEMORYPRESSURE, 0, 6, main)", "dispatch_set_context()",
                           "dispatch_source_set_event_handler_f()", "dispatch_resume()"));
@@ -75,7 +75,7 @@ TEST_F(System, PressureIsHeardFromOneSourceUntilItsEnd) {
 TEST_F(System, WhoHearsOfPressureMayStopListening) {
   int heard = 0;
   std::unique_ptr<MemoryPressureEvents::Source> source;
-  source = mac.pressure.watch([&](bool) {
+  source = mac->pressure.watch([&](bool) {
     source.reset();
     ++heard;
   });
@@ -86,15 +86,15 @@ TEST_F(System, WhoHearsOfPressureMayStopListening) {
 
 TEST_F(System, WithoutASourceThereAreNoEvents) {
   kernel->makesSources = false;
-  EXPECT_EQ(mac.pressure.watch([](bool) {}), nullptr);
+  EXPECT_EQ(mac->pressure.watch([](bool) {}), nullptr);
 }
 
 TEST_F(System, TheLevelOfPressureIsTheKernelsNumber) {
   machine.pressure.kernelLevel = 4;
-  EXPECT_EQ(mac.pressure.level(), 4);
+  EXPECT_EQ(mac->pressure.level(), 4);
   EXPECT_THAT(calls(), ElementsAre("sysctlbyname(kern.memorystatus_vm_pressure_level, 4)"));
   machine.pressure.kernelLevel.reset();
-  EXPECT_EQ(mac.pressure.level(), std::nullopt);
+  EXPECT_EQ(mac->pressure.level(), std::nullopt);
 }
 
 TEST_F(System, TheMachineOfTheSelfTestIsThisRoom) {
@@ -118,7 +118,7 @@ TEST_F(System, TheMachineOfTheSelfTestIsThisRoom) {
 // The whole report, on a machine where time passes by itself.
 TEST_F(System, TheSelfTestSaysWhetherTheBandWorks) {
   const auto report = [this] {
-    Machine parts = mac.on(machine);
+    Machine parts = mac->on(machine);
     Machine timed{parts.host,    parts.processes, parts.band,          parts.workspace, parts.audio,
                   parts.power,   parts.pressure,  parts.notifications, parts.defaults,  parts.files,
                   machine.clock, parts.launcher,  parts.text,          parts.loginItem, parts.catalog,

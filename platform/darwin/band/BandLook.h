@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "engine/ports/ProcessIdentity.h"
+
+#include <optional>
+
+namespace vantle {
+
+// What one read of the kernel tells of a process: two reads could be of two processes.
+struct BandLook {
+  ProcessIdentity process;
+  Pid parent = 0;
+  bool isIn = false; // in the band, whoever put it or one above it there
+};
+
+std::optional<BandLook> lookAt(Pid pid); // absent also for another user's process
+std::optional<Pid> parentOf(Pid pid);    // anybody's
+
+} // namespace vantle
