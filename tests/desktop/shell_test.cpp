@@ -128,6 +128,7 @@ TEST_F(Shell, TheSettingsAreDrawnAsFrugallyWhenTheyAreTheFirstToOpen) {
   const std::string loaded{std::istreambuf_iterator<char>(maps), {}};
   EXPECT_NE(loaded.find("libQt6Quick"), std::string::npos);
   EXPECT_EQ(loaded.find("_dri.so"), std::string::npos) << "it loaded a graphics driver";
+  EXPECT_EQ(loaded.find("libpulse"), std::string::npos) << "it asked nobody who plays";
 }
 
 TEST_F(Shell, ThePanelStartsAndEndsABoost) {
