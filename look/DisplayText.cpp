@@ -8,6 +8,7 @@
 #include <QDateTime>
 #include <QLocale>
 #include <algorithm>
+#include <array>
 #include <chrono>
 
 namespace vantle {
@@ -51,6 +52,32 @@ bool isBreak(QChar each) {
          category == QChar::Separator_Paragraph;
 }
 
+// Letters of scripts that fill a place and show nothing, and the cell of no dot.
+constexpr auto fillers = std::to_array<char32_t>({0x115F, 0x1160, 0x2800, 0x3164, 0xFFA0});
+
+bool canBeSeen(char32_t each) {
+  switch (QChar::category(each)) {
+  case QChar::Mark_NonSpacing:
+  case QChar::Mark_Enclosing:
+  case QChar::Separator_Space:
+  case QChar::Separator_Line:
+  case QChar::Separator_Paragraph:
+  case QChar::Other_Control:
+  case QChar::Other_Format:
+  case QChar::Other_NotAssigned:
+    return false;
+  default:
+    return std::find(fillers.begin(), fillers.end(), each) == fillers.end();
+  }
+}
+
+bool canBeSeen(const QString& text) {
+  const std::u32string all = text.toStdU32String();
+  return std::any_of(all.begin(), all.end(), [](char32_t each) { return canBeSeen(each); });
+}
+
+QString namelessText() { return QStringLiteral("\u201C\u201D"); }
+
 bool runsRightToLeft(const QString& text) {
   return std::any_of(text.begin(), text.end(), [](QChar each) {
     return each.direction() == QChar::DirR || each.direction() == QChar::DirAL;
@@ -64,6 +91,7 @@ QString displayText(const std::string& utf8, qsizetype longest) {
   QString text = withoutHarm(QString::fromUtf8(utf8.data(), bytes));
   std::replace_if(text.begin(), text.end(), isBreak, QChar(u' '));
   text = text.simplified();
+  if (!canBeSeen(text)) return {};
   if (text.size() > longest) {
     text.truncate(longest - 1);
     if (text.back().isHighSurrogate()) text.chop(1);
@@ -73,15 +101,18 @@ QString displayText(const std::string& utf8, qsizetype longest) {
 }
 
 QString displayText(const std::string& utf8, const std::string& otherwise) {
-  const QString text = displayText(utf8);
-  return text.isEmpty() ? displayText(otherwise) : text;
+  for (const std::string* name : {&utf8, &otherwise}) {
+    if (const QString text = displayText(*name); !text.isEmpty()) return text;
+  }
+  return namelessText();
 }
 
 QString shownName(const AppRef& app, qsizetype longest) {
   const std::string name = app ? app->localizedName().value_or(std::string()) : std::string();
-  QString shown = displayText(name, longest);
+  const QString shown = displayText(name, longest);
   if (name.empty() || !shown.isEmpty()) return shown;
-  return displayText(fileNameOf(app->executablePath().value_or(std::string())), longest);
+  const QString program = displayText(fileNameOf(app->executablePath().value_or(std::string())), longest);
+  return program.isEmpty() ? namelessText() : program;
 }
 
 QString pauseText(const std::optional<Pause>& pause, const QDate& today) {

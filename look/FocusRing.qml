@@ -10,6 +10,7 @@ RoundedBox {
     property real gap: 2
     property real sideGap: gap
 
+    z: 1 // over what its parent is filled with
     anchors.fill: parent
     anchors.topMargin: -gap
     anchors.bottomMargin: -gap

@@ -63,6 +63,11 @@ Column {
                     goTo(current);
             }
 
+            function resume() {
+                settle();
+                goTo(current);
+            }
+
             width: parent.width
             height: 34 * repeater.count
             visible: repeater.count > 0

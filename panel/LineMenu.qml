@@ -12,7 +12,10 @@ FocusScope {
     property int pid: 0 // of the app
     property rect line // the app's line, which stays in sight
     property real wantedX
-    property Item before // had the keyboard
+    property Item before // had the keyboard, unless it was a line:
+    property Item list // its list, which has other lines after each look at the apps
+    readonly property int place: panel.usage.findIndex(row => row.pid === pid)
+    property int markedPlace
 
     signal closed
 
@@ -20,14 +23,28 @@ FocusScope {
         pid = line.pid;
         sheet.name = line.name;
         menu.line = line.mapToItem(menu, 0, 0, line.width, line.height);
+        markedPlace = place;
         wantedX = menu.line.x + x;
-        before = Window.activeFocusItem;
+        if (line.activeFocus)
+            list = line.parent;
+        else
+            before = Window.activeFocusItem;
         sheet.enter();
     }
     function close() {
-        if (before)
+        if (list && place < 0)
+            Qt.callLater(list.resume); // when its line has gone
+        else if (list)
+            list.resume();
+        else if (before)
             before.forceActiveFocus(Qt.PopupFocusReason);
         closed();
+    }
+
+    // Others come and go above it, or the app itself has ended.
+    onPlaceChanged: {
+        if (place < 0)
+            close();
     }
 
     Keys.onEscapePressed: close()
@@ -43,7 +60,7 @@ FocusScope {
     }
     RoundedBox {
         x: menu.line.x
-        y: menu.line.y
+        y: menu.line.y + (menu.place - menu.markedPlace) * menu.line.height
         width: menu.line.width
         height: menu.line.height
         radius: 6

@@ -32,7 +32,7 @@ QString linesOf(const std::vector<SparedApp>& apps) {
                                Verdict::protectedByPerson, Verdict::systemApp}) {
     QStringList names;
     for (const SparedApp& app : apps) {
-      if (app.verdict == reason) names.append(displayText(app.name));
+      if (app.verdict == reason) names.append(displayText(app.name, std::string()));
     }
     if (!names.isEmpty()) lines.append(reasonText(reason).arg(names.join(QStringLiteral(", "))));
   }
@@ -66,7 +66,7 @@ void PanelModel::refresh() {
     m_usage.append(QVariant::fromValue(UsageRow{app.id, nameOf(app), memory}));
   }
   m_protected.clear();
-  for (const std::string& name : m_engine.protectedInUse()) m_protected.append(displayText(name));
+  for (const std::string& name : m_engine.protectedInUse()) m_protected.append(displayText(name, std::string()));
   m_leftAlone = linesOf(m_engine.sparedApps());
   m_pressure = m_engine.currentPressureLevel();
   m_ownBytes = m_engine.ownFootprint();

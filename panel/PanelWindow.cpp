@@ -38,12 +38,19 @@ PanelWindow::~PanelWindow() {
 void PanelWindow::open(std::optional<QRect> anchor) {
   m_anchor = anchor;
   m_awaitsFrame = true;
+  if (!isVisible()) forgetPlace();
   m_model.appear();
   place();
   surface().show(*this);
   if (!isVisible()) return leave();
   m_view->forceActiveFocus();
   update();
+}
+
+// The keyboard begins at the top, however short the panel was closed.
+void PanelWindow::forgetPlace() {
+  m_view->setProperty("isPlaced", false);
+  if (QQuickItem* const last = m_view->scopedFocusItem()) last->setFocus(false);
 }
 
 void PanelWindow::dismiss() {

@@ -32,6 +32,7 @@ class PanelWindow : public PopUpWindow {
   bool event(QEvent* event) override;
 
  private:
+  void forgetPlace();
   void leave();
   void place();
   QScreen* screenOfAnchor() const;

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "settings/model/AppKeys.h"
 
-#include "look/DisplayText.h"
-
 #include <string_view>
 
 namespace vantle {
@@ -12,11 +10,6 @@ std::string shownName(const InstalledApplication& application) {
   std::string name = application.name;
   if (name.ends_with(ending)) name.resize(name.size() - ending.size());
   return name;
-}
-
-QString readableName(const std::string& name, const std::string& key) {
-  const QString shown = displayText(name, key);
-  return shown.isEmpty() ? QStringLiteral("\u201C\u201D") : shown;
 }
 
 std::string displayNameForKey(const ApplicationCatalog& catalog, const std::string& key) {

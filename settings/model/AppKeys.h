@@ -12,10 +12,6 @@ namespace vantle {
 // the platform knows for the key, else the key itself.
 std::string displayNameForKey(const ApplicationCatalog& catalog, const std::string& key);
 
-// A name, fit to be shown, and never nothing: the key where nothing of the name can be seen, empty quotes
-// where nothing of that can be seen either.
-QString readableName(const std::string& name, const std::string& key);
-
 // Empty when no such app is installed, or it has no icon.
 std::string iconForKey(const ApplicationCatalog& catalog, const std::string& key);
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "settings/model/AppListModel.h"
 
+#include "look/DisplayText.h"
 #include "settings/model/AppKeys.h"
 
 #include <algorithm>
@@ -43,7 +44,7 @@ std::vector<AppListModel::Row> AppListModel::rowsFor(const std::vector<std::stri
     const std::string& key = keys[at];
     const std::string name = found[at] ? shownName(*found[at]) : m_catalog.knownName(key).value_or(key);
     rows.push_back(
-        {key, readableName(name, key), found[at] ? QString::fromStdString(found[at]->icon) : QString()});
+        {key, displayText(name, key), found[at] ? QString::fromStdString(found[at]->icon) : QString()});
   }
   return rows;
 }

@@ -155,7 +155,7 @@ void AppPickerModel::browse(const QString& path) {
 }
 
 AppPickerModel::Entry AppPickerModel::entryFor(const InstalledApplication& application) const {
-  const QString name = readableName(shownName(application), application.key);
+  const QString name = displayText(shownName(application), application.key);
   const QString key = QString::fromStdString(application.key);
   return {
       name, QString::fromStdString(application.icon), application.key,

@@ -35,7 +35,17 @@ TEST(DisplayText, KeepsWhatHoldsFacesAndLettersTogether) {
 TEST(DisplayText, IsOfAnotherNameWhereNothingOfTheFirstCanBeSeen) {
   EXPECT_EQ(displayText("\u200B\u2060", "editor"), QStringLiteral("editor"));
   EXPECT_EQ(displayText("Editor", "editor"), QStringLiteral("Editor"));
+  EXPECT_EQ(displayText("\u200B", "\u3164"), QStringLiteral("\u201C\u201D"));
   EXPECT_EQ(displayText(std::string(150, 'x'), 40), QString(39, u'x') + QChar(0x2026));
+}
+
+TEST(DisplayText, IsEmptyWhereNothingCanBeSeen) {
+  for (const char* name : {"\u00A0", "\u3164", "\u00A0\u3164 \uFFA0", "\u2800\u115F\u1160", "\u0301",
+                           "\uFE0F", "\U000E0041\U000E007F", "\U000E0100"})
+    EXPECT_EQ(displayText(name), QString()) << name;
+  EXPECT_EQ(displayText("\u3164a"), QStringLiteral("\u3164a"));
+  EXPECT_EQ(displayText("…"), QStringLiteral("…"));
+  EXPECT_EQ(displayText("\U0001F600"), QString::fromUtf8("\U0001F600"));
 }
 
 TEST(DisplayText, IsolatesRightToLeftNames) {

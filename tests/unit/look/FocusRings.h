@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QCoreApplication>
+#include <QImage>
 #include <QKeyEvent>
 #include <QQuickItem>
 #include <QQuickWindow>
@@ -14,7 +15,7 @@
 namespace vantle {
 
 // Goes through a window with the Tab key, and fails the test where the ring around what has the keyboard is
-// cut off, or runs over a text or a neighbour.
+// cut off or not to be seen, or runs over a text or a neighbour.
 class FocusRings {
  public:
   // The place is what of the window can be reached, if it is not all of it.
@@ -31,9 +32,10 @@ class FocusRings {
       const QQuickItem* const item = m_window.activeFocusItem();
       if (!seen.empty() && item == seen.front()) return names;
       seen.push_back(item);
-      if (const QQuickItem* const ring = shownRing(*m_window.contentItem())) {
+      if (QQuickItem* const ring = shownRing(*m_window.contentItem())) {
         names.push_back(nameOf(*ring->parentItem()));
         check(*ring);
+        checkPicture(*ring);
       }
     }
     ADD_FAILURE() << "the walk does not come round";
@@ -55,11 +57,11 @@ class FocusRings {
     return std::string_view(item.metaObject()->className()).starts_with(type);
   }
 
-  static const QQuickItem* shownRing(const QQuickItem& item) {
+  static QQuickItem* shownRing(QQuickItem& item) {
     if (!item.isVisible()) return nullptr;
     if (isOf(item, "FocusRing_")) return &item;
-    for (const QQuickItem* child : item.childItems()) {
-      if (const QQuickItem* ring = shownRing(*child)) return ring;
+    for (QQuickItem* child : item.childItems()) {
+      if (QQuickItem* ring = shownRing(*child)) return ring;
     }
     return nullptr;
   }
@@ -103,6 +105,24 @@ class FocusRings {
     EXPECT_TRUE(isWithin(around, window)) << nameOf(owner) << ": beyond the window";
     EXPECT_TRUE(isWithin(around, shownPart(ring, around))) << nameOf(owner) << ": cut off";
     checkNeighbours(m_place, owner, ring);
+  }
+
+  // Each of its sides, in the middle, is another colour than what is below.
+  void checkPicture(QQuickItem& ring) const {
+    const QImage with = m_window.grabWindow();
+    ring.setOpacity(0);
+    const QImage without = m_window.grabWindow();
+    ring.setOpacity(1);
+    const qreal within = ring.property("edgeWidth").toReal() / 2;
+    const QRectF line = sceneRect(ring).adjusted(within, within, -within, -within);
+    const QPointF middle = line.center();
+    for (const QPointF point : {QPointF(line.left(), middle.y()), QPointF(line.right(), middle.y()),
+                                QPointF(middle.x(), line.top()), QPointF(middle.x(), line.bottom())}) {
+      const QPoint pixel = (point * with.devicePixelRatio()).toPoint();
+      if (!with.rect().contains(pixel)) continue;
+      EXPECT_NE(with.pixelColor(pixel), without.pixelColor(pixel))
+          << nameOf(*ring.parentItem()) << ": not to be seen at " << point.x() << ", " << point.y();
+    }
   }
 
   static bool isText(const QQuickItem& item) {

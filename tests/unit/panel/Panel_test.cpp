@@ -344,6 +344,12 @@ TEST_F(Panel, CallsAnAppByItsProgramWhereNothingOfItsNameCanBeSeen) {
   EXPECT_TRUE(texts().contains("In front: hidden")) << texts().join('|').toStdString();
 }
 
+TEST_F(Panel, ShowsNoEmptyLineForAnAppWithoutAnyNameToBeSeen) {
+  machine.launch({.name = "\u3164", .executablePath = "/usr/bin/\u00A0\u3164"}, Opening::inFront);
+  open();
+  EXPECT_TRUE(texts().contains("In front: \u201C\u201D")) << texts().join('|').toStdString();
+}
+
 TEST_F(Panel, ItsTrayMenuNamesTheBoostAppAndTurnsTheBoostOff) {
   desktop = openSampleDesktop(machine);
   LastFace tray;
@@ -559,6 +565,33 @@ TEST_F(Panel, TheRightButtonOnALineOpensItsMenuAndAPressElsewhereLeavesIt) {
   press(QPointF(180, 20), Qt::LeftButton);
   EXPECT_EQ(itemNamed("Never slow down"), nullptr);
   EXPECT_TRUE(panel.isOpen());
+}
+
+TEST_F(Panel, TheMenuOfALineGoesWithItsApp) {
+  openBoosting();
+  for (int i = 0; i < 3; ++i) key(Qt::Key_Tab);
+  key(Qt::Key_C, "c");
+  ASSERT_EQ(place(), "Chat");
+  key(Qt::Key_Menu);
+  ASSERT_TRUE(becomesPlace("Bring to front"));
+  machine.quit(desktop.browser);
+  ASSERT_TRUE(until([this] { return texts().filter("Web Browser").isEmpty(); }));
+  EXPECT_NE(itemNamed("Bring to front"), nullptr) << "another app's end is no reason";
+  machine.quit(desktop.chat);
+  EXPECT_TRUE(until([this] { return itemNamed("Bring to front") == nullptr; }));
+  EXPECT_TRUE(panel.isOpen());
+  EXPECT_TRUE(becomesPlace("Text Editor")) << place().toStdString();
+}
+
+TEST_F(Panel, TheKeyboardBeginsAtTheTopWhenItIsOpenedAgain) {
+  openBoosting();
+  key(Qt::Key_Tab);
+  const QString first = place();
+  for (int i = 0; i < 2; ++i) key(Qt::Key_Tab);
+  panel.close();
+  open();
+  key(Qt::Key_Tab);
+  EXPECT_EQ(place(), first);
 }
 
 TEST_F(Panel, SaysWhoIsLeftAloneAndWhy) {

@@ -19,11 +19,12 @@ constexpr std::uint32_t longestList = 64 * 1024; // bytes: 16,384 windows
 constexpr std::uint32_t longestText = 1024;      // bytes
 constexpr std::size_t mostDrafts = 32;           // windows that are asked about at a time
 
-constexpr std::uint32_t onBehalfOfThePerson = 2; // the source of a request, as the window manager reads it
+constexpr std::uint32_t everyDesktop = 0xFFFFFFFF; // a window's desktop, when it is on all of them
+constexpr std::uint32_t onBehalfOfThePerson = 2;   // the source of a request, as the window manager reads it
 
 constexpr auto atomNames = std::to_array<std::string_view>(
-    {"_NET_CLIENT_LIST", "_NET_ACTIVE_WINDOW", "_NET_CLOSE_WINDOW", "_NET_WM_PID", "_NET_WM_WINDOW_TYPE",
-     "_GTK_APPLICATION_ID", "WM_PROTOCOLS", "WM_DELETE_WINDOW"});
+    {"_NET_CLIENT_LIST", "_NET_ACTIVE_WINDOW", "_NET_CLOSE_WINDOW", "_NET_CURRENT_DESKTOP", "_NET_WM_DESKTOP",
+     "_NET_WM_PID", "_NET_WM_WINDOW_TYPE", "_GTK_APPLICATION_ID", "WM_PROTOCOLS", "WM_DELETE_WINDOW"});
 
 constexpr auto typeNames = std::to_array<std::string_view>(
     {"NORMAL", "DIALOG", "UTILITY", "SPLASH", "TOOLBAR", "MENU", "DOCK", "DESKTOP", "NOTIFICATION", "TOOLTIP",
@@ -351,8 +352,17 @@ bool X11Windows::requestClose(const WindowFacts& window) {
 
 bool X11Windows::requestFront(const WindowFacts& window) {
   if (!m_connection.isOpen()) return false;
-  askManager(static_cast<xcb_window_t>(window.id), m_atoms[activeWindow],
-             {onBehalfOfThePerson, XCB_CURRENT_TIME});
+  const auto id = static_cast<xcb_window_t>(window.id);
+  getProperty(id, m_atoms[windowDesktop], sizeof(std::uint32_t),
+              [this, id](const void* bytes, std::size_t size) {
+                const std::vector<std::uint32_t> desktop = numbers(bytes, size);
+                // Some window managers only let one of another desktop ask for attention.
+                if (!desktop.empty() && desktop.front() != everyDesktop)
+                  askManager(m_connection.screen().root, m_atoms[currentDesktop],
+                             {desktop.front(), XCB_CURRENT_TIME});
+                askManager(id, m_atoms[activeWindow], {onBehalfOfThePerson, XCB_CURRENT_TIME});
+                m_connection.flush();
+              });
   m_connection.flush();
   return true;
 }

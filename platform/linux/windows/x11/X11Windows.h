@@ -52,6 +52,8 @@ class X11Windows final : public DesktopWindows {
     clientList,
     activeWindow,
     closeWindow,
+    currentDesktop,
+    windowDesktop,
     wmPid,
     windowType,
     gtkApplicationId,

@@ -386,6 +386,17 @@ TEST_F(X11WorkspaceTest, BringsAnAppToTheFront) {
   EXPECT_TRUE(runUntil([&] { return appOf(first)->isActive(); }));
 }
 
+TEST_F(X11WorkspaceTest, BringsAnAppToTheFrontFromAnotherDesktop) {
+  Program& first = window({});
+  Program& second = window({});
+  watch();
+  const std::string id = std::to_string(m_desktop.waitForWindow(first.pid()).id);
+  ASSERT_TRUE(m_desktop.run({"wmctrl", "-i", "-r", id, "-t", "2"}));
+  ASSERT_TRUE(runUntil([&] { return appOf(second)->isActive(); }));
+  EXPECT_TRUE(appOf(first)->bringToFront());
+  EXPECT_TRUE(runUntil([&] { return appOf(first)->isActive(); }));
+}
+
 TEST_F(X11WorkspaceTest, ClosesPolitely) {
   Program& polite = window({"--windows", "2"});
   Program& stubborn = window({"--ignore-close"});
