@@ -66,7 +66,8 @@ void PanelModel::refresh() {
     m_usage.append(QVariant::fromValue(UsageRow{app.id, nameOf(app), memory}));
   }
   m_protected.clear();
-  for (const std::string& name : m_engine.protectedInUse()) m_protected.append(displayText(name, std::string()));
+  for (const std::string& name : m_engine.protectedInUse())
+    m_protected.append(displayText(name, std::string()));
   m_leftAlone = linesOf(m_engine.sparedApps());
   m_pressure = m_engine.currentPressureLevel();
   m_ownBytes = m_engine.ownFootprint();
