@@ -7,6 +7,8 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <functional>
+#include <iostream>
 #include <map>
 #include <optional>
 #include <sched.h>
@@ -98,6 +100,26 @@ class Performance {
   }
 
  private:
+  // On an emulated machine a wait that is in vain takes a quarter of an hour: whoever looks on learns for
+  // what.
+  bool waitFor(const char* what, const std::function<bool()>& condition, seconds limit = longestEffect) {
+    const auto begin = std::chrono::steady_clock::now();
+    bool isSaid = false;
+    return waitUntil(
+        [&] {
+          if (condition()) return true;
+          if (!isSaid && std::chrono::steady_clock::now() - begin > seconds(30)) {
+            isSaid = true;
+            std::string names;
+            for (const Pid pid : own()) names += " " + nameOf(pid);
+            std::cout << m_row.program << ", " << m_row.way << ": still waits for " << what << ", with"
+                      << (names.empty() ? " nothing of it there" : names) << std::endl;
+          }
+          return false;
+        },
+        limit);
+  }
+
   void wrong(const std::string& what) { m_row.wrong += (m_row.wrong.empty() ? "" : "; ") + what; }
 
   // All that the start has brought and that lives, but for the terminal in which it was typed.
@@ -113,7 +135,8 @@ class Performance {
     auto since = std::chrono::steady_clock::now();
     std::vector<std::uint32_t> known;
     std::size_t asked = 0;
-    const bool isThere = waitUntil(
+    const bool isThere = waitFor(
+        "its window",
         [&] {
           const std::set<Pid> mine = own();
           std::vector<std::uint32_t> now;
@@ -167,19 +190,20 @@ class Performance {
     Json status;
     if (m_program.kind == Kind::game) {
       const auto isIt = [&] { return isBoosted(status = m_stage.status()); };
-      if (!waitUntil(isIt, longestEffect)) wrong("no Boost while it is in front");
+      if (!waitFor("its Boost", isIt)) wrong("no Boost while it is in front");
     } else {
       status = m_stage.status();
       if (isBoosted(status)) wrong("taken for a game");
       const std::string said = m_stage.vantle({"boost"});
       const auto isIt = [&] { return isBoosted(status = m_stage.status()); };
-      if (!waitUntil(isIt, longestEffect)) wrong("no Boost of it when asked for: " + said);
+      if (!waitFor("its Boost", isIt)) wrong("no Boost of it when asked for: " + said);
     }
     describe(status);
     m_row.identity = m_row.wrong.empty() ? "right" : "wrong";
     m_row.boost = isBoosted(status) ? m_program.kind == Kind::game ? "by itself" : "asked for" : "no";
     if (m_row.boost == "no") return;
-    if (!waitUntil([&] { return isSlowedWhole(stateOf(m_stage.witness().pid())); }, longestEffect))
+    if (!waitFor("the terminal to be slowed",
+                 [&] { return isSlowedWhole(stateOf(m_stage.witness().pid())); }))
       wrong("the terminal beside it keeps its speed");
     for (const Pid pid : own())
       if (!isUntouched(stateOf(pid)) && desktop::isAlive(pid))
@@ -199,7 +223,7 @@ class Performance {
     if (game == 0 || other == 0) return wrong("no other window");
     desktop.activate(other);
     desktop.run({"wmctrl", "-i", "-c", std::to_string(game)});
-    if (!waitUntil([&] { return !isBoosted(m_stage.status()); }, longestEffect))
+    if (!waitFor("the end of its Boost", [&] { return !isBoosted(m_stage.status()); }))
       wrong("the Boost goes on without the game's window");
   }
 
@@ -249,13 +273,11 @@ class Performance {
       m_row.slowedWhole = m_row.backWhole = "spared";
       if (!isSpared) wrong("slowed while it is heard");
     } else {
-      const bool isWhole = waitUntil(
-          [&] {
-            if (stragglers().empty()) return true;
-            m_stage.desktop().activate(game); // one that wants the front back is at full speed there, rightly
-            return false;
-          },
-          longestEffect);
+      const bool isWhole = waitFor("it to be slowed whole", [&] {
+        if (stragglers().empty()) return true;
+        m_stage.desktop().activate(game); // one that wants the front back is at full speed there, rightly
+        return false;
+      });
       std::size_t threads = 0;
       const std::set<Pid> mine = own();
       for (const Pid pid : mine) threads += desktop::kernelState(pid).threads.size();
@@ -286,7 +308,7 @@ class Performance {
       }
       return left;
     };
-    const bool isBack = waitUntil([&] { return changed().empty(); }, longestEffect);
+    const bool isBack = waitFor("it to be put back", [&] { return changed().empty(); });
     if (!m_program.isHeard) m_row.backWhole = isBack ? "yes" : "no";
     if (!isBack) {
       std::string names;

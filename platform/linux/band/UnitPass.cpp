@@ -20,6 +20,18 @@ bool isLoginSession(const std::string& path, const UnitWeights& units) {
   return path.starts_with(userSlice + "/session-") && path.ends_with(".scope");
 }
 
+// The manager takes in whom a service has left behind, as the session's bus does with the apps it starts. It
+// makes what it starts itself the first of a session, so where such a process of its lives, that is the main
+// one.
+bool isOrphanIn(const UnitPlace& service, const ProcessStat& root, const Kernel& kernel,
+                const ProcessView& view) {
+  if (root.session == root.pid) return false;
+  return std::any_of(view.all().begin(), view.all().end(), [&](const ProcessRecord& other) {
+    return other.parent == root.parent && other.session == other.pid &&
+           service.holds(kernel.unifiedPath(other.pid));
+  });
+}
+
 // Whose the processes of a later look are: as the view has it, and what was born since is its parent's.
 class OwnersNow {
  public:
@@ -69,7 +81,10 @@ std::optional<UnitWeights::Adoption> UnitPass::adoptionOf(const UnitWeights& uni
   const std::optional<UnitPlace> unit = unitOf(units.managerPath(), path);
   if (!unit && !isLoginSession(path, units)) return std::nullopt;
   // A service's own main process stays: the manager watches it there.
-  if (unit && unit->isService() && !unit->holds(kernel.unifiedPath(root->parent))) return std::nullopt;
+  if (unit && unit->isService() && !unit->holds(kernel.unifiedPath(root->parent)) &&
+      !isOrphanIn(*unit, *root, kernel, view)) {
+    return std::nullopt;
+  }
 
   std::set<std::string> sources; // what stands elsewhere has a place of its own
   for (const Pid pid : processes) sources.insert(kernel.unifiedPath(pid));

@@ -62,6 +62,17 @@ void moveIntoScope(GDesktopAppInfo*, GPid pid, gpointer id) {
             &properties);
 }
 
+// The bus has been asked in the background, and drops what waits for a program to come up when the one who
+// asked goes. A desktop stays; this stays until an answer says that what was asked before has arrived.
+void waitForActivated(const std::string& id) {
+  GError* error = nullptr;
+  GDBusConnection* bus = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, &error);
+  if (bus == nullptr) giveUp(error);
+  if (g_dbus_connection_call_sync(bus, id.c_str(), "/", "org.freedesktop.DBus.Peer", "Ping", nullptr, nullptr,
+                                  G_DBUS_CALL_FLAGS_NONE, G_MAXINT, nullptr, &error) == nullptr)
+    giveUp(error);
+}
+
 void startService(GDesktopAppInfo* app, const std::string& id) {
   GError* error = nullptr;
   gint count = 0;
@@ -114,8 +125,6 @@ int main(int argc, char** argv) {
   if (g_desktop_app_info_launch_uris_as_manager(app, nullptr, nullptr, G_SPAWN_SEARCH_PATH, nullptr, nullptr,
                                                 moveIntoScope, argv[2], &error) == FALSE)
     giveUp(error);
-  // What the bus starts it has been asked for in the background.
-  if (GDBusConnection* bus = g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr))
-    g_dbus_connection_flush_sync(bus, nullptr, nullptr);
+  if (g_desktop_app_info_get_boolean(app, "DBusActivatable") != FALSE) waitForActivated(id);
   return 0;
 }

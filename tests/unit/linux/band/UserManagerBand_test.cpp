@@ -132,6 +132,39 @@ TEST_F(UserManagerBand, AServicesMainProcessStaysWhereItIsWatched) {
   EXPECT_EQ(ProcKernel().ioPriority(service.pid()), 0);
 }
 
+// As GNOME's apps are started where the bus is dbus-daemon: in its service, as children of the manager.
+TEST_F(UserManagerBand, WhatAServiceHasStartedAndLeftBehindIsGivenAPlaceOfItsOwn) {
+  const TestProcess bus;
+  const TestProcess game(TestProcess::Session::inherited);
+  const TestProcess app(TestProcess::Session::inherited);
+  m_manager.addUnit("dbus.service", ScriptedUserManager::notSet);
+  const std::string slice = FakeControlGroups::appSlice();
+  const std::string service = slice.substr(0, slice.rfind('/')) + "/session.slice/dbus.service";
+  for (const Pid pid : {bus.pid(), game.pid(), app.pid()}) m_groups.place(pid, service);
+  makeRoomFor(game.pid(), {game.pid(), app.pid()});
+  EXPECT_THAT(m_groups.pathOf(game.pid()), HasSubstr("/app.slice/app-vantle-"));
+  EXPECT_TRUE(m_user->enter(app.pid(), {app.pid()}, {game.pid()}, game.pid()));
+  EXPECT_THAT(m_groups.pathOf(app.pid()), HasSubstr("/app.slice/app-vantle-"));
+  EXPECT_EQ(idleAround(app.pid()), "1");
+  EXPECT_NE(idleAround(game.pid()), "1");
+  EXPECT_EQ(m_groups.pathOf(bus.pid()), service);
+  EXPECT_NE(m_groups.idle(service), "1");
+}
+
+// Where nobody else can be the main process, it may be the one that the manager watches.
+TEST_F(UserManagerBand, TheLastOneOfAServiceStaysThoughItIsNotTheFirstOfASession) {
+  const TestProcess daemon(TestProcess::Session::inherited);
+  const TestProcess elsewhere;
+  m_manager.addUnit("forking.service", ScriptedUserManager::notSet);
+  m_manager.addUnit("other.service", ScriptedUserManager::notSet);
+  const std::string slice = FakeControlGroups::appSlice();
+  const std::string place = slice.substr(0, slice.rfind('/')) + "/session.slice/";
+  m_groups.place(daemon.pid(), place + "forking.service");
+  m_groups.place(elsewhere.pid(), place + "other.service");
+  makeRoomFor(daemon.pid(), {daemon.pid()});
+  EXPECT_THAT(m_groups.pathOf(daemon.pid()), HasSubstr("forking.service"));
+}
+
 TEST_F(UserManagerBand, SuccessWithoutEffectIsNoSuccess) {
   const TestProcess app;
   stand(app.pid(), "app-a-1.scope");
