@@ -202,10 +202,11 @@ Pid AppTrees::appLeftInSession(const ProcessRecord& orphan, const Known& known) 
   return isOlder ? inSamePlace(only, orphan) : 0;
 }
 
+// Nobody who could be asked stands above it there: a launcher that lives on has a place of its own.
 Pid AppTrees::appOfPlace(const ProcessRecord& orphan, const Known& known) const {
-  if (!isLeftBehind(orphan)) return 0;
   const std::string& place = placeOf(orphan.pid);
-  if (place.empty()) return 0;
+  if (place.empty() || orphan.user != m_ownUser) return 0;
+  if (!isLeftBehind(orphan) && placeOf(orphan.parent) == place) return 0;
   return onlyApp(known.apps,
                  [&](Pid app) { return find(app) != nullptr && placeOf(app) == place ? app : 0; });
 }

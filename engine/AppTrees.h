@@ -22,7 +22,7 @@ namespace vantle {
 //   - an orphan, when no app is above it any more, to the app of the first rule that finds one: the app that
 //     it was slowed with; the only one that it came with (from one image, out of one folder); the app that
 //     the first process of its session belongs to; the only one in a session without a first process; the
-//     only one in the place that the desktop made for it.
+//     only one in the place that the desktop made for it, whoever in another place started it.
 //
 // This program is an app to itself and never a part of what started it. Where apps are not each other's
 // children and nobody has sessions, an app's processes are just its tree.

@@ -69,6 +69,23 @@ TEST_F(Ownership, AnOrphanInThePlaceOfOneAppIsItsOwnAndOfTwoNobodys) {
   EXPECT_EQ(look().appOf(orphan), 0);
 }
 
+// As Wine does for what starts it: its services are a launcher's children, and the game's window is of
+// another.
+TEST_F(Ownership, WhatALauncherThatLivesOnHasStartedIsOfTheOneAppInItsPlace) {
+  AppSpec spec = named("Mail");
+  spec.place = "app-mail.scope";
+  const SimulatedAppRef mail = open(spec);
+  const Pid launcher = machine.processes.spawn({.place = "app-menu.scope"});
+  const Pid helper = machine.processes.spawn({.parent = launcher, .leadsSession = true, .place = spec.place});
+  const Pid placeless = machine.processes.spawn({.parent = launcher, .leadsSession = true});
+  EXPECT_EQ(look().appOf(helper), mail->processIdentifier());
+  EXPECT_EQ(look().appOf(placeless), 0);
+  EXPECT_EQ(look().appOf(launcher), 0);
+  spec.name = "Notes";
+  open(spec);
+  EXPECT_EQ(look().appOf(helper), 0);
+}
+
 // What waits for a browser's crash has left its tree and its session, as has Wine's server its games'.
 TEST_F(Ownership, AnOrphanThatCameWithOneAppIsItsOwnAndWithTwoNobodys) {
   start();
