@@ -131,10 +131,10 @@ TEST_F(FakePlacesTest, GivesAnOrphanToNobodyWhereItMayBeAnothers) {
   EXPECT_EQ(look({7}).appOf(8), 0);
 }
 
-TEST_F(FakePlacesTest, LeavesAloneWhatHasAParentAndWhatOthersWaitFor) {
+TEST_F(FakePlacesTest, LeavesAloneWhatStandsElsewhereAndWhatOthersWaitFor) {
   add(7, 1, 7, "app-a-7.scope");
   add(5, 1, 5, "app-b-5.scope"); // no app
-  add(8, 5, 8, "app-a-7.scope");
+  add(8, 5, 8, "app-b-5.scope");
   add(9, 1, 9, "app-a-7.scope", "dbus-daemon");
   const AppTrees trees = look({7});
   for (const Pid pid : {5, 8, 9}) EXPECT_EQ(trees.appOf(pid), 0) << pid;
