@@ -59,11 +59,10 @@ class BandMemory {
     bool wasTakenOut = false; // by this program, just now
   };
 
+  const Known* known(const ProcessIdentity& process) const; // null: it is not
   std::optional<Standing> standingOf(const BandLook& look) const;
   Standing origin(const BandLook& look) const;
   Standing judge(const BandLook& look);
-
-  const Known* known(const ProcessIdentity& process) const;
 
   std::uint64_t m_began = 0;
   std::unordered_map<Pid, Known> m_known;

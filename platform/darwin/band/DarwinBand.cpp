@@ -68,7 +68,10 @@ bool DarwinBand::enterBackgroundBand(Pid pid) {
   return true;
 }
 
-bool DarwinBand::leaveBackgroundBand(Pid pid) { return takeOut(pid, lookForMemory(pid)); }
+bool DarwinBand::leaveBackgroundBand(Pid pid) {
+  takeOver(); // the journal of an earlier program is worked off before anything is reclaimed
+  return takeOut(pid, lookForMemory(pid));
+}
 
 bool DarwinBand::takeOut(Pid pid, const std::optional<BandLook>& look) {
   if (!setBand(pid, outOfTheBand)) return false;
@@ -116,10 +119,13 @@ std::unique_ptr<BackgroundBand::Leaving> DarwinBand::leaving(const ProcessView& 
   return std::make_unique<LeavingTogether>(*this);
 }
 
+void DarwinBand::takeOver() {
+  if (std::exchange(m_hasTakenOver, true) || m_memory) return;
+  if (auto earlier = m_firstSlowing.memory()) m_memory = std::make_unique<BandMemory>(std::move(*earlier));
+}
+
 void DarwinBand::reclaim(const ProcessView* /*recent*/) {
-  if (!std::exchange(m_hasReclaimed, true) && !m_memory) {
-    if (auto earlier = m_firstSlowing.memory()) m_memory = std::make_unique<BandMemory>(std::move(*earlier));
-  }
+  takeOver();
   if (m_memory) {
     const bool isDone = takeOutAll([this](const BandLook& look) { return m_memory->isOwn(look); });
     if (!isDone) return; // nobody tells who there is: another time

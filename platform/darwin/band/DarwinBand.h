@@ -39,6 +39,7 @@ class DarwinBand final : public BackgroundBand {
  private:
   class LeavingTogether;
 
+  void takeOver();
   void remember(const ProcessView& view);
   std::optional<BandLook> lookForMemory(Pid pid) const;
   bool takeOut(Pid pid, const std::optional<BandLook>& look);
@@ -47,9 +48,9 @@ class DarwinBand final : public BackgroundBand {
   void lookAgain();
 
   FirstSlowing m_firstSlowing;
-  std::unique_ptr<BandMemory> m_memory; // null: nobody is slowed
-  bool m_hasReclaimed = false;          // what a program before this one left
-  bool m_isSlowing = false;             // somebody, as far as is known; or what it remembers is of the past
+  std::unique_ptr<BandMemory> m_memory;       // null: nobody is slowed, nor was just now
+  bool m_hasTakenOver = false;                // what a program before this one left
+  bool m_isSlowing = false;                   // otherwise what it remembers is over
   std::unique_ptr<DispatchSource> m_lateLook; // null: nobody was taken out just now
 };
 

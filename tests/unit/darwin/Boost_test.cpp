@@ -628,6 +628,16 @@ TEST_F(UnderWay, ADeathMeanwhileIsMadeGoodByTheNextStart) {
   EXPECT_TRUE(isFileEmpty());
 }
 
+TEST_F(UnderWay, AnExecAtTheNextStart) {
+  begin();
+  dieAndStartAgain();
+  endExecOf(101);
+  EXPECT_FALSE(isFileEmpty());
+  aWhileLater();
+  EXPECT_FALSE(isSlow(101));
+  EXPECT_TRUE(isFileEmpty());
+}
+
 TEST_F(UnderWay, WithoutATimerItIsLookedForAtOnce) {
   begin();
   kernel->makesSources = false;
