@@ -28,10 +28,13 @@ void BandMemory::entered(Pid pid, const std::optional<BandLook>& look) {
   known.wasTakenOut = false;
 }
 
+// One that was not in, as the program may have died before it put it there, has handed down nothing.
 void BandMemory::left(const BandLook& look) {
-  const Known* const before = known(look.process);
-  const bool wasTakenOut = look.isIn || (before != nullptr && before->wasTakenOut);
-  m_known[look.process.pid] = {look.process, Standing::left, wasTakenOut};
+  if (look.isIn) {
+    m_known[look.process.pid] = {look.process, Standing::left, true};
+  } else {
+    seen(look);
+  }
 }
 
 void BandMemory::seen(const BandLook& look) {

@@ -482,6 +482,21 @@ TEST_F(BornBeforeADeath, IsFreedByTheNextBoostIfTheStartCouldNotLook) {
   EXPECT_FALSE(isSlow(daemon));
 }
 
+// It is in the journal all the same.
+TEST_F(BornBeforeADeath, WhatWasNotSlowedYetCountsAsThePersonsWhenHePutsItThere) {
+  machine.calls.crashAt(machine.calls.steps() + 3, CrashMoment::beforeEffect);
+  EXPECT_THROW(begin(), SimulatedCrash);
+  ASSERT_FALSE(isSlow(101));
+  ASSERT_TRUE(journalledPids().contains(101));
+  dieAndStartAgain();
+  machine.band.putInByOthers(101);
+  later();
+  spawnAt(300, 101);
+  aWhileLater();
+  EXPECT_TRUE(isSlow(101));
+  EXPECT_TRUE(isSlow(300));
+}
+
 TEST_F(BornBeforeADeath, IsLeftAloneWithoutAFileThatTellsOfIt) {
   for (const char* text : {"", "[]", "{\"since\":1}", "{\"boot\":\"another\",\"since\":1,\"older\":[]}"}) {
     const Pid apart = machine.processes.spawn({});
