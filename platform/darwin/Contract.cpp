@@ -8,6 +8,7 @@
 #include <dispatch/dispatch.h>
 #include <fcntl.h>
 #include <libproc.h>
+#include <limits>
 #include <spawn.h>
 #include <sys/resource.h>
 #include <sys/sysctl.h>
@@ -31,12 +32,14 @@ static_assert(offsetof(proc_bsdinfo, pbi_ppid) == 16);
 static_assert(offsetof(proc_bsdinfo, pbi_uid) == 20);
 static_assert(offsetof(proc_bsdinfo, pbi_start_tvsec) == 120);
 static_assert(offsetof(proc_bsdinfo, pbi_start_tvusec) == 128);
+static_assert(PROC_FLAG_TRACED == 2);
 static_assert(PROC_FLAG_EXT_DARWINBG == 0x10000);
 
 // The short one, which there is of everybody's.
 static_assert(PROC_PIDT_SHORTBSDINFO == 13);
 static_assert(sizeof(proc_bsdshortinfo) == 64);
 static_assert(offsetof(proc_bsdshortinfo, pbsi_ppid) == 4);
+static_assert(offsetof(proc_bsdshortinfo, pbsi_flags) == 32);
 static_assert(offsetof(proc_bsdshortinfo, pbsi_uid) == 36);
 
 static_assert(PROC_PIDTASKINFO == 4);
@@ -67,7 +70,7 @@ static_assert(
     takes<int, decltype(::sysctlbyname), const char*, void*, std::size_t*, std::nullptr_t, std::size_t>);
 static_assert(takes<int, decltype(::getdtablesize)>);
 
-// Memory pressure, and the ends of processes.
+// Memory pressure, the ends of processes, and time.
 static_assert(DISPATCH_MEMORYPRESSURE_WARN == 2);
 static_assert(DISPATCH_MEMORYPRESSURE_CRITICAL == 4);
 static_assert(DISPATCH_PROC_EXIT == 0x80000000);
@@ -82,6 +85,13 @@ static_assert(takes<std::uintptr_t, decltype(::dispatch_source_get_data), dispat
 static_assert(takes<void, decltype(::dispatch_resume), dispatch_source_t>);
 static_assert(takes<void, decltype(::dispatch_source_cancel), dispatch_source_t>);
 static_assert(takes<void, decltype(::dispatch_release), dispatch_source_t>);
+static_assert(std::is_same_v<decltype(DISPATCH_SOURCE_TYPE_TIMER), dispatch_source_type_t>);
+static_assert(std::is_same_v<dispatch_time_t, std::uint64_t>);
+static_assert(DISPATCH_TIME_NOW == 0);
+static_assert(DISPATCH_TIME_FOREVER == std::numeric_limits<std::uint64_t>::max());
+static_assert(takes<dispatch_time_t, decltype(::dispatch_time), dispatch_time_t, std::int64_t>);
+static_assert(takes<void, decltype(::dispatch_source_set_timer), dispatch_source_t, dispatch_time_t,
+                    std::uint64_t, std::uint64_t>);
 
 // Who is heard.
 static_assert(kAudioObjectSystemObject == 1);

@@ -3,20 +3,31 @@
 
 #include "platform/darwin/process/ProcRead.h"
 
+#include <cstdint>
+
 namespace vantle {
+
+namespace {
+
+// While a process is traced it is told to be the child of whoever does that.
+Pid parentIn(std::uint32_t parent, std::uint32_t flags) {
+  return (flags & PROC_FLAG_TRACED) != 0 ? firstProcess : static_cast<Pid>(parent);
+}
+
+} // namespace
 
 std::optional<BandLook> lookAt(Pid pid) {
   const auto info = procRead<proc_bsdinfo, PROC_PIDTBSDINFO>(pid);
   if (!info) return std::nullopt;
   return BandLook{{pid, info->pbi_start_tvsec, info->pbi_start_tvusec},
-                  static_cast<Pid>(info->pbi_ppid),
+                  parentIn(info->pbi_ppid, info->pbi_flags),
                   (info->pbi_flags & PROC_FLAG_EXT_DARWINBG) != 0};
 }
 
 std::optional<Pid> parentOf(Pid pid) {
   const auto info = procRead<proc_bsdshortinfo, PROC_PIDT_SHORTBSDINFO>(pid);
   if (!info) return std::nullopt;
-  return static_cast<Pid>(info->pbsi_ppid);
+  return parentIn(info->pbsi_ppid, info->pbsi_flags);
 }
 
 } // namespace vantle

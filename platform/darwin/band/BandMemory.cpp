@@ -5,13 +5,12 @@ namespace vantle {
 
 namespace {
 
-constexpr Pid firstProcess = 1;     // it takes in every orphan
 constexpr int mostGenerations = 64; // nobody's tree is deeper, and a pid may come back while it is climbed
 
 } // namespace
 
 BandMemory BandMemory::ofAnEarlierProgram(std::uint64_t since, std::span<const ProcessIdentity> older) {
-  BandMemory memory;
+  BandMemory memory(since);
   memory.m_since = since;
   memory.m_older.insert(older.begin(), older.end());
   return memory;
@@ -26,15 +25,23 @@ void BandMemory::entered(Pid pid, const std::optional<BandLook>& look) {
   Known& known = m_known[pid];
   if (look) known.process = look->process;
   known.standing = Standing::own;
+  known.wasTakenOut = false;
 }
 
-void BandMemory::left(const BandLook& look) { m_known[look.process.pid] = {look.process, Standing::left}; }
+// One that was not in, as the program may have died before it put it there, has handed down nothing.
+void BandMemory::left(const BandLook& look) {
+  if (look.isIn) {
+    m_known[look.process.pid] = {look.process, Standing::left, true};
+  } else {
+    seen(look);
+  }
+}
 
 void BandMemory::seen(const BandLook& look) {
   if (look.isIn) return;
   const std::optional<Standing> known = standingOf(look);
   // Whoever is in it later was put there by somebody else.
-  if (known == Standing::own) left(look);
+  if (known == Standing::own) m_known[look.process.pid] = {look.process, Standing::left};
   if (!known) m_known[look.process.pid] = {look.process, m_since ? Standing::left : Standing::stranger};
 }
 
@@ -52,9 +59,34 @@ bool BandMemory::isBornOfLeaver(const BandLook& look) const {
   return look.isIn && !standingOf(look) && origin(look) == Standing::left;
 }
 
+bool BandMemory::isInAgain(const BandLook& look) const {
+  const Known* const one = look.isIn ? known(look.process) : nullptr;
+  return one != nullptr && one->wasTakenOut;
+}
+
+std::vector<Pid> BandMemory::takenOut() const {
+  std::vector<Pid> pids;
+  for (const auto& [pid, one] : m_known) {
+    if (one.wasTakenOut) pids.push_back(pid);
+  }
+  return pids;
+}
+
+void BandMemory::forgetWhoWasTakenOut() {
+  for (auto& [pid, one] : m_known) one.wasTakenOut = false;
+}
+
+// One that could not be read, as it was another user's for a while, is the same if it is as old.
+const BandMemory::Known* BandMemory::known(const ProcessIdentity& process) const {
+  const auto found = m_known.find(process.pid);
+  if (found == m_known.end()) return nullptr;
+  const auto& [pid, one] = *found;
+  const bool isSame = one.process ? *one.process == process : startMicros(process) < m_began;
+  return isSame ? &one : nullptr;
+}
+
 std::optional<BandMemory::Standing> BandMemory::standingOf(const BandLook& look) const {
-  const auto known = m_known.find(look.process.pid);
-  if (known != m_known.end() && known->second.process == look.process) return known->second.standing;
+  if (const Known* const one = known(look.process)) return one->standing;
   // That program's journal has taken out whom it had put in; who lived before and is in was not of these.
   if (!m_since || (startMicros(look.process) >= *m_since && !m_older.contains(look.process)))
     return std::nullopt;

@@ -8,6 +8,7 @@
 #include <span>
 #include <unordered_map>
 #include <unordered_set>
+#include <vector>
 
 namespace vantle {
 
@@ -19,10 +20,10 @@ namespace vantle {
 // put it in himself.
 class BandMemory {
  public:
-  BandMemory() = default;
+  explicit BandMemory(std::uint64_t began) : m_began(began) {} // in microseconds since the epoch
 
-  // What an earlier program has left, whose own changes were undone: it had slowed nobody before that moment,
-  // in microseconds since the epoch. These lived by then as well, whatever their time says.
+  // What an earlier program has left, whose own changes were undone: it had slowed nobody before that
+  // moment. These lived by then as well, whatever their time says.
   static BandMemory ofAnEarlierProgram(std::uint64_t since, std::span<const ProcessIdentity> older);
   bool isOfAnEarlierProgram() const { return m_since.has_value(); }
 
@@ -30,7 +31,7 @@ class BandMemory {
   void lived(Pid pid, const std::optional<BandLook>& look);
 
   void entered(Pid pid, const std::optional<BandLook>& look);
-  void left(const BandLook& look);
+  void left(const BandLook& look); // taken out by this program
   void seen(const BandLook& look); // nothing but who is out of the band follows from it
 
   // In the band, and by this program: put there, or born so.
@@ -39,6 +40,12 @@ class BandMemory {
   bool isOthers(const BandLook& look);
   // Born in the band of one that has left it since, and nobody has known it so far.
   bool isBornOfLeaver(const BandLook& look) const;
+
+  // An exec that is under way when its process is taken out goes on with what that had before. So whoever is
+  // in again right after counts as this program's, for as long as that is remembered.
+  bool isInAgain(const BandLook& look) const;
+  std::vector<Pid> takenOut() const;
+  void forgetWhoWasTakenOut();
 
  private:
   enum class Standing : std::uint8_t {
@@ -49,12 +56,15 @@ class BandMemory {
   struct Known {
     std::optional<ProcessIdentity> process; // absent: could not be read
     Standing standing = Standing::stranger;
+    bool wasTakenOut = false; // by this program, just now
   };
 
+  const Known* known(const ProcessIdentity& process) const; // null: it is not
   std::optional<Standing> standingOf(const BandLook& look) const;
   Standing origin(const BandLook& look) const;
   Standing judge(const BandLook& look);
 
+  std::uint64_t m_began = 0;
   std::unordered_map<Pid, Known> m_known;
   std::optional<std::uint64_t> m_since; // of the earlier program's first change
   std::unordered_set<ProcessIdentity> m_older;

@@ -4,6 +4,7 @@
 #include "platform/darwin/process/DarwinClock.h"
 #include "platform/darwin/process/LibprocProcessTable.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <sys/resource.h>
 #include <utility>
@@ -13,6 +14,10 @@ namespace vantle {
 namespace {
 
 constexpr int outOfTheBand = 0;
+
+// More than an exec or a fork takes. At the program's end nobody waits for that long.
+constexpr std::chrono::seconds aWhile{1};
+constexpr std::chrono::milliseconds shortWhile{300};
 
 // Each look finds only what was born during the one before.
 constexpr int mostLooks = 8;
@@ -42,6 +47,7 @@ class DarwinBand::LeavingTogether final : public Leaving {
       memory.seen(look);
       return memory.isBornOfLeaver(look);
     });
+    m_band.lookAgainLater();
     return {};
   }
 
@@ -62,7 +68,10 @@ bool DarwinBand::enterBackgroundBand(Pid pid) {
   return true;
 }
 
-bool DarwinBand::leaveBackgroundBand(Pid pid) { return takeOut(pid, lookForMemory(pid)); }
+bool DarwinBand::leaveBackgroundBand(Pid pid) {
+  takeOver(); // the journal of an earlier program is worked off before anything is reclaimed
+  return takeOut(pid, lookForMemory(pid));
+}
 
 bool DarwinBand::takeOut(Pid pid, const std::optional<BandLook>& look) {
   if (!setBand(pid, outOfTheBand)) return false;
@@ -83,7 +92,9 @@ bool DarwinBand::carriesOwnMark(Pid pid) const {
 }
 
 std::vector<std::vector<BandAnswer>> DarwinBand::enter(const BandPass& pass) {
+  if (m_memory && !m_isSlowing) lookAgain();
   if (!m_memory || m_memory->isOfAnEarlierProgram()) remember(pass.view);
+  m_isSlowing = true;
   return BackgroundBand::enter(pass);
 }
 
@@ -94,7 +105,7 @@ void DarwinBand::remember(const ProcessView& view) {
   if (pids.empty()) {
     for (const ProcessRecord& process : view.all()) pids.push_back(process.pid);
   }
-  m_memory = std::make_unique<BandMemory>();
+  m_memory = std::make_unique<BandMemory>(now);
   std::vector<ProcessIdentity> older;
   for (const Pid pid : pids) {
     const std::optional<BandLook> look = lookAt(pid);
@@ -108,15 +119,51 @@ std::unique_ptr<BackgroundBand::Leaving> DarwinBand::leaving(const ProcessView& 
   return std::make_unique<LeavingTogether>(*this);
 }
 
+void DarwinBand::takeOver() {
+  if (std::exchange(m_hasTakenOver, true) || m_memory) return;
+  if (auto earlier = m_firstSlowing.memory()) m_memory = std::make_unique<BandMemory>(std::move(*earlier));
+}
+
 void DarwinBand::reclaim(const ProcessView* /*recent*/) {
-  if (!std::exchange(m_hasReclaimed, true) && !m_memory) {
-    if (auto earlier = m_firstSlowing.memory()) m_memory = std::make_unique<BandMemory>(std::move(*earlier));
-  }
+  takeOver();
   if (m_memory) {
     const bool isDone = takeOutAll([this](const BandLook& look) { return m_memory->isOwn(look); });
     if (!isDone) return; // nobody tells who there is: another time
-    m_memory.reset();
+    m_isSlowing = false;
+    lookAgainLater();
+  } else {
+    m_firstSlowing.forget();
   }
+}
+
+void DarwinBand::lookAgainLater() {
+  m_lateLook = DispatchSource::after(aWhile, [this] { lookAgain(); });
+  if (!m_lateLook) lookAgain(); // nobody tells when it is time
+}
+
+bool DarwinBand::settle(std::chrono::milliseconds limit) {
+  if (!m_lateLook) return true;
+  DarwinClock().sleep(std::min<std::chrono::milliseconds>(limit, shortWhile));
+  lookAgain();
+  return m_isSlowing || !m_memory;
+}
+
+void DarwinBand::lookAgain() {
+  m_lateLook.reset();
+  if (!m_memory) return;
+  if (m_isSlowing) {
+    for (const Pid pid : m_memory->takenOut()) {
+      const std::optional<BandLook> look = lookAt(pid);
+      if (look && m_memory->isInAgain(*look)) takeOut(pid, look);
+    }
+    m_memory->forgetWhoWasTakenOut();
+    return;
+  }
+  const auto isOwn = [this](const BandLook& look) {
+    return m_memory->isInAgain(look) || m_memory->isOwn(look);
+  };
+  if (!takeOutAll(isOwn)) return;
+  m_memory.reset();
   m_firstSlowing.forget();
 }
 

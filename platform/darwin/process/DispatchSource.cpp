@@ -12,6 +12,18 @@ std::unique_ptr<DispatchSource> DispatchSource::create(dispatch_source_type_t ty
   return std::unique_ptr<DispatchSource>(new DispatchSource(source, std::move(handler)));
 }
 
+std::unique_ptr<DispatchSource> DispatchSource::after(std::chrono::milliseconds delay,
+                                                      std::function<void()> handler) {
+  const dispatch_source_t source =
+      ::dispatch_source_create(DISPATCH_SOURCE_TYPE_TIMER, 0, 0, dispatch_get_main_queue());
+  if (source == nullptr) return nullptr;
+  const std::int64_t nanoseconds = std::chrono::nanoseconds(delay).count();
+  ::dispatch_source_set_timer(source, ::dispatch_time(DISPATCH_TIME_NOW, nanoseconds), DISPATCH_TIME_FOREVER,
+                              static_cast<std::uint64_t>(nanoseconds / 10));
+  return std::unique_ptr<DispatchSource>(
+      new DispatchSource(source, [handler = std::move(handler)](std::uintptr_t /*fired*/) { handler(); }));
+}
+
 // A source must run before it is released.
 DispatchSource::DispatchSource(dispatch_source_t source, Handler handler)
     : m_source(source), m_handler(std::move(handler)) {

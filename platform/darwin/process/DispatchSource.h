@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <dispatch/dispatch.h>
 #include <functional>
@@ -17,6 +18,9 @@ class DispatchSource {
   // Null when the system makes none.
   static std::unique_ptr<DispatchSource> create(dispatch_source_type_t type, std::uintptr_t about,
                                                 std::uintptr_t events, Handler handler);
+  // Once, after that time or a tenth more.
+  static std::unique_ptr<DispatchSource> after(std::chrono::milliseconds delay,
+                                               std::function<void()> handler);
   ~DispatchSource();
   DispatchSource(const DispatchSource&) = delete;
   DispatchSource& operator=(const DispatchSource&) = delete;

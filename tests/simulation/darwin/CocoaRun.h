@@ -107,7 +107,7 @@ class CocoaRun final : public DarwinRun {
  private:
   const std::vector<Choice>& choices() const override {
     static const std::vector<Choice> all = [this] {
-      std::vector<Choice> choices = RandomRun::choices();
+      std::vector<Choice> choices = DarwinRun::choices();
       choices.push_back({6, "processes are told to be over", static_cast<Event>(&CocoaRun::tellOfExits)});
       choices.push_back({1, "nobody is told to be in front", static_cast<Event>(&CocoaRun::tellOfNobody)});
       return choices;

@@ -9,6 +9,7 @@
 #include "tests/simulation/darwin/SimulatedKernel.h"
 
 #include <algorithm>
+#include <chrono>
 #include <dispatch/dispatch.h>
 #include <map>
 #include <optional>
@@ -147,6 +148,14 @@ class DarwinRun : public RandomRun {
     m_losesFiles = true;
     m_forksMeanwhile = false; // also not while the journal is worked off
   }
+  const std::vector<Choice>& choices() const override {
+    static const std::vector<Choice> all = [this] {
+      std::vector<Choice> choices = RandomRun::choices();
+      choices.push_back({8, "what was under way is over", static_cast<Event>(&DarwinRun::tellOfTime)});
+      return choices;
+    }();
+    return all;
+  }
   void eventEnded() override {
     if (isSlowing()) return;
     m_bornMeanwhile.clear();
@@ -159,8 +168,14 @@ class DarwinRun : public RandomRun {
   SimulatedKernel m_kernel{m_machine};
 
  private:
+  void tellOfTime() {
+    m_machine.clock.advance(std::chrono::seconds(2));
+    m_kernel.tellOfTime();
+  }
   std::string folder() const { return m_machine.files.applicationSupport() + "/Vantle/"; }
+  // Also just now: what was under way may be the program's doing.
   bool isSlowing() const {
+    if (m_kernel.timers() > 0) return true;
     if (m_engine && m_engine->activeGame.get()) return true;
     const auto& all = m_machine.processes.all();
     return std::any_of(all.begin(), all.end(),

@@ -6,6 +6,7 @@
 #include <CoreAudio/CoreAudio.h>
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdarg>
 #include <cstdint>
 #include <cstring>
@@ -31,6 +32,7 @@ struct dispatch_source_s {
   dispatch_function_t handler = nullptr;
   std::uintptr_t mask = 0;
   std::uintptr_t data = 0;
+  std::optional<std::uint64_t> due; // in nanoseconds
   bool runs = false;
   bool isCancelled = false;
 };
@@ -55,12 +57,29 @@ std::string inWords(std::uint64_t number, const std::map<std::uint64_t, const ch
 // The length of one record, as another version of the system may have it.
 int answered(std::size_t size) { return static_cast<int>(size) + kernel->recordBytesOff; }
 
+std::uint32_t toldParent(const SimulatedProcess& process) {
+  const auto tracer = kernel->tracers.find(process.pid);
+  return static_cast<std::uint32_t>(tracer == kernel->tracers.end() ? process.parent : tracer->second);
+}
+
+std::uint32_t flagsOf(const SimulatedProcess& process) {
+  const std::uint32_t traced = kernel->tracers.contains(process.pid) ? PROC_FLAG_TRACED : 0;
+  return traced | (process.band == BandState::normal ? 0 : PROC_FLAG_EXT_DARWINBG);
+}
+
+std::uint64_t nanosecondsNow() {
+  constexpr std::uint64_t nanosecondsInOne = 1'000; // microsecond
+  const auto now = kernel->desktop.clock.now().time_since_epoch();
+  return static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::microseconds>(now).count()) *
+         nanosecondsInOne;
+}
+
 int writeFull(const SimulatedProcess& process, void* buffer) {
   proc_bsdinfo info{};
   info.pbi_pid = static_cast<std::uint32_t>(process.pid);
-  info.pbi_ppid = static_cast<std::uint32_t>(process.parent);
+  info.pbi_ppid = toldParent(process);
   info.pbi_uid = 501;
-  info.pbi_flags = process.band == BandState::normal ? 0 : PROC_FLAG_EXT_DARWINBG;
+  info.pbi_flags = flagsOf(process);
   info.pbi_start_tvsec = process.identity().startSec;
   info.pbi_start_tvusec = process.identity().startUsec;
   std::memcpy(buffer, &info, sizeof info);
@@ -70,7 +89,8 @@ int writeFull(const SimulatedProcess& process, void* buffer) {
 int writeShort(const SimulatedProcess& process, void* buffer) {
   proc_bsdshortinfo info{};
   info.pbsi_pid = static_cast<std::uint32_t>(process.pid);
-  info.pbsi_ppid = static_cast<std::uint32_t>(process.parent);
+  info.pbsi_ppid = toldParent(process);
+  info.pbsi_flags = flagsOf(process);
   info.pbsi_uid = kernel->foreign.contains(process.pid) ? 0 : 501;
   std::memcpy(buffer, &info, sizeof info);
   return answered(sizeof info);
@@ -164,6 +184,23 @@ void SimulatedKernel::tellOfExits() {
     const bool hasEnded = process == nullptr || process->identity() != *source.process;
     return hasEnded && source.data == 0; // once
   });
+}
+
+void SimulatedKernel::tellOfTime() {
+  const std::vector<dispatch_source_s*> all = allSources;
+  for (dispatch_source_s* source : all) {
+    const bool isThere = std::find(allSources.begin(), allSources.end(), source) != allSources.end();
+    if (!isThere || !source->runs || source->isCancelled) continue;
+    if (!source->due || *source->due > nanosecondsNow()) continue;
+    source->due.reset();
+    source->data = 1;
+    source->handler(source->context);
+  }
+}
+
+std::size_t SimulatedKernel::timers() const {
+  return static_cast<std::size_t>(std::count_if(allSources.begin(), allSources.end(),
+                                                [](const auto* source) { return source->due.has_value(); }));
 }
 
 std::size_t SimulatedKernel::sources() const { return allSources.size(); }
@@ -336,6 +373,7 @@ int fcntl(int descriptor, int command, ...) {
 
 extern const dispatch_source_type_s _dispatch_source_type_memorypressure{"MEMORYPRESSURE"};
 extern const dispatch_source_type_s _dispatch_source_type_proc{"PROC"};
+extern const dispatch_source_type_s _dispatch_source_type_timer{"TIMER"};
 dispatch_queue_s _dispatch_main_q{};
 
 dispatch_source_t dispatch_source_create(dispatch_source_type_t type, std::uintptr_t handle,
@@ -348,7 +386,8 @@ dispatch_source_t dispatch_source_create(dispatch_source_type_t type, std::uintp
   auto* const source = new dispatch_source_s;
   source->type = type;
   source->mask = mask;
-  const SimulatedProcess* process = isOfPressure ? nullptr : kernel->living(static_cast<int>(handle));
+  const bool isOfProcess = type == DISPATCH_SOURCE_TYPE_PROC;
+  const SimulatedProcess* process = isOfProcess ? kernel->living(static_cast<int>(handle)) : nullptr;
   if (process != nullptr) source->process = process->identity();
   vantle::allSources.push_back(source);
   return source;
@@ -364,12 +403,30 @@ void dispatch_source_set_event_handler_f(dispatch_source_t source, dispatch_func
   source->handler = handler;
 }
 
+dispatch_time_t dispatch_time(dispatch_time_t when, std::int64_t nanoseconds) {
+  if (when != DISPATCH_TIME_NOW) vantle::fail("a time that is not from now on");
+  return vantle::nanosecondsNow() + static_cast<std::uint64_t>(nanoseconds);
+}
+
+void dispatch_source_set_timer(dispatch_source_t source, dispatch_time_t start, std::uint64_t interval,
+                               std::uint64_t leeway) {
+  constexpr std::uint64_t nanosecondsInOne = 1'000'000; // millisecond
+  kernel->note("dispatch_source_set_timer(" +
+               std::to_string((start - vantle::nanosecondsNow()) / nanosecondsInOne) + " ms, " +
+               vantle::inWords(interval, {{DISPATCH_TIME_FOREVER, "FOREVER"}}) + ", " +
+               std::to_string(leeway / nanosecondsInOne) + " ms)");
+  if (source->type != DISPATCH_SOURCE_TYPE_TIMER) vantle::fail("a time for what is no timer");
+  if (interval != DISPATCH_TIME_FOREVER) vantle::fail("a timer that wakes the program for ever");
+  source->due = start;
+}
+
 std::uintptr_t dispatch_source_get_data(dispatch_source_t source) { return source->data; }
 
 void dispatch_resume(dispatch_source_t source) {
   kernel->note("dispatch_resume()");
   if (source->runs) vantle::fail("a source was resumed twice");
   if (source->handler == nullptr) vantle::fail("a source runs without a handler");
+  if (source->type == DISPATCH_SOURCE_TYPE_TIMER && !source->due) vantle::fail("a timer without a time");
   source->runs = true;
 }
 

@@ -26,10 +26,11 @@ class SimulatedKernel {
   SimulatedKernel& operator=(const SimulatedKernel&) = delete;
 
   SimulatedMachine& desktop;
-  std::set<Pid> foreign;    // another user's: in the list and in the short record, and no further
-  int bornWhileListed = 0;  // between the question how many there are and the list
-  int recordBytesOff = 0;   // what another version's records are longer or shorter by
-  bool makesSources = true; // of events
+  std::set<Pid> foreign;      // another user's: in the list and in the short record, and no further
+  std::map<Pid, Pid> tracers; // of those that are traced
+  int bornWhileListed = 0;    // between the question how many there are and the list
+  int recordBytesOff = 0;     // what another version's records are longer or shorter by
+  bool makesSources = true;   // of events
   std::unordered_set<ProcessIdentity> slowed; // ever, by the program
   std::map<std::string, int> numbers{{"hw.activecpu", 8}};
   std::map<std::string, std::string> texts{{"kern.osproductversion", "14.5"},
@@ -52,6 +53,9 @@ class SimulatedKernel {
   void raisePressure(unsigned long event);
   // Tells of each process that has ended, once and whether it is waited for or not, whoever watches that.
   void tellOfExits();
+  // Tells of the time to whoever asked for a moment that is over by now.
+  void tellOfTime();
+  std::size_t timers() const;  // that wait for their moment
   std::size_t sources() const; // that were made and not released
 
   // What the system would end the program for, or what it would do to the wrong process.

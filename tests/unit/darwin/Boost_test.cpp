@@ -60,6 +60,12 @@ class Boost : public DarwinTest {
   static std::string leave(Pid pid) {
     return "setpriority(PRIO_DARWIN_PROCESS, " + std::to_string(pid) + ", 0)";
   }
+  static Calls timer() {
+    return {"dispatch_source_create(TIMER, 0, 0, main)",
+            "dispatch_source_set_timer(1000 ms, FOREVER, 100 ms)", "dispatch_set_context()",
+            "dispatch_source_set_event_handler_f()", "dispatch_resume()"};
+  }
+  static Calls noTimer() { return {"dispatch_source_cancel()", "dispatch_release()"}; }
   static Calls then(Calls one, const Calls& other) {
     one.insert(one.end(), other.begin(), other.end());
     return one;
@@ -114,9 +120,15 @@ TEST_F(Boost, PutsBackTheYoungThenTheMembersAndForgets) {
                              record(100), record(100), leave(100),  // the members
                              record(101), record(101), leave(101)});
   expected = then(expected, lookOf(all)); // nobody was born meanwhile
+  expected = then(expected, timer());
   expected = then(expected, {"journal empty"});
   expected = then(expected, lookOf(all)); // and nobody is left
+  expected = then(expected, timer());
+  EXPECT_EQ(asked(), then(expected, noTimer()));
+  aWhileLater();
+  expected = then(noTimer(), lookOf(all)); // nothing was under way either
   EXPECT_EQ(asked(), then(expected, {"the band's file, empty"}));
+  EXPECT_EQ(kernel->sources(), 1U) << "of memory pressure";
   for (const Pid pid : {100, 101, 102}) EXPECT_FALSE(isSlow(pid));
 }
 
@@ -370,6 +382,53 @@ TEST_F(BornSlowed, ThroughAnotherUsersProcess) {
   EXPECT_TRUE(isSlow(303)) << "nothing above it was ever slowed";
 }
 
+TEST_F(BornSlowed, ThroughAnotherUsersProcessOfOneThatThePersonKeepsThere) {
+  machine.band.putInByOthers(101);
+  begin();
+  spawnAt(300, 101); // as root, for that one
+  kernel->foreign.insert(300);
+  spawnAt(301, 300);
+  machine.quit(game);
+  EXPECT_TRUE(isSlow(301));
+}
+
+// Whoever traces a process is told to be its parent.
+TEST_F(BornSlowed, AndTracedByOneThatIsNot) {
+  spawnAt(120);
+  begin();
+  spawnAt(300, 101);
+  spawnAt(301, 101); // as root
+  kernel->foreign.insert(301);
+  spawnAt(302, 301);
+  kernel->tracers = {{300, 120}, {301, 120}};
+  machine.quit(game);
+  EXPECT_FALSE(isSlow(300));
+  EXPECT_FALSE(isSlow(302));
+}
+
+TEST_F(BornSlowed, OfOneThatCouldNotBeReadBefore) {
+  spawnAt(120);
+  kernel->foreign.insert(120);
+  machine.band.putInByOthers(120);
+  begin();
+  kernel->foreign.erase(120);
+  spawnAt(300, 120);
+  machine.quit(game);
+  EXPECT_TRUE(isSlow(120)) << "the person's";
+  EXPECT_TRUE(isSlow(300));
+}
+
+TEST_F(BornSlowed, WithThePidOfOneThatCouldNotBeReadBefore) {
+  spawnAt(120);
+  kernel->foreign.insert(120);
+  begin();
+  machine.processes.exit(120);
+  kernel->foreign.erase(120);
+  spawnAt(120, 101);
+  machine.quit(game);
+  EXPECT_FALSE(isSlow(120));
+}
+
 TEST_F(BornSlowed, WhatThePersonPutsThereWhileABoostBeginsStaysThere) {
   machine.calls.watcher = [this](const SimulatedCall& call) {
     if (call.operation == Operation::writeFile) machine.band.putInByOthers(101);
@@ -406,7 +465,36 @@ TEST_F(BornBeforeADeath, IsFreedByTheNextStart) {
   for (const Pid pid : {Pid{100}, Pid{101}, Pid{300}, daemon}) EXPECT_FALSE(isSlow(pid)) << pid;
   EXPECT_TRUE(isSlow(110)) << "the person's";
   EXPECT_TRUE(isSlow(301)) << "and what that has started";
+  aWhileLater();
   EXPECT_EQ(machine.files.contents[bandFile()], "{}");
+}
+
+TEST_F(BornBeforeADeath, IsFreedByTheNextBoostIfTheStartCouldNotLook) {
+  begin();
+  const Pid daemon = daemonOf(101);
+  engine.reset();
+  machine.calls.refuse(Operation::scanProcesses);
+  dieAndStartAgain();
+  ASSERT_TRUE(isSlow(daemon));
+  machine.calls.grantAll();
+  machine.activate(game);
+  machine.quit(game);
+  EXPECT_FALSE(isSlow(daemon));
+}
+
+// It is in the journal all the same.
+TEST_F(BornBeforeADeath, WhatWasNotSlowedYetCountsAsThePersonsWhenHePutsItThere) {
+  machine.calls.crashAt(machine.calls.steps() + 3, CrashMoment::beforeEffect);
+  EXPECT_THROW(begin(), SimulatedCrash);
+  ASSERT_FALSE(isSlow(101));
+  ASSERT_TRUE(journalledPids().contains(101));
+  dieAndStartAgain();
+  machine.band.putInByOthers(101);
+  later();
+  spawnAt(300, 101);
+  aWhileLater();
+  EXPECT_TRUE(isSlow(101));
+  EXPECT_TRUE(isSlow(300));
 }
 
 TEST_F(BornBeforeADeath, IsLeftAloneWithoutAFileThatTellsOfIt) {
@@ -426,6 +514,160 @@ TEST_F(BornBeforeADeath, WhatTheSystemCallsYoungerThoughItWasThereStays) {
   begin();
   dieAndStartAgain();
   EXPECT_TRUE(isSlow(apart));
+}
+
+// What the system had under way when it was asked.
+class UnderWay : public BornBeforeADeath {
+ protected:
+  static constexpr std::size_t ofPressure = 1; // the engine's own source
+
+  // The new program of one that was slowed takes over after it was taken out.
+  void endExecOf(Pid pid) { machine.processes.find(pid)->band = BandState::byVantle; }
+  // Told of only now, as slowed as its parent was when it was born.
+  Pid listLate(Pid pid, Pid parent) {
+    spawnAt(pid, parent);
+    machine.processes.find(pid)->band = BandState::byVantle;
+    return pid;
+  }
+  bool isFileEmpty() const { return machine.files.contents.at(bandFile()) == "{}"; }
+};
+
+TEST_F(UnderWay, AnExecAtTheEnd) {
+  begin();
+  machine.quit(game);
+  endExecOf(101);
+  EXPECT_FALSE(isFileEmpty());
+  aWhileLater();
+  EXPECT_FALSE(isSlow(101));
+  EXPECT_TRUE(isFileEmpty());
+  EXPECT_EQ(kernel->sources(), ofPressure) << "nothing wakes the program";
+}
+
+TEST_F(UnderWay, AnExecOfTheAppInFront) {
+  begin();
+  machine.activate(steam);
+  endExecOf(101);
+  aWhileLater();
+  EXPECT_FALSE(isSlow(101));
+  EXPECT_TRUE(isSlow(110)) << "the Boost goes on";
+  EXPECT_EQ(kernel->sources(), ofPressure);
+  machine.activate(game);
+  EXPECT_TRUE(isSlow(101));
+  machine.quit(game);
+  EXPECT_FALSE(isSlow(101));
+}
+
+TEST_F(UnderWay, ABirth) {
+  begin();
+  machine.quit(game);
+  listLate(300, 101);
+  aWhileLater();
+  EXPECT_FALSE(isSlow(300));
+}
+
+TEST_F(UnderWay, AChangeOfUsers) {
+  begin();
+  kernel->foreign.insert(101);
+  machine.quit(game);
+  ASSERT_TRUE(isSlow(101));
+  kernel->foreign.erase(101);
+  aWhileLater();
+  EXPECT_FALSE(isSlow(101));
+}
+
+TEST_F(UnderWay, ABoostThatBeginsMeanwhileLooksFirst) {
+  begin();
+  machine.quit(game);
+  endExecOf(101);
+  listLate(300, 101);
+  listLate(400, 110);
+  game = gameAt(200);
+  machine.activate(game);
+  EXPECT_TRUE(isSlow(100));
+  machine.quit(game);
+  for (const Pid pid : {100, 101, 110, 300, 400}) EXPECT_FALSE(isSlow(pid)) << pid;
+}
+
+TEST_F(UnderWay, WhatThePersonPutsThereLaterStays) {
+  begin();
+  machine.activate(steam);
+  aWhileLater();
+  machine.band.putInByOthers(101);
+  machine.activate(game);
+  machine.quit(game);
+  EXPECT_TRUE(isSlow(101));
+  aWhileLater();
+  EXPECT_TRUE(isSlow(101));
+  machine.band.putInByOthers(100);
+  aWhileLater();
+  EXPECT_TRUE(isSlow(100));
+}
+
+TEST_F(UnderWay, IsWaitedForAtTheProgramsEnd) {
+  EXPECT_EQ(mac->band.owed(), 0U);
+  EXPECT_TRUE(mac->band.settle(std::chrono::hours(1))) << "nobody is slowed";
+  begin();
+  EXPECT_EQ(mac->band.owed(), 0U);
+  machine.quit(game);
+  endExecOf(101);
+  EXPECT_EQ(mac->band.owed(), 1U);
+  const auto before = std::chrono::steady_clock::now();
+  EXPECT_TRUE(mac->band.settle(std::chrono::hours(1)));
+  EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(290));
+  EXPECT_FALSE(isSlow(101));
+  EXPECT_TRUE(isFileEmpty());
+  EXPECT_EQ(mac->band.owed(), 0U);
+  EXPECT_EQ(kernel->sources(), ofPressure);
+}
+
+TEST_F(UnderWay, ALookThatFailsIsForTheNextStart) {
+  begin();
+  machine.quit(game);
+  listLate(300, 101);
+  machine.calls.refuse(Operation::scanProcesses);
+  EXPECT_FALSE(mac->band.settle(std::chrono::milliseconds(1)));
+  EXPECT_EQ(mac->band.owed(), 0U) << "it is of no use";
+  EXPECT_FALSE(isFileEmpty());
+  machine.calls.grantAll();
+  dieAndStartAgain();
+  EXPECT_FALSE(isSlow(300));
+}
+
+TEST_F(UnderWay, ADeathMeanwhileIsMadeGoodByTheNextStart) {
+  begin();
+  machine.quit(game);
+  listLate(300, 101);
+  dieAndStartAgain();
+  EXPECT_FALSE(isSlow(300));
+  aWhileLater();
+  EXPECT_TRUE(isFileEmpty());
+}
+
+TEST_F(UnderWay, AnExecAtTheNextStart) {
+  begin();
+  dieAndStartAgain();
+  endExecOf(101);
+  EXPECT_FALSE(isFileEmpty());
+  aWhileLater();
+  EXPECT_FALSE(isSlow(101));
+  EXPECT_TRUE(isFileEmpty());
+}
+
+TEST_F(UnderWay, WithoutATimerItIsLookedForAtOnce) {
+  begin();
+  kernel->makesSources = false;
+  machine.quit(game);
+  EXPECT_TRUE(isFileEmpty());
+  EXPECT_EQ(mac->band.owed(), 0U);
+}
+
+TEST_F(UnderWay, WhoeverEndsIsNotWoken) {
+  begin();
+  machine.quit(game);
+  EXPECT_EQ(kernel->timers(), 1U);
+  engine.reset();
+  mac.reset();
+  EXPECT_EQ(kernel->timers(), 0U);
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "tests/simulation/darwin/DarwinRun.h"
 #include "tests/unit/engine/EngineFixture.h"
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -20,6 +21,7 @@ class DarwinTest : public EngineTest {
   DarwinTest() { arrangeAsMac(machine); }
   ~DarwinTest() override {
     engine.reset();
+    mac.reset();
     EXPECT_FALSE(kernel->fault) << *kernel->fault;
     EXPECT_EQ(kernel->sources(), 0U) << "not released";
   }
@@ -34,6 +36,11 @@ class DarwinTest : public EngineTest {
     AppSpec spec = named(name);
     spec.pid = pid;
     return open(spec);
+  }
+  // So much later that nothing is under way any more.
+  void aWhileLater() {
+    machine.clock.advance(std::chrono::milliseconds(1100));
+    kernel->tellOfTime();
   }
   Pid spawnAt(Pid pid, Pid parent = 1) { return machine.processes.spawn({.parent = parent, .pid = pid}); }
   // The calls since the last time, in the system's own words.

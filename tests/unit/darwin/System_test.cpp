@@ -3,6 +3,7 @@
 #include "engine/SelfTest.h"
 #include "platform/OwnedMachine.h"
 #include "platform/darwin/process/DarwinHost.h"
+#include "platform/darwin/process/DispatchSource.h"
 #include "platform/darwin/process/SystemValue.h"
 #include "platform/simulated/SimulatedLauncher.h"
 #include "tests/unit/darwin/DarwinFixture.h"
@@ -70,6 +71,27 @@ TEST_F(System, PressureIsHeardFromOneSourceUntilItsEnd) {
   EXPECT_THAT(calls(), ElementsAre("dispatch_source_cancel()", "dispatch_release()"));
   kernel->raisePressure(DISPATCH_MEMORYPRESSURE_CRITICAL);
   EXPECT_THAT(heard, ElementsAre(false, true)) << "nobody asked for the return to normal";
+}
+
+TEST_F(System, ATimeComesOnceAndNotAfterItsEnd) {
+  int times = 0;
+  auto source = DispatchSource::after(std::chrono::milliseconds(50), [&] { ++times; });
+  EXPECT_THAT(calls(),
+              ElementsAre("dispatch_source_create(TIMER, 0, 0, main)",
+                          "dispatch_source_set_timer(50 ms, FOREVER, 5 ms)", "dispatch_set_context()",
+                          "dispatch_source_set_event_handler_f()", "dispatch_resume()"));
+  machine.clock.advance(std::chrono::milliseconds(49));
+  kernel->tellOfTime();
+  EXPECT_EQ(times, 0);
+  aWhileLater();
+  aWhileLater();
+  EXPECT_EQ(times, 1);
+  source = DispatchSource::after(std::chrono::milliseconds(50), [&] { ++times; });
+  source.reset();
+  aWhileLater();
+  EXPECT_EQ(times, 1);
+  kernel->makesSources = false;
+  EXPECT_EQ(DispatchSource::after(std::chrono::milliseconds(50), [] {}), nullptr);
 }
 
 TEST_F(System, WhoHearsOfPressureMayStopListening) {
