@@ -258,14 +258,13 @@ InnerProgram innerProgramOf(const std::string& exec) {
   for (std::string& word : words) word = singlePercents(word);
   const auto text = shellsText(words);
   if (text == words.end()) return {.words = words, .told = {}};
-  const Words given(std::min(text + 2, words.cend()), words.cend());
+  const Words given(words.cend() - text > 2 ? text + 2 : words.cend(), words.cend()); // after its own name
   const std::string home = sets(exec, "HOME") ? "" : g_get_home_dir();
   Words inner = lastProgram(shellCommands(*text, given, home).value_or(std::vector<ShellCommand>()));
   std::erase_if(inner, standsForFiles);
   const bool isElsewhere =
       !inner.empty() && inner.front().find('/') == std::string::npos && sets(exec, "PATH");
   if (inner.empty() || isElsewhere) return {.words = words, .told = {}};
-  words.erase(words.begin());
   return {.words = std::move(inner), .told = std::move(words)};
 }
 

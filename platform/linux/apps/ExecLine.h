@@ -25,7 +25,7 @@ std::vector<std::string> programOf(const std::string& exec);
 // ("sh -c 'cd FOLDER && ./run'", "bash -lc 'export A=b; exec ~/run >/dev/null'").
 struct InnerProgram {
   std::vector<std::string> words;
-  std::vector<std::string> told; // what follows the shell; empty where none is told
+  std::vector<std::string> told; // the shell and what it is given; empty where there is none
 };
 InnerProgram innerProgramOf(const std::string& exec);
 

@@ -153,7 +153,7 @@ TEST(ExecLine, IsTheProgramThatAShellIsToldToStart) {
             (Words{"/opt/a", "--new", "-1", "-2 3", "x"}));
   EXPECT_EQ(inner("/bin/sh -c game"), Words{"game"});
   EXPECT_EQ(inner("/opt/odd%%25 %%f"), (Words{"/opt/odd%25", "%f"}));
-  EXPECT_EQ(innerProgramOf("nice sh -c /opt/a name %U").told, (Words{"-c", "/opt/a", "name"}));
+  EXPECT_EQ(innerProgramOf("nice sh -c /opt/a name %U").told, (Words{"sh", "-c", "/opt/a", "name"}));
   EXPECT_EQ(innerProgramOf("sh -c true").told, Words());
 }
 
@@ -303,11 +303,15 @@ TEST_F(DesktopEntriesTest, KnowsTheProgramThatAShellIsToldToStart) {
   std::filesystem::permissions(program, std::filesystem::perms::owner_all);
   const std::string folder = m_folder.path().string() + "/odd%%25";
   install("told.desktop", "Name=Game\nExec=bash -lc 'FOO=1 exec " + folder + "/game -x >/dev/null' %U\n");
+  install("own.desktop", "Name=Game\nExec=sh -lc nowhere\n");
   install("plain.desktop", "Name=Game\nExec=" + folder + "/game\n");
   ASSERT_NE(find("told"), nullptr);
   EXPECT_EQ(find("told")->realPath, program.string());
   EXPECT_EQ(find("told")->arguments, Words{"-x"});
   EXPECT_EQ(find("told")->told, (Words{"-lc", "FOO=1 exec " + program.string() + " -x >/dev/null"}));
+  EXPECT_TRUE(find("own")->executable.ends_with("/sh")) << "wherever that finds it";
+  EXPECT_EQ(find("own")->arguments, (Words{"-lc", "nowhere"}));
+  EXPECT_EQ(find("own")->told, Words());
   ASSERT_NE(find("plain"), nullptr);
   EXPECT_EQ(find("plain")->realPath, program.string());
   EXPECT_EQ(find("plain")->told, Words());
