@@ -131,10 +131,10 @@ void dropPrefixes(Words& words, std::string folder) {
   }
 }
 
-// What a shell does to itself on its way to the program.
+// What a shell does to itself on its way to the program, or waits for.
 bool isPreparation(std::string_view name) {
-  constexpr std::array<std::string_view, 8> known{"cd",    "exec",  "export", "readonly",
-                                                  "umask", "unset", "ulimit", ":"};
+  constexpr std::array<std::string_view, 9> known{"cd",    "exec",   "export", "readonly", "umask",
+                                                  "unset", "ulimit", "sleep",  ":"};
   return std::find(known.begin(), known.end(), name) != known.end();
 }
 
