@@ -146,6 +146,23 @@ TEST(AppEvidence, SeesTheWrapperThatWaits) {
   EXPECT_EQ(evidence.launchedProcess, program.pid());
 }
 
+TEST(AppEvidence, SeesTheShellThatWasToldAmongOtherOptions) {
+  const desktop::TemporaryFolder folder;
+  desktop::Start start{.command = {"sh", "-ec", "/bin/sleep 1000 & echo $! > new; mv new child; wait; true"}};
+  start.workingFolder = folder.path();
+  const desktop::Program program(start);
+  AppEvidence evidence;
+  desktop::require("the child", [&] {
+    Pid child = 0;
+    if (!(std::ifstream(folder.path() / "child") >> child)) return false;
+    evidence = readEvidence(child);
+    return evidence.commandName == "sleep" && !evidence.arguments.empty();
+  });
+  ASSERT_EQ(evidence.wrappers.size(), 1U) << "nobody types into it";
+  EXPECT_EQ(evidence.wrappers.front().pid, program.pid());
+  EXPECT_EQ(evidence.wrappers.front().program, "") << "a text is no file";
+}
+
 TEST(AppEvidence, SeesTheScriptBehindItsInterpreter) {
   const desktop::TemporaryFolder folder;
   const std::string script = folder.write("tool.sh", "sleep 1000; true").string();
