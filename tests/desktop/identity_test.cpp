@@ -45,6 +45,13 @@ class Identities : public testing::Test {
     require("Vantle", [&] { return m_desktop.hasBusName("com.halvo.vantle") || !vantle.isRunning(); });
     ASSERT_TRUE(vantle.isRunning());
   }
+  std::string copyOf(const std::filesystem::path& program, const std::string& name) {
+    const std::filesystem::path copy = m_desktop.home() / "apps" / "Browser" / name;
+    std::filesystem::create_directories(copy.parent_path());
+    std::filesystem::copy_file(program, copy);
+    std::filesystem::permissions(copy, everybodys);
+    return copy.string();
+  }
   XWindows::Window window(const std::string& windowClass) {
     XWindows::Window found;
     require(windowClass.c_str(), [&] {
@@ -106,15 +113,23 @@ TEST_F(Identities, AGameThatSaysLateWhatItIsStartsABoost) {
   EXPECT_TRUE(isAtFullSpeed(game.pid()));
 }
 
+// The shell of its desktop file has become it, and leaves nothing behind that would tell.
+TEST_F(Identities, AGameThatAShellHasBecomeStartsABoost) {
+  const std::string program = copyOf(testWindow(), "odd-name");
+  m_desktop.installDesktopFile("told-game", "[Desktop Entry]\nType=Application\nName=Told\nCategories=Game;\n"
+                                            "Exec=bash -lc \"export A=1; exec '" +
+                                                program + "' >/dev/null\" %U\n");
+  const Program& plain = app({});
+  startVantle();
+  const Program& game = m_desktop.launch({program, "--class", "zz"});
+  m_desktop.waitForWindow(game.pid());
+  m_desktop.activate(game);
+  EXPECT_TRUE(becomesSlowed(plain.pid()));
+  EXPECT_TRUE(isAtFullSpeed(game.pid()));
+}
+
 // What has left an app's tree and session is slowed with it, if it came with that app alone.
 TEST_F(Identities, WhatAnAppBringsAlongIsSlowedWithIt) {
-  const auto copyOf = [this](const std::filesystem::path& program, const std::string& name) {
-    const std::filesystem::path copy = m_desktop.home() / "apps" / "Browser" / name;
-    std::filesystem::create_directories(copy.parent_path());
-    std::filesystem::copy_file(program, copy);
-    std::filesystem::permissions(copy, everybodys);
-    return copy.string();
-  };
   install("stage-game", "StageGame", "Game;");
   const Program& browser = m_desktop.launch({copyOf(testWindow(), "browser")});
   const Program& crashHelper = m_desktop.launch({copyOf("/bin/sleep", "crash_helper"), "1000"});

@@ -16,16 +16,22 @@
 
 // All of them are in this one program, each under its own name instead of libFuzzer's.
 using Target = int(const std::uint8_t*, std::size_t);
-extern "C" Target fuzz_asound, fuzz_autostart, fuzz_defaults, fuzz_inhibitors, fuzz_journal, fuzz_ledger,
-    fuzz_pipewire, fuzz_stat, fuzz_status, fuzz_utf8;
+extern "C" Target fuzz_asound, fuzz_autostart, fuzz_defaults, fuzz_exec, fuzz_inhibitors, fuzz_journal,
+    fuzz_ledger, fuzz_pipewire, fuzz_stat, fuzz_status, fuzz_utf8;
 
 namespace {
 
-const std::map<std::string, Target*> targets{{"asound", fuzz_asound},     {"autostart", fuzz_autostart},
-                                             {"defaults", fuzz_defaults}, {"inhibitors", fuzz_inhibitors},
-                                             {"journal", fuzz_journal},   {"ledger", fuzz_ledger},
-                                             {"pipewire", fuzz_pipewire}, {"stat", fuzz_stat},
-                                             {"status", fuzz_status},     {"utf8", fuzz_utf8}};
+const std::map<std::string, Target*> targets{{"asound", fuzz_asound},
+                                             {"autostart", fuzz_autostart},
+                                             {"defaults", fuzz_defaults},
+                                             {"exec", fuzz_exec},
+                                             {"inhibitors", fuzz_inhibitors},
+                                             {"journal", fuzz_journal},
+                                             {"ledger", fuzz_ledger},
+                                             {"pipewire", fuzz_pipewire},
+                                             {"stat", fuzz_stat},
+                                             {"status", fuzz_status},
+                                             {"utf8", fuzz_utf8}};
 
 const std::vector<std::string> pieces{"{",
                                       "}",

@@ -3,6 +3,7 @@
 
 #include "base/Text.h"
 #include "engine/ports/ProcessTable.h"
+#include "platform/linux/apps/ExecLine.h"
 #include "platform/linux/apps/InterpretedProgram.h"
 #include "platform/linux/apps/ProgramPath.h"
 #include "platform/linux/process/FlatpakInstances.h"
@@ -93,10 +94,21 @@ std::string programOfInterpreter(const std::string& executable, const Interprete
   return isInterpreter(fileNameOf(executable)) ? pathOf(run.file, workingFolder) : executable;
 }
 
+// What the dynamic loader was called with is what runs, however that was started.
+void passLoader(std::string& executable, std::vector<std::string>& arguments,
+                const std::string& workingFolder) {
+  if (!isLoader(fileNameOf(executable))) return;
+  std::vector<std::string> words = withoutPrefixes(arguments);
+  std::string program = words.empty() ? std::string() : pathOf(words.front(), workingFolder);
+  if (program.empty()) return;
+  executable = std::move(program);
+  arguments = std::move(words);
+}
+
 // What a person types into waits for everything, and was started for nothing of it.
 bool isInteractive(const std::string& executable, const std::vector<std::string>& arguments,
                    const InterpretedProgram& run) {
-  const bool hasText = std::find(arguments.begin(), arguments.end(), "-c") != arguments.end();
+  const bool hasText = std::any_of(arguments.begin(), arguments.end(), isTextOption);
   return isInterpreter(fileNameOf(executable)) && run.file.empty() && run.name.empty() && !hasText;
 }
 
@@ -122,6 +134,7 @@ std::vector<Wrapper> readWrappers(Pid pid) {
                     .program = {},
                     .arguments = argumentsOf(readProcessWords(folder + "/cmdline")),
                     .workingFolder = linkTarget(folder + "/cwd")};
+    passLoader(wrapper.executable, wrapper.arguments, wrapper.workingFolder);
     const InterpretedProgram run = interpretedProgram(fileNameOf(wrapper.executable), wrapper.arguments);
     if (wrapper.executable.empty() || isInteractive(wrapper.executable, wrapper.arguments, run)) break;
     wrapper.program = programOfInterpreter(wrapper.executable, run, wrapper.workingFolder);
@@ -138,7 +151,9 @@ AppEvidence withItsOwnWords(AppEvidence evidence) {
     evidence.sandboxId = std::move(id);
   }
   evidence.arguments = argumentsOf(readProcessWords(folder + "/cmdline"));
+  evidence.workingFolder = linkTarget(folder + "/cwd");
   if (evidence.executable.empty()) evidence.executable = startedProgram(evidence);
+  passLoader(evidence.executable, evidence.arguments, evidence.workingFolder);
 
   const std::vector<std::string> environment = readEnvironment(evidence.pid);
   evidence.wrappers = readWrappers(evidence.pid);
@@ -155,7 +170,6 @@ AppEvidence withItsOwnWords(AppEvidence evidence) {
   if (const std::string number = valueOf(environment, "SteamAppId"); isNumber(number)) {
     evidence.storeAddress = "steam://rungameid/" + number;
   }
-  evidence.workingFolder = linkTarget(folder + "/cwd");
   evidence.program = evidence.executable;
   if (isInterpreter(fileNameOf(evidence.executable))) {
     const InterpretedProgram run = interpretedProgram(fileNameOf(evidence.executable), evidence.arguments);

@@ -81,7 +81,8 @@ bool isInstalled(GKeyFile* file) {
   const std::string line = keyOf(file, G_KEY_FILE_DESKTOP_KEY_EXEC);
   if (line.empty()) return true;
   const std::vector<std::string> words = shellWords(line);
-  return !words.empty() && isProgram(pathIn(keyOf(file, G_KEY_FILE_DESKTOP_KEY_PATH), words.front()));
+  return !words.empty() &&
+         isProgram(pathIn(keyOf(file, G_KEY_FILE_DESKTOP_KEY_PATH), singlePercents(words.front())));
 }
 
 constexpr std::string_view scriptMark = "#!";
@@ -145,9 +146,12 @@ DesktopEntry entryIn(GKeyFile* file, const std::string& path, const std::string&
   entry.category = categoryOf(keyOf(file, G_KEY_FILE_DESKTOP_KEY_CATEGORIES));
   entry.isStore = isStoreOfGames(keyOf(file, G_KEY_FILE_DESKTOP_KEY_CATEGORIES));
   entry.isHidden = flagOf(file, G_KEY_FILE_DESKTOP_KEY_NO_DISPLAY);
-  std::vector<std::string> words = innerProgramOf(keyOf(file, G_KEY_FILE_DESKTOP_KEY_EXEC));
+  entry.folder = keyOf(file, G_KEY_FILE_DESKTOP_KEY_PATH);
+  auto [words, told] = innerProgramOf(keyOf(file, G_KEY_FILE_DESKTOP_KEY_EXEC));
+  // What only the shell finds, after reading its own files, is the shell's.
+  if (!told.empty() && !isProgram(pathIn(entry.folder, words.front()))) words = std::exchange(told, {});
+  if (!told.empty()) entry.told.assign(told.begin() + 1, told.end());
   if (!words.empty()) {
-    entry.folder = keyOf(file, G_KEY_FILE_DESKTOP_KEY_PATH);
     entry.executable = pathIn(entry.folder, words.front());
     entry.realPath = realPath(entry.executable);
     const std::string script = scriptAt(entry.realPath);

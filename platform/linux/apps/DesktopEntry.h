@@ -20,6 +20,7 @@ struct DesktopEntry {
   std::string executable;             // absolute path of Exec's program, as PATH finds it; may be empty
   std::string realPath;               // the same with all links followed
   std::vector<std::string> arguments; // Exec's own, without the places for files
+  std::vector<std::string> told;      // what follows the shell that Exec has the program from, if one does
   std::string folder;                 // that the program is started in; empty for none in particular
   std::string becomes;                // the program that such a script is replaced by, if it tells
   bool isScript = false;              // the program is a text that something else runs

@@ -60,9 +60,14 @@ bool isGiven(const AppEvidence& evidence, const DesktopEntry& entry, const std::
   });
 }
 
-bool runsWith(const AppEvidence& evidence, const DesktopEntry& entry) {
-  return std::all_of(entry.arguments.begin(), entry.arguments.end(),
+bool areGiven(const AppEvidence& evidence, const DesktopEntry& entry,
+              const std::vector<std::string>& arguments) {
+  return std::all_of(arguments.begin(), arguments.end(),
                      [&](const std::string& argument) { return isGiven(evidence, entry, argument); });
+}
+
+bool runsWith(const AppEvidence& evidence, const DesktopEntry& entry) {
+  return areGiven(evidence, entry, entry.arguments);
 }
 
 // An engine that is started with one game's data is that game; with any other it is not.
@@ -76,12 +81,15 @@ bool hasOtherData(const AppEvidence& evidence, const DesktopEntry& entry) {
 // How well an entry's Exec fits what runs; 0 for not at all.
 int programRank(const AppEvidence& evidence, const DesktopEntry& entry) {
   if (entry.isHidden || entry.realPath.empty()) return 0;
+  // The shell that was told, which may wait for what it has started.
+  const bool isShell = !entry.told.empty() && evidence.program.empty() && !evidence.executable.empty();
+  if (isShell && areGiven(evidence, entry, entry.told)) return 3;
   const bool isInterpreterItself =
       entry.realPath == evidence.executable && evidence.executable != evidence.program;
   if (isInterpreterItself) return !entry.arguments.empty() && runsWith(evidence, entry) ? 3 : 0;
   if (entry.becomes == evidence.program && !evidence.program.empty()) return 1;
   if (entry.realPath != evidence.program) return 0;
-  if (entry.arguments.empty()) return 2;
+  if (entry.arguments.empty()) return entry.told.empty() ? 2 : 1; // rather who starts nothing but it
   if (hasOtherData(evidence, entry)) return 0;
   return runsWith(evidence, entry) ? 3 : 1;
 }

@@ -83,10 +83,11 @@ InterpretedProgram ofWine(const std::vector<std::string>& arguments) {
   return {.file = found == arguments.end() ? std::string() : *found, .name = {}};
 }
 
-InterpretedProgram ofAnyOther(const std::vector<std::string>& arguments) {
+InterpretedProgram ofAnyOther(std::string_view interpreter, const std::vector<std::string>& arguments) {
+  const bool isShell = interpreter.ends_with("sh");
   for (std::size_t at = 1; at < arguments.size(); ++at) {
     const std::string& argument = arguments[at];
-    if (argument == "-c" || argument == "-e") return {};
+    if (argument == "-c" || argument == "-e" || (isShell && isTextOption(argument))) return {};
     if (!argument.starts_with('-')) return {.file = argument, .name = {}};
   }
   return {};
@@ -121,12 +122,21 @@ std::string packageFolder(std::string_view path) {
 
 } // namespace
 
+bool isLoader(std::string_view fileName) {
+  return fileName.starts_with("ld-") && fileName.find(".so") != std::string_view::npos;
+}
+
+bool isTextOption(std::string_view argument) {
+  return argument.starts_with('-') && argument.find('c') != std::string_view::npos &&
+         argument.find_first_not_of("ceilux", 1) == std::string_view::npos;
+}
+
 InterpretedProgram interpretedProgram(std::string_view interpreter,
                                       const std::vector<std::string>& arguments) {
   if (interpreter.starts_with("java")) return ofJava(arguments);
   if (interpreter.starts_with("python")) return ofPython(arguments);
   if (interpreter.starts_with("wine")) return ofWine(arguments);
-  return ofAnyOther(arguments);
+  return ofAnyOther(interpreter, arguments);
 }
 
 std::string_view withoutProgramEnding(std::string_view name) {

@@ -15,6 +15,12 @@ struct InterpretedProgram {
   bool operator==(const InterpretedProgram&) const = default;
 };
 
+// The dynamic loader by any of its names, which can be called with a program ("ld-linux-x86-64.so.2").
+bool isLoader(std::string_view fileName);
+
+// An option of a shell's after which a text follows that it runs: "-c", also among others ("-lc").
+bool isTextOption(std::string_view argument);
+
 // Understands the options of Java and Python that have a value of their own; of all others the first argument
 // that is no option is the file, unless a text was given ("-c", "-e").
 InterpretedProgram interpretedProgram(std::string_view interpreter,

@@ -52,16 +52,6 @@ std::string foundProgram(const std::string& program) {
 constexpr const char* shell = "/bin/sh";
 constexpr const char* shellCommand = "exec \"$0\"";
 
-// An Exec line has its percent signs twice.
-std::string singlePercents(std::string_view argument) {
-  std::string value;
-  for (std::size_t at = 0; at < argument.size(); ++at) {
-    value += argument[at];
-    if (argument.substr(at, 2) == "%%") ++at;
-  }
-  return value;
-}
-
 // Quoted whole, so that only the four characters that stay special between quotes need a backslash; a percent
 // sign would start a field code. The key file escapes its backslashes once more when it is written.
 std::string quoted(std::string_view argument) {

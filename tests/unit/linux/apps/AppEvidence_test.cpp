@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/apps/AppEvidence.h"
 
+#include "base/Text.h"
+#include "platform/linux/apps/InterpretedProgram.h"
 #include "platform/linux/windows/WindowKind.h"
 #include "platform/linux/windows/x11/X11Windows.h"
 #include "tests/support/ForkedProcess.h"
@@ -10,10 +12,12 @@
 #include "tests/unit/linux/SilentFileSystem.h"
 #include "tests/unit/linux/band/TestProcess.h"
 
+#include <cstddef>
 #include <exception>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <unistd.h>
@@ -59,6 +63,15 @@ TEST(Interpreter, IsKnownByItsName) {
     EXPECT_TRUE(isInterpreter(name)) << name;
   }
   for (const char* name : {"xterm", "shotwell", "", "galculator"}) EXPECT_FALSE(isInterpreter(name)) << name;
+}
+
+// The first words that look like its path; an executable has it near its start.
+std::string loaderOf(const std::string& program) {
+  std::ifstream file(program, std::ios::binary);
+  const std::string bytes((std::istreambuf_iterator<char>(file)), {});
+  const std::size_t at = bytes.find("/lib");
+  const std::string path = at == std::string::npos ? std::string() : bytes.c_str() + at;
+  return isLoader(fileNameOf(path)) ? path : std::string();
 }
 
 // An app decides what lies below its root, and when that can be read.
@@ -133,6 +146,23 @@ TEST(AppEvidence, SeesTheWrapperThatWaits) {
   EXPECT_EQ(evidence.launchedProcess, program.pid());
 }
 
+TEST(AppEvidence, SeesTheShellThatWasToldAmongOtherOptions) {
+  const desktop::TemporaryFolder folder;
+  desktop::Start start{.command = {"sh", "-ec", "/bin/sleep 1000 & echo $! > new; mv new child; wait; true"}};
+  start.workingFolder = folder.path();
+  const desktop::Program program(start);
+  AppEvidence evidence;
+  desktop::require("the child", [&] {
+    Pid child = 0;
+    if (!(std::ifstream(folder.path() / "child") >> child)) return false;
+    evidence = readEvidence(child);
+    return evidence.commandName == "sleep" && !evidence.arguments.empty();
+  });
+  ASSERT_EQ(evidence.wrappers.size(), 1U) << "nobody types into it";
+  EXPECT_EQ(evidence.wrappers.front().pid, program.pid());
+  EXPECT_EQ(evidence.wrappers.front().program, "") << "a text is no file";
+}
+
 TEST(AppEvidence, SeesTheScriptBehindItsInterpreter) {
   const desktop::TemporaryFolder folder;
   const std::string script = folder.write("tool.sh", "sleep 1000; true").string();
@@ -144,6 +174,20 @@ TEST(AppEvidence, SeesTheScriptBehindItsInterpreter) {
     return arguments.size() == 3 && arguments.front() == "sh"; // until then it is a copy of this program
   });
   EXPECT_EQ(readEvidence(inlined.pid()).program, "") << "what stands on the command line is no script";
+}
+
+// As bundles do that bring their own.
+TEST(AppEvidence, SeesTheProgramBehindTheLoader) {
+  const std::string loader = loaderOf("/bin/sleep");
+  if (loader.empty()) GTEST_SKIP() << "no loader that is known";
+  desktop::Start start{.command = {loader, "--library-path", "/nowhere", "bin/sleep", "1000"}};
+  start.workingFolder = "/";
+  const desktop::Program program(start);
+  EXPECT_TRUE(desktop::waitUntil([&] {
+    const AppEvidence evidence = readEvidence(program.pid());
+    return evidence.executable == "/usr/bin/sleep" && evidence.program == evidence.executable &&
+           evidence.arguments == std::vector<std::string>{"bin/sleep", "1000"};
+  }));
 }
 
 TEST(AppEvidence, SeesAScriptBesideWhichItWasStarted) {

@@ -10,9 +10,11 @@
 #include <algorithm>
 #include <exception>
 #include <filesystem>
+#include <glib.h>
 #include <gtest/gtest.h>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
@@ -80,26 +82,162 @@ TEST(ExecLine, IsWithoutWhatRunsAnotherProgram) {
                                        "dbus-run-session --",
                                        "strangle 60",
                                        "obs-gamecapture",
+                                       "setpriv --no-new-privs",
+                                       "setpriv --reuid 1000 --regid=1000 --clear-groups --",
+                                       "choom -n 200 --",
+                                       "choom -n 200",
+                                       "unshare -n -r",
+                                       "unshare --map-user 1000 -n",
+                                       "/lib64/ld-linux-x86-64.so.2",
+                                       "/opt/bundle/ld-2.31.so --library-path lib --argv0 game",
                                        "/usr/games/gamemoderun"};
   for (const std::string& prefix : cases)
     EXPECT_EQ(programOf(prefix + " /opt/game/run -n 5 %U"), (Words{"/opt/game/run", "-n", "5"})) << prefix;
   EXPECT_EQ(programOf("gamemoderun"), Words{});
   EXPECT_EQ(programOf("nice -n"), Words{});
+  EXPECT_EQ(programOf("choom -n 200 -p 42"), Words{});
   EXPECT_EQ(programOf("nicer /opt/game"), (Words{"nicer", "/opt/game"}));
 }
 
+// As desktop files quote a shell's text.
+std::string shell(const std::string& text, const std::string& start = "sh -c") {
+  std::string quoted;
+  for (const char letter : text)
+    quoted += (std::string_view("\"$\\`").find(letter) != std::string_view::npos ? "\\" : "") +
+              std::string(1, letter);
+  return start + " \"" + quoted + "\"";
+}
+
 TEST(ExecLine, IsTheProgramThatAShellIsToldToStart) {
-  EXPECT_EQ(innerProgramOf("sh -c 'cd /opt/bar && ./bar.py'"), Words{"/opt/bar/bar.py"});
-  EXPECT_EQ(innerProgramOf("bash -c \"cd '/opt/a b'; exec bin/run -x\" %U"),
-            (Words{"/opt/a b/bin/run", "-x"}));
-  EXPECT_EQ(innerProgramOf("sh -c 'exec gamemoderun /opt/bar/run'"), Words{"/opt/bar/run"});
-  for (const char* text : {"true", "cd x && ./run", "/opt/a & /opt/b", "cd /opt && ./a && ./b",
-                           "/opt/a | /opt/b", "cd $HOME && ./a", "cd /opt || ./a", ""}) {
-    EXPECT_EQ(innerProgramOf("sh -c '" + std::string(text) + "'"), (Words{"sh", "-c", text}));
-  }
-  EXPECT_EQ(innerProgramOf("sh -c /opt/a name"), (Words{"sh", "-c", "/opt/a", "name"}));
-  EXPECT_EQ(innerProgramOf("nice /opt/game %U"), Words{"/opt/game"});
+  const auto inner = [](const std::string& exec) { return innerProgramOf(exec).words; };
+  EXPECT_EQ(inner("sh -c 'cd /opt/bar && ./bar.py'"), Words{"/opt/bar/bar.py"});
+  EXPECT_EQ(inner("bash -c \"cd '/opt/a b'; exec bin/run -x\" %U"), (Words{"/opt/a b/bin/run", "-x"}));
+  EXPECT_EQ(inner("sh -c 'exec gamemoderun /opt/bar/run'"), Words{"/opt/bar/run"});
+  EXPECT_EQ(inner("sh -c /opt/a name"), Words{"/opt/a"});
+  EXPECT_EQ(inner("nice /opt/game %U"), Words{"/opt/game"});
   EXPECT_EQ(programOf("sh -c /opt/bar/run"), (Words{"sh", "-c", "/opt/bar/run"}));
+  const std::string home = g_get_home_dir();
+  for (const char* start : {"bash -lc", "bash -l -c", "bash -ic", "dash -ec", "bash --login -c"})
+    EXPECT_EQ(inner(shell("/opt/a", start)), Words{"/opt/a"}) << start;
+  for (const char* text : {"FOO=1 /opt/a",
+                           "LD_PRELOAD= exec /opt/a",
+                           "A=1 B='x y' exec env C=2 /opt/a",
+                           "export A=1; exec /opt/a",
+                           "ulimit -c 0; exec /opt/a",
+                           "export A=\"$HOME/b\" && umask 022 && /opt/a",
+                           "pkexec true || exec /opt/a",
+                           "sleep 2; /opt/a",
+                           "set -e; exec /opt/a",
+                           "xset s off && xset s 0 ; exec /opt/a",
+                           "/opt/b & exec /opt/a",
+                           "exec > /dev/null; /opt/a",
+                           "exec /opt/a > /dev/null",
+                           "exec /opt/a >/dev/null 2>&1",
+                           "/opt/a >>\"$HOME/my log\" 2>&1 </dev/null",
+                           "/opt/a &> /dev/null",
+                           "exec /opt/a \"$@\"",
+                           "exec /opt/a $*",
+                           "cd /opt && ./a $1",
+                           "cd /opt; exec ./a %F",
+                           "/opt/a & wait",
+                           "/opt/a &",
+                           "\n/opt/a;\n",
+                           "exec -a name /opt/a",
+                           "'/opt'/\\a"}) {
+    EXPECT_EQ(inner(shell(text) + " sh %U"), Words{"/opt/a"}) << text;
+  }
+  EXPECT_EQ(inner(shell("exec $HOME/a")), Words{home + "/a"});
+  EXPECT_EQ(inner(shell("exec \"${HOME}/a b\" '$x' \"a;b\"")), (Words{home + "/a b", "$x", "a;b"}));
+  EXPECT_EQ(inner(shell("exec ~/a a~")), (Words{home + "/a", "a~"}));
+  EXPECT_EQ(inner(shell("cd ~ && ./a")), Words{home + "/a"});
+  EXPECT_EQ(inner(shell("exec /opt/a --new \"$@\" x") + " sh -1 %U '-2 3'"),
+            (Words{"/opt/a", "--new", "-1", "-2 3", "x"}));
+  EXPECT_EQ(inner("/bin/sh -c game"), Words{"game"});
+  EXPECT_EQ(inner("/opt/odd%%25 %%f"), (Words{"/opt/odd%25", "%f"}));
+  EXPECT_EQ(innerProgramOf("nice sh -c /opt/a name %U").told, (Words{"sh", "-c", "/opt/a", "name"}));
+  EXPECT_EQ(innerProgramOf("sh -c true").told, Words());
+}
+
+TEST(ExecLine, IsAShellWhereNobodyElseCanBeSure) {
+  for (const char* text : {"true",
+                           "",
+                           "cd x && ./run",
+                           "/opt/a & /opt/b",
+                           "/opt/a; /opt/b",
+                           "/opt/a && /opt/b",
+                           "/opt/a & /opt/b & wait",
+                           "cd /opt && ./a && ./b",
+                           "/opt/a | /opt/b",
+                           "/opt/a |& /opt/b",
+                           "cd $OLD && ./a",
+                           "cd /opt || ./a",
+                           "cd /opt || exec ./a",
+                           "test -d /x && cd /opt; exec ./a",
+                           "cd /opt & exec ./a",
+                           "cd /opt -x; ./a",
+                           "/opt/b || /opt/a",
+                           "exec /opt/b || exec /opt/a",
+                           "exec /opt/b; exec /opt/a",
+                           "exec $(which a)",
+                           "exec `which a`",
+                           "exec \"`which a`\"",
+                           "exec $HOMES/a",
+                           "exec $0",
+                           "exec \"$@\"",
+                           "exec $1",
+                           "exec ~other/a",
+                           "exec /opt/a$@",
+                           "exec /opt/*/a",
+                           "exec /opt/a <<END",
+                           "(cd /opt; exec ./a)",
+                           "{ /opt/a; }",
+                           "if true; then exec /opt/a; fi",
+                           "while true; do /opt/a; done",
+                           "for x in 1 2; do exec /opt/a",
+                           "time /opt/a",
+                           "! /opt/a",
+                           "# exec /opt/a",
+                           "HOME=/x; exec $HOME/a",
+                           "HOME=/x exec ~/a",
+                           "PATH=/x exec a",
+                           "export PATH=/x; a",
+                           "A=1",
+                           "export A=/opt/a",
+                           "cd /opt/a",
+                           "exec",
+                           "exec >/opt/a",
+                           "eval /opt/a",
+                           ". /opt/a",
+                           "wait",
+                           "/opt/a &&",
+                           "/opt/a ||",
+                           "/opt/a >",
+                           ";; /opt/a",
+                           "exec '/opt/a",
+                           "exec \"/opt/a",
+                           "/opt/a \\",
+                           "/opt/a $"}) {
+    EXPECT_EQ(innerProgramOf(shell(text)).words, (Words{"sh", "-c", text})) << text;
+  }
+  EXPECT_EQ(innerProgramOf("env HOME=/x sh -c 'exec $HOME/a'").words, (Words{"sh", "-c", "exec $HOME/a"}));
+  EXPECT_EQ(innerProgramOf("sh -c 'exec \"$1\"' sh /opt/a").words,
+            (Words{"sh", "-c", "exec \"$1\"", "sh", "/opt/a"}));
+  EXPECT_EQ(innerProgramOf("bash -o posix -c /opt/a").words, (Words{"bash", "-o", "posix", "-c", "/opt/a"}));
+  EXPECT_EQ(innerProgramOf("bash -nc /opt/a").words, (Words{"bash", "-nc", "/opt/a"}));
+  EXPECT_EQ(innerProgramOf("sh /opt/a -c").words, (Words{"sh", "/opt/a", "-c"}));
+  EXPECT_EQ(innerProgramOf("zshy -c /opt/a").words, (Words{"zshy", "-c", "/opt/a"}));
+  EXPECT_EQ(innerProgramOf("bash -c").words, (Words{"bash", "-c"}));
+  EXPECT_EQ(innerProgramOf("bash").words, Words{"bash"});
+}
+
+TEST(ExecLine, IsStartedWhereItSays) {
+  EXPECT_EQ(programOf("env -C /opt/game ./run -x"), (Words{"/opt/game/run", "-x"}));
+  EXPECT_EQ(programOf("env --chdir=/opt/game A=1 nice ../run"), Words{"/opt/run"});
+  EXPECT_EQ(programOf("env -C /opt/game run"), Words{"run"});
+  EXPECT_EQ(programOf("env -C game ./run"), Words{}) << "wherever that is";
+  EXPECT_EQ(programOf("unshare -r --wd /opt ./run"), Words{"/opt/run"});
+  EXPECT_EQ(programOf("env -C"), Words{});
+  EXPECT_EQ(programOf("env --chdir"), Words{});
 }
 
 TEST(DisplayText, IsOneCleanLine) {
@@ -159,6 +297,25 @@ TEST_F(DesktopEntriesTest, FindsAProgramInTheFolderThatItIsStartedIn) {
   EXPECT_EQ(find("game")->executable, program.string());
   EXPECT_TRUE(find("game")->isScript);
   EXPECT_EQ(find("nowhere"), nullptr);
+}
+
+TEST_F(DesktopEntriesTest, KnowsTheProgramThatAShellIsToldToStart) {
+  const std::filesystem::path program = m_folder.write("odd%25/game", "");
+  std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+  const std::string folder = m_folder.path().string() + "/odd%%25";
+  install("told.desktop", "Name=Game\nExec=bash -lc 'FOO=1 exec " + folder + "/game -x >/dev/null' %U\n");
+  install("own.desktop", "Name=Game\nExec=sh -lc nowhere\n");
+  install("plain.desktop", "Name=Game\nExec=" + folder + "/game\n");
+  ASSERT_NE(find("told"), nullptr);
+  EXPECT_EQ(find("told")->realPath, program.string());
+  EXPECT_EQ(find("told")->arguments, Words{"-x"});
+  EXPECT_EQ(find("told")->told, (Words{"-lc", "FOO=1 exec " + program.string() + " -x >/dev/null"}));
+  EXPECT_TRUE(find("own")->executable.ends_with("/sh")) << "wherever that finds it";
+  EXPECT_EQ(find("own")->arguments, (Words{"-lc", "nowhere"}));
+  EXPECT_EQ(find("own")->told, Words());
+  ASSERT_NE(find("plain"), nullptr);
+  EXPECT_EQ(find("plain")->realPath, program.string());
+  EXPECT_EQ(find("plain")->told, Words());
 }
 
 TEST_F(DesktopEntriesTest, KnowsWhatAScriptBecomes) {

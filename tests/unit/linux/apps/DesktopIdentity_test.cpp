@@ -553,6 +553,28 @@ TEST(DesktopIdentity, AProgramIsTheAppOfTheScriptThatHasBecomeIt) {
   EXPECT_EQ(findEntry(AppEvidence(), {&hero, 1}), nullptr);
 }
 
+// The shell may have become the program, or wait for it and whatever that has started.
+TEST(DesktopIdentity, AProgramIsTheAppOfTheShellThatWasToldToStartIt) {
+  DesktopEntry tavern = game(entry("tavern-night", "/opt/night/start"));
+  tavern.told = {"-c", "export A=1; /opt/night/start"};
+  std::vector<DesktopEntry> entries{tavern};
+  const AppEvidence evidence = running("/opt/night/start");
+  EXPECT_NE(findEntry(evidence, entries), nullptr);
+  AppEvidence started = running("/opt/night/bin/night");
+  started.wrappers = {waiting("/usr/bin/dash", "", {"/bin/sh", "-c", "export A=1; /opt/night/start"})};
+  EXPECT_NE(findEntry(started, entries), nullptr);
+  started.wrappers = {waiting("/usr/bin/dash", "", {"/bin/sh", "-c", "/opt/night/start"})};
+  EXPECT_EQ(findEntry(started, entries), nullptr) << "which somebody else has told";
+  started.wrappers = {waiting("", "", {})};
+  EXPECT_EQ(findEntry(started, entries), nullptr);
+  entries.push_back(entry("plain", "/opt/night/start"));
+  EXPECT_EQ(findEntry(evidence, entries)->id, "plain") << "which starts nothing but it";
+  AppEvidence shell = running("/usr/bin/dash");
+  shell.program.clear();
+  shell.arguments = {"sh"};
+  EXPECT_EQ(findEntry(shell, entries), nullptr) << "a terminal's";
+}
+
 TEST(DesktopIdentity, WhoeverHasWindowsIsNobodysWrapper) {
   AppEvidence evidence = running("/opt/gog/game/Hero.x86_64");
   evidence.launchedFile = "/usr/share/applications/super.desktop";

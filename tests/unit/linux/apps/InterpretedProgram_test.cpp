@@ -34,6 +34,8 @@ TEST(InterpretedProgram, IsUnderstoodFromTheCommandLine) {
       {"wine64", {"wine64", "/home/me/setup.exe"}, {"/home/me/setup.exe", ""}},
       {"wine64", {"wine64", "winecfg"}, {}},
       {"bash", {"bash", "-c", "sleep 1"}, {}},
+      {"bash", {"bash", "-lc", "start.sh"}, {}},
+      {"perl", {"perl", "-lc", "start.pl"}, {"start.pl", ""}},
       {"bash", {"bash", "-u", "start.sh"}, {"start.sh", ""}},
       {"perl", {"perl", "-e", "print"}, {}},
       {"perl", {}, {}},
@@ -44,6 +46,13 @@ TEST(InterpretedProgram, IsUnderstoodFromTheCommandLine) {
     EXPECT_EQ(found.name, each.program.name) << each.interpreter << testing::PrintToString(each.arguments);
     EXPECT_EQ(found.from, each.program.from) << each.interpreter << testing::PrintToString(each.arguments);
   }
+}
+
+TEST(Loader, IsKnownByItsName) {
+  for (const char* name : {"ld-linux-x86-64.so.2", "ld-linux.so.2", "ld-musl-x86_64.so.1", "ld-2.31.so"})
+    EXPECT_TRUE(isLoader(name)) << name;
+  for (const char* name : {"ld", "ld-gold", "x86_64-linux-gnu-ld.so", "", "libld-2.31.so"})
+    EXPECT_FALSE(isLoader(name)) << name;
 }
 
 TEST(InterpretedProgram, IsCalledByItsFileOrTheFolderOfItsPackage) {
