@@ -291,7 +291,7 @@ class LastFace final : public Tray {
       m_tray.state = face.state;
       m_tray.symbol = face.symbol;
     }
-    void offer(std::vector<TrayEntry> menu) override { m_tray.menu = std::move(menu); }
+    void offer(std::vector<TrayEntry> entries) override { m_tray.menu = std::move(entries); }
 
    private:
     LastFace& m_tray;

@@ -52,9 +52,8 @@ TEST_F(UserManagerBand, AppsInASliceOfTheirOwnAreWeighedByTheSlice) {
   const TestProcess app;
   m_manager.addUnit("app-nested.slice");
   m_groups.place(app.pid(), FakeControlGroups::appSlice() + "/app-nested.slice/inner.service");
-  m_groups.place(app.pid(), FakeControlGroups::appSlice() + "/app-nested.slice/inner.service");
-  std::ofstream(m_groups.sysRoot() + "/fs/cgroup" + FakeControlGroups::appSlice() +
-                "/app-nested.slice/cgroup.procs");
+  const std::ofstream list(m_groups.sysRoot() + "/fs/cgroup" + FakeControlGroups::appSlice() +
+                           "/app-nested.slice/cgroup.procs");
   EXPECT_TRUE(enter(app.pid(), {app.pid()}));
   EXPECT_EQ(idle("app-nested.slice"), "1");
   m_band->leaveBackgroundBand(app.pid());
