@@ -3,6 +3,7 @@
 // place processes themselves, and for looking at a machine by hand.
 //
 //   boost PID          the app in front, with its tree
+//   apps PID...        main processes of other apps, each with its tree
 //   enter PID...       each the main process of an app: "1" or "0" for each of its processes
 //   leave PID          the main process of an app: "1" or "0" for each of its processes, then who lost its
 //                      place with them
@@ -83,6 +84,10 @@ class Console {
       m_band.makeRoomFor(first, [&]() -> const ProcessView& { return trees.emplace(look({})); });
       return "ok";
     }
+    if (command == "apps") {
+      m_others.insert(pids.begin(), pids.end());
+      return "ok";
+    }
     if (command == "enter") return enter(pids);
     if (command == "leave") return leave(first);
     if (command == "in") {
@@ -98,6 +103,7 @@ class Console {
   AppTrees look(const std::vector<Pid>& roots) const {
     std::set<Pid> apps(roots.begin(), roots.end());
     apps.insert(m_slowed.begin(), m_slowed.end());
+    apps.insert(m_others.begin(), m_others.end());
     if (m_boostApp != 0) apps.insert(m_boostApp);
     return {m_processes, {.apps = std::move(apps), .self = ::getpid(), .members = {}}};
   }
@@ -135,6 +141,7 @@ class Console {
   LinuxBand m_band;
   std::string m_input;
   Pid m_boostApp = 0;
+  std::set<Pid> m_others;
   std::set<Pid> m_slowed; // main processes of apps
   bool m_isDone = false;
 };

@@ -80,6 +80,24 @@ void FakeControlGroups::place(Pid pid, const std::string& path) {
   writeMembers(path);
 }
 
+void FakeControlGroups::setComputing(Pid pid, bool computes) {
+  const fs::path process = fs::path(procRoot()) / std::to_string(pid);
+  const fs::path thread = fs::path("task") / std::to_string(pid);
+  const fs::path file = fs::path("/proc") / std::to_string(pid) / thread / "stat";
+  if (fs::is_symlink(process / "task")) fs::remove(process / "task");
+  fs::create_directories(process / thread);
+  const fs::path next = process / "next";
+  if (computes) {
+    std::string text;
+    std::ifstream stat(file);
+    std::getline(stat, text);
+    write(next, text.replace(text.rfind(") ") + 2, 1, "R") + "\n");
+  } else {
+    fs::create_symlink(file, next);
+  }
+  fs::rename(next, process / thread / "stat"); // in one step: somebody may be reading
+}
+
 void FakeControlGroups::writeMembers(const std::string& path) {
   std::string pids;
   for (const auto& [pid, at] : m_paths) {

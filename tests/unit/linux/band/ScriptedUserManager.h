@@ -34,6 +34,9 @@ class FakeControlGroups {
   void setIdle(const std::string& path, bool idle);
   std::string idle(const std::string& path);
   void removeFolder(const std::string& path);
+  // Whether the kernel says of the process's only thread that it computes. It gets no processor time for
+  // that.
+  void setComputing(Pid pid, bool computes);
 
  private:
   std::filesystem::path below(const std::string& path) const;

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 // The band where a user manager weighs apps: its orders, and what it does when they fail.
+#include "tests/support/Wait.h"
 #include "tests/unit/linux/band/UserManagerFixture.h"
 
 #include <fstream>
 #include <gmock/gmock.h>
+#include <thread>
 
 namespace vantle {
 
@@ -272,6 +274,30 @@ TEST_F(UserManagerBand, TheBusDiesAndComesBackInTheMiddle) {
   EXPECT_TRUE(m_band->leaveBackgroundBand(app.pid()));
   EXPECT_TRUE(settled());
   EXPECT_EQ(m_manager.weight("app-a-1.scope"), 77U);
+}
+
+// Whoever computes is seen out when it has had a little processor time, which a lowered unit hardly gets: the
+// order that raises the unit must not wait for that, nor for anybody to read what the bus has to say.
+TEST_F(UserManagerBand, AUnitIsRaisedBeforeItsLastProcessIsSeenOut) {
+  const TestProcess app;
+  stand(app.pid(), "app-a-1.scope");
+  m_groups.setComputing(app.pid(), true);
+  EXPECT_TRUE(enter(app.pid(), {app.pid()}));
+  m_bus.kill();
+  m_manager.disconnect();
+  m_bus.start();
+  m_manager.connect();
+  EXPECT_TRUE(m_band->leaveBackgroundBand(app.pid()));
+  bool isRaised = false;
+  std::thread processor([&] {
+    isRaised =
+        desktop::waitUntil([&] { return m_manager.weight("app-a-1.scope") == ScriptedUserManager::notSet; });
+    m_groups.setComputing(app.pid(), false);
+  });
+  EXPECT_TRUE(settled());
+  processor.join();
+  EXPECT_TRUE(isRaised);
+  EXPECT_EQ(idle("app-a-1.scope"), "0");
 }
 
 TEST_F(UserManagerBand, TheNextStartPutsBackAUnitWhoseProcessesAreAllNew) {
