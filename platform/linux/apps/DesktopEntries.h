@@ -16,7 +16,8 @@ namespace vantle {
 //
 // Any of these files, and the programs that they name, can lie where nobody answers. So another thread reads
 // them: what does not answer is left out until it does, and once something is known nobody waits for news
-// longer than 100 ms.
+// longer than 100 ms. Hundreds of files would take about as long, so only those are read again that have
+// changed, or whose program has: who installs a game starts it next.
 class DesktopEntries {
  public:
   // The folders that hold "applications", most important first.
@@ -29,11 +30,12 @@ class DesktopEntries {
 
  private:
   struct Reading;
+  struct Table;
 
   void takeOver();
 
   std::vector<std::string> m_dataFolders;
-  std::vector<DesktopEntry> m_entries;
+  std::shared_ptr<const Table> m_table;   // never null
   std::shared_ptr<const Reading> m_known; // the last one that was taken over
   std::shared_ptr<Reading> m_inProgress;  // null when there is none to be taken over
   std::shared_ptr<std::atomic<bool>> m_isRead;

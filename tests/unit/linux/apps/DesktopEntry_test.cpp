@@ -364,6 +364,36 @@ TEST_F(DesktopEntriesTest, NoticesChanges) {
   EXPECT_TRUE(m_entries.all().empty());
 }
 
+// Two hundred files take longer than anybody waits for the one that is new.
+TEST_F(DesktopEntriesTest, ReadsOnlyWhatHasChanged) {
+  const auto file = m_folder.path() / "high/applications/one.desktop";
+  install("one.desktop", "Name=Old\nExec=sh\n");
+  ASSERT_NE(find("one"), nullptr);
+  const auto time = std::filesystem::last_write_time(file);
+  install("one.desktop", "Name=New\nExec=sh\n");
+  std::filesystem::last_write_time(file, time); // so that it looks like the one before
+  install("two.desktop", "Name=Two\nExec=sh\n");
+  touchLater();
+  desktop::require("the new one", [&] { return find("two") != nullptr; });
+  EXPECT_EQ(find("one")->name, "Old");
+  std::filesystem::last_write_time(file, time + std::chrono::seconds(1));
+  touchLater();
+  EXPECT_TRUE(desktop::waitUntil([&] { return find("one")->name == "New"; }));
+}
+
+TEST_F(DesktopEntriesTest, ReadsAFileAgainWhoseProgramHasChanged) {
+  const auto program = m_folder.write("game", "#!/bin/sh\nexec /bin/sh\n");
+  std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+  install("game.desktop", "Name=Game\nExec=" + program.string() + "\n");
+  ASSERT_NE(find("game"), nullptr);
+  EXPECT_TRUE(find("game")->isScript);
+  m_folder.write("game", std::string("\x7f"
+                                     "ELF\0\0",
+                                     6));
+  touchLater();
+  EXPECT_TRUE(desktop::waitUntil([&] { return !find("game")->isScript; }));
+}
+
 TEST_F(DesktopEntriesTest, SurvivesWhateverIsInTheFolder) {
   install("good.desktop", "Name=Good\nExec=sh\n");
   install("hidden.desktop", "Name=Hidden\nExec=sh\nHidden=true\n");
