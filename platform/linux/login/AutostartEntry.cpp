@@ -160,7 +160,8 @@ std::string programOfExec(const std::string& exec) {
   const bool isBehindShell =
       words.size() == 4 && words[0] == shell && words[1] == "-c" && words[2] == shellCommand;
   if (isBehindShell) return foundProgram(singlePercents(words[3]));
-  return words.empty() ? std::string() : foundProgram(words[0]);
+  const bool isToolkits = words.size() > 1 && words[1].starts_with("-") && !words[1].starts_with("--");
+  return words.size() == 1 || isToolkits ? foundProgram(words[0]) : std::string();
 }
 
 } // namespace vantle

@@ -40,7 +40,8 @@ class AutostartEntry {
 // The value of an Exec line that starts exactly this program, whatever characters its path is made of.
 std::string execValue(std::string_view program);
 
-// The absolute path of the program that an Exec line starts, should it be there; otherwise empty.
+// The absolute path of the program that an Exec line starts without arguments, or with the toolkit's (one
+// dash), should it be there; otherwise empty. With others Vantle does what they say, and ends.
 std::string programOfExec(const std::string& exec);
 
 } // namespace vantle

@@ -37,7 +37,9 @@ class ChildProcess final : public Subprocess {
   }
 
   void terminate() override {
-    if (isRunning()) ::kill(m_pid, SIGTERM);
+    if (!isRunning()) return;
+    ::kill(m_pid, SIGTERM);
+    ::kill(m_pid, SIGCONT); // one that somebody has stopped would keep it for later
   }
 
   void waitUntilExit() override {

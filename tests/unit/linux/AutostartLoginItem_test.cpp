@@ -109,7 +109,10 @@ TEST_F(LoginItemTest, IsOnForThisVeryProgramAlone) {
   const std::string program = setup.program;
   const std::vector<std::pair<std::string, bool>> cases{
       {program, true},
-      {program + " --quiet %U", true},
+      {program + " %U", true},
+      {program + " -platform xcb", true},
+      {program + " --test", false}, // and ends
+      {"\"" + program + "\" status", false},
       {"\"" + program + "\" %f", true},
       {link.string(), true},
       {"env A=b " + program, true},

@@ -80,7 +80,7 @@ void FakeControlGroups::place(Pid pid, const std::string& path) {
   writeMembers(path);
 }
 
-void FakeControlGroups::setComputing(Pid pid, bool computes) {
+void FakeControlGroups::setComputing(Pid pid, bool computes) const {
   const fs::path process = fs::path(procRoot()) / std::to_string(pid);
   const fs::path thread = fs::path("task") / std::to_string(pid);
   const fs::path file = fs::path("/proc") / std::to_string(pid) / thread / "stat";

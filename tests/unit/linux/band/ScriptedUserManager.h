@@ -36,7 +36,7 @@ class FakeControlGroups {
   void removeFolder(const std::string& path);
   // Whether the kernel says of the process's only thread that it computes. It gets no processor time for
   // that.
-  void setComputing(Pid pid, bool computes);
+  void setComputing(Pid pid, bool computes) const;
 
  private:
   std::filesystem::path below(const std::string& path) const;

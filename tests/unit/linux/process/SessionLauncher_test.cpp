@@ -82,6 +82,15 @@ TEST(SessionLauncher, EndsAndAwaitsWhatItStarted) {
   child->waitUntilExit();
 }
 
+TEST(SessionLauncher, EndsWhatSomebodyHasStopped) {
+  SessionLauncher launcher;
+  const Ended child(launcher.launch(endless));
+  ASSERT_TRUE(child.process);
+  ASSERT_EQ(::kill(child.process->processIdentifier(), SIGSTOP), 0);
+  child.process->terminate();
+  EXPECT_TRUE(desktop::waitUntil([&] { return !child.process->isRunning(); }));
+}
+
 TEST(SessionLauncher, SeesThatAProgramHasEndedByItself) {
   SessionLauncher launcher;
   const auto child = launcher.launch("/usr/bin/true");
