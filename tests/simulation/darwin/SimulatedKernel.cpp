@@ -62,9 +62,11 @@ std::uint32_t toldParent(const SimulatedProcess& process) {
   return static_cast<std::uint32_t>(tracer == kernel->tracers.end() ? process.parent : tracer->second);
 }
 
+constexpr std::uint32_t flagOfTheBand = 0x10000; // which no header has that is handed out
+
 std::uint32_t flagsOf(const SimulatedProcess& process) {
   const std::uint32_t traced = kernel->tracers.contains(process.pid) ? PROC_FLAG_TRACED : 0;
-  return traced | (process.band == BandState::normal ? 0 : PROC_FLAG_EXT_DARWINBG);
+  return traced | (process.band == BandState::normal ? 0 : flagOfTheBand);
 }
 
 std::uint64_t nanosecondsNow() {
