@@ -20,6 +20,10 @@ namespace {
 
 class RealWindows : public RealMac {
  protected:
+  void SetUp() override {
+    RealMac::SetUp();
+    if (!IsSkipped() && qApp == nullptr) GTEST_SKIP() << "there is no session with windows here";
+  }
   template <class Condition> static bool until(Condition holds) {
     const QDeadlineTimer guard(20'000);
     while (!holds() && !guard.hasExpired()) QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
