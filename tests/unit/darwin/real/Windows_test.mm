@@ -111,6 +111,7 @@ TEST_F(RealWindows, ThePanelIsOverFullScreenApps) {
   ASSERT_NE(native, nil);
   EXPECT_EQ([native level], NSStatusWindowLevel);
   EXPECT_EQ([native collectionBehavior] & 0x101U, 0x101U);
+  EXPECT_FALSE([native hidesOnDeactivate]);
   EXPECT_EQ(window.position(), QPoint(100, 100));
   surface.hide(window);
   EXPECT_TRUE(until([] { return ![[NSApplication sharedApplication] isActive]; }))

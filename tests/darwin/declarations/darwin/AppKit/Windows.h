@@ -70,6 +70,7 @@ enum : NSWindowCollectionBehavior {
 @property NSWindowLevel level;
 @property(strong) NSView* contentView;
 @property NSWindowCollectionBehavior collectionBehavior;
+@property BOOL hidesOnDeactivate; // off the screen while the program is not the active one; so panels are
 - (NSRect)convertRectToScreen:(NSRect)rect;
 @end
 @interface NSView : NSObject
