@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "platform/darwin/notices/CocoaNotifications.h"
 
-#include "platform/darwin/cocoa/OwnBundle.h"
 #import "platform/darwin/cocoa/Retained.h"
 #import "platform/darwin/cocoa/Values.h"
 
@@ -11,9 +10,14 @@ namespace vantle {
 
 namespace {
 
-// Nil without a bundle.
+// Nil when it throws, which would end the program: without a bundle, but also in one that the system has not
+// looked at yet, as when its program is started by its path right after it was built or copied.
 UNUserNotificationCenter* centre() {
-  return ownBundleIdentifier() ? [UNUserNotificationCenter currentNotificationCenter] : nil;
+  @try {
+    return [UNUserNotificationCenter currentNotificationCenter];
+  } @catch (NSException*) {
+    return nil;
+  }
 }
 
 } // namespace

@@ -51,8 +51,9 @@ class SimulatedCocoa {
 
   // Of the notices, and of opening at login.
   std::optional<std::string> ownBundle = "com.halvo.vantle"; // the program's; absent for a bare executable
-  std::vector<std::string> notices;                          // every message to the notification centre
-  long loginStatus = 3;                                      // never heard of
+  bool bundleIsKnown = true;        // to the system, which may not have looked at a new one yet
+  std::vector<std::string> notices; // every message to the notification centre
+  long loginStatus = 3;             // never heard of
   bool loginIsRefused = false;
 
   static int objects(); // that were made here and not released by everybody

@@ -332,7 +332,7 @@ std::map<const void*, Words> contents; // the class is declared without a place 
 
 @implementation UNUserNotificationCenter
 + (UNUserNotificationCenter*)currentNotificationCenter {
-  if (!cocoa->ownBundle) {
+  if (!cocoa->ownBundle || !cocoa->bundleIsKnown) {
     [NSException raise:NSInternalInconsistencyException format:@"bundleProxyForCurrentProcess is nil"];
   }
   static UNUserNotificationCenter* const shared = [[UNUserNotificationCenter alloc] init];

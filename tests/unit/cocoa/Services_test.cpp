@@ -46,6 +46,16 @@ TEST_F(CocoaServices, WithoutABundleThereAreNoNotices) {
   EXPECT_THAT(cocoa.notices, IsEmpty());
 }
 
+TEST_F(CocoaServices, WithoutABundleThatTheSystemKnowsThereAreNoNoticesUntilItDoes) {
+  cocoa.bundleIsKnown = false;
+  notifications.requestAuthorization();
+  notifications.post("ram", "Title", "Body");
+  EXPECT_THAT(cocoa.notices, IsEmpty());
+  cocoa.bundleIsKnown = true;
+  notifications.post("ram", "Title", "Body");
+  EXPECT_THAT(cocoa.notices, ElementsAre("ram: Title: Body"));
+}
+
 TEST_F(CocoaServices, TheLoginItemIsOnOnlyWhenTheSystemSaysSo) {
   for (const long status : {0L, 2L, 3L, 4L, -1L}) {
     cocoa.loginStatus = status;

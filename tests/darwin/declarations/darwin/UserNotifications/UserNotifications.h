@@ -20,7 +20,7 @@ enum { UNAuthorizationOptionAlert = 4 };
                               trigger:(UNNotificationTrigger*)trigger; // nil: at once
 @end
 @interface UNUserNotificationCenter : NSObject
-+ (UNUserNotificationCenter*)currentNotificationCenter; // throws in a program without a bundle
++ (UNUserNotificationCenter*)currentNotificationCenter; // throws in a program without a known bundle
 - (void)requestAuthorizationWithOptions:(UNAuthorizationOptions)options
                       completionHandler:(void (^)(BOOL granted, NSError* error))handler; // on any thread
 - (void)addNotificationRequest:(UNNotificationRequest*)request

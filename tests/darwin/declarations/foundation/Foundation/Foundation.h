@@ -98,6 +98,9 @@ enum { NSUserDomainMask = 1, NSAllDomainsMask = 0x0ffff };
                                   objects:(id*)objects
                                     count:(NSUInteger)count;
 @end
+__attribute__((objc_exception)) // whose type the library has
+@interface NSException : NSObject
+@end
 @interface NSURL : NSObject
 @property(readonly, copy) NSString* path;
 @end
