@@ -63,6 +63,8 @@ static_assert(std::is_same_v<decltype([some<NSDate>() timeIntervalSince1970]), d
 
 // Notices and the login item.
 static_assert(UNAuthorizationOptionAlert == 4);
+static_assert(UNNotificationPresentationOptionList == 8);
+static_assert(UNNotificationPresentationOptionBanner == 16);
 static_assert(SMAppServiceStatusEnabled == 1);
 static_assert(isA<NSInteger, decltype([some<SMAppService>() status])>);
 static_assert(std::is_same_v<decltype([some<SMAppService>() registerAndReturnError:nullptr]), BOOL>);

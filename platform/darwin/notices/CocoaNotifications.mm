@@ -6,9 +6,29 @@
 
 #import <UserNotifications/UserNotifications.h>
 
+// While the program is in front itself, its notices are shown only when somebody says so.
+@interface VantleNoticesInFront : NSObject <UNUserNotificationCenterDelegate>
+@end
+
+@implementation VantleNoticesInFront
+- (void)userNotificationCenter:(UNUserNotificationCenter*)center
+       willPresentNotification:(UNNotification*)notification
+         withCompletionHandler:(void (^)(UNNotificationPresentationOptions options))handler {
+  (void)center;
+  (void)notification;
+  handler(UNNotificationPresentationOptionBanner | UNNotificationPresentationOptionList);
+}
+@end
+
 namespace vantle {
 
 namespace {
+
+// To the end of the program: the centre keeps nobody, and may ask from any thread.
+VantleNoticesInFront* noticesInFront() {
+  static VantleNoticesInFront* const shared = [[VantleNoticesInFront alloc] init];
+  return shared;
+}
 
 // Nil when it throws, which would end the program: without a bundle, but also in one that the system has not
 // looked at yet, as when its program is started by its path right after it was built or copied.
@@ -24,10 +44,12 @@ UNUserNotificationCenter* centre() {
 
 void CocoaNotifications::requestAuthorization() {
   @autoreleasepool {
-    [centre() requestAuthorizationWithOptions:UNAuthorizationOptionAlert
-                            completionHandler:^(BOOL /*granted*/, NSError* /*error*/){
-                                // The system drops the notices of who has no permission.
-                            }];
+    UNUserNotificationCenter* const asked = centre();
+    [asked setDelegate:noticesInFront()];
+    [asked requestAuthorizationWithOptions:UNAuthorizationOptionAlert
+                         completionHandler:^(BOOL /*granted*/, NSError* /*error*/){
+                             // The system drops the notices of who has no permission.
+                         }];
   }
 }
 

@@ -53,7 +53,8 @@ class SimulatedCocoa {
   std::optional<std::string> ownBundle = "com.halvo.vantle"; // the program's; absent for a bare executable
   bool bundleIsKnown = true;        // to the system, which may not have looked at a new one yet
   std::vector<std::string> notices; // every message to the notification centre
-  long loginStatus = 3;             // never heard of
+  bool isInFront = false; // the program itself: its notices are not shown unless it says so when it is asked
+  long loginStatus = 3;   // never heard of
   bool loginIsRefused = false;
 
   static int objects(); // that were made here and not released by everybody

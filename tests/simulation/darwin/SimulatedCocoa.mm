@@ -330,6 +330,22 @@ std::map<const void*, Words> contents; // the class is declared without a place 
 }
 @end
 
+namespace {
+
+id<UNUserNotificationCenterDelegate> delegateForNotices = nil; // not kept
+
+bool isShownInFront(UNUserNotificationCenter* centre) {
+  __block UNNotificationPresentationOptions wanted = 0;
+  [delegateForNotices userNotificationCenter:centre
+                     willPresentNotification:nil
+                       withCompletionHandler:^(UNNotificationPresentationOptions options) {
+                         wanted = options;
+                       }];
+  return (wanted & UNNotificationPresentationOptionBanner) != 0;
+}
+
+} // namespace
+
 @implementation UNUserNotificationCenter
 + (UNUserNotificationCenter*)currentNotificationCenter {
   if (!cocoa->ownBundle || !cocoa->bundleIsKnown) {
@@ -338,6 +354,12 @@ std::map<const void*, Words> contents; // the class is declared without a place 
   static UNUserNotificationCenter* const shared = [[UNUserNotificationCenter alloc] init];
   return shared;
 }
+- (id<UNUserNotificationCenterDelegate>)delegate {
+  return delegateForNotices;
+}
+- (void)setDelegate:(id<UNUserNotificationCenterDelegate>)delegate {
+  delegateForNotices = delegate;
+}
 - (void)requestAuthorizationWithOptions:(UNAuthorizationOptions)options
                       completionHandler:(void (^)(BOOL granted, NSError* error))handler {
   cocoa->notices.push_back("authorize " + std::to_string(options));
@@ -345,7 +367,8 @@ std::map<const void*, Words> contents; // the class is declared without a place 
 }
 - (void)addNotificationRequest:(UNNotificationRequest*)request
          withCompletionHandler:(void (^)(NSError* error))handler {
-  cocoa->notices.push_back(*static_cast<SimulatedRequest*>(request)->words);
+  const bool isShown = !cocoa->isInFront || isShownInFront(self);
+  cocoa->notices.push_back(*static_cast<SimulatedRequest*>(request)->words + (isShown ? "" : ", not shown"));
   if (handler != nil) handler(nil);
 }
 @end
@@ -405,6 +428,7 @@ ReleasePool::~ReleasePool() { [static_cast<NSAutoreleasePool*>(m_pool) drain]; }
 SimulatedCocoa::SimulatedCocoa(SimulatedKernel& onKernel) : kernel(onKernel) {
   invariant(cocoa == nullptr, "two simulated desktops");
   cocoa = this;
+  delegateForNotices = nil;
   for (const auto event : {WorkspaceEvent::activated, WorkspaceEvent::launched, WorkspaceEvent::terminated}) {
     m_registrations.push_back(
         workspace().observe(event, [this, event](const AppRef& app) { tell(event, app); }));
