@@ -36,6 +36,10 @@ static_assert(std::is_same_v<decltype([some<App>() isActive]), BOOL>);
 static_assert(std::is_same_v<decltype([some<App>() terminate]), BOOL>);
 static_assert(
     std::is_same_v<decltype([some<App>() activateWithOptions:NSApplicationActivateAllWindows]), BOOL>);
+static_assert(isA<App*, decltype([App currentApplication])>);
+static_assert(std::is_same_v<decltype([some<App>() activateFromApplication:some<App>() options:0]), BOOL>);
+static_assert(
+    std::is_void_v<decltype([[NSApplication sharedApplication] yieldActivationToApplication:some<App>()])>);
 static_assert(isA<App*, decltype([App runningApplicationWithProcessIdentifier:int()])>);
 static_assert(isA<NSArray*, decltype([some<NSWorkspace>() runningApplications])>);
 static_assert(isA<App*, decltype([some<NSWorkspace>() frontmostApplication])>);

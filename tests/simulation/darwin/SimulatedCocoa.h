@@ -49,12 +49,16 @@ class SimulatedCocoa {
 
   bool hasWindowServer = true;
 
+  // The program itself. While it is in front another app gets there only if it yields to that one before, and
+  // its notices are not shown unless it says so when it is asked.
+  bool isInFront = false;
+  const void* yieldedTo = nullptr;
+
   // Of the notices, and of opening at login.
   std::optional<std::string> ownBundle = "com.halvo.vantle"; // the program's; absent for a bare executable
   bool bundleIsKnown = true;        // to the system, which may not have looked at a new one yet
   std::vector<std::string> notices; // every message to the notification centre
-  bool isInFront = false; // the program itself: its notices are not shown unless it says so when it is asked
-  long loginStatus = 3;   // never heard of
+  long loginStatus = 3;             // never heard of
   bool loginIsRefused = false;
 
   static int objects(); // that were made here and not released by everybody

@@ -57,6 +57,10 @@ NSURL* fileFor(const std::optional<std::string>& path) {
   ++livingObjects;
   return made;
 }
++ (NSRunningApplication*)currentApplication {
+  static NSRunningApplication* const own = [[NSRunningApplication alloc] init];
+  return own;
+}
 + (instancetype)runningApplicationWithProcessIdentifier:(pid_t)pid {
   return [self standingFor:workspace().runningApplication(pid)];
 }
@@ -89,6 +93,10 @@ NSURL* fileFor(const std::optional<std::string>& path) {
 }
 - (BOOL)activateWithOptions:(NSApplicationActivationOptions)options {
   return options == 0;
+}
+- (BOOL)activateFromApplication:(NSRunningApplication*)application
+                        options:(NSApplicationActivationOptions)options {
+  return application == nil && options == 0;
 }
 @end
 
@@ -145,8 +153,27 @@ NSURL* fileFor(const std::optional<std::string>& path) {
 - (BOOL)terminate {
   return app->terminate();
 }
+// The front is the active program's own.
 - (BOOL)activateWithOptions:(NSApplicationActivationOptions)options {
-  return options == NSApplicationActivateAllWindows && app->bringToFront();
+  return !cocoa->isInFront && options == NSApplicationActivateAllWindows && app->bringToFront();
+}
+- (BOOL)activateFromApplication:(NSRunningApplication*)application
+                        options:(NSApplicationActivationOptions)options {
+  const bool isHandedOver =
+      application == [NSRunningApplication currentApplication] && cocoa->isInFront && cocoa->yieldedTo == app;
+  if (!isHandedOver || options != NSApplicationActivateAllWindows) return NO;
+  cocoa->isInFront = false;
+  return app->bringToFront();
+}
+@end
+
+@implementation NSApplication
++ (NSApplication*)sharedApplication {
+  static NSApplication* const shared = [[NSApplication alloc] init];
+  return shared;
+}
+- (void)yieldActivationToApplication:(NSRunningApplication*)application {
+  cocoa->yieldedTo = static_cast<SimulatedRunningApplication*>(application)->app;
 }
 @end
 

@@ -5,8 +5,7 @@
 @class NSAppearance, NSEvent, NSImage, NSMenu, NSScreen, NSView, NSWindow, UTType;
 
 // The program.
-@interface NSApplication : NSObject
-@property(class, readonly, strong) NSApplication* sharedApplication;
+@interface NSApplication (Windows)
 @property(readonly, getter=isActive) BOOL active;
 @property(readonly, getter=isHidden) BOOL hidden;
 @property(readonly, strong) NSEvent* currentEvent; // nil when none was handled yet
