@@ -55,6 +55,12 @@ static_assert(std::is_invocable_r_v<CFDictionaryRef, decltype(::CGSessionCopyCur
 static_assert(std::is_same_v<IOReturn, int>);
 static_assert(std::is_invocable_r_v<IOReturn, decltype(::IOPMCopyAssertionsByProcess), CFDictionaryRef*>);
 
+static_assert(NSActivityUserInitiatedAllowingIdleSystemSleep == 0xEFFFFF);
+static_assert(isA<id, decltype([some<NSProcessInfo>()
+                          beginActivityWithOptions:NSActivityUserInitiatedAllowingIdleSystemSleep
+                                            reason:@""])>);
+static_assert(std::is_void_v<decltype([some<NSProcessInfo>() endActivity:id()])>);
+
 // Choices and folders.
 static_assert(NSAllApplicationsDirectory == 100);
 static_assert(NSApplicationSupportDirectory == 14);

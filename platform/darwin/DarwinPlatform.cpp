@@ -11,6 +11,7 @@
 #include "platform/darwin/login/ServiceLoginItem.h"
 #include "platform/darwin/notices/CocoaNotifications.h"
 #include "platform/darwin/power/IokitPowerAssertions.h"
+#include "platform/darwin/power/OwnActivity.h"
 #include "platform/darwin/pressure/DispatchMemoryPressure.h"
 #include "platform/darwin/process/DarwinMainThread.h"
 #include "platform/darwin/workspace/CocoaWorkspace.h"
@@ -54,6 +55,7 @@ class DarwinPlatform final : public PosixPlatform {
     parts->defaults = std::make_unique<CocoaDefaults>();
     parts->loginItem = std::make_unique<ServiceLoginItem>();
     parts->catalog = std::make_unique<CocoaCatalog>();
+    parts->awake = stayAwakeToEvents();
     return std::make_unique<DarwinMachine>(std::move(parts));
   }
   std::unique_ptr<OwnedMachine> recoveryMachine() override {

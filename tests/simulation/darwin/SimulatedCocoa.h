@@ -3,6 +3,7 @@
 
 #include "tests/simulation/darwin/SimulatedKernel.h"
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -46,6 +47,8 @@ class SimulatedCocoa {
   int powerStatus = 0;           // what it answers with; the dictionary is there all the same
   bool hasAssertions = true;     // the dictionary itself
   bool assertionsAreOdd = false; // other things stand beside what is documented
+
+  std::map<const void*, std::uint64_t> activities; // that keep the program from napping, and their options
 
   bool hasWindowServer = true;
 

@@ -276,6 +276,32 @@ IOReturn IOPMCopyAssertionsByProcess(CFDictionaryRef* assertions) {
   }
 }
 
+// An activity is over when nobody keeps its object any more, but nobody is to leave it at that.
+@interface SimulatedActivity : SimulatedMarker
+@end
+@implementation SimulatedActivity
+- (void)dealloc {
+  if (cocoa != nullptr && cocoa->activities.erase(self) != 0)
+    cocoa->kernel.fault = "an activity was not ended";
+  [super dealloc];
+}
+@end
+
+#pragma clang diagnostic push
+#pragma clang diagnostic ignored "-Wobjc-protocol-method-implementation"
+@implementation NSProcessInfo (Simulated)
+- (id)beginActivityWithOptions:(NSActivityOptions)options reason:(NSString*)reason {
+  if ([reason length] == 0) cocoa->kernel.fault = "an activity for no reason";
+  SimulatedActivity* const made = [[[SimulatedActivity alloc] init] autorelease];
+  cocoa->activities[made] = options;
+  return made;
+}
+- (void)endActivity:(id<NSObject>)activity {
+  if (cocoa->activities.erase(activity) == 0) cocoa->kernel.fault = "ended what is no activity";
+}
+@end
+#pragma clang diagnostic pop
+
 CFDictionaryRef CGSessionCopyCurrentDictionary() {
   if (!cocoa->hasWindowServer) return nullptr;
   @autoreleasepool {

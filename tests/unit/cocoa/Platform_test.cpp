@@ -66,6 +66,16 @@ TEST_F(CocoaPlatform, WithoutAWindowServerThereIsNoDesktop) {
   EXPECT_NE(platform->whyNoDesktop(), std::nullopt);
 }
 
+TEST_F(CocoaPlatform, TheProgramTakesNoNapAndTheMachineMaySleep) {
+  constexpr std::uint64_t byThePersonButForTheMachinesSleep = 0xEFFFFF;
+  auto owned = platform->desktopMachine(loop, "", [] {});
+  ASSERT_EQ(cocoa.activities.size(), 1U);
+  EXPECT_EQ(cocoa.activities.begin()->second, byThePersonButForTheMachinesSleep);
+  owned.reset();
+  EXPECT_TRUE(cocoa.activities.empty());
+  EXPECT_EQ(kernel->fault, std::nullopt);
+}
+
 // Of the desktop only processes and their band are played, and what runs on it.
 TEST_F(CocoaPlatform, ABoostGoesThroughTheWholeMachineAndWhatItLeftIsPutBackByTheNext) {
   cocoaParts.reset();
