@@ -48,7 +48,9 @@ class DarwinPlatform final : public PosixPlatform {
                                                std::function<void()> /*onDesktopLost*/) override {
     auto parts = recoveryParts();
     parts->workspace = std::make_unique<CocoaWorkspace>();
-    parts->audio = std::make_unique<CoreAudioActivity>();
+    auto audio = std::make_unique<CoreAudioActivity>();
+    audio->askAhead();
+    parts->audio = std::move(audio);
     parts->power = std::make_unique<IokitPowerAssertions>();
     parts->pressure = std::make_unique<DispatchMemoryPressure>();
     parts->notifications = std::make_unique<CocoaNotifications>();
