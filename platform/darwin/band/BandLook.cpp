@@ -9,8 +9,8 @@ namespace vantle {
 
 namespace {
 
-// In `pbi_flags` of a process that somebody has put into the background band. The kernel's own headers have the
-// name; those that the system hands out end before it, although the bit is in what they describe.
+// In `pbi_flags` of a process that somebody has put into the background band. The kernel's own headers have
+// the name; those that the system hands out end before it, although the bit is in what they describe.
 constexpr std::uint32_t putIntoTheBand = 0x10000;
 
 // While a process is traced it is told to be the child of whoever does that.

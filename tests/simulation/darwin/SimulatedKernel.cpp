@@ -354,14 +354,14 @@ int gettimeofday(timeval* now, void* zone) noexcept {
 }
 
 // All limits but one are the program's own. A sanitizer asks for them before it is ready to look on.
-[[gnu::no_sanitize("address", "undefined")]] int getrlimit(int resource, rlimit* limit) noexcept {
+__attribute__((no_sanitize("address", "undefined"))) int getrlimit(int resource, rlimit* limit) {
   if (kernel == nullptr || resource != RLIMIT_NOFILE)
     return static_cast<int>(::syscall(SYS_prlimit64, 0, resource, nullptr, limit));
   *limit = {kernel->descriptors, kernel->descriptorsToAskFor};
   return 0;
 }
 
-int setrlimit(int resource, const rlimit* limit) noexcept {
+int setrlimit(int resource, const rlimit* limit) {
   if (kernel == nullptr || resource != RLIMIT_NOFILE)
     return static_cast<int>(::syscall(SYS_prlimit64, 0, resource, limit, nullptr));
   if (limit->rlim_cur > limit->rlim_max || limit->rlim_cur > kernel->mostDescriptors) return failWith(EINVAL);
