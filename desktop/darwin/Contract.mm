@@ -53,6 +53,7 @@ static_assert(std::is_same_v<decltype([any<NSMenuItem>() tag]), NSInteger>);
 // Windows.
 static_assert(NSWindowCollectionBehaviorCanJoinAllSpaces == 1U << 0);
 static_assert(NSWindowCollectionBehaviorFullScreenAuxiliary == 1U << 8);
+static_assert(gives<decltype([any<NSWindow>() hidesOnDeactivate]), bool>);
 static_assert(std::is_same_v<decltype([any<NSWindow>() convertRectToScreen:NSRect()]), NSRect>);
 static_assert(std::is_same_v<decltype([any<NSView>() convertRect:NSRect() toView:nil]), NSRect>);
 static_assert(std::is_same_v<decltype([any<NSScreen>() frame]), NSRect>);

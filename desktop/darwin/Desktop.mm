@@ -12,6 +12,8 @@
 #import "desktop/darwin/window/PanelOverAll.h"
 #include "look/ports/MacWords.h"
 
+#include <QtGlobal>
+
 namespace vantle {
 
 namespace {
@@ -48,8 +50,15 @@ class MacDesktop final : public Desktop {
 
 } // namespace
 
-// There is one way to the screen.
-std::unique_ptr<Registration> Desktop::chooseToolkit() { return nullptr; }
+// There is one way to the screen. But when the program has started, the toolkit brings it to the front
+// whoever is there, also one without a Dock icon: at login, and in the middle of a game. What keeps it from
+// that is the variable for programs that are to stay in the background, which it reads when its loop turns
+// first; so it stays set. Vantle's windows come forward when they are asked for (AppFront).
+std::unique_ptr<Registration> Desktop::chooseToolkit() {
+  constexpr const char* staysBehind = "QT_MAC_DISABLE_FOREGROUND_APPLICATION_TRANSFORM";
+  if (!qEnvironmentVariableIsSet(staysBehind)) qputenv(staysBehind, "1");
+  return nullptr;
+}
 
 std::unique_ptr<Desktop> Desktop::make(EventLoop& loop) { return std::make_unique<MacDesktop>(loop); }
 

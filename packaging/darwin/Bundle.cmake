@@ -19,6 +19,8 @@ if(NOT CMAKE_CROSSCOMPILING) # it is drawn while the program is built
   add_custom_command(OUTPUT ${icon} COMMAND vantle_make_icon ${drawing} ${icon} DEPENDS vantle_make_icon ${drawing} VERBATIM)
   target_sources(vantle_program PRIVATE ${icon})
   set_source_files_properties(${icon} PROPERTIES MACOSX_PACKAGE_LOCATION Resources)
+  # Otherwise an icon that alone is new gets into the bundle without it being signed again.
+  set_property(TARGET vantle_program APPEND PROPERTY LINK_DEPENDS ${icon})
 endif()
 find_program(CODESIGN codesign)
 if(CODESIGN)

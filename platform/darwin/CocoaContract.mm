@@ -36,6 +36,10 @@ static_assert(std::is_same_v<decltype([some<App>() isActive]), BOOL>);
 static_assert(std::is_same_v<decltype([some<App>() terminate]), BOOL>);
 static_assert(
     std::is_same_v<decltype([some<App>() activateWithOptions:NSApplicationActivateAllWindows]), BOOL>);
+static_assert(isA<App*, decltype([App currentApplication])>);
+static_assert(std::is_same_v<decltype([some<App>() activateFromApplication:some<App>() options:0]), BOOL>);
+static_assert(
+    std::is_void_v<decltype([[NSApplication sharedApplication] yieldActivationToApplication:some<App>()])>);
 static_assert(isA<App*, decltype([App runningApplicationWithProcessIdentifier:int()])>);
 static_assert(isA<NSArray*, decltype([some<NSWorkspace>() runningApplications])>);
 static_assert(isA<App*, decltype([some<NSWorkspace>() frontmostApplication])>);
@@ -51,6 +55,12 @@ static_assert(std::is_invocable_r_v<CFDictionaryRef, decltype(::CGSessionCopyCur
 static_assert(std::is_same_v<IOReturn, int>);
 static_assert(std::is_invocable_r_v<IOReturn, decltype(::IOPMCopyAssertionsByProcess), CFDictionaryRef*>);
 
+static_assert(NSActivityUserInitiatedAllowingIdleSystemSleep == 0xEFFFFF);
+static_assert(isA<id, decltype([some<NSProcessInfo>()
+                          beginActivityWithOptions:NSActivityUserInitiatedAllowingIdleSystemSleep
+                                            reason:@""])>);
+static_assert(std::is_void_v<decltype([some<NSProcessInfo>() endActivity:id()])>);
+
 // Choices and folders.
 static_assert(NSAllApplicationsDirectory == 100);
 static_assert(NSApplicationSupportDirectory == 14);
@@ -63,6 +73,8 @@ static_assert(std::is_same_v<decltype([some<NSDate>() timeIntervalSince1970]), d
 
 // Notices and the login item.
 static_assert(UNAuthorizationOptionAlert == 4);
+static_assert(UNNotificationPresentationOptionList == 8);
+static_assert(UNNotificationPresentationOptionBanner == 16);
 static_assert(SMAppServiceStatusEnabled == 1);
 static_assert(isA<NSInteger, decltype([some<SMAppService>() status])>);
 static_assert(std::is_same_v<decltype([some<SMAppService>() registerAndReturnError:nullptr]), BOOL>);

@@ -33,7 +33,6 @@ static_assert(offsetof(proc_bsdinfo, pbi_uid) == 20);
 static_assert(offsetof(proc_bsdinfo, pbi_start_tvsec) == 120);
 static_assert(offsetof(proc_bsdinfo, pbi_start_tvusec) == 128);
 static_assert(PROC_FLAG_TRACED == 2);
-static_assert(PROC_FLAG_EXT_DARWINBG == 0x10000);
 
 // The short one, which there is of everybody's.
 static_assert(PROC_PIDT_SHORTBSDINFO == 13);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "base/Registration.h"
 #include "platform/OwnedMachine.h"
 #include "platform/darwin/process/DarwinClock.h"
 #include "platform/darwin/process/DarwinHost.h"
@@ -35,6 +36,7 @@ class DarwinMachine final : public OwnedMachine {
     std::unique_ptr<ApplicationCatalog> catalog = std::make_unique<AbsentCatalog>();
     AbsentHooks hooks;
     AbsentRegisteredGames games;
+    std::unique_ptr<Registration> awake; // null: the system may let the program nap
   };
 
   explicit DarwinMachine(std::unique_ptr<Parts> parts) : m_parts(std::move(parts)) {}

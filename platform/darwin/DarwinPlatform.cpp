@@ -11,6 +11,7 @@
 #include "platform/darwin/login/ServiceLoginItem.h"
 #include "platform/darwin/notices/CocoaNotifications.h"
 #include "platform/darwin/power/IokitPowerAssertions.h"
+#include "platform/darwin/power/OwnActivity.h"
 #include "platform/darwin/pressure/DispatchMemoryPressure.h"
 #include "platform/darwin/process/DarwinMainThread.h"
 #include "platform/darwin/workspace/CocoaWorkspace.h"
@@ -47,13 +48,16 @@ class DarwinPlatform final : public PosixPlatform {
                                                std::function<void()> /*onDesktopLost*/) override {
     auto parts = recoveryParts();
     parts->workspace = std::make_unique<CocoaWorkspace>();
-    parts->audio = std::make_unique<CoreAudioActivity>();
+    auto audio = std::make_unique<CoreAudioActivity>();
+    audio->askAhead();
+    parts->audio = std::move(audio);
     parts->power = std::make_unique<IokitPowerAssertions>();
     parts->pressure = std::make_unique<DispatchMemoryPressure>();
     parts->notifications = std::make_unique<CocoaNotifications>();
     parts->defaults = std::make_unique<CocoaDefaults>();
     parts->loginItem = std::make_unique<ServiceLoginItem>();
     parts->catalog = std::make_unique<CocoaCatalog>();
+    parts->awake = stayAwakeToEvents();
     return std::make_unique<DarwinMachine>(std::move(parts));
   }
   std::unique_ptr<OwnedMachine> recoveryMachine() override {

@@ -11,12 +11,15 @@ namespace vantle {
 
 namespace {
 
-// A window of one space only would take the person there, out of the full-screen app that they are in.
+// A window of one space only would take the person there, out of the full-screen app that they are in. And
+// the toolkit makes such a window one that is off the screen while another app is active: the system may be
+// late to let this one be, or not let it at all. The panel closes by itself when it loses the keyboard.
 void putOverAll(QWindow& window) {
   NSWindow* const native = nativeWindow(window);
   [native setLevel:NSStatusWindowLevel];
   [native setCollectionBehavior:NSWindowCollectionBehaviorCanJoinAllSpaces |
                                 NSWindowCollectionBehaviorFullScreenAuxiliary];
+  [native setHidesOnDeactivate:NO];
 }
 
 } // namespace

@@ -22,10 +22,17 @@ AudioObjectPropertyAddress addressOf(AudioObjectPropertySelector selector) {
   return {selector, kAudioObjectPropertyScopeGlobal, kAudioObjectPropertyElementMain};
 }
 
-std::vector<AudioObjectID> processObjects() {
+// In bytes.
+UInt32 sizeOfProcessObjects() {
   const AudioObjectPropertyAddress address = addressOf(kAudioHardwarePropertyProcessObjectList);
   UInt32 size = 0;
-  if (::AudioObjectGetPropertyDataSize(kAudioObjectSystemObject, &address, 0, nullptr, &size) != 0) return {};
+  if (::AudioObjectGetPropertyDataSize(kAudioObjectSystemObject, &address, 0, nullptr, &size) != 0) return 0;
+  return size;
+}
+
+std::vector<AudioObjectID> processObjects() {
+  const AudioObjectPropertyAddress address = addressOf(kAudioHardwarePropertyProcessObjectList);
+  UInt32 size = sizeOfProcessObjects();
   std::vector<AudioObjectID> objects(size / sizeof(AudioObjectID));
   if (objects.empty()) return {};
   size = static_cast<UInt32>(objects.size() * sizeof(AudioObjectID));
@@ -69,6 +76,14 @@ bool CoreAudioActivity::isAvailable() const {
   if (error != std::errc{}) return false;
   if (dot != end) std::from_chars(dot + 1, end, minor);
   return major > firstMajor || (major == firstMajor && minor >= firstMinor);
+}
+
+// A program's first question connects it to the server and loads what that has been extended with, which may
+// take longer than a question may: in the first Boost, music would stutter. It costs the memory of the
+// connection that much sooner. A question that comes meanwhile waits for it within the library, and is not
+// one too many here.
+void CoreAudioActivity::askAhead() const {
+  if (isAvailable()) BoundedWait(1).answer(std::chrono::milliseconds(0), sizeOfProcessObjects);
 }
 
 std::set<Pid> CoreAudioActivity::runningOutput() {

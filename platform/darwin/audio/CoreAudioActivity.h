@@ -12,6 +12,8 @@ class CoreAudioActivity final : public AudioActivity {
  public:
   bool isAvailable() const override;
   std::set<Pid> runningOutput() override;
+  // Reaches the audio server ahead of the first question, without waiting.
+  void askAhead() const;
 
  private:
   BoundedWait m_wait{1}; // while one question hangs, there is no second

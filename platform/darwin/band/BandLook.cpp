@@ -9,6 +9,10 @@ namespace vantle {
 
 namespace {
 
+// In `pbi_flags` of a process that somebody has put into the background band. The kernel's own headers have
+// the name; those that the system hands out end before it, although the bit is in what they describe.
+constexpr std::uint32_t putIntoTheBand = 0x10000;
+
 // While a process is traced it is told to be the child of whoever does that.
 Pid parentIn(std::uint32_t parent, std::uint32_t flags) {
   return (flags & PROC_FLAG_TRACED) != 0 ? firstProcess : static_cast<Pid>(parent);
@@ -21,7 +25,7 @@ std::optional<BandLook> lookAt(Pid pid) {
   if (!info) return std::nullopt;
   return BandLook{{pid, info->pbi_start_tvsec, info->pbi_start_tvusec},
                   parentIn(info->pbi_ppid, info->pbi_flags),
-                  (info->pbi_flags & PROC_FLAG_EXT_DARWINBG) != 0};
+                  (info->pbi_flags & putIntoTheBand) != 0};
 }
 
 std::optional<Pid> parentOf(Pid pid) {

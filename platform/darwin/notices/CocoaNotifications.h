@@ -5,8 +5,7 @@
 
 namespace vantle {
 
-// The notification centre. It throws, and so ends the program, when that was not started from a bundle; there
-// are no notices then.
+// The notification centre. Without a bundle that the system knows there is none, and there are no notices.
 class CocoaNotifications final : public Notifications {
  public:
   void requestAuthorization() override;

@@ -47,9 +47,16 @@ bool CocoaApplication::canComeToFront() const {
   return !isTerminated() && activationPolicy() == ActivationPolicy::regular;
 }
 
+// Since macOS 14 nobody takes the front from an active program: that one hands it over, which is said before
+// and to whom. Where it is not the active one, it can only ask.
 bool CocoaApplication::bringToFront() {
   @autoreleasepool {
-    return canComeToFront() && [m_app.get() activateWithOptions:NSApplicationActivateAllWindows];
+    if (!canComeToFront()) return false;
+    NSRunningApplication* const app = m_app.get();
+    [[NSApplication sharedApplication] yieldActivationToApplication:app];
+    return [app activateFromApplication:[NSRunningApplication currentApplication]
+                                options:NSApplicationActivateAllWindows] ||
+           [app activateWithOptions:NSApplicationActivateAllWindows];
   }
 }
 

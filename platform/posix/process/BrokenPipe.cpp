@@ -17,8 +17,10 @@ void outliveReaders() {
   invariant(isHandled, "SIGPIPE can be handled");
 }
 
-// The signal that such a write raises is this thread's own: kept away from it, and taken out of what waits
-// for it unless one waited there before.
+// The signal that such a write raises is kept away from this thread, and taken out of what waits for it
+// unless one waited there before. On Linux it is this thread's own. A Mac may raise it for the process, and
+// give it to a thread that does not keep it away; then there is nothing to take out, and the handler above
+// has had it.
 bool writeQuietly(int descriptor, const void* bytes, std::size_t size) {
   sigset_t broken;
   sigemptyset(&broken);

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/posix/process/DescriptorLimit.h"
 
+#include <algorithm>
 #include <pthread.h>
 #include <sys/resource.h>
 
@@ -13,6 +14,10 @@ rlimit limitAtStart{};
 
 void giveBackLimit() { ::setrlimit(RLIMIT_NOFILE, &limitAtStart); }
 
+// On a Mac the higher limit is none at all, and yet as much cannot be had: its getrlimit(2) says to ask for
+// no more than this (OPEN_MAX there).
+constexpr rlim_t hadEverywhere = 10'240;
+
 } // namespace
 
 void raiseDescriptorLimit() {
@@ -22,6 +27,8 @@ void raiseDescriptorLimit() {
   // Without the handler the children would get the higher one.
   if (::pthread_atfork(nullptr, nullptr, giveBackLimit) != 0) return;
   limit.rlim_cur = limit.rlim_max;
+  if (::setrlimit(RLIMIT_NOFILE, &limit) == 0 || limitAtStart.rlim_cur >= hadEverywhere) return;
+  limit.rlim_cur = std::min(limit.rlim_max, hadEverywhere);
   ::setrlimit(RLIMIT_NOFILE, &limit);
 }
 

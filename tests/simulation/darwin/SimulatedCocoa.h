@@ -3,6 +3,7 @@
 
 #include "tests/simulation/darwin/SimulatedKernel.h"
 
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -47,12 +48,20 @@ class SimulatedCocoa {
   bool hasAssertions = true;     // the dictionary itself
   bool assertionsAreOdd = false; // other things stand beside what is documented
 
+  std::map<const void*, std::uint64_t> activities; // that keep the program from napping, and their options
+
   bool hasWindowServer = true;
+
+  // The program itself. While it is in front another app gets there only if it yields to that one before, and
+  // its notices are not shown unless it says so when it is asked.
+  bool isInFront = false;
+  const void* yieldedTo = nullptr;
 
   // Of the notices, and of opening at login.
   std::optional<std::string> ownBundle = "com.halvo.vantle"; // the program's; absent for a bare executable
-  std::vector<std::string> notices;                          // every message to the notification centre
-  long loginStatus = 3;                                      // never heard of
+  bool bundleIsKnown = true;        // to the system, which may not have looked at a new one yet
+  std::vector<std::string> notices; // every message to the notification centre
+  long loginStatus = 3;             // never heard of
   bool loginIsRefused = false;
 
   static int objects(); // that were made here and not released by everybody

@@ -57,6 +57,10 @@ NSURL* fileFor(const std::optional<std::string>& path) {
   ++livingObjects;
   return made;
 }
++ (NSRunningApplication*)currentApplication {
+  static NSRunningApplication* const own = [[NSRunningApplication alloc] init];
+  return own;
+}
 + (instancetype)runningApplicationWithProcessIdentifier:(pid_t)pid {
   return [self standingFor:workspace().runningApplication(pid)];
 }
@@ -89,6 +93,10 @@ NSURL* fileFor(const std::optional<std::string>& path) {
 }
 - (BOOL)activateWithOptions:(NSApplicationActivationOptions)options {
   return options == 0;
+}
+- (BOOL)activateFromApplication:(NSRunningApplication*)application
+                        options:(NSApplicationActivationOptions)options {
+  return application == nil && options == 0;
 }
 @end
 
@@ -145,8 +153,27 @@ NSURL* fileFor(const std::optional<std::string>& path) {
 - (BOOL)terminate {
   return app->terminate();
 }
+// The front is the active program's own.
 - (BOOL)activateWithOptions:(NSApplicationActivationOptions)options {
-  return options == NSApplicationActivateAllWindows && app->bringToFront();
+  return !cocoa->isInFront && options == NSApplicationActivateAllWindows && app->bringToFront();
+}
+- (BOOL)activateFromApplication:(NSRunningApplication*)application
+                        options:(NSApplicationActivationOptions)options {
+  const bool isHandedOver =
+      application == [NSRunningApplication currentApplication] && cocoa->isInFront && cocoa->yieldedTo == app;
+  if (!isHandedOver || options != NSApplicationActivateAllWindows) return NO;
+  cocoa->isInFront = false;
+  return app->bringToFront();
+}
+@end
+
+@implementation NSApplication
++ (NSApplication*)sharedApplication {
+  static NSApplication* const shared = [[NSApplication alloc] init];
+  return shared;
+}
+- (void)yieldActivationToApplication:(NSRunningApplication*)application {
+  cocoa->yieldedTo = static_cast<SimulatedRunningApplication*>(application)->app;
 }
 @end
 
@@ -249,6 +276,32 @@ IOReturn IOPMCopyAssertionsByProcess(CFDictionaryRef* assertions) {
   }
 }
 
+// An activity is over when nobody keeps its object any more, but nobody is to leave it at that.
+@interface SimulatedActivity : SimulatedMarker
+@end
+@implementation SimulatedActivity
+- (void)dealloc {
+  if (cocoa != nullptr && cocoa->activities.erase(self) != 0)
+    cocoa->kernel.fault = "an activity was not ended";
+  [super dealloc];
+}
+@end
+
+#pragma clang diagnostic push
+#pragma clang diagnostic ignored "-Wobjc-protocol-method-implementation"
+@implementation NSProcessInfo (Simulated)
+- (id)beginActivityWithOptions:(NSActivityOptions)options reason:(NSString*)reason {
+  if ([reason length] == 0) cocoa->kernel.fault = "an activity for no reason";
+  SimulatedActivity* const made = [[[SimulatedActivity alloc] init] autorelease];
+  cocoa->activities[made] = options;
+  return made;
+}
+- (void)endActivity:(id<NSObject>)activity {
+  if (cocoa->activities.erase(activity) == 0) cocoa->kernel.fault = "ended what is no activity";
+}
+@end
+#pragma clang diagnostic pop
+
 CFDictionaryRef CGSessionCopyCurrentDictionary() {
   if (!cocoa->hasWindowServer) return nullptr;
   @autoreleasepool {
@@ -330,13 +383,35 @@ std::map<const void*, Words> contents; // the class is declared without a place 
 }
 @end
 
+namespace {
+
+id<UNUserNotificationCenterDelegate> delegateForNotices = nil; // not kept
+
+bool isShownInFront(UNUserNotificationCenter* centre) {
+  __block UNNotificationPresentationOptions wanted = 0;
+  [delegateForNotices userNotificationCenter:centre
+                     willPresentNotification:nil
+                       withCompletionHandler:^(UNNotificationPresentationOptions options) {
+                         wanted = options;
+                       }];
+  return (wanted & UNNotificationPresentationOptionBanner) != 0;
+}
+
+} // namespace
+
 @implementation UNUserNotificationCenter
 + (UNUserNotificationCenter*)currentNotificationCenter {
-  if (!cocoa->ownBundle) {
+  if (!cocoa->ownBundle || !cocoa->bundleIsKnown) {
     [NSException raise:NSInternalInconsistencyException format:@"bundleProxyForCurrentProcess is nil"];
   }
   static UNUserNotificationCenter* const shared = [[UNUserNotificationCenter alloc] init];
   return shared;
+}
+- (id<UNUserNotificationCenterDelegate>)delegate {
+  return delegateForNotices;
+}
+- (void)setDelegate:(id<UNUserNotificationCenterDelegate>)delegate {
+  delegateForNotices = delegate;
 }
 - (void)requestAuthorizationWithOptions:(UNAuthorizationOptions)options
                       completionHandler:(void (^)(BOOL granted, NSError* error))handler {
@@ -345,7 +420,8 @@ std::map<const void*, Words> contents; // the class is declared without a place 
 }
 - (void)addNotificationRequest:(UNNotificationRequest*)request
          withCompletionHandler:(void (^)(NSError* error))handler {
-  cocoa->notices.push_back(*static_cast<SimulatedRequest*>(request)->words);
+  const bool isShown = !cocoa->isInFront || isShownInFront(self);
+  cocoa->notices.push_back(*static_cast<SimulatedRequest*>(request)->words + (isShown ? "" : ", not shown"));
   if (handler != nil) handler(nil);
 }
 @end
@@ -405,6 +481,7 @@ ReleasePool::~ReleasePool() { [static_cast<NSAutoreleasePool*>(m_pool) drain]; }
 SimulatedCocoa::SimulatedCocoa(SimulatedKernel& onKernel) : kernel(onKernel) {
   invariant(cocoa == nullptr, "two simulated desktops");
   cocoa = this;
+  delegateForNotices = nil;
   for (const auto event : {WorkspaceEvent::activated, WorkspaceEvent::launched, WorkspaceEvent::terminated}) {
     m_registrations.push_back(
         workspace().observe(event, [this, event](const AppRef& app) { tell(event, app); }));

@@ -62,9 +62,11 @@ std::uint32_t toldParent(const SimulatedProcess& process) {
   return static_cast<std::uint32_t>(tracer == kernel->tracers.end() ? process.parent : tracer->second);
 }
 
+constexpr std::uint32_t flagOfTheBand = 0x10000; // which no header has that is handed out
+
 std::uint32_t flagsOf(const SimulatedProcess& process) {
   const std::uint32_t traced = kernel->tracers.contains(process.pid) ? PROC_FLAG_TRACED : 0;
-  return traced | (process.band == BandState::normal ? 0 : PROC_FLAG_EXT_DARWINBG);
+  return traced | (process.band == BandState::normal ? 0 : flagOfTheBand);
 }
 
 std::uint64_t nanosecondsNow() {
@@ -348,6 +350,23 @@ int gettimeofday(timeval* now, void* zone) noexcept {
   const std::uint64_t micros = kernel->desktop.clock.processMicros();
   now->tv_sec = static_cast<time_t>(micros / microsPerSecond);
   now->tv_usec = static_cast<suseconds_t>(micros % microsPerSecond);
+  return 0;
+}
+
+// All limits but one are the program's own. A sanitizer asks for them before it is ready to look on.
+__attribute__((no_sanitize("address", "undefined"))) int getrlimit(int resource, rlimit* limit) {
+  if (kernel == nullptr || resource != RLIMIT_NOFILE)
+    return static_cast<int>(::syscall(SYS_prlimit64, 0, resource, nullptr, limit));
+  *limit = {kernel->descriptors, kernel->descriptorsToAskFor};
+  return 0;
+}
+
+int setrlimit(int resource, const rlimit* limit) {
+  if (kernel == nullptr || resource != RLIMIT_NOFILE)
+    return static_cast<int>(::syscall(SYS_prlimit64, 0, resource, limit, nullptr));
+  if (limit->rlim_cur > limit->rlim_max || limit->rlim_cur > kernel->mostDescriptors) return failWith(EINVAL);
+  kernel->descriptors = limit->rlim_cur;
+  kernel->descriptorsToAskFor = limit->rlim_max;
   return 0;
 }
 

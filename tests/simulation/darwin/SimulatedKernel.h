@@ -5,6 +5,8 @@
 
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
+#include <limits>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -31,6 +33,10 @@ class SimulatedKernel {
   int bornWhileListed = 0;    // between the question how many there are and the list
   int recordBytesOff = 0;     // what another version's records are longer or shorter by
   bool makesSources = true;   // of events
+  // How many descriptors the program may have open, how many it may ask for, and how many it is given.
+  std::uint64_t descriptors = 256;
+  std::uint64_t descriptorsToAskFor = std::numeric_limits<std::int64_t>::max(); // without a limit
+  std::uint64_t mostDescriptors = 12'288;
   std::unordered_set<ProcessIdentity> slowed; // ever, by the program
   std::map<std::string, int> numbers{{"hw.activecpu", 8}};
   std::map<std::string, std::string> texts{{"kern.osproductversion", "14.5"},

@@ -34,6 +34,14 @@ class CocoaPlatform : public CocoaTest {
     return ::mkdtemp(path.data()) == nullptr ? throw std::runtime_error("no folder") : path;
   }
 
+  // The audio server is reached ahead, on a thread of its own.
+  std::unique_ptr<OwnedMachine> desktopMachine() {
+    const int before = kernel->audioAnswers;
+    auto made = platform->desktopMachine(loop, "", [] {});
+    audioHasAnswered(before + 1);
+    return made;
+  }
+
   const std::string support = newFolder();
   const std::filesystem::path folder = support + "/" + names::display;
   PollEventLoop loop;
@@ -66,6 +74,16 @@ TEST_F(CocoaPlatform, WithoutAWindowServerThereIsNoDesktop) {
   EXPECT_NE(platform->whyNoDesktop(), std::nullopt);
 }
 
+TEST_F(CocoaPlatform, TheProgramTakesNoNapAndTheMachineMaySleep) {
+  constexpr std::uint64_t byThePersonButForTheMachinesSleep = 0xEFFFFF;
+  auto owned = desktopMachine();
+  ASSERT_EQ(cocoa.activities.size(), 1U);
+  EXPECT_EQ(cocoa.activities.begin()->second, byThePersonButForTheMachinesSleep);
+  owned.reset();
+  EXPECT_TRUE(cocoa.activities.empty());
+  EXPECT_EQ(kernel->fault, std::nullopt);
+}
+
 // Of the desktop only processes and their band are played, and what runs on it.
 TEST_F(CocoaPlatform, ABoostGoesThroughTheWholeMachineAndWhatItLeftIsPutBackByTheNext) {
   cocoaParts.reset();
@@ -78,7 +96,7 @@ TEST_F(CocoaPlatform, ABoostGoesThroughTheWholeMachineAndWhatItLeftIsPutBackByTh
   spec.pid = 200;
   const SimulatedAppRef game = open(spec);
   {
-    const auto owned = platform->desktopMachine(loop, "", [] {});
+    const auto owned = desktopMachine();
     AppSettings choices(owned->machine().defaults);
     choices.userGames.set({"org.example.Asteroids"});
     Engine first(owned->machine(), choices);
@@ -97,7 +115,7 @@ TEST_F(CocoaPlatform, ABoostGoesThroughTheWholeMachineAndWhatItLeftIsPutBackByTh
     const Engine next(owned->machine(), choices);
     EXPECT_FALSE(isSlow(100));
   }
-  const auto owned = platform->desktopMachine(loop, "", [] {});
+  const auto owned = desktopMachine();
   AppSettings choices(owned->machine().defaults);
   EXPECT_EQ(choices.userGames.get(), std::vector<std::string>{"org.example.Asteroids"});
   machine.quit(game);

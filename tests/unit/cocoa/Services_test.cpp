@@ -38,12 +38,30 @@ TEST_F(CocoaServices, ANoticeHasTitleAndBodyAndIsForNow) {
                           "ram: Title: malformed \xEF\xBF\xBD"));
 }
 
+TEST_F(CocoaServices, ANoticeIsShownThoughTheProgramIsInFront) {
+  cocoa.isInFront = true;
+  notifications.requestAuthorization();
+  cocoa.notices.clear();
+  notifications.post("ram", "Title", "Body");
+  EXPECT_THAT(cocoa.notices, ElementsAre("ram: Title: Body"));
+}
+
 // The centre would end the program.
 TEST_F(CocoaServices, WithoutABundleThereAreNoNotices) {
   cocoa.ownBundle.reset();
   notifications.requestAuthorization();
   notifications.post("ram", "Title", "Body");
   EXPECT_THAT(cocoa.notices, IsEmpty());
+}
+
+TEST_F(CocoaServices, WithoutABundleThatTheSystemKnowsThereAreNoNoticesUntilItDoes) {
+  cocoa.bundleIsKnown = false;
+  notifications.requestAuthorization();
+  notifications.post("ram", "Title", "Body");
+  EXPECT_THAT(cocoa.notices, IsEmpty());
+  cocoa.bundleIsKnown = true;
+  notifications.post("ram", "Title", "Body");
+  EXPECT_THAT(cocoa.notices, ElementsAre("ram: Title: Body"));
 }
 
 TEST_F(CocoaServices, TheLoginItemIsOnOnlyWhenTheSystemSaysSo) {

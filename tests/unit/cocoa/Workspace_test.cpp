@@ -240,6 +240,17 @@ TEST_F(CocoaApps, AreAskedToQuitAndToComeToTheFront) {
   EXPECT_FALSE(workspace.runningApplication(102)->bringToFront());
 }
 
+TEST_F(CocoaApps, AreGivenTheFrontByAProgramThatHasIt) {
+  openAt(100, "Mail");
+  const AppRef notes = workspace.runningApplication(openAt(101, "Notes")->processIdentifier());
+  cocoa.isInFront = true;
+  EXPECT_TRUE(workspace.runningApplication(100)->bringToFront());
+  EXPECT_EQ(workspace.frontmostApplication(), workspace.runningApplication(100));
+  cocoa.isInFront = true;
+  EXPECT_TRUE(notes->bringToFront());
+  EXPECT_EQ(workspace.frontmostApplication(), notes) << "not the one that it has yielded to once";
+}
+
 // Real bundles on a real disk.
 TEST_F(CocoaApps, TheCategoryIsWhatTheBundleSays) {
   const std::filesystem::path folder = testing::TempDir() + "cocoa-bundles";

@@ -60,6 +60,25 @@ TEST_F(Audio, AServerThatHangsIsAskedOnceAndNotWaitedFor) {
   EXPECT_EQ(kernel->audioAnswers, 2);
 }
 
+TEST_F(Audio, IsReachedAheadWithoutWaitingAndWithoutTakingTheQuestionsPlace) {
+  machine.audio.heard = {100};
+  std::unique_lock hangs(kernel->audioServer);
+  audio.askAhead();
+  EXPECT_EQ(kernel->audioAnswers, 0);
+  EXPECT_THAT(audio.runningOutput(), testing::IsEmpty());
+  hangs.unlock();
+  audioHasAnswered(2);
+  while (audio.runningOutput().empty()) // until the first one has its answer
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+}
+
+TEST_F(Audio, IsNotReachedAheadWhereThereIsNothingToAsk) {
+  kernel->texts["kern.osproductversion"] = "14.1";
+  audio.askAhead();
+  EXPECT_THAT(audio.runningOutput(), testing::IsEmpty()) << "the only one";
+  EXPECT_EQ(kernel->audioAnswers, 1);
+}
+
 TEST_F(Audio, IsThereFromTheVersionOnThatHasIt) {
   const std::map<std::string, bool> versions{{"13.7", false}, {"14", false},   {"14.1.2", false},
                                              {"14.2", true},  {"14.10", true}, {"15.0", true},

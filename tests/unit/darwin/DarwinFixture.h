@@ -6,8 +6,10 @@
 
 #include <chrono>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -41,6 +43,11 @@ class DarwinTest : public EngineTest {
   void aWhileLater() {
     machine.clock.advance(std::chrono::milliseconds(1100));
     kernel->tellOfTime();
+  }
+  // For what nobody waits for.
+  void audioHasAnswered(int times) {
+    while (kernel->audioAnswers < times) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    const std::lock_guard isDoneWithTheKernel(kernel->audioServer);
   }
   Pid spawnAt(Pid pid, Pid parent = 1) { return machine.processes.spawn({.parent = parent, .pid = pid}); }
   // The calls since the last time, in the system's own words.

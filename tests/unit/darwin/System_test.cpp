@@ -5,11 +5,14 @@
 #include "platform/darwin/process/DarwinHost.h"
 #include "platform/darwin/process/DispatchSource.h"
 #include "platform/darwin/process/SystemValue.h"
+#include "platform/posix/process/DescriptorLimit.h"
 #include "platform/simulated/SimulatedLauncher.h"
 #include "tests/unit/darwin/DarwinFixture.h"
 
 #include <dispatch/dispatch.h>
 #include <gmock/gmock.h>
+#include <iostream>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace vantle {
@@ -21,6 +24,27 @@ class System : public DarwinTest {
  protected:
   System() { kernel->startTrace(); }
 };
+
+// In a child: what is started has the limit of before from then on.
+TEST_F(System, AsManyFilesAreOpenAsThisSystemGivesThoughItNamesNoLimit) {
+  const auto raise = [this] {
+    raiseDescriptorLimit();
+    std::cerr << kernel->descriptors << " of " << kernel->descriptorsToAskFor << std::endl;
+    if (::fork() == 0) std::cerr << kernel->descriptors << " for what it starts" << std::endl;
+    while (::wait(nullptr) > 0) {
+    }
+    ::_exit(0);
+  };
+  const auto isWell = testing::ExitedWithCode(0);
+  EXPECT_EXIT(raise(), isWell, "10240 of 9223372036854775807\n256 for");
+  kernel->descriptorsToAskFor = 4'096;
+  EXPECT_EXIT(raise(), isWell, "4096 of 4096\n256 for");
+  kernel->descriptorsToAskFor = kernel->mostDescriptors;
+  EXPECT_EXIT(raise(), isWell, "12288 of 12288\n256 for");
+  kernel->descriptorsToAskFor = kernel->mostDescriptors + 1;
+  kernel->descriptors = 10'241;
+  EXPECT_EXIT(raise(), isWell, "10241 of 12289\n10241 for") << "not less than before";
+}
 
 // What is started after the clock was read is never older than that, and one started in the same microsecond
 // is as old.

@@ -20,7 +20,6 @@ namespace {
 using MacDesktopTest = MacTest;
 
 TEST_F(MacDesktopTest, HasAllThatTheProgramAsksFor) {
-  EXPECT_EQ(Desktop::chooseToolkit(), nullptr);
   {
     const std::unique_ptr<Desktop> desktop = Desktop::make(loop);
     EXPECT_EQ(&desktop->words(), &macWords);
@@ -33,6 +32,18 @@ TEST_F(MacDesktopTest, HasAllThatTheProgramAsksFor) {
     door->tell();
   }
   turn();
+}
+
+TEST_F(MacDesktopTest, TheToolkitLeavesTheAppInFrontWhereItIsFromTheStartOn) {
+  constexpr const char* staysBehind = "QT_MAC_DISABLE_FOREGROUND_APPLICATION_TRANSFORM";
+  qunsetenv(staysBehind);
+  const std::unique_ptr<Registration> untilTheToolkitRuns = Desktop::chooseToolkit();
+  EXPECT_EQ(untilTheToolkitRuns, nullptr) << "it is read later";
+  EXPECT_EQ(qgetenv(staysBehind), "1");
+  qputenv(staysBehind, "yes");
+  EXPECT_EQ(Desktop::chooseToolkit(), nullptr);
+  EXPECT_EQ(qgetenv(staysBehind), "yes") << "the person has said so himself";
+  qunsetenv(staysBehind);
 }
 
 TEST_F(MacDesktopTest, MemoryIsGivenBackOfAllZones) {

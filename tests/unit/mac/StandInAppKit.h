@@ -50,8 +50,10 @@ class StandInAppKit {
   // Windows.
   NSInteger levelWhenShown = 0;
   NSUInteger behaviourWhenShown = 0;
-  NSWindow* windowOf(const void* window);
-  NSEventMask monitored() const; // 0 when nobody monitors
+  bool wasSeenWhenShown = false;
+  NSWindow* windowOf(const void* window); // a panel
+  bool canBeSeen(NSWindow* window) const; // once it is shown
+  NSEventMask monitored() const;          // 0 when nobody monitors
   void pressElsewhere() const;
 
   // Pictures: a red upper and a half opaque green lower half.

@@ -110,11 +110,7 @@ size_t malloc_zone_pressure_relief(malloc_zone_t* zone, size_t goal) {
 FORGETS
 @end
 
-@implementation NSApplication
-+ (NSApplication*)sharedApplication {
-  static NSApplication* const shared = [[NSApplication alloc] init];
-  return shared;
-}
+@implementation NSApplication (Windows)
 - (NSArray*)windows {
   return [NSArray array];
 }
@@ -202,6 +198,7 @@ FORGETS
 OBJECT(NSView*, contentView, setContentView)
 NUMBER(NSWindowLevel, level, setLevel)
 NUMBER(NSWindowCollectionBehavior, collectionBehavior, setCollectionBehavior)
+NUMBER(BOOL, hidesOnDeactivate, setHidesOnDeactivate)
 - (NSRect)convertRectToScreen:(NSRect)rect {
   return NSMakeRect(rect.origin.x + appKit->buttonWindow.x, rect.origin.y + appKit->buttonWindow.y,
                     rect.size.width, rect.size.height);
@@ -611,9 +608,14 @@ void StandInAppKit::chooseLine(NSInteger line) const {
 
 NSWindow* StandInAppKit::windowOf(const void* window) {
   auto& found = windows[window];
-  if (found.get() == nil) found = Retained<NSWindow>::taking([[NSWindow alloc] init]);
+  if (found.get() == nil) {
+    found = Retained<NSWindow>::taking([[NSWindow alloc] init]);
+    [found.get() setHidesOnDeactivate:YES];
+  }
   return found.get();
 }
+
+bool StandInAppKit::canBeSeen(NSWindow* window) const { return isActive || ![window hidesOnDeactivate]; }
 
 NSEventMask StandInAppKit::monitored() const {
   NSEventMask all = 0;

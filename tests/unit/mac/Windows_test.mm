@@ -26,9 +26,11 @@ class ToolkitsMind final : public QObject {
       NSWindow* const native = m_appKit.windowOf(static_cast<QWindow*>(watched));
       m_appKit.levelWhenShown = [native level];
       m_appKit.behaviourWhenShown = [native collectionBehavior];
+      m_appKit.wasSeenWhenShown = m_appKit.canBeSeen(native);
       m_appKit.calls.emplace_back("shown");
       [native setLevel:overOwnWindows];
       [native setCollectionBehavior:0];
+      [native setHidesOnDeactivate:YES];
     }
     return false;
   }
@@ -64,6 +66,14 @@ TEST_F(PanelOverAllTest, IsOverFullScreenAppsInEverySpaceWhateverTheToolkitThink
   EXPECT_EQ([native collectionBehavior], everySpaceAndOverFullScreen);
   surface.hide(window);
   EXPECT_FALSE(window.isVisible());
+}
+
+TEST_F(PanelOverAllTest, IsSeenThoughTheSystemLeavesAnotherAppInFront) {
+  surface.show(window);
+  EXPECT_FALSE(appKit.isActive);
+  EXPECT_TRUE(appKit.wasSeenWhenShown);
+  EXPECT_TRUE(appKit.canBeSeen(nativeWindow(window)));
+  surface.hide(window);
 }
 
 TEST_F(PanelOverAllTest, StandsWhereItIsPut) {

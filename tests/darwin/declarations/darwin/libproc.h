@@ -9,8 +9,7 @@
 #define PROC_PIDTASKINFO 4
 #define PROC_PIDT_SHORTBSDINFO 13
 #define PROC_PIDPATHINFO_MAXSIZE 4096
-#define PROC_FLAG_TRACED 2             // its parent is whoever does that
-#define PROC_FLAG_EXT_DARWINBG 0x10000 // put into the background band from outside
+#define PROC_FLAG_TRACED 2 // its parent is whoever does that
 #define RUSAGE_INFO_V4 4
 
 struct proc_bsdinfo {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// What is called of AppKit, from the documentation of NSWorkspace and NSRunningApplication.
+// What is called of AppKit, from the documentation of NSWorkspace, NSRunningApplication and NSApplication.
 #pragma once
 #import <Foundation/Foundation.h>
 #include <sys/types.h>
@@ -24,7 +24,15 @@ enum { NSApplicationActivateAllWindows = 1 };
 @property(readonly, getter=isTerminated) BOOL terminated;
 @property(readonly, getter=isActive) BOOL active;
 - (BOOL)terminate;
+@property(class, readonly, strong) NSRunningApplication* currentApplication; // this program
 - (BOOL)activateWithOptions:(NSApplicationActivationOptions)options;
+- (BOOL)activateFromApplication:(NSRunningApplication*)application // which has yielded before
+                        options:(NSApplicationActivationOptions)options;
+@end
+
+@interface NSApplication : NSObject
+@property(class, readonly, strong) NSApplication* sharedApplication;
+- (void)yieldActivationToApplication:(NSRunningApplication*)application;
 @end
 
 @interface NSWorkspace : NSObject

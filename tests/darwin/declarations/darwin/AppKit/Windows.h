@@ -5,8 +5,7 @@
 @class NSAppearance, NSEvent, NSImage, NSMenu, NSScreen, NSView, NSWindow, UTType;
 
 // The program.
-@interface NSApplication : NSObject
-@property(class, readonly, strong) NSApplication* sharedApplication;
+@interface NSApplication (Windows)
 @property(readonly, getter=isActive) BOOL active;
 @property(readonly, getter=isHidden) BOOL hidden;
 @property(readonly, strong) NSEvent* currentEvent; // nil when none was handled yet
@@ -70,6 +69,7 @@ enum : NSWindowCollectionBehavior {
 @property NSWindowLevel level;
 @property(strong) NSView* contentView;
 @property NSWindowCollectionBehavior collectionBehavior;
+@property BOOL hidesOnDeactivate; // off the screen while the program is not the active one; so panels are
 - (NSRect)convertRectToScreen:(NSRect)rect;
 @end
 @interface NSView : NSObject

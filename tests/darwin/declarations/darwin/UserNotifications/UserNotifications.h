@@ -6,7 +6,10 @@
 typedef NSUInteger UNAuthorizationOptions;
 enum { UNAuthorizationOptionAlert = 4 };
 
-@class UNNotificationTrigger;
+typedef NSUInteger UNNotificationPresentationOptions;
+enum { UNNotificationPresentationOptionList = 1 << 3, UNNotificationPresentationOptionBanner = 1 << 4 };
+
+@class UNNotification, UNNotificationTrigger, UNUserNotificationCenter;
 
 @interface UNNotificationContent : NSObject
 @end
@@ -19,8 +22,16 @@ enum { UNAuthorizationOptionAlert = 4 };
                               content:(UNNotificationContent*)content
                               trigger:(UNNotificationTrigger*)trigger; // nil: at once
 @end
+@protocol UNUserNotificationCenterDelegate
+@optional
+- (void)userNotificationCenter:(UNUserNotificationCenter*)center
+       willPresentNotification:(UNNotification*)notification
+         withCompletionHandler:(void (^)(UNNotificationPresentationOptions options))handler; // to be called
+@end
 @interface UNUserNotificationCenter : NSObject
-+ (UNUserNotificationCenter*)currentNotificationCenter; // throws in a program without a bundle
+@property(assign) id<UNUserNotificationCenterDelegate>
+    delegate;                                           // not kept; set before the program has started
++ (UNUserNotificationCenter*)currentNotificationCenter; // throws in a program without a known bundle
 - (void)requestAuthorizationWithOptions:(UNAuthorizationOptions)options
                       completionHandler:(void (^)(BOOL granted, NSError* error))handler; // on any thread
 - (void)addNotificationRequest:(UNNotificationRequest*)request

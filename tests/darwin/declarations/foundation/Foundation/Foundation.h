@@ -98,6 +98,9 @@ enum { NSUserDomainMask = 1, NSAllDomainsMask = 0x0ffff };
                                   objects:(id*)objects
                                     count:(NSUInteger)count;
 @end
+__attribute__((objc_exception)) // whose type the library has
+@interface NSException : NSObject
+@end
 @interface NSURL : NSObject
 @property(readonly, copy) NSString* path;
 @end
@@ -120,9 +123,13 @@ enum { NSUserDomainMask = 1, NSAllDomainsMask = 0x0ffff };
 - (void)addObserver:(id)observer selector:(SEL)selector name:(NSString*)name object:(id)object;
 - (void)removeObserver:(id)observer;
 @end
+typedef uint64_t NSActivityOptions;
+enum : NSActivityOptions { NSActivityUserInitiatedAllowingIdleSystemSleep = 0x00FFFFFF & ~(1 << 20) };
 @interface NSProcessInfo : NSObject
 @property(class, readonly, strong) NSProcessInfo* processInfo;
 @property(readonly, copy) NSString* processName;
+- (id)beginActivityWithOptions:(NSActivityOptions)options reason:(NSString*)reason; // to be kept
+- (void)endActivity:(id)activity;
 @end
 @interface NSUserDefaults : NSObject
 @property(class, readonly, strong) NSUserDefaults* standardUserDefaults;
