@@ -206,6 +206,22 @@ TEST_F(Audio, HearsAFilterAndWhoPlaysThroughIt) {
   expectHeard("the filter", filter);
 }
 
+// Nothing but the filter's own word holds its two nodes together.
+TEST_F(Audio, HearsWhoIsLinkedToAFilterThatCaptures) {
+  Program& filter = desktop.launch({"pw-loopback", "--name", "filter", "--capture-props",
+                                    "node.autoconnect=false node.name=filter-in", "--playback-props",
+                                    "node.name=filter-out"});
+  Program& player = desktop.launch(
+      {"pw-play", "--target=0", "--properties", "{ node.name = linked }", sound.tone().string()});
+  expectHeard("the filter", filter);
+  ASSERT_TRUE(waitUntil([&] {
+    return desktop.run({"sh", "-c", "pw-link $(pw-link -o | grep -m1 ^linked:) filter-in:input_FL"});
+  }));
+  expectHeard("the player", player);
+  filter.kill();
+  expectSilent("without the filter", player);
+}
+
 TEST_F(Audio, ARecorderIsNotHeard) {
   Program& player = desktop.launch({tonePlayer()});
   Program& recorder = desktop.launch({"parec", "--device=null0.monitor", "/dev/null"});
