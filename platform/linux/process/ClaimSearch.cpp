@@ -13,6 +13,7 @@
 #include <cstddef>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 namespace vantle {
 
@@ -38,15 +39,19 @@ std::string asSaid(std::string_view name) {
   return said;
 }
 
+bool isMachineId(std::string_view text) {
+  constexpr std::size_t digits = 32;
+  return text.size() == digits && text.find_first_not_of("0123456789abcdefABCDEF") == std::string_view::npos;
+}
+
 } // namespace
 
-ClaimSearch::ClaimSearch(const Kernel& kernel, std::string machine)
+ClaimSearch::ClaimSearch(const Kernel& kernel, MachineIdentity machine)
     : m_kernel(kernel), m_machine(std::move(machine)) {}
 
 std::vector<Pid> ClaimSearch::find(const ProcessClaim& claim) {
   std::vector<Pid> found;
-  const bool isElsewhere = !claim.machine.empty() && claim.machine != m_machine;
-  if (claim.pid < 1 || claim.program.empty() || isElsewhere) return found;
+  if (claim.pid < 1 || claim.program.empty() || !isFromHere(claim)) return found;
   if (!m_numbers) look();
   for (const Numbers& numbers : *m_numbers) {
     if (numbers.inside == claim.pid && runs(numbers, claim.program) &&
@@ -55,6 +60,14 @@ std::vector<Pid> ClaimSearch::find(const ProcessClaim& claim) {
     }
   }
   return found;
+}
+
+// What is no id tells nothing: the images of many containers have an empty one or "uninitialized", and
+// PulseAudio's library then gives the machine's name in its place.
+bool ClaimSearch::isFromHere(const ProcessClaim& claim) const {
+  if (isMachineId(claim.machine)) return claim.machine == m_machine.id;
+  const std::string& host = claim.host.empty() ? claim.machine : claim.host;
+  return host.empty() || host == m_machine.host;
 }
 
 void ClaimSearch::look() {
@@ -98,14 +111,18 @@ bool ClaimSearch::isInAnotherSandbox(Pid pid, const std::string& sandbox) const 
   return id && unit.starts_with("app-flatpak-") && id->id != sandbox;
 }
 
-std::string thisMachine() {
+MachineIdentity thisMachine() {
+  MachineIdentity machine;
+  std::array<char, HOST_NAME_MAX + 1> name{};
+  if (::gethostname(name.data(), name.size() - 1) == 0) machine.host = name.data();
   for (const char* path : {"/etc/machine-id", "/var/lib/dbus/machine-id"}) {
     std::string id = readKernelFile(path).value_or("");
     while (id.ends_with('\n')) id.pop_back();
-    if (!id.empty()) return id;
+    if (!isMachineId(id)) continue;
+    machine.id = std::move(id);
+    break;
   }
-  std::array<char, HOST_NAME_MAX + 1> name{};
-  return ::gethostname(name.data(), name.size() - 1) == 0 ? name.data() : "";
+  return machine;
 }
 
 } // namespace vantle

@@ -41,7 +41,8 @@ ProcessClaim claimIn(const PipeWireProperties& properties) {
   return {pidFromText(valueOf(properties, "application.process.id")).value_or(0),
           valueOf(properties, "application.process.binary"),
           valueOf(properties, "application.process.machine-id"),
-          valueOf(properties, "pipewire.access.portal.app_id")};
+          valueOf(properties, "pipewire.access.portal.app_id"),
+          valueOf(properties, "application.process.host")};
 }
 
 } // namespace

@@ -189,6 +189,7 @@ TEST_F(Graph, PulseAudiosClientsSpeakForThemselves) {
               {"application.process.id", "999"},
               {"application.process.binary", "pacat"},
               {"application.process.machine-id", "this"},
+              {"application.process.host", "desk"},
               {"pipewire.access.portal.app_id", "org.example.Music"}});
   ASSERT_EQ(graph.players().size(), 1U);
   const Player player = graph.players().front();
@@ -196,6 +197,7 @@ TEST_F(Graph, PulseAudiosClientsSpeakForThemselves) {
   EXPECT_EQ(player.claim.pid, 1) << "the stream's own word";
   EXPECT_EQ(player.claim.program, "pacat");
   EXPECT_EQ(player.claim.machine, "this");
+  EXPECT_EQ(player.claim.host, "desk");
   EXPECT_EQ(player.claim.sandbox, "org.example.Music");
 }
 
