@@ -99,7 +99,19 @@ bool ClaimSearch::runs(const Numbers& numbers, const std::string& program) const
   if (path.empty() && numbers.here == numbers.inside) return true;
   if (asSaid(fileNameOf(path)) == asSaid(program)) return true;
   const std::optional<ProcessStat> stat = m_kernel.stat(numbers.here);
-  return stat && stat->shortName() == std::string_view(program).substr(0, longestCommandName);
+  if (stat && stat->shortName() == std::string_view(program).substr(0, longestCommandName)) return true;
+  return seesNoProc(numbers);
+}
+
+// Whoever finds no /proc/self says the name of a thread instead of its program's, or whatever stood in
+// memory. Its root is looked into, which the kernel allows for whom it shows the links of. Only for processes
+// in this number namespace: of any other, /proc/self is nothing out here, even if there is one.
+bool ClaimSearch::seesNoProc(const Numbers& numbers) const {
+  if (numbers.here != numbers.inside) return false;
+  const std::optional<std::string> space = m_kernel.link(pathOf(numbers.here, "ns/pid"));
+  if (!space || space != m_kernel.link("/proc/self/ns/pid")) return false;
+  return m_kernel.link(pathOf(numbers.here, "root")) &&
+         !m_kernel.link(pathOf(numbers.here, "root/proc/self"));
 }
 
 // By the unit that Flatpak made for the sandbox, which nobody inside has a say in. Those of desktops are

@@ -36,7 +36,8 @@ class ClaimSearch {
   ClaimSearch(const Kernel& kernel, MachineIdentity machine);
 
   // Every process of this user that calls itself by that number, in whatever sandbox, and runs that program:
-  // several when nothing tells them apart. Where the sandbox is known, one of another sandbox does not count.
+  // several when nothing tells them apart. A process with that number out here that sees no /proc cannot know
+  // what it runs: there any name will do. Where the sandbox is known, one of another sandbox does not count.
   // None when the claim comes from another machine, or names no program: a number alone means somebody else
   // out here. Where there is no id, as in many sandboxes, the machine's name tells.
   std::vector<Pid> find(const ProcessClaim& claim);
@@ -50,6 +51,7 @@ class ClaimSearch {
   bool isFromHere(const ProcessClaim& claim) const;
   void look();
   Pid numberInside(Pid pid, const std::optional<std::string>& ownNamespace) const;
+  bool seesNoProc(const Numbers& numbers) const;
   bool runs(const Numbers& numbers, const std::string& program) const;
   bool isInAnotherSandbox(Pid pid, const std::string& sandbox) const;
 

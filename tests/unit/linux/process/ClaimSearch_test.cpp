@@ -141,6 +141,31 @@ TEST_F(Claims, OfAProgramThatHidesItsFileTheNumberIsEnough) {
   EXPECT_THAT(find({8, "python3.11", own, ""}), IsEmpty());
 }
 
+TEST_F(Claims, WhoSeesNoProcCannotKnowItsProgram) {
+  const desktop::TemporaryFolder box;
+  add(74, {});
+  EXPECT_THAT(find({74, "threaded-ml", own, ""}), IsEmpty()) << "its root is not shown";
+  link("74/root", box.path());
+  EXPECT_THAT(find({74, "threaded-ml", own, ""}), ElementsAre(74));
+  EXPECT_THAT(find({75, "threaded-ml", own, ""}), IsEmpty());
+  EXPECT_THAT(find({74, "threaded-ml", other, ""}), IsEmpty());
+  fs::create_directories(box.path() / "proc");
+  EXPECT_THAT(find({74, "threaded-ml", own, ""}), ElementsAre(74)) << "an empty one";
+  fs::create_symlink("74", box.path() / "proc/self");
+  EXPECT_THAT(find({74, "threaded-ml", own, ""}), IsEmpty()) << "it can know";
+}
+
+// A number from inside is nothing without a name, and says nothing of what the process sees.
+TEST_F(Claims, InANamespaceOfItsOwnTheNameMustFit) {
+  const desktop::TemporaryFolder box;
+  add(74, {.numbers = "\t1"});
+  add(75, {.numbers = "\t75"}); // the same number inside by chance
+  for (const char* root : {"74/root", "75/root"}) link(root, box.path());
+  EXPECT_THAT(find({1, "threaded-ml", own, ""}), IsEmpty());
+  EXPECT_THAT(find({74, "threaded-ml", own, ""}), IsEmpty());
+  EXPECT_THAT(find({75, "threaded-ml", own, ""}), IsEmpty());
+}
+
 TEST_F(Claims, ANameThatIsNoTextIsKnownAsServersTellIt) {
   add(7, {.program = "/usr/bin/spiel\xe4\xff", .name = "other"});
   EXPECT_THAT(find({7, "spiel__", own, ""}), ElementsAre(7));
@@ -177,6 +202,29 @@ TEST(ClaimsOfRealProcesses, AreFoundInARealNamespace) {
   ASSERT_EQ(found.size(), 1U);
   EXPECT_EQ(kernel.stat(found.front())->parent, sandbox.pid());
   EXPECT_THAT(ClaimSearch(kernel, thisMachine()).find({found.front(), player.filename(), "", ""}), IsEmpty());
+}
+
+TEST(ClaimsOfRealProcesses, AreBelievedWithoutANameWhereThereIsNoProc) {
+  const desktop::TemporaryFolder folder;
+  const fs::path player = folder.path() / "claim-test-player";
+  fs::copy_file(fs::canonical("/usr/bin/sleep"), player);
+  const auto start = [&](const char* before) {
+    return test::ForkedProcess([&] {
+      const std::string script = std::string(before) + " && exec " + player.string() + " 1000";
+      ::execlp("unshare", "unshare", "--user", "--map-root-user", "--mount", "sh", "-c", script.c_str(),
+               nullptr);
+    });
+  };
+  const ProcKernel kernel;
+  const auto find = [&](Pid pid, const std::string& name) {
+    return ClaimSearch(kernel, thisMachine()).find({pid, name, "", ""});
+  };
+  const test::ForkedProcess blind = start("mount -t tmpfs none /proc");
+  const test::ForkedProcess seeing = start("true");
+  for (const Pid pid : {blind.pid(), seeing.pid()})
+    ASSERT_TRUE(desktop::waitUntil([&] { return !find(pid, player.filename()).empty(); }));
+  EXPECT_THAT(find(blind.pid(), "threaded-ml"), ElementsAre(blind.pid()));
+  EXPECT_THAT(find(seeing.pid(), "threaded-ml"), IsEmpty());
 }
 
 } // namespace
