@@ -151,6 +151,30 @@ TEST_F(Audio, HearsEveryKindOfPlayerInASandbox) {
   EXPECT_THAT(activity.runningOutput(), Not(Contains(1))) << "a number from inside is a stranger's out here";
 }
 
+// PulseAudio's clients then say the machine's name for its id, and anything for their program.
+TEST_F(Audio, HearsAPlayerInASandboxWithoutAMachineIdOrProc) {
+  using Command = std::vector<std::string>;
+  const Command blindfold{"--tmpfs", "/proc"};
+  Command noId;
+  for (const char* id : {"/etc/machine-id", "/var/lib/dbus/machine-id"}) {
+    if (std::filesystem::exists(id)) noId.insert(noId.end(), {"--ro-bind", "/dev/null", id});
+  }
+  const auto in = [](const Command& without, const Command& command) {
+    Command all{"bwrap", "--dev-bind", "/", "/"};
+    all.insert(all.end(), without.begin(), without.end());
+    all.insert(all.end(), command.begin(), command.end());
+    return all;
+  };
+  if (!desktop.run(in(blindfold, {"true"}))) GTEST_SKIP() << "no containers here";
+  Program& nameless = desktop.launch(in(noId, {"paplay", sound.tone().string()}));
+  // Under its own name it knows itself.
+  const std::filesystem::path renamed = desktop.runtimeDir() / "player";
+  std::filesystem::copy_file(std::filesystem::canonical("/usr/bin/paplay"), renamed);
+  Program& blind = desktop.launch(in(blindfold, {renamed.string(), sound.tone().string()}));
+  expectHeard("without a machine id", nameless);
+  expectHeard("without /proc", blind);
+}
+
 // Each has its own library for sound: an old SDL in the first, OpenAL or a newer SDL in the others.
 TEST_F(Audio, HearsGamesAndATracker) {
   for (const std::vector<std::string>& app : {std::vector<std::string>{"kobodl", "-nofullscreen"},
@@ -204,6 +228,22 @@ TEST_F(Audio, HearsAFilterAndWhoPlaysThroughIt) {
   Program& player = desktop.launch({"paplay", "--device=equaliser", sound.tone().string()});
   expectHeard("the player", player);
   expectHeard("the filter", filter);
+}
+
+// Nothing but the filter's own word holds its two nodes together.
+TEST_F(Audio, HearsWhoIsLinkedToAFilterThatCaptures) {
+  Program& filter = desktop.launch({"pw-loopback", "--name", "filter", "--capture-props",
+                                    "node.autoconnect=false node.name=filter-in", "--playback-props",
+                                    "node.name=filter-out"});
+  Program& player = desktop.launch(
+      {"pw-play", "--target=0", "--properties", "{ node.name = linked }", sound.tone().string()});
+  expectHeard("the filter", filter);
+  ASSERT_TRUE(waitUntil([&] {
+    return desktop.run({"sh", "-c", "pw-link $(pw-link -o | grep -m1 ^linked:) filter-in:input_FL"});
+  }));
+  expectHeard("the player", player);
+  filter.kill();
+  expectSilent("without the filter", player);
 }
 
 TEST_F(Audio, ARecorderIsNotHeard) {

@@ -25,6 +25,7 @@ ProcessClaim completed(ProcessClaim stream, const ProcessClaim& client) {
   if (stream.pid == 0) return client;
   if (stream.program.empty()) stream.program = client.program;
   if (stream.machine.empty()) stream.machine = client.machine;
+  if (stream.host.empty()) stream.host = client.host;
   if (stream.sandbox.empty()) stream.sandbox = client.sandbox;
   return stream;
 }

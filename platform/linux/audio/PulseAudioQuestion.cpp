@@ -89,7 +89,8 @@ class PulseAudioQuestion::Connection {
   ProcessClaim claimIn(const pa_proplist* properties) const {
     return {pidFromText(propertyOf(properties, PA_PROP_APPLICATION_PROCESS_ID)).value_or(0),
             propertyOf(properties, PA_PROP_APPLICATION_PROCESS_BINARY),
-            propertyOf(properties, PA_PROP_APPLICATION_PROCESS_MACHINE_ID), ""};
+            propertyOf(properties, PA_PROP_APPLICATION_PROCESS_MACHINE_ID), "",
+            propertyOf(properties, PA_PROP_APPLICATION_PROCESS_HOST)};
   }
   bool isMuted(const pa_sink_input_info& input) const {
     return input.mute || (input.has_volume && m_pulse.cvolumeChannelsEqualTo(&input.volume, PA_VOLUME_MUTED));

@@ -13,6 +13,7 @@
 #include <cstddef>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 namespace vantle {
 
@@ -38,15 +39,19 @@ std::string asSaid(std::string_view name) {
   return said;
 }
 
+bool isMachineId(std::string_view text) {
+  constexpr std::size_t digits = 32;
+  return text.size() == digits && text.find_first_not_of("0123456789abcdefABCDEF") == std::string_view::npos;
+}
+
 } // namespace
 
-ClaimSearch::ClaimSearch(const Kernel& kernel, std::string machine)
+ClaimSearch::ClaimSearch(const Kernel& kernel, MachineIdentity machine)
     : m_kernel(kernel), m_machine(std::move(machine)) {}
 
 std::vector<Pid> ClaimSearch::find(const ProcessClaim& claim) {
   std::vector<Pid> found;
-  const bool isElsewhere = !claim.machine.empty() && claim.machine != m_machine;
-  if (claim.pid < 1 || claim.program.empty() || isElsewhere) return found;
+  if (claim.pid < 1 || claim.program.empty() || !isFromHere(claim)) return found;
   if (!m_numbers) look();
   for (const Numbers& numbers : *m_numbers) {
     if (numbers.inside == claim.pid && runs(numbers, claim.program) &&
@@ -55,6 +60,14 @@ std::vector<Pid> ClaimSearch::find(const ProcessClaim& claim) {
     }
   }
   return found;
+}
+
+// What is no id tells nothing: the images of many containers have an empty one or "uninitialized", and
+// PulseAudio's library then gives the machine's name in its place.
+bool ClaimSearch::isFromHere(const ProcessClaim& claim) const {
+  if (isMachineId(claim.machine)) return claim.machine == m_machine.id;
+  const std::string& host = claim.host.empty() ? claim.machine : claim.host;
+  return host.empty() || host == m_machine.host;
 }
 
 void ClaimSearch::look() {
@@ -86,7 +99,19 @@ bool ClaimSearch::runs(const Numbers& numbers, const std::string& program) const
   if (path.empty() && numbers.here == numbers.inside) return true;
   if (asSaid(fileNameOf(path)) == asSaid(program)) return true;
   const std::optional<ProcessStat> stat = m_kernel.stat(numbers.here);
-  return stat && stat->shortName() == std::string_view(program).substr(0, longestCommandName);
+  if (stat && stat->shortName() == std::string_view(program).substr(0, longestCommandName)) return true;
+  return seesNoProc(numbers);
+}
+
+// Whoever finds no /proc/self says the name of a thread instead of its program's, or whatever stood in
+// memory. Its root is looked into, which the kernel allows for whom it shows the links of. Only for processes
+// in this number namespace: of any other, /proc/self is nothing out here, even if there is one.
+bool ClaimSearch::seesNoProc(const Numbers& numbers) const {
+  if (numbers.here != numbers.inside) return false;
+  const std::optional<std::string> space = m_kernel.link(pathOf(numbers.here, "ns/pid"));
+  if (!space || space != m_kernel.link("/proc/self/ns/pid")) return false;
+  return m_kernel.link(pathOf(numbers.here, "root")) &&
+         !m_kernel.link(pathOf(numbers.here, "root/proc/self"));
 }
 
 // By the unit that Flatpak made for the sandbox, which nobody inside has a say in. Those of desktops are
@@ -98,14 +123,18 @@ bool ClaimSearch::isInAnotherSandbox(Pid pid, const std::string& sandbox) const 
   return id && unit.starts_with("app-flatpak-") && id->id != sandbox;
 }
 
-std::string thisMachine() {
+MachineIdentity thisMachine() {
+  MachineIdentity machine;
+  std::array<char, HOST_NAME_MAX + 1> name{};
+  if (::gethostname(name.data(), name.size() - 1) == 0) machine.host = name.data();
   for (const char* path : {"/etc/machine-id", "/var/lib/dbus/machine-id"}) {
     std::string id = readKernelFile(path).value_or("");
     while (id.ends_with('\n')) id.pop_back();
-    if (!id.empty()) return id;
+    if (!isMachineId(id)) continue;
+    machine.id = std::move(id);
+    break;
   }
-  std::array<char, HOST_NAME_MAX + 1> name{};
-  return ::gethostname(name.data(), name.size() - 1) == 0 ? name.data() : "";
+  return machine;
 }
 
 } // namespace vantle

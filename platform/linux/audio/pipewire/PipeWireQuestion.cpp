@@ -133,7 +133,7 @@ void PipeWireQuestion::bind(PipeWireKind kind, std::uint32_t global) {
 void PipeWireQuestion::look() {
   m_stage = Stage::looking;
   std::set<std::uint32_t> clients;
-  for (const std::uint32_t node : m_graph.leadingToSinks()) {
+  for (const std::uint32_t node : m_graph.worthAsking()) {
     const std::optional<std::uint32_t> client = m_graph.clientOf(node);
     if (!client) continue;
     bind(PipeWireKind::node, node);

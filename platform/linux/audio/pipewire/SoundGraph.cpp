@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace vantle {
 
@@ -28,12 +29,20 @@ std::optional<std::uint32_t> numberOf(const PipeWireProperties& properties, std:
   return number;
 }
 
+// What holds a filter's nodes together; empty for what stands alone. The first letter keeps a group apart
+// that is named like a client.
+std::string groupOf(const PipeWireProperties& properties, std::optional<std::uint32_t> client) {
+  if (const std::string group = valueOf(properties, "node.link-group"); !group.empty()) return "g" + group;
+  return client ? "c" + std::to_string(*client) : "";
+}
+
 // Nobody's when it names no process.
 ProcessClaim claimIn(const PipeWireProperties& properties) {
   return {pidFromText(valueOf(properties, "application.process.id")).value_or(0),
           valueOf(properties, "application.process.binary"),
           valueOf(properties, "application.process.machine-id"),
-          valueOf(properties, "pipewire.access.portal.app_id")};
+          valueOf(properties, "pipewire.access.portal.app_id"),
+          valueOf(properties, "application.process.host")};
 }
 
 } // namespace
@@ -44,7 +53,8 @@ void SoundGraph::add(const PipeWireGlobal& global) {
     const std::string media = valueOf(properties, "media.class");
     // A duplex device is both sides of one.
     const bool isSink = media == "Audio/Sink" || media == "Audio/Duplex";
-    m_nodes[global.id] = {isSink, numberOf(properties, "client.id"), false, false, {}};
+    const bool isCapture = media == "Stream/Input/Audio";
+    m_nodes[global.id] = {isSink, isCapture, numberOf(properties, "client.id"), false, false, {}};
   } else if (global.kind == PipeWireKind::link && m_sources.size() < mostObjects) {
     const std::optional<std::uint32_t> from = numberOf(properties, "link.output.node");
     const std::optional<std::uint32_t> to = numberOf(properties, "link.input.node");
@@ -52,22 +62,55 @@ void SoundGraph::add(const PipeWireGlobal& global) {
   }
 }
 
-std::set<std::uint32_t> SoundGraph::leadingToSinks() const {
-  std::set<std::uint32_t> found;
-  std::vector<std::uint32_t> ahead;
+SoundGraph::Filters SoundGraph::filters() const {
+  Filters filters;
   for (const auto& [id, node] : m_nodes) {
-    if (node.isSink) ahead.push_back(id);
+    const std::string group = node.isCapture ? groupOf(node.properties, node.client) : "";
+    if (!group.empty()) filters.emplace(group, id);
   }
+  return filters;
+}
+
+// Everything that leads to one of these. Each filter is passed once.
+std::set<std::uint32_t> SoundGraph::behind(std::vector<std::uint32_t> ahead, Filters filters) const {
+  std::set<std::uint32_t> found;
+  const auto add = [&](std::uint32_t id) {
+    if (found.insert(id).second) ahead.push_back(id);
+  };
   while (!ahead.empty()) {
-    const std::uint32_t node = ahead.back();
+    const std::uint32_t at = ahead.back();
     ahead.pop_back();
-    const auto [first, last] = m_sources.equal_range(node);
+    const auto [first, last] = m_sources.equal_range(at);
     for (auto source = first; source != last; ++source) {
-      if (m_nodes.contains(source->second) && found.insert(source->second).second)
-        ahead.push_back(source->second);
+      if (m_nodes.contains(source->second)) add(source->second);
     }
+    const Node& node = m_nodes.at(at);
+    if (!found.contains(at) || !isHeard(node)) continue;
+    const auto [begin, end] = filters.equal_range(groupOf(node.properties, node.client));
+    for (auto capture = begin; capture != end; ++capture) add(capture->second);
+    filters.erase(begin, end);
   }
   return found;
+}
+
+std::set<std::uint32_t> SoundGraph::worthAsking() const {
+  std::vector<std::uint32_t> ends;
+  std::set<std::uint32_t> captures;
+  for (const auto& [id, node] : m_nodes) {
+    if (node.isSink || node.isCapture) ends.push_back(id);
+    if (node.isCapture && m_sources.contains(id)) captures.insert(id);
+  }
+  std::set<std::uint32_t> found = behind(std::move(ends), {});
+  found.merge(captures);
+  return found;
+}
+
+std::set<std::uint32_t> SoundGraph::leadingToSinks() const {
+  std::vector<std::uint32_t> sinks;
+  for (const auto& [id, node] : m_nodes) {
+    if (node.isSink) sinks.push_back(id);
+  }
+  return behind(std::move(sinks), filters());
 }
 
 std::optional<std::uint32_t> SoundGraph::clientOf(std::uint32_t node) const {
@@ -109,7 +152,7 @@ std::vector<Player> SoundGraph::players() const {
   std::vector<Player> players;
   for (const std::uint32_t id : leadingToSinks()) {
     const Node& node = m_nodes.at(id);
-    if (!node.isRunning || node.isMuted) continue;
+    if (!isHeard(node)) continue;
     Player player = playerOf(node);
     if (player.pid != 0 || player.claim.pid != 0) players.push_back(std::move(player));
   }

@@ -29,13 +29,14 @@ TEST(AudioStreams, AStreamNamesItsOwnProcessElseItsClientDoes) {
   AudioStreams streams;
   streams.addInput(1, {100, "own", "", ""});
   streams.addInput(2, {});
-  streams.addClient(1, {999, "relay", "machine", ""}); // a client may play for others
+  streams.addClient(1, {999, "relay", "machine", "", "desk"}); // a client may play for others
   streams.addClient(2, {200, "player", "machine", ""});
   streams.addClient(3, {300, "editor", "machine", ""}); // plays nothing
   EXPECT_THAT(pidsOf(streams), ElementsAre(100, 200));
   const std::vector<Player> players = streams.players();
   EXPECT_EQ(players[0].claim.program, "own");
   EXPECT_EQ(players[0].claim.machine, "machine") << "what the stream leaves open";
+  EXPECT_EQ(players[0].claim.host, "desk");
   EXPECT_EQ(players[1].claim.program, "player");
 }
 

@@ -10,6 +10,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::UnorderedElementsAre;
 
 constexpr std::uint32_t idle = 2;
 constexpr std::uint32_t running = 3;
@@ -89,6 +90,88 @@ TEST_F(Graph, WhoListensToASinkIsNotHeard) {
   EXPECT_THAT(graph.leadingToSinks(), IsEmpty());
 }
 
+// A player, and a filter whose capturing node is linked to it and whose other node plays.
+struct Filter : Graph {
+  Filter() {
+    node(50, 60);
+    node(51, 61, "Stream/Input/Audio");
+    node(52, 62);
+    link(50, 51);
+    link(52, sink);
+    for (const std::uint32_t id : {50U, 51U, 52U}) isIn(running, id, group);
+    isIn(running, 50);
+    client(60, {{"pipewire.sec.pid", "100"}});
+    client(61, {{"pipewire.sec.pid", "101"}});
+    client(62, {{"pipewire.sec.pid", "102"}});
+  }
+  const PipeWireProperties group{{"node.link-group", "loopback-7"}};
+};
+
+TEST_F(Filter, SoundIsFollowedThroughTheNodesOfALinkGroup) {
+  EXPECT_THAT(graph.worthAsking(), ElementsAre(50, 51, 52));
+  EXPECT_THAT(pids(), UnorderedElementsAre(100, 101, 102));
+  isIn(running, 51, {{"node.link-group", "loopback-8"}});
+  EXPECT_THAT(pids(), ElementsAre(102)) << "of another group";
+}
+
+TEST_F(Filter, ThatIsPausedOrMutedPassesNothingOn) {
+  isIn(idle, 52, group);
+  EXPECT_THAT(pids(), IsEmpty());
+  isIn(running, 52, group);
+  EXPECT_THAT(pids(), UnorderedElementsAre(100, 101, 102));
+  graph.setMuted(52);
+  EXPECT_THAT(pids(), IsEmpty());
+}
+
+TEST_F(Filter, SoundIsFollowedThroughAVirtualSource) {
+  node(53, 63, "Audio/Source/Virtual");
+  node(54, 64);
+  link(54, 53);
+  isIn(running, 54);
+  client(64, {{"pipewire.sec.pid", "104"}});
+  EXPECT_THAT(pids(), UnorderedElementsAre(100, 101, 102)) << "nobody captures from it";
+  link(53, 51);
+  EXPECT_THAT(pids(), UnorderedElementsAre(100, 101, 102, 104));
+}
+
+TEST_F(Filter, SeveralInARowAreFollowed) {
+  node(53, 63, "Stream/Input/Audio");
+  node(54, 63);
+  link(50, 53);
+  link(54, 51);
+  for (const std::uint32_t id : {53U, 54U}) isIn(running, id, {{"node.link-group", "loopback-8"}});
+  client(63, {{"pipewire.sec.pid", "103"}});
+  EXPECT_THAT(pids(), UnorderedElementsAre(100, 101, 102, 103, 103));
+}
+
+TEST_F(Graph, WhatAClientCapturesGoesOnInWhatItPlays) {
+  node(50, 60);
+  node(51, 61, "Stream/Input/Audio");
+  node(52, 61);
+  link(50, 51);
+  link(52, sink);
+  for (const std::uint32_t id : {50U, 51U, 52U}) isIn(running, id);
+  client(60, {{"pipewire.sec.pid", "100"}});
+  client(61, {{"pipewire.sec.pid", "101"}});
+  EXPECT_THAT(pids(), UnorderedElementsAre(100, 101, 101));
+  isIn(running, 51, {{"node.link-group", "loopback-7"}});
+  EXPECT_THAT(pids(), ElementsAre(101)) << "that node's filter is another one";
+}
+
+TEST_F(Graph, ARecorderAloneMakesNobodyHeard) {
+  node(50, 60);
+  node(51, 61, "Stream/Input/Audio");
+  node(52, 62, "Stream/Input/Audio"); // of nobody who plays
+  link(50, 51);
+  for (const std::uint32_t id : {50U, 51U, 52U}) isIn(running, id);
+  for (const std::uint32_t id : {60U, 61U, 62U}) client(id, {{"pipewire.sec.pid", std::to_string(id + 40)}});
+  EXPECT_THAT(graph.worthAsking(), ElementsAre(50, 51)) << "it might be a filter";
+  EXPECT_THAT(pids(), IsEmpty());
+  node(53, 61); // plays to nobody
+  isIn(running, 53);
+  EXPECT_THAT(pids(), IsEmpty());
+}
+
 TEST_F(Graph, TheServersWordOnAProcessGoesBeforeTheClients) {
   node(50, 60);
   link(50, sink);
@@ -106,6 +189,7 @@ TEST_F(Graph, PulseAudiosClientsSpeakForThemselves) {
               {"application.process.id", "999"},
               {"application.process.binary", "pacat"},
               {"application.process.machine-id", "this"},
+              {"application.process.host", "desk"},
               {"pipewire.access.portal.app_id", "org.example.Music"}});
   ASSERT_EQ(graph.players().size(), 1U);
   const Player player = graph.players().front();
@@ -113,6 +197,7 @@ TEST_F(Graph, PulseAudiosClientsSpeakForThemselves) {
   EXPECT_EQ(player.claim.pid, 1) << "the stream's own word";
   EXPECT_EQ(player.claim.program, "pacat");
   EXPECT_EQ(player.claim.machine, "this");
+  EXPECT_EQ(player.claim.host, "desk");
   EXPECT_EQ(player.claim.sandbox, "org.example.Music");
 }
 
