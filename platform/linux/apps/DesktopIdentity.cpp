@@ -411,6 +411,14 @@ std::optional<std::string> unlessEmpty(const std::string& text) {
 std::span<const IdentityRule> identityRules() { return ranks; }
 
 IdentityMatch matchEntry(const AppEvidence& evidence, Entries entries) {
+  if (evidence.isSuccessor) { // what started its predecessor counts where nothing is known of itself
+    AppEvidence itself = evidence;
+    itself.isSuccessor = false;
+    itself.launchedFile.clear();
+    itself.unit.reset();
+    itself.wrappers.clear();
+    if (const IdentityMatch match = matchEntry(itself, entries); match.entry != nullptr) return match;
+  }
   const IdentityMatch match = firstMatch(evidence, entries, false);
   const DesktopEntry* const game = match.entry == nullptr ? nullptr : byData(entries, evidence, *match.entry);
   return game == nullptr ? match : IdentityMatch{game, &enginesDataRule};

@@ -553,6 +553,18 @@ TEST(DesktopIdentity, AProgramIsTheAppOfTheScriptThatHasBecomeIt) {
   EXPECT_EQ(findEntry(AppEvidence(), {&hero, 1}), nullptr);
 }
 
+// What was launched was the front end that has become this program.
+TEST(DesktopIdentity, ASuccessorIsKnownByItselfFirst) {
+  AppEvidence evidence = running("/usr/bin/xterm");
+  evidence.launchedFile = "/usr/share/applications/galculator.desktop";
+  evidence.launchedProcess = evidence.pid;
+  EXPECT_EQ(idOf(evidence), "galculator");
+  evidence.isSuccessor = true;
+  EXPECT_EQ(idOf(evidence), "debian-xterm");
+  evidence.executable = evidence.program = "/opt/unknown";
+  EXPECT_EQ(idOf(evidence), "galculator");
+}
+
 // The shell may have become the program, or wait for it and whatever that has started.
 TEST(DesktopIdentity, AProgramIsTheAppOfTheShellThatWasToldToStartIt) {
   DesktopEntry tavern = game(entry("tavern-night", "/opt/night/start"));
