@@ -480,7 +480,7 @@ IdentityMatch matchEntry(const AppEvidence& evidence, Entries entries) {
   }
   const IdentityMatch match = firstMatch(evidence, entries, false);
   const DesktopEntry* const game = match.entry == nullptr ? nullptr : byData(entries, evidence, *match.entry);
-  return game == nullptr ? match : IdentityMatch{game, &enginesDataRule};
+  return game == nullptr || game == match.entry ? match : IdentityMatch{game, &enginesDataRule};
 }
 
 const DesktopEntry* findEntry(const AppEvidence& evidence, Entries entries) {

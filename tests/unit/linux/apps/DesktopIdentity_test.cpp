@@ -616,6 +616,11 @@ TEST(DesktopIdentity, AProgramIsTheAppOfTheScriptThatCallsItSo) {
   evidence.arguments = {"/bin/sh", "/data/in.sh", "-y"};
   EXPECT_EQ(idOf(evidence), "none");
 
+  entries[1].executable = "/usr/games/r"; // called as its data
+  AppEvidence called = running(engine);
+  called.arguments.emplace_back("/data/r.pak");
+  EXPECT_EQ(matchEntry(called, entries).rule->name, "whole command");
+
   entries.push_back(game(entry("engine", engine, {}, "Engine")));
   AppEvidence data = running(engine);
   data.windowClass = "Engine-11";
