@@ -16,7 +16,11 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     fuzz::require(!inner.told.empty() || inner.words.size() == programOf(exec).size(),
                   "without a shell it is the line's own", bytes);
   }
-  const std::string becomes = programOfScript("#!/bin/sh\n" + bytes, "/opt/game");
-  fuzz::require(becomes.empty() || becomes.front() == '/', "a script becomes what has a path", bytes);
+  const ScriptsProgram becomes = programOfScript("#!/bin/sh\n" + bytes, "/opt/game");
+  const std::string& program = becomes.program;
+  const bool isName = program.find('/') == std::string::npos;
+  fuzz::require(isName || program.front() == '/', "a script becomes what has a path or a name", bytes);
+  fuzz::require(!program.empty() || becomes == ScriptsProgram(), "nothing is said of no program", bytes);
+  fuzz::require(becomes.folder.empty() || becomes.folder.front() == '/', "a folder has a path", bytes);
   return 0;
 }

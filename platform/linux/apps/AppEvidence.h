@@ -48,6 +48,8 @@ struct AppEvidence {
   std::vector<std::string> arguments; // the whole command line
   std::string workingFolder;
   std::vector<Wrapper> wrappers; // the nearest first, in its session and as young as it is
+  // The process was another program before, with windows of its own: that is what was launched.
+  bool isSuccessor = false;
 };
 
 // "app-gnome-org.gnome.Maps-1234.scope" is org.gnome.Maps. Absent for units that are not an app's.

@@ -6,7 +6,6 @@
 #include "platform/linux/apps/ExecLine.h"
 #include "platform/linux/apps/OneLineName.h"
 #include "platform/linux/apps/ProgramPath.h"
-#include "platform/linux/apps/ScriptText.h"
 #include "platform/posix/files/PosixFileStore.h"
 #include "platform/posix/files/RegularFile.h"
 
@@ -156,7 +155,9 @@ DesktopEntry entryIn(GKeyFile* file, const std::string& path, const std::string&
     entry.realPath = realPath(entry.executable);
     const std::string script = scriptAt(entry.realPath);
     entry.isScript = !script.empty();
-    entry.becomes = realPath(programOfScript(script, folderOf(entry.realPath)));
+    entry.becomes = programOfScript(script, folderOf(entry.realPath));
+    entry.becomes.program = realPath(absolutePath(entry.becomes.program));
+    entry.becomes.folder = realPath(entry.becomes.folder);
     words.erase(words.begin());
     entry.arguments = std::move(words);
   }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "platform/linux/apps/ScriptText.h"
+
 #include <optional>
 #include <string>
 #include <string_view>
@@ -22,7 +24,7 @@ struct DesktopEntry {
   std::vector<std::string> arguments; // Exec's own, without the places for files
   std::vector<std::string> told;      // what follows the shell that Exec has the program from, if one does
   std::string folder;                 // that the program is started in; empty for none in particular
-  std::string becomes;                // the program that such a script is replaced by, if it tells
+  ScriptsProgram becomes;             // what replaces such a script, if it tells; all links followed
   bool isScript = false;              // the program is a text that something else runs
   bool isHidden = false;              // NoDisplay: not an app of its own in the menus
   bool isStore = false;               // of games, see categoryOf

@@ -87,11 +87,60 @@ int programRank(const AppEvidence& evidence, const DesktopEntry& entry) {
   const bool isInterpreterItself =
       entry.realPath == evidence.executable && evidence.executable != evidence.program;
   if (isInterpreterItself) return !entry.arguments.empty() && runsWith(evidence, entry) ? 3 : 0;
-  if (entry.becomes == evidence.program && !evidence.program.empty()) return 1;
   if (entry.realPath != evidence.program) return 0;
   if (entry.arguments.empty()) return entry.told.empty() ? 2 : 1; // rather who starts nothing but it
   if (hasOtherData(evidence, entry)) return 0;
   return runsWith(evidence, entry) ? 3 : 1;
+}
+
+bool isData(const std::string& argument) { return !argument.starts_with('-'); }
+
+bool becomesWithData(const DesktopEntry& entry) {
+  return std::any_of(entry.becomes.arguments.begin(), entry.becomes.arguments.end(), isData);
+}
+
+// Whether the entry's script may have become what runs: the same program, called in the script's words.
+bool mayHaveBecome(const AppEvidence& evidence, const DesktopEntry& entry) {
+  const auto& [program, arguments, takesMore, folder] = entry.becomes;
+  if (entry.isHidden || program.empty()) return false;
+  const bool isExecutable = program == evidence.executable;
+  if (!isExecutable && program != evidence.program) return false;
+  const bool isInterpreterItself = isExecutable && evidence.executable != evidence.program;
+  if (isInterpreterItself && !becomesWithData(entry)) return false;
+  if (arguments.empty()) return true;
+  // Data beside which the program was started are others in another folder.
+  const auto isRelative = [](const std::string& argument) {
+    const std::size_t equals = argument.find('=');
+    if (isData(argument) || equals == std::string::npos) return isData(argument) && argument[0] != '/';
+    return argument[equals + 1] != '/';
+  };
+  const bool isOfFolder = std::any_of(arguments.begin(), arguments.end(), isRelative);
+  if (isOfFolder && !folder.empty() && folder != evidence.workingFolder) return false;
+  // Of a script the interpreter and its own name stand before its arguments.
+  const std::vector<std::string>& given = evidence.arguments;
+  const std::size_t before = isExecutable ? 1 : 2;
+  if (given.size() < before) return false;
+  const auto from = given.begin() + static_cast<std::ptrdiff_t>(before);
+  const auto found = std::search(from, given.end(), arguments.begin(), arguments.end());
+  if (found == given.end() || (isExecutable && found != from)) return false;
+  return takesMore || given.end() - found == static_cast<std::ptrdiff_t>(arguments.size());
+}
+
+// The one that tells most of how its script calls the program; null where two tell as much.
+const DesktopEntry* byScript(Entries entries, const AppEvidence& evidence) {
+  const DesktopEntry* best = nullptr;
+  bool isOne = true;
+  for (const DesktopEntry& entry : entries) {
+    if (!mayHaveBecome(evidence, entry)) continue;
+    const std::size_t words = entry.becomes.arguments.size();
+    if (best == nullptr || words > best->becomes.arguments.size()) {
+      best = &entry;
+      isOne = true;
+    } else if (words == best->becomes.arguments.size() && entry.realPath != best->realPath) {
+      isOne = false;
+    }
+  }
+  return isOne ? best : nullptr;
 }
 
 const DesktopEntry* byProgram(Entries entries, const AppEvidence& evidence) {
@@ -99,7 +148,11 @@ const DesktopEntry* byProgram(Entries entries, const AppEvidence& evidence) {
                                      [&](const DesktopEntry& left, const DesktopEntry& right) {
                                        return programRank(evidence, left) < programRank(evidence, right);
                                      });
-  return best == entries.end() || programRank(evidence, *best) == 0 ? nullptr : &*best;
+  const int rank = best == entries.end() ? 0 : programRank(evidence, *best);
+  const DesktopEntry* const script = byScript(entries, evidence);
+  const int scriptsRank = script == nullptr ? 0 : becomesWithData(*script) ? 3 : 1;
+  if (scriptsRank > rank) return script;
+  return rank == 0 ? nullptr : &*best;
 }
 
 const DesktopEntry* ownEntry(Entries entries, const AppEvidence& evidence) {
@@ -137,14 +190,20 @@ const DesktopEntry* bestOf(Entries entries, const AppEvidence& evidence, const T
   return best;
 }
 
-// Programs that start a game with its data, as its own or in words: "-p FOLDER queen".
+// Programs that start a game with its data, as its own or in words: "-p FOLDER queen". So may a script.
 const DesktopEntry* byWholeCommand(Entries entries, const AppEvidence& evidence) {
-  return first(entries, [&](const DesktopEntry& entry) {
-    const bool isOfOtherWindows = !entry.windowClass.empty() && entry.windowClass != evidence.windowClass &&
-                                  entry.windowClass != evidence.windowInstance;
+  const auto isOfOtherWindows = [&](const DesktopEntry& entry) {
+    return !entry.windowClass.empty() && entry.windowClass != evidence.windowClass &&
+           entry.windowClass != evidence.windowInstance;
+  };
+  const DesktopEntry* const command = first(entries, [&](const DesktopEntry& entry) {
     return !entry.isHidden && !entry.realPath.empty() && entry.realPath == evidence.program &&
-           !entry.arguments.empty() && runsWith(evidence, entry) && !isOfOtherWindows;
+           !entry.arguments.empty() && runsWith(evidence, entry) && !isOfOtherWindows(entry);
   });
+  if (command != nullptr) return command;
+  const DesktopEntry* const script = byScript(entries, evidence);
+  const bool isIt = script != nullptr && becomesWithData(*script) && !isOfOtherWindows(*script);
+  return isIt ? script : nullptr;
 }
 
 const DesktopEntry* byLastPart(Entries entries, const AppEvidence& evidence) {
@@ -411,9 +470,17 @@ std::optional<std::string> unlessEmpty(const std::string& text) {
 std::span<const IdentityRule> identityRules() { return ranks; }
 
 IdentityMatch matchEntry(const AppEvidence& evidence, Entries entries) {
+  if (evidence.isSuccessor) { // what started its predecessor counts where nothing is known of itself
+    AppEvidence itself = evidence;
+    itself.isSuccessor = false;
+    itself.launchedFile.clear();
+    itself.unit.reset();
+    itself.wrappers.clear();
+    if (const IdentityMatch match = matchEntry(itself, entries); match.entry != nullptr) return match;
+  }
   const IdentityMatch match = firstMatch(evidence, entries, false);
   const DesktopEntry* const game = match.entry == nullptr ? nullptr : byData(entries, evidence, *match.entry);
-  return game == nullptr ? match : IdentityMatch{game, &enginesDataRule};
+  return game == nullptr || game == match.entry ? match : IdentityMatch{game, &enginesDataRule};
 }
 
 const DesktopEntry* findEntry(const AppEvidence& evidence, Entries entries) {

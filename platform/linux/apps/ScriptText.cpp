@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/apps/ScriptText.h"
 
-#include "base/Text.h"
 #include "platform/linux/apps/ExecLine.h"
 
 #include <algorithm>
@@ -9,6 +8,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <functional>
+#include <initializer_list>
 #include <map>
 #include <optional>
 #include <string_view>
@@ -24,35 +24,211 @@ bool isNamePart(char letter) {
          (letter >= 'a' && letter <= 'z');
 }
 
-std::string_view trimmed(std::string_view text) {
-  const std::size_t first = text.find_first_not_of(' ');
-  return first == std::string_view::npos ? "" : text.substr(first, text.find_last_not_of(' ') + 1 - first);
-}
+// A '$' or '`' that means itself, until its word is understood.
+constexpr char plainDollar = '\1';
+constexpr char plainBackquote = '\2';
 
-// The commands of a line such as "cd FOLDER && exec ./run", without their quotes. What cannot be read as a
-// line of its own is left out.
-std::vector<std::string> commandsOf(const std::string& line) {
-  std::string text;
-  for (const std::string& word : shellWords(line)) text.append(word).append(" ");
-  std::vector<std::string> commands(1);
-  int depth = 0;
-  for (const char letter : text) {
-    if (letter == '(') ++depth;
-    if (letter == ')') --depth;
-    const bool isEnd = depth == 0 && std::string_view(";&|").find(letter) != std::string_view::npos;
-    if (isEnd) {
-      commands.emplace_back();
-    } else {
-      commands.back() += letter;
+using Words = std::vector<std::string>;
+
+// Takes a script apart into its commands. Of their words the quotes are gone, "$NAME", "$(COMMAND)" and
+// "`COMMAND`" stand as they are. What a command reads from and writes to is left out; "(" and ")" are
+// commands of their own.
+class CommandReader {
+ public:
+  explicit CommandReader(std::string_view text) : m_text(text) {}
+
+  // Empty at the end of the script, or of what can be understood of it.
+  Words next() {
+    Words words;
+    while (words.empty() && !m_text.empty() && m_isWhole) words = takeCommand();
+    return m_isWhole ? words : Words();
+  }
+  bool isWhole() const { return m_isWhole; } // false where a quote or the like has no end
+
+ private:
+  Words takeCommand() {
+    m_words.clear();
+    while (!m_text.empty() && m_isWhole) {
+      if (m_text.front() == '(' || m_text.front() == ')') {
+        if (m_isInWord && m_text.front() == '(') add('$'); // "NAME=(A B)": of no value that is known
+        endWord();
+        if (m_words.empty()) m_words.emplace_back(1, take());
+        return std::move(m_words);
+      }
+      if (isEndOf(take())) break;
+    }
+    endWord();
+    return std::move(m_words);
+  }
+  // Whether the command is over with this letter.
+  bool isEndOf(char letter) {
+    switch (letter) {
+    case ' ':
+    case '\t':
+    case '\r':
+      endWord();
+      return false;
+    case '\n':
+      endWord();
+      passText();
+      return true;
+    case '#':
+      if (m_isInWord) {
+        add(letter);
+      } else {
+        m_text.remove_prefix(std::min(m_text.find('\n'), m_text.size()));
+      }
+      return false;
+    case '\'':
+      takeSingleQuoted();
+      return false;
+    case '"':
+      takeDoubleQuoted();
+      return false;
+    case '\\':
+      if (!m_text.empty()) takeEscaped();
+      return false;
+    case '$':
+    case '`':
+      takeReference(letter);
+      return false;
+    case '<':
+    case '>':
+      takeRedirection(letter);
+      return false;
+    case '&':
+      if (m_text.starts_with('>')) {
+        takeRedirection(take());
+        return false;
+      }
+      return true;
+    default:
+      if (letter == ';' || letter == '|') return true;
+      add(letter);
+      return false;
     }
   }
-  for (std::string& command : commands) command = trimmed(command);
-  return commands;
-}
 
-// How a script finds the folder that it stands in, without spaces and with one name for itself.
+  char take() {
+    const char letter = m_text.front();
+    m_text.remove_prefix(1);
+    return letter;
+  }
+  void add(char letter) {
+    m_word += letter;
+    m_isInWord = true;
+  }
+  void addPlain(char letter) { add(letter == '$' ? plainDollar : letter == '`' ? plainBackquote : letter); }
+  void takeSingleQuoted() {
+    const std::size_t end = m_text.find('\'');
+    m_isInWord = true;
+    if (end == std::string_view::npos) {
+      m_isWhole = false;
+      return;
+    }
+    for (const char letter : m_text.substr(0, end)) addPlain(letter);
+    m_text.remove_prefix(end + 1);
+  }
+  void takeDoubleQuoted() {
+    m_isInWord = true;
+    while (!m_text.empty() && m_isWhole) {
+      const char letter = take();
+      if (letter == '"') return;
+      constexpr std::string_view escaped = "$`\"\\\n";
+      if (letter == '\\' && !m_text.empty() && escaped.find(m_text.front()) != std::string_view::npos) {
+        takeEscaped();
+      } else if (letter == '$' || letter == '`') {
+        takeReference(letter);
+      } else {
+        add(letter);
+      }
+    }
+    m_isWhole = false;
+  }
+  void takeEscaped() {
+    const char letter = take();
+    if (letter != '\n') addPlain(letter); // the line goes on
+  }
+  // "$NAME", "${NAME}", "$(COMMAND)" or "`COMMAND`", after its first letter.
+  void takeReference(char first) {
+    std::size_t length = 0;
+    if (first == '`') {
+      length = m_text.find('`') + 1;
+      m_isWhole = m_isWhole && length != 0;
+    } else if (m_text.starts_with('{')) {
+      length = m_text.find('}') + 1;
+      m_isWhole = m_isWhole && length != 0;
+    } else if (m_text.starts_with('(')) {
+      int depth = 0;
+      do {
+        if (length == m_text.size()) {
+          m_isWhole = false;
+          return;
+        }
+        if (m_text[length] == '(') ++depth;
+        if (m_text[length] == ')') --depth;
+        ++length;
+      } while (depth > 0);
+    } else {
+      while (length < m_text.size() && isNamePart(m_text[length])) ++length;
+      constexpr std::string_view ofOneLetter = "@*#?$!-";
+      if (length == 0 && !m_text.empty() && ofOneLetter.find(m_text.front()) != std::string_view::npos)
+        length = 1;
+    }
+    add(first);
+    m_word += m_text.substr(0, length);
+    m_text.remove_prefix(length);
+  }
+  void takeRedirection(char letter) {
+    const bool isNumber = m_isInWord && std::all_of(m_word.begin(), m_word.end(),
+                                                    [](char each) { return each >= '0' && each <= '9'; });
+    if (isNumber) {
+      m_word.clear();
+      m_isInWord = false;
+    } else {
+      endWord();
+    }
+    const bool isText = letter == '<' && m_text.starts_with('<') && !m_text.starts_with("<<");
+    m_text.remove_prefix(std::min(m_text.find_first_not_of(isText ? "<-" : "<>&|"), m_text.size()));
+    m_target = isText ? Target::textsEnd : Target::file;
+  }
+  // The lines up to a mark, which a command is given as what it reads.
+  void passText() {
+    if (m_textsEnd.empty()) return;
+    const std::string end = std::exchange(m_textsEnd, {});
+    while (!m_text.empty()) {
+      const std::size_t length = std::min(m_text.find('\n'), m_text.size());
+      std::string_view line = m_text.substr(0, length);
+      m_text.remove_prefix(std::min(length + 1, m_text.size()));
+      line.remove_prefix(std::min(line.find_first_not_of('\t'), line.size()));
+      if (line == end) return;
+    }
+  }
+  void endWord() {
+    if (!std::exchange(m_isInWord, false)) return;
+    std::string word = std::exchange(m_word, {});
+    const Target target = std::exchange(m_target, Target::none);
+    if (target == Target::none) {
+      m_words.push_back(std::move(word));
+    } else if (target == Target::textsEnd) {
+      m_textsEnd = std::move(word);
+    }
+  }
+
+  enum class Target { none, file, textsEnd }; // what the next word is
+
+  std::string_view m_text;
+  Words m_words;
+  std::string m_word;
+  std::string m_textsEnd;
+  Target m_target = Target::none;
+  bool m_isInWord = false;
+  bool m_isWhole = true;
+};
+
+// How a script finds the folder that it stands in, without spaces and quotes and with one name for itself.
 bool isOwnFolder(std::string text) {
-  std::erase(text, ' ');
+  std::erase_if(text, [](char letter) { return letter == ' ' || letter == '"' || letter == '\n'; });
   for (const std::string_view own : {"${BASH_SOURCE[0]}", "${BASH_SOURCE}", "$BASH_SOURCE", "${0}"}) {
     for (std::size_t at = text.find(own); at != std::string::npos; at = text.find(own))
       text.replace(at, own.size(), "$0");
@@ -63,6 +239,8 @@ bool isOwnFolder(std::string text) {
       "$(cd${0%/*}&&pwd)", "$(cd$(dirname$0);pwd)",  "$(dirname$(realpath$0))"};
   return std::find(known.begin(), known.end(), text) != known.end();
 }
+
+constexpr std::size_t longest = 4096; // of what a word stands for
 
 // What a script knows of itself and has put down for later.
 class Values {
@@ -80,9 +258,11 @@ class Values {
       const std::string_view reference = text.substr(0, endOfReference(text));
       text.remove_prefix(reference.size());
       const std::optional<std::string> value = valueOf(reference);
-      if (!value) return {};
+      if (!value || result.size() + value->size() > longest) return {};
       result += *value;
     }
+    std::replace(result.begin(), result.end(), plainDollar, '$');
+    std::replace(result.begin(), result.end(), plainBackquote, '`');
     return result;
   }
   void assign(std::string_view name, std::optional<std::string> value) {
@@ -126,39 +306,112 @@ std::size_t assignedName(std::string_view command) {
   return isName && equals < command.size() ? equals : 0;
 }
 
-// The rest of a command of this name.
-std::optional<std::string_view> restOf(std::string_view command, std::string_view name) {
-  const bool isIt = command.starts_with(name) && command.substr(name.size()).starts_with(' ');
-  return isIt ? std::optional(trimmed(command.substr(name.size()))) : std::nullopt;
+bool isOneOf(std::initializer_list<std::string_view> words, std::string_view word) {
+  return std::find(words.begin(), words.end(), word) != words.end();
 }
+
+bool isBesideSomething(std::string_view path) {
+  return path.find('/') != std::string_view::npos && !path.starts_with('/');
+}
+
+// What it has been given itself.
+bool isGiven(std::string word) {
+  std::erase(word, '"');
+  return isOneOf({"$@", "$*", "${@}", "${*}", "${1+$@}", "${1:+$@}"}, word);
+}
+
+class Script {
+ public:
+  explicit Script(std::string folder) : m_values(std::move(folder)) {}
+
+  ScriptsProgram read(const std::string& text) {
+    CommandReader commands(text);
+    for (Words words = commands.next(); !words.empty(); words = commands.next()) {
+      if (!follow(std::move(words))) return {};
+    }
+    return commands.isWhole() ? m_only : ScriptsProgram();
+  }
+
+ private:
+  // False when nothing is certain any more.
+  bool follow(Words words) {
+    const auto isKeyword = [](const std::string& word) {
+      return isOneOf({"if", "then", "elif", "else", "while", "until", "do", "time", "!", "{"}, word);
+    };
+    words.erase(words.begin(), std::find_if_not(words.begin(), words.end(), isKeyword));
+    const bool isExport = !words.empty() && isOneOf({"export", "readonly"}, words.front());
+    const auto first =
+        isExport ? words.end() : std::find_if(words.begin(), words.end(), [](const std::string& word) {
+          return assignedName(word) == 0;
+        });
+    std::for_each(words.begin(), first, [&](const std::string& word) {
+      assign(word, first == words.end()); // or for one program's life
+    });
+    words.erase(words.begin(), first);
+    if (words.empty()) return true;
+    if (words.front() == "(") m_outside.push_back(m_place);
+    if (m_outside.size() > mostBrackets) return false;
+    if (words.front() == ")" && !m_outside.empty()) {
+      m_place = std::move(m_outside.back());
+      m_outside.pop_back();
+    }
+    if (words.front() == "cd") m_place = words.size() == 2 ? pathIn(m_values.in(words.back())) : "";
+    return words.front() != "exec" || become(std::move(words));
+  }
+
+  void assign(const std::string& word, bool isForAll) {
+    const std::string name = word.substr(0, assignedName(word));
+    m_hasPath = m_hasPath || name == "PATH";
+    if (isForAll && !name.empty()) m_values.assign(name, m_values.in(word.substr(name.size() + 1)));
+  }
+
+  // From where the script is; empty where nobody knows.
+  std::string pathIn(const std::optional<std::string>& path) const {
+    if (!path || path->empty() || m_place.size() + path->size() > longest) return {};
+    if (path->starts_with('/')) return *path;
+    return m_place.empty() ? "" : (std::filesystem::path(m_place) / *path).lexically_normal().string();
+  }
+
+  bool become(Words words) {
+    ScriptsProgram found;
+    found.takesMore = isGiven(words.back());
+    if (found.takesMore) words.pop_back();
+    for (std::string& word : words) {
+      const std::optional<std::string> value = m_values.in(word);
+      const bool isPattern = word.find_first_of("*?[") != std::string::npos || word.starts_with('~');
+      if (!value || isPattern) return false;
+      word = *value;
+    }
+    if (words.size() == 1) return !found.takesMore; // it only says where the script writes to
+    words = withoutPrefixes(std::move(words));
+    if (words.empty() || words.front().empty()) return false;
+    found.program = isBesideSomething(words.front()) ? pathIn(words.front()) : std::move(words.front());
+    const bool isElsewhere = m_hasPath && !found.program.starts_with('/');
+    if (found.program.empty() || isElsewhere) return false;
+    found.arguments.assign(words.begin() + 1, words.end());
+    found.folder = m_place;
+    if (m_only.program.empty()) {
+      m_only = std::move(found);
+      return true;
+    }
+    m_only.takesMore = m_only.takesMore || found.takesMore;
+    if (m_only.folder != found.folder) m_only.folder.clear();
+    return m_only.program == found.program && m_only.arguments == found.arguments;
+  }
+
+  static constexpr std::size_t mostBrackets = 64;
+
+  Values m_values;
+  std::string m_place; // that the script has gone to; empty for where it was started, or where nobody knows
+  std::vector<std::string> m_outside; // of each bracket
+  bool m_hasPath = false;             // programs are where only the script says
+  ScriptsProgram m_only;
+};
 
 } // namespace
 
-std::string programOfScript(const std::string& script, const std::string& folder) {
-  Values values(folder);
-  std::string place; // that the script has gone to
-  std::string only;
-  for (const std::string& line : split(script, '\n')) {
-    for (const std::string& whole : commandsOf(line)) {
-      const std::string_view command = restOf(whole, "export").value_or(whole);
-      if (const std::size_t length = assignedName(command); length != 0) {
-        values.assign(command.substr(0, length), values.in(command.substr(length + 1)));
-      } else if (const auto target = restOf(command, "cd")) {
-        place = values.in(*target).value_or("");
-      } else if (auto run = restOf(command, "exec")) {
-        if (run->find_first_of("<>0123456789") == 0) continue; // where it writes to
-        // With what the script was given, or nothing.
-        if (run->ends_with(" $@")) run = trimmed(run->substr(0, run->size() - 3));
-        std::string program = values.in(*run).value_or("");
-        const bool isBeside = program.find('/') != std::string::npos && !program.starts_with('/');
-        if (isBeside && place.starts_with('/'))
-          program = (std::filesystem::path(place) / program).lexically_normal();
-        if (!program.starts_with('/') || (!only.empty() && only != program)) return {};
-        only = program;
-      }
-    }
-  }
-  return only;
+ScriptsProgram programOfScript(const std::string& script, const std::string& folder) {
+  return Script(folder).read(script);
 }
 
 } // namespace vantle

@@ -56,6 +56,7 @@ std::optional<ProcStat> parseProcStat(std::string_view line) {
                      fields.read(stat.threads) && fields.skip(22 - 21) && fields.read(stat.startTicks) &&
                      fields.skip(24 - 23) && fields.read(stat.residentPages);
   if (!whole || stat.parent < 0) return std::nullopt;
+  if (!fields.skip(28 - 25) || !fields.read(stat.startStack)) stat.startStack = 0;
   return stat;
 }
 

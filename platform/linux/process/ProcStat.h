@@ -24,6 +24,7 @@ struct ProcStat {
   int threads = 0;                // field 20
   std::uint64_t startTicks = 0;   // field 22: clock ticks since boot
   std::int64_t residentPages = 0; // field 24
+  std::uint64_t startStack = 0;   // field 28: anew with each program; 0 when it may not be known
 
   // False for a zombie. A main thread that ended before its siblings is shown as one too, but then the
   // process has other threads still.

@@ -77,6 +77,38 @@ std::vector<Pid> ancestorsOf(Pid pid) {
 // Windows of other machines come through the secure shell: theirs is not the process that should be slowed.
 bool isRemote(const AppEvidence& evidence) { return evidence.commandName.starts_with("sshd"); }
 
+// What changes when a process becomes another program, or the same one again. Nothing of it has to be asked
+// of the process itself, which may be slow to answer.
+struct ProgramMark {
+  std::string executable;
+  std::uint64_t startStack = 0;
+  bool operator==(const ProgramMark&) const = default;
+};
+
+ProgramMark markOf(Pid pid) {
+  const std::string folder = "/proc/" + std::to_string(pid);
+  const std::optional<ProcStat> stat = parseProcStat(readKernelFile(folder + "/stat").value_or(""));
+  return {.executable = withoutDeletedMark(readKernelLink(folder + "/exe").value_or("")),
+          .startStack = stat ? stat->startStack : 0};
+}
+
+// What runs in a process, and with what.
+struct ProgramRun {
+  std::string executable;
+  std::string program;
+  std::vector<std::string> arguments;
+  bool operator==(const ProgramRun&) const = default;
+};
+
+ProgramRun runOf(const AppEvidence& evidence) {
+  return {evidence.executable, evidence.program, evidence.arguments};
+}
+
+bool isSame(const AppIdentity& identity, const LinuxApplication& app) {
+  if (identity.bundlePath || app.bundlePath()) return identity.bundlePath == app.bundlePath();
+  return identity.executablePath == app.executablePath() && identity.localizedName == app.localizedName();
+}
+
 bool belongsToShell(const AppEvidence& evidence) {
   return isShellComponent(fileNameOf(evidence.executable)) ||
          isShellComponent(fileNameOf(evidence.program)) ||
@@ -91,6 +123,10 @@ struct WindowedWorkspace::App {
   std::uint64_t startTicks = 0;
   std::shared_ptr<Descriptor> process;
   std::unique_ptr<EventLoop::Handle> exitWatch;
+  ProgramMark mark; // of the program that it was last known as
+  ProgramRun run;
+  bool isSuccessor = false; // as in AppEvidence
+  std::set<WindowId> seen;  // its windows at the last look
   // Until the launch is told:
   std::unique_ptr<EventLoop::Handle> launchTimer;
   std::unique_ptr<AppEvidence> evidence; // that its identity was read from
@@ -163,10 +199,55 @@ WindowedWorkspace::App* WindowedWorkspace::find(Pid pid) const {
 }
 
 void WindowedWorkspace::update() {
+  followPrograms();
   for (const auto& [id, window] : m_windows->known()) adoptOwner(window);
   for (const auto& app : m_apps) endRoles(*app);
   if (m_windows->isActiveKnown()) updateFront();
   deliver();
+}
+
+// A front end may leave its process to the game. Its windows close with it, so nobody is looked at before the
+// next window opens where there was none, or a person turns to one.
+void WindowedWorkspace::followPrograms() {
+  std::map<Pid, std::set<WindowId>> shown;
+  for (const auto& [id, window] : m_windows->known()) {
+    if (window.pid != 0 && window.kind != WindowKind::passing) shown[window.pid].insert(id);
+  }
+  const bool isActivation =
+      m_windows->isActiveKnown() && std::exchange(m_lastActive, m_windows->active()) != m_windows->active();
+  const WindowFacts* const active = isActivation ? activeWindow() : nullptr;
+  std::vector<std::pair<const WindowFacts*, bool>> successors;
+  for (const auto& app : m_apps) {
+    const auto windows = shown.find(app->pid());
+    const std::set<WindowId> now = windows == shown.end() ? std::set<WindowId>() : windows->second;
+    const std::set<WindowId> before = std::exchange(app->seen, now);
+    const bool isLeft =
+        std::any_of(now.begin(), now.end(), [&](WindowId window) { return before.contains(window); });
+    const bool isActive = active != nullptr && active->pid == app->pid();
+    if (now.empty() || (isLeft && !isActive)) continue;
+    const WindowFacts& window = isActive ? *active : m_windows->known().at(*now.begin());
+    if (isAnotherApp(*app, window)) successors.emplace_back(&window, app->isSuccessor);
+  }
+  for (const auto& [window, isSuccessor] : successors) {
+    end(window->pid);
+    adoptOwner(*window, isSuccessor);
+  }
+}
+
+bool WindowedWorkspace::isAnotherApp(App& app, const WindowFacts& window) {
+  ProgramMark mark = markOf(app.pid());
+  if (mark == app.mark) return false;
+  AppEvidence evidence = evidenceOf(app.pid());
+  const ProgramRun run = runOf(evidence);
+  const bool isTold = !run.executable.empty() && !run.arguments.empty();
+  if (!isTold) return false; // another time, maybe
+  app.mark = std::move(mark);
+  if (run == app.run) return false;
+  app.isSuccessor = app.isSuccessor || run.executable != app.run.executable || run.program != app.run.program;
+  app.run = run;
+  addWindow(evidence, window);
+  evidence.isSuccessor = app.isSuccessor;
+  return !isSame(identify(evidence), *app.application);
 }
 
 void WindowedWorkspace::updateFront() {
@@ -300,13 +381,13 @@ void WindowedWorkspace::endRoles(App& app) {
   if (!ended.empty()) m_events.emplace_back(WorkspaceEvent::launched, app.application);
 }
 
-void WindowedWorkspace::adoptOwner(const WindowFacts& window) {
+void WindowedWorkspace::adoptOwner(const WindowFacts& window, bool isSuccessor) {
   if (window.pid == 0 || window.kind == WindowKind::passing) return;
   App* app = find(window.pid);
   if (app != nullptr) {
     identifyLate(*app, window);
   } else {
-    std::unique_ptr<App> made = makeApp(window);
+    std::unique_ptr<App> made = makeApp(window, isSuccessor);
     if (!made) return;
     app = made.get();
     const auto place =
@@ -327,16 +408,22 @@ void WindowedWorkspace::adoptOwner(const WindowFacts& window) {
   if (window.kind == WindowKind::shell) app->application->setActivationPolicy(ActivationPolicy::accessory);
 }
 
-std::unique_ptr<WindowedWorkspace::App> WindowedWorkspace::makeApp(const WindowFacts& window) {
+std::unique_ptr<WindowedWorkspace::App> WindowedWorkspace::makeApp(const WindowFacts& window,
+                                                                   bool isSuccessor) {
   // A process whose end nobody would hear of cannot be an app here.
   if (!window.process || !*window.process) return nullptr;
   const std::optional<std::uint64_t> start = startTicks(window.pid);
   if (!start) return nullptr;
+  auto app = std::make_unique<App>();
+  app->mark = markOf(window.pid); // what it becomes from here on is another program
   AppEvidence evidence = evidenceOf(window.pid);
   if (isRemote(evidence)) return nullptr;
   addWindow(evidence, window);
+  evidence.isSuccessor = isSuccessor;
+  app->isSuccessor = isSuccessor;
+  app->run = runOf(evidence);
+  app->seen = {window.id};
 
-  auto app = std::make_unique<App>();
   app->application = std::make_shared<LinuxApplication>(window.pid, identify(evidence), m_appWindows);
   if (belongsToShell(evidence)) app->application->setActivationPolicy(ActivationPolicy::accessory);
   app->roles = {{namesOf(window), app->application}};
@@ -351,6 +438,8 @@ std::unique_ptr<WindowedWorkspace::App> WindowedWorkspace::makeApp(const WindowF
 
 AppEvidence WindowedWorkspace::evidenceOf(Pid pid) const {
   AppEvidence evidence = readEvidence(pid);
+  const App* const known = find(pid);
+  evidence.isSuccessor = known != nullptr && known->isSuccessor;
   dropAppsFrom(evidence);
   return evidence;
 }
@@ -422,6 +511,13 @@ void WindowedWorkspace::announce(App& app) {
 }
 
 void WindowedWorkspace::ended(Pid pid) {
+  if (find(pid) == nullptr) return;
+  end(pid);
+  m_windows->forget(pid);
+  deliver();
+}
+
+void WindowedWorkspace::end(Pid pid) {
   const auto found =
       std::find_if(m_apps.begin(), m_apps.end(), [pid](const auto& app) { return app->pid() == pid; });
   if (found == m_apps.end()) return;
@@ -431,8 +527,6 @@ void WindowedWorkspace::ended(Pid pid) {
   app->setTerminated();
   if (m_front == app->application) becomeFront(nullptr);
   m_events.emplace_back(WorkspaceEvent::terminated, app->application);
-  m_windows->forget(pid);
-  deliver();
 }
 
 // Of an app that is not seen any more nobody would hear that the person turns to it: to everybody it has

@@ -22,7 +22,9 @@ namespace vantle {
 // owned one and still lives; several windows of one process are one app, unless they say themselves that they
 // are not: a browser's window can be a web app's, with a desktop file of its own. Such a process is the app
 // whose window was in front last, and of its apps one without windows has ended. What no desktop file is
-// known of is looked up again when its first window says something else of itself. Processes of the desktop
+// known of is looked up again when its first window says something else of itself. A process that has become
+// another program is another app from its next window on, or when it comes to the front again: to everybody
+// the former one has ended. Processes of the desktop
 // itself (panels, docks, …) are accessory apps, and never the front app: what was in front before stays so
 // while the person uses them. Without a desktop there are no apps.
 class WindowedWorkspace final : public Workspace {
@@ -56,8 +58,11 @@ class WindowedWorkspace final : public Workspace {
   void updateFront();
   void becomeFront(const App* app);
   bool isKeptBehind(const App& owner) const;
-  void adoptOwner(const WindowFacts& window);
-  std::unique_ptr<App> makeApp(const WindowFacts& window);
+  void adoptOwner(const WindowFacts& window, bool isSuccessor = false);
+  std::unique_ptr<App> makeApp(const WindowFacts& window, bool isSuccessor);
+  void followPrograms();
+  bool isAnotherApp(App& app, const WindowFacts& window);
+  void end(Pid pid);
   AppEvidence evidenceOf(Pid pid) const;
   void dropAppsFrom(AppEvidence& evidence) const;
   AppIdentity identify(const AppEvidence& evidence);
@@ -82,6 +87,7 @@ class WindowedWorkspace final : public Workspace {
   Apps m_apps;
   std::vector<App*> m_unannounced; // launched, but not told yet, in order
   AppRef m_front;
+  WindowId m_lastActive = 0;
   std::unique_ptr<EventLoop::Handle> m_gap; // set while nothing is said to be in front, and that may pass
   std::vector<Event> m_events;              // to be told
   bool m_isStarting = true;

@@ -328,11 +328,14 @@ TEST_F(DesktopEntriesTest, KnowsWhatAScriptBecomes) {
     touchLater();
     desktop::require(name.c_str(),
                      [&] { return find(name) != nullptr; }); // a busy machine may be late with news
-    return find(name)->becomes;
+    return find(name)->becomes.program;
   };
   EXPECT_EQ(becomes("#!/bin/sh\ncd /\nexec " + game + " \"$@\"\n"), game);
   EXPECT_EQ(becomes("#!/bin/sh\nif true; then\n  exec " + game + "\nfi\nexec " + game + "\n"), game);
-  EXPECT_EQ(becomes("#!/bin/sh\nexec " + game + " data\n"), "") << "which may be an engine";
+  EXPECT_EQ(becomes("#!/bin/sh\nexec " + game + " data\n"), game);
+  EXPECT_EQ(becomes("#!/bin/sh\nexec sleep 5\n"), std::filesystem::canonical("/bin/sleep"))
+      << "as PATH finds it";
+  EXPECT_EQ(becomes("#!/bin/sh\nexec no-such-program 5\n"), "");
   EXPECT_EQ(becomes("#!/bin/sh\nexec " + game + "\nexec /bin/sh\n"), "");
   EXPECT_EQ(becomes("#!/bin/sh\nexec \"/$x/game\"\n"), "");
   EXPECT_EQ(becomes("#!/bin/sh\nexec ./game\n"), "");

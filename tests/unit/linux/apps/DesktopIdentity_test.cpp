@@ -544,13 +544,102 @@ TEST(DesktopIdentity, AProgramIsTheAppOfTheWrapperThatWaitsForIt) {
 
 TEST(DesktopIdentity, AProgramIsTheAppOfTheScriptThatHasBecomeIt) {
   DesktopEntry hero = script(game(entry("hero", "/opt/start.sh")));
-  hero.becomes = "/opt/game/run";
+  hero.becomes.program = "/opt/game/run";
   std::vector<DesktopEntry> entries{hero};
   const AppEvidence evidence = running("/opt/game/run");
   ASSERT_NE(findEntry(evidence, entries), nullptr);
   entries.push_back(entry("run", "/opt/game/run"));
   EXPECT_EQ(findEntry(evidence, entries)->id, "run") << "which starts it itself";
   EXPECT_EQ(findEntry(AppEvidence(), {&hero, 1}), nullptr);
+}
+
+// Of an engine that has many games.
+TEST(DesktopIdentity, AProgramIsTheAppOfTheScriptThatCallsItSo) {
+  const auto becomes = [](const char* id, const char* script, ScriptsProgram program) {
+    DesktopEntry made = game(vantle::script(entry(id, script)));
+    made.becomes = std::move(program);
+    return made;
+  };
+  const char* const engine = "/usr/bin/engine-11";
+  std::vector<DesktopEntry> entries{
+      becomes("any", "/usr/games/any", {engine, {}, true}),
+      becomes("rescue", "/usr/games/rescue", {engine, {"/data/r.pak"}}),
+      becomes("rescue-hard", "/usr/games/hard", {engine, {"/data/r.pak", "--hard"}, true}),
+      becomes("full", "/usr/games/full", {engine, {"--fullscreen"}, true}),
+      becomes("near", "/usr/games/near", {engine, {"n.pak"}, false, "/data/near"}),
+      becomes("here", "/usr/games/here", {engine, {"--data=."}, false, "/data/here"}),
+      becomes("twin", "/usr/games/twin", {engine, {"t.pak"}}),
+      becomes("other-twin", "/usr/games/other", {engine, {"t.pak"}, true}),
+      becomes("snake", "/usr/games/snake", {"/usr/bin/python3", {"-I", "/data/s.py"}, true}),
+      becomes("python", "/usr/games/python", {"/usr/bin/python3", {"-I"}, true}),
+      becomes("inner", "/usr/games/inner", {"/data/in.sh", {"-x"}}),
+  };
+  struct Case {
+    std::vector<std::string> arguments;
+    const char* folder;
+    const char* id;
+  };
+  const std::vector<Case> cases{
+      {{"/data/r.pak"}, "/", "rescue"},
+      {{"/data/r.pak", "--hard", "2"}, "/", "rescue-hard"},
+      {{"/data/r.pak", "2"}, "/", "any"},
+      {{"/data/another.pak"}, "/", "any"},
+      {{"--fullscreen", "x"}, "/", "full"},
+      {{"x", "--fullscreen"}, "/", "any"},
+      {{"n.pak"}, "/data/near", "near"},
+      {{"n.pak"}, "/data/far", "any"},
+      {{"--data=."}, "/data/here", "here"},
+      {{"--data=."}, "/data/far", "any"},
+      {{"t.pak"}, "/", "none"},
+      {{}, "/", "any"},
+  };
+  const auto idOf = [&](const AppEvidence& evidence) {
+    const DesktopEntry* const found = findEntry(evidence, entries);
+    return found == nullptr ? "none" : found->id;
+  };
+  for (const Case& each : cases) {
+    AppEvidence evidence = running(engine);
+    evidence.arguments.insert(evidence.arguments.end(), each.arguments.begin(), each.arguments.end());
+    evidence.workingFolder = each.folder;
+    EXPECT_EQ(idOf(evidence), each.id) << testing::PrintToString(each.arguments) << each.folder;
+  }
+  AppEvidence evidence = running("/usr/bin/python3");
+  evidence.program = "/data/s.py";
+  evidence.arguments = {"python3", "-I", "/data/s.py"};
+  EXPECT_EQ(idOf(evidence), "snake");
+  evidence.program = evidence.arguments[2] = "/data/other.py";
+  EXPECT_EQ(idOf(evidence), "none") << "an interpreter is what it runs";
+  evidence.executable = "/usr/bin/dash";
+  evidence.program = "/data/in.sh";
+  evidence.arguments = {"/bin/sh", "/data/in.sh", "-x"};
+  EXPECT_EQ(idOf(evidence), "inner");
+  evidence.arguments = {"/bin/sh", "/data/in.sh", "-y"};
+  EXPECT_EQ(idOf(evidence), "none");
+
+  entries[1].executable = "/usr/games/r"; // called as its data
+  AppEvidence called = running(engine);
+  called.arguments.emplace_back("/data/r.pak");
+  EXPECT_EQ(matchEntry(called, entries).rule->name, "whole command");
+
+  entries.push_back(game(entry("engine", engine, {}, "Engine")));
+  AppEvidence data = running(engine);
+  data.windowClass = "Engine-11";
+  data.arguments.emplace_back("/data/r.pak");
+  EXPECT_EQ(idOf(data), "rescue") << "which says more than the program alone";
+  data.arguments.back() = "--fullscreen";
+  EXPECT_EQ(idOf(data), "engine");
+}
+
+// What was launched was the front end that has become this program.
+TEST(DesktopIdentity, ASuccessorIsKnownByItselfFirst) {
+  AppEvidence evidence = running("/usr/bin/xterm");
+  evidence.launchedFile = "/usr/share/applications/galculator.desktop";
+  evidence.launchedProcess = evidence.pid;
+  EXPECT_EQ(idOf(evidence), "galculator");
+  evidence.isSuccessor = true;
+  EXPECT_EQ(idOf(evidence), "debian-xterm");
+  evidence.executable = evidence.program = "/opt/unknown";
+  EXPECT_EQ(idOf(evidence), "galculator");
 }
 
 // The shell may have become the program, or wait for it and whatever that has started.

@@ -697,6 +697,185 @@ TEST_F(GameLaunchers, AreNotKnownByWhatIsNoGame) {
   EXPECT_FALSE(m_launcher->isTerminated());
 }
 
+// A front end that leaves its process to another program: `exec`.
+class Successors : public WindowedWorkspaceTest {
+ protected:
+  Successors() {
+    m_game = m_folder.path() / "game";
+    std::filesystem::copy_file("/bin/sleep", m_game);
+    m_front = script("front.sh", waits + "exec \"$2\" 1000\n");
+    m_data.write("applications/front.desktop", desktopFile("Front", m_front, "Office"));
+    m_data.write("applications/game.desktop", desktopFile("Game", m_game, "Game"));
+  }
+  static std::string desktopFile(const std::string& name, const std::string& program, const char* category) {
+    return "[Desktop Entry]\nType=Application\nName=" + name + "\nExec=" + program +
+           "\nCategories=" + category + ";\n";
+  }
+  std::string script(const char* name, const std::string& lines) {
+    const std::filesystem::path path = m_folder.write(name, "#!/bin/sh\necho >>\"$0.runs\"\n" + lines);
+    std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+    return path;
+  }
+  // Starts it and shows its window 3 in front.
+  void start(const std::vector<std::string>& command, const std::string& name) {
+    m_program = std::make_unique<desktop::Program>(desktop::Start{.command = command, .environment = {}});
+    desktop::require("the front end", [&] { return std::filesystem::exists(m_front + ".runs"); });
+    watchTwo(FrontRule::asTold);
+    m_windows->open(3, pid());
+    m_windows->show(3);
+    EXPECT_EQ(frontName(), name);
+    m_before = m_workspace->frontmostApplication();
+  }
+  void closeAndGo(const std::string& path) {
+    m_windows->windows.erase(3);
+    m_windows->show(0);
+    go([&] { return runs(path); });
+  }
+  bool runs(const std::string& path) const { // and the kernel has told it with what
+    const AppEvidence evidence = readEvidence(pid());
+    return evidence.program == path && !evidence.arguments.empty();
+  }
+  void go(const std::function<bool()>& isThere) {
+    m_events.clear();
+    m_folder.write("go", "");
+    desktop::require("another program", isThere);
+  }
+  void showNext() {
+    m_windows->open(4, pid());
+    m_windows->show(4);
+  }
+  Pid pid() const { return m_program->pid(); }
+  std::string goFile() const { return m_folder.path() / "go"; }
+  std::string frontName() const {
+    const AppRef app = m_workspace->frontmostApplication();
+    return app ? *app->localizedName() : "nothing";
+  }
+  auto becameAnother() const {
+    return ElementsAre(event("terminated", pid()), event("launched", pid()), event("activated", pid()));
+  }
+
+  const std::string waits = "while [ ! -e \"$1\" ]; do sleep 0.05; done\n";
+  desktop::TemporaryFolder m_folder;
+  std::string m_front;
+  std::string m_game;
+  std::unique_ptr<desktop::Program> m_program;
+  AppRef m_before;
+};
+
+TEST_F(Successors, AreKnownFromTheirFirstWindowOn) {
+  start({m_front, goFile(), m_game}, "Front");
+  closeAndGo(m_game);
+  EXPECT_THAT(m_events, IsEmpty());
+  showNext();
+  EXPECT_EQ(frontName(), "Game");
+  EXPECT_EQ(m_workspace->frontmostApplication()->bundleCategory(), gamesCategory);
+  EXPECT_EQ(m_workspace->runningApplication(pid()), m_workspace->frontmostApplication());
+  EXPECT_EQ(m_workspace->runningApplications().size(), 3U);
+  EXPECT_TRUE(m_before->isTerminated());
+  EXPECT_THAT(m_events, becameAnother());
+  EXPECT_THAT(m_windows->forgotten, IsEmpty()) << "the window is the living process's";
+  m_events.clear();
+  m_program->kill();
+  ASSERT_TRUE(m_loop.awaitProcesses([&] { return !m_events.empty(); }));
+  EXPECT_THAT(m_events, ElementsAre(event("terminated", pid())));
+}
+
+TEST_F(Successors, AreKnownBehindAsWell) {
+  start({m_front, goFile(), m_game}, "Front");
+  closeAndGo(m_game);
+  m_windows->open(4, pid());
+  m_windows->show(1);
+  EXPECT_EQ(m_workspace->runningApplication(pid())->localizedName(), "Game");
+}
+
+TEST_F(Successors, AreKnownWhenTheyComeToTheFrontAgain) {
+  start({m_front, goFile(), m_game}, "Front");
+  m_windows->show(1);
+  go([&] { return runs(m_game); });
+  m_windows->tell();
+  EXPECT_THAT(m_events, IsEmpty()) << "nobody has looked";
+  m_windows->show(3);
+  EXPECT_EQ(frontName(), "Game");
+  EXPECT_THAT(m_events, becameAnother());
+}
+
+TEST_F(Successors, OfACompiledProgramMayBeNoGame) {
+  m_data.write("applications/game.desktop", desktopFile("Game", m_game, "Office"));
+  const std::string first = m_folder.path() / "first";
+  std::filesystem::copy_file("/bin/sh", first);
+  m_data.write("applications/first.desktop", desktopFile("First", first, "Game"));
+  start({first, "-c", "echo >\"$0.runs\"; " + waits + "exec \"$2\" 1000", m_front, goFile(), m_game},
+        "First");
+  EXPECT_EQ(m_before->bundleCategory(), gamesCategory);
+  closeAndGo(m_game);
+  showNext();
+  EXPECT_EQ(frontName(), "Game");
+  EXPECT_NE(m_workspace->frontmostApplication()->bundleCategory(), gamesCategory);
+}
+
+TEST_F(Successors, MayBeAnotherScriptOfTheSameInterpreter) {
+  const std::string other = script("other.sh", "while :; do sleep 1; done\n");
+  m_data.write("applications/other.desktop", desktopFile("Other", other, "Game"));
+  start({m_front, goFile(), other}, "Front");
+  closeAndGo(other);
+  showNext();
+  EXPECT_EQ(frontName(), "Other");
+}
+
+TEST_F(Successors, ThatNobodyKnowsGoByTheirOwnName) {
+  std::filesystem::remove(m_data.path() / "applications/game.desktop");
+  start({m_front, goFile(), m_game}, "Front");
+  closeAndGo(m_game);
+  showNext();
+  EXPECT_EQ(frontName(), "game");
+}
+
+TEST_F(Successors, AreTheSameAppIfTheyStartOver) {
+  const std::string again = script("again.sh", waits + "rm \"$1\"; exec \"$0\" \"$@\"\n");
+  m_data.write("applications/front.desktop", desktopFile("Front", again, "Office"));
+  m_front = again;
+  start({again, goFile()}, "Front");
+  m_windows->windows.erase(3);
+  m_windows->show(0);
+  go([&] { return std::filesystem::file_size(again + ".runs") == 2; });
+  showNext();
+  EXPECT_EQ(m_workspace->frontmostApplication(), m_before);
+  EXPECT_THAT(m_events, ElementsAre(event("activated", pid())));
+}
+
+// The desktop has started the front end, whatever that has become since.
+class LaunchedSuccessors : public Successors {
+ protected:
+  void launch() {
+    const std::string file = m_data.path() / "applications/front.desktop";
+    start({"/bin/sh", "-c",
+           "GIO_LAUNCHED_DESKTOP_FILE_PID=$$ GIO_LAUNCHED_DESKTOP_FILE=" + file + " exec " + m_front + " " +
+               goFile() + " " + m_game},
+          "Front");
+    ASSERT_EQ(m_before->knownBy()->rule, "launched file");
+  }
+};
+
+TEST_F(LaunchedSuccessors, AreKnownByWhatTheyAre) {
+  launch();
+  closeAndGo(m_game);
+  showNext();
+  EXPECT_EQ(frontName(), "Game");
+  m_windows->windows[4].className = "late";
+  m_windows->show(1);
+  m_windows->show(4);
+  EXPECT_EQ(frontName(), "Game") << "whenever they are looked at";
+}
+
+TEST_F(LaunchedSuccessors, AreKnownByTheirLaunchIfByNothingElse) {
+  std::filesystem::remove(m_data.path() / "applications/game.desktop");
+  launch();
+  closeAndGo(m_game);
+  showNext();
+  EXPECT_EQ(m_workspace->frontmostApplication(), m_before);
+  EXPECT_THAT(m_events, ElementsAre(event("activated", pid())));
+}
+
 TEST_F(WindowedWorkspaceTest, NothingInFrontCountsAtOnceWhereItIsAsTold) {
   watchTwo(FrontRule::asTold);
   m_windows->show(0);
