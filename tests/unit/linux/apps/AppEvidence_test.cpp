@@ -122,6 +122,18 @@ TEST(AppEvidence, BelievesTheLaunchedFileOfTheProcessItself) {
   EXPECT_TRUE(desktop::waitUntil([&] { return readEvidence(program.pid()).launchedFile == "/x/y.desktop"; }));
 }
 
+// Of a `sleep` whose number is in the file "child" there, as soon as it has become that.
+AppEvidence evidenceOfSleep(const desktop::TemporaryFolder& folder) {
+  AppEvidence evidence;
+  desktop::require("the child", [&] {
+    Pid child = 0;
+    if (!(std::ifstream(folder.path() / "child") >> child)) return false;
+    evidence = readEvidence(child);
+    return evidence.commandName == "sleep" && !evidence.arguments.empty();
+  });
+  return evidence;
+}
+
 TEST(AppEvidence, SeesTheWrapperThatWaits) {
   const desktop::TemporaryFolder folder;
   const std::string script =
@@ -131,13 +143,7 @@ TEST(AppEvidence, SeesTheWrapperThatWaits) {
                                    "GIO_LAUNCHED_DESKTOP_FILE_PID=$$; exec sh ./start.sh"}};
   start.workingFolder = folder.path();
   const desktop::Program program(start);
-  AppEvidence evidence;
-  desktop::require("the child", [&] {
-    Pid child = 0;
-    if (!(std::ifstream(folder.path() / "child") >> child)) return false;
-    evidence = readEvidence(child);
-    return evidence.commandName == "sleep" && !evidence.arguments.empty();
-  });
+  const AppEvidence evidence = evidenceOfSleep(folder);
   ASSERT_EQ(evidence.wrappers.size(), 1U) << "in its session";
   EXPECT_EQ(evidence.wrappers.front().pid, program.pid());
   EXPECT_EQ(evidence.wrappers.front().program, script);
@@ -151,13 +157,7 @@ TEST(AppEvidence, SeesTheShellThatWasToldAmongOtherOptions) {
   desktop::Start start{.command = {"sh", "-ec", "/bin/sleep 1000 & echo $! > new; mv new child; wait; true"}};
   start.workingFolder = folder.path();
   const desktop::Program program(start);
-  AppEvidence evidence;
-  desktop::require("the child", [&] {
-    Pid child = 0;
-    if (!(std::ifstream(folder.path() / "child") >> child)) return false;
-    evidence = readEvidence(child);
-    return evidence.commandName == "sleep" && !evidence.arguments.empty();
-  });
+  const AppEvidence evidence = evidenceOfSleep(folder);
   ASSERT_EQ(evidence.wrappers.size(), 1U) << "nobody types into it";
   EXPECT_EQ(evidence.wrappers.front().pid, program.pid());
   EXPECT_EQ(evidence.wrappers.front().program, "") << "a text is no file";
