@@ -27,10 +27,13 @@ constexpr std::chrono::seconds longestFirstReading{5}; // at the start, when not
 
 using Stamps = std::map<std::string, std::int64_t>; // when each folder last changed, in nanoseconds
 
+std::int64_t changedAt(const struct stat& status) {
+  return std::int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec;
+}
+
 std::int64_t changedAt(const std::string& folder) {
   struct stat status {};
-  if (::stat(folder.c_str(), &status) != 0) return -1;
-  return std::int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec;
+  return ::stat(folder.c_str(), &status) == 0 ? changedAt(status) : -1;
 }
 
 // Which file a path leads to, and as of when. All zero: to none.
@@ -42,10 +45,7 @@ struct FileStamp {
   bool operator==(const FileStamp&) const = default;
 };
 
-FileStamp stampOf(const struct stat& status) {
-  return {status.st_ino, status.st_size,
-          std::int64_t{status.st_mtim.tv_sec} * 1'000'000'000 + status.st_mtim.tv_nsec};
-}
+FileStamp stampOf(const struct stat& status) { return {status.st_ino, status.st_size, changedAt(status)}; }
 
 // Of a link nothing is said: it stays the same when something else is put where it leads.
 FileStamp stampOfFile(const std::string& path) {
@@ -91,7 +91,7 @@ struct DesktopEntries::Table {
 
 namespace {
 
-// Table, or what of it is asked for.
+// Of a table, and what it was read from.
 using KnownEntry = std::pair<const DesktopEntry*, const EntryStamps*>;
 using KnownEntries = std::map<std::string_view, KnownEntry>; // by path
 
@@ -207,13 +207,13 @@ struct DesktopEntries::Reading {
   }
   void readFolders() {
     static BoundedWait wait(8);
+    const auto known = std::make_shared<KnownEntries>();
+    for (std::size_t at = 0; at < before->entries.size(); ++at) {
+      known->emplace(before->entries[at].path, KnownEntry{&before->entries[at], &before->stamps[at]});
+    }
     for (const std::string& folder : dataFolders) {
-      const auto read = [folder, late = late, before = before] {
-        KnownEntries known;
-        for (std::size_t at = 0; at < before->entries.size(); ++at) {
-          known.emplace(before->entries[at].path, KnownEntry{&before->entries[at], &before->stamps[at]});
-        }
-        FolderReader reader(known, late);
+      const auto read = [folder, late = late, before = before, known] {
+        FolderReader reader(*known, late);
         reader.read(folder + "/applications", {}, 0);
         return reader.take();
       };

@@ -156,8 +156,6 @@ bool isBuiltin(std::string_view name) {
   return isPreparation(name) || isKeyword(name) || std::find(known.begin(), known.end(), name) != known.end();
 }
 
-bool isNamePart(char letter) { return g_ascii_isalnum(letter) != 0 || letter == '_'; }
-
 // Whether "NAME=" stands anywhere in it.
 bool sets(std::string_view text, const std::string& name) {
   const std::string assignment = name + "=";
@@ -170,10 +168,7 @@ bool sets(std::string_view text, const std::string& name) {
 
 void dropAssignments(Words& words) {
   words.erase(words.begin(), std::find_if_not(words.begin(), words.end(), [](const std::string& word) {
-                const std::size_t length = word.find('=');
-                return length != std::string::npos && length != 0 && g_ascii_isdigit(word[0]) == 0 &&
-                       std::all_of(word.begin(), word.begin() + static_cast<std::ptrdiff_t>(length),
-                                   isNamePart);
+                return assignedName(word) != 0 && g_ascii_isdigit(word[0]) == 0;
               }));
 }
 

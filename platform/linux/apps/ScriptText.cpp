@@ -2,6 +2,7 @@
 #include "platform/linux/apps/ScriptText.h"
 
 #include "platform/linux/apps/ExecLine.h"
+#include "platform/linux/apps/ShellText.h"
 
 #include <algorithm>
 #include <array>
@@ -19,16 +20,36 @@ namespace vantle {
 
 namespace {
 
-bool isNamePart(char letter) {
-  return letter == '_' || (letter >= '0' && letter <= '9') || (letter >= 'A' && letter <= 'Z') ||
-         (letter >= 'a' && letter <= 'z');
-}
-
 // A '$' or '`' that means itself, until its word is understood.
 constexpr char plainDollar = '\1';
 constexpr char plainBackquote = '\2';
 
 using Words = std::vector<std::string>;
+
+// Of "$NAME", "${NAME}", "$(COMMAND)" or "`COMMAND`", where `rest` begins after the first letter, the length
+// of what follows that; absent where it has no end.
+std::optional<std::size_t> lengthOfReference(char first, std::string_view rest) {
+  if (first == '`' || rest.starts_with('{')) {
+    const std::size_t end = rest.find(first == '`' ? '`' : '}');
+    return end == std::string_view::npos ? std::nullopt : std::optional(end + 1);
+  }
+  std::size_t length = 0;
+  if (rest.starts_with('(')) {
+    int depth = 0;
+    do {
+      if (length == rest.size()) return {};
+      if (rest[length] == '(') ++depth;
+      if (rest[length] == ')') --depth;
+      ++length;
+    } while (depth > 0);
+    return length;
+  }
+  while (length < rest.size() && isNamePart(rest[length])) ++length;
+  constexpr std::string_view ofOneLetter = "@*#?$!-";
+  const bool isOneLetter =
+      length == 0 && !rest.empty() && ofOneLetter.find(rest.front()) != std::string_view::npos;
+  return isOneLetter ? 1 : length;
+}
 
 // Takes a script apart into its commands. Of their words the quotes are gone, "$NAME", "$(COMMAND)" and
 // "`COMMAND`" stand as they are. What a command reads from and writes to is left out; "(" and ")" are
@@ -149,35 +170,13 @@ class CommandReader {
     const char letter = take();
     if (letter != '\n') addPlain(letter); // the line goes on
   }
-  // "$NAME", "${NAME}", "$(COMMAND)" or "`COMMAND`", after its first letter.
   void takeReference(char first) {
-    std::size_t length = 0;
-    if (first == '`') {
-      length = m_text.find('`') + 1;
-      m_isWhole = m_isWhole && length != 0;
-    } else if (m_text.starts_with('{')) {
-      length = m_text.find('}') + 1;
-      m_isWhole = m_isWhole && length != 0;
-    } else if (m_text.starts_with('(')) {
-      int depth = 0;
-      do {
-        if (length == m_text.size()) {
-          m_isWhole = false;
-          return;
-        }
-        if (m_text[length] == '(') ++depth;
-        if (m_text[length] == ')') --depth;
-        ++length;
-      } while (depth > 0);
-    } else {
-      while (length < m_text.size() && isNamePart(m_text[length])) ++length;
-      constexpr std::string_view ofOneLetter = "@*#?$!-";
-      if (length == 0 && !m_text.empty() && ofOneLetter.find(m_text.front()) != std::string_view::npos)
-        length = 1;
-    }
+    const std::optional<std::size_t> length = lengthOfReference(first, m_text);
+    m_isWhole = m_isWhole && length;
+    if (!length) return;
     add(first);
-    m_word += m_text.substr(0, length);
-    m_text.remove_prefix(length);
+    m_word += m_text.substr(0, *length);
+    m_text.remove_prefix(*length);
   }
   void takeRedirection(char letter) {
     const bool isNumber = m_isInWord && std::all_of(m_word.begin(), m_word.end(),
@@ -255,7 +254,8 @@ class Values {
       result += text.substr(0, plain);
       text.remove_prefix(plain);
       if (text.empty()) break;
-      const std::string_view reference = text.substr(0, endOfReference(text));
+      const std::string_view reference =
+          text.substr(0, lengthOfReference(text.front(), text.substr(1)).value_or(text.size() - 1) + 1);
       text.remove_prefix(reference.size());
       const std::optional<std::string> value = valueOf(reference);
       if (!value || result.size() + value->size() > longest) return {};
@@ -270,21 +270,6 @@ class Values {
   }
 
  private:
-  // "$NAME", "${NAME}", "$(COMMAND)" or "`COMMAND`", where it begins.
-  static std::size_t endOfReference(std::string_view text) {
-    if (text.starts_with("${")) return std::min(text.find('}'), text.size() - 1) + 1;
-    if (text.front() == '`') return std::min(text.find('`', 1), text.size() - 1) + 1;
-    std::size_t at = 1;
-    if (!text.starts_with("$(")) {
-      while (at < text.size() && isNamePart(text[at])) ++at;
-      return at;
-    }
-    for (int depth = 1; depth > 0 && ++at < text.size();) {
-      if (text[at] == '(') ++depth;
-      if (text[at] == ')') --depth;
-    }
-    return std::min(at + 1, text.size());
-  }
   std::optional<std::string> valueOf(std::string_view reference) const {
     if (isOwnFolder(std::string(reference))) return m_folder;
     reference.remove_prefix(1);
@@ -297,14 +282,6 @@ class Values {
   std::string m_folder;
   std::map<std::string, std::optional<std::string>, std::less<>> m_values;
 };
-
-// Of "NAME=value" the length of the name; 0 for anything else.
-std::size_t assignedName(std::string_view command) {
-  const std::size_t equals = std::min(command.find('='), command.size());
-  const bool isName =
-      std::all_of(command.begin(), command.begin() + static_cast<std::ptrdiff_t>(equals), isNamePart);
-  return isName && equals < command.size() ? equals : 0;
-}
 
 bool isOneOf(std::initializer_list<std::string_view> words, std::string_view word) {
   return std::find(words.begin(), words.end(), word) != words.end();

@@ -97,14 +97,14 @@ class CommandReader {
   }
   // What follows a '$'.
   bool takeValue() {
-    constexpr std::string_view letters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_0123456789";
     constexpr std::string_view name = "HOME";
     constexpr std::string_view braced = "{HOME}";
     if (m_text.starts_with(braced)) {
       m_text.remove_prefix(braced.size());
       return addHome();
     }
-    if (m_text.starts_with(name) && m_text.find_first_of(letters, name.size()) != name.size()) {
+    const bool isNamed = m_text.starts_with(name);
+    if (isNamed && (m_text.size() == name.size() || !isNamePart(m_text[name.size()]))) {
       m_text.remove_prefix(name.size());
       return addHome();
     }
@@ -167,6 +167,18 @@ class CommandReader {
 };
 
 } // namespace
+
+bool isNamePart(char letter) {
+  return letter == '_' || isDigit(letter) || (letter >= 'A' && letter <= 'Z') ||
+         (letter >= 'a' && letter <= 'z');
+}
+
+std::size_t assignedName(std::string_view word) {
+  const std::size_t equals = word.find('=');
+  const std::string_view name = word.substr(0, equals);
+  const bool isName = std::all_of(name.begin(), name.end(), isNamePart);
+  return isName && equals != std::string_view::npos ? equals : 0;
+}
 
 std::optional<std::vector<ShellCommand>>
 shellCommands(std::string_view text, const std::vector<std::string>& given, const std::string& home) {

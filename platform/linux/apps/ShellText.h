@@ -1,12 +1,19 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace vantle {
+
+// A letter of a variable's name.
+bool isNamePart(char letter);
+
+// Of "NAME=value" the length of the name; 0 for anything else.
+std::size_t assignedName(std::string_view word);
 
 struct ShellCommand {
   std::vector<std::string> words; // without what it reads from and writes to

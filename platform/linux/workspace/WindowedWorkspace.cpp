@@ -28,10 +28,14 @@ constexpr std::chrono::milliseconds timeToComeToFront{150};
 // up to 11 ms between two windows.
 constexpr std::chrono::milliseconds longestGap{50};
 
+std::optional<ProcStat> statOf(Pid pid) {
+  const auto line = readKernelFile("/proc/" + std::to_string(pid) + "/stat");
+  return line ? parseProcStat(*line) : std::nullopt;
+}
+
 // Nothing when the process is gone already.
 std::optional<std::uint64_t> startTicks(Pid pid) {
-  const auto line = readKernelFile("/proc/" + std::to_string(pid) + "/stat");
-  const std::optional<ProcStat> stat = line ? parseProcStat(*line) : std::nullopt;
+  const std::optional<ProcStat> stat = statOf(pid);
   return stat && stat->isAlive() ? std::optional(stat->startTicks) : std::nullopt;
 }
 
@@ -57,8 +61,7 @@ WindowNames namesOf(const WindowFacts& window) {
 
 // 0 when it cannot be told.
 Pid parentOf(Pid pid) {
-  const auto line = readKernelFile("/proc/" + std::to_string(pid) + "/stat");
-  const std::optional<ProcStat> stat = line ? parseProcStat(*line) : std::nullopt;
+  const std::optional<ProcStat> stat = statOf(pid);
   return stat ? stat->parent : 0;
 }
 
@@ -86,9 +89,9 @@ struct ProgramMark {
 };
 
 ProgramMark markOf(Pid pid) {
-  const std::string folder = "/proc/" + std::to_string(pid);
-  const std::optional<ProcStat> stat = parseProcStat(readKernelFile(folder + "/stat").value_or(""));
-  return {.executable = withoutDeletedMark(readKernelLink(folder + "/exe").value_or("")),
+  const std::optional<ProcStat> stat = statOf(pid);
+  return {.executable =
+              withoutDeletedMark(readKernelLink("/proc/" + std::to_string(pid) + "/exe").value_or("")),
           .startStack = stat ? stat->startStack : 0};
 }
 
